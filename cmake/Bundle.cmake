@@ -1,0 +1,17 @@
+# Where the parts of the relocatable bundle go:
+#   Tonvale.app/Contents/{Info.plist,Linux/,Resources/,Helpers/,PlugIns/}
+
+set(TONVALE_BUNDLE_DIR "${CMAKE_BINARY_DIR}/Tonvale.app" CACHE PATH "The bundle that the build fills")
+set(TONVALE_CONTENTS_DIR "${TONVALE_BUNDLE_DIR}/Contents")
+set(TONVALE_PLUGIN_CONTENTS_DIR "${TONVALE_CONTENTS_DIR}/PlugIns/Tonvale.plugin/Contents")
+
+# tonvale_bundle_program(TARGET CONTENTS_DIR INFO_TEMPLATE OUTPUT_NAME): the program goes to
+# CONTENTS_DIR/Linux, its filled-in property list to CONTENTS_DIR/Info.plist.
+function(tonvale_bundle_program target contents info output)
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME "${output}"
+        RUNTIME_OUTPUT_DIRECTORY "${contents}/Linux")
+    configure_file("${info}" "${contents}/Info.plist" @ONLY)
+endfunction()
+
+file(MAKE_DIRECTORY "${TONVALE_CONTENTS_DIR}/Resources")

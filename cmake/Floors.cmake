@@ -1,0 +1,23 @@
+# The floors of the house, enforced. Every library publishes an include folder of its own that
+# holds one link, FOLDER -> the source folder, so "platform/RunLoop.h" is found only by a target
+# that links the library of src/platform. A file that reaches up a floor does not build.
+#
+#   tonvale_library(NAME FOLDER platform SOURCES a.cpp b.cpp LINKS other libraries
+#                   [PCH headers])
+function(tonvale_library name)
+    cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;LINKS;PCH" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    tonvale_publish_includes(${name} ${ARG_FOLDER})
+    target_link_libraries(${name} PUBLIC ${ARG_LINKS})
+    if(ARG_PCH)
+        target_precompile_headers(${name} PRIVATE ${ARG_PCH})
+    endif()
+endfunction()
+
+function(tonvale_publish_includes name folder)
+    set(root "${CMAKE_BINARY_DIR}/include/${name}")
+    get_filename_component(link_folder "${root}/${folder}" DIRECTORY)
+    file(MAKE_DIRECTORY "${link_folder}")
+    file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${root}/${folder}" SYMBOLIC)
+    target_include_directories(${name} PUBLIC "${root}")
+endfunction()
