@@ -1,0 +1,76 @@
+#include "platform/RunLoop.h"
+#include "platform/RunLoopSource.h"
+#include "platform/Socket.h"
+#include "platform/SystemLog.h"
+#include "platform/Timer.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+
+namespace platform {
+
+namespace {
+
+constexpr std::chrono::seconds restingTime{1};
+constexpr int acceptedPerTurn = 64;
+
+bool isListening(int descriptor) noexcept {
+    int listening = 0;
+    socklen_t size = sizeof listening;
+    if (::getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size) != 0)
+        return false;
+    if (listening == 0)
+        errno = EINVAL;
+    return listening != 0;
+}
+
+bool makeNonBlocking(int descriptor) noexcept {
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+} // namespace
+
+std::unique_ptr<AcceptSocket> AcceptSocket::create(FileDescriptor listening, Handler handler) {
+    if (!isListening(listening.get()) || !makeNonBlocking(listening.get()))
+        return nullptr;
+    return std::unique_ptr<AcceptSocket>(
+        new AcceptSocket(std::move(listening), std::move(handler)));
+}
+
+AcceptSocket::AcceptSocket(FileDescriptor listening, Handler handler)
+    : descriptor_(std::move(listening)), handler_(std::move(handler)) {}
+
+AcceptSocket::~AcceptSocket() = default;
+
+bool AcceptSocket::schedule(RunLoop& loop) {
+    resumption_ =
+        std::make_unique<Timer>(loop, [this] { source_->setInterest(RunLoopSource::reading); });
+    source_ = RunLoopSource::create(loop, descriptor_.get(), RunLoopSource::reading,
+                                    [this] { acceptWaiting(); });
+    return source_ != nullptr;
+}
+
+void AcceptSocket::acceptWaiting() {
+    for (int i = 0; i < acceptedPerTurn; ++i) {
+        FileDescriptor connection(
+            ::accept4(descriptor_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!connection) {
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+                rest(errno);
+            return;
+        }
+        handler_(*this, std::move(connection));
+    }
+}
+
+void AcceptSocket::rest(int error) {
+    systemLog(LogPriority::error, "Accepting connections rests for a second: %s (%d)",
+              std::strerror(error), error);
+    source_->setInterest(RunLoopSource::nothing);
+    resumption_->start(restingTime);
+}
+
+} // namespace platform

@@ -1,0 +1,74 @@
+#include "platform/ReadBuffer.h"
+#include "platform/RunLoop.h"
+#include "platform/RunLoopSource.h"
+#include "platform/Socket.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace platform {
+
+namespace {
+
+/// Appends what `descriptor` still has queued behind a full buffer, up to the end of the last whole
+/// write of the peer: the kernel counts whole writes.
+void appendRest(int descriptor, std::vector<std::byte>& bytes) {
+    int queued = 0;
+    if (::ioctl(descriptor, FIONREAD, &queued) != 0 || queued <= 0)
+        return;
+    const std::size_t had = bytes.size();
+    bytes.resize(had + static_cast<std::size_t>(queued));
+    const ssize_t got = ::recv(descriptor, bytes.data() + had, bytes.size() - had, MSG_DONTWAIT);
+    bytes.resize(had + (got > 0 ? static_cast<std::size_t>(got) : 0));
+}
+
+} // namespace
+
+std::shared_ptr<DataSocket> DataSocket::create(FileDescriptor connected, Handler handler) {
+    const int flags = ::fcntl(connected.get(), F_GETFL);
+    if (flags < 0 || ::fcntl(connected.get(), F_SETFL, flags | O_NONBLOCK) != 0)
+        return nullptr;
+    return std::shared_ptr<DataSocket>(new DataSocket(std::move(connected), std::move(handler)));
+}
+
+DataSocket::DataSocket(FileDescriptor connected, Handler handler)
+    : descriptor_(std::move(connected)), handler_(std::move(handler)) {}
+
+std::unique_ptr<RunLoopSource> DataSocket::makeSource(RunLoop& loop) {
+    return RunLoopSource::create(loop, descriptor_.get(), RunLoopSource::reading,
+                                 [this, &loop] { deliverQueued(loop); });
+}
+
+void DataSocket::deliverQueued(RunLoop& loop) {
+    const auto self = shared_from_this();
+    ReadBuffer buffer(loop);
+    std::vector<std::byte>& bytes = buffer.bytes();
+    const ssize_t got = ::recv(descriptor_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (got < 0 && (errno == EAGAIN || errno == EINTR))
+        return;
+    // A broken connection is an ended one.
+    std::size_t size = got > 0 ? static_cast<std::size_t>(got) : 0;
+    if (size == bytes.size()) {
+        appendRest(descriptor_.get(), bytes);
+        size = bytes.size();
+    }
+    handler_(*this, {bytes.data(), size});
+}
+
+bool DataSocket::send(std::span<const std::byte> bytes) const noexcept {
+    ssize_t sent = 0;
+    do {
+        sent = ::send(descriptor_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    if (sent >= 0 && static_cast<std::size_t>(sent) != bytes.size())
+        errno = EAGAIN;
+    return sent >= 0 && static_cast<std::size_t>(sent) == bytes.size();
+}
+
+void DataSocket::invalidate() noexcept {
+    ::shutdown(descriptor_.get(), SHUT_RDWR);
+}
+
+} // namespace platform

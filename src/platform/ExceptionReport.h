@@ -1,0 +1,42 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+namespace platform {
+
+/// How the lower floors report an exception that they caught at the edge of a callback. They know
+/// no application object, so whoever does installs a hook; until then a report is a line
+/// "Exception @ PLACE: TEXT" in the system log. After the report, work goes on.
+///
+/// `place` is a number that tells the catching places apart, see ExceptionPlace.
+using ExceptionHook = void (*)(unsigned place, const std::exception_ptr& exception) noexcept;
+
+enum ExceptionPlace : unsigned {
+    kExceptionInRunLoopSource = 1,
+    kExceptionInTimer = 2,
+    kExceptionInPostedCall = 3,
+    kExceptionInDispatchQueue = 4,
+    kExceptionInNotification = 5,
+};
+
+/// Installs `hook` (null: the system log again) and answers the previous one. Any thread.
+ExceptionHook replaceExceptionHook(ExceptionHook hook) noexcept;
+
+/// Reports the exception being handled; call it inside a catch block only. Any thread.
+void reportCurrentException(unsigned place) noexcept;
+
+/// The text of an exception: what() of a standard exception, else that it has none.
+std::string describeException(const std::exception_ptr& exception);
+
+/// Runs `work` and reports whatever it throws.
+template <typename Work>
+void guarded(unsigned place, const Work& work) noexcept {
+    try {
+        work();
+    } catch (...) {
+        reportCurrentException(place);
+    }
+}
+
+} // namespace platform

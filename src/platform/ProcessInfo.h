@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace platform {
+
+class RunLoop;
+class RunLoopSource;
+
+/// What the kernel says about a process. Any thread. Nothing is answered for a process that has
+/// ended or hides the fact from us.
+
+/// The full path of the executable, without the kernel's " (deleted)" mark.
+std::optional<std::string> executablePath(pid_t process);
+
+/// The short name that the kernel shows, at most 15 bytes.
+std::optional<std::string> commandName(pid_t process);
+
+/// The user that the process runs as (its effective user).
+std::optional<uid_t> processUser(pid_t process);
+
+/// Start of the process in clock ticks since boot. With the number it tells a process from a later
+/// one of the same number.
+std::optional<std::uint64_t> processStartTime(pid_t process);
+
+/// Calls a handler once, on the run loop's thread, when a process has ended. The loop's thread
+/// only; destroying the watch ends it, also from inside the handler.
+class ProcessWatch {
+  public:
+    /// Null, with errno set, when the process has ended already (ESRCH) or cannot be watched.
+    [[nodiscard]] static std::unique_ptr<ProcessWatch> create(RunLoop& loop, pid_t process,
+                                                              std::function<void()> ended);
+    ~ProcessWatch();
+    ProcessWatch(const ProcessWatch&) = delete;
+    ProcessWatch& operator=(const ProcessWatch&) = delete;
+
+  private:
+    explicit ProcessWatch(FileDescriptor process);
+
+    const FileDescriptor process_;
+    std::unique_ptr<RunLoopSource> source_;
+};
+
+} // namespace platform

@@ -1,0 +1,255 @@
+#include "platform/RunLoop.h"
+
+#include "platform/ExceptionReport.h"
+#include "platform/RunLoopSource.h"
+#include "platform/Timer.h"
+
+#include <array>
+#include <cerrno>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/timerfd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+thread_local RunLoop* currentLoop = nullptr;
+
+FileDescriptor checked(int descriptor, const char* what) {
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), what);
+    return FileDescriptor(descriptor);
+}
+
+void watchForReading(const FileDescriptor& epoll, const FileDescriptor& watched) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    // The address tells these two from sources, whose events carry the source.
+    event.data.ptr = const_cast<FileDescriptor*>(&watched);
+    if (::epoll_ctl(epoll.get(), EPOLL_CTL_ADD, watched.get(), &event) != 0)
+        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+}
+
+void drain(const FileDescriptor& counter) noexcept {
+    std::uint64_t value = 0;
+    [[maybe_unused]] const ssize_t got = ::read(counter.get(), &value, sizeof value);
+}
+
+} // namespace
+
+/// One turn in progress. Turns nest when a callback runs a loop of its own; a source that goes away
+/// is struck from the events that every turn in progress has yet to serve.
+struct RunLoop::Frame {
+    explicit Frame(RunLoop& owner) noexcept : loop(owner), outer(owner.innermost_) {
+        loop.innermost_ = this;
+    }
+    ~Frame() { loop.innermost_ = outer; }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+
+    RunLoop& loop;
+    Frame* const outer;
+    std::size_t next = 0;
+    std::size_t count = 0;
+    std::array<epoll_event, 256> events;
+};
+
+RunLoop::RunLoop()
+    : epoll_(checked(::epoll_create1(EPOLL_CLOEXEC), "epoll_create1"))
+    , wakeUp_(checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd"))
+    , kernelTimer_(
+          checked(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "timerfd_create"))
+    , previous_(currentLoop) {
+    watchForReading(epoll_, wakeUp_);
+    watchForReading(epoll_, kernelTimer_);
+    currentLoop = this;
+}
+
+RunLoop::~RunLoop() {
+    currentLoop = previous_;
+}
+
+RunLoop* RunLoop::current() noexcept {
+    return currentLoop;
+}
+
+void RunLoop::turn() {
+    serve(0);
+}
+
+void RunLoop::run() {
+    while (!takeStopRequest())
+        serve(-1);
+}
+
+void RunLoop::stop() {
+    {
+        const std::lock_guard lock(postedMutex_);
+        stopRequested_ = true;
+    }
+    post([] {});
+}
+
+bool RunLoop::takeStopRequest() {
+    const std::lock_guard lock(postedMutex_);
+    return std::exchange(stopRequested_, false);
+}
+
+void RunLoop::post(std::function<void()> call) {
+    const std::lock_guard lock(postedMutex_);
+    posted_.push_back(std::move(call));
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakeUp_.get(), &one, sizeof one);
+}
+
+void RunLoop::serve(int timeout) {
+    Frame frame(*this);
+    const int ready = ::epoll_wait(epoll_.get(), frame.events.data(),
+                                   static_cast<int>(frame.events.size()), timeout);
+    frame.count = ready > 0 ? static_cast<std::size_t>(ready) : 0;
+    bool posted = false;
+    while (frame.next < frame.count) {
+        void* const target = frame.events[frame.next++].data.ptr;
+        if (target == &wakeUp_) {
+            posted = true;
+        } else if (target == &kernelTimer_) {
+            drain(kernelTimer_);
+            armedFor_ = MonotonicClock::time_point::max();
+        } else if (target != nullptr) {
+            // Kept alive although the handler may destroy its own source.
+            const auto handler = static_cast<RunLoopSource*>(target)->handler_;
+            guarded(kExceptionInRunLoopSource, *handler);
+        }
+    }
+    if (posted)
+        servePostedCalls();
+    serveTimers();
+}
+
+void RunLoop::servePostedCalls() {
+    std::unique_lock lock(postedMutex_);
+    // Calls that these calls post wait for the next turn, so that descriptors get theirs between.
+    for (std::size_t left = posted_.size(); left > 0 && !posted_.empty(); --left) {
+        const auto call = std::move(posted_.front());
+        posted_.pop_front();
+        lock.unlock();
+        guarded(kExceptionInPostedCall, call);
+        lock.lock();
+    }
+    if (posted_.empty())
+        drain(wakeUp_);
+}
+
+void RunLoop::serveTimers() {
+    const auto now = MonotonicClock::now();
+    const std::uint64_t startedBefore = timerSequence_;
+    while (!timers_.empty() && timers_.front().deadline <= now) {
+        const QueuedTimer entry = timers_.front();
+        Timer& timer = *entry.timer;
+        if (!timer.active_) {
+            dequeue(timer);
+        } else if (timer.sequence_ != entry.sequence) { // pushed back since it was queued
+            place(0, {timer.deadline_, timer.sequence_, &timer});
+            siftDown(0);
+        } else if (entry.sequence > startedBefore) {
+            break; // started by a timer of this turn
+        } else {
+            dequeue(timer);
+            timer.active_ = false;
+            const auto action = timer.action_; // the action may destroy its timer
+            guarded(kExceptionInTimer, *action);
+        }
+    }
+    armKernelTimer();
+}
+
+void RunLoop::forget(const RunLoopSource& source) noexcept {
+    ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, source.descriptor_, nullptr);
+    for (Frame* frame = innermost_; frame != nullptr; frame = frame->outer) {
+        for (std::size_t i = frame->next; i < frame->count; ++i) {
+            if (frame->events[i].data.ptr == &source)
+                frame->events[i].data.ptr = nullptr;
+        }
+    }
+}
+
+void RunLoop::enqueue(Timer& timer) {
+    timer.sequence_ = ++timerSequence_;
+    const QueuedTimer entry{timer.deadline_, timer.sequence_, &timer};
+    if (timer.index_ == Timer::notQueued) {
+        timers_.push_back(entry);
+        place(timers_.size() - 1, entry);
+        siftUp(timer.index_);
+    } else if (timer.deadline_ < timers_[timer.index_].deadline) {
+        place(timer.index_, entry);
+        siftUp(timer.index_);
+    } // else the entry stays where it is and is put in its later place when its time comes
+    armKernelTimer();
+}
+
+void RunLoop::dequeue(Timer& timer) noexcept {
+    const std::size_t index = std::exchange(timer.index_, Timer::notQueued);
+    if (index == Timer::notQueued)
+        return;
+    const QueuedTimer last = timers_.back();
+    timers_.pop_back();
+    if (last.timer == &timer)
+        return;
+    place(index, last);
+    siftUp(index);
+    siftDown(last.timer->index_);
+}
+
+namespace {
+
+template <typename Entry>
+bool earlier(const Entry& a, const Entry& b) noexcept {
+    return a.deadline != b.deadline ? a.deadline < b.deadline : a.sequence < b.sequence;
+}
+
+} // namespace
+
+void RunLoop::place(std::size_t index, const QueuedTimer& entry) noexcept {
+    timers_[index] = entry;
+    entry.timer->index_ = index;
+}
+
+void RunLoop::siftUp(std::size_t index) noexcept {
+    const QueuedTimer entry = timers_[index];
+    while (index > 0 && earlier(entry, timers_[(index - 1) / 2])) {
+        place(index, timers_[(index - 1) / 2]);
+        index = (index - 1) / 2;
+    }
+    place(index, entry);
+}
+
+void RunLoop::siftDown(std::size_t index) noexcept {
+    const QueuedTimer entry = timers_[index];
+    for (std::size_t child = 2 * index + 1; child < timers_.size(); child = 2 * index + 1) {
+        if (child + 1 < timers_.size() && earlier(timers_[child + 1], timers_[child]))
+            ++child;
+        if (!earlier(timers_[child], entry))
+            break;
+        place(index, timers_[child]);
+        index = child;
+    }
+    place(index, entry);
+}
+
+void RunLoop::armKernelTimer() {
+    // Armed too early is harmless: the turn that follows finds nothing due and arms again.
+    if (timers_.empty() || timers_.front().deadline >= armedFor_)
+        return;
+    armedFor_ = timers_.front().deadline;
+    const auto delay = std::max(armedFor_ - MonotonicClock::now(), MonotonicClock::duration(1));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(delay);
+    itimerspec when{};
+    when.it_value.tv_sec = seconds.count();
+    when.it_value.tv_nsec = (delay - seconds).count();
+    ::timerfd_settime(kernelTimer_.get(), 0, &when, nullptr);
+}
+
+} // namespace platform

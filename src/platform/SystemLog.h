@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string_view>
+
+namespace platform {
+
+enum class LogPriority { error, warning, info };
+
+/// Writes one line to the system log (syslog) and to standard error when there is one. For the
+/// layers below the application log, and for programs that have none. Never throws; a line that
+/// cannot be written is lost. Any thread.
+[[gnu::format(printf, 2, 3)]] void systemLog(LogPriority priority, const char* format,
+                                             ...) noexcept;
+
+/// Takes the lines in place of the system log while it lives; tests use it. Lines come on the
+/// thread that wrote them.
+class SystemLogSink {
+  public:
+    SystemLogSink();
+    virtual ~SystemLogSink();
+    SystemLogSink(const SystemLogSink&) = delete;
+    SystemLogSink& operator=(const SystemLogSink&) = delete;
+
+    virtual void line(LogPriority priority, std::string_view text) noexcept = 0;
+
+  private:
+    SystemLogSink* previous_;
+};
+
+} // namespace platform

@@ -1,0 +1,20 @@
+#include "platform/Timer.h"
+
+#include "platform/RunLoop.h"
+
+namespace platform {
+
+Timer::Timer(RunLoop& loop, std::function<void()> action)
+    : loop_(loop), action_(std::make_shared<const std::function<void()>>(std::move(action))) {}
+
+Timer::~Timer() {
+    loop_.dequeue(*this);
+}
+
+void Timer::start(MonotonicClock::duration delay) {
+    deadline_ = MonotonicClock::now() + delay;
+    active_ = true;
+    loop_.enqueue(*this);
+}
+
+} // namespace platform
