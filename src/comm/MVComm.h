@@ -1,0 +1,77 @@
+#pragma once
+
+#include "comm/MVCommCallbacks.h"
+#include "comm/MVCommConnectionProcess.h"
+#include "platform/Timer.h"
+
+#include <QList>
+
+#include <memory>
+#include <vector>
+
+class MVCommunication;
+class QString;
+
+/// The one object through which the rest of the application talks to the plug-ins. It owns the
+/// socket servers, keeps the callbacks that they call, hands every command and setting to all of
+/// them, and tells waiting plug-ins that the application is there. Main thread only.
+///
+/// In this order: set the connection and disconnection callbacks, then
+/// setupPluginConnectionWithCallBack(), at the end shutdown().
+class MVComm final : public MVCommCallbacks {
+  public:
+    /// The process's façade, made on first use and living until the process ends.
+    static MVComm& sharedComm();
+
+    /// For the thread's run loop, which must outlive it.
+    MVComm();
+    ~MVComm() override;
+    MVComm(const MVComm&) = delete;
+    MVComm& operator=(const MVComm&) = delete;
+
+    /// Stores the data callback, which must not be null, and serves the main socket
+    /// (MVCommSocketPath.h). False when that socket cannot be served; the reason is in the system
+    /// log.
+    bool setupPluginConnectionWithCallBack(MVCommDataCallback callback);
+
+    /// Serves one more socket and, 0.2 s after the last addition of a burst, announces the launch.
+    /// False, with nothing added, when the socket cannot be served.
+    bool addCommForPath(const QString& path);
+
+    /// Called 50 ms after the last check-in of a burst; null for none.
+    void setAppConnectCallback(MVCommCallback callback) noexcept { connectionCallback_ = callback; }
+
+    /// Called after each disconnection; null for none.
+    void setAppDisconnectCallback(MVCommCallback callback) noexcept {
+        disconnectionCallback_ = callback;
+    }
+
+    MVCommDataCallback dataCallback() const override { return dataCallback_; }
+    MVCommCallback connectionCallback() const override { return connectionCallback_; }
+    MVCommCallback disconnectionCallback() const override { return disconnectionCallback_; }
+
+    /// These do for every server, in order, what MVCommunication says of them.
+    void sendMessage(const MVCommConsoleMessage* message);
+    void setAllowFrequentMessages(bool allow);
+    void suppressMessages(bool suppress);
+
+    /// The processes of all servers, server by server.
+    QList<MVCommConnectionProcess> connectionProcesses() const;
+
+    /// Posts "com.quarnel.mivo.guiDidLaunch" to the plug-ins in 0.1 s, once however often it is
+    /// called meanwhile.
+    void broadcastDidLaunchNotification();
+
+    /// Ends every server, removes the socket files and drops a pending announcement.
+    void shutdown();
+
+  private:
+    void broadcastDidLaunchNotificationDelayed();
+
+    std::vector<std::unique_ptr<MVCommunication>> comms_;
+    MVCommDataCallback dataCallback_ = nullptr;
+    MVCommCallback connectionCallback_ = nullptr;
+    MVCommCallback disconnectionCallback_ = nullptr;
+    platform::Timer afterAddition_;
+    platform::Timer announcement_;
+};

@@ -1,0 +1,42 @@
+#include "comm/MVCommConnection.h"
+
+#include "platform/RunLoopSource.h"
+#include "platform/Socket.h"
+#include "platform/SystemLog.h"
+#include "platform/Timer.h"
+
+#include <cerrno>
+#include <cstring>
+
+void MVCommOutlet::send(const MVCommConsoleMessage& message) noexcept {
+    if (socket_->send(std::as_bytes(std::span(&message, 1))))
+        return;
+    const int error = errno;
+    const auto now = platform::MonotonicClock::now();
+    if (lastFailureLogged_ && now - *lastFailureLogged_ < std::chrono::seconds(1))
+        return;
+    lastFailureLogged_ = now;
+    platform::systemLog(platform::LogPriority::error, "send failed: %s (%d)", std::strerror(error),
+                        error);
+}
+
+MVCommConnection::MVCommConnection(std::shared_ptr<platform::DataSocket> socket,
+                                   std::unique_ptr<platform::RunLoopSource> source)
+    : socket_(std::move(socket))
+    , source_(std::move(source))
+    , outlet_(std::make_shared<MVCommOutlet>(socket_)) {}
+
+MVCommConnection::~MVCommConnection() {
+    shutdown();
+}
+
+void MVCommConnection::setResetActivityTimer(std::unique_ptr<platform::Timer> timer) {
+    resetActivityTimer_ = std::move(timer);
+}
+
+void MVCommConnection::shutdown() noexcept {
+    source_.reset();
+    if (socket_ != nullptr)
+        socket_->invalidate();
+    socket_.reset();
+}

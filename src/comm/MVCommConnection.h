@@ -1,0 +1,70 @@
+#pragma once
+
+#include "comm/MVCommConnectionProcess.h"
+#include "comm/MVCommMessages.h"
+#include "platform/MonotonicClock.h"
+
+#include <memory>
+#include <optional>
+
+namespace platform {
+class DataSocket;
+class RunLoopSource;
+class Timer;
+} // namespace platform
+
+/// The sending side of one connection, shared by the connection and the sends in progress, so that
+/// a connection that goes away meanwhile does not pull the descriptor from under them. Used by one
+/// thread at a time.
+class MVCommOutlet {
+  public:
+    explicit MVCommOutlet(std::shared_ptr<const platform::DataSocket> socket) noexcept
+        : socket_(std::move(socket)) {}
+
+    /// Writes the message without waiting. A failure is a line "send failed: …" in the system log,
+    /// at most one a second.
+    void send(const MVCommConsoleMessage& message) noexcept;
+
+  private:
+    const std::shared_ptr<const platform::DataSocket> socket_;
+    std::optional<platform::MonotonicClock::time_point> lastFailureLogged_;
+};
+
+/// One connected plug-in: its socket with the source that reads it, and the record of its program.
+/// Main thread; the process record is guarded by the server's connections lock as well, since
+/// other threads may list it.
+class MVCommConnection {
+  public:
+    /// Takes over both. The source must watch the socket.
+    MVCommConnection(std::shared_ptr<platform::DataSocket> socket,
+                     std::unique_ptr<platform::RunLoopSource> source);
+
+    /// Does what shutdown() does; a pending activity reset is cancelled.
+    ~MVCommConnection();
+    MVCommConnection(const MVCommConnection&) = delete;
+    MVCommConnection& operator=(const MVCommConnection&) = delete;
+
+    /// Null after shutdown().
+    const platform::DataSocket* socket() const noexcept { return socket_.get(); }
+
+    MVCommConnectionProcess& process() noexcept { return process_; }
+    const MVCommConnectionProcess& process() const noexcept { return process_; }
+
+    /// The connection's activity reset: pending while the timer is active. One timer serves for
+    /// the connection's whole life, so that pushing the reset back allocates nothing.
+    platform::Timer* resetActivityTimer() const noexcept { return resetActivityTimer_.get(); }
+    void setResetActivityTimer(std::unique_ptr<platform::Timer> timer);
+
+    const std::shared_ptr<MVCommOutlet>& outlet() const noexcept { return outlet_; }
+
+    /// Stops reading and ends the connection; the peer sees the end at once. Later calls do
+    /// nothing. A pending activity reset stays pending.
+    void shutdown() noexcept;
+
+  private:
+    std::shared_ptr<platform::DataSocket> socket_;
+    std::unique_ptr<platform::RunLoopSource> source_;
+    const std::shared_ptr<MVCommOutlet> outlet_;
+    MVCommConnectionProcess process_;
+    std::unique_ptr<platform::Timer> resetActivityTimer_;
+};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+/// The bytes on the socket between the application and its audio plug-in, in the byte order of the
+/// machine; docs/wire.md explains them. A message is known by its first 32 bits, which also give
+/// its length; there is no other framing.
+
+enum MVCommMessageID : std::uint32_t {
+    kMVCommCheckin = 0x0800,
+    kMVCommActivity = 0x0900,
+};
+
+/// Plug-in to application: who is at this end of the connection.
+struct MVCommCheckinMessage {
+    std::uint32_t messageID; ///< kMVCommCheckin
+    std::uint32_t pid;       ///< the process that makes the sound
+    char name[128];          ///< its name, UTF-8, NUL-terminated within the field
+    char path[1024];         ///< its executable's full path, UTF-8, NUL-terminated within the field
+};
+
+/// Plug-in to application: how loud a process is, sent while it plays.
+struct MVCommActivityMessage {
+    std::uint32_t messageID; ///< kMVCommActivity
+    std::uint32_t pid;
+    float level; ///< peak before the volume is applied, linear, nominally 0.0 (silent) to 1.0
+};
+
+enum MVCommConsoleMessageType : std::int32_t {
+    kMVCommSetVolume = 9,          ///< value: percent, 0 to 100
+    kMVCommSetMute = 10,           ///< value: 1 muted, 0 not
+    kMVCommIgnoreListChanged = 11, ///< pid and value 0; concerns every plug-in
+};
+
+/// Application to plug-in. Every plug-in gets every command and leaves alone what is not for it.
+struct MVCommConsoleMessage {
+    std::int32_t type;
+    std::int32_t pid;
+    std::int32_t reserved; ///< always 0
+    std::int32_t value;
+};
+
+static_assert(sizeof(MVCommCheckinMessage) == 1160);
+static_assert(sizeof(MVCommActivityMessage) == 12);
+static_assert(sizeof(MVCommConsoleMessage) == 16);
+static_assert(std::is_trivially_copyable_v<MVCommCheckinMessage>);

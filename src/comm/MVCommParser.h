@@ -1,0 +1,54 @@
+#pragma once
+
+#include "comm/MVCommMessages.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/// Takes the bytes of one read apart into messages, without copying texts and without reading past
+/// the end. Call next() until it answers something else than activity or checkin; what is left of
+/// the read is then worthless. A message that was split over two reads is not put together again:
+/// its first half is tooShort or invalidLength, its second half usually unknown.
+///
+/// The read must outlive the parser. Any thread, one at a time.
+class MVCommParser {
+  public:
+    enum class Result {
+        end,           ///< nothing is left
+        activity,      ///< activity() holds a message
+        checkin,       ///< checkin() holds a message
+        tooShort,      ///< remaining() is 1 to 3: not even an identifier
+        invalidLength, ///< messageID() is known, but fewer bytes remain than it takes
+        unknown,       ///< messageID() is no identifier
+    };
+
+    /// A check-in with its texts up to their NUL, or up to the end of the read when they have none.
+    struct Checkin {
+        std::uint32_t pid;
+        std::string_view name;
+        std::string_view path;
+    };
+
+    explicit MVCommParser(std::span<const std::byte> read) noexcept : rest_(read) {}
+
+    [[nodiscard]] Result next() noexcept;
+
+    /// Bytes of the read that next() has not consumed.
+    std::int32_t remaining() const noexcept { return static_cast<std::int32_t>(rest_.size()); }
+
+    /// Of the message that next() met last.
+    std::uint32_t messageID() const noexcept { return messageID_; }
+
+    const MVCommActivityMessage& activity() const noexcept { return activity_; }
+    const Checkin& checkin() const noexcept { return checkin_; }
+
+  private:
+    std::string_view textAt(std::size_t offset) const noexcept;
+
+    std::span<const std::byte> rest_;
+    std::uint32_t messageID_ = 0;
+    MVCommActivityMessage activity_{};
+    Checkin checkin_{};
+};

@@ -1,0 +1,314 @@
+#include "comm/MVCommunication.h"
+
+#include "comm/MVCommConnection.h"
+#include "comm/MVCommOperation.h"
+#include "platform/RunLoop.h"
+#include "platform/RunLoopSource.h"
+#include "platform/Socket.h"
+#include "platform/SystemLog.h"
+#include "platform/UnixSocket.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using platform::LogPriority;
+using platform::systemLog;
+
+namespace {
+
+constexpr std::size_t longestAddress = 253;
+constexpr int listenBacklog = 5;
+constexpr mode_t everybody = 0777;
+constexpr std::chrono::milliseconds activityReset{100};
+constexpr std::chrono::milliseconds connectionCallbackDelay{50};
+constexpr double repetitionInterval = 1.0 / 12.0;
+
+void logError(const char* format, int error) {
+    // The texts are constants of this file.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    systemLog(LogPriority::error, format, std::strerror(error), error);
+#pragma GCC diagnostic pop
+}
+
+double secondsNow() noexcept {
+    return std::chrono::duration<double>(platform::MonotonicClock::now().time_since_epoch())
+        .count();
+}
+
+void logFault(MVCommParser::Result result, const MVCommParser& parser, const char* method) {
+    switch (result) {
+    case MVCommParser::Result::tooShort:
+        systemLog(LogPriority::error, "%s: Message too short (%d).", method, parser.remaining());
+        break;
+    case MVCommParser::Result::invalidLength:
+        if (parser.messageID() == kMVCommActivity)
+            systemLog(LogPriority::error,
+                      "%s: Invalid data len (%d) for messageID 0x%04x (expected %zu)", method,
+                      parser.remaining(), parser.messageID(), sizeof(MVCommActivityMessage));
+        else
+            systemLog(LogPriority::error, "%s: Invalid data len (%d) for messageID 0x%04x", method,
+                      parser.remaining(), parser.messageID());
+        break;
+    case MVCommParser::Result::unknown:
+        systemLog(LogPriority::error, "%s: Unknown messageID 0x%04x", method, parser.messageID());
+        break;
+    case MVCommParser::Result::end:
+    case MVCommParser::Result::activity:
+    case MVCommParser::Result::checkin:
+        break;
+    }
+}
+
+std::string keyOf(const MVCommConsoleMessage& message) {
+    // The pid is no part of the key, so that programs set to the same value share an entry.
+    return std::to_string(message.type) + ", " + std::to_string(message.reserved) + ", " +
+           std::to_string(message.value);
+}
+
+} // namespace
+
+std::unique_ptr<MVCommunication> MVCommunication::create(const MVCommCallbacks& comm,
+                                                         const QString& socketPath) {
+    std::unique_ptr<MVCommunication> server(new MVCommunication(comm, socketPath));
+    if (!server->setup())
+        return nullptr;
+    return server;
+}
+
+MVCommunication::MVCommunication(const MVCommCallbacks& comm, QString socketPath)
+    : comm_(comm)
+    , socketPath_(std::move(socketPath))
+    , addressPath_(QFile::encodeName(socketPath_).left(longestAddress).toStdString())
+    , runLoop_(platform::RunLoop::current())
+    , connectionCallbackTimer_(*runLoop_, [this] { connectionCallbackDelayed(); })
+    , sendQueue_("com.quarnel.mivo.send") {}
+
+MVCommunication::~MVCommunication() {
+    shutdown();
+}
+
+bool MVCommunication::setup() {
+    platform::FileDescriptor descriptor = platform::makeUnixSocket();
+    if (!descriptor) {
+        logError("Couldn't create socket: %s (%d)", errno);
+        return false;
+    }
+    if (!bindTo(descriptor.get()))
+        return false;
+    ::chmod(addressPath_.c_str(), everybody);
+    if (::listen(descriptor.get(), listenBacklog) != 0) {
+        logError("Couldn't listen(): %s (%d)", errno);
+        return false;
+    }
+    baseSock_ = platform::AcceptSocket::create(
+        std::move(descriptor),
+        [this](platform::AcceptSocket& socket, platform::FileDescriptor connection) {
+            handleBaseSocketAccept(socket, std::move(connection));
+        });
+    if (baseSock_ == nullptr) {
+        systemLog(LogPriority::error, "Couldn't create CFSocket!");
+        return false;
+    }
+    if (!baseSock_->schedule(*runLoop_)) {
+        systemLog(LogPriority::error, "Couldn't create CFRunLoopSource");
+        return false;
+    }
+    return true;
+}
+
+bool MVCommunication::bindTo(int descriptor) const {
+    struct stat status {};
+    if (::lstat(addressPath_.c_str(), &status) == 0 && ::unlink(addressPath_.c_str()) != 0)
+        logError("Couldn't unlink(): %s (%d)", errno);
+    if (platform::bindUnixSocket(descriptor, addressPath_))
+        return true;
+    logError("Couldn't bind(): %s (%d)", errno);
+    return false;
+}
+
+void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
+                                             platform::FileDescriptor descriptor) {
+    auto socket = platform::DataSocket::create(
+        std::move(descriptor),
+        [this](platform::DataSocket& sender, std::span<const std::byte> data) {
+            handleSocketData(sender, data);
+        });
+    if (socket == nullptr)
+        return;
+    auto source = socket->makeSource(*runLoop_);
+    if (source == nullptr)
+        return;
+    const auto connection = std::make_shared<MVCommConnection>(socket, std::move(source));
+    connection->setResetActivityTimer(std::make_unique<platform::Timer>(
+        *runLoop_, [this, &record = *connection] { resetActivity(record); }));
+
+    const std::lock_guard lock(connectionsLock_);
+    connections_.push_back(connection);
+    connectionOfSocket_.emplace(socket.get(), std::prev(connections_.end()));
+}
+
+std::shared_ptr<MVCommConnection>
+MVCommunication::connectionOf(const platform::DataSocket& socket) const {
+    const std::lock_guard lock(connectionsLock_);
+    const auto found = connectionOfSocket_.find(&socket);
+    return found != connectionOfSocket_.end() ? *found->second : nullptr;
+}
+
+void MVCommunication::handleSocketData(const platform::DataSocket& socket,
+                                       std::span<const std::byte> data) {
+    if (data.data() == nullptr) {
+        systemLog(LogPriority::error, "%s: Bad data object.", __func__);
+        return;
+    }
+    // Held to the end: a callback may run a loop of its own in which the plug-in disconnects.
+    const std::shared_ptr<MVCommConnection> connection = connectionOf(socket);
+    if (connection == nullptr) {
+        systemLog(LogPriority::error, "%s: Couldn't find obj for socket", __func__);
+        return;
+    }
+    if (data.empty()) {
+        handleDisconnect(socket);
+        return;
+    }
+    MVCommParser parser(data);
+    const auto end = handleMessages(*connection, parser, __func__);
+    logFault(end, parser, __func__);
+}
+
+MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connection,
+                                                     MVCommParser& parser, const char* method) {
+    for (;;) {
+        const MVCommParser::Result result = parser.next();
+        if (result == MVCommParser::Result::activity) {
+            comm_.dataCallback()(&parser.activity());
+            connection.resetActivityTimer()->start(activityReset);
+        } else if (result == MVCommParser::Result::checkin) {
+            handleCheckin(connection, parser.checkin(), method);
+        } else {
+            return result;
+        }
+    }
+}
+
+void MVCommunication::handleCheckin(MVCommConnection& connection,
+                                    const MVCommParser::Checkin& checkin, const char* method) {
+    MVCommConnectionProcess process;
+    process.pid = checkin.pid;
+    // What is not UTF-8 becomes replacement characters.
+    process.name = QString::fromUtf8(checkin.name);
+    if (process.name.isEmpty())
+        process.name = QString::number(checkin.pid);
+    process.path = QString::fromUtf8(checkin.path);
+
+    MVCommConnectionProcess previous = process;
+    {
+        const std::lock_guard lock(connectionsLock_);
+        std::swap(connection.process(), previous);
+    }
+    if (!previous.name.isNull() || previous.pid >= 1)
+        systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
+                  qUtf8Printable(previous.name), previous.pid);
+    systemLog(LogPriority::info, "'%s' connected (pid=%u, path='%s')",
+              qUtf8Printable(QString::fromUtf8(checkin.name)), process.pid,
+              qUtf8Printable(process.path));
+
+    if (comm_.connectionCallback() != nullptr)
+        connectionCallbackTimer_.start(connectionCallbackDelay);
+}
+
+void MVCommunication::handleDisconnect(const platform::DataSocket& socket) {
+    std::shared_ptr<MVCommConnection> connection;
+    {
+        const std::lock_guard lock(connectionsLock_);
+        const auto found = connectionOfSocket_.find(&socket);
+        connection = *found->second;
+        connections_.erase(found->second);
+        connectionOfSocket_.erase(found);
+    }
+    systemLog(LogPriority::info, "'%s' disconnected", qUtf8Printable(connection->process().name));
+    retire(std::move(connection));
+    if (const MVCommCallback callback = comm_.disconnectionCallback())
+        callback();
+}
+
+void MVCommunication::retire(std::shared_ptr<MVCommConnection> connection) {
+    connection->shutdown();
+    if (connection->resetActivityTimer()->isActive())
+        retired_.push_back(std::move(connection));
+}
+
+void MVCommunication::connectionCallbackDelayed() {
+    if (const MVCommCallback callback = comm_.connectionCallback())
+        callback();
+}
+
+void MVCommunication::resetActivity(MVCommConnection& connection) {
+    const auto isThis = [&connection](const auto& retired) { return retired.get() == &connection; };
+    const MVCommActivityMessage silence{kMVCommActivity, connection.process().pid, 0.0F};
+    retired_.remove_if(isThis);
+    comm_.dataCallback()(&silence);
+}
+
+void MVCommunication::sendMessage(const MVCommConsoleMessage* message) {
+    if (suppressMessages_ || message == nullptr)
+        return;
+    {
+        const std::lock_guard lock(connectionsLock_);
+        if (connections_.empty())
+            return;
+    }
+    const MVCommOperation operation(*this, &MVCommunication::doSendMessage, *message);
+    sendQueue_.async([operation] { operation.main(); });
+}
+
+void MVCommunication::doSendMessage(const MVCommConsoleMessage& message) {
+    LastMessage& last = lastMessages_[keyOf(message)];
+    const double now = secondsNow();
+    const bool repeated = std::memcmp(last.bytes.data(), &message, sizeof message) == 0 &&
+                          now - last.sent < repetitionInterval;
+    if (repeated && !allowFrequentMessages_)
+        return;
+
+    {
+        const std::lock_guard lock(connectionsLock_);
+        for (const auto& connection : connections_)
+            sendTargets_.push_back(connection->outlet());
+    }
+    for (const auto& outlet : sendTargets_)
+        outlet->send(message);
+    sendTargets_.clear();
+
+    std::memcpy(last.bytes.data(), &message, sizeof message);
+    last.sent = secondsNow();
+}
+
+QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
+    const std::lock_guard lock(connectionsLock_);
+    QList<MVCommConnectionProcess> processes;
+    processes.reserve(static_cast<qsizetype>(connections_.size()));
+    for (const auto& connection : connections_)
+        processes.push_back(connection->process());
+    return processes;
+}
+
+void MVCommunication::shutdown() {
+    sendQueue_.drain();
+    Connections connections;
+    {
+        const std::lock_guard lock(connectionsLock_);
+        connections.swap(connections_);
+        connectionOfSocket_.clear();
+    }
+    for (auto& connection : connections)
+        retire(std::move(connection));
+    connectionCallbackTimer_.stop();
+    baseSock_.reset();
+    ::unlink(addressPath_.c_str());
+}

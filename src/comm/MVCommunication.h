@@ -1,0 +1,129 @@
+#pragma once
+
+#include "comm/MVCommCallbacks.h"
+#include "comm/MVCommConnectionProcess.h"
+#include "comm/MVCommMessages.h"
+#include "comm/MVCommParser.h"
+#include "platform/DispatchQueue.h"
+#include "platform/Timer.h"
+
+#include <QList>
+#include <QString>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class MVCommConnection;
+class MVCommOutlet;
+
+namespace platform {
+class AcceptSocket;
+class DataSocket;
+class FileDescriptor;
+class RunLoop;
+} // namespace platform
+
+/// The server of one socket path: accepts plug-ins, reads what they send, knows who they are, and
+/// sends every command to all of them.
+///
+/// Lives on the main thread and its run loop. Sends run on a serial queue of the server's own and
+/// never wait for a peer; sendMessage(), the two flags and connectionProcesses() may be called on
+/// any thread. The connections lock is never held across anything that can wait.
+class MVCommunication {
+  public:
+    /// Serves `socketPath` on the calling thread's run loop, replacing a stale socket file. Null
+    /// when that fails, with the reason in the system log. `comm` must outlive the server; its
+    /// callbacks are asked for at each event, the data callback must be set by the first message.
+    [[nodiscard]] static std::unique_ptr<MVCommunication> create(const MVCommCallbacks& comm,
+                                                                 const QString& socketPath);
+
+    /// Does what shutdown() does.
+    ~MVCommunication();
+    MVCommunication(const MVCommunication&) = delete;
+    MVCommunication& operator=(const MVCommunication&) = delete;
+
+    const QString& socketPath() const noexcept { return socketPath_; }
+
+    /// Has `message` written to every connection, in the order of the calls. A message that was
+    /// sent less than 1/12 s ago is dropped (see setAllowFrequentMessages), as are all while
+    /// suppressMessages() holds or nobody is connected. Null does nothing. A plug-in that does not
+    /// read loses the message, with a line in the system log.
+    void sendMessage(const MVCommConsoleMessage* message);
+
+    /// Whether repetitions within 1/12 s are sent. Off at first.
+    void setAllowFrequentMessages(bool allow) noexcept { allowFrequentMessages_ = allow; }
+
+    /// Whether sendMessage() does nothing. Off at first.
+    void suppressMessages(bool suppress) noexcept { suppressMessages_ = suppress; }
+
+    /// Copies of the records of all connections, in the order of connecting; pid 0 and a null name
+    /// stand for a plug-in that has not checked in.
+    QList<MVCommConnectionProcess> connectionProcesses() const;
+
+    /// Has what sendMessage() accepted written, which never waits for a peer; then ends all
+    /// connections, stops listening and removes the socket file.
+    void shutdown();
+
+    /// Takes in one connection; the listening socket's handler.
+    void handleBaseSocketAccept(platform::AcceptSocket& socket,
+                                platform::FileDescriptor descriptor);
+
+    /// Takes in the bytes of one read; the connections' handler. Length 0 means that the peer has
+    /// closed. Faults are logged and cost the rest of the read, never the connection.
+    void handleSocketData(const platform::DataSocket& socket, std::span<const std::byte> data);
+
+  private:
+    /// The message last sent for a key, and when: seconds of the monotonic clock.
+    struct LastMessage {
+        std::array<std::byte, sizeof(MVCommConsoleMessage)> bytes{};
+        double sent = 0;
+    };
+    using Connections = std::list<std::shared_ptr<MVCommConnection>>;
+
+    MVCommunication(const MVCommCallbacks& comm, QString socketPath);
+    bool setup();
+    bool bindTo(int descriptor) const;
+
+    std::shared_ptr<MVCommConnection> connectionOf(const platform::DataSocket& socket) const;
+    MVCommParser::Result handleMessages(MVCommConnection& connection, MVCommParser& parser,
+                                        const char* method);
+    void handleCheckin(MVCommConnection& connection, const MVCommParser::Checkin& checkin,
+                       const char* method);
+    void handleDisconnect(const platform::DataSocket& socket);
+    void connectionCallbackDelayed();
+    void resetActivity(MVCommConnection& connection);
+    void retire(std::shared_ptr<MVCommConnection> connection);
+    void doSendMessage(const MVCommConsoleMessage& message);
+
+    const MVCommCallbacks& comm_;
+    const QString socketPath_;
+    const std::string addressPath_; // what of the path goes into the socket's address
+
+    // Main thread.
+    platform::RunLoop* const runLoop_;
+    std::unique_ptr<platform::AcceptSocket> baseSock_;
+    platform::Timer connectionCallbackTimer_;
+    Connections retired_; // disconnected, but with an activity reset still to come
+
+    mutable std::mutex connectionsLock_;
+    Connections connections_; // guarded by connectionsLock_
+    std::unordered_map<const platform::DataSocket*, Connections::iterator>
+        connectionOfSocket_; // guarded by connectionsLock_
+
+    std::atomic<bool> allowFrequentMessages_ = false;
+    std::atomic<bool> suppressMessages_ = false;
+
+    // The send queue only.
+    std::unordered_map<std::string, LastMessage> lastMessages_;
+    std::vector<std::shared_ptr<MVCommOutlet>> sendTargets_;
+
+    platform::DispatchQueue sendQueue_; // last: waits for its sends before the rest goes
+};
