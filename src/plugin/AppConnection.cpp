@@ -1,0 +1,122 @@
+#include "plugin/AppConnection.h"
+
+#include "comm/MVCommSocketPath.h"
+#include "platform/MonotonicClock.h"
+#include "platform/RunLoopSource.h"
+#include "platform/Socket.h"
+#include "platform/StreamProcess.h"
+#include "platform/SystemLog.h"
+#include "platform/UnixSocket.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <unistd.h>
+#include <utility>
+
+using platform::LogPriority;
+using platform::systemLog;
+
+namespace {
+
+constexpr uid_t administrator = 0;
+
+bool isTrusted(const platform::FileDescriptor& socket) noexcept {
+    uid_t user = 0;
+    return platform::peerUser(socket.get(), user) && (user == ::geteuid() || user == administrator);
+}
+
+platform::FileDescriptor connectToApplication() {
+    for (const std::string& path : MVCommCandidateSocketPaths()) {
+        platform::FileDescriptor socket = platform::connectUnixSocket(path);
+        if (!socket)
+            continue;
+        if (isTrusted(socket))
+            return socket;
+        systemLog(LogPriority::warning, "Left alone %s, which another user serves", path.c_str());
+    }
+    return {};
+}
+
+/// One line for a command that every connection gets.
+void logUnknown(std::int32_t type) {
+    constexpr std::chrono::seconds interval{1};
+    static std::optional<platform::MonotonicClock::time_point> last;
+    const auto now = platform::MonotonicClock::now();
+    if (last && now - *last < interval)
+        return;
+    last = now;
+    systemLog(LogPriority::warning, "Ignored a command of unknown type %d", type);
+}
+
+template <typename Message>
+bool send(const platform::DataSocket& socket, const Message& message) noexcept {
+    return socket.send(std::as_bytes(std::span(&message, 1)));
+}
+
+} // namespace
+
+AppConnection::AppConnection(std::uint32_t process, Listener& listener) noexcept
+    : process_(process), listener_(listener) {}
+
+AppConnection::~AppConnection() = default;
+
+std::unique_ptr<AppConnection> AppConnection::open(platform::RunLoop& loop,
+                                                   const platform::StreamProcess& program,
+                                                   Listener& listener) {
+    std::unique_ptr<AppConnection> connection(new AppConnection(program.pid, listener));
+    return connection->start(loop, program) ? std::move(connection) : nullptr;
+}
+
+bool AppConnection::start(platform::RunLoop& loop, const platform::StreamProcess& program) {
+    platform::FileDescriptor descriptor = connectToApplication();
+    if (!descriptor)
+        return false;
+    socket_ = platform::DataSocket::create(
+        std::move(descriptor),
+        [this](platform::DataSocket&, std::span<const std::byte> bytes) { delivered(bytes); });
+    if (socket_ == nullptr)
+        return false;
+    source_ = socket_->makeSource(loop);
+
+    MVCommCheckinMessage checkin{};
+    checkin.messageID = kMVCommCheckin;
+    checkin.pid = program.pid;
+    program.name.copy(checkin.name, sizeof checkin.name - 1);
+    program.path.copy(checkin.path, sizeof checkin.path - 1);
+    if (source_ != nullptr && send(*socket_, checkin))
+        return true;
+    systemLog(LogPriority::error, "Couldn't check in %s: %s (%d)", program.name.c_str(),
+              std::strerror(errno), errno);
+    return false;
+}
+
+void AppConnection::sendLevel(float level) noexcept {
+    // A broken connection is noticed where it is read.
+    [[maybe_unused]] const bool sent =
+        send(*socket_, MVCommActivityMessage{kMVCommActivity, process_, level});
+}
+
+void AppConnection::delivered(std::span<const std::byte> bytes) {
+    if (bytes.empty()) {
+        listener_.connectionLost();
+        return;
+    }
+    while (const auto command = commands_.next(bytes))
+        take(*command);
+}
+
+void AppConnection::take(const MVCommConsoleMessage& command) {
+    const bool forUs = static_cast<std::uint32_t>(command.pid) == process_;
+    switch (command.type) {
+    case kMVCommSetVolume:
+    case kMVCommSetMute:
+        if (forUs)
+            listener_.commandArrived(command);
+        break;
+    case kMVCommIgnoreListChanged: // the application hides the ignored; they play as before
+        break;
+    default:
+        logUnknown(command.type);
+    }
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "platform/MonotonicClock.h"
+#include "platform/StreamProcess.h"
+#include "plugin/PipeWireHandles.h"
+#include "plugin/StreamVolume.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+/// One output stream of a program in the sound server: what it claims about itself, whether it
+/// runs, its volume. The run loop's thread only; must go before the server's connection does.
+class AudioStream {
+  public:
+    class Listener {
+      public:
+        virtual ~Listener() = default;
+
+        /// The claims have arrived or are others now.
+        virtual void streamDescribed(AudioStream& stream) = 0;
+
+        /// isRunning() changed.
+        virtual void streamStateChanged(AudioStream& stream) = 0;
+    };
+
+    /// Watches the node `id`. `listener` must outlive the stream.
+    AudioStream(pw_registry& registry, std::uint32_t id, Listener& listener);
+    AudioStream(const AudioStream&) = delete;
+    AudioStream& operator=(const AudioStream&) = delete;
+
+    std::uint32_t id() const noexcept { return id_; }
+
+    /// Whether the node has told what it is.
+    bool isDescribed() const noexcept { return described_; }
+
+    /// Fills in what the node claims about its process.
+    void describeTo(platform::StreamEvidence& evidence) const;
+
+    /// Whether the stream belongs to a chain of filters or a loop-back, not to a program.
+    bool isInternal() const noexcept { return internal_; }
+
+    bool isRunning() const noexcept { return running_; }
+
+    /// Asks for a volume, a mute, or both. It is written at once, or as soon as the stream can take
+    /// it, and upheld for as long as the stream is new. Nothing is ever written unasked.
+    void want(const WantedVolume& change);
+
+    /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
+    /// `measured` are those after the gain.
+    float level(std::span<const ChannelPeak> measured);
+
+  private:
+    void informed(const pw_node_info& info);
+    void propsChanged(const spa_pod* param);
+    void takeOver(const StreamProps& props);
+    void write(const WantedVolume& change);
+
+    static const pw_node_events nodeEvents;
+
+    const std::uint32_t id_;
+    Listener& listener_;
+
+    platform::StreamEvidence claims_;
+    bool described_ = false;
+    bool internal_ = false;
+    bool running_ = false;
+
+    std::optional<StreamProps> props_;
+    std::vector<float> balance_; // the last channel volumes that were not all zero
+    WantedVolume wanted_;
+    VolumeHold hold_;
+
+    float lastLevel_ = 0.0F;
+    platform::MonotonicClock::time_point gainSettled_;
+
+    ProxyHandle<pw_node> node_;
+    ListenerHook hook_;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+/// The pauses between attempts at something that keeps failing: each twice the one before, from a
+/// quarter of a second up to five seconds.
+class Backoff {
+  public:
+    static constexpr std::chrono::milliseconds shortest{250};
+    static constexpr std::chrono::milliseconds longest{5000};
+
+    std::chrono::milliseconds next() noexcept {
+        const auto pause = pause_;
+        pause_ = std::min(2 * pause_, longest);
+        return pause;
+    }
+
+    void reset() noexcept { pause_ = shortest; }
+
+  private:
+    std::chrono::milliseconds pause_ = shortest;
+};

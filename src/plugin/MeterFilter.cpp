@@ -1,0 +1,121 @@
+#include "plugin/MeterFilter.h"
+
+#include "platform/SystemLog.h"
+#include "plugin/AudioGraph.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace {
+
+float peakOf(const float* samples, std::size_t count) noexcept {
+    float peak = 0.0F;
+    for (std::size_t i = 0; i < count; ++i)
+        peak = std::max(peak, std::fabs(samples[i]));
+    return peak;
+}
+
+void raise(std::atomic<float>& peak, float measured) noexcept {
+    float held = peak.load(std::memory_order_relaxed);
+    // The other thread only ever takes the peak away, so this succeeds after a turn or two.
+    while (measured > held &&
+           !peak.compare_exchange_weak(held, measured, std::memory_order_relaxed)) {
+    }
+}
+
+} // namespace
+
+const pw_filter_events MeterFilter::filterEvents = [] {
+    pw_filter_events events{};
+    events.version = PW_VERSION_FILTER_EVENTS;
+    events.state_changed = [](void* data, pw_filter_state, pw_filter_state state,
+                              const char* error) {
+        static_cast<MeterFilter*>(data)->stateChanged(state, error);
+    };
+    events.process = &MeterFilter::measure;
+    return events;
+}();
+
+MeterFilter::MeterFilter(std::function<void()> changed) : changed_(std::move(changed)) {}
+
+MeterFilter::~MeterFilter() = default;
+
+std::unique_ptr<MeterFilter> MeterFilter::create(pw_core& core, std::function<void()> changed) {
+    std::unique_ptr<MeterFilter> filter(new MeterFilter(std::move(changed)));
+    const int result = filter->connect(core);
+    if (result >= 0)
+        return filter;
+    platform::systemLog(platform::LogPriority::error, "Couldn't make a level meter: %s (%d)",
+                        std::strerror(-result), -result);
+    return nullptr;
+}
+
+int MeterFilter::connect(pw_core& core) {
+    // Without wanting a driver it is scheduled only together with the streams that it measures.
+    pw_properties* const properties = pw_properties_new(
+        PW_KEY_NODE_NAME, kMeterNodeName, PW_KEY_NODE_DESCRIPTION, "Tonvale level meter",
+        PW_KEY_NODE_WANT_DRIVER, "false", PW_KEY_NODE_ALWAYS_PROCESS, "false", nullptr);
+    filter_.reset(pw_filter_new(&core, kMeterNodeName, properties));
+    if (filter_ == nullptr)
+        return -errno;
+    pw_filter_add_listener(filter_.get(), &hook_, &filterEvents, this);
+    if (!addInputs())
+        return -errno;
+    return pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0);
+}
+
+bool MeterFilter::addInputs() {
+    for (std::size_t i = 0; i < inputs; ++i) {
+        pw_properties* const properties =
+            pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME,
+                              ("input_" + std::to_string(i)).c_str(), nullptr);
+        void* const port =
+            pw_filter_add_port(filter_.get(), PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
+                               sizeof(Input), properties, nullptr, 0);
+        if (port == nullptr)
+            return false;
+        rt_.ports[i] = new (port) Input; // trivially destructible: its memory goes with the port
+    }
+    return true;
+}
+
+std::optional<std::uint32_t> MeterFilter::nodeId() const {
+    const std::uint32_t id = pw_filter_get_node_id(filter_.get());
+    return id != SPA_ID_INVALID ? std::optional(id) : std::nullopt;
+}
+
+void MeterFilter::stateChanged(pw_filter_state state, const char* error) {
+    if (state == PW_FILTER_STATE_ERROR) {
+        platform::systemLog(platform::LogPriority::error, "A level meter failed: %s",
+                            error != nullptr ? error : "no reason given");
+        broken_ = true;
+    }
+    changed_();
+}
+
+std::optional<std::size_t> MeterFilter::borrowInput() noexcept {
+    const auto free = std::find(borrowed_.begin(), borrowed_.end(), false);
+    if (free == borrowed_.end())
+        return std::nullopt;
+    *free = true;
+    return static_cast<std::size_t>(free - borrowed_.begin());
+}
+
+std::optional<float> MeterFilter::takePeak(std::size_t input) noexcept {
+    const float peak =
+        rt_.ports[input]->peak.exchange(Input::nothingMeasured, std::memory_order_relaxed);
+    return peak >= 0.0F ? std::optional(peak) : std::nullopt;
+}
+
+void MeterFilter::measure(void* data, spa_io_position* position) noexcept {
+    const Realtime& rt = static_cast<MeterFilter*>(data)->rt_;
+    const auto samples = static_cast<std::uint32_t>(position->clock.duration);
+    for (Input* const port : rt.ports) {
+        if (const void* const buffer = pw_filter_get_dsp_buffer(port, samples))
+            raise(port->peak, peakOf(static_cast<const float*>(buffer), samples));
+    }
+}

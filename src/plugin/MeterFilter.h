@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <pipewire/filter.h>
+#include <pipewire/keys.h>
+#include <spa/utils/hook.h>
+
+/// A node of the sound server with a fixed number of mono inputs that measures the peak of what
+/// comes in at each. It is no recording stream: it has no media class and makes no sound server
+/// run. Inputs are lent out one by one; all exist before the node is connected and go with it, so
+/// that the data thread never sees a list change. The run loop's thread only; must go before the
+/// server's connection does.
+class MeterFilter {
+  public:
+    static constexpr std::size_t inputs = 16;
+
+    /// `changed` is called when nodeId() or isBroken() may answer something else; it must not
+    /// destroy the filter. Null, after a line in the log, when the server refuses.
+    static std::unique_ptr<MeterFilter> create(pw_core& core, std::function<void()> changed);
+    ~MeterFilter();
+    MeterFilter(const MeterFilter&) = delete;
+    MeterFilter& operator=(const MeterFilter&) = delete;
+
+    /// The node's number; nothing until the server has given one.
+    std::optional<std::uint32_t> nodeId() const;
+
+    /// Whether the server has given up on the node, which measures nothing more.
+    bool isBroken() const noexcept { return broken_; }
+
+    /// Lends a free input; nothing when all are in use.
+    std::optional<std::size_t> borrowInput() noexcept;
+    void returnInput(std::size_t input) noexcept { borrowed_[input] = false; }
+
+    /// The highest peak since the last call, linear; nothing when no cycle has come since.
+    std::optional<float> takePeak(std::size_t input) noexcept;
+
+  private:
+    /// Lives in the port itself. Only `peak` is shared between the threads.
+    struct Input {
+        static constexpr float nothingMeasured = -1.0F;
+        std::atomic<float> peak{nothingMeasured};
+        static_assert(std::atomic<float>::is_always_lock_free);
+    };
+
+    /// All that the data thread touches. The array is filled before the node is connected.
+    struct Realtime {
+        std::array<Input*, inputs> ports{};
+    };
+
+    struct FilterDeleter {
+        void operator()(pw_filter* filter) const noexcept { pw_filter_destroy(filter); }
+    };
+
+    explicit MeterFilter(std::function<void()> changed);
+    int connect(pw_core& core);
+    bool addInputs();
+    void stateChanged(pw_filter_state state, const char* error);
+
+    /// On the data thread, once a cycle: must not wait, allocate or log.
+    static void measure(void* data, spa_io_position* position) noexcept;
+
+    static const pw_filter_events filterEvents;
+
+    Realtime rt_;
+
+    // The run loop's thread only.
+    const std::function<void()> changed_;
+    std::array<bool, inputs> borrowed_{};
+    bool broken_ = false;
+    spa_hook hook_{}; // the filter leaves it when it goes; the data thread may use it until then
+    std::unique_ptr<pw_filter, FilterDeleter> filter_;
+};

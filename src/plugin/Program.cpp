@@ -1,0 +1,58 @@
+#include "plugin/Program.h"
+
+#include "platform/ProcessInfo.h"
+#include "plugin/AudioStream.h"
+
+#include <algorithm>
+
+Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
+    : loop_(loop), process_(std::move(process)), listener_(listener) {
+    if (process_.startTime)
+        watch_ = platform::ProcessWatch::create(loop, static_cast<pid_t>(process_.pid),
+                                                [this] { listener_.programEnded(*this); });
+}
+
+Program::~Program() {
+    report(0.0F);
+}
+
+void Program::add(AudioStream& stream) {
+    if (std::find(streams_.begin(), streams_.end(), &stream) != streams_.end())
+        return;
+    streams_.push_back(&stream);
+    stream.want(wanted_);
+}
+
+void Program::remove(AudioStream& stream) {
+    std::erase(streams_, &stream);
+}
+
+bool Program::connect() {
+    if (connection_ == nullptr)
+        connection_ = AppConnection::open(loop_, process_, *this);
+    return connection_ != nullptr;
+}
+
+void Program::report(float level) {
+    if (connection_ == nullptr || (level <= 0.0F && !playing_))
+        return;
+    playing_ = level > 0.0F;
+    connection_->sendLevel(level);
+}
+
+void Program::commandArrived(const MVCommConsoleMessage& command) {
+    WantedVolume change;
+    if (command.type == kMVCommSetVolume)
+        change.percent = std::clamp(command.value, 0, 100);
+    else
+        change.muted = command.value != 0;
+    wanted_.merge(change);
+    for (AudioStream* const stream : streams_)
+        stream->want(change);
+}
+
+void Program::connectionLost() {
+    connection_.reset();
+    playing_ = false;
+    listener_.programDisconnected(*this);
+}

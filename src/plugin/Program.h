@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/StreamProcess.h"
+#include "plugin/AppConnection.h"
+#include "plugin/StreamVolume.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class AudioStream;
+
+namespace platform {
+class ProcessWatch;
+class RunLoop;
+} // namespace platform
+
+/// One process that has had an output stream: its streams, its volume, and its connection to the
+/// application. It lasts as long as the process, since programs drop and make streams whenever they
+/// pause. The run loop's thread only.
+class Program : private AppConnection::Listener {
+  public:
+    class Listener {
+      public:
+        virtual ~Listener() = default;
+
+        /// The process is no more. The program may be destroyed in here.
+        virtual void programEnded(Program& program) = 0;
+        virtual void programDisconnected(Program& program) = 0;
+    };
+
+    Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener);
+
+    /// Leaves the application with a last zero if the program played.
+    ~Program() override;
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    const platform::StreamProcess& process() const noexcept { return process_; }
+
+    /// Whether programEnded() will be called. The program should go with its last stream otherwise.
+    bool isWatched() const noexcept { return watch_ != nullptr; }
+
+    /// Gives the stream the program's volume, from now on too. The stream must be removed before it
+    /// goes.
+    void add(AudioStream& stream);
+    void remove(AudioStream& stream);
+    const std::vector<AudioStream*>& streams() const noexcept { return streams_; }
+
+    /// Tries once to connect to the application. True when connected.
+    bool connect();
+    bool isConnected() const noexcept { return connection_ != nullptr; }
+
+    /// Whether the application believes that the program plays.
+    bool isPlaying() const noexcept { return playing_; }
+
+    /// Passes the level on while there is one, and a single zero when it ends.
+    void report(float level);
+
+  private:
+    void commandArrived(const MVCommConsoleMessage& command) override;
+    void connectionLost() override;
+
+    platform::RunLoop& loop_;
+    const platform::StreamProcess process_;
+    Listener& listener_;
+    std::vector<AudioStream*> streams_; // not owned
+    WantedVolume wanted_;
+    bool playing_ = false;
+    std::unique_ptr<platform::ProcessWatch> watch_;
+    std::unique_ptr<AppConnection> connection_;
+};

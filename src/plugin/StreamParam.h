@@ -1,0 +1,18 @@
+#pragma once
+
+#include "plugin/StreamVolume.h"
+
+#include <optional>
+#include <vector>
+
+struct pw_node;
+struct spa_pod;
+
+/// The server's encoding of a stream's volume: its "Props" parameter. PipeWire's thread.
+
+/// Overwrites in `props` what the parameter tells; what it leaves out stays.
+void readStreamProps(const spa_pod* param, StreamProps& props);
+
+/// Sets the channel volumes and the mute of a stream, where given.
+void writeStreamProps(pw_node* node, const std::optional<std::vector<float>>& channelVolumes,
+                      std::optional<bool> mute);

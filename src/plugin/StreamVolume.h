@@ -1,0 +1,93 @@
+#pragma once
+
+#include "platform/MonotonicClock.h"
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <vector>
+
+/// The arithmetic of a stream's volume: pure functions over plain values, any thread.
+///
+/// A percentage is what a person sees, the gain what the samples are multiplied with: its cube, as
+/// in every other mixer of the desktop. The gain of a channel is the product of the stream's scalar
+/// volume, its entry in the channel volumes, and zero when muted. The scalar is never ours: nobody
+/// shows it, so a program left quiet by it could not be helped.
+
+/// What the server told about a stream.
+struct StreamProps {
+    std::vector<float> channelVolumes; ///< linear; empty until the stream has a format
+    bool mute = false;
+    float volume = 1.0F; ///< the scalar, linear
+
+    bool operator==(const StreamProps&) const = default;
+};
+
+/// What the application asked for; nothing where it asked for nothing.
+struct WantedVolume {
+    std::optional<int> percent; ///< 0 to 100
+    std::optional<bool> muted;
+
+    bool isEmpty() const noexcept { return !percent && !muted; }
+
+    /// Takes over what `change` asks for.
+    void merge(const WantedVolume& change) noexcept;
+};
+
+/// The peak of one channel after the gain, linear.
+struct ChannelPeak {
+    std::size_t channel;
+    float peak;
+};
+
+/// The level that stands for a running stream whose gain is zero. What it plays is silent where we
+/// measure, and yet a person must see that it plays.
+inline constexpr float kSilencedStreamLevel = 0.01F;
+
+/// The linear gain of a percentage, which is clamped to 0 to 100.
+float gainOfPercent(int percent) noexcept;
+
+/// The gain in effect for a channel. Channels beyond the array have its last value.
+float channelGain(const StreamProps& props, std::size_t channel) noexcept;
+
+/// The gain in effect for the loudest channel.
+float loudestGain(const StreamProps& props) noexcept;
+
+/// Whether no channel is let through.
+bool isSilenced(const StreamProps& props) noexcept;
+
+/// Whether both would sound the same.
+bool haveSameGains(const StreamProps& a, const StreamProps& b) noexcept;
+
+/// The highest peak of the stream before its gain, 0 to 1, from those of all its ports. Channels
+/// that are turned down fully say nothing of what is played. A stream whose channels are mixed to
+/// another number of ports is taken to have the gain of its loudest channel at each.
+float levelBeforeGain(std::span<const ChannelPeak> peaks, const StreamProps& props) noexcept;
+
+/// `balance` scaled so that its loudest channel has `gain`. When it is empty or all zero, all of
+/// `channels` are equal; a single value, which the server spreads, when that is 0.
+std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_t channels,
+                                   float gain);
+
+/// Whether nothing needs to be written for the stream to have the wanted volume. Values are
+/// compared with a tolerance, since they come back rounded.
+bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept;
+
+/// How long a new stream is held at its wanted volume. The session manager restores a volume of its
+/// own, and some programs set theirs, within milliseconds after we first write; a change that comes
+/// later is somebody's will.
+class VolumeHold {
+  public:
+    static constexpr std::chrono::milliseconds duration{500};
+    static constexpr int mostWrites = 16; ///< so that two that hold do not fight for ever
+
+    explicit VolumeHold(platform::MonotonicClock::time_point streamAppeared) noexcept
+        : end_(streamAppeared + duration) {}
+
+    /// Whether a foreign change may be overwritten; counts as one write when it may.
+    [[nodiscard]] bool takeWrite(platform::MonotonicClock::time_point now) noexcept;
+
+  private:
+    const platform::MonotonicClock::time_point end_;
+    int writes_ = 0;
+};
