@@ -1,0 +1,128 @@
+#include "comm/MVComm.h"
+
+#include "CommFixture.h"
+#include "comm/MVCommSocketPath.h"
+#include "support/ScriptedPlugin.h"
+
+#include <QString>
+
+#include <cstdlib>
+#include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+// There is no session bus here, so each attempt to announce the launch is a line in the log.
+class MVCommTest : public CommFixture {
+  protected:
+    MVCommTest() {
+        ::setenv("TONVALE_SOCKET_DIR", folder_.path().c_str(), 1);
+        comm_.setAppConnectCallback(&recordConnection);
+        comm_.setAppDisconnectCallback(&recordDisconnection);
+    }
+
+    std::size_t announcements() const {
+        return log_.count("Couldn't post com.quarnel.mivo.guiDidLaunch");
+    }
+
+    MVComm comm_;
+};
+
+TEST_F(MVCommTest, ServesTheMainSocketWithItsCallbacks) {
+    ASSERT_TRUE(comm_.setupPluginConnectionWithCallBack(&recordLevel));
+    support::ScriptedPlugin plugin(socketPath(kMVCommSocketName));
+    plugin.checkIn(4711, "player");
+    plugin.reportLevel(4711, 0.5F);
+    turn();
+    advance(50ms);
+    EXPECT_EQ(events, "C");
+    EXPECT_EQ(levels.front(), "4711:0.500000");
+    plugin.disconnect();
+    turn();
+    EXPECT_EQ(events, "CD");
+}
+
+TEST_F(MVCommTest, AnnouncesABurstOfAdditionsOnceTwoTenthsOfASecondAfterTheLast) {
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("first"))));
+    advance(90ms);
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("second"))));
+    advance(100ms);
+    advance(99ms);
+    EXPECT_EQ(announcements(), 0U);
+    advance(1ms);
+    EXPECT_EQ(announcements(), 1U);
+    advance(1h);
+    EXPECT_EQ(announcements(), 1U);
+
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("third"))));
+    comm_.shutdown();
+    advance(1h);
+    EXPECT_EQ(announcements(), 1U) << "an application that is going away announces nothing";
+}
+
+TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("first"))));
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("second"))));
+    support::ScriptedPlugin late(socketPath("second"));
+    support::ScriptedPlugin early(socketPath("first"));
+    late.checkIn(2, "b");
+    early.checkIn(1, "a");
+    turn();
+    const auto processes = comm_.connectionProcesses();
+    ASSERT_EQ(processes.size(), 2);
+    EXPECT_EQ(processes[0].pid, 1U) << "in the order of the servers";
+    EXPECT_EQ(processes[1].pid, 2U);
+
+    const MVCommConsoleMessage suppressed{kMVCommSetVolume, 1, 0, 10};
+    const MVCommConsoleMessage sent{kMVCommSetVolume, 1, 0, 20};
+    comm_.suppressMessages(true);
+    comm_.sendMessage(&suppressed);
+    comm_.suppressMessages(false);
+    comm_.sendMessage(&sent);
+    comm_.setAllowFrequentMessages(true);
+    comm_.sendMessage(&sent); // a repetition, which only this setting lets through
+    comm_.shutdown();         // waits for the sends
+    for (support::ScriptedPlugin* const plugin : {&early, &late}) {
+        const auto commands = plugin->takeCommands();
+        ASSERT_EQ(commands.size(), 2U);
+        EXPECT_EQ(commands[0].value, 20);
+    }
+    EXPECT_FALSE(std::filesystem::exists(socketPath("first")));
+    EXPECT_TRUE(comm_.connectionProcesses().isEmpty());
+}
+
+TEST_F(MVCommTest, AMainSocketThatCannotBeServedIsAnAnswerNotAnEnd) {
+    ::setenv("TONVALE_SOCKET_DIR", socketPath("missing").c_str(), 1);
+    EXPECT_FALSE(comm_.setupPluginConnectionWithCallBack(&recordLevel));
+    const MVCommConsoleMessage message{};
+    comm_.sendMessage(&message);
+    advance(1s);
+    EXPECT_EQ(announcements(), 0U);
+    EXPECT_TRUE(comm_.connectionProcesses().isEmpty());
+}
+
+TEST(MVCommSocketPath, IsTheSharedOneUnlessItBelongsToAnotherUser) {
+    const support::PrivateFolder folder;
+    const std::string shared = folder.path() / kMVCommSocketName;
+    MVCommSocketPlaces places{"", folder.path(), "/run/user/1", ::geteuid()};
+    const std::string runtime = std::string("/run/user/1/") + kMVCommSocketName;
+
+    EXPECT_EQ(MVCommMainSocketPath(places), shared);
+    EXPECT_EQ(MVCommCandidateSocketPaths(places), (std::vector<std::string>{shared, runtime}));
+
+    std::ofstream(shared) << "ours";
+    EXPECT_EQ(MVCommMainSocketPath(places), shared);
+
+    places.user = ::geteuid() + 1; // now the file is another user's
+    EXPECT_EQ(MVCommMainSocketPath(places), runtime);
+    EXPECT_EQ(MVCommCandidateSocketPaths(places), (std::vector<std::string>{runtime}));
+
+    places.runtimeFolder.clear();
+    EXPECT_EQ(MVCommMainSocketPath(places), shared) << "there is no other place to try";
+
+    places.overridingFolder = "/elsewhere";
+    const std::string elsewhere = std::string("/elsewhere/") + kMVCommSocketName;
+    EXPECT_EQ(MVCommMainSocketPath(places), elsewhere);
+    EXPECT_EQ(MVCommCandidateSocketPaths(places), (std::vector<std::string>{elsewhere}));
+}

@@ -1,0 +1,350 @@
+#include "comm/MVCommunication.h"
+
+#include "CommFixture.h"
+#include "platform/Socket.h"
+#include "support/ScriptedPlugin.h"
+#include "support/WaitUntil.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <limits>
+#include <sys/socket.h>
+#include <thread>
+
+using namespace std::chrono_literals;
+using support::ScriptedPlugin;
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class MVCommunicationTest : public CommFixture {
+  protected:
+    std::unique_ptr<MVCommunication> server_ =
+        MVCommunication::create(*this, QString::fromStdString(socketPath()));
+
+    std::unique_ptr<ScriptedPlugin> connect() {
+        auto plugin = std::make_unique<ScriptedPlugin>(socketPath());
+        turn();
+        return plugin;
+    }
+
+    std::unique_ptr<ScriptedPlugin> checkedIn(std::uint32_t pid, std::string_view name) {
+        auto plugin = connect();
+        plugin->checkIn(pid, name);
+        turn();
+        return plugin;
+    }
+
+    void send(std::int32_t type, std::int32_t pid, std::int32_t value) {
+        const MVCommConsoleMessage message{type, pid, 0, value};
+        server_->sendMessage(&message);
+    }
+
+    /// The commands of `plugin`, as soon as the send queue has written `count` of them.
+    static Strings commands(ScriptedPlugin& plugin, std::size_t count) {
+        Strings texts;
+        EXPECT_TRUE(support::waitUntil([&] {
+            for (const MVCommConsoleMessage& command : plugin.takeCommands())
+                texts.push_back(std::to_string(command.type) + "," + std::to_string(command.pid) +
+                                "," + std::to_string(command.reserved) + "," +
+                                std::to_string(command.value));
+            return texts.size() >= count;
+        }));
+        return texts;
+    }
+};
+
+} // namespace
+
+TEST_F(MVCommunicationTest, ACheckinAndActivityInOneReadAreTakenInTurn) {
+    const auto plugin = connect();
+    plugin->sendBytes(ScriptedPlugin::checkinBytes(4711, "player", "/usr/bin/player") +
+                      ScriptedPlugin::activityBytes(4711, 0.5F) +
+                      ScriptedPlugin::activityBytes(99, 0.25F)); // a pid that nobody shows
+    turn();
+    const auto processes = server_->connectionProcesses();
+    ASSERT_EQ(processes.size(), 1);
+    EXPECT_EQ(processes[0].pid, 4711U);
+    EXPECT_EQ(processes[0].name, QStringLiteral("player"));
+    EXPECT_EQ(processes[0].path, QStringLiteral("/usr/bin/player"));
+    EXPECT_EQ(levels, (Strings{"4711:0.500000", "99:0.250000"}));
+    EXPECT_EQ(log_.count("'player' connected (pid=4711, path='/usr/bin/player')"), 1U);
+    EXPECT_EQ(events, "");
+    advance(50ms);
+    EXPECT_EQ(events, "C");
+}
+
+TEST_F(MVCommunicationTest, ABurstOfCheckinsIsAnnouncedOnceFiftyMillisecondsAfterTheLast) {
+    const auto first = checkedIn(1, "a");
+    advance(40ms);
+    const auto second = checkedIn(2, "b");
+    advance(49ms);
+    EXPECT_EQ(events, "");
+    advance(1ms);
+    EXPECT_EQ(events, "C");
+    advance(1s);
+    EXPECT_EQ(events, "C");
+}
+
+TEST_F(MVCommunicationTest, ReadsThatAreNoWholeMessagesAreLoggedAndDropped) {
+    struct Case {
+        std::string bytes;
+        const char* line;
+    };
+    const std::string activity = ScriptedPlugin::activityBytes(1, 1.0F);
+    const std::string checkin = ScriptedPlugin::checkinBytes(1, "x");
+    const Case cases[] = {
+        {activity.substr(0, 3), "handleSocketData: Message too short (3)."},
+        {activity.substr(0, 11),
+         "handleSocketData: Invalid data len (11) for messageID 0x0900 (expected 12)"},
+        {checkin.substr(0, 1159), "handleSocketData: Invalid data len (1159) for messageID 0x0800"},
+        {std::string("\x0a\x00\x00\x00more", 8), "handleSocketData: Unknown messageID 0x000a"},
+    };
+    const auto plugin = connect();
+    for (const Case& fault : cases) {
+        plugin->sendBytes(fault.bytes);
+        turn();
+        EXPECT_EQ(log_.count(fault.line), 1U) << fault.line;
+    }
+    EXPECT_EQ(levels, Strings{});
+    EXPECT_EQ(events, "") << "the connection stays open";
+
+    plugin->sendBytes(activity + activity.substr(0, 4)); // what came before the fault counts
+    plugin->sendBytes(activity.substr(4));               // in the same read, so put together
+    turn();
+    EXPECT_EQ(levels, (Strings{"1:1.000000", "1:1.000000"}));
+}
+
+TEST_F(MVCommunicationTest, BadDataObjectsAndUnknownSocketsAreLogged) {
+    const auto stranger = platform::DataSocket::create(
+        platform::FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
+        [](platform::DataSocket&, std::span<const std::byte>) {});
+    const std::byte byte{0};
+    server_->handleSocketData(*stranger, {});
+    server_->handleSocketData(*stranger, {&byte, 1});
+    ASSERT_EQ(log_.lines().size(), 2U);
+    EXPECT_EQ(log_.lines()[0].text, "handleSocketData: Bad data object.");
+    EXPECT_EQ(log_.lines()[1].text, "handleSocketData: Couldn't find obj for socket");
+}
+
+TEST_F(MVCommunicationTest, TextsOfACheckinAreTakenSafely) {
+    struct Case {
+        std::string bytes;
+        QString name;
+        QString path;
+    };
+    const std::string longName(128, 'n');
+    const std::string longPath(1024, 'p');
+    const Case cases[] = {
+        {ScriptedPlugin::checkinBytes(4711, ""), QStringLiteral("4711"),
+         QStringLiteral("/usr/bin/x")},
+        {ScriptedPlugin::checkinBytes(1, "a\xff\xc3z", "/\x80"), QStringLiteral(u"a\ufffd\ufffdz"),
+         QStringLiteral(u"/\ufffd")},
+        // Without a NUL a text goes on into what follows, but never past the read.
+        {ScriptedPlugin::checkinBytes(1, longName, longPath),
+         QString::fromStdString(longName + longPath), QString::fromStdString(longPath)},
+    };
+    const auto plugin = connect();
+    for (const Case& checkin : cases) {
+        plugin->sendBytes(checkin.bytes);
+        turn();
+        EXPECT_EQ(server_->connectionProcesses()[0].name, checkin.name);
+        EXPECT_EQ(server_->connectionProcesses()[0].path, checkin.path);
+    }
+}
+
+TEST_F(MVCommunicationTest, ASecondCheckinIsLoggedAndReplacesTheFirst) {
+    const auto plugin = checkedIn(1, "first");
+    plugin->checkIn(2, "second");
+    turn();
+    EXPECT_EQ(log_.count("handleSocketData: Duplicate checkin for first/1, overwriting"), 1U);
+    ASSERT_EQ(server_->connectionProcesses().size(), 1);
+    EXPECT_EQ(server_->connectionProcesses()[0].pid, 2U);
+    EXPECT_EQ(server_->connectionProcesses()[0].name, QStringLiteral("second"));
+}
+
+TEST_F(MVCommunicationTest, ListsConnectionsInTheirOrderAlsoThoseThatNeverCheckIn) {
+    const auto silent = connect();
+    auto second = checkedIn(2, "b");
+    const auto third = checkedIn(3, "c");
+    second.reset();
+    turn();
+    const auto processes = server_->connectionProcesses();
+    ASSERT_EQ(processes.size(), 2);
+    EXPECT_EQ(processes[0].pid, 0U);
+    EXPECT_TRUE(processes[0].name.isNull());
+    EXPECT_EQ(processes[1].pid, 3U);
+    EXPECT_EQ(log_.count("'b' disconnected"), 1U);
+    EXPECT_EQ(events, "D");
+}
+
+TEST_F(MVCommunicationTest, AProgramThatStopsReportingGetsOneZeroATenthOfASecondLater) {
+    const auto plugin = checkedIn(7, "player");
+    for (int i = 0; i < 3; ++i) {
+        plugin->reportLevel(7, 1.0F);
+        turn();
+        advance(60ms);
+    }
+    EXPECT_EQ(levels.size(), 3U);
+    advance(39ms);
+    EXPECT_EQ(levels.size(), 3U);
+    advance(1ms);
+    EXPECT_EQ(levels.back(), "7:0.000000");
+    advance(1h);
+    EXPECT_EQ(levels.size(), 4U);
+}
+
+TEST_F(MVCommunicationTest, AProgramThatDisconnectsWhilePlayingStillGetsItsZero) {
+    auto plugin = checkedIn(7, "player");
+    plugin->reportLevel(7, 1.0F);
+    plugin.reset();
+    turn();
+    EXPECT_EQ(events, "D");
+    EXPECT_TRUE(server_->connectionProcesses().isEmpty());
+    advance(100ms);
+    EXPECT_EQ(levels, (Strings{"7:1.000000", "7:0.000000"}));
+}
+
+TEST_F(MVCommunicationTest, CommandsGoToEveryPluginAsTheyAre) {
+    const auto first = checkedIn(1, "a");
+    const auto second = checkedIn(2, "b");
+    send(kMVCommSetVolume, 1, 29);
+    send(kMVCommSetMute, 2, 1);
+    send(kMVCommIgnoreListChanged, 0, 0);
+    const Strings expected{"9,1,0,29", "10,2,0,1", "11,0,0,0"};
+    EXPECT_EQ(commands(*first, 3), expected);
+    EXPECT_EQ(commands(*second, 3), expected);
+}
+
+TEST_F(MVCommunicationTest, RepetitionsWithinATwelfthOfASecondAreSentOnce) {
+    struct Case {
+        std::chrono::milliseconds pause;
+        bool allowed;
+        std::size_t sent;
+    };
+    const auto plugin = checkedIn(1, "a");
+    int marker = 0;
+    for (const Case& repetition :
+         {Case{80ms, false, 1}, Case{90ms, false, 2}, Case{80ms, true, 2}}) {
+        server_->setAllowFrequentMessages(repetition.allowed);
+        send(kMVCommSetVolume, 1, 50);
+        commands(*plugin, 1); // the time of a send is that of its writing
+        clock_.advance(repetition.pause);
+        send(kMVCommSetVolume, 1, 50);
+        send(kMVCommSetMute, ++marker, 0); // comes after all that was sent before it
+        EXPECT_EQ(commands(*plugin, repetition.sent).size(), repetition.sent);
+        clock_.advance(1h);
+    }
+}
+
+TEST_F(MVCommunicationTest, CommandsForProgramsSetToTheSameValueAreNeverMerged) {
+    const auto plugin = checkedIn(1, "a");
+    for (const int pid : {1, 2, 1, 2})
+        send(kMVCommSetVolume, pid, 50);
+    EXPECT_EQ(commands(*plugin, 4), (Strings{"9,1,0,50", "9,2,0,50", "9,1,0,50", "9,2,0,50"}));
+}
+
+TEST_F(MVCommunicationTest, NothingIsSentWhileSuppressedOrWithoutMessageOrPlugin) {
+    send(kMVCommSetVolume, 1, 10); // nobody is connected: not kept for later
+    const auto plugin = checkedIn(1, "a");
+    server_->suppressMessages(true);
+    send(kMVCommSetVolume, 1, 20);
+    server_->suppressMessages(false);
+    server_->sendMessage(nullptr);
+    send(kMVCommSetVolume, 1, 30);
+    EXPECT_EQ(commands(*plugin, 1), (Strings{"9,1,0,30"}));
+}
+
+TEST_F(MVCommunicationTest, APluginThatDoesNotReadCostsOneLineASecondAndNobodyElseAnything) {
+    server_->setAllowFrequentMessages(true);
+    const auto stuck = checkedIn(1, "stuck");
+    const auto reader = checkedIn(2, "reader");
+    constexpr int batches = 30;
+    constexpr int perBatch = 100; // fewer than the kernel queues for a plug-in that reads
+    for (int batch = 0; batch < batches; ++batch) {
+        for (int value = 0; value < perBatch; ++value)
+            send(kMVCommSetVolume, 2, value);
+        commands(*reader, perBatch);
+    }
+    EXPECT_EQ(log_.count("send failed: Resource temporarily unavailable (11)"), 1U);
+    EXPECT_EQ(server_->connectionProcesses().size(), 2) << "the connection stays open";
+
+    clock_.advance(1s);
+    send(kMVCommSetMute, 2, 1);
+    EXPECT_TRUE(support::waitUntil([&] { return log_.count("send failed") == 2; }));
+}
+
+TEST_F(MVCommunicationTest, PluginsThatComeAndGoDuringSendsHarmNothing) {
+    server_->setAllowFrequentMessages(true);
+    const auto constant = checkedIn(1, "constant");
+    for (int round = 0; round < 200; ++round) {
+        auto passing = checkedIn(2, "passing");
+        send(kMVCommSetVolume, 1, round % 100);
+        passing.reset();
+        turn();
+        constant->takeCommands();
+    }
+    EXPECT_EQ(server_->connectionProcesses().size(), 1);
+}
+
+TEST_F(MVCommunicationTest, ReplacesAStaleSocketFileAndRemovesItsOwnAtShutdown) {
+    const auto plugin = checkedIn(1, "a");
+    EXPECT_EQ(std::filesystem::status(socketPath()).permissions(), std::filesystem::perms(0777));
+    auto successor = MVCommunication::create(*this, QString::fromStdString(socketPath()));
+    ASSERT_NE(successor, nullptr);
+    successor->shutdown();
+    EXPECT_FALSE(std::filesystem::exists(socketPath()));
+
+    server_->shutdown();
+    EXPECT_TRUE(plugin->isEnded());
+    EXPECT_TRUE(server_->connectionProcesses().isEmpty());
+    server_->shutdown();
+    advance(1s);
+    EXPECT_EQ(events, "") << "a pending announcement is dropped";
+}
+
+TEST_F(MVCommunicationTest, DescriptorsDoNotReachProgramsThatWeStart) {
+    const auto plugin = checkedIn(1, "a");
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int descriptor = std::stoi(entry.path().filename());
+        std::error_code gone;
+        if (std::filesystem::read_symlink(entry.path(), gone).string().starts_with("socket:")) {
+            EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << descriptor;
+        }
+    }
+}
+
+TEST_F(MVCommunicationTest, LongPathsAreServedUpTo253BytesAndCutThere) {
+    std::string path = socketPath("");
+    path.resize(253, 's');
+    const auto exact = MVCommunication::create(*this, QString::fromStdString(path));
+    ASSERT_NE(exact, nullptr);
+    EXPECT_TRUE(std::filesystem::is_socket(path));
+    exact->shutdown();
+
+    const auto cut = MVCommunication::create(*this, QString::fromStdString(path + "beyond"));
+    ASSERT_NE(cut, nullptr);
+    EXPECT_EQ(cut->socketPath(), QString::fromStdString(path + "beyond"));
+    EXPECT_TRUE(std::filesystem::is_socket(path));
+    ScriptedPlugin plugin(path);
+    turn();
+    EXPECT_EQ(cut->connectionProcesses().size(), 1);
+    cut->shutdown();
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(MVCommunicationTest, ASocketThatCannotBeServedYieldsNone) {
+    const QString missing = QString::fromStdString(socketPath("missing/socket"));
+    EXPECT_EQ(MVCommunication::create(*this, missing), nullptr);
+    EXPECT_EQ(log_.count("Couldn't bind(): No such file or directory (2)"), 1U);
+
+    const std::string occupied = socketPath("occupied");
+    std::filesystem::create_directory(occupied);
+    EXPECT_EQ(MVCommunication::create(*this, QString::fromStdString(occupied)), nullptr);
+    EXPECT_EQ(log_.count("Couldn't unlink(): Is a directory (21)"), 1U);
+    EXPECT_EQ(log_.count("Couldn't bind(): Address already in use (98)"), 1U);
+}

@@ -1,0 +1,168 @@
+#include "comm/MVComm.h"
+#include "platform/RunLoop.h"
+#include "platform/RunLoopNotifier.h"
+#include "support/PrivateAudioSession.h"
+#include "support/SinkRecorder.h"
+#include "support/Tone.h"
+#include "support/VolumeWindowProbe.h"
+#include "support/WaitUntil.h"
+#include "ui/VolumeWindow.h"
+
+#include <QCheckBox>
+#include <QProgressBar>
+#include <QSlider>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <optional>
+
+using support::RowProbe;
+using support::Tone;
+using support::waitUntil;
+
+// The whole road on real sound: programs that play, the plug-in, the socket, the window, and what a
+// recorder on the sink hears.
+namespace {
+
+constexpr unsigned lowTone = 440;
+constexpr unsigned highTone = 1000;
+constexpr double lowPeak = 0.5;
+constexpr double highPeak = 0.25;
+
+class VolumeControlTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { session.emplace(); }
+    static void TearDownTestSuite() { session.reset(); }
+
+    VolumeControlTest() { startApplication(); }
+    ~VolumeControlTest() override { endApplication(); }
+
+    void startApplication() {
+        comm_.emplace();
+        window_.emplace(*comm_);
+        current = &*window_;
+        levels.clear();
+        comm_->setAppConnectCallback([] { current->updateConnections(); });
+        comm_->setAppDisconnectCallback([] { current->updateConnections(); });
+        EXPECT_TRUE(comm_->setupPluginConnectionWithCallBack(&recordAndShow));
+        window_->show();
+    }
+
+    void endApplication() {
+        comm_->shutdown();
+        window_.reset();
+        comm_.reset();
+    }
+
+    static void recordAndShow(const MVCommActivityMessage* message) {
+        levels[message->pid].push_back(message->level);
+        current->handleActivity(message->pid, message->level);
+    }
+
+    bool showsRow(const QString& name) const {
+        return waitUntil([&] { return RowProbe(*window_, name).slider != nullptr; });
+    }
+
+    /// Waits until the program's level is within a tenth of `peak` in its messages and its row.
+    bool showsLevel(const Tone& tone, const QString& name, double peak) const {
+        const QProgressBar* const bar = RowProbe(*window_, name).level;
+        const auto isNear = [peak](double value) { return std::abs(value - peak) <= 0.1 * peak; };
+        return waitUntil([&] {
+            const auto& reported = levels[static_cast<std::uint32_t>(tone.pid())];
+            return !reported.empty() && isNear(reported.back()) && isNear(bar->value() / 100.0);
+        });
+    }
+
+    /// Waits until the recorder hears the tones at these peaks, to a twentieth.
+    bool hears(double low, double high) {
+        const auto isNear = [](double heard, double wanted) {
+            return std::abs(heard - wanted) <= std::max(0.05 * wanted, 0.0005);
+        };
+        return waitUntil([&] {
+            const support::Recording recording = recorder_.record(std::chrono::milliseconds(200));
+            return isNear(recording.amplitude(lowTone), low) &&
+                   isNear(recording.amplitude(highTone), high);
+        });
+    }
+
+    static inline std::optional<support::PrivateAudioSession> session;
+    static inline VolumeWindow* current = nullptr;
+    static inline std::map<std::uint32_t, std::vector<float>> levels; // by pid
+
+    platform::RunLoop loop_;
+    platform::RunLoopNotifier notifier_{loop_};
+    std::optional<MVComm> comm_;
+    std::optional<VolumeWindow> window_;
+    support::ChildProcess plugin_{{TONVALE_PLUGIN}};
+    support::SinkRecorder recorder_;
+};
+
+const QString lowName = QStringLiteral("pw-cat");
+const QString highName = QStringLiteral("pacat");
+
+} // namespace
+
+TEST_F(VolumeControlTest, TheWindowSetsWhatIsHeardOfEachProgramAlone) {
+    const Tone low(Tone::Player::pwCat, lowTone, lowPeak);
+    const Tone high(Tone::Player::paplay, highTone, highPeak);
+    ASSERT_TRUE(showsRow(lowName)) << plugin_.output();
+    ASSERT_TRUE(showsRow(highName)) << plugin_.output();
+    EXPECT_TRUE(showsLevel(low, lowName, lowPeak)) << plugin_.output();
+    EXPECT_TRUE(showsLevel(high, highName, highPeak)) << plugin_.output();
+    EXPECT_TRUE(hears(lowPeak, highPeak));
+
+    const RowProbe row(*window_, lowName);
+    constexpr double half = 0.5 * 0.5 * 0.5; // the scale is cubic
+    row.slider->setValue(50);
+    EXPECT_TRUE(hears(lowPeak * half, highPeak));
+    EXPECT_TRUE(showsLevel(low, lowName, lowPeak)) << "a level is that before the volume";
+    row.slider->setValue(0);
+    EXPECT_TRUE(hears(0, highPeak));
+    EXPECT_TRUE(waitUntil([&] { return row.level->value() == 1; })) << "it plays, though unheard";
+    row.slider->setValue(100);
+    EXPECT_TRUE(hears(lowPeak, highPeak));
+    QTest::keyClick(row.mute, Qt::Key_Space);
+    EXPECT_TRUE(hears(0, highPeak));
+    RowProbe(*window_, highName).slider->setValue(50);
+    EXPECT_TRUE(hears(0, highPeak * half));
+    QTest::keyClick(row.mute, Qt::Key_Space);
+    EXPECT_TRUE(hears(lowPeak, highPeak * half));
+    // The session manager would give it to the next test's program.
+    RowProbe(*window_, highName).slider->setValue(100);
+    EXPECT_TRUE(hears(lowPeak, highPeak));
+}
+
+TEST_F(VolumeControlTest, AProgramsRowGoesWithTheProgramAfterAFinalZero) {
+    std::optional<Tone> tone;
+    tone.emplace(Tone::Player::pwCat, lowTone, lowPeak);
+    const auto pid = static_cast<std::uint32_t>(tone->pid());
+    ASSERT_TRUE(showsRow(lowName)) << plugin_.output();
+    ASSERT_TRUE(showsLevel(*tone, lowName, lowPeak)) << plugin_.output();
+    tone.reset();
+    EXPECT_TRUE(waitUntil([&] { return support::rowNames(*window_).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([&] { return levels[pid].back() == 0.0F; }));
+}
+
+TEST_F(VolumeControlTest, ThePluginComesBackToAnApplicationThatWasAway) {
+    const Tone tone(Tone::Player::paplay, highTone, highPeak);
+    ASSERT_TRUE(showsRow(highName)) << plugin_.output();
+    endApplication();
+    EXPECT_TRUE(hears(0, highPeak)) << "nothing changes for the program";
+    startApplication();
+    ASSERT_TRUE(showsRow(highName)) << plugin_.output();
+    EXPECT_TRUE(showsLevel(tone, highName, highPeak)) << plugin_.output();
+    RowProbe(*window_, highName).slider->setValue(0);
+    EXPECT_TRUE(hears(0, 0));
+}
+
+TEST_F(VolumeControlTest, ThePluginEndsCleanlyAndLeavesTheSoundAsItIs) {
+    const Tone tone(Tone::Player::pwCat, lowTone, lowPeak);
+    ASSERT_TRUE(showsRow(lowName)) << plugin_.output();
+    plugin_.signal(SIGTERM);
+    EXPECT_EQ(plugin_.wait(), 0) << plugin_.output();
+    EXPECT_TRUE(waitUntil([&] { return support::rowNames(*window_).isEmpty(); }));
+    EXPECT_TRUE(hears(lowPeak, 0));
+}

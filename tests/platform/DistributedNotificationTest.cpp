@@ -1,0 +1,46 @@
+#include "platform/DistributedNotification.h"
+
+#include "support/PrivateBus.h"
+#include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+
+#include <stdexcept>
+
+using platform::DistributedNotificationObserver;
+
+// One test program for one bus: Qt connects to the session bus once in a process.
+TEST(DistributedNotification, TravelsOverTheBusUnderTheNamesThatAnyProgramCanUse) {
+    const support::PrivateBus bus;
+    int received = 0;
+    int other = 0;
+    const DistributedNotificationObserver observer(QStringLiteral("com.quarnel.mivo.guiDidLaunch"),
+                                                   [&] {
+                                                       ++received;
+                                                       throw std::runtime_error("from an observer");
+                                                   });
+    const DistributedNotificationObserver otherObserver(QStringLiteral("com.quarnel.mivo.other"),
+                                                        [&] { ++other; });
+    ASSERT_TRUE(observer.isActive());
+
+    support::SystemLogRecorder log;
+    EXPECT_TRUE(
+        platform::postDistributedNotification(QStringLiteral("com.quarnel.mivo.guiDidLaunch")));
+    ASSERT_TRUE(support::waitUntil([&] { return received == 1; }));
+
+    QDBusConnection stranger =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stranger"));
+    stranger.send(QDBusMessage::createSignal(QStringLiteral("/com/quarnel/mivo"),
+                                             QStringLiteral("com.quarnel.mivo"),
+                                             QStringLiteral("guiDidLaunch")));
+    ASSERT_TRUE(support::waitUntil([&] { return received == 2; }));
+    QDBusConnection::disconnectFromBus(QStringLiteral("stranger"));
+    EXPECT_EQ(other, 0);
+    EXPECT_EQ(log.count("from an observer"), 2U);
+    EXPECT_FALSE(platform::postDistributedNotification(QStringLiteral("no name at all")));
+    EXPECT_EQ(log.count("Couldn't post no name at all"), 1U);
+}

@@ -1,0 +1,91 @@
+#include "platform/Bundle.h"
+#include "platform/ProcessInfo.h"
+#include "platform/RunLoop.h"
+#include "platform/TerminationSignals.h"
+#include "support/ChildProcess.h"
+#include "support/PrivateFolder.h"
+#include "support/SystemLogRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <unistd.h>
+#include <vector>
+
+TEST(ProcessInfo, KnowsThisProcessAndNothingOfOneThatIsGone) {
+    EXPECT_EQ(platform::executablePath(::getpid()),
+              std::filesystem::read_symlink("/proc/self/exe").string());
+    EXPECT_EQ(platform::processUser(::getpid()), ::geteuid());
+    EXPECT_FALSE(platform::commandName(::getpid())->empty());
+
+    support::ChildProcess child({"sleep", "60"});
+    EXPECT_TRUE(support::waitUntil([&] { return platform::commandName(child.pid()) == "sleep"; }));
+    EXPECT_GE(platform::processStartTime(child.pid()), platform::processStartTime(::getpid()));
+    child.stop(SIGKILL);
+    EXPECT_EQ(platform::executablePath(child.pid()), std::nullopt);
+    EXPECT_EQ(platform::processStartTime(child.pid()), std::nullopt);
+}
+
+TEST(ProcessWatch, CallsOnceWhenTheProcessEndsAndMayBeDestroyedFromTheCall) {
+    platform::RunLoop loop;
+    support::ChildProcess child({"sleep", "60"});
+    std::unique_ptr<platform::ProcessWatch> watch;
+    int calls = 0;
+    watch = platform::ProcessWatch::create(loop, child.pid(), [&] {
+        ++calls;
+        watch.reset();
+        loop.stop();
+    });
+    ASSERT_NE(watch, nullptr);
+    loop.turn();
+    EXPECT_EQ(calls, 0);
+    child.signal(SIGKILL);
+    loop.run();
+    EXPECT_EQ(calls, 1);
+    child.stop();
+    EXPECT_EQ(platform::ProcessWatch::create(loop, child.pid(), [] {}), nullptr);
+    EXPECT_EQ(errno, ESRCH);
+}
+
+TEST(TerminationSignals, ReachTheRunLoopAndAreAsBeforeAfterwards) {
+    platform::RunLoop loop;
+    struct sigaction before {};
+    ASSERT_EQ(::sigaction(SIGHUP, nullptr, &before), 0);
+    std::vector<int> received;
+    {
+        const platform::TerminationSignals signals(loop,
+                                                   [&](int number) { received.push_back(number); });
+        for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+            ASSERT_EQ(::raise(number), 0);
+            loop.turn();
+        }
+        ASSERT_EQ(::raise(SIGPIPE), 0);
+    }
+    EXPECT_EQ(received, (std::vector<int>{SIGTERM, SIGINT, SIGHUP}));
+    struct sigaction after {};
+    ASSERT_EQ(::sigaction(SIGHUP, nullptr, &after), 0);
+    EXPECT_EQ(after.sa_handler, before.sa_handler);
+}
+
+TEST(Bundle, ReadsItsInformationAndSurvivesADamagedOrMissingFile) {
+    const support::PrivateFolder folder;
+    std::ofstream(folder.path() / "Info.plist")
+        << R"(<?xml version="1.0"?><plist version="1.0"><dict><key>CFBundleName</key>)"
+        << R"(<string>Tönvale</string><key>CFBundleShortVersionString</key><integer>7</integer>)"
+        << "</dict></plist>";
+    const platform::Bundle bundle(folder.path());
+    EXPECT_EQ(bundle.name(), "Tönvale");
+    EXPECT_EQ(bundle.version(), "") << "a value of the wrong type counts as missing";
+    EXPECT_EQ(bundle.plugIns(), folder.path() / "PlugIns");
+
+    for (const char* const content : {"", "no property list", "<plist><array/></plist>"}) {
+        support::SystemLogRecorder log;
+        std::ofstream(folder.path() / "Info.plist") << content;
+        EXPECT_EQ(platform::Bundle(folder.path()).name(), "");
+        EXPECT_EQ(log.count("Couldn't read the bundle's information"), 1U) << content;
+    }
+    support::SystemLogRecorder log;
+    EXPECT_EQ(platform::Bundle(folder.path() / "absent").identifier(), "");
+    EXPECT_EQ(log.count("Couldn't read the bundle's information"), 1U);
+}

@@ -1,0 +1,251 @@
+#include "plugin/AppConnection.h"
+
+#include "comm/MVCommSocketPath.h"
+#include "platform/RunLoop.h"
+#include "platform/StreamProcess.h"
+#include "platform/UnixSocket.h"
+#include "plugin/ProgramTable.h"
+#include "support/ManualClock.h"
+#include "support/PrivateFolder.h"
+#include "support/ScopedVariable.h"
+#include "support/SystemLogRecorder.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+using platform::FileDescriptor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+platform::StreamProcess playerOf(std::uint32_t pid) {
+    return {pid, "player", "/opt/player/player", std::nullopt};
+}
+
+/// The application's side of the socket, in a folder of its own.
+class Application {
+  public:
+    Application() : variable_("TONVALE_SOCKET_DIR", folder_.path().string()) {}
+
+    void listen() {
+        listening_ = platform::makeUnixSocket();
+        ASSERT_TRUE(platform::bindUnixSocket(listening_.get(), MVCommMainSocketPath()));
+        ASSERT_EQ(::listen(listening_.get(), 16), 0);
+    }
+    void quit() {
+        listening_.reset();
+        std::filesystem::remove(MVCommMainSocketPath());
+    }
+    FileDescriptor accept() const {
+        return FileDescriptor(::accept4(listening_.get(), nullptr, nullptr, SOCK_NONBLOCK));
+    }
+
+  private:
+    const support::PrivateFolder folder_;
+    const support::ScopedVariable variable_;
+    FileDescriptor listening_;
+};
+
+std::string received(const FileDescriptor& socket) {
+    std::array<char, 8192> bytes{};
+    const ssize_t size = ::recv(socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    return {bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
+}
+
+std::vector<float> levelsReceived(const FileDescriptor& socket) {
+    const std::string bytes = received(socket);
+    std::vector<float> levels;
+    for (std::size_t at = 0; at + sizeof(MVCommActivityMessage) <= bytes.size();
+         at += sizeof(MVCommActivityMessage)) {
+        MVCommActivityMessage message{};
+        std::memcpy(&message, bytes.data() + at, sizeof message);
+        EXPECT_EQ(message.messageID, std::uint32_t{kMVCommActivity});
+        levels.push_back(message.level);
+    }
+    return levels;
+}
+
+class Commands : public AppConnection::Listener {
+  public:
+    void commandArrived(const MVCommConsoleMessage& command) override {
+        arrived.push_back(std::to_string(command.type) + "=" + std::to_string(command.value));
+    }
+    void connectionLost() override { lost = true; }
+
+    std::vector<std::string> arrived;
+    bool lost = false;
+};
+
+class AppConnectionTest : public testing::Test {
+  protected:
+    support::ManualClock clock_;
+    support::SystemLogRecorder log_;
+    Application application_;
+    platform::RunLoop loop_;
+    Commands commands_;
+};
+
+class ProgramTableTest : public testing::Test, protected ProgramTable::Listener {
+  protected:
+    void programGoes(Program& program) override { gone_.push_back(program.process().pid); }
+    void connectionsChanged() override {}
+
+    void advance(std::chrono::milliseconds time) {
+        clock_.advance(time);
+        for (int i = 0; i < 3; ++i)
+            loop_.turn();
+    }
+
+    support::ManualClock clock_;
+    support::SystemLogRecorder log_;
+    Application application_;
+    platform::RunLoop loop_;
+    std::vector<std::uint32_t> gone_;
+    ProgramTable table_{loop_, *this};
+};
+
+} // namespace
+
+TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
+    application_.listen();
+    platform::StreamProcess process = playerOf(321);
+    process.name.assign(platform::StreamProcess::longestName, 'n');
+    process.path.assign(platform::StreamProcess::longestPath, 'p');
+    const auto connection = AppConnection::open(loop_, process, commands_);
+    ASSERT_NE(connection, nullptr);
+    const std::string bytes = received(application_.accept());
+    ASSERT_EQ(bytes.size(), sizeof(MVCommCheckinMessage));
+    MVCommCheckinMessage checkin{};
+    std::memcpy(&checkin, bytes.data(), sizeof checkin);
+    EXPECT_EQ(checkin.messageID, std::uint32_t{kMVCommCheckin});
+    EXPECT_EQ(checkin.pid, 321U);
+    EXPECT_EQ(std::string(checkin.name), process.name);
+    EXPECT_EQ(std::string(checkin.path), process.path);
+}
+
+TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
+    application_.listen();
+    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
+    const FileDescriptor peer = application_.accept();
+    const std::array<MVCommConsoleMessage, 6> sent{{{kMVCommSetVolume, 321, 0, 40},
+                                                    {kMVCommSetVolume, 322, 0, 10},
+                                                    {kMVCommIgnoreListChanged, 0, 0, 0},
+                                                    {1234, 321, 0, 5},
+                                                    {kMVCommSetMute, 321, 0, 1},
+                                                    {kMVCommSetVolume, 321, 0, -7}}};
+    const auto bytes = std::as_bytes(std::span(sent));
+    for (std::size_t step = 1; step <= bytes.size(); step += 6) {
+        commands_.arrived.clear();
+        for (std::size_t at = 0; at < bytes.size(); at += step) {
+            const std::size_t size = std::min(step, bytes.size() - at);
+            ASSERT_EQ(::send(peer.get(), bytes.data() + at, size, 0), static_cast<ssize_t>(size));
+            loop_.turn();
+        }
+        EXPECT_THAT(commands_.arrived, ElementsAre("9=40", "10=1", "9=-7")) << step;
+    }
+    EXPECT_EQ(log_.count("Ignored a command of unknown type 1234"), 1U);
+    EXPECT_FALSE(commands_.lost);
+}
+
+TEST_F(AppConnectionTest, NeverWaitsForAnApplicationThatDoesNotRead) {
+    application_.listen();
+    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
+    const FileDescriptor peer = application_.accept();
+    for (int i = 0; i < 100000; ++i)
+        connection->sendLevel(0.5F);
+    EXPECT_EQ(received(peer).size() % 4, 0U);
+    EXPECT_FALSE(commands_.lost);
+}
+
+TEST_F(AppConnectionTest, NoticesThatTheApplicationHasGone) {
+    application_.listen();
+    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
+    application_.accept().reset();
+    connection->sendLevel(0.5F);
+    loop_.turn();
+    EXPECT_TRUE(commands_.lost);
+}
+
+TEST_F(AppConnectionTest, NoConnectionWithoutAnApplication) {
+    EXPECT_EQ(AppConnection::open(loop_, playerOf(321), commands_), nullptr);
+}
+
+TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
+    application_.listen();
+    Program& program = table_.programOf(playerOf(321));
+    advance({});
+    const FileDescriptor peer = application_.accept();
+    EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
+    for (const float level : {0.0F, 0.5F, 0.25F, 0.0F, 0.0F})
+        program.report(level);
+    EXPECT_THAT(levelsReceived(peer), ElementsAre(0.5F, 0.25F, 0.0F));
+    program.report(1.0F);
+    table_.dropUnlessHeld(program);
+    EXPECT_THAT(levelsReceived(peer), ElementsAre(1.0F, 0.0F));
+    EXPECT_THAT(gone_, ElementsAre(321U));
+}
+
+TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {
+    table_.programOf(playerOf(1));
+    table_.programOf(playerOf(2));
+    advance({});
+    application_.listen();
+    advance(Backoff::longest);
+    const FileDescriptor first = application_.accept();
+    const FileDescriptor second = application_.accept();
+    EXPECT_TRUE(first && second);
+
+    application_.quit();
+    received(first);
+    ::shutdown(first.get(), SHUT_RDWR);
+    ::shutdown(second.get(), SHUT_RDWR);
+    advance({});
+    application_.listen();
+    EXPECT_FALSE(application_.accept());
+    table_.connectNow();
+    EXPECT_TRUE(application_.accept() && application_.accept());
+    advance(Backoff::longest);
+    EXPECT_FALSE(application_.accept());
+}
+
+TEST_F(ProgramTableTest, TheProgramEndsWithItsProcess) {
+    application_.listen();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::pause();
+        ::_exit(0);
+    }
+    platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(child));
+    process.startTime = 1;
+    table_.dropUnlessHeld(table_.programOf(process));
+    advance({});
+    EXPECT_THAT(gone_, IsEmpty());
+    const FileDescriptor peer = application_.accept();
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    advance({});
+    EXPECT_THAT(gone_, ElementsAre(process.pid));
+    EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
+    EXPECT_EQ(::recv(peer.get(), nullptr, 0, MSG_DONTWAIT), 0);
+}
+
+TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {
+    platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(::getpid()));
+    process.startTime = 1;
+    Program& earlier = table_.programOf(process);
+    EXPECT_EQ(&table_.programOf(process), &earlier);
+    process.startTime = 2;
+    table_.programOf(process);
+    EXPECT_THAT(gone_, ElementsAre(process.pid));
+    EXPECT_EQ(table_.programs().size(), 1U);
+}

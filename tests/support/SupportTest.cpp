@@ -1,0 +1,179 @@
+#include "support/ChildProcess.h"
+#include "support/ManualClock.h"
+#include "support/PrivateBus.h"
+#include "support/PrivateFolder.h"
+#include "support/SinkRecorder.h"
+#include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
+
+#include "platform/RunLoop.h"
+#include "platform/Timer.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <thread>
+#include <unistd.h>
+
+namespace support {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+TEST(TestEnvironment, KeepsEveryFolderOfTheProgramInsideItsOwn) {
+    const std::string home = std::getenv("HOME");
+    for (const char* variable :
+         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR",
+          "TMPDIR", "TONVALE_SOCKET_DIR", "TONVALE_LOCAL_LIBRARY"}) {
+        const fs::path folder = std::getenv(variable);
+        EXPECT_EQ(folder.parent_path(), home) << variable;
+        EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << variable;
+    }
+    EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
+}
+
+TEST(PrivateFolder, GoesAwayWithFilesThatNobodyMayRead) {
+    fs::path path;
+    {
+        const PrivateFolder folder;
+        path = folder.path();
+        fs::create_directories(path / "locked" / "inner");
+        std::ofstream(path / "locked" / "file") << "text";
+        fs::permissions(path / "locked", fs::perms::none);
+    }
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST(ManualClock, MakesATimerDueWithoutWaiting) {
+    ManualClock clock;
+    platform::RunLoop loop;
+    int fired = 0;
+    platform::Timer timer(loop, [&] { ++fired; });
+    timer.start(1h);
+    clock.advance(1h - 1ns);
+    loop.turn();
+    EXPECT_EQ(fired, 0);
+    clock.advance(1ns);
+    loop.turn();
+    EXPECT_EQ(fired, 1);
+}
+
+TEST(ManualClock, GivesTheTimeBackWhenItGoes) {
+    const auto before = platform::MonotonicClock::now();
+    {
+        const ManualClock clock;
+        EXPECT_EQ(platform::MonotonicClock::now(), clock.now());
+    }
+    EXPECT_GE(platform::MonotonicClock::now(), before);
+}
+
+TEST(SystemLogRecorder, KeepsTheLinesOfEveryThread) {
+    const SystemLogRecorder log;
+    platform::systemLog(platform::LogPriority::warning, "first %d", 1);
+    std::thread([] { platform::systemLog(platform::LogPriority::error, "second"); }).join();
+    ASSERT_EQ(log.lines().size(), 2u);
+    EXPECT_EQ(log.lines()[0].text, "first 1");
+    EXPECT_EQ(log.lines()[1].priority, platform::LogPriority::error);
+    EXPECT_TRUE(log.contains("second"));
+    EXPECT_FALSE(log.contains("third"));
+}
+
+TEST(WaitUntil, ServesTheRunLoopAndGivesUpAtItsBound) {
+    platform::RunLoop loop;
+    bool called = false;
+    std::thread other([&] { loop.post([&] { called = true; }); });
+    EXPECT_TRUE(waitUntil([&] { return called; }));
+    other.join();
+    EXPECT_FALSE(waitUntil([] { return false; }, 1ms));
+}
+
+TEST(ChildProcess, AnswersStatusAndOutput) {
+    const CommandResult result =
+        runCommand({"sh", "-c", "echo out; echo err >&2; read line; echo \"$line.\"; exit 3"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.output, "out\nerr\n.\n");
+}
+
+TEST(ChildProcess, ThrowsWhenThereIsNoSuchProgram) {
+    EXPECT_THROW(ChildProcess({"/nowhere/at/all"}), std::system_error);
+    EXPECT_THROW(ChildProcess({"no-such-program-in-the-path"}), std::system_error);
+}
+
+TEST(ChildProcess, BeginsWithDefaultSignalsAndOnlyTheStandardDescriptors) {
+    const PrivateFolder folder;
+    const auto previous = std::signal(SIGTERM, SIG_IGN);
+    const int leaked =
+        ::open((folder.path() / "leaked").c_str(), O_CREAT, 0600); // not close-on-exec
+    const auto result = runCommand({"sh", "-c", "readlink /proc/$$/fd/*; kill -TERM $$; echo on"});
+    ::close(leaked);
+    std::signal(SIGTERM, previous);
+    EXPECT_EQ(result.status, 128 + SIGTERM);
+    EXPECT_EQ(result.output.substr(0, 10), "/dev/null\n");
+    EXPECT_EQ(result.output.find("leaked"), std::string::npos) << result.output;
+}
+
+TEST(ChildProcess, GetsAdditionsToItsEnvironment) {
+    ChildProcess child({"sh", "-c", "echo $ADDED $HOME"},
+                       {.environment = {{"ADDED", "a b"}}, .keepErrors = true});
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(child.output(), "a b " + std::string(std::getenv("HOME")) + "\n");
+}
+
+TEST(ChildProcess, IsStoppedEvenWhenItIsSuspended) {
+    ChildProcess child({"sleep", "1000"});
+    EXPECT_TRUE(child.isRunning());
+    child.signal(SIGSTOP);
+    EXPECT_EQ(child.stop(), 128 + SIGTERM);
+    EXPECT_FALSE(child.isRunning());
+}
+
+TEST(ChildProcess, DiesWithTheThreadThatStartedIt) {
+    std::unique_ptr<ChildProcess> child;
+    std::thread([&] {
+        child = std::make_unique<ChildProcess>(std::vector<std::string>{"sleep", "1000"});
+    }).join();
+    EXPECT_EQ(child->wait(), 128 + SIGKILL);
+}
+
+TEST(PrivateBus, CarriesMessagesWhileItLives) {
+    const std::vector<std::string> call{"dbus-send",
+                                        "--session",
+                                        "--print-reply",
+                                        "--dest=org.freedesktop.DBus",
+                                        "/",
+                                        "org.freedesktop.DBus.ListNames"};
+    {
+        const PrivateBus bus;
+        EXPECT_EQ(runCommand(call).status, 0);
+    }
+    EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
+    EXPECT_NE(runCommand(call).status, 0);
+}
+
+TEST(ToneAmplitude, IsTheLinearPeakOfTheToneAskedFor) {
+    constexpr unsigned rate = 48000;
+    struct Case {
+        double frequency;
+        double peak;
+    };
+    for (const auto& [frequency, peak] : {Case{50, 0.3}, {440, 1.0}, {997.3, 0.5}, {15000, 0.01}}) {
+        std::vector<float> samples;
+        for (int i = 0; i < 10000; ++i) {
+            const double turns = 2 * std::numbers::pi * i / rate;
+            samples.push_back(static_cast<float>(peak * std::sin(frequency * turns + 0.7) +
+                                                 0.2 * std::cos(5000 * turns)));
+        }
+        EXPECT_NEAR(toneAmplitude(samples, frequency, rate), peak, peak / 100) << frequency;
+        EXPECT_NEAR(toneAmplitude(samples, 5000, rate), 0.2, 0.002);
+        EXPECT_LT(toneAmplitude(samples, 7000, rate), 0.001);
+    }
+    EXPECT_EQ(toneAmplitude({}, 440, rate), 0);
+}
+
+} // namespace
+} // namespace support

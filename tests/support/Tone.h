@@ -1,0 +1,33 @@
+#pragma once
+
+#include "support/ChildProcess.h"
+#include "support/PrivateFolder.h"
+
+#include <filesystem>
+#include <string>
+
+namespace support {
+
+/// A program that plays a sine on both channels for as long as the object lives, two minutes at
+/// most, through the audio server that the environment names.
+class Tone {
+  public:
+    /// pwCat speaks to PipeWire itself, paplay through its PulseAudio service. They are different
+    /// executables, hence different applications.
+    enum class Player { pwCat, paplay };
+
+    /// `peak` is linear, 0 to 1. `target` is the node.name of a sink; empty: the default one.
+    Tone(Player player, unsigned frequency, double peak, const std::string& target = {});
+
+    pid_t pid() const noexcept { return player_.pid(); }
+    ChildProcess& process() noexcept { return player_; }
+
+    /// A player's executable as the kernel names it, links resolved.
+    static std::filesystem::path executable(Player player);
+
+  private:
+    const PrivateFolder folder_;
+    ChildProcess player_;
+};
+
+} // namespace support

@@ -1,0 +1,35 @@
+#include "support/VirtualDisplay.h"
+
+#include "support/WaitUntil.h"
+
+#include <stdexcept>
+
+namespace support {
+
+namespace {
+
+ChildProcess::Options quiet() {
+    ChildProcess::Options options;
+    options.keepErrors = false;
+    return options;
+}
+
+/// The server picks a free display and prints its number when it takes connections.
+std::string displayOf(ChildProcess& server) {
+    if (!waitUntil([&] { return server.output().ends_with('\n') || !server.isRunning(); }) ||
+        !server.isRunning())
+        throw std::runtime_error("Xvfb does not come up");
+    const std::string number = server.output();
+    return ":" + number.substr(0, number.find('\n'));
+}
+
+} // namespace
+
+VirtualDisplay::VirtualDisplay()
+    : server_({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"},
+              quiet())
+    , name_(displayOf(server_))
+    , display_("DISPLAY", name_)
+    , qtPlatform_("QT_QPA_PLATFORM", "xcb") {}
+
+} // namespace support

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "support/ChildProcess.h"
+#include "support/ScopedVariable.h"
+
+#include <string>
+
+namespace support {
+
+/// An X server of our own that draws into memory; DISPLAY names it and Qt is told to use it while
+/// it lives. The constructor returns when it takes connections and throws std::runtime_error when
+/// it does not come up. Make one before the application object.
+class VirtualDisplay {
+  public:
+    VirtualDisplay();
+
+    /// ":N"
+    const std::string& name() const noexcept { return name_; }
+
+  private:
+    ChildProcess server_;
+    const std::string name_;
+    const ScopedVariable display_;
+    const ScopedVariable qtPlatform_;
+};
+
+} // namespace support
