@@ -37,8 +37,8 @@ class VolumeControlTest : public testing::Test {
     static void SetUpTestSuite() { session.emplace(); }
     static void TearDownTestSuite() { session.reset(); }
 
-    VolumeControlTest() { startApplication(); }
-    ~VolumeControlTest() override { endApplication(); }
+    void SetUp() override { startApplication(); }
+    void TearDown() override { endApplication(); }
 
     void startApplication() {
         comm_.emplace();

@@ -19,6 +19,7 @@ TEST(DispatchQueue, RunsBlocksOfManyThreadsOneAtATimeAndEachThreadsInOrder) {
     {
         DispatchQueue queue("com.quarnel.test");
         std::vector<std::thread> submitters;
+        submitters.reserve(threads);
         for (int t = 0; t < threads; ++t) {
             submitters.emplace_back([&queue, &next, t] {
                 for (int i = 0; i < perThread; ++i)

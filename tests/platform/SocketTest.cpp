@@ -123,12 +123,12 @@ TEST(DataSocket, AHandlerMayEndItsConnectionAndDropTheSocket) {
 TEST(DataSocket, BytesOfAnOuterDeliverySurviveANestedOne) {
     platform::RunLoop loop;
     auto [mine, theirs] = connectedPair();
-    auto [otherMine, otherTheirs] = connectedPair();
-    Receiver other(loop, std::move(otherMine));
+    auto otherPair = connectedPair();
+    Receiver other(loop, std::move(otherPair.first));
     std::string seen;
     const auto socket =
         DataSocket::create(std::move(mine), [&](DataSocket&, std::span<const std::byte> bytes) {
-            ASSERT_EQ(::send(otherTheirs.get(), "zzzz", 4, 0), 4);
+            ASSERT_EQ(::send(otherPair.second.get(), "zzzz", 4, 0), 4);
             loop.turn();
             seen.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         });
