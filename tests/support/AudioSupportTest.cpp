@@ -55,17 +55,21 @@ TEST(PrivateAudioSession, PlaysTwoProgramsAtOnceAfterEveryServiceWasRestarted) {
 }
 
 TEST(PrivateAudioSession, LeavesTheEnvironmentAndNoProcessBehind) {
-    const std::string before = std::getenv("XDG_RUNTIME_DIR");
+    const auto runtimeFolder = [] {
+        const char* const folder = std::getenv("XDG_RUNTIME_DIR");
+        return std::string(folder ? folder : "");
+    };
+    const std::string before = runtimeFolder();
     {
         PrivateAudioSession session;
-        EXPECT_NE(std::getenv("XDG_RUNTIME_DIR"), before);
+        EXPECT_EQ(runtimeFolder(), session.runtimeFolder());
         session.stop(PrivateAudioSession::server, SIGKILL);
         EXPECT_EQ(session.processOf(PrivateAudioSession::server), 0);
         EXPECT_TRUE(waitUntil([&] {
             return session.processOf(PrivateAudioSession::sessionManager) == 0;
         })) << "the session manager outlives its server";
     }
-    EXPECT_EQ(std::getenv("XDG_RUNTIME_DIR"), before);
+    EXPECT_EQ(runtimeFolder(), before);
     EXPECT_EQ(runCommand({"ps", "-o", "comm=", "--ppid", std::to_string(::getpid())}).output,
               "ps\n");
 }

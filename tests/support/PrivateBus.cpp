@@ -7,7 +7,8 @@ namespace support {
 PrivateBus::PrivateBus()
     : address_("unix:path=" + (folder_.path() / "bus").string())
     , variable_("DBUS_SESSION_BUS_ADDRESS", address_)
-    , daemon_({"dbus-daemon", "--nofork", "--config-file=" TONVALE_SESSION_CONFIG "/bus.conf",
+    , daemon_({"dbus-daemon", "--nofork",
+               std::string("--config-file=").append(TONVALE_SESSION_CONFIG).append("/bus.conf"),
                "--address=" + address_, "--print-address"}) {
     // The daemon prints its address when it listens.
     const auto decided = [this] {
