@@ -42,7 +42,7 @@ close_session() {
 # default_interrupts ARGUMENTS...: starts the script anew when it was started with Ctrl-C ignored.
 default_interrupts() {
     if [[ $(trap -p INT) == *"''"* ]]; then
-        exec env --default-signal=INT,QUIT "$0" "$@"
+        exec env --default-signal=INT,QUIT bash "$root/${0##*/}" "$@"
     fi
 }
 

@@ -11,6 +11,8 @@
 #include <QCommandLineParser>
 #include <QPixmap>
 
+#include <exception>
+
 namespace {
 
 VolumeWindow* volumeWindow = nullptr;
@@ -59,9 +61,7 @@ void saveScreenshot(VolumeWindow& window, const QString& file) {
                             qUtf8Printable(file));
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run(int& argc, char** argv) {
     QApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.quarnel.Tonvale"));
     QCoreApplication::setApplicationName(QStringLiteral("Tonvale"));
@@ -84,4 +84,16 @@ int main(int argc, char** argv) {
         saveScreenshot(window, options.screenshotFile);
     comm.shutdown();
     return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& exception) {
+        platform::systemLog(platform::LogPriority::error, "Tonvale can't run: %s",
+                            exception.what());
+        return 1;
+    }
 }

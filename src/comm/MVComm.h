@@ -68,7 +68,7 @@ class MVComm final : public MVCommCallbacks {
   private:
     void broadcastDidLaunchNotificationDelayed();
 
-    std::vector<std::unique_ptr<MVCommunication>> comms_;
+    std::vector<std::shared_ptr<MVCommunication>> comms_;
     MVCommDataCallback dataCallback_ = nullptr;
     MVCommCallback connectionCallback_ = nullptr;
     MVCommCallback disconnectionCallback_ = nullptr;

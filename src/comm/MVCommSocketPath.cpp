@@ -1,15 +1,12 @@
 #include "comm/MVCommSocketPath.h"
 
+#include "platform/Directories.h"
+
 #include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-
-std::string environmentValue(const char* name) {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
 
 std::string socketIn(const std::string& folder) {
     return folder + "/" + kMVCommSocketName;
@@ -23,8 +20,9 @@ bool belongsToAnother(const std::string& path, uid_t user) {
 } // namespace
 
 MVCommSocketPlaces MVCommCurrentSocketPlaces() {
-    return {environmentValue("TONVALE_SOCKET_DIR"), "/var/tmp", environmentValue("XDG_RUNTIME_DIR"),
-            ::geteuid()};
+    const char* const overriding = std::getenv("TONVALE_SOCKET_DIR");
+    return {overriding != nullptr ? overriding : "", platform::sharedTemporaryDirectory(),
+            platform::runtimeDirectory(), ::geteuid()};
 }
 
 std::string MVCommMainSocketPath(const MVCommSocketPlaces& places) {

@@ -74,9 +74,9 @@ std::string keyOf(const MVCommConsoleMessage& message) {
 
 } // namespace
 
-std::unique_ptr<MVCommunication> MVCommunication::create(const MVCommCallbacks& comm,
+std::shared_ptr<MVCommunication> MVCommunication::create(const MVCommCallbacks& comm,
                                                          const QString& socketPath) {
-    std::unique_ptr<MVCommunication> server(new MVCommunication(comm, socketPath));
+    std::shared_ptr<MVCommunication> server(new MVCommunication(comm, socketPath));
     if (!server->setup())
         return nullptr;
     return server;
@@ -167,7 +167,9 @@ void MVCommunication::handleSocketData(const platform::DataSocket& socket,
         systemLog(LogPriority::error, "%s: Bad data object.", __func__);
         return;
     }
-    // Held to the end: a callback may run a loop of its own in which the plug-in disconnects.
+    // Both held to the end: a callback may run a loop of its own in which the plug-in disconnects,
+    // or the server is shut down and let go.
+    const auto self = shared_from_this();
     const std::shared_ptr<MVCommConnection> connection = connectionOf(socket);
     if (connection == nullptr) {
         systemLog(LogPriority::error, "%s: Couldn't find obj for socket", __func__);
@@ -180,6 +182,8 @@ void MVCommunication::handleSocketData(const platform::DataSocket& socket,
     MVCommParser parser(data);
     const auto end = handleMessages(*connection, parser, __func__);
     logFault(end, parser, __func__);
+    if (connection->socket() == nullptr)
+        retire(connection);
 }
 
 MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connection,
@@ -189,6 +193,8 @@ MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connectio
         if (result == MVCommParser::Result::activity) {
             comm_.dataCallback()(&parser.activity());
             connection.resetActivityTimer()->start(activityReset);
+            if (baseSock_ == nullptr)
+                return MVCommParser::Result::end; // shut down by the callback
         } else if (result == MVCommParser::Result::checkin) {
             handleCheckin(connection, parser.checkin(), method);
         } else {
@@ -233,15 +239,16 @@ void MVCommunication::handleDisconnect(const platform::DataSocket& socket) {
         connectionOfSocket_.erase(found);
     }
     systemLog(LogPriority::info, "'%s' disconnected", qUtf8Printable(connection->process().name));
-    retire(std::move(connection));
+    retire(connection);
     if (const MVCommCallback callback = comm_.disconnectionCallback())
         callback();
 }
 
-void MVCommunication::retire(std::shared_ptr<MVCommConnection> connection) {
+void MVCommunication::retire(const std::shared_ptr<MVCommConnection>& connection) {
     connection->shutdown();
+    retired_.remove(connection);
     if (connection->resetActivityTimer()->isActive())
-        retired_.push_back(std::move(connection));
+        retired_.push_back(connection);
 }
 
 void MVCommunication::connectionCallbackDelayed() {
@@ -306,8 +313,8 @@ void MVCommunication::shutdown() {
         connections.swap(connections_);
         connectionOfSocket_.clear();
     }
-    for (auto& connection : connections)
-        retire(std::move(connection));
+    for (const auto& connection : connections)
+        retire(connection);
     connectionCallbackTimer_.stop();
     baseSock_.reset();
     ::unlink(addressPath_.c_str());

@@ -36,13 +36,15 @@ class RunLoop;
 ///
 /// Lives on the main thread and its run loop. Sends run on a serial queue of the server's own and
 /// never wait for a peer; sendMessage(), the two flags and connectionProcesses() may be called on
-/// any thread. The connections lock is never held across anything that can wait.
-class MVCommunication {
+/// any thread. The connections lock is never held across anything that can wait. A callback may
+/// shut the server down and let it go; one that runs a loop of its own gets newer messages in there
+/// before the rest of the read that it was called for.
+class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
   public:
     /// Serves `socketPath` on the calling thread's run loop, replacing a stale socket file. Null
     /// when that fails, with the reason in the system log. `comm` must outlive the server; its
     /// callbacks are asked for at each event, the data callback must be set by the first message.
-    [[nodiscard]] static std::unique_ptr<MVCommunication> create(const MVCommCallbacks& comm,
+    [[nodiscard]] static std::shared_ptr<MVCommunication> create(const MVCommCallbacks& comm,
                                                                  const QString& socketPath);
 
     /// Does what shutdown() does.
@@ -100,7 +102,7 @@ class MVCommunication {
     void handleDisconnect(const platform::DataSocket& socket);
     void connectionCallbackDelayed();
     void resetActivity(MVCommConnection& connection);
-    void retire(std::shared_ptr<MVCommConnection> connection);
+    void retire(const std::shared_ptr<MVCommConnection>& connection);
     void doSendMessage(const MVCommConsoleMessage& message);
 
     const MVCommCallbacks& comm_;

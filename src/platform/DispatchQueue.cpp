@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -14,8 +15,8 @@ namespace platform {
 
 namespace {
 
-/// The threads behind all queues. Started on demand, up to one for each processor; they live as
-/// long as the process.
+/// The threads behind all queues: one from the beginning, so that work is always done, and more on
+/// demand, up to one for each processor. They live as long as the process.
 class SharedThreads {
   public:
     static SharedThreads& instance() {
@@ -41,13 +42,23 @@ class SharedThreads {
             const std::lock_guard lock(mutex_);
             jobs_.push_back(std::move(job));
             if (idle_ < jobs_.size() && threads_.size() < limit_)
-                threads_.emplace_back([this] { work(); });
+                addThread();
         }
         changed_.notify_one();
     }
 
   private:
-    SharedThreads() = default;
+    SharedThreads() {
+        threads_.emplace_back([this] { work(); });
+    }
+
+    void addThread() {
+        try {
+            threads_.emplace_back([this] { work(); });
+        } catch (const std::system_error&) {
+            // The process may have no more: those that there are do the work.
+        }
+    }
 
     void work() {
         std::unique_lock lock(mutex_);

@@ -111,13 +111,13 @@ void RunLoop::serve(int timeout) {
                                    static_cast<int>(frame.events.size()), timeout);
     frame.count = ready > 0 ? static_cast<std::size_t>(ready) : 0;
     bool posted = false;
+    bool expired = false;
     while (frame.next < frame.count) {
         void* const target = frame.events[frame.next++].data.ptr;
         if (target == &wakeUp_) {
             posted = true;
         } else if (target == &kernelTimer_) {
-            drain(kernelTimer_);
-            armedFor_ = MonotonicClock::time_point::max();
+            expired = true; // and stays readable, so that a callback's own loop serves timers too
         } else if (target != nullptr) {
             // Kept alive although the handler may destroy its own source.
             const auto handler = static_cast<RunLoopSource*>(target)->handler_;
@@ -126,6 +126,8 @@ void RunLoop::serve(int timeout) {
     }
     if (posted)
         servePostedCalls();
+    if (expired)
+        disarmKernelTimer();
     serveTimers();
 }
 
@@ -160,6 +162,7 @@ void RunLoop::serveTimers() {
             dequeue(timer);
             timer.active_ = false;
             const auto action = timer.action_; // the action may destroy its timer
+            armKernelTimer();                  // or run a loop of its own, which serves the others
             guarded(kExceptionInTimer, *action);
         }
     }
@@ -237,6 +240,11 @@ void RunLoop::siftDown(std::size_t index) noexcept {
         index = child;
     }
     place(index, entry);
+}
+
+void RunLoop::disarmKernelTimer() noexcept {
+    drain(kernelTimer_);
+    armedFor_ = MonotonicClock::time_point::max();
 }
 
 void RunLoop::armKernelTimer() {

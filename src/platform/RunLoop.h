@@ -77,6 +77,7 @@ class RunLoop {
     void siftDown(std::size_t index) noexcept;
     void place(std::size_t index, const QueuedTimer& entry) noexcept;
     void armKernelTimer();
+    void disarmKernelTimer() noexcept;
 
     const FileDescriptor epoll_;
     const FileDescriptor wakeUp_;

@@ -29,13 +29,16 @@ std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descript
                                                      std::uint32_t interest, Handler handler) {
     std::unique_ptr<RunLoopSource> source(new RunLoopSource(loop, descriptor, std::move(handler)));
     epoll_event event = eventFor(interest, source.get());
-    if (::epoll_ctl(loop.epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) != 0)
+    source->watching_ = ::epoll_ctl(loop.epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+    if (!source->watching_)
         return nullptr;
     return source;
 }
 
 RunLoopSource::~RunLoopSource() {
-    loop_.forget(*this);
+    // One that was refused must not end somebody else's watch of the same descriptor.
+    if (watching_)
+        loop_.forget(*this);
 }
 
 bool RunLoopSource::setInterest(std::uint32_t interest) noexcept {

@@ -1,5 +1,6 @@
 #include "platform/SystemLog.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -33,6 +34,12 @@ iovec piece(std::string_view text) noexcept {
     return {const_cast<char*>(text.data()), text.size()};
 }
 
+/// Names that strangers chose stand in the lines: none may begin a line of its own.
+bool isControl(char character) noexcept {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7F;
+}
+
 void writeToStandardError(std::string_view text) noexcept {
     const std::array<iovec, 4> line{piece(program_invocation_short_name), piece(": "), piece(text),
                                     piece("\n")};
@@ -62,6 +69,7 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
     if (length < 0)
         return;
     const auto size = std::min(static_cast<std::size_t>(length), line.size() - 1);
+    std::replace_if(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(size), isControl, '?');
     writeLine(priority, {line.data(), size});
 }
 

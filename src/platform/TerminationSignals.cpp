@@ -59,7 +59,7 @@ TerminationSignals::TerminationSignals(RunLoop& loop, std::function<void(int)> h
     action.sa_flags = SA_RESTART;
     for (std::size_t i = 0; i < terminationSignals.size(); ++i)
         ::sigaction(terminationSignals[i], &action, &state_->previous[i]);
-    action.sa_handler = SIG_IGN;
+    action.sa_handler = [](int) {}; // ignoring would be inherited by programs that we start
     ::sigaction(SIGPIPE, &action, &state_->previousPipe);
 }
 

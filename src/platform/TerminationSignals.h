@@ -8,7 +8,7 @@ namespace platform {
 class RunLoop;
 
 /// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
-/// SIGPIPE ignored. Afterwards the signals do what they did before. One at a time in a process.
+/// SIGPIPE do nothing. Afterwards the signals do what they did before. One at a time in a process.
 ///
 /// The signals are caught by handlers, not by a signal descriptor: that works whatever mask the
 /// threads of libraries have, and neither handlers nor masks reach a program that we start.

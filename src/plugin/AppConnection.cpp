@@ -26,6 +26,13 @@ bool isTrusted(const platform::FileDescriptor& socket) noexcept {
     return platform::peerUser(socket.get(), user) && (user == ::geteuid() || user == administrator);
 }
 
+/// One line for a socket that is tried again and again.
+void logStranger(const std::string& path) {
+    static std::string last;
+    if (std::exchange(last, path) != path)
+        systemLog(LogPriority::warning, "Left alone %s, which another user serves", path.c_str());
+}
+
 platform::FileDescriptor connectToApplication() {
     for (const std::string& path : MVCommCandidateSocketPaths()) {
         platform::FileDescriptor socket = platform::connectUnixSocket(path);
@@ -33,7 +40,7 @@ platform::FileDescriptor connectToApplication() {
             continue;
         if (isTrusted(socket))
             return socket;
-        systemLog(LogPriority::warning, "Left alone %s, which another user serves", path.c_str());
+        logStranger(path);
     }
     return {};
 }

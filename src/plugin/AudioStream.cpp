@@ -3,6 +3,7 @@
 #include "platform/SystemLog.h"
 #include "plugin/StreamParam.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 
@@ -99,11 +100,15 @@ void AudioStream::takeOver(const StreamProps& props) {
         platform::systemLog(platform::LogPriority::info,
                             "Stream %u has a hidden volume of %.4f besides the one mixers show",
                             id_, static_cast<double>(props.volume));
-    for (const float volume : props.channelVolumes) {
-        if (volume > 0.0F)
-            balance_ = props.channelVolumes;
-    }
+    if (std::any_of(props.channelVolumes.begin(), props.channelVolumes.end(),
+                    [](float volume) { return volume > 0.0F; }))
+        balance_ = props.channelVolumes;
     props_ = props;
+}
+
+void AudioStream::adopt(const WantedVolume& all) {
+    wanted_ = {};
+    want(all);
 }
 
 void AudioStream::want(const WantedVolume& change) {

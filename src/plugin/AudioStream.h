@@ -43,6 +43,9 @@ class AudioStream {
 
     bool isRunning() const noexcept { return running_; }
 
+    /// Forgets what was asked for and asks for `all` instead; for a stream that changes hands.
+    void adopt(const WantedVolume& all);
+
     /// Asks for a volume, a mute, or both. It is written at once, or as soon as the stream can take
     /// it, and upheld for as long as the stream is new. Nothing is ever written unasked.
     void want(const WantedVolume& change);

@@ -20,7 +20,7 @@ void Program::add(AudioStream& stream) {
     if (std::find(streams_.begin(), streams_.end(), &stream) != streams_.end())
         return;
     streams_.push_back(&stream);
-    stream.want(wanted_);
+    stream.adopt(wanted_);
 }
 
 void Program::remove(AudioStream& stream) {

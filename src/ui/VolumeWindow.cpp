@@ -82,7 +82,7 @@ void VolumeWindow::updateConnections() {
             rowsLayout_->addWidget(row.get());
         }
         row->name->setText(process.name);
-        row->name->setToolTip(process.path.toHtmlEscaped());
+        row->name->setToolTip(QStringLiteral("<p>%1</p>").arg(process.path.toHtmlEscaped()));
     }
     notice_->setVisible(rows_.empty());
 }

@@ -65,13 +65,21 @@ TEST_F(TonvaleTest, ReplacesTheSocketOfAProgramThatWasKilled) {
     start();
 }
 
-TEST_F(TonvaleTest, GoesOnWithoutPluginsWhenTheSocketCannotBeServed) {
+TEST_F(TonvaleTest, GoesOnAndTellsThePersonWhenTheSocketCannotBeServed) {
+    const QString usual = QString::fromStdString(folder_.path() / "usual.png");
+    const QString told = QString::fromStdString(folder_.path() / "told.png");
+    const auto waiting = start({"--screenshot", usual.toStdString()});
+    waiting->signal(SIGTERM);
+    EXPECT_EQ(waiting->wait(), 0);
+
     const support::ScopedVariable nowhere("TONVALE_SOCKET_DIR", folder_.path() / "missing");
-    ChildProcess program({TONVALE_PROGRAM});
+    ChildProcess program({TONVALE_PROGRAM, "--screenshot", told.toStdString()});
     EXPECT_TRUE(says(program, "Couldn't bind(): No such file or directory (2)"));
     EXPECT_TRUE(program.isRunning());
     program.signal(SIGTERM);
     EXPECT_EQ(program.wait(), 0);
+    ASSERT_FALSE(QImage(told).isNull());
+    EXPECT_NE(QImage(told), QImage(usual)) << "the window says something else";
 }
 
 TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ class CommFixture : public testing::Test, protected MVCommCallbacks {
     CommFixture() {
         events.clear();
         levels.clear();
+        duringLevel = {};
     }
 
     std::string socketPath(const std::string& name = "socket") const {
@@ -41,12 +43,15 @@ class CommFixture : public testing::Test, protected MVCommCallbacks {
 
     static void recordLevel(const MVCommActivityMessage* message) {
         levels.push_back(std::to_string(message->pid) + ":" + std::to_string(message->level));
+        if (duringLevel)
+            duringLevel();
     }
     static void recordConnection() { events += 'C'; }
     static void recordDisconnection() { events += 'D'; }
 
-    static inline std::string events;              // C connected, D disconnected
-    static inline std::vector<std::string> levels; // "pid:level"
+    static inline std::string events;                // C connected, D disconnected
+    static inline std::vector<std::string> levels;   // "pid:level"
+    static inline std::function<void()> duringLevel; // what the data callback does besides
 
     support::ManualClock clock_;
     support::SystemLogRecorder log_;

@@ -2,11 +2,11 @@
 
 #include "CommFixture.h"
 #include "comm/MVCommSocketPath.h"
+#include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
 
 #include <QString>
 
-#include <cstdlib>
 #include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,7 +17,6 @@ using namespace std::chrono_literals;
 class MVCommTest : public CommFixture {
   protected:
     MVCommTest() {
-        ::setenv("TONVALE_SOCKET_DIR", folder_.path().c_str(), 1);
         comm_.setAppConnectCallback(&recordConnection);
         comm_.setAppDisconnectCallback(&recordDisconnection);
     }
@@ -26,6 +25,7 @@ class MVCommTest : public CommFixture {
         return log_.count("Couldn't post com.quarnel.mivo.guiDidLaunch");
     }
 
+    const support::ScopedVariable socketFolder_{"TONVALE_SOCKET_DIR", folder_.path().string()};
     MVComm comm_;
 };
 
@@ -92,8 +92,19 @@ TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
     EXPECT_TRUE(comm_.connectionProcesses().isEmpty());
 }
 
+TEST_F(MVCommTest, SettingsDoNotReachServersThatAreAddedLater) {
+    comm_.suppressMessages(true);
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("late"))));
+    support::ScriptedPlugin plugin(socketPath("late"));
+    turn();
+    const MVCommConsoleMessage message{kMVCommSetVolume, 1, 0, 20};
+    comm_.sendMessage(&message);
+    comm_.shutdown();
+    EXPECT_EQ(plugin.takeCommands().size(), 1U);
+}
+
 TEST_F(MVCommTest, AMainSocketThatCannotBeServedIsAnAnswerNotAnEnd) {
-    ::setenv("TONVALE_SOCKET_DIR", socketPath("missing").c_str(), 1);
+    const support::ScopedVariable missing("TONVALE_SOCKET_DIR", socketPath("missing"));
     EXPECT_FALSE(comm_.setupPluginConnectionWithCallBack(&recordLevel));
     const MVCommConsoleMessage message{};
     comm_.sendMessage(&message);

@@ -23,7 +23,7 @@ using Strings = std::vector<std::string>;
 
 class MVCommunicationTest : public CommFixture {
   protected:
-    std::unique_ptr<MVCommunication> server_ =
+    std::shared_ptr<MVCommunication> server_ =
         MVCommunication::create(*this, QString::fromStdString(socketPath()));
 
     std::unique_ptr<ScriptedPlugin> connect() {
@@ -209,6 +209,34 @@ TEST_F(MVCommunicationTest, AProgramThatDisconnectsWhilePlayingStillGetsItsZero)
     EXPECT_EQ(levels, (Strings{"7:1.000000", "7:0.000000"}));
 }
 
+// A callback that opens a dialog runs the loop from inside.
+TEST_F(MVCommunicationTest, APluginThatGoesDuringACallbacksOwnLoopStillGetsItsZero) {
+    auto plugin = checkedIn(7, "player");
+    duringLevel = [&] {
+        duringLevel = {};
+        plugin.reset();
+        turn();
+    };
+    plugin->reportLevel(7, 1.0F);
+    turn();
+    EXPECT_EQ(events, "D");
+    advance(100ms);
+    EXPECT_EQ(levels, (Strings{"7:1.000000", "7:0.000000"}));
+}
+
+TEST_F(MVCommunicationTest, AServerMayBeLetGoByACallback) {
+    const auto plugin = checkedIn(7, "player");
+    duringLevel = [&] {
+        server_->shutdown();
+        server_.reset();
+    };
+    plugin->sendBytes(ScriptedPlugin::activityBytes(7, 1.0F) +
+                      ScriptedPlugin::activityBytes(7, 0.5F));
+    turn();
+    EXPECT_EQ(levels, (Strings{"7:1.000000"}));
+    EXPECT_TRUE(plugin->isEnded());
+}
+
 TEST_F(MVCommunicationTest, CommandsGoToEveryPluginAsTheyAre) {
     const auto first = checkedIn(1, "a");
     const auto second = checkedIn(2, "b");
@@ -231,11 +259,13 @@ TEST_F(MVCommunicationTest, RepetitionsWithinATwelfthOfASecondAreSentOnce) {
     for (const Case& repetition :
          {Case{80ms, false, 1}, Case{90ms, false, 2}, Case{80ms, true, 2}}) {
         server_->setAllowFrequentMessages(repetition.allowed);
+        // A marker is written when what was sent before it has been dealt with.
         send(kMVCommSetVolume, 1, 50);
-        commands(*plugin, 1); // the time of a send is that of its writing
+        send(kMVCommSetMute, ++marker, 0);
+        EXPECT_EQ(commands(*plugin, 2).size(), 2U);
         clock_.advance(repetition.pause);
         send(kMVCommSetVolume, 1, 50);
-        send(kMVCommSetMute, ++marker, 0); // comes after all that was sent before it
+        send(kMVCommSetMute, ++marker, 0);
         EXPECT_EQ(commands(*plugin, repetition.sent).size(), repetition.sent);
         clock_.advance(1h);
     }

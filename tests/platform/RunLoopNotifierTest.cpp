@@ -34,10 +34,10 @@ class RunLoopNotifierTest : public testing::Test {
         });
         platform::Timer first(loop_, [&] { second.start(1ms); });
         platform::Timer opener(loop_, [&] {
-            first.start(1ms);
             open();
             QCoreApplication::quit();
         });
+        first.start(20ms);
         opener.start(0ms);
         QApplication::exec();
         return served;
