@@ -1,13 +1,9 @@
 #include "support/ChildProcess.h"
-#include "support/ManualClock.h"
-#include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"
 #include "support/SinkRecorder.h"
-#include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"
 
 #include "platform/RunLoop.h"
-#include "platform/Timer.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -51,40 +47,6 @@ TEST(PrivateFolder, GoesAwayWithFilesThatNobodyMayRead) {
     EXPECT_FALSE(fs::exists(path));
 }
 
-TEST(ManualClock, MakesATimerDueWithoutWaiting) {
-    ManualClock clock;
-    platform::RunLoop loop;
-    int fired = 0;
-    platform::Timer timer(loop, [&] { ++fired; });
-    timer.start(1h);
-    clock.advance(1h - 1ns);
-    loop.turn();
-    EXPECT_EQ(fired, 0);
-    clock.advance(1ns);
-    loop.turn();
-    EXPECT_EQ(fired, 1);
-}
-
-TEST(ManualClock, GivesTheTimeBackWhenItGoes) {
-    const auto before = platform::MonotonicClock::now();
-    {
-        const ManualClock clock;
-        EXPECT_EQ(platform::MonotonicClock::now(), clock.now());
-    }
-    EXPECT_GE(platform::MonotonicClock::now(), before);
-}
-
-TEST(SystemLogRecorder, KeepsTheLinesOfEveryThread) {
-    const SystemLogRecorder log;
-    platform::systemLog(platform::LogPriority::warning, "first %d", 1);
-    std::thread([] { platform::systemLog(platform::LogPriority::error, "second"); }).join();
-    ASSERT_EQ(log.lines().size(), 2u);
-    EXPECT_EQ(log.lines()[0].text, "first 1");
-    EXPECT_EQ(log.lines()[1].priority, platform::LogPriority::error);
-    EXPECT_TRUE(log.contains("second"));
-    EXPECT_FALSE(log.contains("third"));
-}
-
 TEST(WaitUntil, ServesTheRunLoopAndGivesUpAtItsBound) {
     platform::RunLoop loop;
     bool called = false;
@@ -119,13 +81,6 @@ TEST(ChildProcess, BeginsWithDefaultSignalsAndOnlyTheStandardDescriptors) {
     EXPECT_EQ(result.output.find("leaked"), std::string::npos) << result.output;
 }
 
-TEST(ChildProcess, GetsAdditionsToItsEnvironment) {
-    ChildProcess child({"sh", "-c", "echo $ADDED $HOME"},
-                       {.environment = {{"ADDED", "a b"}}, .keepErrors = true});
-    EXPECT_EQ(child.wait(), 0);
-    EXPECT_EQ(child.output(), "a b " + fs::temp_directory_path().parent_path().string() + "\n");
-}
-
 TEST(ChildProcess, IsStoppedEvenWhenItIsSuspended) {
     ChildProcess child({"sleep", "1000"});
     EXPECT_TRUE(child.isRunning());
@@ -140,21 +95,6 @@ TEST(ChildProcess, DiesWithTheThreadThatStartedIt) {
         child = std::make_unique<ChildProcess>(std::vector<std::string>{"sleep", "1000"});
     }).join();
     EXPECT_EQ(child->wait(), 128 + SIGKILL);
-}
-
-TEST(PrivateBus, CarriesMessagesWhileItLives) {
-    const std::vector<std::string> call{"dbus-send",
-                                        "--session",
-                                        "--print-reply",
-                                        "--dest=org.freedesktop.DBus",
-                                        "/",
-                                        "org.freedesktop.DBus.ListNames"};
-    {
-        const PrivateBus bus;
-        EXPECT_EQ(runCommand(call).status, 0);
-    }
-    EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
-    EXPECT_NE(runCommand(call).status, 0);
 }
 
 TEST(ToneAmplitude, IsTheLinearPeakOfTheToneAskedFor) {
