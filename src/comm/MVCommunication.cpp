@@ -2,6 +2,7 @@
 
 #include "comm/MVCommConnection.h"
 #include "comm/MVCommOperation.h"
+#include "platform/DispatchQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
@@ -88,7 +89,7 @@ MVCommunication::MVCommunication(const MVCommCallbacks& comm, QString socketPath
     , addressPath_(QFile::encodeName(socketPath_).left(longestAddress).toStdString())
     , runLoop_(platform::RunLoop::current())
     , connectionCallbackTimer_(*runLoop_, [this] { connectionCallbackDelayed(); })
-    , sendQueue_("com.quarnel.mivo.send") {}
+    , sendQueue_(platform::DispatchQueue::makeSerial("com.quarnel.mivo.send")) {}
 
 MVCommunication::~MVCommunication() {
     shutdown();
@@ -272,7 +273,7 @@ void MVCommunication::sendMessage(const MVCommConsoleMessage* message) {
             return;
     }
     const MVCommOperation operation(*this, &MVCommunication::doSendMessage, *message);
-    sendQueue_.async([operation] { operation.main(); });
+    sendQueue_->async([operation] { operation.main(); });
 }
 
 void MVCommunication::doSendMessage(const MVCommConsoleMessage& message) {
@@ -306,7 +307,7 @@ QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
 }
 
 void MVCommunication::shutdown() {
-    sendQueue_.drain();
+    sendQueue_->sync([] {});
     Connections connections;
     {
         const std::lock_guard lock(connectionsLock_);

@@ -4,7 +4,6 @@
 #include "comm/MVCommConnectionProcess.h"
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommParser.h"
-#include "platform/DispatchQueue.h"
 #include "platform/Timer.h"
 
 #include <QList>
@@ -27,6 +26,7 @@ class MVCommOutlet;
 namespace platform {
 class AcceptSocket;
 class DataSocket;
+class DispatchQueue;
 class FileDescriptor;
 class RunLoop;
 } // namespace platform
@@ -127,5 +127,5 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     std::unordered_map<std::string, LastMessage> lastMessages_;
     std::vector<std::shared_ptr<MVCommOutlet>> sendTargets_;
 
-    platform::DispatchQueue sendQueue_; // last: waits for its sends before the rest goes
+    const std::shared_ptr<platform::DispatchQueue> sendQueue_;
 };

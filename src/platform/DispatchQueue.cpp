@@ -1,152 +1,72 @@
 #include "platform/DispatchQueue.h"
 
+#include "platform/DispatchThreads.h"
 #include "platform/ExceptionReport.h"
-
-#include <algorithm>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <system_error>
-#include <thread>
-#include <utility>
-#include <vector>
+#include "platform/SerialDispatchQueue.h"
 
 namespace platform {
 
 namespace {
 
-/// The threads behind all queues: one from the beginning, so that work is always done, and more on
-/// demand, up to one for each processor. They live as long as the process.
-class SharedThreads {
+thread_local const DispatchQueue::Running* innermost = nullptr;
+
+/// Blocks run as they come, so there is no turn to wait for.
+class GlobalQueue final : public DispatchQueue {
   public:
-    static SharedThreads& instance() {
-        static SharedThreads threads;
-        return threads;
+    GlobalQueue() : DispatchQueue("default-priority") {}
+
+    void async(Block block) override {
+        DispatchThreads::instance().submit([this, work = std::move(block)] {
+            const Running running(*this);
+            guarded(kExceptionInDispatchQueue, work);
+        });
     }
 
-    SharedThreads(const SharedThreads&) = delete;
-    SharedThreads& operator=(const SharedThreads&) = delete;
+    void setTarget(std::shared_ptr<DispatchQueue> /*target*/) override {}
 
-    ~SharedThreads() {
-        {
-            const std::lock_guard lock(mutex_);
-            ending_ = true;
-        }
-        changed_.notify_all();
-        for (std::thread& thread : threads_)
-            thread.join();
+  protected:
+    void syncFromOutside(const Block& block) override {
+        const Running running(*this);
+        block();
     }
-
-    void submit(std::function<void()> job) {
-        {
-            const std::lock_guard lock(mutex_);
-            jobs_.push_back(std::move(job));
-            if (idle_ < jobs_.size() && threads_.size() < limit_)
-                addThread();
-        }
-        changed_.notify_one();
-    }
-
-  private:
-    SharedThreads() {
-        threads_.emplace_back([this] { work(); });
-    }
-
-    void addThread() {
-        try {
-            threads_.emplace_back([this] { work(); });
-        } catch (const std::system_error&) {
-            // The process may have no more: those that there are do the work.
-        }
-    }
-
-    void work() {
-        std::unique_lock lock(mutex_);
-        for (;;) {
-            ++idle_;
-            changed_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
-            --idle_;
-            if (jobs_.empty())
-                return;
-            const auto job = std::move(jobs_.front());
-            jobs_.pop_front();
-            lock.unlock();
-            job();
-            lock.lock();
-        }
-    }
-
-    const std::size_t limit_ = std::clamp(std::thread::hardware_concurrency(), 2U, 8U);
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    // Guarded by mutex_.
-    std::deque<std::function<void()>> jobs_;
-    std::vector<std::thread> threads_;
-    std::size_t idle_ = 0;
-    bool ending_ = false;
+    bool isHeldByCaller() const noexcept override { return false; }
 };
 
 } // namespace
 
-struct DispatchQueue::State {
-    explicit State(std::string name) : label(std::move(name)) {}
+std::shared_ptr<DispatchQueue> DispatchQueue::makeSerial(std::string label) {
+    return std::make_shared<SerialDispatchQueue>(std::move(label), global());
+}
 
-    /// Runs one block, then lets the other queues have their turn.
-    static void runNext(const std::shared_ptr<State>& state) {
-        {
-            std::function<void()> block;
-            {
-                const std::lock_guard lock(state->mutex);
-                block = std::move(state->blocks.front());
-                state->blocks.pop_front();
-            }
-            guarded(kExceptionInDispatchQueue, block);
-        } // what the block holds is gone before anybody learns that it has run
-        const std::lock_guard lock(state->mutex);
-        ++state->finished;
-        state->progress.notify_all();
-        if (state->blocks.empty())
-            state->scheduled = false;
-        else
-            SharedThreads::instance().submit([state] { runNext(state); });
+const std::shared_ptr<DispatchQueue>& DispatchQueue::global() {
+    // Never destroyed: blocks may be submitted until the process has ended.
+    static const auto* const queue =
+        new std::shared_ptr<DispatchQueue>(std::make_shared<GlobalQueue>());
+    return *queue;
+}
+
+void DispatchQueue::sync(const Block& block) {
+    if (isCurrent())
+        block();
+    else
+        syncFromOutside(block);
+}
+
+bool DispatchQueue::isCurrent() const noexcept {
+    for (const Running* running = innermost; running != nullptr; running = running->outer()) {
+        if (&running->queue() == this)
+            return true;
     }
-
-    const std::string label;
-    std::mutex mutex;
-    std::condition_variable progress;
-    // Guarded by mutex.
-    std::deque<std::function<void()>> blocks;
-    std::size_t submitted = 0;
-    std::size_t finished = 0;
-    bool scheduled = false;
-};
-
-DispatchQueue::DispatchQueue(std::string label)
-    : state_(std::make_shared<State>(std::move(label))) {
-    SharedThreads::instance(); // so that the threads outlive queues with static storage
+    return false;
 }
 
-DispatchQueue::~DispatchQueue() {
-    drain();
+DispatchQueue::Running::Running(const DispatchQueue& queue) noexcept
+    : queue_(queue), outer_(innermost) {
+    innermost = this;
 }
 
-void DispatchQueue::async(std::function<void()> block) {
-    const std::lock_guard lock(state_->mutex);
-    state_->blocks.push_back(std::move(block));
-    ++state_->submitted;
-    if (std::exchange(state_->scheduled, true))
-        return;
-    SharedThreads::instance().submit([state = state_] { State::runNext(state); });
-}
-
-void DispatchQueue::drain() {
-    std::unique_lock lock(state_->mutex);
-    const std::size_t wanted = state_->submitted;
-    state_->progress.wait(lock, [&] { return state_->finished >= wanted; });
-}
-
-const std::string& DispatchQueue::label() const noexcept {
-    return state_->label;
+DispatchQueue::Running::~Running() {
+    innermost = outer_;
 }
 
 } // namespace platform

@@ -101,6 +101,8 @@ bool RunLoop::takeStopRequest() {
 void RunLoop::post(std::function<void()> call) {
     const std::lock_guard lock(postedMutex_);
     posted_.push_back(std::move(call));
+    if (posted_.size() > 1)
+        return; // woken already: the counter is read only when all calls have been made
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(wakeUp_.get(), &one, sizeof one);
 }

@@ -1,60 +1,228 @@
 #include "platform/DispatchQueue.h"
 
+#include "platform/DispatchTimer.h"
 #include "platform/ExceptionReport.h"
+#include "platform/MainQueue.h"
+#include "platform/RunLoop.h"
+#include "support/ManualClock.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
+using namespace std::chrono_literals;
 using platform::DispatchQueue;
+
+namespace {
+
+/// A door that blocks wait at until it is opened.
+class Door {
+  public:
+    void open() {
+        open_ = true;
+        open_.notify_all();
+    }
+    void wait() const { open_.wait(false); }
+
+  private:
+    std::atomic<bool> open_ = false;
+};
+
+} // namespace
 
 TEST(DispatchQueue, RunsBlocksOfManyThreadsOneAtATimeAndEachThreadsInOrder) {
     constexpr int threads = 4;
     constexpr int perThread = 2000;
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
     std::vector<int> next(threads, 0); // unguarded on purpose: the queue is the guard
-    {
-        DispatchQueue queue("com.quarnel.test");
-        std::vector<std::thread> submitters;
-        submitters.reserve(threads);
-        for (int t = 0; t < threads; ++t) {
-            submitters.emplace_back([&queue, &next, t] {
-                for (int i = 0; i < perThread; ++i)
-                    queue.async(
-                        [&next, t, i] { EXPECT_EQ(next[static_cast<std::size_t>(t)]++, i); });
-            });
-        }
-        for (std::thread& submitter : submitters)
-            submitter.join();
-    } // the queue waits for its blocks
+    std::vector<std::thread> submitters;
+    submitters.reserve(threads);
+    for (std::size_t t = 0; t < threads; ++t) {
+        submitters.emplace_back([&queue, &next, t] {
+            for (int i = 0; i < perThread; ++i) {
+                const auto block = [&next, t, i] { EXPECT_EQ(next[t]++, i); };
+                i % 10 == 0 ? queue->sync(block) : queue->async(block);
+            }
+        });
+    }
+    for (std::thread& submitter : submitters)
+        submitter.join();
+    queue->sync([] {});
     EXPECT_EQ(next, std::vector<int>(threads, perThread));
 }
 
-TEST(DispatchQueue, ABlockThatWaitsDoesNotHoldUpOtherQueues) {
-    DispatchQueue slow("com.quarnel.test.slow");
-    DispatchQueue fast("com.quarnel.test.fast");
-    std::atomic<bool> released = false;
-    slow.async([&] { released.wait(false); });
+TEST(DispatchQueue, ABlockThatWaitsHoldsUpNeitherOtherQueuesNorTheGlobalOne) {
+    const auto slow = DispatchQueue::makeSerial("com.quarnel.test.slow");
+    const auto fast = DispatchQueue::makeSerial("com.quarnel.test.fast");
+    Door door;
+    slow->async([&] { door.wait(); });
     bool ran = false;
-    fast.async([&] { ran = true; });
-    fast.drain();
+    fast->async([&] { ran = true; });
+    fast->sync([] {});
     EXPECT_TRUE(ran);
-    released = true;
-    released.notify_all();
+    Door global;
+    DispatchQueue::global()->async([&] { global.open(); });
+    global.wait();
+    door.open();
+    slow->sync([] {});
 }
 
-TEST(DispatchQueue, ReportsExceptionsAndReleasesWhatABlockHoldsBeforeItCountsAsRun) {
+TEST(DispatchQueue, SyncRunsInPlaceFromWithinAndHandsExceptionsToItsCaller) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const auto targeting = DispatchQueue::makeSerial("com.quarnel.test.targeting");
+    targeting->setTarget(queue);
+    std::string order;
+    targeting->sync([&] {
+        EXPECT_TRUE(queue->isCurrent());
+        queue->async([&] { order += 'c'; });
+        queue->sync([&] { order += 'a'; });
+        targeting->sync([&] { order += 'b'; });
+    });
+    queue->sync([] {});
+    EXPECT_EQ(order, "abc");
+    EXPECT_FALSE(queue->isCurrent());
+    EXPECT_THROW(queue->sync([] { throw std::runtime_error("to the caller"); }),
+                 std::runtime_error);
+    Door door;
+    queue->async([&] { door.wait(); });
+    std::thread opener([&] { door.open(); });
+    EXPECT_THROW(queue->sync([] { throw std::runtime_error("after a wait"); }), std::runtime_error);
+    opener.join();
+}
+
+TEST(DispatchQueue, QueuesOfOneTargetNeverRunAtTheSameTime) {
+    const auto target = DispatchQueue::makeSerial("com.quarnel.test.target");
+    std::vector<std::shared_ptr<DispatchQueue>> queues;
+    for (int i = 0; i < 4; ++i) {
+        queues.push_back(DispatchQueue::makeSerial("com.quarnel.test.queue"));
+        queues.back()->setTarget(target);
+    }
+    int count = 0; // unguarded on purpose
+    for (int i = 0; i < 4000; ++i)
+        queues[static_cast<std::size_t>(i) % queues.size()]->async([&] { ++count; });
+    for (const auto& queue : queues)
+        queue->sync([&] { ++count; });
+    EXPECT_EQ(count, 4004);
+}
+
+TEST(DispatchQueue, ANewTargetTakesOverTheBlocksThatHaveNotBegun) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const auto first = DispatchQueue::makeSerial("com.quarnel.test.first");
+    const auto second = DispatchQueue::makeSerial("com.quarnel.test.second");
+    queue->setTarget(first);
+    Door begun;
+    Door door;
+    std::string order;
+    queue->async([&] {
+        begun.open();
+        door.wait();
+        EXPECT_TRUE(first->isCurrent());
+        order += '1';
+    });
+    for (int i = 0; i < 3; ++i) {
+        queue->async([&] {
+            EXPECT_TRUE(second->isCurrent());
+            order += '2';
+        });
+    }
+    begun.wait();
+    queue->setTarget(second);
+    door.open();
+    queue->sync([] {});
+    EXPECT_EQ(order, "1222");
+}
+
+TEST(DispatchQueue, ReportsExceptionsAndLetsGoOfWhatItsBlocksHold) {
     static std::atomic<unsigned> place;
     const auto previous = platform::replaceExceptionHook(
         [](unsigned where, const std::exception_ptr&) noexcept { place = where; });
-    DispatchQueue queue("com.quarnel.test");
+    auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const std::weak_ptr<DispatchQueue> gone = queue;
     const auto held = std::make_shared<int>(0);
-    queue.async([held] { throw std::runtime_error("from a block"); });
-    queue.drain();
+    queue->async([held] { throw std::runtime_error("from a block"); });
+    queue->sync([] {});
     platform::replaceExceptionHook(previous);
     EXPECT_EQ(place, platform::kExceptionInDispatchQueue);
     EXPECT_EQ(held.use_count(), 1);
+    queue.reset();
+    EXPECT_TRUE(support::waitUntil([&] { return gone.expired(); }));
+}
+
+TEST(MainQueue, IsServedByARunLoopOrDrainedByHand) {
+    const auto& queue = DispatchQueue::main();
+    std::string order;
+    queue->async([&] {
+        order += 'a';
+        queue->async([&] { order += 'b'; });
+    });
+    platform::drainMainQueue();
+    EXPECT_EQ(order, "ab");
+
+    queue->async([&] { order += 'c'; }); // before there is a loop
+    platform::RunLoop loop;
+    const platform::MainQueueService service(loop);
+    std::thread other([&] {
+        queue->sync([&] {
+            order += 'd';
+            EXPECT_TRUE(queue->isCurrent());
+        });
+        loop.stop();
+    });
+    loop.run();
+    other.join();
+    EXPECT_EQ(order, "abcd");
+}
+
+// As a timer's queue that was pointed at the main queue: the main thread must not wait for itself.
+TEST(MainQueue, TheMainThreadMaySyncOnQueuesThatTargetIt) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const auto middle = DispatchQueue::makeSerial("com.quarnel.test.middle");
+    middle->setTarget(DispatchQueue::main());
+    queue->setTarget(middle);
+    std::string order;
+    queue->sync([&] { order += 'a'; });
+    queue->async([&] { order += 'b'; });
+    queue->sync([&] { order += 'c'; });
+    EXPECT_EQ(order, "abc");
+    platform::drainMainQueue();
+}
+
+TEST(DispatchTimer, SubmitsItsBlockOnceAtTheLastDeadlineThatWasSet) {
+    support::ManualClock clock;
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    std::atomic<int> fired = 0;
+    const auto now = [] { return platform::MonotonicClock::now(); };
+    {
+        platform::DispatchTimer timer(queue, [&] {
+            EXPECT_TRUE(queue->isCurrent());
+            ++fired;
+        });
+        timer.start(now() + 10s);
+        timer.start(now() + 20s); // later
+        clock.advance(19s);
+        timer.start(now() + 500ms); // sooner
+        platform::DispatchTimer witness(queue, [&] { fired += 100; });
+        witness.start(now() + 400ms);
+        clock.advance(400ms);
+        EXPECT_TRUE(support::waitUntil([&] { return fired == 100; })) << "not before its time";
+        clock.advance(100ms);
+        EXPECT_TRUE(support::waitUntil([&] { return fired == 101; }));
+
+        timer.start(now() + 1s);
+        timer.cancel();
+        witness.start(now() + 2s);
+        clock.advance(1h);
+        EXPECT_TRUE(support::waitUntil([&] { return fired == 201; })) << "cancelled";
+        timer.start(now() + 1s);
+    }
+    platform::DispatchTimer witness(queue, [&] { fired += 100; });
+    witness.start(now() + 2s);
+    clock.advance(1h);
+    EXPECT_TRUE(support::waitUntil([&] { return fired == 301; })) << "destroyed";
 }

@@ -2,26 +2,24 @@
 
 #include "platform/MonotonicClock.h"
 
-#include <atomic>
-
 namespace support {
 
 /// The program's clock while it lives: stands still until a test moves it. Starts well after zero,
 /// so that a time taken for "never" shows. One at a time; any thread may read or move it.
 ///
-/// Moving it does not wake a run loop; call the loop's turn(), which then serves what is due.
-class ManualClock : private platform::MonotonicClock::Source {
+/// Moving it wakes dispatch timers, but no run loop; call the loop's turn(), which then serves what
+/// is due.
+class ManualClock {
   public:
     ManualClock();
-    ~ManualClock() override;
+    ~ManualClock();
     ManualClock(const ManualClock&) = delete;
     ManualClock& operator=(const ManualClock&) = delete;
 
-    platform::MonotonicClock::time_point now() const noexcept override;
+    platform::MonotonicClock::time_point now() const noexcept;
     void advance(platform::MonotonicClock::duration step) noexcept;
 
   private:
-    std::atomic<platform::MonotonicClock::rep> ticks_;
     const platform::MonotonicClock::Source* previous_;
 };
 

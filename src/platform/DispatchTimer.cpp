@@ -1,0 +1,89 @@
+#include "platform/DispatchTimer.h"
+
+#include "platform/BackgroundLoop.h"
+#include "platform/DispatchQueue.h"
+#include "platform/RunLoop.h"
+#include "platform/Timer.h"
+
+#include <atomic>
+#include <mutex>
+#include <optional>
+
+namespace platform {
+
+namespace {
+
+// Whether there is anything that a moved clock could make due.
+std::atomic<bool> anyStarted{false};
+
+} // namespace
+
+/// A timer of the background loop is asked to wake us no later than the deadline. Pushing the
+/// deadline back only notes the new one: the early wake-up then waits on.
+struct DispatchTimer::State : std::enable_shared_from_this<State> {
+    State(std::shared_ptr<DispatchQueue> queueToUse, std::function<void()> blockToRun)
+        : queue(std::move(queueToUse))
+        , block(std::make_shared<const std::function<void()>>(std::move(blockToRun))) {}
+
+    void wakeAt(MonotonicClock::time_point time) {
+        wakeUp = time;
+        backgroundLoop().post([this, self = shared_from_this(), time] {
+            if (!timer)
+                timer.emplace(backgroundLoop(), [this] { woken(); });
+            timer->start(time - MonotonicClock::now());
+        });
+    }
+
+    void woken() {
+        const std::lock_guard lock(mutex);
+        wakeUp.reset();
+        if (!deadline)
+            return;
+        if (*deadline > MonotonicClock::now()) {
+            wakeUp = deadline;
+            timer->start(*deadline - MonotonicClock::now());
+            return;
+        }
+        deadline.reset();
+        queue->async([work = block] { (*work)(); });
+    }
+
+    const std::shared_ptr<DispatchQueue> queue;
+    const std::shared_ptr<const std::function<void()>> block;
+
+    std::mutex mutex;
+    // Guarded by mutex.
+    std::optional<MonotonicClock::time_point> deadline;
+    std::optional<MonotonicClock::time_point> wakeUp;
+
+    std::optional<Timer> timer; // the background loop's thread only
+};
+
+DispatchTimer::DispatchTimer(std::shared_ptr<DispatchQueue> queue, std::function<void()> block)
+    : state_(std::make_shared<State>(std::move(queue), std::move(block))) {}
+
+DispatchTimer::~DispatchTimer() {
+    cancel();
+    // The loop's thread lets go of its timer.
+    backgroundLoop().post([state = std::move(state_)] { state->timer.reset(); });
+}
+
+void DispatchTimer::start(MonotonicClock::time_point deadline) {
+    anyStarted = true;
+    const std::lock_guard lock(state_->mutex);
+    state_->deadline = deadline;
+    if (!state_->wakeUp || deadline < *state_->wakeUp)
+        state_->wakeAt(deadline);
+}
+
+void DispatchTimer::cancel() {
+    const std::lock_guard lock(state_->mutex);
+    state_->deadline.reset();
+}
+
+void DispatchTimer::clockMoved() {
+    if (anyStarted)
+        backgroundLoop().post([] {});
+}
+
+} // namespace platform
