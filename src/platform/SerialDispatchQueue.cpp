@@ -124,7 +124,7 @@ void SerialDispatchQueue::runHere(Lock& lock, const Block& block) {
 void SerialDispatchQueue::waitFor(Lock& lock, const Block& block) {
     bool done = false; // guarded by mutex_, like `thrown`
     std::exception_ptr thrown;
-    blocks_.push_back([&] {
+    blocks_.emplace_back([&] {
         std::exception_ptr caught;
         try {
             block();
