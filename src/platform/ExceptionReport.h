@@ -18,6 +18,7 @@ enum ExceptionPlace : unsigned {
     kExceptionInPostedCall = 3,
     kExceptionInDispatchQueue = 4,
     kExceptionInNotification = 5,
+    kExceptionInItemHandler = 6,
 };
 
 /// Installs `hook` (null: the system log again) and answers the previous one. Any thread.

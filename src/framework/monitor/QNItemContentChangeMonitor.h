@@ -1,0 +1,46 @@
+#pragma once
+
+#include "framework/monitor/QNItemContentChangeProxy.h"
+
+#include <memory>
+#include <string>
+
+/// Watches files and folders. Whoever wants to know adds an observer and keeps it as the token with
+/// which it is removed; the monitor keeps it too, so an observer that nobody removes watches until
+/// the process ends. Any thread.
+///
+/// An item that cannot be watched (no such file, not readable, no watches left in the system) is
+/// reported to its handler once, as QNItemNotMonitored, and not tried again.
+class QNItemContentChangeMonitor {
+  public:
+    using Handler = QNItemContentChangeProxy::Handler;
+    using Observer = std::shared_ptr<QNItemContentChangeProxy>;
+    using Queue = std::shared_ptr<platform::DispatchQueue>;
+
+    QNItemContentChangeMonitor() = delete;
+
+    /// `url` must be one of the scheme "file". Throws std::invalid_argument, like the two below for
+    /// what they are not made for.
+    static Observer addObserverForItem(const std::string& url, Queue queue, Handler handler);
+
+    /// `path` must begin with "/".
+    static Observer addObserverForPath(const std::string& path, Queue queue, Handler handler);
+
+    /// `descriptor` must be 0 or more, and is never closed; keep it open until the observer has
+    /// been removed.
+    static Observer addObserverForFileDescriptor(int descriptor, Queue queue, Handler handler);
+
+    /// What the three above do in common. No queue: the main queue.
+    static Observer addObserverForObject(WatchedItem item, Queue queue, Handler handler);
+
+    /// Ends and forgets an observer, without waiting: a call of its handler that is under way may
+    /// still come. Again does no harm.
+    static void removeObserver(const Observer& observer);
+
+    /// The same for all observers whose queue is this one. Nothing happens without a queue.
+    static void removeAllObserversUsingQueue(const Queue& queue);
+
+    /// Tells all observers of an equal item that it has changed, as if it had been written to and
+    /// without coalescing.
+    static void triggerChangeForItem(const WatchedItem& item);
+};

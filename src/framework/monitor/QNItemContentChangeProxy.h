@@ -1,0 +1,96 @@
+#pragma once
+
+#include "framework/monitor/RLBGTimer.h"
+#include "framework/monitor/WatchedItem.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace platform {
+class DispatchQueue;
+class FileWatch;
+} // namespace platform
+
+/// What happened to a watched item.
+enum QNItemContentChangeKind : unsigned {
+    QNItemContentChanged = 1, ///< written to; of a folder, an entry was added, removed or renamed
+    QNItemGone = 2,           ///< deleted, replaced, renamed, or its file system was unmounted
+    QNItemNotMonitored = 3,   ///< it cannot be watched; comes once and nothing else does
+};
+
+/// One observer of one item: the token that QNItemContentChangeMonitor hands out. It watches from
+/// monitor() to stop() or its end, and goes on after QNItemGone, of the same file wherever that
+/// has gone: stopping is the observer's decision.
+///
+/// The handler is called on the observer's queue. It may throw, which is reported
+/// (platform::ExceptionReport), and may stop and let go of its own observer. Any thread.
+class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemContentChangeProxy> {
+  public:
+    using Handler = std::function<void(const WatchedItem& item, QNItemContentChangeKind kind)>;
+
+    /// No queue: the main queue.
+    static std::shared_ptr<QNItemContentChangeProxy>
+    make(WatchedItem item, std::shared_ptr<platform::DispatchQueue> queue, Handler handler);
+    ~QNItemContentChangeProxy();
+    QNItemContentChangeProxy(const QNItemContentChangeProxy&) = delete;
+    QNItemContentChangeProxy& operator=(const QNItemContentChangeProxy&) = delete;
+
+    /// Begins to watch. To be called once.
+    void monitor();
+
+    /// Ends the watch. A handler that waits for its turn may still be called. When none can be any
+    /// more, `completion` is submitted to the global queue. False, and no completion, when nothing
+    /// is being watched.
+    bool stop(std::function<void()> completion);
+
+    /// Calls the handler on the observer's queue, with the item and `kind`.
+    void notify(QNItemContentChangeKind kind);
+
+    const WatchedItem& item() const noexcept { return item_; }
+    const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
+    const Handler& handler() const noexcept { return handler_; }
+
+    /// Seconds. Above zero, the first write starts that delay, and all writes until its end make
+    /// one call; otherwise, as in the beginning, each write is told at once.
+    double contentChangeCoalesceInterval() const noexcept { return contentChangeCoalesceInterval_; }
+    void setContentChangeCoalesceInterval(double seconds) noexcept {
+        contentChangeCoalesceInterval_ = seconds;
+    }
+
+    /// Identity.
+    bool isEqual(const QNItemContentChangeProxy* other) const noexcept { return other == this; }
+    std::size_t hash() const noexcept { return reinterpret_cast<std::size_t>(this); }
+
+    /// For messages: class, address, item.
+    std::string description() const;
+
+  private:
+    QNItemContentChangeProxy(WatchedItem item, std::shared_ptr<platform::DispatchQueue> queue,
+                             Handler handler);
+
+    std::unique_ptr<platform::FileWatch> makeSource();
+    void handleEvents(std::uint32_t events);
+    void requestCoalescedCall(double interval);
+    void makeCoalescedCall(std::uint64_t burst);
+    bool dropCoalescedCall();
+    bool isCurrent(std::uint64_t burst) const;
+    void callHandler(QNItemContentChangeKind kind) const noexcept;
+
+    RLBGTimer coalesceTimer_{nullptr};
+    const std::shared_ptr<platform::DispatchQueue> queue_;
+    const WatchedItem item_;
+    const Handler handler_;
+    std::atomic<double> contentChangeCoalesceInterval_{0};
+
+    mutable std::mutex mutex_;
+    // Guarded by mutex_.
+    std::unique_ptr<platform::FileWatch> source_;
+    std::optional<double> pendingInterval_; // a coalesced call is due within this
+    std::uint64_t burst_ = 0;               // tells a coalesced call that has been dropped
+};

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/DispatchQueue.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+/// What a request does while a run is pending. With any other value it does nothing.
+enum RLBGTimerBehavior : std::uint32_t {
+    RLBGTimerCoalesce = 0, ///< the earliest deadline wins
+    RLBGTimerDelay = 1,    ///< the latest request sets the deadline
+};
+
+/// Runs a block once, after a delay, on a serial queue of its own, and merges requests that come
+/// before it has run. A run stops being pending before its block begins, so that the block can
+/// request the next one.
+///
+/// Any thread; every operation takes its turn on the timer's queue, and so waits while a block of
+/// the timer runs, unless it is called from that block. From a block of the target queue it runs in
+/// place. Destroying the timer cancels.
+class RLBGTimer {
+  public:
+    /// Gets what obj() is when it runs. What it throws is reported (platform::ExceptionReport).
+    using Block = std::function<void(void* object)>;
+
+    static constexpr const char* defaultLabel = "com.rlwork.RLBGTimer";
+
+    /// Coalesces, with the default label. `object` is not owned.
+    explicit RLBGTimer(void* object);
+    RLBGTimer(void* object, std::uint32_t behavior, std::string queueLabel);
+    ~RLBGTimer();
+    RLBGTimer(const RLBGTimer&) = delete;
+    RLBGTimer& operator=(const RLBGTimer&) = delete;
+
+    /// Requests one run, `delay` seconds from now; what is not above zero means at once. Time spent
+    /// waiting for the turn counts. A request that sets the deadline brings its block, others lose
+    /// theirs.
+    void afterDelay(double delay, Block block);
+
+    /// Drops the pending run, if any.
+    void cancel();
+
+    /// Where blocks run from now on: on another serial queue or the main queue, in turn with that
+    /// one's blocks, or on the global queue, as in the beginning.
+    void setTargetQueue(std::shared_ptr<platform::DispatchQueue> queue);
+
+    /// Runs the block on the timer's queue and waits until it has run; an exception of it goes to
+    /// the caller. No run begins meanwhile.
+    void performWhileLocked(const std::function<void()>& block);
+
+    void* obj() const noexcept;
+    void setObj(void* object) noexcept;
+    const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
+
+  private:
+    struct State;
+    const std::shared_ptr<State> state_;
+};

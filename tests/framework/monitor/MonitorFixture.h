@@ -1,0 +1,108 @@
+#pragma once
+
+#include "framework/monitor/QNItemContentChangeMonitor.h"
+
+#include "platform/BackgroundLoop.h"
+#include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
+#include "platform/RunLoop.h"
+#include "support/PrivateFolder.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+/// Keeps the kinds that a handler is called with. Any thread; must outlive the observer.
+class Calls {
+  public:
+    QNItemContentChangeMonitor::Handler handler() {
+        return [this](const WatchedItem&, QNItemContentChangeKind kind) { record(kind); };
+    }
+
+    void record(QNItemContentChangeKind kind) {
+        const std::lock_guard lock(mutex_);
+        kinds_.push_back(kind);
+    }
+
+    std::vector<QNItemContentChangeKind> kinds() const {
+        const std::lock_guard lock(mutex_);
+        return kinds_;
+    }
+
+    std::size_t count(QNItemContentChangeKind kind) const {
+        const auto all = kinds();
+        return static_cast<std::size_t>(std::count(all.begin(), all.end(), kind));
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<QNItemContentChangeKind> kinds_; // guarded by mutex_
+};
+
+/// A folder to work in and a queue for handlers.
+class MonitorTest : public testing::Test {
+  protected:
+    ~MonitorTest() override { remove(sentinel_); }
+
+    std::string path(const std::string& name) const { return folder_.path() / name; }
+
+    std::string makeFile(const std::string& name) const {
+        std::ofstream(path(name)) << "begin";
+        return path(name);
+    }
+
+    /// Empty, whatever was there before.
+    std::string makeFolder(const std::string& name) const {
+        fs::remove_all(path(name));
+        fs::create_directory(path(name));
+        return path(name);
+    }
+
+    static void append(const std::string& file) { std::ofstream(file, std::ios::app) << "x"; }
+
+    /// Returns when all that has happened to files and to the clock until now has had its effect on
+    /// `queue`: events come in order, so a second file's are waited for.
+    void settle() {
+        for (int i = 0; i < 2; ++i) { // what is due by the clock is served after the events
+            const std::size_t before = sentinelCalls_.count(QNItemContentChanged);
+            append(sentinelFile_);
+            ASSERT_TRUE(support::waitUntil(
+                [&] { return sentinelCalls_.count(QNItemContentChanged) > before; }));
+            queue->sync([] {});
+        }
+    }
+
+    /// Removes an observer and waits until it can make no call any more.
+    static void remove(const QNItemContentChangeMonitor::Observer& observer) {
+        QNItemContentChangeMonitor::removeObserver(observer);
+        EXPECT_TRUE(support::waitUntil([&] {
+            platform::drainMainQueue();
+            return observer.use_count() == 1; // the monitor has forgotten it
+        }));
+        observer->queue()->sync([] {});
+    }
+
+    static std::ptrdiff_t openDescriptors() {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    }
+
+    const std::shared_ptr<platform::DispatchQueue> queue =
+        platform::DispatchQueue::makeSerial("com.quarnel.test");
+
+  private:
+    const support::PrivateFolder folder_;
+    const std::string sentinelFile_ = makeFile("sentinel");
+    Calls sentinelCalls_;
+    const QNItemContentChangeMonitor::Observer sentinel_ =
+        QNItemContentChangeMonitor::addObserverForPath(sentinelFile_, queue,
+                                                       sentinelCalls_.handler());
+};

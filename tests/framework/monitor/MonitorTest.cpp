@@ -1,0 +1,395 @@
+// The monitor is used like this:
+//
+//     const auto observer = QNItemContentChangeMonitor::addObserverForPath(
+//         "/etc/hosts", queue, [](const WatchedItem& item, QNItemContentChangeKind kind) {
+//             // on `queue`: read the file again, or find another if it has gone
+//         });
+//     observer->setContentChangeCoalesceInterval(1.0); // at most one call a second
+//     ...
+//     QNItemContentChangeMonitor::removeObserver(observer);
+
+#include "MonitorFixture.h"
+#include "framework/monitor/QNItemContentChangeMonitor.h"
+
+#include "platform/ExceptionReport.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using Monitor = QNItemContentChangeMonitor;
+using Kinds = std::vector<QNItemContentChangeKind>;
+using platform::FileDescriptor;
+
+namespace {
+
+constexpr auto changed = QNItemContentChanged;
+constexpr auto gone = QNItemGone;
+constexpr auto notMonitored = QNItemNotMonitored;
+
+FileDescriptor openedForReading(const std::string& path) {
+    return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+} // namespace
+
+TEST_F(MonitorTest, TellsEachWriteOnTheObserversQueueUntilItIsRemoved) {
+    const std::string file = makeFile("file");
+    std::atomic<int> calls = 0;
+    const auto observer =
+        Monitor::addObserverForPath(file, queue, [&](const WatchedItem& item, auto kind) {
+            EXPECT_TRUE(queue->isCurrent());
+            EXPECT_EQ(item, WatchedItem::path(file));
+            EXPECT_EQ(kind, changed);
+            ++calls;
+        });
+    for (int i = 1; i <= 3; ++i) {
+        append(file);
+        EXPECT_TRUE(support::waitUntil([&] { return calls == i; }));
+    }
+    Monitor::removeObserver(observer);
+    append(file);
+    settle();
+    EXPECT_EQ(calls, 3);
+}
+
+// "held": somebody has the file open, so that it is not destroyed when its last name goes.
+TEST_F(MonitorTest, TellsOnceWhenAFileLosesItsName) {
+    const struct {
+        const char* name;
+        bool held;
+        std::function<void(const std::string&)> act;
+    } cases[] = {
+        {"deleted", false, [](auto& file) { fs::remove(file); }},
+        {"deleted, held", true, [](auto& file) { fs::remove(file); }},
+        {"renamed", false, [](auto& file) { fs::rename(file, file + ".away"); }},
+        {"replaced", false, [&](auto& file) { fs::rename(makeFile("new"), file); }},
+        {"replaced, held", true, [&](auto& file) { fs::rename(makeFile("new"), file); }},
+        {"deleted, has another name", false,
+         [](auto& file) {
+             fs::create_hard_link(file, file + ".other");
+             fs::remove(file);
+         }},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const std::string file = makeFile("file");
+        const FileDescriptor holder = each.held ? openedForReading(file) : FileDescriptor();
+        Calls calls;
+        const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
+        each.act(file);
+        settle();
+        EXPECT_EQ(calls.kinds(), Kinds{gone});
+        remove(observer);
+    }
+}
+
+TEST_F(MonitorTest, AFoldersContentIsItsEntries) {
+    const struct {
+        const char* name;
+        std::function<void(const std::string&)> act;
+        QNItemContentChangeKind kind; // 0: none
+    } cases[] = {
+        {"file added", [](auto& folder) { append(folder + "/new"); }, changed},
+        {"folder added", [](auto& folder) { fs::create_directory(folder + "/new"); }, changed},
+        {"removed", [](auto& folder) { fs::remove(folder + "/entry"); }, changed},
+        {"renamed", [](auto& f) { fs::rename(f + "/entry", f + "/other"); }, changed},
+        {"moved out", [](auto& f) { fs::rename(f + "/entry", f + ".moved"); }, changed},
+        {"entry written to", [](auto& f) { append(f + "/entry"); }, QNItemContentChangeKind{}},
+        {"mode changed", [](auto& f) { ::chmod(f.c_str(), 0750); }, QNItemContentChangeKind{}},
+        {"folder renamed", [](auto& folder) { fs::rename(folder, folder + ".away"); }, gone},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const std::string folder = makeFolder("folder");
+        append(folder + "/entry");
+        Calls calls;
+        const auto observer = Monitor::addObserverForPath(folder, queue, calls.handler());
+        each.act(folder);
+        settle();
+        if (each.kind == QNItemContentChangeKind{})
+            EXPECT_EQ(calls.kinds(), Kinds{});
+        else // a renaming inside may be told as one change or as two
+            EXPECT_TRUE(!calls.kinds().empty() && calls.count(each.kind) == calls.kinds().size());
+        remove(observer);
+    }
+}
+
+TEST_F(MonitorTest, ARemovedFolderIsGoneAlthoughSomebodyWorksInIt) {
+    for (const bool held : {false, true}) {
+        SCOPED_TRACE(held);
+        const std::string folder = makeFolder("folder");
+        FileDescriptor holder = held ? openedForReading(folder) : FileDescriptor();
+        Calls calls;
+        Calls descriptorCalls;
+        const auto observer = Monitor::addObserverForPath(folder, queue, calls.handler());
+        std::shared_ptr<QNItemContentChangeProxy> other;
+        if (held) {
+            other = Monitor::addObserverForFileDescriptor(holder.get(), queue,
+                                                          descriptorCalls.handler());
+        }
+        fs::remove(makeFolder("sibling")); // concerns nobody
+        fs::remove(folder);
+        settle();
+        EXPECT_EQ(calls.kinds(), Kinds{gone});
+        EXPECT_EQ(descriptorCalls.kinds(), held ? Kinds{gone} : Kinds{});
+        holder.reset(); // now it is destroyed, which has been told
+        settle();
+        EXPECT_EQ(calls.kinds(), Kinds{gone});
+        remove(observer);
+        if (other)
+            remove(other);
+    }
+}
+
+TEST_F(MonitorTest, ADescriptorsFileIsGoneWithItsLastNameAndTheDescriptorStaysOpen) {
+    const std::string file = makeFile("file");
+    const FileDescriptor opened = openedForReading(file);
+    Calls calls;
+    const auto observer =
+        Monitor::addObserverForFileDescriptor(opened.get(), queue, calls.handler());
+    append(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{changed});
+    fs::create_hard_link(file, file + ".other");
+    fs::remove(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{changed}); // it has a name still
+    fs::remove(file + ".other");
+    settle();
+    EXPECT_EQ(calls.kinds(), (Kinds{changed, gone}));
+    remove(observer);
+    EXPECT_NE(::fcntl(opened.get(), F_GETFD), -1);
+}
+
+TEST_F(MonitorTest, ObserversOfPathsKeepNoDescriptors) {
+    const std::string file = makeFile("file");
+    const std::string folder = makeFolder("folder");
+    const auto before = openDescriptors();
+    const auto first = Monitor::addObserverForPath(file, queue, [](auto&, auto) {});
+    const auto second = Monitor::addObserverForPath(folder, queue, [](auto&, auto) {});
+    EXPECT_EQ(openDescriptors(), before);
+    remove(first);
+    remove(second);
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(MonitorTest, RemovingOneOfTwoObserversOfAFileDoesNotSilenceTheOther) {
+    const std::string file = makeFile("file");
+    fs::create_hard_link(file, file + ".other");
+    Calls left;
+    Calls removed;
+    const auto first = Monitor::addObserverForPath(file, queue, removed.handler());
+    const auto second = Monitor::addObserverForPath(file + ".other", queue, left.handler());
+    remove(first);
+    append(file);
+    settle();
+    EXPECT_EQ(left.kinds(), Kinds{changed});
+    EXPECT_EQ(removed.kinds(), Kinds{});
+    remove(second);
+}
+
+TEST_F(MonitorTest, RefusesArgumentsThatNameNoItem) {
+    const auto add = [&](const std::function<void()>& call) {
+        try {
+            call();
+            ADD_FAILURE() << "taken";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), "");
+        }
+    };
+    for (const char* const path : {"", "relative/path"})
+        add([&] { Monitor::addObserverForPath(path, queue, {}); });
+    for (const char* const url : {"", "/no/url", "http://localhost/file"})
+        add([&] { Monitor::addObserverForItem(url, queue, {}); });
+    add([&] { Monitor::addObserverForFileDescriptor(-1, queue, {}); });
+}
+
+TEST_F(MonitorTest, TellsOnceThatAnItemCannotBeMonitoredAndForgetsTheObserverWhenAsked) {
+    const WatchedItem items[] = {
+        {},
+        WatchedItem::path(path("missing")),
+        WatchedItem::path(path("missing").append(1, '\0')),
+        WatchedItem::url("http://localhost/"),
+        WatchedItem::url("file://" + path("100%")),
+        WatchedItem::descriptor(openedForReading(makeFile("closed")).get()),
+    };
+    for (const WatchedItem& item : items) {
+        SCOPED_TRACE(item.description());
+        Calls calls;
+        const auto observer = Monitor::addObserverForObject(item, queue, calls.handler());
+        settle();
+        EXPECT_EQ(calls.kinds(), Kinds{notMonitored});
+        remove(observer);
+    }
+}
+
+TEST_F(MonitorTest, WatchesTheFileThatAUrlStandsFor) {
+    const std::string file = makeFile("with space");
+    Calls calls;
+    const auto observer =
+        Monitor::addObserverForItem("file://" + path("with%20space"), queue, calls.handler());
+    append(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{changed});
+    EXPECT_TRUE(observer->description().starts_with("QNItemContentChangeProxy<0x"));
+    EXPECT_TRUE(observer->description().ends_with(">: file://" + path("with%20space")));
+    remove(observer);
+}
+
+TEST_F(MonitorTest, ATriggeredChangeGoesToAllObserversOfAnEqualItemEachOnItsQueue) {
+    const std::string file = makeFile("file");
+    const auto otherQueue = platform::DispatchQueue::makeSerial("com.quarnel.test.other");
+    std::atomic<int> own = 0;
+    std::atomic<int> others = 0;
+    Calls unequal;
+    const Monitor::Observer observers[] = {
+        Monitor::addObserverForPath(file, queue, [&](auto&, auto) { own += queue->isCurrent(); }),
+        Monitor::addObserverForPath(file, otherQueue,
+                                    [&](auto&, auto) { others += otherQueue->isCurrent(); }),
+        Monitor::addObserverForItem("file://" + file, queue, unequal.handler()),
+    };
+    Monitor::triggerChangeForItem(WatchedItem::path(file));
+    EXPECT_TRUE(support::waitUntil([&] { return own == 1 && others == 1; }));
+    EXPECT_EQ(unequal.kinds(), Kinds{});
+    for (const auto& observer : observers)
+        remove(observer);
+}
+
+TEST_F(MonitorTest, RemovesAllObserversOfOneQueue) {
+    const std::string file = makeFile("file");
+    const auto otherQueue = platform::DispatchQueue::makeSerial("com.quarnel.test.other");
+    Calls ours;
+    Calls others;
+    std::weak_ptr<QNItemContentChangeProxy> removed =
+        Monitor::addObserverForPath(file, otherQueue, others.handler());
+    const auto left = Monitor::addObserverForPath(file, queue, ours.handler());
+    Monitor::removeAllObserversUsingQueue(nullptr);
+    Monitor::removeAllObserversUsingQueue(otherQueue);
+    EXPECT_TRUE(support::waitUntil([&] { return removed.expired(); }));
+    append(file);
+    settle();
+    EXPECT_EQ(ours.kinds(), Kinds{changed});
+    EXPECT_EQ(others.kinds(), Kinds{});
+    remove(left);
+}
+
+TEST_F(MonitorTest, AHandlerMayThrowAndRemoveItsOwnObserverTwice) {
+    static std::atomic<unsigned> place;
+    const auto previous = platform::replaceExceptionHook(
+        [](unsigned where, const std::exception_ptr&) noexcept { place = where; });
+    const std::string file = makeFile("file");
+    Calls calls;
+    Monitor::Observer observer;
+    queue->sync([&] { // no call before the observer is known
+        observer = Monitor::addObserverForPath(file, queue, [&](auto&, auto kind) {
+            calls.record(kind);
+            if (calls.kinds().size() == 1)
+                throw std::runtime_error("from a handler");
+            Monitor::removeObserver(observer);
+            Monitor::removeObserver(std::exchange(observer, nullptr));
+        });
+    });
+    const std::weak_ptr<QNItemContentChangeProxy> watcher = observer;
+    append(file);
+    settle();
+    EXPECT_EQ(place, platform::kExceptionInItemHandler);
+    append(file);
+    EXPECT_TRUE(support::waitUntil([&] { return watcher.expired(); }));
+    append(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), (Kinds{changed, changed}));
+    platform::replaceExceptionHook(previous);
+}
+
+TEST_F(MonitorTest, AnObserverWithoutAQueueIsCalledOnTheMainQueue) {
+    const std::string file = makeFile("file");
+    Calls calls;
+    const auto observer = Monitor::addObserverForPath(file, nullptr, calls.handler());
+    append(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{});
+    platform::drainMainQueue();
+    EXPECT_EQ(calls.kinds(), Kinds{changed});
+    const std::weak_ptr<QNItemContentChangeProxy> watcher = observer;
+    Monitor::removeObserver(observer);
+    EXPECT_FALSE(watcher.expired()); // it goes in its turn
+    platform::drainMainQueue();
+}
+
+TEST_F(MonitorTest, CoalescingMakesOneCallOfABurstAtTheDeadlineOfItsFirstWrite) {
+    support::ManualClock clock;
+    const std::string file = makeFile("file");
+    Calls calls;
+    const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
+    observer->setContentChangeCoalesceInterval(1);
+    for (int burst = 1; burst <= 2; ++burst) {
+        for (int i = 0; i < 10; ++i) {
+            append(file);
+            settle();
+            clock.advance(99ms);
+        }
+        settle();
+        EXPECT_EQ(calls.kinds().size(), burst - 1U);
+        clock.advance(10ms);
+        EXPECT_TRUE(support::waitUntil([&] { return calls.count(changed) == std::size_t(burst); }));
+        clock.advance(10s);
+        settle();
+        EXPECT_EQ(calls.kinds().size(), std::size_t(burst));
+    }
+    remove(observer);
+}
+
+TEST_F(MonitorTest, DeletionIsToldAtOnceWhileACoalescedCallIsPending) {
+    support::ManualClock clock;
+    const std::string file = makeFile("file");
+    Calls calls;
+    const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
+    observer->setContentChangeCoalesceInterval(1);
+    append(file);
+    settle();
+    fs::remove(file);
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{gone});
+    clock.advance(1s);
+    EXPECT_TRUE(support::waitUntil([&] { return calls.kinds() == Kinds{gone, changed}; }));
+    remove(observer);
+}
+
+TEST_F(MonitorTest, AnotherIntervalHoldsFromTheNextWrite) {
+    support::ManualClock clock;
+    const std::string file = makeFile("file");
+    std::atomic<int> calls = 0;
+    const auto observer = Monitor::addObserverForPath(file, queue, [&](auto&, auto) {
+        EXPECT_TRUE(queue->isCurrent());
+        ++calls;
+    });
+    const auto writeWithInterval = [&](double seconds) {
+        observer->setContentChangeCoalesceInterval(seconds);
+        append(file);
+        settle();
+    };
+    writeWithInterval(10);
+    writeWithInterval(1); // brings the deadline forward
+    clock.advance(1s);
+    EXPECT_TRUE(support::waitUntil([&] { return calls == 1; }));
+    writeWithInterval(5);
+    writeWithInterval(0); // makes the pending call at once
+    EXPECT_EQ(calls, 2);
+    clock.advance(20s);
+    settle();
+    EXPECT_EQ(calls, 2);
+    writeWithInterval(1);
+    clock.advance(1s);
+    EXPECT_TRUE(support::waitUntil([&] { return calls == 3; }));
+    writeWithInterval(1);
+    remove(observer); // and drops what is pending
+    clock.advance(1s);
+    settle();
+    EXPECT_EQ(calls, 3);
+}

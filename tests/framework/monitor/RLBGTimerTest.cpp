@@ -1,0 +1,232 @@
+// The timer is used like this:
+//
+//     RLBGTimer timer(nullptr);
+//     timer.setTargetQueue(queue);
+//     timer.afterDelay(1.0, [](void*) { /* on `queue`, a second later */ });
+//     timer.afterDelay(1.0, ...); // merged: nothing more happens
+
+#include "framework/monitor/RLBGTimer.h"
+
+#include "platform/BackgroundLoop.h"
+#include "platform/DispatchTimer.h"
+#include "platform/RunLoop.h"
+#include "support/ManualClock.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <limits>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Returns when the background loop has served all timers that are due.
+void serveDueTimers() {
+    for (int i = 0; i < 2; ++i) {
+        std::latch served(1);
+        platform::backgroundLoop().post([&served] { served.count_down(); });
+        served.wait();
+    }
+}
+
+class RLBGTimerTest : public testing::Test {
+  protected:
+    /// Moves the clock; due runs are done afterwards.
+    void advance(std::chrono::milliseconds step, RLBGTimer& timer) {
+        serveDueTimers(); // so that the loop knows what has been started
+        clock.advance(step);
+        serveDueTimers();
+        timer.performWhileLocked([] {});
+    }
+
+    RLBGTimer::Block run() {
+        return [this](void*) { ++runs; };
+    }
+
+    support::ManualClock clock;
+    std::atomic<int> runs = 0;
+};
+
+} // namespace
+
+TEST_F(RLBGTimerTest, CoalescingKeepsTheEarliestDeadlineAndItsBlock) {
+    for (const double first : {1.0, 5.0}) {
+        RLBGTimer timer(nullptr);
+        std::atomic<double> ran = 0;
+        for (const double delay : {first, 6.0 - first})
+            timer.afterDelay(delay, [&ran, delay](void*) { ran = ran + delay; });
+        advance(999ms, timer);
+        EXPECT_EQ(ran, 0);
+        advance(1ms, timer);
+        EXPECT_EQ(ran, 1);
+        advance(10s, timer);
+        EXPECT_EQ(ran, 1);
+    }
+}
+
+TEST_F(RLBGTimerTest, DelayingPushesTheDeadlineOutUntilRequestsStop) {
+    RLBGTimer timer(nullptr, RLBGTimerDelay, "com.quarnel.test");
+    EXPECT_EQ(timer.queue()->label(), "com.quarnel.test");
+    for (int i = 0; i < 6; ++i) {
+        timer.afterDelay(1, run());
+        advance(500ms, timer);
+    }
+    EXPECT_EQ(runs, 0);
+    advance(500ms, timer);
+    EXPECT_EQ(runs, 1);
+    advance(10s, timer);
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(RLBGTimerTest, AnUnknownBehaviourIgnoresAllRequestsButTheFirst) {
+    RLBGTimer timer(nullptr, 7, RLBGTimer::defaultLabel);
+    timer.afterDelay(2, run());
+    timer.afterDelay(1, run());
+    advance(1s, timer);
+    EXPECT_EQ(runs, 0);
+    advance(1s, timer);
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(RLBGTimerTest, ABlockGetsTheObjectAndMayRequestTheNextRun) {
+    int object = 0;
+    RLBGTimer timer(nullptr);
+    EXPECT_EQ(timer.queue()->label(), "com.rlwork.RLBGTimer");
+    RLBGTimer::Block block = [&](void* given) {
+        EXPECT_EQ(given, &object);
+        EXPECT_TRUE(timer.queue()->isCurrent());
+        if (++runs < 3)
+            timer.afterDelay(1, block);
+    };
+    timer.afterDelay(1, block);
+    timer.setObj(&object);
+    for (int expected = 1; expected <= 3; ++expected) {
+        advance(1s, timer);
+        EXPECT_EQ(runs, expected);
+    }
+    timer.afterDelay(1, block);
+    advance(1s, timer);
+    EXPECT_EQ(runs, 4);
+}
+
+TEST_F(RLBGTimerTest, OddDelaysAreAtOnceOrNever) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinite = std::numeric_limits<double>::infinity();
+    for (const double atOnce : {0.0, -1.0, nan, -infinite}) {
+        RLBGTimer timer(nullptr);
+        const int before = runs;
+        timer.afterDelay(atOnce, run());
+        EXPECT_TRUE(support::waitUntil([&] { return runs == before + 1; })) << atOnce;
+    }
+    runs = 0;
+    RLBGTimer timer(nullptr);
+    timer.afterDelay(infinite, run());
+    advance(1h, timer);
+    EXPECT_EQ(runs, 0);
+    timer.afterDelay(1, run()); // is earlier
+    advance(1s, timer);
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(RLBGTimerTest, DropsARunThatWaitsForItsTurn) {
+    RLBGTimer timer(nullptr, RLBGTimerDelay, "com.quarnel.test");
+    const auto makeItDue = [&] {
+        timer.afterDelay(1, run());
+        serveDueTimers();
+        clock.advance(1s);
+        serveDueTimers(); // submitted by now, behind us
+    };
+    timer.performWhileLocked([&] {
+        makeItDue();
+        timer.cancel();
+    });
+    timer.performWhileLocked([&] {
+        makeItDue();
+        timer.afterDelay(1, run()); // pushes it out
+    });
+    timer.performWhileLocked([] {});
+    EXPECT_EQ(runs, 0);
+    advance(1s, timer);
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(RLBGTimerTest, ATimerThatIsDestroyedDoesNotRunAndMayBeDestroyedByItsBlock) {
+    auto timer = std::make_unique<RLBGTimer>(nullptr);
+    timer->afterDelay(1, run());
+    timer.reset();
+    timer = std::make_unique<RLBGTimer>(nullptr);
+    const auto queue = timer->queue();
+    timer->afterDelay(1, [&](void*) { timer.reset(); });
+    serveDueTimers();
+    clock.advance(1s);
+    serveDueTimers();
+    queue->sync([] {});
+    EXPECT_EQ(timer, nullptr);
+    EXPECT_EQ(runs, 0);
+}
+
+TEST_F(RLBGTimerTest, RunsInTurnWithTheTargetQueueAndCanBeUsedFromIt) {
+    const auto target = platform::DispatchQueue::makeSerial("com.quarnel.test.target");
+    RLBGTimer timer(nullptr);
+    timer.setTargetQueue(target);
+    target->sync([&] {
+        timer.afterDelay(1, [&](void*) {
+            EXPECT_TRUE(target->isCurrent());
+            ++runs;
+        });
+        serveDueTimers();
+        clock.advance(1s);
+        serveDueTimers();
+        EXPECT_EQ(runs, 0); // it waits for us
+    });
+    EXPECT_TRUE(support::waitUntil([&] { return runs == 1; }));
+    target->sync([&] {
+        timer.afterDelay(1, run());
+        timer.setTargetQueue(platform::DispatchQueue::global());
+        timer.cancel();
+    });
+    advance(1s, timer);
+    EXPECT_EQ(runs, 1);
+}
+
+namespace {
+
+/// The clock below it; tells when a chosen thread has read it.
+class WatchedClock : public platform::MonotonicClock::Source {
+  public:
+    platform::MonotonicClock::time_point now() const noexcept override {
+        const auto time = below->now();
+        if (std::this_thread::get_id() == watched.load())
+            read = true;
+        return time;
+    }
+
+    const Source* below = nullptr;
+    std::atomic<std::thread::id> watched;
+    mutable std::atomic<bool> read = false;
+};
+
+} // namespace
+
+TEST_F(RLBGTimerTest, TimeSpentWaitingForTheTurnCounts) {
+    static WatchedClock watchedClock; // other threads may be reading it when it is put back
+    watchedClock.below = platform::MonotonicClock::replaceSource(nullptr);
+    platform::MonotonicClock::replaceSource(&watchedClock);
+    RLBGTimer timer(nullptr);
+    std::thread requester;
+    timer.performWhileLocked([&] {
+        requester = std::thread([&] {
+            watchedClock.watched = std::this_thread::get_id();
+            timer.afterDelay(1, run());
+        });
+        EXPECT_TRUE(support::waitUntil([&] { return watchedClock.read.load(); }));
+        clock.advance(2s);
+    });
+    requester.join();
+    EXPECT_TRUE(support::waitUntil([&] { return runs == 1; })); // without the clock moving
+    platform::MonotonicClock::replaceSource(watchedClock.below);
+}
