@@ -50,9 +50,10 @@ class Calls {
 
 /// A folder to work in and a queue for handlers.
 class MonitorTest : public testing::Test {
-  protected:
+  public:
     ~MonitorTest() override { remove(sentinel_); }
 
+  protected:
     std::string path(const std::string& name) const { return folder_.path() / name; }
 
     std::string makeFile(const std::string& name) const {

@@ -214,6 +214,8 @@ class WatchedClock : public platform::MonotonicClock::Source {
 
 TEST_F(RLBGTimerTest, TimeSpentWaitingForTheTurnCounts) {
     static WatchedClock watchedClock; // other threads may be reading it when it is put back
+    watchedClock.watched = std::thread::id();
+    watchedClock.read = false;
     watchedClock.below = platform::MonotonicClock::replaceSource(nullptr);
     platform::MonotonicClock::replaceSource(&watchedClock);
     RLBGTimer timer(nullptr);
