@@ -1,0 +1,53 @@
+#include "framework/async/Roster.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+namespace QN::async {
+
+worker* Roster::claim() {
+    if (free_.load() <= 0)
+        return nullptr;
+    const std::lock_guard lock(flag_);
+    return claimUnderFlag();
+}
+
+worker* Roster::claimUnderFlag() noexcept {
+    const auto found =
+        std::find_if(workers_.begin(), workers_.end(), [](worker& each) { return each.claim(); });
+    if (found == workers_.end())
+        return nullptr;
+    free_.fetch_sub(1);
+    return &*found;
+}
+
+void Roster::release(worker& claimed) noexcept {
+    claimed.release();
+    free_.fetch_add(1);
+}
+
+worker& Roster::create(Round round) {
+    std::list<worker> fresh;
+    worker& made = fresh.emplace_back("QN::async::worker", std::move(round));
+    made.start();
+    const std::lock_guard lock(flag_);
+    workers_.splice(workers_.end(), fresh);
+    size_.fetch_add(1);
+    return made;
+}
+
+bool Roster::retire() {
+    std::list<worker> retired; // destroyed, which joins the thread, when the flag is free again
+    const std::lock_guard lock(flag_);
+    const worker* const free = claimUnderFlag();
+    if (!free)
+        return false;
+    const auto place = std::find_if(workers_.begin(), workers_.end(),
+                                    [free](const worker& each) { return &each == free; });
+    retired.splice(retired.end(), workers_, place);
+    size_.fetch_sub(1);
+    return true;
+}
+
+} // namespace QN::async

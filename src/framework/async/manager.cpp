@@ -1,0 +1,334 @@
+#include "framework/async/manager.h"
+
+#include "framework/async/ExceptionLine.h"
+#include "framework/async/ThreadLimit.h"
+
+#include "platform/DispatchQueue.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <pthread.h>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace QN::async {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::uint32_t mostFailures = 5;
+constexpr std::chrono::nanoseconds failurePause = 100ms;
+
+/// How long the workers of a concurrent queue are given to show that they get on with its tasks.
+constexpr std::chrono::nanoseconds patience = 100us;
+
+std::atomic<bool> orphaned{false};
+
+class ThreadLimitError : public std::system_error {
+  public:
+    ThreadLimitError() : std::system_error(EAGAIN, std::generic_category()) {}
+    const char* what() const noexcept override { return "QN::async has hit its thread limit"; }
+};
+
+void run(TaskEntry& task) {
+    std::exception_ptr error;
+    try {
+        task.callable();
+    } catch (...) {
+        printCurrentException(__LINE__);
+        error = std::current_exception();
+    }
+    task.callable = nullptr; // what the task holds goes before anybody learns that it has run
+    if (const auto promise = std::move(task.promise)) {
+        if (error)
+            promise->set_exception(error);
+        else
+            promise->set_value();
+    }
+}
+
+} // namespace
+
+struct manager::Pass {
+    std::size_t handedOut = 0;
+    bool tasksLeft = false; ///< in queues that were given a worker in this round
+    bool isCutShort = false;
+    bool hasFinishedQueues = false;
+};
+
+manager& manager::shared() {
+    static manager& one = [&]() -> manager& {
+        auto made = std::make_unique<manager>();
+        made->start();
+        ::pthread_atfork(nullptr, nullptr, [] { orphaned = true; });
+        return *made.release();
+    }();
+    return one;
+}
+
+bool manager::isOrphaned() noexcept {
+    return orphaned.load(std::memory_order_relaxed);
+}
+
+manager::manager() : thread_("QN::async::manager", [this](worker&) { return round(); }) {}
+
+void manager::start() {
+    thread_.start();
+}
+
+void manager::enroll(std::shared_ptr<qshuttle> queue) {
+    perform(managed_task_helper([this, queue = std::move(queue)] { add(queue); }));
+}
+
+void manager::add(std::shared_ptr<qshuttle> queue) {
+    queues_.push_back(std::move(queue));
+    ++statistics_.additions;
+    // What was asked for the queue until now may have been left to a pass before it was known.
+    dispatch();
+}
+
+void manager::dispatch() noexcept {
+    ++statistics_.dispatchRequests;
+    // A pass that has been requested clears the mark before it looks at anything, so it will see
+    // whatever the caller has done before it found the mark.
+    if (passRequested_.load() || passRequested_.exchange(true))
+        return;
+    try {
+        perform(managed_task_helper([this] { schedule_pass(); }));
+    } catch (...) {
+        passRequested_ = false;
+        printCurrentException(__LINE__);
+    }
+}
+
+void manager::perform(managed_task_helper task) {
+    {
+        const std::lock_guard lock(flag_);
+        tasks_.push_back(std::move(task));
+    }
+    if (thread_.isStarted())
+        thread_.wake();
+    else
+        platform::DispatchQueue::main()->async([this] { runOnMainQueue(); });
+}
+
+void manager::runOnMainQueue() {
+    const std::lock_guard lock(turn_);
+    if (thread_.isStarted())
+        return; // it was woken when it was started
+    const worker::Disguise disguise(thread_);
+    runTasks();
+}
+
+worker::Bound manager::round() {
+    const std::lock_guard lock(turn_);
+    if (std::exchange(looksAgain_, false))
+        dispatch();
+    runTasks();
+    return looksAgain_ ? worker::Bound(patience) : std::nullopt;
+}
+
+void manager::runTasks() {
+    for (;;) {
+        std::unique_lock lock(flag_);
+        if (tasks_.empty())
+            return;
+        managed_task_helper task = std::move(tasks_.front());
+        tasks_.pop_front();
+        lock.unlock();
+        try {
+            task.run();
+        } catch (...) {
+            printCurrentException(__LINE__);
+        }
+    }
+}
+
+void manager::schedule_pass() {
+    passRequested_.exchange(false);
+    ++statistics_.passes;
+    lacksWorkers_ = false;
+    starves_ = false;
+    Pass pass;
+    try {
+        do {
+            pass.tasksLeft = false;
+            handOut(pass);
+        } while (pass.tasksLeft && !pass.isCutShort);
+    } catch (const std::exception& error) {
+        creationFailed(error.what());
+        return;
+    }
+    if (pass.hasFinishedQueues)
+        removeFinishedQueues();
+    if (pass.isCutShort)
+        dispatch();
+    else if (pass.handedOut == 0)
+        retireSurplus();
+}
+
+/// One round over all queues, in the order of registration from where the last pass came to its
+/// end, so that queues far down the list get their turn when workers are few.
+void manager::handOut(Pass& pass) {
+    const auto first = std::find_if(queues_.begin(), queues_.end(),
+                                    [this](const auto& queue) { return queue.get() == next_; });
+    next_ = nullptr;
+    const std::size_t count = queues_.size();
+    const std::size_t start = first == queues_.end() ? 0 : std::size_t(first - queues_.begin());
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto& queue = queues_[(start + i) % count];
+        if (pass.handedOut >= baseSize()) {
+            pass.isCutShort = true;
+            if (!next_)
+                next_ = queue.get();
+            return;
+        }
+        serve(queue, pass);
+    }
+}
+
+void manager::serve(const std::shared_ptr<qshuttle>& queue, Pass& pass) {
+    const qshuttle::Look look = queue->look();
+    pass.hasFinishedQueues |= look.isOver;
+    if (!look.isRunnable)
+        return;
+    worker* const found = findWorker(*queue, look);
+    if (!found)
+        return;
+    bool left = false;
+    if (!handOver(queue, *found, left)) {
+        roster_.release(*found); // its task has taken a shorter road meanwhile
+        return;
+    }
+    ++pass.handedOut;
+    pass.tasksLeft |= left;
+}
+
+worker* manager::findWorker(qshuttle& queue, const qshuttle::Look& look) {
+    if (worker* const free = roster_.claim())
+        return free;
+    if (queue.is_background() && roster_.size() >= baseSize())
+        return leaveWaiting(queue, look.isShared);
+    // Workers that get on with the queue will come to this task: making more of them would only
+    // have them get in each other's way. Whether they do is looked at again soon.
+    if (look.isShared && look.isMoving) {
+        failures_ = 0;
+        looksAgain_ = true;
+        return leaveWaiting(queue, look.isShared);
+    }
+    return &createWorker();
+}
+
+/// Sees to it that the next worker that gets free asks for a pass, and answers one that has got
+/// free before it could know that.
+worker* manager::leaveWaiting(qshuttle& queue, bool isShared) {
+    lacksWorkers_ = true;
+    queue.leaveToWorkers();
+    if (!isShared) {
+        starves_ = true;
+        if (!next_)
+            next_ = &queue;
+    }
+    return roster_.claim();
+}
+
+worker& manager::createWorker() {
+    try {
+        if (thread_limit() < std::uint64_t{roster_.size()} + 1) {
+            ++failures_;
+            throw ThreadLimitError();
+        }
+        failures_ = 0;
+        worker& made = roster_.create([this](worker& self) {
+            work(self);
+            return worker::Bound();
+        });
+        lacksThread_ = false;
+        return made;
+    } catch (...) {
+        ++statistics_.creationFailures;
+        // What fails again at once would only fill the output with the same line.
+        if (failures_ > 0 || !std::exchange(lacksThread_, true))
+            printCurrentException(__LINE__);
+        throw;
+    }
+}
+
+void manager::creationFailed(const char* text) {
+    if (failures_ >= mostFailures) {
+        std::fprintf(stderr, "%s\n", text);
+        std::abort();
+    }
+    if (failures_ > 0)
+        std::this_thread::sleep_for(failurePause);
+    else
+        std::this_thread::yield();
+    dispatch();
+}
+
+void manager::removeFinishedQueues() {
+    std::erase_if(queues_, [this](const auto& queue) {
+        const bool isOver = queue->look().isOver;
+        if (isOver && queue.get() == next_)
+            next_ = nullptr;
+        return isOver;
+    });
+}
+
+void manager::retireSurplus() {
+    if (roster_.size() > baseSize() && running_ == 0 && roster_.retire())
+        ++statistics_.retiredWorkers;
+}
+
+void manager::offer(const std::shared_ptr<qshuttle>& queue) {
+    worker* const free = starves_ ? nullptr : roster_.claim();
+    bool left = false;
+    if (free && handOver(queue, *free, left))
+        return;
+    if (free)
+        roster_.release(*free);
+    dispatch();
+}
+
+bool manager::handOver(const std::shared_ptr<qshuttle>& queue, worker& to, bool& left) {
+    TaskEntry task;
+    if (!queue->take(task, left))
+        return false;
+    running_.fetch_add(1);
+    to.give(queue, std::move(task));
+    return true;
+}
+
+void manager::work(worker& self) {
+    TaskEntry task;
+    while (auto queue = self.take(task)) {
+        runTasksOf(queue, task);
+        complete(self, std::move(queue));
+    }
+}
+
+void manager::runTasksOf(const std::shared_ptr<qshuttle>& queue, TaskEntry& task) {
+    std::uint64_t completed = 0;
+    do {
+        run(task);
+        ++completed;
+    } while (queue->takeNext(task, !starves_));
+    statistics_.completions += completed;
+}
+
+void manager::complete(worker& self, std::shared_ptr<qshuttle> queue) {
+    self.forgetQueue();
+    running_.fetch_sub(1);
+    const bool isSerial = queue->isSerial();
+    const bool wasLast = queue->finish() == 1;
+    queue.reset();
+    roster_.release(self);
+    if (wasLast || isSerial || lacksWorkers_)
+        dispatch();
+}
+
+} // namespace QN::async

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "framework/async/Roster.h"
+#include "framework/async/SpinFlag.h"
+#include "framework/async/Statistics.h"
+#include "framework/async/managed_task_helper.h"
+#include "framework/async/qshuttle.h"
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace QN::async {
+
+/// Brings tasks and workers together. Its own thread does so in scheduling passes, one at a time
+/// for any number of requests; it alone makes and retires workers.
+///
+/// Most tasks take a shorter road, which looks the same from outside: a new task goes straight to a
+/// worker that is free, and a worker that has run a task goes on with the next one of the same
+/// queue. A pass would have chosen the same task, since it can only take a queue's oldest one, and
+/// for a worker that has nothing else to do. As soon as a pass finds a queue that gets no worker at
+/// all, both roads are closed until each queue has had its turn.
+class manager {
+  public:
+    /// The one of this process, made and started on first use and never destroyed. Throws
+    /// std::system_error when its thread cannot be started.
+    static manager& shared();
+
+    /// True in a child made by fork(2) while the pool was running: the child has none of its
+    /// threads, and any of its locks may be taken for ever.
+    static bool isOrphaned() noexcept;
+
+    manager();
+
+    void start();
+
+    /// Has a queue registered. Any thread. Before start() that is done by the main dispatch queue.
+    void enroll(std::shared_ptr<qshuttle> queue);
+
+    /// Registers a queue. The manager's thread only.
+    void add(std::shared_ptr<qshuttle> queue);
+
+    /// Requests a scheduling pass that looks at all queues as they are now or later. Any thread.
+    void dispatch() noexcept;
+
+    /// Finds somebody to run the queue's oldest task. Any thread.
+    void offer(const std::shared_ptr<qshuttle>& queue);
+
+    const Statistics& statistics() const noexcept { return statistics_; }
+    std::uint32_t workerCount() const noexcept { return roster_.size(); }
+
+  private:
+    struct Pass;
+
+    // On the manager's thread, or the main dispatch queue before there is one.
+    worker::Bound round();
+    void runTasks();
+    void schedule_pass();
+    void handOut(Pass& pass);
+    void serve(const std::shared_ptr<qshuttle>& queue, Pass& pass);
+    worker* findWorker(qshuttle& queue, const qshuttle::Look& look);
+    worker* leaveWaiting(qshuttle& queue, bool isShared);
+    worker& createWorker();
+    void creationFailed(const char* text);
+    void removeFinishedQueues();
+    void retireSurplus();
+
+    // Any thread.
+    void perform(managed_task_helper task);
+    void runOnMainQueue();
+    bool handOver(const std::shared_ptr<qshuttle>& queue, worker& to, bool& left);
+
+    // On workers.
+    void work(worker& self);
+    void runTasksOf(const std::shared_ptr<qshuttle>& queue, TaskEntry& task);
+    void complete(worker& self, std::shared_ptr<qshuttle> queue);
+
+    std::atomic<bool> passRequested_{false};
+    SpinFlag flag_;
+    std::deque<managed_task_helper> tasks_; // guarded by flag_
+    std::mutex turn_; // held by whoever runs tasks_: the thread, or the main queue before it
+
+    // Guarded by turn_.
+    std::vector<std::shared_ptr<qshuttle>> queues_; // in the order of registration
+    const qshuttle* next_ = nullptr; // where the next pass begins; null: at the first
+    std::uint32_t failures_ = 0;     // workers that couldn't be made, in a row
+    bool lacksThread_ = false;       // the system refused the last one
+    bool looksAgain_ = false;        // a pass is due soon without a request
+
+    Roster roster_;
+    std::atomic<std::int64_t> running_{0};  // tasks of all queues
+    std::atomic<bool> lacksWorkers_{false}; // the last pass left tasks that a free worker could run
+    std::atomic<bool> starves_{false};      // some of them in queues of which nothing runs
+    Statistics statistics_;
+    worker thread_;
+};
+
+} // namespace QN::async

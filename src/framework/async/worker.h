@@ -1,0 +1,91 @@
+#pragma once
+
+#include "framework/async/Signal.h"
+#include "framework/async/SpinFlag.h"
+#include "framework/async/Task.h"
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <pthread.h>
+#include <string>
+
+namespace QN::async {
+
+class qshuttle;
+
+/// One thread of the pool, the manager's or one that runs tasks. It does its rounds: one each time
+/// that it is woken, in between it sleeps. The destructor has the thread end after its round, and
+/// waits for that.
+///
+/// A worker that runs tasks is claimed by whoever has a task for it, is given the task, and is free
+/// again when it has run it.
+class worker {
+  public:
+    /// How long the thread may sleep until its next round; without bound when it has no value.
+    using Bound = std::optional<std::chrono::nanoseconds>;
+
+    /// `round` is called on the thread. With an `idle` callback the thread sleeps for 1 s at most
+    /// and calls it whenever nobody has woken it in that time.
+    worker(std::string name, std::function<Bound(worker&)> round, std::function<void()> idle = {});
+    ~worker();
+    worker(const worker&) = delete;
+    worker& operator=(const worker&) = delete;
+
+    /// Throws std::system_error when the system gives no thread.
+    void start();
+
+    /// Any thread.
+    bool isStarted() const noexcept { return started_.load(); }
+    void wake() { wake_.set(); }
+
+    /// Reserves a free worker for the caller. A new worker is claimed. Any thread.
+    bool claim() noexcept;
+    void release() noexcept { claimed_.store(false); }
+
+    /// Gives a claimed worker its task and wakes it. Ends the process when it has one already or is
+    /// ending.
+    void give(const std::shared_ptr<qshuttle>& queue, TaskEntry task);
+
+    /// On the thread itself: the task that it was given, with the queue it comes from, or null.
+    std::shared_ptr<qshuttle> take(TaskEntry& task);
+    void forgetQueue();
+
+    /// On the thread itself: whether it is running a task of that queue.
+    bool runsTaskOf(const qshuttle& queue) const;
+
+    /// The worker whose thread is calling; null on other threads.
+    static worker* current() noexcept;
+
+    /// Has the calling thread count as the thread of a worker while it lives.
+    class Disguise {
+      public:
+        explicit Disguise(worker& who) noexcept;
+        ~Disguise();
+        Disguise(const Disguise&) = delete;
+        Disguise& operator=(const Disguise&) = delete;
+    };
+
+  private:
+    static void* body(void* self);
+    void live();
+    void sleep(Bound bound);
+
+    const std::string name_;
+    const std::function<Bound(worker&)> round_;
+    const std::function<void()> idle_;
+    pthread_t thread_{};
+    std::atomic<bool> started_{false};
+    std::atomic<bool> claimed_{true};
+    std::atomic<bool> stop_{false};
+    Signal wake_;
+
+    mutable SpinFlag flag_;
+    std::deque<TaskEntry> tasks_;   // guarded by flag_
+    std::weak_ptr<qshuttle> queue_; // guarded by flag_
+};
+
+} // namespace QN::async

@@ -1,0 +1,202 @@
+// What cannot be tested in the test's own process. async_child WHAT NUMBER does one thing and ends
+// with status 0 when it went as it should.
+#include "framework/async/ThreadStarter.h"
+#include "framework/async/manager.h"
+#include "framework/async/queue.h"
+#include "framework/async/worker.h"
+
+#include "platform/SystemValue.h"
+#include "support/WaitUntil.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <latch>
+#include <memory>
+#include <string_view>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+using namespace QN::async;
+
+namespace {
+
+constexpr std::uint32_t smallLimit = 4;
+
+bool limitValue(const char* name, void* buffer, std::size_t size) noexcept {
+    if (std::string_view(name) != "kern.wq_max_threads" || size != sizeof smallLimit)
+        return false;
+    std::memcpy(buffer, &smallLimit, size);
+    return true;
+}
+
+/// More tasks than there may be threads, which wait until creation has failed so many times.
+int limit(int failures) {
+    platform::replaceSystemValueSource(&limitValue);
+    std::atomic<bool> isOpen = false;
+    std::atomic<int> ran = 0;
+    queue concurrent("", false, 2);
+    const auto task = [&] {
+        isOpen.wait(false);
+        ++ran;
+    };
+    for (std::uint32_t i = 0; i < 2 * smallLimit; ++i)
+        concurrent.enqueue(task);
+    const Statistics& statistics = manager::shared().statistics();
+    const bool failed = support::waitUntil(
+        [&] { return statistics.creationFailures >= static_cast<std::uint64_t>(failures); });
+    isOpen = true;
+    isOpen.notify_all();
+    concurrent.wait();
+    return failed && ran == 2 * smallLimit && manager::shared().workerCount() <= smallLimit ? 0 : 1;
+}
+
+std::atomic<int> refusals = 0;
+
+int refuse(pthread_t* thread, void* (*body)(void*), void* argument) {
+    if (refusals.fetch_sub(1) > 0)
+        return EAGAIN;
+    return ::pthread_create(thread, nullptr, body, argument);
+}
+
+int refusal(int failures) {
+    queue serial("", true, 0);
+    refusals = failures;
+    replaceThreadStarter(&refuse);
+    bool ran = false;
+    serial.enqueue([&] { ran = true; });
+    serial.wait();
+    const Statistics& statistics = manager::shared().statistics();
+    return ran && statistics.creationFailures == static_cast<std::uint64_t>(failures) ? 0 : 1;
+}
+
+int noManager(int failures) {
+    refusals = failures;
+    replaceThreadStarter(&refuse);
+    try {
+        const queue serial("", true, 0);
+        return 1;
+    } catch (const std::system_error& error) {
+        if (error.code().value() != EAGAIN)
+            return 1;
+    }
+    queue serial("", true, 0);
+    bool ran = false;
+    serial.enqueue([&] { ran = true; });
+    serial.wait();
+    return ran ? 0 : 1;
+}
+
+int notIdle(int) {
+    const auto queue = std::make_shared<qshuttle>("com.quarnel.log", true, -254);
+    worker lazy("lazy", [](worker&) { return worker::Bound(); });
+    lazy.start();
+    lazy.give(queue, {[] {}, nullptr});
+    lazy.give(queue, {[] {}, nullptr});
+    return 1;
+}
+
+bool endsWell(pid_t child) {
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
+           WEXITSTATUS(status) == 0;
+}
+
+/// Forks while other threads hold the locks of a queue now and then. The child uses that queue and
+/// a new one and then runs another program.
+int forkAndExec(int times) {
+    queue busy("busy", false, 2);
+    std::atomic<bool> ends = false;
+    std::vector<std::thread> submitters;
+    submitters.reserve(2);
+    for (int i = 0; i < 2; ++i) {
+        submitters.emplace_back([&] {
+            while (!ends) {
+                busy.enqueue([] {});
+                busy.wait();
+            }
+        });
+    }
+    bool allWell = true;
+    for (int i = 0; i < times && allWell; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(20);
+            {
+                queue own("own", true, 0);
+                own.enqueue([] {});
+                own.wait();
+                busy.enqueue([] {});
+                busy.wait();
+            }
+            ::execlp("true", "true", nullptr);
+            ::_exit(1);
+        }
+        allWell = endsWell(child);
+    }
+    ends = true;
+    for (std::thread& submitter : submitters)
+        submitter.join();
+    return allWell ? 0 : 1;
+}
+
+/// Queues of all kinds with tasks that run, wait and are yet to run, as the process ends.
+[[noreturn]] void endWithWorkInFlight(int turn) {
+    static const auto queues = [] {
+        auto* const made = new std::vector<std::unique_ptr<queue>>; // outlives the process's end
+        for (int i = 0; i < 4; ++i)
+            made->push_back(std::make_unique<queue>("in flight", i % 2 == 0, i < 2 ? -254 : 2));
+        return made;
+    }();
+    static std::latch started(1);
+    static std::atomic<unsigned> count = 0;
+    for (const auto& each : *queues) {
+        for (int i = 0; i < 50; ++i)
+            each->enqueue([] { ++count; });
+        each->enqueue([] { started.count_down(0); });
+    }
+    queues->back()->enqueue([] { started.count_down(); });
+    queues->back()->enqueue([other = queues->front().get()] { other->wait(); });
+    if (turn % 2 == 0)
+        started.wait();
+    static queue drained("destroyed at exit", true, -254);
+    drained.enqueue([] { ++count; });
+    std::exit(0);
+}
+
+int endAgainAndAgain(int times) {
+    for (int i = 0; i < times; ++i) {
+        const pid_t child = ::fork(); // without a thread so far
+        if (child == 0) {
+            ::alarm(20);
+            endWithWorkInFlight(i);
+        }
+        if (!endsWell(child))
+            return 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    struct Mode {
+        std::string_view name;
+        int (*run)(int number);
+    };
+    constexpr Mode modes[] = {{"limit", &limit},          {"refusal", &refusal},
+                              {"no-manager", &noManager}, {"not-idle", &notIdle},
+                              {"fork", &forkAndExec},     {"end", &endAgainAndAgain}};
+    if (argc == 3) {
+        for (const Mode& mode : modes) {
+            if (mode.name == argv[1])
+                return mode.run(std::atoi(argv[2]));
+        }
+    }
+    std::fprintf(stderr, "usage: async_child WHAT NUMBER\n");
+    return 2;
+}
