@@ -24,8 +24,8 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     /// form.
     static std::shared_ptr<DispatchQueue> makeSerial(std::string label);
 
-    /// The queue of default priority. Its blocks may wait, but should not for long: there are few
-    /// threads.
+    /// The queue of default priority. Its blocks, and those of serial queues on it, may wait, but
+    /// not for each other without end: at most 16 run at once, in all of the process.
     static const std::shared_ptr<DispatchQueue>& global();
 
     static const std::shared_ptr<DispatchQueue>& main();
@@ -43,7 +43,8 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     /// main queue to be served.
     void sync(const Block& block);
 
-    /// Has the blocks of a serial queue that have not begun run on another queue. Queues that share
+    /// Has the blocks of a serial queue that have not begun run on another queue, null standing for
+    /// the global one. Queues that share
     /// a serial or the main queue as their target never run blocks at the same time. Targets must
     /// not form a circle. Ignored by the global and the main queue.
     virtual void setTarget(std::shared_ptr<DispatchQueue> target) = 0;

@@ -29,6 +29,8 @@ void SerialDispatchQueue::async(Block block) {
 }
 
 void SerialDispatchQueue::setTarget(std::shared_ptr<DispatchQueue> target) {
+    if (target == nullptr)
+        target = global();
     Lock lock(mutex_);
     if (target_ == target)
         return;
@@ -83,42 +85,54 @@ bool SerialDispatchQueue::isHeldByCaller() const noexcept {
 }
 
 void SerialDispatchQueue::syncFromOutside(const Block& block) {
-    Lock lock(mutex_);
-    const auto on = target_;
-    lock.unlock();
-    const bool held = on->isCurrent() || on->isHeldByCaller();
-    lock.lock();
-    if (held) // a job in the target could not run before we return, so the blocks are run here
-        finished_.wait(lock, [this] { return !executing_; });
-    if (held || (!executing_ && blocks_.empty()))
-        runHere(lock, block);
-    else
-        waitFor(lock, block);
+    for (;;) {
+        const auto on = target();
+        // A job that waits in a target that the caller holds could not run before we return.
+        const bool held = on->isCurrent() || on->isHeldByCaller();
+        Lock lock(mutex_);
+        if (held)
+            finished_.wait(lock, [this] { return !executing_; });
+        if (target_ != on)
+            continue;
+        if (!held && (executing_ || !blocks_.empty())) {
+            waitFor(lock, block);
+            return;
+        }
+        lock.unlock();
+        if (runHere(*on, block))
+            return;
+    }
 }
 
-/// Runs what waits and then `block` on the calling thread, in the turn that the target gives.
-void SerialDispatchQueue::runHere(Lock& lock, const Block& block) {
-    executing_ = true;
-    const auto on = target_;
-    lock.unlock();
+/// Runs what waits and then `block` on the calling thread, in a turn of the target. The queue is
+/// taken only when that turn has come: whoever holds the target may need the queue until then.
+/// False, with nothing done, when somebody else has it or it has got another target.
+bool SerialDispatchQueue::runHere(DispatchQueue& on, const Block& block) {
+    bool ran = false;
     std::exception_ptr thrown;
-    on->sync([&] {
-        Lock inner(mutex_);
+    on.sync([&] {
+        Lock lock(mutex_);
+        if (executing_ || target_.get() != &on)
+            return;
+        ran = true;
+        executing_ = true;
         for (std::size_t left = blocks_.size(); left > 0; --left)
-            runOldest(inner);
-        inner.unlock();
-        const Running running(*this);
-        try {
-            block();
-        } catch (...) {
-            thrown = std::current_exception();
+            runOldest(lock);
+        lock.unlock();
+        {
+            const Running running(*this);
+            try {
+                block();
+            } catch (...) {
+                thrown = std::current_exception();
+            }
         }
+        lock.lock();
+        finish(lock);
     });
-    lock.lock();
-    finish(lock);
-    lock.unlock();
     if (thrown)
         std::rethrow_exception(thrown);
+    return ran;
 }
 
 void SerialDispatchQueue::waitFor(Lock& lock, const Block& block) {

@@ -29,7 +29,7 @@ class SerialDispatchQueue final : public DispatchQueue {
     void runJob(const std::shared_ptr<DispatchQueue>& on);
     void runOldest(Lock& lock);
     void finish(Lock& lock);
-    void runHere(Lock& lock, const Block& block);
+    bool runHere(DispatchQueue& on, const Block& block);
     void waitFor(Lock& lock, const Block& block);
 
     mutable std::mutex mutex_;

@@ -193,6 +193,41 @@ TEST(MainQueue, TheMainThreadMaySyncOnQueuesThatTargetIt) {
     platform::drainMainQueue();
 }
 
+// As a timer that one thread asks for a run while its target's owner cancels it.
+TEST(DispatchQueue, SyncFromOutsideAndFromABlockOfTheTargetDoNotWaitForEachOther) {
+    const auto target = DispatchQueue::makeSerial("com.quarnel.test.target");
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    queue->setTarget(target);
+    std::atomic<int> count = 0;
+    for (int round = 0; round < 300; ++round) {
+        Door begun;
+        std::thread outside([&] {
+            begun.wait();
+            queue->sync([&] { ++count; });
+        });
+        target->sync([&] {
+            begun.open();
+            for (int i = 0; i < 20; ++i) {
+                queue->sync([&] { ++count; });
+                std::this_thread::yield();
+            }
+        });
+        outside.join();
+    }
+    EXPECT_EQ(count, 300 * 21);
+
+    std::thread outside([&] {
+        queue->setTarget(DispatchQueue::main());
+        queue->sync([&] { ++count; });
+    });
+    EXPECT_TRUE(support::waitUntil([&] {
+        queue->sync([] {});
+        platform::drainMainQueue();
+        return count == 300 * 21 + 1;
+    }));
+    outside.join();
+}
+
 TEST(DispatchTimer, SubmitsItsBlockOnceAtTheLastDeadlineThatWasSet) {
     support::ManualClock clock;
     const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
