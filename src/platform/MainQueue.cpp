@@ -38,9 +38,21 @@ class MainQueue final : public DispatchQueue {
     void setLoop(RunLoop* loop) {
         const std::lock_guard lock(mutex_);
         loop_ = loop;
-        servingThread_ = ::gettid();
+        servingThread_ = loop_ != nullptr ? ::gettid() : ::getpid();
         for (std::size_t i = 0; loop_ != nullptr && i < blocks_.size(); ++i)
             loop_->post([this] { runNext(); });
+    }
+
+    /// Runs what there is; the calling thread is the main one as long.
+    void drain() {
+        {
+            const std::lock_guard lock(mutex_);
+            servingThread_ = ::gettid();
+        }
+        while (runNext()) {
+        }
+        const std::lock_guard lock(mutex_);
+        servingThread_ = ::getpid();
     }
 
     bool runNext() {
@@ -79,7 +91,7 @@ class MainQueue final : public DispatchQueue {
     /// The main thread runs the blocks, or would: until it returns, nobody else does.
     bool isHeldByCaller() const noexcept override {
         const std::lock_guard lock(mutex_);
-        return ::gettid() == (loop_ != nullptr ? servingThread_ : ::getpid());
+        return ::gettid() == servingThread_;
     }
 
   private:
@@ -87,7 +99,7 @@ class MainQueue final : public DispatchQueue {
     // Guarded by mutex_.
     std::deque<Block> blocks_;
     RunLoop* loop_ = nullptr;
-    pid_t servingThread_ = 0;
+    pid_t servingThread_ = ::getpid(); // the process's first thread until somebody serves
 };
 
 } // namespace
@@ -106,8 +118,7 @@ MainQueueService::~MainQueueService() {
 }
 
 void drainMainQueue() {
-    while (MainQueue::instance()->runNext()) {
-    }
+    MainQueue::instance()->drain();
 }
 
 } // namespace platform
