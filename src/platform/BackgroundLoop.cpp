@@ -2,20 +2,28 @@
 
 #include "platform/RunLoop.h"
 
+#include <exception>
 #include <future>
+#include <memory>
 #include <thread>
 
 namespace platform {
 
 namespace {
 
-/// The loop lives on its thread's stack and, with the thread, until the process ends.
+/// The loop lives, with its thread, until the process ends.
 RunLoop& startLoop() {
     std::promise<RunLoop*> started;
     std::thread([&started] {
-        RunLoop loop;
-        started.set_value(&loop);
-        loop.run();
+        std::unique_ptr<RunLoop> loop;
+        try {
+            loop = std::make_unique<RunLoop>();
+        } catch (...) {
+            started.set_exception(std::current_exception());
+            return;
+        }
+        started.set_value(loop.get());
+        loop->run();
     }).detach();
     return *started.get_future().get();
 }

@@ -1,5 +1,7 @@
 #include "platform/DispatchThreads.h"
 
+#include "platform/SystemLog.h"
+
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -12,34 +14,31 @@ DispatchThreads& DispatchThreads::instance() {
     return *threads;
 }
 
-DispatchThreads::DispatchThreads() {
-    addThread();
-}
-
 void DispatchThreads::submit(std::function<void()> job) {
     {
         const std::lock_guard lock(mutex_);
         jobs_.push_back(std::move(job));
-        if (idle_ < jobs_.size() && threads_ < mostThreads) {
-            try {
-                addThread();
-            } catch (const std::system_error&) {
-                // The process may have no more: those that there are do the work.
-            }
-        }
+        if (idle_ < jobs_.size() && threads_ < mostThreads)
+            addThread();
     }
     changed_.notify_one();
 }
 
 void DispatchThreads::addThread() {
-    std::thread([this] { work(); }).detach();
-    ++threads_;
+    try {
+        std::thread([this] { work(); }).detach();
+        ++threads_;
+        ++idle_; // it looks for work as soon as it runs
+    } catch (const std::system_error& error) {
+        // Those that there are do the work; without any, the next submission tries again.
+        if (threads_ == 0)
+            systemLog(LogPriority::error, "Work waits for a thread: %s", error.what());
+    }
 }
 
 void DispatchThreads::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        ++idle_;
         changed_.wait(lock, [this] { return !jobs_.empty(); });
         --idle_;
         {
@@ -49,6 +48,7 @@ void DispatchThreads::work() {
             job();
         }
         lock.lock();
+        ++idle_;
     }
 }
 

@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// The threads behind all dispatch queues: one from the beginning, so that work is always done, and
-/// more on demand. They live as long as the process, which does not wait for them. Any thread.
+/// The threads behind all dispatch queues, started on demand. They live as long as the process,
+/// which does not wait for them. Any thread.
 class DispatchThreads {
   public:
     /// Enough for blocks that wait for each other's programs, few enough to cost nothing.
@@ -21,11 +21,12 @@ class DispatchThreads {
     DispatchThreads& operator=(const DispatchThreads&) = delete;
 
     /// Runs `job` on one of the threads, in the order of submission as far as threads are free. It
-    /// must not throw.
+    /// must not throw. When the system gives not even one thread, the job waits, with a line in the
+    /// system log, until a later submission gets one.
     void submit(std::function<void()> job);
 
   private:
-    DispatchThreads();
+    DispatchThreads() = default;
 
     void addThread();
     void work();

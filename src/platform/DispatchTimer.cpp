@@ -26,12 +26,19 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
         , block(std::make_shared<const std::function<void()>>(std::move(blockToRun))) {}
 
     void wakeAt(MonotonicClock::time_point time) {
-        wakeUp = time;
         backgroundLoop().post([this, self = shared_from_this(), time] {
             if (!timer)
                 timer.emplace(backgroundLoop(), [this] { woken(); });
-            timer->start(time - MonotonicClock::now());
+            timer->startAt(time);
         });
+        wakeUp = time;
+        started = true;
+    }
+
+    /// Otherwise there may be no background loop, and there is nothing to let go of.
+    bool everStarted() {
+        const std::lock_guard lock(mutex);
+        return started;
     }
 
     void woken() {
@@ -41,7 +48,7 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
             return;
         if (*deadline > MonotonicClock::now()) {
             wakeUp = deadline;
-            timer->start(*deadline - MonotonicClock::now());
+            timer->startAt(*deadline);
             return;
         }
         deadline.reset();
@@ -55,6 +62,7 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
     // Guarded by mutex.
     std::optional<MonotonicClock::time_point> deadline;
     std::optional<MonotonicClock::time_point> wakeUp;
+    bool started = false;
 
     std::optional<Timer> timer; // the background loop's thread only
 };
@@ -64,16 +72,18 @@ DispatchTimer::DispatchTimer(std::shared_ptr<DispatchQueue> queue, std::function
 
 DispatchTimer::~DispatchTimer() {
     cancel();
+    if (!state_->everStarted())
+        return;
     // The loop's thread lets go of its timer.
     backgroundLoop().post([state = std::move(state_)] { state->timer.reset(); });
 }
 
 void DispatchTimer::start(MonotonicClock::time_point deadline) {
-    anyStarted = true;
     const std::lock_guard lock(state_->mutex);
-    state_->deadline = deadline;
     if (!state_->wakeUp || deadline < *state_->wakeUp)
         state_->wakeAt(deadline);
+    state_->deadline = deadline;
+    anyStarted = true;
 }
 
 void DispatchTimer::cancel() {

@@ -21,7 +21,8 @@ class DispatchTimer {
     DispatchTimer(const DispatchTimer&) = delete;
     DispatchTimer& operator=(const DispatchTimer&) = delete;
 
-    /// Fires once at `deadline`, in place of a deadline that was set before.
+    /// Fires once at `deadline`, in place of a deadline that was set before. Throws what
+    /// backgroundLoop() throws, and then keeps the former deadline.
     void start(MonotonicClock::time_point deadline);
 
     /// Makes no difference to a block that has been submitted already.

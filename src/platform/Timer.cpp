@@ -12,7 +12,11 @@ Timer::~Timer() {
 }
 
 void Timer::start(MonotonicClock::duration delay) {
-    deadline_ = MonotonicClock::now() + delay;
+    startAt(MonotonicClock::now() + delay);
+}
+
+void Timer::startAt(MonotonicClock::time_point deadline) {
+    deadline_ = deadline;
     active_ = true;
     loop_.enqueue(*this);
 }

@@ -26,6 +26,9 @@ class Timer {
     /// Fires once, `delay` from now. A delay of zero or less fires at the next turn.
     void start(MonotonicClock::duration delay);
 
+    /// The same at a point in time; one that has passed is the next turn.
+    void startAt(MonotonicClock::time_point deadline);
+
     /// A pending call is not made; without one nothing happens.
     void stop() noexcept { active_ = false; }
 

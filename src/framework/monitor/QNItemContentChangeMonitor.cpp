@@ -65,6 +65,8 @@ QNItemContentChangeMonitor::addObserverForObject(WatchedItem item, Queue queue, 
 }
 
 void QNItemContentChangeMonitor::removeObserver(const Observer& observer) {
+    if (!observer)
+        return;
     // One that could never be watched, or has been removed before, has nothing to wait for.
     if (!observer->stop([observer] { forget(observer); }))
         forget(observer);

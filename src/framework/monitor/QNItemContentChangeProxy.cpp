@@ -3,9 +3,11 @@
 #include "platform/ExceptionReport.h"
 #include "platform/FileWatch.h"
 #include "platform/MonotonicClock.h"
+#include "platform/SystemLog.h"
 
 #include <chrono>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 using platform::DispatchQueue;
@@ -46,10 +48,15 @@ std::unique_ptr<FileWatch> QNItemContentChangeProxy::makeSource() {
         if (const auto self = weak.lock())
             self->handleEvents(events);
     };
-    if (const auto descriptor = item_.descriptor())
-        return FileWatch::createForDescriptor(*descriptor, queue(), take);
-    if (const auto path = item_.fileSystemPath())
-        return FileWatch::createForPath(*path, queue(), take);
+    try {
+        if (const auto descriptor = item_.descriptor())
+            return FileWatch::createForDescriptor(*descriptor, queue(), take);
+        if (const auto path = item_.fileSystemPath())
+            return FileWatch::createForPath(*path, queue(), take);
+    } catch (const std::system_error& error) { // no thread or descriptor for the background loop
+        platform::systemLog(platform::LogPriority::error, "Files can't be watched: %s",
+                            error.what());
+    }
     return nullptr;
 }
 

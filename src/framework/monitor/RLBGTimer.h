@@ -34,9 +34,10 @@ class RLBGTimer {
     RLBGTimer(const RLBGTimer&) = delete;
     RLBGTimer& operator=(const RLBGTimer&) = delete;
 
-    /// Requests one run, `delay` seconds from now; what is not above zero means at once. Time spent
-    /// waiting for the turn counts. A request that sets the deadline brings its block, others lose
-    /// theirs.
+    /// Requests one run, `delay` seconds from now; what is not above zero means at once. Throws
+    /// std::system_error when the process has no thread or descriptor left for its first timer.
+    /// Time spent waiting for the turn counts. A request that sets the deadline brings its block,
+    /// others lose theirs.
     void afterDelay(double delay, Block block);
 
     /// Drops the pending run, if any.

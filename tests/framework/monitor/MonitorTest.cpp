@@ -310,16 +310,20 @@ TEST_F(MonitorTest, AHandlerMayThrowAndRemoveItsOwnObserverTwice) {
 TEST_F(MonitorTest, AnObserverWithoutAQueueIsCalledOnTheMainQueue) {
     const std::string file = makeFile("file");
     Calls calls;
-    const auto observer = Monitor::addObserverForPath(file, nullptr, calls.handler());
+    auto observer = Monitor::addObserverForPath(file, nullptr, calls.handler());
     append(file);
     settle();
     EXPECT_EQ(calls.kinds(), Kinds{});
     platform::drainMainQueue();
     EXPECT_EQ(calls.kinds(), Kinds{changed});
     const std::weak_ptr<QNItemContentChangeProxy> watcher = observer;
-    Monitor::removeObserver(observer);
-    EXPECT_FALSE(watcher.expired()); // it goes in its turn
-    platform::drainMainQueue();
+    Monitor::removeObserver(std::exchange(observer, nullptr));
+    EXPECT_FALSE(watcher.expired()) << "it goes in its turn";
+    EXPECT_TRUE(support::waitUntil([&] {
+        platform::drainMainQueue();
+        return watcher.expired();
+    }));
+    Monitor::removeObserver(nullptr);
 }
 
 TEST_F(MonitorTest, CoalescingMakesOneCallOfABurstAtTheDeadlineOfItsFirstWrite) {
