@@ -30,8 +30,11 @@ constexpr unsigned threads = 2;
 // A background queue keeps to as many threads as there are processors, like the pool of two.
 constexpr std::int32_t background = -254;
 
-double runOurs(bool serial) {
-    QN::async::queue queue("bench", serial, background);
+// The pool may grow for it, up to the system's limit.
+constexpr std::int32_t ordinary = 2;
+
+double runOurs(bool serial, std::int32_t priority) {
+    QN::async::queue queue("bench", serial, priority);
     return bench::nanosecondsEach(tasks, [&] {
         for (std::size_t i = 0; i < tasks; ++i)
             queue.enqueue([] {});
@@ -138,9 +141,13 @@ Activity activityOfIdlePool() {
 
 [[maybe_unused]] const bool added = [] {
     bench::addFigure({"pool/serial", "a million empty tasks on a serial queue", "ns/task",
-                      [] { return runOurs(true); }, "asio strand", &serialAsio});
+                      [] { return runOurs(true, background); }, "asio strand", &serialAsio});
     bench::addFigure({"pool/concurrent", "a million empty tasks on a concurrent queue", "ns/task",
-                      [] { return runOurs(false); }, "asio thread_pool(2)", &concurrentAsio});
+                      [] { return runOurs(false, background); }, "asio thread_pool(2)",
+                      &concurrentAsio});
+    bench::addFigure(
+        {"pool/concurrent/ordinary", "an empty task, by a queue that the pool grows for", "ns/task",
+         [] { return runOurs(false, ordinary); }, "asio thread_pool(2)", &concurrentAsio});
     bench::addFigure({"pool/latency", "from post to start on an idle pool", "us", &latencyOurs,
                       "asio thread_pool(2)", &latencyAsio});
     bench::addFigure({"pool/idle",

@@ -23,9 +23,6 @@ using namespace std::chrono_literals;
 constexpr std::uint32_t mostFailures = 5;
 constexpr std::chrono::nanoseconds failurePause = 100ms;
 
-/// How long the workers of a concurrent queue are given to show that they get on with its tasks.
-constexpr std::chrono::nanoseconds patience = 100us;
-
 std::atomic<bool> orphaned{false};
 
 class ThreadLimitError : public std::system_error {
@@ -129,7 +126,7 @@ worker::Bound manager::round() {
     if (std::exchange(looksAgain_, false))
         dispatch();
     runTasks();
-    return looksAgain_ ? worker::Bound(patience) : std::nullopt;
+    return looksAgain_ ? worker::Bound(qshuttle::patience) : std::nullopt;
 }
 
 void manager::runTasks() {
@@ -324,9 +321,10 @@ void manager::complete(worker& self, std::shared_ptr<qshuttle> queue) {
     self.forgetQueue();
     running_.fetch_sub(1);
     const bool isSerial = queue->isSerial();
+    // Free first: a pass that finds nothing of the queue running must find its worker.
+    roster_.release(self);
     const bool wasLast = queue->finish() == 1;
     queue.reset();
-    roster_.release(self);
     if (wasLast || isSerial || lacksWorkers_)
         dispatch();
 }

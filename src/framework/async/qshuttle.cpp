@@ -32,6 +32,8 @@ bool qshuttle::take(TaskEntry& task, bool& left) {
     if (!isRunnable())
         return false;
     moveOut(task);
+    // Whoever takes it need not be the worker that the tasks were left to.
+    leftToWorkers_ = false;
     running_.fetch_add(1);
     left = isRunnable();
     return true;
@@ -49,7 +51,10 @@ bool qshuttle::takeNext(TaskEntry& task, bool goOn) {
 }
 
 qshuttle::Look qshuttle::look() {
+    const auto now = platform::MonotonicClock::now();
     const std::lock_guard lock(flag_);
+    if (std::exchange(hasMoved_, false))
+        lastMoved_ = now;
     leftToWorkers_ = false;
     const std::uint64_t running = running_.load();
     const bool isIdle = suspendCount_ == 0 && pending_.empty() && running == 0;
@@ -58,7 +63,7 @@ qshuttle::Look qshuttle::look() {
         drained_.set();
     return {.isRunnable = isRunnable(),
             .isShared = running > 0,
-            .isMoving = std::exchange(hasMoved_, false),
+            .isMoving = now - lastMoved_ < patience,
             .isOver = isIdle && isZombie()};
 }
 

@@ -4,7 +4,10 @@
 #include "framework/async/SpinFlag.h"
 #include "framework/async/Task.h"
 
+#include "platform/MonotonicClock.h"
+
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -44,11 +47,15 @@ class qshuttle {
     std::uint64_t finish() noexcept { return running_.fetch_sub(1); }
     std::uint64_t running() const noexcept { return running_.load(); }
 
+    /// How long the workers of a queue are given to show that they get on with its tasks: longer
+    /// than a busy machine keeps a thread from running.
+    static constexpr std::chrono::milliseconds patience{10};
+
     /// What a scheduling pass has to know of the queue.
     struct Look {
         bool isRunnable; ///< a task may run now
         bool isShared;   ///< other tasks of the queue are running
-        bool isMoving;   ///< a worker has gone on to its next task since the last look
+        bool isMoving;   ///< a worker has gone on to its next task within the last `patience`
         bool isOver;     ///< nothing to run, and the handle is going or gone
     };
 
@@ -85,8 +92,9 @@ class qshuttle {
     const std::int32_t priority_;
     const std::string name_;
 
-    bool leftToWorkers_ = false; // guarded by flag_
-    bool hasMoved_ = false;      // guarded by flag_
+    bool leftToWorkers_ = false;                     // guarded by flag_
+    bool hasMoved_ = false;                          // since the last look; guarded by flag_
+    platform::MonotonicClock::time_point lastMoved_; // as the looks saw it; guarded by flag_
 };
 
 } // namespace QN::async

@@ -20,9 +20,12 @@ class qshuttle;
 /// starts them in that order, several at once. Tasks may wait, append tasks to any queue and make
 /// and destroy queues. A task that waits holds up no other queue: when no thread is free, the pool
 /// grows, up to what the system allows (half of the user's processes), and it shrinks again when it
-/// is idle. Only for background queues (see the constructor) it does not: their tasks must not wait
-/// for other background queues. What a task throws is printed on standard output, and the next task
-/// runs.
+/// is idle. What a task throws is printed on standard output, and the next task runs.
+///
+/// Two things to beware of. For background queues (see the constructor) the pool does not grow, so
+/// no task of any queue may wait for a background queue: it could hold the very thread that it
+/// waits for. And a pool that finds no free thread at its limit five times in a row, within about
+/// half a second, writes why to standard error and ends the process.
 ///
 /// Any thread. At exit, tasks that have not run are dropped, unless their queue is destroyed
 /// before. In a child made by fork(2) the pool has no threads: there, queues drop their tasks and
