@@ -26,8 +26,9 @@ struct FileWatch::State final : FileWatchService::Client {
     /// Where the file stands, as far as that has been told.
     enum class Place { linked, movedAway, deleted };
 
-    State(std::shared_ptr<DispatchQueue> queueToUse, Handler handlerToCall)
-        : queue(std::move(queueToUse)), handler(std::move(handlerToCall)) {}
+    State(std::shared_ptr<DispatchQueue> queueToUse, Handler handlerToCall,
+          FileWatchService& serviceToUse)
+        : queue(std::move(queueToUse)), service(serviceToUse), handler(std::move(handlerToCall)) {}
 
     void notice(std::uint32_t signs) noexcept override { submit(signs); }
 
@@ -46,18 +47,20 @@ struct FileWatch::State final : FileWatchService::Client {
                 guarded(kExceptionInDispatchQueue, last);
             return;
         }
-        guarded(kExceptionInDispatchQueue, [&] { call(signs); });
+        call(signs);
         if (std::uint32_t nothingNew = submitted; !pending.compare_exchange_strong(nothingNew, 0))
             queue->async([this, self = shared_from_this()] { deliver(); });
     }
 
     void call(std::uint32_t signs) {
         if ((signs & FileWatchService::overflowed) != 0)
-            handler(written);
-        const std::uint32_t events =
-            ((signs & FileWatchService::changed) != 0 ? written : 0U) | departure(signs);
+            tell(written);
+        tell(((signs & FileWatchService::changed) != 0 ? written : 0U) | departure(signs));
+    }
+
+    void tell(std::uint32_t events) {
         if (events != 0)
-            handler(events);
+            guarded(kExceptionInDispatchQueue, [&] { handler(events); });
     }
 
     /// The events of going away that the signs amount to, each told once. Looks at the file, which
@@ -72,10 +75,12 @@ struct FileWatch::State final : FileWatchService::Client {
         if ((signs & Service::moved) != 0) {
             events |= renamed;
             if (place != Place::deleted)
-                place = isLinked() ? Place::linked : Place::movedAway;
+                place = path && !isLinked() ? Place::movedAway : Place::linked;
+            if (!path)
+                service.follow(*this, descriptor);
         }
-        const bool looksGone = (signs & (Service::doubtful | Service::overflowed)) != 0 &&
-                               place == Place::linked && !isLinked();
+        constexpr std::uint32_t doubts = Service::doubtful | Service::overflowed | Service::moved;
+        const bool looksGone = (signs & doubts) != 0 && place == Place::linked && !isLinked();
         const bool destroyed = (signs & Service::destroyed) != 0 && place != Place::deleted;
         if (looksGone || destroyed) {
             place = Place::deleted;
@@ -96,6 +101,7 @@ struct FileWatch::State final : FileWatchService::Client {
     }
 
     const std::shared_ptr<DispatchQueue> queue;
+    FileWatchService& service;
     std::atomic<std::uint32_t> pending{0};
 
     // Constant once the watch has begun.
@@ -109,8 +115,7 @@ struct FileWatch::State final : FileWatchService::Client {
     Place place = Place::linked;
 };
 
-FileWatch::FileWatch(std::shared_ptr<State> state, FileWatchService& service)
-    : state_(std::move(state)), service_(service) {}
+FileWatch::FileWatch(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
 FileWatch::~FileWatch() {
     cancel();
@@ -122,34 +127,33 @@ std::unique_ptr<FileWatch> FileWatch::createForPath(const std::string& path,
     const FileDescriptor opened(::open(path.c_str(), O_PATH | O_CLOEXEC));
     if (!opened)
         return nullptr;
-    auto state = std::make_shared<State>(std::move(queue), std::move(handler));
+    auto state = std::make_shared<State>(std::move(queue), std::move(handler), service);
     std::error_code ignored; // the open above would have failed as well
     state->path = std::filesystem::absolute(path, ignored);
-    return start(std::move(state), opened.get(), service);
+    return start(std::move(state), opened.get());
 }
 
 std::unique_ptr<FileWatch> FileWatch::createForDescriptor(int descriptor,
                                                           std::shared_ptr<DispatchQueue> queue,
                                                           Handler handler,
                                                           FileWatchService& service) {
-    auto state = std::make_shared<State>(std::move(queue), std::move(handler));
+    auto state = std::make_shared<State>(std::move(queue), std::move(handler), service);
     state->descriptor = descriptor;
-    return start(std::move(state), descriptor, service);
+    return start(std::move(state), descriptor);
 }
 
-std::unique_ptr<FileWatch> FileWatch::start(std::shared_ptr<State> state, int descriptor,
-                                            FileWatchService& service) {
+std::unique_ptr<FileWatch> FileWatch::start(std::shared_ptr<State> state, int descriptor) {
     if (::fstat(descriptor, &state->identity) != 0 ||
-        !service.add(*state, descriptor, S_ISDIR(state->identity.st_mode)))
+        !state->service.add(*state, descriptor, S_ISDIR(state->identity.st_mode)))
         return nullptr;
-    return std::unique_ptr<FileWatch>(new FileWatch(std::move(state), service));
+    return std::unique_ptr<FileWatch>(new FileWatch(std::move(state)));
 }
 
 void FileWatch::cancel(std::function<void()> afterwards) {
     if (!state_)
         return;
     const auto state = std::exchange(state_, nullptr);
-    service_.remove(*state);
+    state->service.remove(*state);
     state->afterwards = std::move(afterwards);
     state->submit(cancelled);
 }

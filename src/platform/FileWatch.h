@@ -31,7 +31,9 @@ class FileWatch {
     };
 
     /// Called on the queue with at least one Event. Comes once for a deletion, again for each
-    /// renaming. When the kernel had to drop events, every watch gets `written`.
+    /// renaming. A file that was watched by path and has been renamed is told to be deleted only
+    /// when nobody has it open any more. When the kernel had to drop events, every watch gets
+    /// `written`.
     using Handler = std::function<void(std::uint32_t events)>;
 
     /// Symbolic links are followed. Null, with errno set, when there is no such file, it may not be
@@ -57,13 +59,11 @@ class FileWatch {
 
   private:
     struct State;
-    FileWatch(std::shared_ptr<State> state, FileWatchService& service);
+    explicit FileWatch(std::shared_ptr<State> state);
 
-    static std::unique_ptr<FileWatch> start(std::shared_ptr<State> state, int descriptor,
-                                            FileWatchService& service);
+    static std::unique_ptr<FileWatch> start(std::shared_ptr<State> state, int descriptor);
 
     std::shared_ptr<State> state_; // null when cancelled
-    FileWatchService& service_;
 };
 
 } // namespace platform

@@ -102,6 +102,14 @@ bool FileWatchService::add(Client& client, int descriptor, bool isFolder) {
     return true;
 }
 
+void FileWatchService::follow(Client& client, int descriptor) {
+    const std::lock_guard lock(mutex_);
+    if (client.watch_ < 0 || client.entryName_.empty())
+        return; // it has been removed, or is not a folder
+    unlink(client, std::exchange(client.parentWatch_, -1), true);
+    linkToParent(client, descriptor);
+}
+
 void FileWatchService::remove(Client& client) noexcept {
     const std::lock_guard lock(mutex_);
     unlink(client, std::exchange(client.watch_, -1), false);

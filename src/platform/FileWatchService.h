@@ -75,6 +75,9 @@ class FileWatchService {
     /// watches have run out is also logged, once until it works again.
     [[nodiscard]] bool add(Client& client, int descriptor, bool isFolder);
 
+    /// A client's folder, which `descriptor` stands for, may have been moved into another one.
+    void follow(Client& client, int descriptor);
+
     void remove(Client& client) noexcept;
 
   private:

@@ -147,6 +147,21 @@ TEST_F(MonitorTest, ARemovedFolderIsGoneAlthoughSomebodyWorksInIt) {
     }
 }
 
+TEST_F(MonitorTest, ADescriptorsFolderIsFollowedWhereItIsMovedTo) {
+    const std::string folder = makeFolder("folder");
+    const FileDescriptor holder = openedForReading(folder);
+    Calls calls;
+    const auto observer =
+        Monitor::addObserverForFileDescriptor(holder.get(), queue, calls.handler());
+    fs::rename(folder, makeFolder("elsewhere") + "/renamed");
+    settle();
+    EXPECT_EQ(calls.kinds(), Kinds{gone});
+    fs::remove(path("elsewhere/renamed"));
+    settle();
+    EXPECT_EQ(calls.kinds(), (Kinds{gone, gone}));
+    remove(observer);
+}
+
 TEST_F(MonitorTest, ADescriptorsFileIsGoneWithItsLastNameAndTheDescriptorStaysOpen) {
     const std::string file = makeFile("file");
     const FileDescriptor opened = openedForReading(file);
