@@ -223,8 +223,8 @@ double memoryOfObserver() {
     return (bytes(after) - bytes(before)) / observerCount;
 }
 
-double requestOnPendingTimer() {
-    RLBGTimer timer(nullptr);
+double requestOnPendingTimer(std::uint32_t behavior) {
+    RLBGTimer timer(nullptr, behavior, "com.rlwork.RLBGTimer");
     timer.afterDelay(3600, [](void*) {});
     return bench::nanosecondsEach(requests, [&] {
         for (std::size_t i = 0; i < requests; ++i)
@@ -240,7 +240,9 @@ double requestOnPendingTimer() {
     bench::addFigure({"monitor/10000/memory", "heap of one of 10000 observers", "bytes",
                       &memoryOfObserver, "", nullptr}),
     bench::addFigure({"timer/request", "afterDelay on a pending timer", "ns",
-                      &requestOnPendingTimer, "", nullptr}),
+                      [] { return requestOnPendingTimer(RLBGTimerCoalesce); }, "", nullptr}),
+    bench::addFigure({"timer/request/delay", "the same, each request putting the run off", "ns",
+                      [] { return requestOnPendingTimer(RLBGTimerDelay); }, "", nullptr}),
 };
 
 } // namespace
