@@ -1,11 +1,11 @@
 #include "platform/BackgroundLoop.h"
 
 #include "platform/RunLoop.h"
+#include "platform/ThreadCalls.h"
 
 #include <exception>
 #include <future>
 #include <memory>
-#include <thread>
 
 namespace platform {
 
@@ -14,7 +14,7 @@ namespace {
 /// The loop lives, with its thread, until the process ends.
 RunLoop& startLoop() {
     std::promise<RunLoop*> started;
-    std::thread([&started] {
+    startDetachedThread([&started] {
         std::unique_ptr<RunLoop> loop;
         try {
             loop = std::make_unique<RunLoop>();
@@ -24,7 +24,7 @@ RunLoop& startLoop() {
         }
         started.set_value(loop.get());
         loop->run();
-    }).detach();
+    });
     return *started.get_future().get();
 }
 

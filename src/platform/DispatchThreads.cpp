@@ -1,9 +1,9 @@
 #include "platform/DispatchThreads.h"
 
 #include "platform/SystemLog.h"
+#include "platform/ThreadCalls.h"
 
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace platform {
@@ -26,7 +26,7 @@ void DispatchThreads::submit(std::function<void()> job) {
 
 void DispatchThreads::addThread() {
     try {
-        std::thread([this] { work(); }).detach();
+        startDetachedThread([this] { work(); });
         ++threads_;
         ++idle_; // it looks for work as soon as it runs
     } catch (const std::system_error& error) {

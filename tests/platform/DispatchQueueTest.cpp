@@ -1,3 +1,10 @@
+// Dispatch queues are used like this:
+//
+//     const auto queue = DispatchQueue::makeSerial("com.quarnel.settings");
+//     queue->async([] { /* on some thread, after what was submitted before */ });
+//     queue->sync([] { /* the same, and the caller waits; what it throws reaches the caller */ });
+//     queue->setTarget(DispatchQueue::main()); // from now on its blocks run on the main thread
+
 #include "platform/DispatchQueue.h"
 
 #include "platform/DispatchTimer.h"
@@ -91,7 +98,10 @@ TEST(DispatchQueue, SyncRunsInPlaceFromWithinAndHandsExceptionsToItsCaller) {
                  std::runtime_error);
     Door door;
     queue->async([&] { door.wait(); });
-    std::thread opener([&] { door.open(); });
+    std::thread opener([&] {
+        std::this_thread::sleep_for(1ms); // most likely sync() waits by then; it holds if not
+        door.open();
+    });
     EXPECT_THROW(queue->sync([] { throw std::runtime_error("after a wait"); }), std::runtime_error);
     opener.join();
 }

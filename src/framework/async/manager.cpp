@@ -4,6 +4,7 @@
 #include "framework/async/ThreadLimit.h"
 
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadCalls.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -60,8 +61,8 @@ struct manager::Pass {
 manager& manager::shared() {
     static manager& one = [&]() -> manager& {
         auto made = std::make_unique<manager>();
-        made->start();
         ::pthread_atfork(nullptr, nullptr, [] { orphaned = true; });
+        made->start();
         return *made.release();
     }();
     return one;
@@ -261,7 +262,7 @@ void manager::creationFailed(const char* text) {
         std::abort();
     }
     if (failures_ > 0)
-        std::this_thread::sleep_for(failurePause);
+        platform::threadCalls().pause(failurePause);
     else
         std::this_thread::yield();
     dispatch();

@@ -1,8 +1,9 @@
 #include "framework/async/worker.h"
 
 #include "framework/async/ExceptionLine.h"
-#include "framework/async/ThreadStarter.h"
 #include "framework/async/qshuttle.h"
+
+#include "platform/ThreadCalls.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -33,7 +34,7 @@ worker::~worker() {
 }
 
 void worker::start() {
-    const int error = startThread(&thread_, &worker::body, this);
+    const int error = platform::threadCalls().start(&thread_, &worker::body, this);
     if (error != 0)
         throw std::system_error(error, std::system_category(), "QN::async has got no thread");
     started_ = true;

@@ -1,11 +1,14 @@
 // What cannot be tested in the test's own process. async_child WHAT NUMBER does one thing and ends
 // with status 0 when it went as it should.
-#include "framework/async/ThreadStarter.h"
 #include "framework/async/manager.h"
 #include "framework/async/queue.h"
 #include "framework/async/worker.h"
 
+#include "platform/BackgroundLoop.h"
+#include "platform/DispatchQueue.h"
+#include "platform/RunLoop.h"
 #include "platform/SystemValue.h"
+#include "platform/ThreadCalls.h"
 #include "support/WaitUntil.h"
 
 #include <atomic>
@@ -34,39 +37,71 @@ bool limitValue(const char* name, void* buffer, std::size_t size) noexcept {
     return true;
 }
 
+/// What keeps the pool's tasks from ending until the manager has paused so many times.
+class PausesBeforeOpening : public platform::ThreadCalls {
+  public:
+    explicit PausesBeforeOpening(int pauses) : left_(pauses) {}
+
+    void pause(std::chrono::nanoseconds time) noexcept override {
+        if (time != std::chrono::milliseconds(100))
+            std::_Exit(1);
+        if (--left_ > 0)
+            return;
+        isOpen_ = true;
+        isOpen_.notify_all();
+        if (!support::waitUntil([this] { return ended_ >= static_cast<int>(smallLimit); }))
+            std::_Exit(1);
+        ThreadCalls::pause(time);
+    }
+
+    void pass() {
+        isOpen_.wait(false);
+        ++ended_;
+    }
+
+    int ended() const noexcept { return ended_; }
+
+  private:
+    int left_;
+    std::atomic<bool> isOpen_ = false;
+    std::atomic<int> ended_ = 0;
+};
+
 /// More tasks than there may be threads, which wait until creation has failed so many times.
 int limit(int failures) {
     platform::replaceSystemValueSource(&limitValue);
-    std::atomic<bool> isOpen = false;
-    std::atomic<int> ran = 0;
+    static auto& gate = *new PausesBeforeOpening(failures);
+    platform::replaceThreadCalls(&gate);
     queue concurrent("", false, 2);
-    const auto task = [&] {
-        isOpen.wait(false);
-        ++ran;
-    };
     for (std::uint32_t i = 0; i < 2 * smallLimit; ++i)
-        concurrent.enqueue(task);
-    const Statistics& statistics = manager::shared().statistics();
-    const bool failed = support::waitUntil(
-        [&] { return statistics.creationFailures >= static_cast<std::uint64_t>(failures); });
-    isOpen = true;
-    isOpen.notify_all();
+        concurrent.enqueue([] { gate.pass(); });
     concurrent.wait();
-    return failed && ran == 2 * smallLimit && manager::shared().workerCount() <= smallLimit ? 0 : 1;
+    const manager& pool = manager::shared();
+    return gate.ended() == 2 * smallLimit && pool.workerCount() <= smallLimit &&
+                   pool.statistics().creationFailures >= static_cast<std::uint64_t>(failures)
+               ? 0
+               : 1;
 }
 
-std::atomic<int> refusals = 0;
+/// A system that refuses so many threads before it gives one.
+class Refusals : public platform::ThreadCalls {
+  public:
+    int start(pthread_t* thread, void* (*body)(void*), void* argument) noexcept override {
+        return left.fetch_sub(1) > 0 ? EAGAIN : ThreadCalls::start(thread, body, argument);
+    }
 
-int refuse(pthread_t* thread, void* (*body)(void*), void* argument) {
-    if (refusals.fetch_sub(1) > 0)
-        return EAGAIN;
-    return ::pthread_create(thread, nullptr, body, argument);
+    std::atomic<int> left = 0;
+};
+
+void refuse(int threads) {
+    static auto& refusals = *new Refusals;
+    refusals.left = threads;
+    platform::replaceThreadCalls(&refusals);
 }
 
 int refusal(int failures) {
     queue serial("", true, 0);
-    refusals = failures;
-    replaceThreadStarter(&refuse);
+    refuse(failures);
     bool ran = false;
     serial.enqueue([&] { ran = true; });
     serial.wait();
@@ -75,8 +110,7 @@ int refusal(int failures) {
 }
 
 int noManager(int failures) {
-    refusals = failures;
-    replaceThreadStarter(&refuse);
+    refuse(failures);
     try {
         const queue serial("", true, 0);
         return 1;
@@ -89,6 +123,35 @@ int noManager(int failures) {
     serial.enqueue([&] { ran = true; });
     serial.wait();
     return ran ? 0 : 1;
+}
+
+/// What dispatch queues are given waits until there is a thread, and nothing of it is lost.
+int noDispatchThread(int failures) {
+    refuse(failures);
+    std::atomic<int> ran = 0;
+    const auto serial = platform::DispatchQueue::makeSerial("com.quarnel.test");
+    serial->async([&] { ++ran; });
+    for (int i = 0; i < failures; ++i) {
+        if (ran > 0)
+            return 1;
+        platform::DispatchQueue::global()->async([&] { ++ran; });
+    }
+    return support::waitUntil([&] { return ran == failures + 1; }) ? 0 : 1;
+}
+
+int noBackgroundLoop(int failures) {
+    refuse(failures);
+    for (int i = 0; i < failures; ++i) {
+        try {
+            platform::backgroundLoop();
+            return 1;
+        } catch (const std::system_error&) {
+        }
+    }
+    std::latch served(1);
+    platform::backgroundLoop().post([&] { served.count_down(); });
+    served.wait();
+    return 0;
 }
 
 int notIdle(int) {
@@ -188,9 +251,14 @@ int main(int argc, char** argv) {
         std::string_view name;
         int (*run)(int number);
     };
-    constexpr Mode modes[] = {{"limit", &limit},          {"refusal", &refusal},
-                              {"no-manager", &noManager}, {"not-idle", &notIdle},
-                              {"fork", &forkAndExec},     {"end", &endAgainAndAgain}};
+    constexpr Mode modes[] = {{"limit", &limit},
+                              {"refusal", &refusal},
+                              {"no-manager", &noManager},
+                              {"no-dispatch-thread", &noDispatchThread},
+                              {"no-background-loop", &noBackgroundLoop},
+                              {"not-idle", &notIdle},
+                              {"fork", &forkAndExec},
+                              {"end", &endAgainAndAgain}};
     if (argc == 3) {
         for (const Mode& mode : modes) {
             if (mode.name == argv[1])

@@ -60,6 +60,11 @@ TEST(PoolProcess, ThrowsWhenThereIsNoThreadForTheManagerAndStartsOnTheNextUse) {
     EXPECT_EQ(child("no-manager", 1).status, 0);
 }
 
+TEST(PoolProcess, DispatchQueuesAndTheBackgroundLoopGetTheirThreadOnALaterTry) {
+    EXPECT_EQ(child("no-dispatch-thread", 3).status, 0);
+    EXPECT_EQ(child("no-background-loop", 3).status, 0);
+}
+
 TEST(PoolProcess, EndsWhenATaskIsGivenToAWorkerThatIsNotFree) {
     const support::CommandResult result = child("not-idle", 0);
     EXPECT_EQ(result.status, aborted);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <pthread.h>
+
+namespace platform {
+
+/// The calls to the system by which the engines start threads and have them pause. Tests put calls
+/// that fail, or that do not take their time, in their place.
+class ThreadCalls {
+  public:
+    virtual ~ThreadCalls() = default;
+
+    /// pthread_create(3) with default attributes. 0, or an error number.
+    virtual int start(pthread_t* thread, void* (*body)(void*), void* argument) noexcept;
+
+    virtual void pause(std::chrono::nanoseconds time) noexcept;
+};
+
+/// Those in use. Any thread.
+ThreadCalls& threadCalls() noexcept;
+
+/// Has `calls` be used, which are not owned and must stay; null: the system's again. Any thread.
+void replaceThreadCalls(ThreadCalls* calls) noexcept;
+
+/// Starts a thread that nobody waits for. Throws std::system_error when the system gives none.
+void startDetachedThread(std::function<void()> body);
+
+} // namespace platform
