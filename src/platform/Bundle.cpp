@@ -30,13 +30,24 @@ Plist readPropertyList(const std::filesystem::path& file) {
     return Plist(root);
 }
 
-std::string textOf(plist_t dictionary, const char* key) {
-    const plist_t node = plist_dict_get_item(dictionary, key);
-    if (node == nullptr || plist_get_node_type(node) != PLIST_STRING)
-        return {};
-    std::uint64_t length = 0;
-    const char* const text = plist_get_string_ptr(node, &length);
-    return {text, length};
+std::map<std::string, std::string, std::less<>> textsOf(plist_t dictionary) {
+    std::map<std::string, std::string, std::less<>> texts;
+    plist_dict_iter first = nullptr;
+    plist_dict_new_iter(dictionary, &first);
+    const std::unique_ptr<void, decltype(&std::free)> iterator(first, &std::free);
+    for (;;) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(dictionary, iterator.get(), &key, &value);
+        const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
+        if (key == nullptr)
+            return texts;
+        if (plist_get_node_type(value) != PLIST_STRING)
+            continue;
+        std::uint64_t length = 0;
+        const char* const text = plist_get_string_ptr(value, &length);
+        texts.emplace(key, std::string(text, length));
+    }
 }
 
 std::filesystem::path contentsOfExecutable() {
@@ -66,9 +77,13 @@ Bundle::Bundle(std::filesystem::path contents) : contents_(std::move(contents)) 
                   file.c_str());
         return;
     }
-    identifier_ = textOf(root.get(), "CFBundleIdentifier");
-    name_ = textOf(root.get(), "CFBundleName");
-    version_ = textOf(root.get(), "CFBundleShortVersionString");
+    texts_ = textsOf(root.get());
+}
+
+const std::string& Bundle::text(std::string_view key) const noexcept {
+    static const std::string none;
+    const auto found = texts_.find(key);
+    return found == texts_.end() ? none : found->second;
 }
 
 } // namespace platform

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace platform {
 
@@ -22,17 +25,16 @@ class Bundle {
     std::filesystem::path resources() const { return contents_ / "Resources"; }
     std::filesystem::path plugIns() const { return contents_ / "PlugIns"; }
 
-    /// The text values of these keys of Info.plist: CFBundleIdentifier, CFBundleName and
-    /// CFBundleShortVersionString; empty when missing.
-    const std::string& identifier() const noexcept { return identifier_; }
-    const std::string& name() const noexcept { return name_; }
-    const std::string& version() const noexcept { return version_; }
+    /// The value of a key of Info.plist; empty when it is missing or no text.
+    const std::string& text(std::string_view key) const noexcept;
+
+    const std::string& identifier() const noexcept { return text("CFBundleIdentifier"); }
+    const std::string& name() const noexcept { return text("CFBundleName"); }
+    const std::string& version() const noexcept { return text("CFBundleShortVersionString"); }
 
   private:
     std::filesystem::path contents_;
-    std::string identifier_;
-    std::string name_;
-    std::string version_;
+    std::map<std::string, std::string, std::less<>> texts_;
 };
 
 } // namespace platform

@@ -1,6 +1,7 @@
 #include "platform/StreamProcess.h"
 
 #include "platform/ProcessInfo.h"
+#include "platform/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -33,38 +34,11 @@ std::string fileNameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-bool isContinuation(unsigned char byte) noexcept {
-    return (byte & 0xC0U) == 0x80U;
-}
-
-/// Bytes of the UTF-8 character that `text` begins with; 0 when it begins with none.
-std::size_t characterLength(std::string_view text) noexcept {
-    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char lead = byte(0);
-    if (lead < 0x80)
-        return 1;
-    const std::size_t length = lead >= 0xC2 && lead <= 0xDF   ? 2
-                               : lead >= 0xE0 && lead <= 0xEF ? 3
-                               : lead >= 0xF0 && lead <= 0xF4 ? 4
-                                                              : 0;
-    if (length == 0 || text.size() < length)
-        return 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if (!isContinuation(byte(i)))
-            return 0;
-    }
-    // Overlong forms, surrogates, and what lies beyond Unicode.
-    const unsigned char second = byte(1);
-    const bool invalid = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
-                         (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
-    return invalid ? 0 : length;
-}
-
 /// The beginning of `text` that fits; bytes that are no UTF-8 become question marks.
 std::string fitting(std::string_view text, std::size_t longest) {
     std::string result;
     while (!text.empty() && text.front() != '\0') {
-        const std::size_t length = characterLength(text);
+        const std::size_t length = utf8Length(text);
         const std::size_t taken = std::max<std::size_t>(length, 1);
         if (result.size() + taken > longest)
             break;

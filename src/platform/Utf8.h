@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace platform {
+
+/// Bytes of the UTF-8 character that `text`, which is not empty, begins with; 0 when it begins with
+/// none: a stray or missing continuation byte, an overlong form, a surrogate, a code point beyond
+/// Unicode. Any thread.
+std::size_t utf8Length(std::string_view text) noexcept;
+
+} // namespace platform
