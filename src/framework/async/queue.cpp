@@ -66,6 +66,10 @@ void queue::wait() {
     shuttle_->drained().request([] { manager::shared().dispatch(); });
 }
 
+bool queue::isOrphaned() noexcept {
+    return manager::isOrphaned();
+}
+
 void queue::suspend() {
     if (!manager::isOrphaned())
         shuttle_->suspend();

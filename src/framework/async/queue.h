@@ -58,6 +58,9 @@ class queue {
     /// for itself. Throws std::runtime_error "wait on suspended queue!" when it is suspended.
     void wait();
 
+    /// Whether this is a child made by fork(2) while the pool was running.
+    static bool isOrphaned() noexcept;
+
     /// A suspended queue starts no task until resume() has been called as often as suspend().
     void suspend();
     void resume();

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace QN::log {
+
+/// What the calling thread puts before each of its messages to a log: any number of words, each
+/// followed by a blank. Logs are told apart by their number, see qnlog_handle::number().
+namespace prefixes {
+
+bool areThere(std::uint64_t log) noexcept;
+void append(std::uint64_t log, std::string prefix);
+void erase(std::uint64_t log) noexcept;
+
+/// `text` with the prefixes before it.
+std::string prefixed(std::uint64_t log, std::string_view text);
+
+} // namespace prefixes
+
+} // namespace QN::log

@@ -1,0 +1,192 @@
+#include "framework/log/qnlog.h"
+
+#include "framework/log/LogBanner.h"
+#include "framework/log/LogPrefixes.h"
+#include "framework/log/LogRotation.h"
+#include "framework/log/qnlog_handle.h"
+
+#include "platform/Bundle.h"
+#include "platform/SystemFacts.h"
+#include "platform/WallClock.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <unistd.h>
+#include <vector>
+
+using platform::WallClock;
+using QN::log::LogFile;
+
+namespace {
+
+constexpr std::uint32_t usedFlags = 0x00FFFFFF;
+constexpr std::uint32_t levels = 17;
+constexpr std::chrono::seconds patienceAtExit{2};
+
+/// The logs that are open, so that what waits in them is not lost when the program ends.
+class OpenLogs {
+  public:
+    static OpenLogs& instance() {
+        static auto& logs = *new OpenLogs; // needed when static objects are gone
+        return logs;
+    }
+
+    void add(qnlog_handle* log) {
+        const std::lock_guard lock(mutex_);
+        logs_.push_back(log);
+    }
+
+    void remove(qnlog_handle* log) {
+        const std::lock_guard lock(mutex_);
+        std::erase(logs_, log);
+    }
+
+  private:
+    OpenLogs() {
+        std::atexit([] { instance().drain(); });
+    }
+
+    void drain() {
+        if (QN::async::queue::isOrphaned())
+            return;
+        const auto deadline = std::chrono::steady_clock::now() + patienceAtExit;
+        const std::lock_guard lock(mutex_);
+        try {
+            for (qnlog_handle* const log : logs_)
+                log->drain(deadline);
+        } catch (const std::bad_alloc&) { // nothing can be waited for
+        }
+    }
+
+    std::mutex mutex_;
+    std::vector<qnlog_handle*> logs_; // guarded by mutex_
+};
+
+bool exists(const std::string& path) {
+    return ::access(path.c_str(), F_OK) == 0;
+}
+
+std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t flags) {
+    if ((flags & QNLOG_ROTATE) != 0)
+        QN::log::rotate(path);
+    const bool isNew = (flags & QNLOG_BOM) != 0 && !exists(path);
+    platform::FileDescriptor file = LogFile::open(path);
+    if (!file)
+        return nullptr;
+    return std::make_unique<qnlog_handle>(
+        LogFile(std::move(file), &::write),
+        qnlog_handle::Settings{.flags = flags & usedFlags,
+                               .path = path,
+                               .banner = QN::log::banner(platform::Bundle::main(),
+                                                         platform::productVersion(),
+                                                         platform::productBuild()),
+                               .startsWithMark = isNew});
+}
+
+void append(qnlog_handle& log, std::uint32_t level, WallClock::time_point time,
+            std::string_view text) {
+    if (text.empty())
+        return;
+    if (QN::log::prefixes::areThere(log.number()))
+        log.append(level, time, QN::log::prefixes::prefixed(log.number(), text));
+    else
+        log.append(level, time, text);
+}
+
+/// Without a buffer for what is a string already.
+void appendString(qnlog_handle& log, std::uint32_t level, WallClock::time_point time,
+                  const char* text) {
+    append(log, level, time, text ? std::string_view(text) : "(null)");
+}
+
+void appendFormatted(qnlog_handle& log, std::uint32_t level, WallClock::time_point time,
+                     const char* format, va_list arguments) {
+    std::array<char, 1024> usual; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    va_list again;
+    va_copy(again, arguments);
+    const int result = std::vsnprintf(usual.data(), usual.size(), format, arguments);
+    const auto length = static_cast<std::size_t>(std::max(result, 0));
+    if (length < usual.size()) {
+        append(log, level, time, {usual.data(), length});
+    } else {
+        std::string text(length, '\0');
+        std::vsnprintf(text.data(), length + 1, format, again);
+        append(log, level, time, text);
+    }
+    va_end(again);
+}
+
+} // namespace
+
+qnlog_handle* qnlog_open(const char* path, std::uint32_t flags) {
+    try {
+        auto log = makeHandle(path, flags);
+        if (!log)
+            return nullptr;
+        OpenLogs::instance().add(log.get());
+        if ((flags & QNLOG_BANNER) != 0)
+            qnlog_msg(log.get(), qnlog_always, "%s", log->banner().c_str());
+        return log.release();
+    } catch (...) { // no memory, or no thread to write with
+        return nullptr;
+    }
+}
+
+void qnlog_close(qnlog_handle* handle) {
+    if (!handle)
+        return;
+    if (!QN::async::queue::isOrphaned())
+        OpenLogs::instance().remove(handle);
+    QN::log::prefixes::erase(handle->number());
+    delete handle;
+}
+
+std::uint32_t qnlog_getlevel(const qnlog_handle* handle) {
+    return handle->level();
+}
+
+void qnlog_setlevel(qnlog_handle* handle, std::uint32_t level) {
+    if (level < levels)
+        handle->setLevel(level);
+}
+
+void qnlog_msg(qnlog_handle* handle, std::uint32_t level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    _qnlogmsg_FREE(handle, level, format, arguments);
+    va_end(arguments);
+}
+
+void _qnlogmsg_FREE(qnlog_handle* handle, std::uint32_t level, const char* format,
+                    va_list arguments) {
+    if (!handle->wants(level))
+        return; // nobody could see that it was formatted
+    const WallClock::time_point now = WallClock::now();
+    try {
+        if (std::strcmp(format, "%s") == 0)
+            appendString(*handle, level, now, va_arg(arguments, const char*));
+        else
+            appendFormatted(*handle, level, now, format, arguments);
+    } catch (const std::bad_alloc&) { // lost, as a line that cannot be written
+    }
+}
+
+char** qnlog_rotated_files(const char* path, std::size_t* count) {
+    constexpr std::size_t backups = QN::log::lastBackup + 1;
+    *count = 0;
+    auto** const files = static_cast<char**>(std::calloc(backups, sizeof(char*)));
+    if (!files)
+        return nullptr;
+    *count = backups;
+    for (std::size_t i = 0; i < backups; ++i) {
+        const std::string backup = QN::log::backupPath(path, static_cast<int>(i));
+        if (exists(backup))
+            files[i] = ::strdup(backup.c_str());
+    }
+    return files;
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+
+/// The log: files of text that tell what the program does, one line a message, for the person who
+/// runs it and for those who support it.
+///
+///     qnlog_handle* const log = qnlog_open(path, QNLOG_BANNER | QNLOG_ROTATE | QNLOG_BOM);
+///     qnlog_msg(log, qnlog_error, "Couldn't read %s: %s", name, reason);
+///     qnlog_close(log);
+///
+/// A caller never waits for the disk: it leaves its message, and a thread of the pool writes it
+/// within a few milliseconds (errors at once), in the order in which messages were left. The file
+/// begins with a byte-order mark; then, whenever the hour or the zone has changed, comes a line
+/// with the local date, and each message is a line with minute, second and millisecond of its
+/// call, the tag of its level and its text, in one write(2):
+///
+///     2014-03-07 09:00:00 +100
+///     :41:05.318: [E] Couldn't read /etc/motd: Permission denied
+///
+/// Further lines of a text stand below its first one as they are. Control characters and bytes that
+/// are not UTF-8 become question marks, so that no text can disturb a terminal.
+///
+/// A line that cannot be written is lost without a word; none is ever left half written. While the
+/// disk hangs, up to 32 MiB of messages wait; what is beyond is counted to the system log once the
+/// disk moves again. The file stays open although somebody renames or deletes it. At the end of the
+/// program what waits is written, for 2 s at most. In a child made by fork(2) nothing is logged.
+///
+/// Nothing here throws. Any thread, unless a function says otherwise.
+class qnlog_handle;
+
+/// What qnlog_open() does besides opening; to be combined. Only the low 24 bits count.
+enum : std::uint32_t {
+    QNLOG_BANNER = 1, ///< the first message names the application and the system
+    QNLOG_ROTATE = 2, ///< the file of the last run becomes backup 0, backup 0 becomes 1, up to 4
+    QNLOG_BOM = 4,    ///< a new file begins with the byte-order mark of UTF-8
+};
+
+/// The levels that have a tag. A message is written when its level is at most the handle's. All
+/// numbers may be used: 5 to 9, 11 to 14 and 16 have no tag, greater ones have "[T]".
+enum : std::uint32_t {
+    qnlog_critical = 0,         ///< [C]
+    qnlog_error = 1,            ///< [E]
+    qnlog_warning = 2,          ///< [W]
+    qnlog_information = 3,      ///< [I]
+    qnlog_user = 4,             ///< [U], the level of a new handle
+    qnlog_verbose = 10,         ///< [V]
+    qnlog_debug = 15,           ///< [D]
+    qnlog_always = 0xFFFFFFFFU, ///< no tag, written whatever the handle's level
+};
+
+/// Opens the file, UTF-8 text `path`, creating it with mode 0644, and appends to it. Its folder
+/// must be there. Null when it cannot be opened. A file that could not be rotated is told on
+/// standard error. When root works for somebody else (set-user-ID), the file becomes that user's.
+[[nodiscard]] qnlog_handle* qnlog_open(const char* path, std::uint32_t flags);
+
+/// Returns when everything that was logged has been written, and destroys the handle, which must
+/// not be used any more. Null is ignored.
+void qnlog_close(qnlog_handle* handle);
+
+/// The level up to which messages are being written now.
+std::uint32_t qnlog_getlevel(const qnlog_handle* handle);
+
+/// Sets the level for the messages after this call and logs "log level changed". One of 17 or more
+/// is ignored.
+void qnlog_setlevel(qnlog_handle* handle, std::uint32_t level);
+
+/// Logs a text in the manner of printf(3). An empty one is not logged.
+[[gnu::format(printf, 3, 4)]] void qnlog_msg(qnlog_handle* handle, std::uint32_t level,
+                                             const char* format, ...);
+[[gnu::format(printf, 3, 0)]] void _qnlogmsg_FREE(qnlog_handle* handle, std::uint32_t level,
+                                                  const char* format, va_list arguments);
+
+/// The backups of the log at `path` that there are: an array of `count` entries, which is 5, entry
+/// n being the path of backup n, or null. The caller passes each entry and the array to free(3).
+/// Null, and 0 entries, when memory runs out.
+[[nodiscard]] char** qnlog_rotated_files(const char* path, std::size_t* count);

@@ -1,0 +1,87 @@
+#include "framework/log/LineQueue.h"
+
+#include "framework/log/qnlog.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using QN::log::LineQueue;
+using Demand = LineQueue::Demand;
+
+namespace {
+
+constexpr std::size_t chunk = 65536;
+
+LineQueue::Record message(std::string_view text, std::uint32_t level = 3) {
+    return {false, level, {}, text};
+}
+
+/// All texts that wait, given back as soon as they are read.
+std::vector<std::string> takeAll(LineQueue& queue) {
+    std::vector<std::string> texts;
+    LineQueue::Chunks chunks = queue.take();
+    while (!chunks.empty()) {
+        std::size_t offset = 0;
+        LineQueue::Record record{};
+        while (chunks.front().next(offset, record))
+            texts.emplace_back(record.text);
+        LineQueue::Chunks read;
+        read.splice(read.end(), chunks, chunks.begin());
+        queue.giveBack(std::move(read));
+    }
+    return texts;
+}
+
+} // namespace
+
+TEST(LineQueue, AsksForAWriterOnceAndHurriesALingeringOneOnlyWhenItMatters) {
+    LineQueue queue(16 * chunk, 4);
+    EXPECT_EQ(queue.append(message("a"), false), Demand::start);
+    EXPECT_EQ(queue.append(message("b"), true), Demand::none);
+    EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"a", "b"}));
+    EXPECT_TRUE(takeAll(queue).empty()); // lingers from now on
+    EXPECT_EQ(queue.append(message("c"), false), Demand::none);
+    EXPECT_EQ(queue.append(message("d"), true), Demand::hurry);
+    EXPECT_EQ(queue.append(message("e"), true), Demand::none);
+    EXPECT_FALSE(queue.endLingering());
+    EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"c", "d", "e"}));
+    EXPECT_TRUE(takeAll(queue).empty());
+    EXPECT_TRUE(queue.hurry());
+    EXPECT_FALSE(queue.hurry());
+    EXPECT_TRUE(queue.endLingering());
+    EXPECT_FALSE(queue.hurry());
+    EXPECT_EQ(queue.append(message("f"), false), Demand::start);
+    queue.writerFailed();
+    EXPECT_EQ(queue.append(message("g"), false), Demand::start);
+    EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"f", "g"}));
+}
+
+TEST(LineQueue, KeepsToItsBoundAndCountsWhatHasNoRoomButTakesLevelChanges) {
+    LineQueue queue(2 * chunk, 4);
+    const std::string text(chunk / 2, 'x'); // one a chunk
+    EXPECT_EQ(queue.append(message(text), false), Demand::start);
+    queue.append(message(text), false);
+    queue.append(message(text), false);
+    queue.append(message("small"), false); // has room behind the second
+    EXPECT_FALSE(queue.wants(5));
+    queue.append({true, 5, {}, text}, false);
+    EXPECT_TRUE(queue.wants(5));
+    EXPECT_EQ(queue.takeDropped(), 1U);
+    EXPECT_EQ(queue.takeDropped(), 0U);
+
+    LineQueue::Chunks beingWritten = queue.take();
+    EXPECT_EQ(beingWritten.size(), 3U);
+    queue.append(message(text), false); // they still count
+    EXPECT_EQ(queue.takeDropped(), 1U);
+    while (!beingWritten.empty()) {
+        LineQueue::Chunks one;
+        one.splice(one.end(), beingWritten, beingWritten.begin());
+        queue.giveBack(std::move(one));
+    }
+    queue.append(message(text), false);
+    queue.append(message(std::string(3 * chunk, 'x')), false);
+    EXPECT_EQ(takeAll(queue).size(), 1U);
+    EXPECT_EQ(queue.takeDropped(), 1U);
+}

@@ -1,0 +1,97 @@
+// What cannot be tested in the test's own process. log_child WHAT PATH does one thing with a log at
+// PATH and ends with status 0 when it went as it should.
+#include "framework/log/qnlog.h"
+#include "framework/log/qnlog_handle.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<std::size_t> largestAllocation{SIZE_MAX};
+
+void drain(qnlog_handle* log) {
+    log->drain(std::chrono::steady_clock::now() + std::chrono::seconds(20));
+}
+
+/// Leaves lines and the log open.
+int endWith(const char* path, int lines) {
+    qnlog_handle* const log = qnlog_open(path, 0);
+    for (int i = 0; i < lines; ++i)
+        qnlog_msg(log, qnlog_information, "line %d", i);
+    std::exit(log ? 0 : 1);
+}
+
+int forkAndLog(const char* path) {
+    qnlog_handle* const log = qnlog_open(path, 0);
+    qnlog_msg(log, qnlog_information, "parent");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20);
+        qnlog_msg(log, qnlog_information, "child");
+        qnlog_setlevel(log, qnlog_debug);
+        qnlog_close(log);
+        std::exit(0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    qnlog_close(log);
+    return status;
+}
+
+/// Once without memory for the caller's copy, once without memory for the line.
+int runOutOfMemory(const char* path) {
+    qnlog_handle* const log = qnlog_open(path, 0);
+    qnlog_msg(log, qnlog_information, "before");
+    drain(log);
+    const std::string big(100'000, 'x');
+    largestAllocation = big.size() / 2;
+    qnlog_msg(log, qnlog_information, "%s", big.c_str());
+    qnlog_msg(log, qnlog_information, "%d%s", 1, big.c_str());
+    drain(log);
+    const std::string small(30'000, 'x'); // has room where messages wait
+    largestAllocation = small.size() / 2;
+    qnlog_msg(log, qnlog_information, "%s", small.c_str());
+    drain(log);
+    qnlog_msg(log, qnlog_information, "after");
+    qnlog_close(log);
+    return 0;
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* const memory = size <= largestAllocation ? std::malloc(size) : nullptr;
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+int main(int argc, char** argv) {
+    const std::string_view what = argc == 3 ? argv[1] : "";
+    if (what == "exit")
+        return endWith(argv[2], 1000);
+    if (what == "exit-burst")
+        return endWith(argv[2], 100'000);
+    if (what == "fork")
+        return forkAndLog(argv[2]);
+    if (what == "no-memory")
+        return runOutOfMemory(argv[2]);
+    std::fprintf(stderr, "usage: log_child WHAT PATH\n");
+    return 2;
+}

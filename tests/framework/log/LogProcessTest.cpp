@@ -1,0 +1,42 @@
+#include "LogFixture.h"
+
+#include "support/ChildProcess.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace {
+
+int child(const std::string& what, const std::string& path) {
+    support::ChildProcess process({TONVALE_LOG_CHILD, what, path});
+    return process.wait(std::chrono::minutes(1)).value_or(-1);
+}
+
+} // namespace
+
+TEST_F(LogTest, WhatWaitsAtTheEndOfTheProgramIsWritten) {
+    EXPECT_EQ(child("exit", path("exit.log")), 0);
+    const std::string content = contentOf(path("exit.log"));
+    EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 1001);
+    EXPECT_NE(content.find("line 999\n"), std::string::npos);
+}
+
+TEST_F(LogTest, AProgramEndsThoughItsDiskHangs) {
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    const platform::FileDescriptor reader(
+        ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(child("exit-burst", path("fifo")), 0);
+}
+
+TEST_F(LogTest, AForkedChildLogsNothingAndEnds) {
+    EXPECT_EQ(child("fork", path("fork.log")), 0);
+    EXPECT_EQ(contentOf(path("fork.log")).find("child"), std::string::npos);
+}
+
+TEST_F(LogTest, AMessageWithoutMemoryIsLostAndTheNextOnesAreWritten) {
+    EXPECT_EQ(child("no-memory", path("memory.log")), 0);
+    const std::string content = contentOf(path("memory.log"));
+    EXPECT_NE(content.find("before"), std::string::npos);
+    EXPECT_EQ(content.find("xxx"), std::string::npos);
+    EXPECT_NE(content.find("after"), std::string::npos);
+}

@@ -1,0 +1,225 @@
+// The log is used like this:
+//
+//     qnlog_handle* const log = qnlog_open(path, QNLOG_BANNER | QNLOG_ROTATE | QNLOG_BOM);
+//     qnlog_msg(log, qnlog_information, "%u programs make sound", count);
+//     qnlog_setlevel(log, qnlog_debug); // from now on details, too
+//     ...
+//     qnlog_close(log); // everything is in the file
+
+#include "LogFixture.h"
+#include "framework/log/LogPrefixes.h"
+
+#include "support/ManualClock.h"
+
+#include <cstdlib>
+#include <thread>
+
+using namespace std::chrono_literals;
+using support::ScopedVariable;
+
+namespace {
+
+constexpr std::string_view mark = "\xEF\xBB\xBF";
+
+std::chrono::sys_seconds at(int year, unsigned month, unsigned day, std::chrono::seconds time) {
+    using namespace std::chrono;
+    return sys_days(std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day)) +
+           time;
+}
+
+const auto morning = at(2014, 3, 7, 8h + 41min + 5s); // UTC
+
+void log(const Log& to, std::uint32_t level, const char* text) {
+    qnlog_msg(to.get(), level, "%s", text);
+}
+
+} // namespace
+
+TEST_F(LogTest, TheFileOfARunTellsDateLevelAndTextOfEachMessage) {
+    const ScopedVariable zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+    ManualTimeOfDay time(morning);
+    {
+        const Log file = openLog(path("Tonvale.log"), QNLOG_BOM);
+        time.set(morning, 312'999);
+        qnlog_msg(file.get(), qnlog_always, "%s version %d", "starts with", 7);
+        time.set(morning + 1s, 7'000);
+        for (const std::uint32_t level : {0U, 1U, 2U, 3U, 4U})
+            log(file, level, "a text");
+        log(file, qnlog_verbose, "is not written");
+        log(file, 3, "two\nlines");
+        log(file, 3, "ends with a line feed\n");
+        log(file, 3, "");
+        time.set(morning + 18min + 55s, 0);
+        log(file, 3, "the next hour");
+        time.set(morning + 24h, 0);
+        log(file, 3, "the next day");
+        time.set(morning + 24h * 22 + 16h + 18min + 54s, 0);
+        log(file, 3, "before summer");
+        time.set(morning + 24h * 22 + 16h + 18min + 55s, 0);
+        log(file, 3, "summer");
+    }
+    EXPECT_EQ(contentOf(path("Tonvale.log")), std::string(mark) + R"(2014-03-07 09:00:00 +100
+:41:05.312: starts with version 7
+:41:06.7  : [C] a text
+:41:06.7  : [E] a text
+:41:06.7  : [W] a text
+:41:06.7  : [I] a text
+:41:06.7  : [U] a text
+:41:06.7  : [I] two
+lines
+:41:06.7  : [I] ends with a line feed
+2014-03-07 10:00:00 +100
+:00:00.0  : [I] the next hour
+2014-03-08 09:00:00 +100
+:41:05.0  : [I] the next day
+2014-03-30 01:00:00 +100
+:59:59.0  : [I] before summer
+2014-03-30 03:00:00 +200
+:00:00.0  : [I] summer
+)");
+}
+
+TEST_F(LogTest, AChangeOfZoneGivesADateLineAndAnotherYearNone) {
+    ManualTimeOfDay time(morning);
+    std::optional<ScopedVariable> zone;
+    const Log file = openLog(path("zones.log"));
+    for (const char* const name :
+         {"AAA-1", "BBB5", "CCC-5:30", "DDD0:30", "EEE3:30", "UTC0", "UTC0"}) {
+        drain(file);
+        zone.reset();
+        zone.emplace("TZ", name);
+        log(file, 3, name);
+        drain(file);
+    }
+    time.set(at(2015, 3, 7, 8h + 41min + 5s), 0);
+    log(file, 3, "a year later");
+    drain(file);
+    EXPECT_EQ(contentOf(path("zones.log")), R"(2014-03-07 09:00:00 +100
+:41:05.0  : [I] AAA-1
+2014-03-07 03:00:00 -500
+:41:05.0  : [I] BBB5
+2014-03-07 14:00:00 +530
+:11:05.0  : [I] CCC-5:30
+2014-03-07 08:00:00 +030
+:11:05.0  : [I] DDD0:30
+2014-03-07 05:00:00 -330
+:11:05.0  : [I] EEE3:30
+2014-03-07 08:00:00 +000
+:41:05.0  : [I] UTC0
+:41:05.0  : [I] UTC0
+:41:05.0  : [I] a year later
+)");
+}
+
+TEST_F(LogTest, LevelsChangeInOrderWithTheMessages) {
+    const ScopedVariable zone("TZ", "UTC0");
+    ManualTimeOfDay time(morning);
+    {
+        const Log file = openLog(path("levels.log"));
+        log(file, qnlog_debug, "not yet");
+        qnlog_setlevel(file.get(), qnlog_debug);
+        for (const std::uint32_t level : {5U, 9U, 10U, 11U, 14U, 15U, 16U, 17U, 0xFFFFFFFEU})
+            log(file, level, "detail");
+        drain(file);
+        EXPECT_EQ(qnlog_getlevel(file.get()), qnlog_debug);
+        qnlog_setlevel(file.get(), 17);
+        qnlog_setlevel(file.get(), 16);
+        log(file, 16, "most detail");
+        qnlog_setlevel(file.get(), qnlog_critical);
+        log(file, qnlog_error, "not any more");
+        log(file, qnlog_always, "always");
+        drain(file);
+        EXPECT_EQ(qnlog_getlevel(file.get()), qnlog_critical);
+    }
+    EXPECT_EQ(contentOf(path("levels.log")), R"(2014-03-07 08:00:00 +000
+:41:05.0  : [D] log level changed
+:41:05.0  : detail
+:41:05.0  : detail
+:41:05.0  : [V] detail
+:41:05.0  : detail
+:41:05.0  : detail
+:41:05.0  : [D] detail
+:41:05.0  : log level changed
+:41:05.0  : most detail
+:41:05.0  : [C] log level changed
+:41:05.0  : always
+)");
+}
+
+TEST_F(LogTest, AnOldFileIsContinuedAndTheFirstMessageHasADateLineAllTheSame) {
+    const ScopedVariable zone("TZ", "UTC0");
+    const ManualTimeOfDay time(morning);
+    for (const char* const text : {"first run", "second run"})
+        log(openLog(path("continued.log"), QNLOG_BOM), 3, text);
+    EXPECT_EQ(contentOf(path("continued.log")), std::string(mark) + "2014-03-07 08:00:00 +000\n"
+                                                                    ":41:05.0  : [I] first run\n"
+                                                                    "2014-03-07 08:00:00 +000\n"
+                                                                    ":41:05.0  : [I] second run\n");
+}
+
+TEST_F(LogTest, NoTextDisturbsALineOrATerminal) {
+    const ScopedVariable zone("TZ", "UTC0");
+    const ManualTimeOfDay time(morning);
+    const std::string big(100'000, 'x'); // more than a chunk
+    {
+        const Log file = openLog(path("hostile.log"));
+        log(file, 3, "\x1B[2Jgone\r\a\x7F");
+        log(file, 3, "tab\tand \u00FCml\u00E4ut \u20AC \U0001F50A");
+        log(file, 3,
+            "C1 \xC2\x9B"
+            "31m overlong \xC0\xAF surrogate \xED\xA0\x80 beyond \xF4\x90\x80\x80 cut "
+            "\xE2\x82");
+        log(file, 3, "100 %s%n");
+        log(file, 3, nullptr);
+        qnlog_msg(file.get(), 3, "%s and %s", "long", big.c_str());
+    }
+    EXPECT_EQ(contentOf(path("hostile.log")),
+              "2014-03-07 08:00:00 +000\n"
+              ":41:05.0  : [I] ?[2Jgone???\n"
+              ":41:05.0  : [I] tab\tand \u00FCml\u00E4ut \u20AC \U0001F50A\n"
+              ":41:05.0  : [I] C1 ??31m overlong ?? surrogate ??? beyond ???? cut ??\n"
+              ":41:05.0  : [I] 100 %s%n\n"
+              ":41:05.0  : [I] (null)\n"
+              ":41:05.0  : [I] long and " +
+                  big + "\n");
+}
+
+TEST_F(LogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
+    namespace prefixes = QN::log::prefixes;
+    const ScopedVariable zone("TZ", "UTC0");
+    const ManualTimeOfDay time(morning);
+    std::uint64_t number = 0;
+    {
+        const Log file = openLog(path("prefixes.log"));
+        number = file->number();
+        prefixes::append(number, "import");
+        prefixes::append(number, "(2)");
+        log(file, 3, "begins");
+        std::thread([&] { log(file, 3, "elsewhere"); }).join();
+        log(file, 3, "");
+    }
+    EXPECT_FALSE(prefixes::areThere(number));
+    EXPECT_EQ(contentOf(path("prefixes.log")), "2014-03-07 08:00:00 +000\n"
+                                               ":41:05.0  : [I] import (2) begins\n"
+                                               ":41:05.0  : [I] elsewhere\n");
+}
+
+TEST_F(LogTest, WritingGoesOnInTheOpenFileThatSomebodyDeletesOrRenames) {
+    const Log file = openLog(path("old.log"));
+    ASSERT_EQ(::rename(path("old.log").c_str(), path("new.log").c_str()), 0);
+    log(file, 3, "after renaming");
+    drain(file);
+    EXPECT_NE(contentOf(path("new.log")).find("after renaming"), std::string::npos);
+    ASSERT_EQ(::unlink(path("new.log").c_str()), 0);
+    log(file, 3, "after deleting");
+    drain(file);
+    EXPECT_EQ(::access(path("old.log").c_str(), F_OK), -1);
+}
+
+TEST_F(LogTest, AnErrorIsWrittenAtOnceWithoutAnybodyWaiting) {
+    const Log file = openLog(path("error.log"));
+    log(file, qnlog_information, "begin");
+    log(file, qnlog_error, "an error");
+    EXPECT_TRUE(support::waitUntil(
+        [&] { return contentOf(path("error.log")).find("an error") != std::string::npos; }));
+}
