@@ -92,13 +92,21 @@ double nanosecondsEach(std::size_t count, const std::function<void()>& work) {
 
 bool run(std::string_view filter, const std::string& resultFile) {
     QJsonArray rows;
+    bool failed = false;
     for (const Figure& figure : figures()) {
         if (figure.name.find(filter) == std::string::npos)
             continue;
-        const Result result = measure(figure);
-        print(figure, result);
-        rows.push_back(row(figure, result));
+        try {
+            const Result result = measure(figure);
+            print(figure, result);
+            rows.push_back(row(figure, result));
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "%s failed: %s\n", figure.name.c_str(), error.what());
+            failed = true;
+        }
     }
+    if (failed)
+        return false;
     if (rows.isEmpty()) {
         std::fprintf(stderr, "No figure's name contains \"%.*s\".\n",
                      static_cast<int>(filter.size()), filter.data());
