@@ -137,10 +137,11 @@ void RunLoop::servePostedCalls() {
     std::unique_lock lock(postedMutex_);
     // Calls that these calls post wait for the next turn, so that descriptors get theirs between.
     for (std::size_t left = posted_.size(); left > 0 && !posted_.empty(); --left) {
-        const auto call = std::move(posted_.front());
+        auto call = std::move(posted_.front());
         posted_.pop_front();
         lock.unlock();
         guarded(kExceptionInPostedCall, call);
+        call = nullptr; // what it holds may post when it goes
         lock.lock();
     }
     if (posted_.empty())

@@ -37,6 +37,7 @@ void SerialDispatchQueue::setTarget(std::shared_ptr<DispatchQueue> target) {
     target_ = std::move(target);
     // A job that waits in the former target will find that it is at the wrong place.
     scheduled_ = false;
+    changed_.notify_all();
     scheduleIfNeeded(lock);
 }
 
@@ -76,7 +77,7 @@ void SerialDispatchQueue::runOldest(Lock& lock) {
 
 void SerialDispatchQueue::finish(Lock& lock) {
     executing_ = false;
-    finished_.notify_all();
+    changed_.notify_all();
     scheduleIfNeeded(lock);
 }
 
@@ -84,77 +85,85 @@ bool SerialDispatchQueue::isHeldByCaller() const noexcept {
     return isCurrent() || target()->isHeldByCaller();
 }
 
+/// A block whose submitter waits until it has run.
+struct SerialDispatchQueue::Waiter {
+    const Block& block;
+    bool isQueued = false;
+    // Guarded by the queue's mutex_.
+    bool isDone = false;
+    std::exception_ptr thrown = {};
+};
+
+/// Looks at everything anew whenever the target has changed, which may have become one that the
+/// caller holds.
 void SerialDispatchQueue::syncFromOutside(const Block& block) {
-    for (;;) {
-        const auto on = target();
+    Waiter waiter{block};
+    Lock lock(mutex_);
+    while (!waiter.isDone) {
+        const auto on = target_;
+        lock.unlock();
         // A job that waits in a target that the caller holds could not run before we return.
         const bool held = on->isCurrent() || on->isHeldByCaller();
-        Lock lock(mutex_);
-        if (held)
-            finished_.wait(lock, [this] { return !executing_; });
-        if (target_ != on)
-            continue;
+        lock.lock();
         if (!held && (executing_ || !blocks_.empty())) {
-            waitFor(lock, block);
-            return;
+            waitFor(lock, waiter, on);
+            continue;
         }
+        changed_.wait(lock, [&] { return !executing_ || waiter.isDone || target_ != on; });
+        if (executing_ || waiter.isDone || target_ != on)
+            continue;
         lock.unlock();
-        if (runHere(*on, block))
-            return;
+        runHere(*on, waiter);
+        lock.lock();
     }
+    lock.unlock();
+    if (waiter.thrown)
+        std::rethrow_exception(waiter.thrown);
 }
 
-/// Runs what waits and then `block` on the calling thread, in a turn of the target. The queue is
-/// taken only when that turn has come: whoever holds the target may need the queue until then.
-/// False, with nothing done, when somebody else has it or it has got another target.
-bool SerialDispatchQueue::runHere(DispatchQueue& on, const Block& block) {
-    bool ran = false;
-    std::exception_ptr thrown;
+/// Until the block has run in its turn, or the queue has another target than `on`.
+void SerialDispatchQueue::waitFor(Lock& lock, Waiter& waiter,
+                                  const std::shared_ptr<DispatchQueue>& on) {
+    if (!std::exchange(waiter.isQueued, true))
+        blocks_.emplace_back([&] { run(waiter); });
+    scheduleIfNeeded(lock);
+    changed_.wait(lock, [&] { return waiter.isDone || target_ != on; });
+}
+
+/// Runs what waits and then the block on the calling thread, in a turn of the target. The queue is
+/// taken only when that turn has come: whoever holds the target may need the queue until then. The
+/// block is not done afterwards when somebody else has the queue or it has got another target.
+void SerialDispatchQueue::runHere(DispatchQueue& on, Waiter& waiter) {
     on.sync([&] {
         Lock lock(mutex_);
-        if (executing_ || target_.get() != &on)
+        if (executing_ || waiter.isDone)
             return;
-        ran = true;
         executing_ = true;
-        for (std::size_t left = blocks_.size(); left > 0; --left)
+        const auto isOurs = [&] { return !waiter.isDone && target_.get() == &on; };
+        std::size_t left = blocks_.size();
+        for (; left > 0 && isOurs(); --left)
             runOldest(lock);
-        lock.unlock();
-        {
+        if (isOurs() && !waiter.isQueued) {
+            lock.unlock();
             const Running running(*this);
-            try {
-                block();
-            } catch (...) {
-                thrown = std::current_exception();
-            }
+            run(waiter);
+            lock.lock();
         }
-        lock.lock();
         finish(lock);
     });
-    if (thrown)
-        std::rethrow_exception(thrown);
-    return ran;
 }
 
-void SerialDispatchQueue::waitFor(Lock& lock, const Block& block) {
-    bool done = false; // guarded by mutex_, like `thrown`
+void SerialDispatchQueue::run(Waiter& waiter) {
     std::exception_ptr thrown;
-    blocks_.emplace_back([&] {
-        std::exception_ptr caught;
-        try {
-            block();
-        } catch (...) {
-            caught = std::current_exception();
-        }
-        const std::lock_guard inner(mutex_);
-        thrown = caught;
-        done = true;
-        finished_.notify_all();
-    });
-    scheduleIfNeeded(lock);
-    finished_.wait(lock, [&done] { return done; });
-    lock.unlock();
-    if (thrown)
-        std::rethrow_exception(thrown);
+    try {
+        waiter.block();
+    } catch (...) {
+        thrown = std::current_exception();
+    }
+    const std::lock_guard lock(mutex_);
+    waiter.thrown = thrown;
+    waiter.isDone = true;
+    changed_.notify_all();
 }
 
 } // namespace platform

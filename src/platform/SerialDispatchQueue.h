@@ -23,17 +23,19 @@ class SerialDispatchQueue final : public DispatchQueue {
 
   private:
     using Lock = std::unique_lock<std::mutex>;
+    struct Waiter;
 
     std::shared_ptr<DispatchQueue> target() const;
     void scheduleIfNeeded(Lock& lock);
     void runJob(const std::shared_ptr<DispatchQueue>& on);
     void runOldest(Lock& lock);
     void finish(Lock& lock);
-    bool runHere(DispatchQueue& on, const Block& block);
-    void waitFor(Lock& lock, const Block& block);
+    void waitFor(Lock& lock, Waiter& waiter, const std::shared_ptr<DispatchQueue>& on);
+    void runHere(DispatchQueue& on, Waiter& waiter);
+    void run(Waiter& waiter);
 
     mutable std::mutex mutex_;
-    std::condition_variable finished_;
+    std::condition_variable changed_; // execution or a waited-for block ended, another target
     // Guarded by mutex_.
     std::shared_ptr<DispatchQueue> target_;
     std::deque<Block> blocks_;

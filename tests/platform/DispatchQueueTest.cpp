@@ -209,7 +209,8 @@ TEST(DispatchQueue, SyncFromOutsideAndFromABlockOfTheTargetDoNotWaitForEachOther
     const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
     queue->setTarget(target);
     std::atomic<int> count = 0;
-    for (int round = 0; round < 300; ++round) {
+    constexpr int rounds = 20;
+    for (int round = 0; round < rounds; ++round) {
         Door begun;
         std::thread outside([&] {
             begun.wait();
@@ -224,18 +225,32 @@ TEST(DispatchQueue, SyncFromOutsideAndFromABlockOfTheTargetDoNotWaitForEachOther
         });
         outside.join();
     }
-    EXPECT_EQ(count, 300 * 21);
+    EXPECT_EQ(count, rounds * 21);
+}
 
-    std::thread outside([&] {
-        queue->setTarget(DispatchQueue::main());
-        queue->sync([&] { ++count; });
+TEST(DispatchQueue, SyncFollowsItsQueueToANewTarget) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const auto former = DispatchQueue::makeSerial("com.quarnel.test.former");
+    const auto other = DispatchQueue::makeSerial("com.quarnel.test.other");
+    std::string order;
+    queue->setTarget(former);
+    former->sync([&] { // so that the blocks are run in place
+        queue->async([&] { order += former->isCurrent() ? "a" : "?"; });
+        queue->async([&] { queue->setTarget(other); });
+        queue->async([&] { order += other->isCurrent() ? "b" : "?"; });
+        queue->sync([&] { order += other->isCurrent() ? "c" : "?"; });
     });
-    EXPECT_TRUE(support::waitUntil([&] {
-        queue->sync([] {});
-        platform::drainMainQueue();
-        return count == 300 * 21 + 1;
-    }));
-    outside.join();
+    EXPECT_EQ(order, "abc");
+
+    // The main thread waits, most likely, when its own queue becomes the target.
+    queue->async([&] {
+        std::this_thread::sleep_for(5ms);
+        queue->setTarget(DispatchQueue::main());
+    });
+    queue->async([&] { order += "d"; });
+    queue->sync([&] { order += "e"; });
+    EXPECT_EQ(order, "abcde");
+    platform::drainMainQueue();
 }
 
 TEST(DispatchTimer, SubmitsItsBlockOnceAtTheLastDeadlineThatWasSet) {
