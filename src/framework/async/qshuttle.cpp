@@ -51,7 +51,7 @@ bool qshuttle::takeNext(TaskEntry& task, bool goOn) {
 }
 
 qshuttle::Look qshuttle::look() {
-    const auto now = platform::MonotonicClock::now();
+    const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(flag_);
     if (std::exchange(hasMoved_, false))
         lastMoved_ = now;
@@ -69,7 +69,7 @@ qshuttle::Look qshuttle::look() {
 
 void qshuttle::leaveToWorkers() {
     const std::lock_guard lock(flag_);
-    leftToWorkers_ = true;
+    leftToWorkers_ = isRunnable(); // a worker may have taken the last task since the look
 }
 
 void qshuttle::suspend() {

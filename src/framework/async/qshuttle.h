@@ -4,8 +4,6 @@
 #include "framework/async/SpinFlag.h"
 #include "framework/async/Task.h"
 
-#include "platform/MonotonicClock.h"
-
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -48,7 +46,7 @@ class qshuttle {
     std::uint64_t running() const noexcept { return running_.load(); }
 
     /// How long the workers of a queue are given to show that they get on with its tasks: longer
-    /// than a busy machine keeps a thread from running.
+    /// than a busy machine keeps a thread from running. It is about threads, so real time counts.
     static constexpr std::chrono::milliseconds patience{10};
 
     /// What a scheduling pass has to know of the queue.
@@ -92,9 +90,9 @@ class qshuttle {
     const std::int32_t priority_;
     const std::string name_;
 
-    bool leftToWorkers_ = false;                     // guarded by flag_
-    bool hasMoved_ = false;                          // since the last look; guarded by flag_
-    platform::MonotonicClock::time_point lastMoved_; // as the looks saw it; guarded by flag_
+    bool leftToWorkers_ = false;                      // guarded by flag_
+    bool hasMoved_ = false;                           // since the last look; guarded by flag_
+    std::chrono::steady_clock::time_point lastMoved_; // as the looks saw it; guarded by flag_
 };
 
 } // namespace QN::async

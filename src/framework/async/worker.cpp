@@ -46,16 +46,14 @@ bool worker::claim() noexcept {
 }
 
 void worker::give(const std::shared_ptr<qshuttle>& queue, TaskEntry task) {
-    {
-        const std::lock_guard lock(flag_);
-        if (isStarted() && (!tasks_.empty() || stop_)) {
-            std::fprintf(stderr, "QN::async %s worker not idle!\n", queue->name().c_str());
-            std::abort();
-        }
-        tasks_.push_back(std::move(task));
-        queue_ = queue;
+    const std::lock_guard lock(flag_);
+    if (isStarted() && (!tasks_.empty() || stop_)) {
+        std::fprintf(stderr, "QN::async %s worker not idle!\n", queue->name().c_str());
+        std::abort();
     }
-    wake();
+    tasks_.push_back(std::move(task));
+    queue_ = queue;
+    wake(); // under the flag: else a worker that is awake could run the task and be retired before
 }
 
 std::shared_ptr<qshuttle> worker::take(TaskEntry& task) {

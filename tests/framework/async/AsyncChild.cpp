@@ -3,6 +3,8 @@
 #include "framework/async/manager.h"
 #include "framework/async/queue.h"
 #include "framework/async/worker.h"
+#include "framework/monitor/QNItemContentChangeMonitor.h"
+#include "framework/monitor/RLBGTimer.h"
 
 #include "platform/BackgroundLoop.h"
 #include "platform/DispatchQueue.h"
@@ -17,6 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <latch>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <sys/wait.h>
@@ -154,6 +157,41 @@ int noBackgroundLoop(int failures) {
     return 0;
 }
 
+/// A timer and a file that could not be served say so, and later ones are.
+int noServiceForTimersAndFiles(int failures) {
+    const auto queue = platform::DispatchQueue::makeSerial("com.quarnel.test");
+    std::latch started(1);
+    queue->async([&] { started.count_down(); });
+    started.wait(); // there is a thread for queues
+    refuse(std::numeric_limits<int>::max());
+    std::atomic<int> lastKind = 0;
+    const auto observe = [&] {
+        return QNItemContentChangeMonitor::addObserverForPath(
+            "/", queue, [&](const WatchedItem&, auto kind) { lastKind = kind; });
+    };
+    const auto refused = observe();
+    if (!support::waitUntil([&] { return lastKind == QNItemNotMonitored; }))
+        return 1;
+    RLBGTimer timer(nullptr);
+    std::atomic<int> runs = 0;
+    for (int i = 0; i < failures; ++i) {
+        try {
+            timer.afterDelay(0, [&](void*) { runs += 100; });
+            return 1;
+        } catch (const std::system_error&) {
+        }
+    }
+    refuse(0);
+    timer.afterDelay(0, [&](void*) { ++runs; });
+    lastKind = 0;
+    const auto observer = observe();
+    QNItemContentChangeMonitor::triggerChangeForItem(WatchedItem::path("/"));
+    const bool isWell = support::waitUntil([&] { return runs == 1 && lastKind == 1; });
+    for (const auto& each : {refused, observer})
+        QNItemContentChangeMonitor::removeObserver(each);
+    return isWell ? 0 : 1;
+}
+
 int notIdle(int) {
     const auto queue = std::make_shared<qshuttle>("com.quarnel.log", true, -254);
     worker lazy("lazy", [](worker&) { return worker::Bound(); });
@@ -256,6 +294,7 @@ int main(int argc, char** argv) {
                               {"no-manager", &noManager},
                               {"no-dispatch-thread", &noDispatchThread},
                               {"no-background-loop", &noBackgroundLoop},
+                              {"no-service", &noServiceForTimersAndFiles},
                               {"not-idle", &notIdle},
                               {"fork", &forkAndExec},
                               {"end", &endAgainAndAgain}};

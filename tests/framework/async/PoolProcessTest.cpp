@@ -63,6 +63,7 @@ TEST(PoolProcess, ThrowsWhenThereIsNoThreadForTheManagerAndStartsOnTheNextUse) {
 TEST(PoolProcess, DispatchQueuesAndTheBackgroundLoopGetTheirThreadOnALaterTry) {
     EXPECT_EQ(child("no-dispatch-thread", 3).status, 0);
     EXPECT_EQ(child("no-background-loop", 3).status, 0);
+    EXPECT_EQ(child("no-service", 3).status, 0);
 }
 
 TEST(PoolProcess, EndsWhenATaskIsGivenToAWorkerThatIsNotFree) {
