@@ -138,10 +138,10 @@ qnlog_handle* qnlog_open(const char* path, std::uint32_t flags) {
 }
 
 void qnlog_close(qnlog_handle* handle) {
-    if (!handle)
+    // A child made by fork(2) leaves it be: there, what threads of the parent hold is never free.
+    if (!handle || QN::async::queue::isOrphaned())
         return;
-    if (!QN::async::queue::isOrphaned())
-        OpenLogs::instance().remove(handle);
+    OpenLogs::instance().remove(handle);
     QN::log::prefixes::erase(handle->number());
     delete handle;
 }

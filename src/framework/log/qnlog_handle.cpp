@@ -31,8 +31,6 @@ qnlog_handle::qnlog_handle(LogFile file, Settings settings)
 }
 
 qnlog_handle::~qnlog_handle() {
-    if (QN::async::queue::isOrphaned())
-        return;
     isClosing_ = true;
     if (lines_.hurry())
         hurry_.set();
