@@ -55,6 +55,8 @@ struct FileWatch::State final : FileWatchService::Client {
     void call(std::uint32_t signs) {
         if ((signs & FileWatchService::overflowed) != 0)
             tell(written);
+        if ((pending & cancelled) != 0)
+            return; // by the handler
         tell(((signs & FileWatchService::changed) != 0 ? written : 0U) | departure(signs));
     }
 

@@ -122,19 +122,33 @@ bool FileWatchService::openInstance() {
     instance_.reset(calls_.init());
     if (!instance_)
         return false;
-    if (RunLoop::current() == &loop_)
-        listen();
-    else
-        loop_.post([this] { listen(); });
+    if (RunLoop::current() != &loop_) {
+        loop_.post([this] {
+            if (!listen())
+                abandon();
+        });
+    } else if (!listen()) {
+        instance_.reset();
+        return false;
+    }
     return true;
 }
 
-void FileWatchService::listen() {
+bool FileWatchService::listen() {
     buffer_.resize(bufferSize);
     source_ = RunLoopSource::create(loop_, instance_.get(), RunLoopSource::reading,
                                     [this] { readEvents(); });
-    if (!source_)
-        systemLog(LogPriority::error, "Changes of files go unnoticed: %s", std::strerror(errno));
+    return source_ != nullptr;
+}
+
+/// The loop does not take the instance: what is watched so far stays mute, and the next add() tries
+/// with another one.
+void FileWatchService::abandon() {
+    systemLog(LogPriority::error, "Changes of files go unnoticed: %s", std::strerror(errno));
+    const std::lock_guard lock(mutex_);
+    while (!links_.empty())
+        forget(links_.begin()->first);
+    instance_.reset();
 }
 
 /// Answers the kernel's watch, -1 on failure. It is the same for the same file, whatever the path:

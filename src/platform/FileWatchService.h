@@ -88,7 +88,8 @@ class FileWatchService {
     using Notices = std::vector<std::pair<std::shared_ptr<Client>, std::uint32_t>>;
 
     bool openInstance();
-    void listen();
+    bool listen();
+    void abandon();
     int link(Client& client, int descriptor, std::uint32_t mask, bool asParent);
     void unlink(Client& client, int watch, bool asParent) noexcept;
     void linkToParent(Client& client, int descriptor);

@@ -70,8 +70,12 @@ bool QNItemContentChangeProxy::stop(std::function<void()> completion) {
         return false;
     source->cancel([self = shared_from_this(), completion = std::move(completion)]() mutable {
         self->dropCoalescedCall();
-        if (completion)
+        if (!completion)
+            return;
+        // Behind a coalesced call that is being made.
+        self->coalesceTimer_.queue()->async([completion = std::move(completion)]() mutable {
             DispatchQueue::global()->async(std::move(completion));
+        });
     });
     return true;
 }

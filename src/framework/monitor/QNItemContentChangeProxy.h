@@ -45,7 +45,8 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     void monitor();
 
     /// Ends the watch. A handler that waits for its turn may still be called. When none can be any
-    /// more, `completion` is submitted to the global queue. False, and no completion, when nothing
+    /// more, except by an earlier notify() on a concurrent queue, `completion` is submitted to the
+    /// global queue. False, and no completion, when nothing
     /// is being watched.
     bool stop(std::function<void()> completion);
 

@@ -41,15 +41,26 @@ struct RLBGTimer::State : std::enable_shared_from_this<State> {
             now + std::chrono::round<MonotonicClock::duration>(std::min(left, longestDelay));
         if (timer_ && !mayReschedule(fireTime))
             return;
-        if (!timer_) {
+        start(fireTime);
+        nextFireTime_ = fireTime;
+        std::swap(block_, block);
+    }
+
+    void start(MonotonicClock::time_point fireTime) {
+        const bool isPending = timer_.has_value();
+        if (!isPending) {
             timer_.emplace(queue_, [weak = weak_from_this()] {
                 if (const auto self = weak.lock())
                     self->fire();
             });
         }
-        nextFireTime_ = fireTime;
-        std::swap(block_, block);
-        timer_->start(fireTime);
+        try {
+            timer_->start(fireTime);
+        } catch (...) {
+            if (!isPending)
+                timer_.reset();
+            throw;
+        }
     }
 
     void fire() {
