@@ -77,8 +77,9 @@ void InotifyCalls::removeWatch(int instance, int watch) const noexcept {
 
 FileWatchService& FileWatchService::shared() {
     // Never destroyed, as the loop.
-    static auto* const service = new FileWatchService(backgroundLoop(), *new InotifyCalls);
-    return *service;
+    static const auto& calls = *new InotifyCalls;
+    static auto& service = *new FileWatchService(backgroundLoop(), calls);
+    return service;
 }
 
 FileWatchService::FileWatchService(RunLoop& loop, const InotifyCalls& calls)

@@ -2,13 +2,15 @@
 
 #include "support/ChildProcess.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
 
-int child(const std::string& what, const std::string& path) {
-    support::ChildProcess process({TONVALE_LOG_CHILD, what, path});
+int child(const std::string& what, const std::string& path,
+          const support::ChildProcess::Options& options = {}) {
+    support::ChildProcess process({TONVALE_LOG_CHILD, what, path}, options);
     return process.wait(std::chrono::minutes(1)).value_or(-1);
 }
 
@@ -29,7 +31,10 @@ TEST_F(LogTest, AProgramEndsThoughItsDiskHangs) {
 }
 
 TEST_F(LogTest, AForkedChildLogsNothingAndEnds) {
-    EXPECT_EQ(child("fork", path("fork.log")), 0);
+    // What only the threads of the parent know of counts as a leak in the child.
+    const char* const given = std::getenv("ASAN_OPTIONS");
+    const std::string noLeaks = std::string(given ? given : "") + ":detect_leaks=0";
+    EXPECT_EQ(child("fork", path("fork.log"), {.environment = {{"ASAN_OPTIONS", noLeaks}}}), 0);
     EXPECT_EQ(contentOf(path("fork.log")).find("child"), std::string::npos);
 }
 
