@@ -1,12 +1,13 @@
 #include "platform/Bundle.h"
 
 #include "platform/ProcessInfo.h"
+#include "platform/PropertyListNode.h"
 #include "platform/SystemLog.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <plist/plist.h>
 #include <unistd.h>
@@ -15,19 +16,12 @@ namespace platform {
 
 namespace {
 
-struct PlistDeleter {
-    using pointer = plist_t;
-    void operator()(plist_t node) const noexcept { plist_free(node); }
-};
-using Plist = std::unique_ptr<plist_t, PlistDeleter>;
-
-Plist readPropertyList(const std::filesystem::path& file) {
+PropertyListNode readInformation(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
-    const std::string content{std::istreambuf_iterator<char>(stream), {}};
-    plist_t root = nullptr;
-    if (!content.empty())
-        plist_from_memory(content.data(), static_cast<std::uint32_t>(content.size()), &root);
-    return Plist(root);
+    std::string content;
+    for (std::array<char, 4096> part{}; stream.read(part.data(), part.size()), stream.gcount() > 0;)
+        content.append(part.data(), static_cast<std::size_t>(stream.gcount()));
+    return readPropertyList(content);
 }
 
 std::map<std::string, std::string, std::less<>> textsOf(plist_t dictionary) {
@@ -71,7 +65,7 @@ const Bundle& Bundle::main() {
 
 Bundle::Bundle(std::filesystem::path contents) : contents_(std::move(contents)) {
     const std::filesystem::path file = contents_ / "Info.plist";
-    const Plist root = readPropertyList(file);
+    const PropertyListNode root = readInformation(file);
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT) {
         systemLog(LogPriority::error, "Couldn't read the bundle's information from %s",
                   file.c_str());

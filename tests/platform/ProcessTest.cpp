@@ -87,5 +87,7 @@ TEST(Bundle, ReadsItsInformationAndSurvivesADamagedOrMissingFile) {
     }
     support::SystemLogRecorder log;
     EXPECT_EQ(platform::Bundle(folder.path() / "absent").identifier(), "");
+    std::filesystem::create_directories(folder.path() / "strange" / "Info.plist");
+    EXPECT_EQ(platform::Bundle(folder.path() / "strange").identifier(), "");
     EXPECT_EQ(log.count("Couldn't read the bundle's information"), 1U);
 }

@@ -66,15 +66,13 @@ LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcep
     Chunks fresh; // made, and destroyed if not needed, without the flag
     std::unique_lock lock(flag_);
     while (!hasRoom(record.text.size())) {
+        const std::size_t capacity = Chunk::capacityFor(record.text.size());
+        if (held_ + capacity > bound_)
+            return drop(record);
         if (!fresh.empty()) {
-            held_ += fresh.front().capacity();
+            held_ += capacity;
             waiting_.splice(waiting_.end(), fresh);
             continue;
-        }
-        const std::size_t capacity = Chunk::capacityFor(record.text.size());
-        if (!record.isLevelChange && held_ + capacity > bound_) {
-            ++dropped_;
-            return demandOf(true);
         }
         lock.unlock();
         try {
@@ -91,6 +89,15 @@ LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcep
     const Demand demand = demandOf(isUrgent);
     lock.unlock();
     return demand;
+}
+
+LineQueue::Demand LineQueue::drop(const Record& record) noexcept {
+    ++dropped_;
+    if (record.isLevelChange) {
+        lostLevel_ = record.level;
+        level_.store(record.level, std::memory_order_relaxed);
+    }
+    return demandOf(true); // the writer tells how much is missing
 }
 
 bool LineQueue::hasRoom(std::size_t textSize) noexcept {
@@ -111,8 +118,6 @@ LineQueue::Demand LineQueue::demandOf(bool isUrgent) noexcept {
 
 LineQueue::Chunks LineQueue::take() noexcept {
     const std::lock_guard lock(flag_);
-    if (waiting_.empty())
-        writer_ = Writer::lingering;
     return std::exchange(waiting_, Chunks());
 }
 
@@ -123,6 +128,13 @@ void LineQueue::giveBack(Chunks chunk) noexcept {
         return;
     chunk.front().clear();
     spare_.splice(spare_.end(), chunk);
+}
+
+bool LineQueue::beginLingering() noexcept {
+    const std::lock_guard lock(flag_);
+    if (waiting_.empty())
+        writer_ = Writer::lingering;
+    return waiting_.empty();
 }
 
 bool LineQueue::endLingering() noexcept {
@@ -144,6 +156,11 @@ void LineQueue::writerFailed() noexcept {
 std::uint64_t LineQueue::takeDropped() noexcept {
     const std::lock_guard lock(flag_);
     return std::exchange(dropped_, 0);
+}
+
+std::optional<std::uint32_t> LineQueue::takeLostLevel() noexcept {
+    const std::lock_guard lock(flag_);
+    return std::exchange(lostLevel_, std::nullopt);
 }
 
 } // namespace QN::log

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 namespace QN::log {
@@ -63,15 +64,18 @@ class LineQueue {
     /// Whether a message of that level, appended now, would be written.
     bool wants(std::uint32_t level) const noexcept;
 
-    /// A record that finds no room is counted and dropped, except that level changes always find
-    /// some. `isUrgent` asks a lingering writer to hurry.
+    /// A record that finds no room is counted and dropped; of a level change the level stays, see
+    /// takeLostLevel(). `isUrgent` asks a lingering writer to hurry.
     Demand append(const Record& record, bool isUrgent) noexcept;
 
-    /// For the writer: all there is. When there is nothing, it counts as lingering from now on.
+    /// All there is.
     Chunks take() noexcept;
 
     /// Returns a chunk that has been written.
     void giveBack(Chunks chunk) noexcept;
+
+    /// For a writer that has written. False when more has come; else it counts as lingering.
+    bool beginLingering() noexcept;
 
     /// For a writer that has lingered. True, and nobody is writing, when nothing has come.
     bool endLingering() noexcept;
@@ -85,10 +89,14 @@ class LineQueue {
     /// Records dropped since the last call.
     std::uint64_t takeDropped() noexcept;
 
+    /// The level of the last change that was dropped since the last call.
+    std::optional<std::uint32_t> takeLostLevel() noexcept;
+
   private:
     enum class Writer { none, working, lingering };
 
     bool hasRoom(std::size_t textSize) noexcept;
+    Demand drop(const Record& record) noexcept;
     Demand demandOf(bool isUrgent) noexcept;
 
     const std::size_t bound_;
@@ -100,6 +108,7 @@ class LineQueue {
     Chunks spare_;   // one at most, to save allocations
     std::size_t held_ = 0;
     std::uint64_t dropped_ = 0;
+    std::optional<std::uint32_t> lostLevel_;
     Writer writer_ = Writer::none;
 };
 

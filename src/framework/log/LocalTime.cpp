@@ -1,7 +1,6 @@
 #include "framework/log/LocalTime.h"
 
 #include <chrono>
-#include <cstdlib>
 
 namespace QN::log {
 
@@ -34,14 +33,13 @@ const std::tm& LocalTime::of(std::int64_t secondsSince1970) {
 
 /// False when the zone had to be read again, so that time_ may be another zone's.
 bool LocalTime::isUpToDate() {
-    const char* const zone = std::getenv("TZ");
     const auto now = platform::MonotonicClock::now();
-    const bool isSame = zone ? zone_ == zone : !zone_;
-    if (isSame && zoneRead_ && now - *zoneRead_ < zoneLifetime)
+    if (zoneRead_ && now - *zoneRead_ < zoneLifetime)
         return true;
-    zone_ = zone ? std::optional<std::string>(zone) : std::nullopt;
     zoneRead_ = now;
-    ::tzset(); // looks whether the file of the zone is another one, and reads only then
+    // Reads the environment, which other threads had better not change, and looks whether the file
+    // of the zone is another one.
+    ::tzset();
     return false;
 }
 

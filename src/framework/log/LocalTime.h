@@ -5,14 +5,13 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
-#include <string>
 
 namespace QN::log {
 
 /// Turns points in time into local date and time of day without asking the C library each time,
 /// which takes a lock and may look at the zone file: within a minute only the second differs, since
-/// zones change their offset on whole minutes. A change of the TZ variable is noticed at once, one
-/// of the system's zone within a second. One thread at a time.
+/// zones change their offset on whole minutes. A change of the TZ variable or of the system's zone
+/// is noticed within a second. One thread at a time.
 class LocalTime {
   public:
     /// As localtime_r(3), with the offset from UTC in tm_gmtoff. The reference is good until the
@@ -26,7 +25,6 @@ class LocalTime {
     std::int64_t minute_ = 0; // that time_ stands for
     bool isKnown_ = false;    // time_ and minute_ mean something
 
-    std::optional<std::string> zone_; // the TZ variable
     std::optional<platform::MonotonicClock::time_point> zoneRead_;
 };
 

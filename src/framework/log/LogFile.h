@@ -25,6 +25,9 @@ class LogFile {
     /// left half written is cut off again. False when they are lost.
     bool write(std::string_view bytes) noexcept;
 
+    /// What is written from now on is lost.
+    void close() noexcept { file_.reset(); }
+
   private:
     void cutOff(std::size_t written) noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace QN::log {
@@ -21,17 +22,22 @@ fs::path realPath(const fs::path& path) {
     return error ? absolute : folder / absolute.filename();
 }
 
-bool exists(const std::string& path) {
-    std::error_code ignored;
-    return fs::symlink_status(path, ignored).type() > fs::file_type::not_found;
-}
-
 void moveOn(const std::string& from, const std::string& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         std::fprintf(stderr, "Can't rename %s to %s\n", from.c_str(), to.c_str());
 }
 
 } // namespace
+
+bool fileExists(const std::string& path) noexcept {
+    struct stat file {};
+    return ::stat(path.c_str(), &file) == 0;
+}
+
+std::string rotatedFile(const std::string& path) {
+    std::error_code ignored;
+    return fs::is_symlink(path, ignored) ? realPath(path).string() : path;
+}
 
 std::string backupPath(const std::string& path, int index) {
     if (index < 0)
@@ -46,7 +52,7 @@ void rotate(const std::string& path) {
     const std::string real = realPath(path);
     for (int index = lastBackup; index >= -1; --index) {
         const std::string file = backupPath(real, index);
-        if (!exists(file))
+        if (!fileExists(file))
             continue;
         if (index < lastBackup)
             moveOn(file, backupPath(real, index + 1));

@@ -7,10 +7,12 @@
 
 #include "platform/Bundle.h"
 #include "platform/SystemFacts.h"
+#include "platform/ThreadCalls.h"
 #include "platform/WallClock.h"
 
 #include <algorithm>
 #include <array>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -28,7 +30,8 @@ constexpr std::uint32_t usedFlags = 0x00FFFFFF;
 constexpr std::uint32_t levels = 17;
 constexpr std::chrono::seconds patienceAtExit{2};
 
-/// The logs that are open, so that what waits in them is not lost when the program ends.
+/// The logs that are open, so that what waits in them is not lost when the program ends. Each is
+/// then written by a thread of its own: the pool may be busy, and a disk may hang.
 class OpenLogs {
   public:
     static OpenLogs& instance() {
@@ -38,43 +41,67 @@ class OpenLogs {
 
     void add(qnlog_handle* log) {
         const std::lock_guard lock(mutex_);
-        logs_.push_back(log);
+        logs_.push_back({log, false});
     }
 
-    void remove(qnlog_handle* log) {
+    /// False when the program ends and the log's disk hangs: then nobody must wait for it.
+    bool remove(const qnlog_handle* log) {
         const std::lock_guard lock(mutex_);
-        std::erase(logs_, log);
+        const auto found = std::find_if(logs_.begin(), logs_.end(),
+                                        [log](const Entry& each) { return each.log == log; });
+        const bool mayBeWaitedFor = !isEnding_ || found->isWritten;
+        if (mayBeWaitedFor)
+            logs_.erase(found);
+        return mayBeWaitedFor;
     }
 
   private:
+    struct Entry {
+        qnlog_handle* log;
+        bool isWritten;
+    };
+
     OpenLogs() {
-        std::atexit([] { instance().drain(); });
+        std::atexit([] { instance().writeAtExit(); });
     }
 
-    void drain() {
+    void writeAtExit() {
         if (QN::async::queue::isOrphaned())
             return;
-        const auto deadline = std::chrono::steady_clock::now() + patienceAtExit;
-        const std::lock_guard lock(mutex_);
-        try {
-            for (qnlog_handle* const log : logs_)
-                log->drain(deadline);
-        } catch (const std::bad_alloc&) { // nothing can be waited for
+        std::unique_lock lock(mutex_);
+        isEnding_ = true;
+        for (const Entry& each : logs_) {
+            try {
+                platform::startDetachedThread([this, log = each.log] { write(log); });
+            } catch (const std::exception&) { // no thread, no memory: nothing can be done for it
+            }
         }
+        const auto isAllWritten = [this] {
+            return std::all_of(logs_.begin(), logs_.end(),
+                               [](const Entry& each) { return each.isWritten; });
+        };
+        written_.wait_for(lock, patienceAtExit, isAllWritten);
+    }
+
+    void write(qnlog_handle* log) {
+        log->writeThrough();
+        const std::lock_guard lock(mutex_);
+        for (Entry& each : logs_)
+            each.isWritten |= each.log == log;
+        written_.notify_all();
     }
 
     std::mutex mutex_;
-    std::vector<qnlog_handle*> logs_; // guarded by mutex_
+    std::condition_variable written_;
+    // Guarded by mutex_.
+    std::vector<Entry> logs_;
+    bool isEnding_ = false;
 };
-
-bool exists(const std::string& path) {
-    return ::access(path.c_str(), F_OK) == 0;
-}
 
 std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t flags) {
     if ((flags & QNLOG_ROTATE) != 0)
         QN::log::rotate(path);
-    const bool isNew = (flags & QNLOG_BOM) != 0 && !exists(path);
+    const bool isNew = (flags & QNLOG_BOM) != 0 && !QN::log::fileExists(path);
     platform::FileDescriptor file = LogFile::open(path);
     if (!file)
         return nullptr;
@@ -87,6 +114,14 @@ std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t 
                                                          platform::productBuild()),
                                .startsWithMark = isNew});
 }
+
+struct FilesDeleter {
+    std::size_t count;
+    void operator()(char** files) const noexcept {
+        std::for_each_n(files, count, [](char* file) { std::free(file); });
+        std::free(static_cast<void*>(files));
+    }
+};
 
 void append(qnlog_handle& log, std::uint32_t level, WallClock::time_point time,
             std::string_view text) {
@@ -124,6 +159,8 @@ void appendFormatted(qnlog_handle& log, std::uint32_t level, WallClock::time_poi
 } // namespace
 
 qnlog_handle* qnlog_open(const char* path, std::uint32_t flags) {
+    if (QN::async::queue::isOrphaned())
+        return nullptr;
     try {
         auto log = makeHandle(path, flags);
         if (!log)
@@ -141,9 +178,11 @@ void qnlog_close(qnlog_handle* handle) {
     // A child made by fork(2) leaves it be: there, what threads of the parent hold is never free.
     if (!handle || QN::async::queue::isOrphaned())
         return;
-    OpenLogs::instance().remove(handle);
     QN::log::prefixes::erase(handle->number());
-    delete handle;
+    if (!OpenLogs::instance().remove(handle))
+        return;
+    handle->finish();
+    qnlog_handle::destroyLater(handle);
 }
 
 std::uint32_t qnlog_getlevel(const qnlog_handle* handle) {
@@ -179,14 +218,23 @@ void _qnlogmsg_FREE(qnlog_handle* handle, std::uint32_t level, const char* forma
 char** qnlog_rotated_files(const char* path, std::size_t* count) {
     constexpr std::size_t backups = QN::log::lastBackup + 1;
     *count = 0;
-    auto** const files = static_cast<char**>(std::calloc(backups, sizeof(char*)));
+    std::unique_ptr<char*[], FilesDeleter> files(
+        static_cast<char**>(std::calloc(backups, sizeof(char*))), FilesDeleter{backups});
     if (!files)
         return nullptr;
-    *count = backups;
-    for (std::size_t i = 0; i < backups; ++i) {
-        const std::string backup = QN::log::backupPath(path, static_cast<int>(i));
-        if (exists(backup))
+    try {
+        const std::string file = QN::log::rotatedFile(path);
+        for (std::size_t i = 0; i < backups; ++i) {
+            const std::string backup = QN::log::backupPath(file, static_cast<int>(i));
+            if (!QN::log::fileExists(backup))
+                continue;
             files[i] = ::strdup(backup.c_str());
+            if (!files[i])
+                return nullptr;
+        }
+    } catch (const std::exception&) {
+        return nullptr;
     }
-    return files;
+    *count = backups;
+    return files.release();
 }

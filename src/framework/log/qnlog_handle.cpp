@@ -4,6 +4,7 @@
 
 #include <utility>
 
+using platform::MonotonicClock;
 using platform::WallClock;
 using QN::log::LineQueue;
 using QN::log::LogFile;
@@ -12,6 +13,7 @@ namespace {
 
 constexpr std::int32_t backgroundPriority = -254;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::chrono::seconds tellingPeriod{1};
 
 std::uint64_t nextNumber() noexcept {
     static std::atomic<std::uint64_t> last{0};
@@ -25,17 +27,14 @@ qnlog_handle::qnlog_handle(LogFile file, Settings settings)
     , number_(nextNumber())
     , lines_(settings_.bound, qnlog_user)
     , file_(std::move(file))
+    , owesMark_(settings_.startsWithMark)
     , queue_("com.quarnel.log", true, backgroundPriority) {
-    if (settings_.startsWithMark)
-        queue_.enqueue([this] { file_.write(byteOrderMark); });
+    if (owesMark_)
+        startWriter();
 }
 
 qnlog_handle::~qnlog_handle() {
-    isClosing_ = true;
-    if (lines_.hurry())
-        hurry_.set();
-    queue_.wait();
-    writeAll(); // what a writer that could not be started has left
+    finish();
 }
 
 void qnlog_handle::append(std::uint32_t level, WallClock::time_point time,
@@ -53,56 +52,98 @@ void qnlog_handle::append(const LineQueue::Record& record) noexcept {
         return; // and the flag of the lines may be taken for ever
     // What led to an end that comes without notice should be in the file by then.
     const bool isUrgent = record.level <= qnlog_error;
-    switch (lines_.append(record, isUrgent)) {
-    case LineQueue::Demand::none:
-        return;
-    case LineQueue::Demand::start:
+    const LineQueue::Demand demand = lines_.append(record, isUrgent);
+    if (isWrittenThrough_)
+        flush();
+    else if (demand == LineQueue::Demand::start)
         startWriter();
-        return;
-    case LineQueue::Demand::hurry:
+    else if (demand == LineQueue::Demand::hurry)
         hurry_.set();
-        return;
-    }
 }
 
 void qnlog_handle::startWriter() noexcept {
     try {
-        queue_.enqueue([this] { write(); });
+        queue_.enqueue([this, exists = exists_] {
+            if (*exists)
+                work();
+        });
     } catch (...) { // out of memory: the messages wait for the next one
         lines_.writerFailed();
     }
 }
 
-void qnlog_handle::drain(std::chrono::steady_clock::time_point deadline) {
-    if (lines_.hurry())
-        hurry_.set();
-    // Behind what the writer still has to do, and before what it may do after lingering.
-    const auto isWritten = queue_.enqueueWithFuture([this] { write(); });
-    isWritten.wait_until(deadline);
-}
-
-/// Begins a new task when more has come meanwhile, so that other queues get their turn.
-void qnlog_handle::write() {
-    writeAll();
+/// The writer's task. Each takes what there is once, so that other queues get their turn.
+void qnlog_handle::work() {
+    {
+        const std::lock_guard lock(writing_);
+        writeWaiting();
+    }
+    if (!lines_.beginLingering()) {
+        startWriter();
+        return;
+    }
     if (!isClosing_)
         hurry_.waitFor(lingering);
     if (!lines_.endLingering())
         startWriter();
 }
 
-void qnlog_handle::writeAll() {
-    for (LineQueue::Chunks chunks = lines_.take(); !chunks.empty(); chunks = lines_.take()) {
-        while (!chunks.empty()) {
-            std::size_t offset = 0;
-            LineQueue::Record record{};
-            while (chunks.front().next(offset, record))
-                write(record);
-            LineQueue::Chunks written;
-            written.splice(written.end(), chunks, chunks.begin());
-            lines_.giveBack(std::move(written));
-            reportDropped();
-        }
+void qnlog_handle::flush() noexcept {
+    const std::lock_guard lock(writing_);
+    while (writeWaiting()) {
     }
+}
+
+void qnlog_handle::writeThrough() noexcept {
+    isWrittenThrough_ = true;
+    flush();
+}
+
+void qnlog_handle::finish() noexcept {
+    isClosing_ = true;
+    if (lines_.hurry())
+        hurry_.set();
+    flush();
+    const std::lock_guard lock(writing_);
+    reportDropped(true);
+    file_.close();
+}
+
+void qnlog_handle::destroyLater(qnlog_handle* log) noexcept {
+    try {
+        // A task may destroy its own queue, and waits for nobody then. A writer's task may still
+        // come behind it.
+        log->queue_.enqueue([log] {
+            *log->exists_ = false;
+            delete log;
+        });
+    } catch (...) { // out of memory; it has let go of everything but that
+    }
+}
+
+/// False when nothing has come since the last time.
+bool qnlog_handle::writeWaiting() noexcept {
+    if (std::exchange(owesMark_, false))
+        file_.write(byteOrderMark);
+    LineQueue::Chunks chunks = lines_.take();
+    const bool hasCome = !chunks.empty();
+    while (!chunks.empty()) {
+        write(chunks.front());
+        LineQueue::Chunks written;
+        written.splice(written.end(), chunks, chunks.begin());
+        lines_.giveBack(std::move(written));
+    }
+    if (const auto lost = lines_.takeLostLevel())
+        level_.store(*lost, std::memory_order_relaxed);
+    reportDropped(false);
+    return hasCome;
+}
+
+void qnlog_handle::write(const LineQueue::Chunk& chunk) noexcept {
+    std::size_t offset = 0;
+    LineQueue::Record record{};
+    while (chunk.next(offset, record))
+        write(record);
 }
 
 void qnlog_handle::write(const LineQueue::Record& record) noexcept {
@@ -121,11 +162,15 @@ void qnlog_handle::writeLine(std::uint32_t level, WallClock::time_point time,
     }
 }
 
-void qnlog_handle::reportDropped() {
-    const std::uint64_t dropped = lines_.takeDropped();
-    if (dropped == 0)
+/// Not more often than once in a while, except at the end.
+void qnlog_handle::reportDropped(bool isEnding) noexcept {
+    dropped_ += lines_.takeDropped();
+    const auto now = MonotonicClock::now();
+    if (dropped_ == 0 || (!isEnding && droppedTold_ && now - *droppedTold_ < tellingPeriod))
         return;
+    droppedTold_ = now;
     platform::systemLog(platform::LogPriority::warning,
                         "%llu messages are missing in %s, which could not be written for a while",
-                        static_cast<unsigned long long>(dropped), path().c_str());
+                        static_cast<unsigned long long>(std::exchange(dropped_, 0)),
+                        path().c_str());
 }

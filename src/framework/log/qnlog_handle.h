@@ -7,22 +7,27 @@
 #include "framework/log/LogFile.h"
 #include "framework/log/qnlog.h"
 
+#include "platform/MonotonicClock.h"
 #include "platform/WallClock.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
-/// One open log. Its messages wait in a LineQueue for the writer, a task of the serial queue
-/// "com.quarnel.log" that writes all there is.
+/// One open log. Its messages wait in a LineQueue for a writer, mostly a task of the serial queue
+/// "com.quarnel.log" that writes what there is.
 ///
 /// Having the pool wake a thread costs a caller more than everything else. So a writer that has
-/// nothing more to do lingers for a moment: as long as messages keep coming, one task writes
-/// them by and by, and callers do not touch the pool. The order is that of the LineQueue, and
-/// closing waits for the writer's task, so all this shows only as a delay of `lingering`.
+/// nothing more to do lingers for a moment: as long as messages keep coming, it writes them by and
+/// by, and callers do not touch the pool. Who must not depend on a free thread of the pool, or on
+/// there being one, writes himself: flush(), finish(). The order is that of the LineQueue, since
+/// whoever writes takes `writing_` first.
 class qnlog_handle {
   public:
     static constexpr std::chrono::milliseconds lingering{2};
@@ -38,7 +43,7 @@ class qnlog_handle {
     /// Throws std::bad_alloc, or std::system_error when there is no thread for the pool.
     qnlog_handle(QN::log::LogFile file, Settings settings);
 
-    /// Returns when everything has been written.
+    /// finish(), and waits for the pool; a task of the pool uses destroyLater() instead.
     ~qnlog_handle();
     qnlog_handle(const qnlog_handle&) = delete;
     qnlog_handle& operator=(const qnlog_handle&) = delete;
@@ -53,9 +58,18 @@ class qnlog_handle {
 
     void setLevel(std::uint32_t level) noexcept;
 
-    /// Waits until what has been appended is written, no longer than until `deadline`. Throws
-    /// std::bad_alloc.
-    void drain(std::chrono::steady_clock::time_point deadline);
+    /// Writes what has been appended on the calling thread, and waits for a writer at work.
+    void flush() noexcept;
+
+    /// flush(), and from now on each message is written before append() returns: for the end of the
+    /// program, when the pool may not come to it any more.
+    void writeThrough() noexcept;
+
+    /// flush(), and closes the file. Nothing may be appended any more.
+    void finish() noexcept;
+
+    /// Destroys a finished log, made with new, without waiting for the pool.
+    static void destroyLater(qnlog_handle* log) noexcept;
 
     std::uint32_t level() const noexcept { return level_.load(std::memory_order_relaxed); }
     const std::string& path() const noexcept { return settings_.path; }
@@ -67,25 +81,32 @@ class qnlog_handle {
   private:
     void append(const QN::log::LineQueue::Record& record) noexcept;
     void startWriter() noexcept;
+    void work();
 
-    // The writer's.
-    void write();
-    void writeAll();
+    // With writing_ held.
+    bool writeWaiting() noexcept;
+    void write(const QN::log::LineQueue::Chunk& chunk) noexcept;
     void write(const QN::log::LineQueue::Record& record) noexcept;
     void writeLine(std::uint32_t level, platform::WallClock::time_point time,
                    std::string_view text) noexcept;
-    void reportDropped();
+    void reportDropped(bool isEnding) noexcept;
 
     const Settings settings_;
     const std::uint64_t number_;
-    std::atomic<std::uint32_t> level_{qnlog_user}; // written by the writer only
+    const std::shared_ptr<bool> exists_ = std::make_shared<bool>(true); // in tasks of queue_ only
+    std::atomic<std::uint32_t> level_{qnlog_user}; // written with writing_ held
     QN::log::LineQueue lines_;
     QN::async::Signal hurry_;
     std::atomic<bool> isClosing_{false};
+    std::atomic<bool> isWrittenThrough_{false};
 
-    // The writer's.
+    std::mutex writing_;
+    // Guarded by writing_.
     QN::log::LineComposer composer_;
     QN::log::LogFile file_;
+    bool owesMark_;
+    std::uint64_t dropped_ = 0; // messages, not yet told
+    std::optional<platform::MonotonicClock::time_point> droppedTold_;
 
     QN::async::queue queue_;
 };

@@ -41,13 +41,14 @@ TEST(LineQueue, AsksForAWriterOnceAndHurriesALingeringOneOnlyWhenItMatters) {
     EXPECT_EQ(queue.append(message("a"), false), Demand::start);
     EXPECT_EQ(queue.append(message("b"), true), Demand::none);
     EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"a", "b"}));
-    EXPECT_TRUE(takeAll(queue).empty()); // lingers from now on
+    EXPECT_TRUE(queue.beginLingering());
     EXPECT_EQ(queue.append(message("c"), false), Demand::none);
     EXPECT_EQ(queue.append(message("d"), true), Demand::hurry);
     EXPECT_EQ(queue.append(message("e"), true), Demand::none);
     EXPECT_FALSE(queue.endLingering());
+    EXPECT_FALSE(queue.beginLingering());
     EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"c", "d", "e"}));
-    EXPECT_TRUE(takeAll(queue).empty());
+    EXPECT_TRUE(queue.beginLingering());
     EXPECT_TRUE(queue.hurry());
     EXPECT_FALSE(queue.hurry());
     EXPECT_TRUE(queue.endLingering());
@@ -58,7 +59,7 @@ TEST(LineQueue, AsksForAWriterOnceAndHurriesALingeringOneOnlyWhenItMatters) {
     EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"f", "g"}));
 }
 
-TEST(LineQueue, KeepsToItsBoundAndCountsWhatHasNoRoomButTakesLevelChanges) {
+TEST(LineQueue, KeepsToItsBoundAndCountsWhatHasNoRoom) {
     LineQueue queue(2 * chunk, 4);
     const std::string text(chunk / 2, 'x'); // one a chunk
     EXPECT_EQ(queue.append(message(text), false), Demand::start);
@@ -68,11 +69,13 @@ TEST(LineQueue, KeepsToItsBoundAndCountsWhatHasNoRoomButTakesLevelChanges) {
     EXPECT_FALSE(queue.wants(5));
     queue.append({true, 5, {}, text}, false);
     EXPECT_TRUE(queue.wants(5));
-    EXPECT_EQ(queue.takeDropped(), 1U);
+    EXPECT_EQ(queue.takeLostLevel(), 5U);
+    EXPECT_EQ(queue.takeLostLevel(), std::nullopt);
+    EXPECT_EQ(queue.takeDropped(), 2U);
     EXPECT_EQ(queue.takeDropped(), 0U);
 
     LineQueue::Chunks beingWritten = queue.take();
-    EXPECT_EQ(beingWritten.size(), 3U);
+    EXPECT_EQ(beingWritten.size(), 2U);
     queue.append(message(text), false); // they still count
     EXPECT_EQ(queue.takeDropped(), 1U);
     while (!beingWritten.empty()) {

@@ -85,6 +85,14 @@ TEST_F(LogTest, OpensNothingWhereNoFileCanBe) {
     qnlog_close(nullptr);
 }
 
+TEST_F(LogTest, AMessageThatIsTooLongForMemoryIsCounted) {
+    const support::SystemLogRecorder systemLog;
+    qnlog_handle log(LogFile(LogFile::open(path("file")), &::write),
+                     {.path = path("file"), .bound = 65536});
+    qnlog_msg(&log, 3, "%s", std::string(100'000, 'x').c_str());
+    EXPECT_TRUE(support::waitUntil([&] { return systemLog.contains("1 messages are missing"); }));
+}
+
 // A FIFO whose reader does not read is a disk that hangs.
 TEST_F(LogTest, MemoryStaysBoundedWhileTheDiskHangsAndTheLostLinesAreCounted) {
     ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);

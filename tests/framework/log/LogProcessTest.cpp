@@ -30,6 +30,15 @@ TEST_F(LogTest, AProgramEndsThoughItsDiskHangs) {
     EXPECT_EQ(child("exit-burst", path("fifo")), 0);
 }
 
+TEST_F(LogTest, AtTheEndOfTheProgramABusyPoolOrAHangingDiskHoldsUpNoOtherLog) {
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    const platform::FileDescriptor reader(
+        ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(child("exit-busy", path("fifo")), 0);
+    EXPECT_NE(contentOf(path("fifo.good")).find("the last words\n"), std::string::npos);
+    EXPECT_NE(contentOf(path("fifo.good")).find("of a static object\n"), std::string::npos);
+}
+
 TEST_F(LogTest, AForkedChildLogsNothingAndEnds) {
     // What only the threads of the parent know of counts as a leak in the child.
     const char* const given = std::getenv("ASAN_OPTIONS");

@@ -67,11 +67,18 @@ TEST_F(LogTest, BackupsOfOtherNamesAndThroughLinksAreFoundWhereTheFileIs) {
     fs::create_symlink("elsewhere.d/two.dots.log", path("link"));
     openLog(path("link"), QNLOG_ROTATE);
     EXPECT_EQ(contentOf(path("elsewhere.d/two.dots0.log")), "b");
+    EXPECT_EQ(reportedBackups(path("link")), "two.dots0.log - - - - ");
+    fs::create_symlink("elsewhere.d/later.log", path("dangling"));
+    openLog(path("dangling"), QNLOG_ROTATE);
+    EXPECT_TRUE(fs::exists(path("elsewhere.d/later.log")));
     EXPECT_EQ(QN::log::backupPath("folder.d/name", 3), "folder.d/name3");
     EXPECT_EQ(QN::log::backupPath("/x/.hidden", 3), "/x/.hidden3");
 }
 
 TEST_F(LogTest, WhatCannotBeRotatedIsToldAndTheRestGoesOn) {
+    testing::internal::CaptureStderr();
+    openLog(path(std::string(300, 'x')), QNLOG_ROTATE); // too long a name is no file to rotate
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     const std::string file = path("Tonvale.log");
     makeFile("Tonvale.log", "newest");
     makeFile("Tonvale3.log", "oldest");

@@ -7,6 +7,7 @@
 //     qnlog_close(log); // everything is in the file
 
 #include "LogFixture.h"
+#include "framework/log/LineComposer.h"
 #include "framework/log/LogPrefixes.h"
 
 #include "support/ManualClock.h"
@@ -81,6 +82,7 @@ lines
 
 TEST_F(LogTest, AChangeOfZoneGivesADateLineAndAnotherYearNone) {
     ManualTimeOfDay time(morning);
+    support::ManualClock clock;
     std::optional<ScopedVariable> zone;
     const Log file = openLog(path("zones.log"));
     for (const char* const name :
@@ -88,6 +90,7 @@ TEST_F(LogTest, AChangeOfZoneGivesADateLineAndAnotherYearNone) {
         drain(file);
         zone.reset();
         zone.emplace("TZ", name);
+        clock.advance(1s);
         log(file, 3, name);
         drain(file);
     }
@@ -216,10 +219,29 @@ TEST_F(LogTest, WritingGoesOnInTheOpenFileThatSomebodyDeletesOrRenames) {
     EXPECT_EQ(::access(path("old.log").c_str(), F_OK), -1);
 }
 
-TEST_F(LogTest, AnErrorIsWrittenAtOnceWithoutAnybodyWaiting) {
-    const Log file = openLog(path("error.log"));
-    log(file, qnlog_information, "begin");
-    log(file, qnlog_error, "an error");
-    EXPECT_TRUE(support::waitUntil(
-        [&] { return contentOf(path("error.log")).find("an error") != std::string::npos; }));
+TEST_F(LogTest, LevelsBeyondTheTableHaveATagOfTheirOwn) {
+    const ScopedVariable zone("TZ", "UTC0");
+    QN::log::LineComposer composer;
+    composer.compose(3, morning, "date line");
+    composer.confirm();
+    EXPECT_EQ(composer.compose(17, morning, "text"), ":41:05.0  : [T] text\n");
+    EXPECT_EQ(composer.compose(0xFFFFFFFE, morning, "text"), ":41:05.0  : [T] text\n");
+    EXPECT_EQ(composer.compose(16, morning, "text"), ":41:05.0  : text\n");
+}
+
+// Whoever closes writes what waits: the pool's threads may all be busy, with closing for example.
+TEST_F(LogTest, TasksOfThePoolCloseLogs) {
+    constexpr int tasks = 16;
+    std::atomic<int> closed = 0;
+    QN::async::queue pool("", false, -254);
+    for (int i = 0; i < tasks; ++i) {
+        pool.enqueue([&, i] {
+            log(openLog(path(std::to_string(i)), QNLOG_BOM), 3, "from the pool");
+            ++closed;
+        });
+    }
+    pool.wait();
+    EXPECT_EQ(closed, tasks);
+    for (int i = 0; i < tasks; ++i)
+        EXPECT_NE(contentOf(path(std::to_string(i))).find("from the pool\n"), std::string::npos);
 }
