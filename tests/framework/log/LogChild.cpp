@@ -62,10 +62,10 @@ LastMessage lastMessage;
 
 /// Ends with all threads of the pool busy, a log whose disk hangs and one whose does not.
 int endWhilePoolIsBusy(const char* path) {
-    auto& busy = *new QN::async::queue("busy", false, -254);
+    static auto& busy = *new QN::async::queue("busy", false, -254);
     for (int i = 0; i < 100; ++i)
         busy.enqueue([] { std::this_thread::sleep_for(std::chrono::minutes(1)); });
-    qnlog_handle* const hanging = qnlog_open(path, 0);
+    static qnlog_handle* const hanging = qnlog_open(path, 0);
     for (int i = 0; i < 10'000; ++i)
         qnlog_msg(hanging, qnlog_error, "line %d", i);
     qnlog_handle* const good = qnlog_open((std::string(path) + ".good").c_str(), 0);
