@@ -19,6 +19,7 @@ enum ExceptionPlace : unsigned {
     kExceptionInDispatchQueue = 4,
     kExceptionInNotification = 5,
     kExceptionInItemHandler = 6,
+    kExceptionInObserver = 7,
 };
 
 /// Installs `hook` (null: the system log again) and answers the previous one. Any thread.

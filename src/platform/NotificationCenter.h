@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace platform {
+
+/// Named notifications within this process, for those whose name is part of the product; where
+/// there is one known sender, a Qt signal does. The main thread only.
+class NotificationCenter {
+  public:
+    static NotificationCenter& standard();
+
+    NotificationCenter(const NotificationCenter&) = delete;
+    NotificationCenter& operator=(const NotificationCenter&) = delete;
+
+    /// Calls the observers of `name` before it returns, in the order in which they were made. An
+    /// exception of one is reported (ExceptionReport) and the next is called. Observers may come
+    /// and go meanwhile: a new one is not called yet, one that has gone is not called any more.
+    void post(const QString& name, const QVariant& object = {});
+
+  private:
+    friend class NotificationObserver;
+    struct Entry;
+
+    NotificationCenter() = default;
+
+    QHash<QString, std::vector<std::shared_ptr<Entry>>> entries_;
+};
+
+/// Calls a handler with the posted object whenever the name is posted to the standard centre, until
+/// it is destroyed, which the handler may do. The main thread only.
+class NotificationObserver {
+  public:
+    NotificationObserver(const QString& name, std::function<void(const QVariant&)> handler);
+    ~NotificationObserver();
+    NotificationObserver(const NotificationObserver&) = delete;
+    NotificationObserver& operator=(const NotificationObserver&) = delete;
+
+  private:
+    NotificationCenter& center_;
+    const QString name_;
+    const std::shared_ptr<NotificationCenter::Entry> entry_;
+};
+
+} // namespace platform
