@@ -1,17 +1,18 @@
 #pragma once
 
+#include "platform/SignalEvents.h"
+
 #include <functional>
 #include <memory>
 
 namespace platform {
 
 class RunLoop;
+class RunLoopSource;
 
 /// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
-/// SIGPIPE do nothing. Afterwards the signals do what they did before. One at a time in a process.
-///
-/// The signals are caught by handlers, not by a signal descriptor: that works whatever mask the
-/// threads of libraries have, and neither handlers nor masks reach a program that we start.
+/// failed writes (surviveFailedWrites()) end nothing. For a program without an application object.
+/// One at a time in a process.
 class TerminationSignals {
   public:
     /// `handler` gets the signal's number. The loop's thread only; throws std::system_error when
@@ -22,8 +23,8 @@ class TerminationSignals {
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
   private:
-    struct State;
-    std::unique_ptr<State> state_;
+    SignalEvents events_;
+    std::unique_ptr<RunLoopSource> source_;
 };
 
 } // namespace platform

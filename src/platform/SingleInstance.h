@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+/// Sees to it that a program runs once in a login session. The first one owns its name on the
+/// session bus and is told when another is started, over the desktop's own interface for that
+/// (org.freedesktop.Application). Without a session bus a lock file in the runtime directory takes
+/// its place, and the other start is not told to anybody. Main thread only.
+class SingleInstance {
+  public:
+    /// Called with the activation token of the second start, which lets a window come to the front;
+    /// empty when the desktop gave none.
+    using Activated = std::function<void(const QString& token)>;
+
+    /// `name` is the program's bus name, "com.quarnel.Tonvale". Null when another one runs; that
+    /// has been asked to show itself.
+    static std::unique_ptr<SingleInstance> acquire(const QString& name);
+    ~SingleInstance();
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+
+    void onActivation(Activated activated);
+
+  private:
+    class Service;
+    SingleInstance();
+
+    std::unique_ptr<Service> service_; // null without a session bus
+    FileDescriptor lock_;
+};
+
+} // namespace platform
