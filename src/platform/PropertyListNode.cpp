@@ -1,0 +1,42 @@
+#include "platform/PropertyListNode.h"
+
+#include "platform/PropertyListBounds.h"
+
+#include <clocale>
+#include <cstdint>
+#include <plist/plist.h>
+
+namespace platform {
+
+namespace {
+
+locale_t pointLocale() noexcept {
+    static const locale_t locale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    return locale;
+}
+
+} // namespace
+
+void PropertyListDeleter::operator()(void* node) const noexcept {
+    plist_free(node);
+}
+
+PropertyListNode readPropertyList(std::string_view bytes) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // libplist does not know it
+    if (bytes.starts_with(byteOrderMark))
+        bytes.remove_prefix(byteOrderMark.size());
+    if (!isWithinPropertyListBounds(bytes))
+        return nullptr;
+    const PointLocale locale;
+    plist_t root = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
+    return PropertyListNode(root);
+}
+
+PointLocale::PointLocale() noexcept : previous_(::uselocale(pointLocale())) {}
+
+PointLocale::~PointLocale() {
+    ::uselocale(static_cast<locale_t>(previous_));
+}
+
+} // namespace platform

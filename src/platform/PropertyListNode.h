@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace platform {
+
+/// A property list as libplist keeps it, in memory. For what turns property lists into values of
+/// its own (PropertyList, Bundle).
+
+struct PropertyListDeleter {
+    void operator()(void* node) const noexcept;
+};
+
+/// Owns a whole tree; libplist's plist_t.
+using PropertyListNode = std::unique_ptr<void, PropertyListDeleter>;
+
+/// How many containers may lie in one another. libplist and we walk trees by recursion.
+inline constexpr std::size_t propertyListDepth = 128;
+
+/// Longer property lists are not read, and in the binary form neither those that unfold to more
+/// values, because containers are in several places.
+inline constexpr std::size_t propertyListBytes = 64U << 20U;
+inline constexpr std::size_t propertyListValues = 1U << 20U;
+
+/// The tree that XML or the binary form describes. Null when it is damaged, cut off or beyond the
+/// bounds above. Any thread.
+PropertyListNode readPropertyList(std::string_view bytes);
+
+/// Numbers are read and written with a point while it lives, whatever the program's locale says:
+/// libplist follows the locale. The calling thread only.
+class PointLocale {
+  public:
+    PointLocale() noexcept;
+    ~PointLocale();
+    PointLocale(const PointLocale&) = delete;
+    PointLocale& operator=(const PointLocale&) = delete;
+
+  private:
+    void* previous_;
+};
+
+} // namespace platform
