@@ -2,6 +2,7 @@
 
 #include "comm/MVCommConnection.h"
 #include "comm/MVCommOperation.h"
+#include "framework/application/QNApplication.h"
 #include "platform/DispatchQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
@@ -222,9 +223,8 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
     if (!previous.name.isNull() || previous.pid >= 1)
         systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
                   qUtf8Printable(previous.name), previous.pid);
-    systemLog(LogPriority::info, "'%s' connected (pid=%u, path='%s')",
-              qUtf8Printable(QString::fromUtf8(checkin.name)), process.pid,
-              qUtf8Printable(process.path));
+    QNLog(3, "'%s' connected (pid=%u, path='%s')", QString::fromUtf8(checkin.name), process.pid,
+          process.path);
 
     if (comm_.connectionCallback() != nullptr)
         connectionCallbackTimer_.start(connectionCallbackDelay);
@@ -239,7 +239,7 @@ void MVCommunication::handleDisconnect(const platform::DataSocket& socket) {
         connections_.erase(found->second);
         connectionOfSocket_.erase(found);
     }
-    systemLog(LogPriority::info, "'%s' disconnected", qUtf8Printable(connection->process().name));
+    QNLog(3, "'%s' disconnected", connection->process().name);
     retire(connection);
     if (const MVCommCallback callback = comm_.disconnectionCallback())
         callback();

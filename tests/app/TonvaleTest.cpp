@@ -14,6 +14,10 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <regex>
 
 using support::ChildProcess;
 
@@ -25,6 +29,9 @@ class TonvaleTest : public testing::Test {
     const support::PrivateFolder folder_;
     const support::ScopedVariable socketFolder_{"TONVALE_SOCKET_DIR", folder_.path().string()};
     const std::string socket_ = MVCommMainSocketPath();
+    const support::ScopedVariable logFolder_{"XDG_STATE_HOME", folder_.path() / "state"};
+    const support::ScopedVariable preferences_{"XDG_CONFIG_HOME", folder_.path() / "config"};
+    const std::string log_ = folder_.path() / "state/Tonvale/Tonvale.log";
 
     /// The program, serving its socket.
     std::unique_ptr<ChildProcess> start(const std::vector<std::string>& options = {}) const {
@@ -40,8 +47,24 @@ class TonvaleTest : public testing::Test {
         return std::filesystem::exists(socket_) && platform::connectUnixSocket(socket_);
     }
 
+    std::string path(const std::string& name) const { return folder_.path() / name; }
+
     static bool says(const ChildProcess& program, const std::string& text) {
         return support::waitUntil([&] { return program.output().find(text) != std::string::npos; });
+    }
+
+    static std::string contentOf(const std::string& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    bool logs(const std::string& text) const {
+        return support::waitUntil([&] { return contentOf(log_).find(text) != std::string::npos; });
+    }
+
+    static void endWell(ChildProcess& program) {
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.wait(), 0) << program.output();
     }
 };
 
@@ -87,7 +110,7 @@ TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
     const auto program = start({"--screenshot", file});
     support::ScriptedPlugin plugin(socket_);
     plugin.checkIn(4711, "player");
-    ASSERT_TRUE(says(*program, "'player' connected"));
+    ASSERT_TRUE(logs("'player' connected"));
     program->signal(SIGTERM);
     EXPECT_EQ(program->wait(), 0);
     const QImage picture(QString::fromStdString(file));
@@ -97,14 +120,18 @@ TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
     const auto failing = start({"--screenshot", (folder_.path() / "missing" / "x.png").string()});
     failing->signal(SIGTERM);
     EXPECT_EQ(failing->wait(), 0);
-    EXPECT_NE(failing->output().find("Couldn't save the screenshot"), std::string::npos);
+    EXPECT_TRUE(logs("Couldn't save the screenshot"));
 }
 
 TEST_F(TonvaleTest, PrintsTheVersionThatItsBundleStates) {
     ChildProcess program({TONVALE_PROGRAM, "--version"});
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.output(), "Tonvale " TONVALE_VERSION "\n");
+    ChildProcess help({TONVALE_PROGRAM, "-x", "--help"});
+    EXPECT_EQ(help.wait(), 0);
+    EXPECT_NE(help.output().find("--debug"), std::string::npos);
     EXPECT_FALSE(isServed()) << "nothing is started";
+    EXPECT_FALSE(std::filesystem::exists(path("state"))) << "and nothing written";
 }
 
 TEST_F(TonvaleTest, AnnouncesItsLaunchOnTheSessionBus) {
@@ -115,4 +142,84 @@ TEST_F(TonvaleTest, AnnouncesItsLaunchOnTheSessionBus) {
     ASSERT_TRUE(observer.isActive());
     const auto program = start();
     EXPECT_TRUE(support::waitUntil([&] { return announcements == 1; })) << program->output();
+}
+
+TEST_F(TonvaleTest, TheFirstStartMakesPrivateFoldersAndALogAndTheNextOneKeepsThat) {
+    endWell(*start());
+    const std::string first = contentOf(log_);
+    EXPECT_TRUE(std::regex_match(
+        first, std::regex("\xEF\xBB\xBF[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:00:00 [+-][0-9]+\n"
+                          ":[0-9]{2}:[0-9]{2}\\.[0-9 ]{3}: \\*\\*\\*\\* " TONVALE_VERSION
+                          "[^\n]* - OS X Version [^\n]* \\(Intel 64-bit\\) \\*\\*\\*\\*\n"
+                          ":[^\n]*: \\[I\\] \\*\\*\\*\\* [^\n]*: [0-9]+( \\([0-9]+\\))? CPUs @ "
+                          "[0-9]+ Mhz, [^\n]* RAM \\*\\*\\*\\*\n"
+                          ":[^\n]*: \\[I\\] Ends on signal 15\n")))
+        << first;
+    EXPECT_EQ(std::filesystem::status(path("state/Tonvale")).permissions(),
+              std::filesystem::perms::owner_all);
+    const auto debugging = start({"--debug", "-style", "fusion"});
+    EXPECT_TRUE(logs(": [D] log level changed\n"));
+    endWell(*debugging);
+    EXPECT_EQ(contentOf(path("state/Tonvale/Tonvale0.log")), first);
+}
+
+TEST_F(TonvaleTest, WithoutASessionBusASecondStartEndsAtOnce) {
+    const auto first = start();
+    const std::string before = contentOf(log_);
+    ChildProcess second({TONVALE_PROGRAM});
+    EXPECT_EQ(second.wait(), 0);
+    EXPECT_NE(second.output().find("Another one is running"), std::string::npos);
+    EXPECT_TRUE(isServed());
+    EXPECT_TRUE(contentOf(log_).starts_with(before)) << "nothing of the first is touched";
+    endWell(*first);
+    endWell(*start());
+}
+
+TEST_F(TonvaleTest, GoesOnWithoutAHomeAndWithDamagedPreferences) {
+    std::ofstream(path("file")) << "no folder";
+    {
+        const support::ScopedVariable state("XDG_STATE_HOME", path("file/state"));
+        const support::ScopedVariable config("XDG_CONFIG_HOME", path("file/config"));
+        const support::ScopedVariable data("XDG_DATA_HOME", path("file/data"));
+        const auto program = start();
+        support::ScriptedPlugin plugin(socket_);
+        plugin.checkIn(4711, "player");
+        EXPECT_TRUE(says(*program, "'player' connected")) << "in the system log";
+        endWell(*program);
+    }
+    const std::string preferences = path("config/com.quarnel.Tonvale.plist");
+    std::filesystem::create_directories(path("config"));
+    std::ofstream(preferences) << "<plist><dict><key>cut off";
+    const auto program = start();
+    EXPECT_TRUE(logs("com.quarnel.Tonvale.plist.damaged-"));
+    endWell(*program);
+    std::ofstream(preferences) << "<plist version=\"1.0\"><dict><key>Volume</key><string>loud"
+                                  "</string><key>ShowInMenuBar</key><dict/><key>Apps</key><true/>"
+                                  "</dict></plist>";
+    endWell(*start());
+}
+
+class TonvaleOnABusTest : public TonvaleTest {
+  protected:
+    const support::PrivateBus bus_;
+};
+
+TEST_F(TonvaleOnABusTest, ASecondStartShowsTheWindowOfTheFirst) {
+    const auto first = start();
+    const support::ScopedVariable token("XDG_ACTIVATION_TOKEN", "a token");
+    ChildProcess second({TONVALE_PROGRAM, "--debug"});
+    EXPECT_EQ(second.wait(), 0) << second.output();
+    EXPECT_TRUE(logs("Started again: shows the window"));
+    EXPECT_TRUE(first->isRunning());
+    endWell(*first);
+}
+
+TEST_F(TonvaleOnABusTest, SurvivesTheEndOfTheBus) {
+    std::optional<support::PrivateBus> bus(std::in_place);
+    const auto program = start();
+    bus.reset();
+    support::ScriptedPlugin plugin(socket_);
+    plugin.checkIn(4711, "player");
+    EXPECT_TRUE(logs("'player' connected"));
+    endWell(*program);
 }

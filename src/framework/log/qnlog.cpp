@@ -189,6 +189,10 @@ std::uint32_t qnlog_getlevel(const qnlog_handle* handle) {
     return handle->level();
 }
 
+bool qnlog_wants(const qnlog_handle* handle, std::uint32_t level) {
+    return handle->wants(level);
+}
+
 void qnlog_setlevel(qnlog_handle* handle, std::uint32_t level) {
     if (level < levels)
         handle->setLevel(level);

@@ -63,6 +63,9 @@ void qnlog_close(qnlog_handle* handle);
 /// The level up to which messages are being written now.
 std::uint32_t qnlog_getlevel(const qnlog_handle* handle);
 
+/// Whether a message of that level, logged now, would be written: for callers whose text is costly.
+bool qnlog_wants(const qnlog_handle* handle, std::uint32_t level);
+
 /// Sets the level for the messages after this call and logs "log level changed". One of 17 or more
 /// is ignored.
 void qnlog_setlevel(qnlog_handle* handle, std::uint32_t level);

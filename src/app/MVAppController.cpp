@@ -1,0 +1,220 @@
+#include "app/MVAppController.h"
+
+#include "app/CommandLine.h"
+#include "comm/MVComm.h"
+#include "comm/MVCommSocketPath.h"
+#include "framework/log/qnlog.h"
+#include "platform/Directories.h"
+#include "platform/DispatchQueue.h"
+#include "platform/SessionBus.h"
+#include "platform/SingleInstance.h"
+#include "platform/UserDefaults.h"
+#include "prefs/PreferenceKeys.h"
+#include "ui/VolumeWindow.h"
+
+#include <QCloseEvent>
+#include <QPixmap>
+#include <QWindow>
+
+#include <csignal>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+using platform::localized;
+using platform::UserDefaults;
+
+namespace {
+
+constexpr const char* processName = "Tonvale";
+constexpr const char* helperBusName = "com.quarnel.TonvaleHelper";
+
+MVAppController* shared = nullptr;
+
+/// What the preferences say before there is a log; they are read first. Taken by takeEarlyLines().
+struct EarlyLines {
+    std::mutex mutex;
+    std::vector<std::pair<unsigned, QString>> lines; // guarded by mutex
+    bool isOver = false;                             // guarded by mutex
+};
+
+EarlyLines& earlyLines() {
+    static EarlyLines lines;
+    return lines;
+}
+
+void reportAboutDefaults(unsigned level, const std::string& line) {
+    const QString text = QString::fromStdString(line);
+    {
+        const std::lock_guard lock(earlyLines().mutex);
+        if (!earlyLines().isOver) {
+            earlyLines().lines.emplace_back(level, text);
+            return;
+        }
+    }
+    QNLogText(level, text);
+    if (level > qnlog_error)
+        return;
+    platform::DispatchQueue::main()->async([text] {
+        if (shared)
+            shared->tellThatNothingIsSaved(text);
+    });
+}
+
+std::vector<std::pair<unsigned, QString>> takeEarlyLines() {
+    const std::lock_guard lock(earlyLines().mutex);
+    earlyLines().isOver = true;
+    return std::exchange(earlyLines().lines, {});
+}
+
+void dataCallback(const MVCommActivityMessage* message) {
+    MVAppController::sharedController()->handleActivity(message);
+}
+
+void updateCallback() {
+    MVAppController::sharedController()->updateApps();
+}
+
+} // namespace
+
+void MVAppController::initialize() {
+    UserDefaults::setReporter(&reportAboutDefaults);
+    UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
+}
+
+MVAppController* MVAppController::sharedController() noexcept {
+    return shared;
+}
+
+QString MVAppController::logURL() {
+    const std::string folder = platform::logsDirectory();
+    if (folder.empty())
+        return {};
+    return platform::formatted(QStringLiteral("%@/%@/%@.log"), folder, processName, processName);
+}
+
+MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> instance)
+    : instance_(std::move(instance)), comm_(MVComm::sharedComm()) {
+    const QString file = logURL();
+    if (!file.isEmpty()) {
+        const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
+        createLogFile(file.mid(slash + 1), file.left(slash));
+    }
+    for (const auto& [level, line] : takeEarlyLines())
+        logText(level, line);
+    if (logHandle() && options().contains(CommandLine::debug))
+        qnlog_setlevel(logHandle(), qnlog_debug);
+}
+
+MVAppController::~MVAppController() {
+    shared = nullptr;
+}
+
+std::optional<QStringList> MVAppController::validOptions() const {
+    return CommandLine::options();
+}
+
+void MVAppController::awakeFromNib() {
+    shared = this;
+}
+
+void MVAppController::applicationDidFinishLaunching() {
+    QNGUIApplication::applicationDidFinishLaunching();
+    observeSignals();
+    window_ = std::make_unique<VolumeWindow>(comm_);
+    window_->installEventFilter(this);
+    connectPlugins();
+    instance_->onActivation([this](const QString& token) {
+        applicationShouldHandleReopen(window_->isVisible(), token);
+    });
+    showMainWindow();
+    if (!logHandle())
+        tellThatNothingIsSaved(platform::formatted(
+            localized(QStringLiteral("The log “%@” can't be written.")), logURL()));
+}
+
+void MVAppController::observeSignals() {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        addObserver(this, "terminationSignal", signal);
+}
+
+void MVAppController::terminationSignal(int signal) {
+    log("Ends on signal %d", signal);
+    terminate();
+}
+
+void MVAppController::connectPlugins() {
+    comm_.setAppConnectCallback(&updateCallback);
+    comm_.setAppDisconnectCallback(&updateCallback);
+    if (comm_.setupPluginConnectionWithCallBack(&dataCallback))
+        return;
+    window_->showProblem(platform::formatted(
+        localized(QStringLiteral("No audio plug-in can connect, since the socket “%@” can't be "
+                                 "used. The system log says why.")),
+        MVCommMainSocketPath()));
+}
+
+/// Once: a person who knows it need not be told again.
+void MVAppController::tellThatNothingIsSaved(const QString& reason) {
+    if (std::exchange(hasToldThatNothingIsSaved_, true))
+        return;
+    alertWithTitle(localized(QStringLiteral("Tonvale can't save everything.")),
+                   platform::formatted(localized(QStringLiteral(
+                                           "Until you quit, it works as usual, but it may forget "
+                                           "afterwards what you set. (%@)")),
+                                       reason),
+                   localized(QStringLiteral("OK")));
+}
+
+void MVAppController::applicationWillTerminate() {
+    if (window_ && options().contains(CommandLine::screenshot))
+        saveScreenshot();
+    comm_.shutdown();
+    window_.reset();
+    UserDefaults::standard().synchronize();
+}
+
+void MVAppController::saveScreenshot() {
+    const QString file = options().value(CommandLine::screenshot);
+    if (!window_->grab().save(file, "PNG"))
+        logWithLevel(qnlog_error, "Couldn't save the screenshot to %@", file);
+}
+
+bool MVAppController::applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token) {
+    log("Started again: shows the window");
+    // Qt takes the token from there when a window asks to come to the front.
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    if (!hasVisibleWindows)
+        window_->show();
+    showMainWindow();
+    return true;
+}
+
+void MVAppController::showMainWindow() {
+    if (window_->isMinimized())
+        window_->showNormal();
+    else
+        window_->show();
+    window_->raise();
+    window_->activateWindow();
+}
+
+void MVAppController::updateApps() {
+    window_->updateConnections();
+}
+
+void MVAppController::handleActivity(const MVCommActivityMessage* message) {
+    window_->handleActivity(message->pid, message->level);
+}
+
+/// A window that is closed comes back by the helper in the menu bar; without that the program ends.
+bool MVAppController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == window_.get() && event->type() == QEvent::Close && !shouldExit() &&
+        platform::isOnSessionBus(QLatin1String(helperBusName))) {
+        event->ignore();
+        window_->hide();
+        return true;
+    }
+    return QNGUIApplication::eventFilter(watched, event);
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "framework/application/QNGUIApplication.h"
+
+#include "comm/MVCommMessages.h"
+
+#include <memory>
+
+class MVComm;
+class VolumeWindow;
+
+namespace platform {
+class SingleInstance;
+}
+
+/// The application: owns the window and the façade to the plug-ins, and knows what happens at the
+/// start, at the end, and when a person starts the program again. Main thread only.
+class MVAppController final : public QNGUIApplication {
+    Q_OBJECT
+
+  public:
+    /// Registers the defaults of the preferences. To be called once, before there is a controller.
+    static void initialize();
+
+    /// The controller whose interface has been made; null before.
+    static MVAppController* sharedController() noexcept;
+
+    /// The log file: "Tonvale/Tonvale.log" in the user's folder of logs. Empty without such a
+    /// folder.
+    static QString logURL();
+
+    /// Opens the log file. `instance` is what makes this the only one that runs.
+    explicit MVAppController(std::unique_ptr<platform::SingleInstance> instance);
+    ~MVAppController() override;
+
+    std::optional<QStringList> validOptions() const override;
+    void awakeFromNib() override;
+    void applicationDidFinishLaunching() override;
+
+    /// The window, then the sockets, then what has been set.
+    void applicationWillTerminate() override;
+
+    /// Shows the window if it is not visible. `token` is the desktop's leave to come to the front.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token);
+    void showMainWindow();
+
+    /// What the façade calls.
+    void updateApps();
+    void handleActivity(const MVCommActivityMessage* message);
+
+    /// Tells the person once that something cannot be written.
+    void tellThatNothingIsSaved(const QString& reason);
+
+    /// A signal that asks the program to end.
+    Q_INVOKABLE void terminationSignal(int signal);
+
+  private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    void observeSignals();
+    void connectPlugins();
+    void saveScreenshot();
+
+    const std::unique_ptr<platform::SingleInstance> instance_;
+    MVComm& comm_;
+    std::unique_ptr<VolumeWindow> window_;
+    bool hasToldThatNothingIsSaved_ = false;
+};

@@ -1,0 +1,14 @@
+#include "framework/application/QNSignalProxy.h"
+
+#include "platform/DispatchQueue.h"
+
+#include <utility>
+
+using platform::DispatchQueue;
+
+QNSignalProxy::QNSignalProxy(Handler handler, std::shared_ptr<DispatchQueue> queue)
+    : handler_(std::move(handler)), q_(queue ? std::move(queue) : DispatchQueue::main()) {}
+
+void QNSignalProxy::signalHandler(int signal) const {
+    q_->async([handler = handler_, signal] { handler(signal); });
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "framework/application/QNGUIApplication.h"
+
+#include "platform/Directories.h"
+#include "platform/ExceptionReport.h"
+#include "platform/MainQueue.h"
+#include "platform/RunLoop.h"
+#include "platform/RunLoopNotifier.h"
+#include "support/PrivateFolder.h"
+#include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+/// An application object in a program that Qt's event loop drives.
+class ApplicationTest : public testing::Test {
+  protected:
+    ~ApplicationTest() override { platform::replaceExceptionHook(nullptr); }
+
+    std::string path(const std::string& name) const { return folder_.path() / name; }
+
+    /// Everything that has been logged to the file.
+    static std::string contentOf(const std::string& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    support::SystemLogRecorder systemLog;
+    platform::RunLoop loop;
+    const platform::RunLoopNotifier notifier{loop};
+    const platform::MainQueueService mainQueue{loop};
+    QNGUIApplication application;
+
+  private:
+    const support::PrivateFolder folder_;
+};

@@ -1,0 +1,104 @@
+#include "ApplicationFixture.h"
+
+#include "platform/Alert.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QWidget>
+
+#include <vector>
+
+using platform::Alert;
+
+namespace {
+
+/// Answers alerts in the person's place.
+class Answers : public platform::AlertPresenter {
+  public:
+    Answers() { platform::replaceAlertPresenter(this); }
+    ~Answers() override { platform::replaceAlertPresenter(nullptr); }
+
+    Alert::Button run(const Alert& alert) override {
+        run_.push_back(alert);
+        return Alert::other;
+    }
+    void showOn(const Alert& alert, QWidget&) override { sheets_.push_back(alert); }
+
+    std::vector<Alert> run_;
+    std::vector<Alert> sheets_;
+};
+
+} // namespace
+
+TEST_F(ApplicationTest, AlertsAreSheetsWhereAWindowCanTakeOne) {
+    Answers answers;
+    const QString text = QStringLiteral("100 %@");
+    application.alertWithTitle(QStringLiteral("no window"), text, QStringLiteral("OK"));
+    QWidget window;
+    window.show();
+    application.criticalAlertWithTitle(QStringLiteral("sheet"), text, QStringLiteral("OK"));
+    QWidget above(&window, Qt::Dialog);
+    above.show();
+    application.alertWithTitle(QStringLiteral("covered"), text, QStringLiteral("OK"));
+    EXPECT_EQ(application.criticalAlertWithTitle(QStringLiteral("asks"), text, QStringLiteral("A"),
+                                                 QStringLiteral("B"), QStringLiteral("C")),
+              Alert::other);
+
+    ASSERT_EQ(answers.run_.size(), 3U);
+    EXPECT_EQ(answers.run_[0].title, QStringLiteral("no window"));
+    EXPECT_EQ(answers.run_[0].message, text);
+    EXPECT_FALSE(answers.run_[0].isCritical);
+    EXPECT_EQ(answers.run_[1].title, QStringLiteral("covered"));
+    EXPECT_TRUE(answers.run_[2].isCritical);
+    EXPECT_EQ(answers.run_[2].otherButton, QStringLiteral("C"));
+    ASSERT_EQ(answers.sheets_.size(), 1U);
+    EXPECT_TRUE(answers.sheets_[0].isCritical);
+}
+
+TEST_F(ApplicationTest, ASheetDoesNotWaitAndAnAlertAnswersTheButton) {
+    QWidget window;
+    window.show();
+    application.alertWithTitle(QStringLiteral("sheet"), QString(), QStringLiteral("OK"));
+    auto* const sheet = window.findChild<QMessageBox*>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
+    sheet->accept();
+
+    const auto answer = [&](const QString& button) {
+        QMetaObject::invokeMethod(
+            qApp,
+            [button] {
+                auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                for (QAbstractButton* each : box->buttons()) {
+                    if (each->text() == button)
+                        each->click();
+                }
+            },
+            Qt::QueuedConnection);
+        return application.alertWithTitle(QStringLiteral("asks"), QString(), QStringLiteral("A"),
+                                          QStringLiteral("B"), QStringLiteral("C"));
+    };
+    EXPECT_EQ(answer(QStringLiteral("A")), Alert::standard);
+    EXPECT_EQ(answer(QStringLiteral("B")), Alert::alternate);
+    EXPECT_EQ(answer(QStringLiteral("C")), Alert::other);
+}
+
+TEST_F(ApplicationTest, WaitingServesEventsAndEndsAtItsTime) {
+    bool served = false;
+    QMetaObject::invokeMethod(
+        qApp, [&] { served = true; }, Qt::QueuedConnection);
+    application.waitInEventLoopFor(0.01);
+    EXPECT_TRUE(served);
+    application.waitInEventLoopFor(-1);
+}
+
+TEST_F(ApplicationTest, TheMajorNumberOfAModel) {
+    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("Model6,2")), 6);
+    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("Model10,1")), 1);
+    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("None")), 0);
+    EXPECT_FALSE(application.machineHasAutoSwitchingGPUs());
+    EXPECT_EQ(application.documentIdentifiers(), QStringList());
+    EXPECT_NE(application.universallyUniqueString(), application.universallyUniqueString());
+}

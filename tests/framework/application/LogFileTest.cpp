@@ -1,0 +1,82 @@
+#include "ApplicationFixture.h"
+
+#include "framework/application/SupportPath.h"
+#include "framework/log/qnlog.h"
+#include "platform/BackupExclusion.h"
+#include "platform/ModifierKeys.h"
+#include "support/ScopedVariable.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+using support::ScopedVariable;
+
+TEST_F(ApplicationTest, TheLogFileBeginsWithTheMachineAndTakesWhatIsLogged) {
+    application.createLogFile(QStringLiteral("test.log"), QString::fromStdString(path("a/b")));
+    ASSERT_NE(application.logHandle(), nullptr);
+    application.log("%@ has %u %% of %@", "one", 50U, QStringLiteral("ten"));
+    application.logWithLevel(qnlog_warning, "literal %s", "percent %d");
+    QNLog(qnlog_verbose, "not written");
+    application.setLogHandle(application.logHandle()); // does nothing
+    application.setLogHandle(nullptr);
+    application.log("to the system log");
+    EXPECT_TRUE(systemLog.contains("to the system log"));
+
+    const std::string content = contentOf(path("a/b/test.log"));
+    EXPECT_TRUE(content.starts_with("\xEF\xBB\xBF")) << content;
+    EXPECT_NE(content.find(": [I] **** "), std::string::npos) << content;
+    EXPECT_NE(content.find(" RAM ****\n"), std::string::npos) << content;
+    EXPECT_NE(content.find(": [I] one has 50 % of ten\n"), std::string::npos) << content;
+    EXPECT_NE(content.find(": [W] literal percent %d\n"), std::string::npos) << content;
+    EXPECT_EQ(content.find("not written"), std::string::npos) << content;
+    EXPECT_EQ(fs::status(path("a/b")).permissions(), fs::perms::owner_all);
+    EXPECT_TRUE(platform::isExcludedFromBackups(path("a/b")));
+}
+
+TEST_F(ApplicationTest, BothModifiersAtTheStartRaiseTheLevel) {
+    struct Case {
+        Qt::KeyboardModifiers (*keys)();
+        std::uint32_t level;
+    };
+    const Case cases[] = {
+        {[] { return Qt::KeyboardModifiers(Qt::ControlModifier); }, qnlog_user},
+        {[] { return Qt::KeyboardModifiers(Qt::MetaModifier | Qt::ShiftModifier); }, qnlog_user},
+        {[] { return Qt::ControlModifier | Qt::MetaModifier; }, qnlog_debug}};
+    for (const Case& each : cases) {
+        platform::replaceModifierKeys(each.keys);
+        application.createLogFile(QStringLiteral("keys.log"), QString::fromStdString(path("keys")));
+        platform::replaceModifierKeys(nullptr);
+        EXPECT_TRUE(support::waitUntil(
+            [&] { return qnlog_getlevel(application.logHandle()) == each.level; }));
+    }
+}
+
+TEST_F(ApplicationTest, ALogFileThatCannotBeOpenedLeavesTheOldOne) {
+    application.createLogFile(QStringLiteral("first.log"), QString::fromStdString(path("logs")));
+    qnlog_handle* const first = application.logHandle();
+    std::ofstream(path("file")) << "no folder";
+    application.createLogFile(QStringLiteral("x.log"), QString::fromStdString(path("file/logs")));
+    EXPECT_EQ(application.logHandle(), first);
+}
+
+TEST_F(ApplicationTest, SupportFoldersAreMadeAndWhatIsWrongWithThemIsLogged) {
+    const ScopedVariable data("XDG_DATA_HOME", path("data"));
+    const ScopedVariable library("TONVALE_LOCAL_LIBRARY", path("library"));
+    EXPECT_EQ(makeSupportPath(QStringLiteral("Leaf"), false).toStdString(), path("data/Leaf"));
+    EXPECT_EQ(makeSupportPath(QStringLiteral("Leaf"), true).toStdString(),
+              path("library/Application Support/Leaf"));
+    EXPECT_EQ(fs::status(path("data/Leaf")).permissions(), fs::perms::owner_all);
+    EXPECT_TRUE(fs::is_directory(path("library/Application Support/Leaf")));
+    EXPECT_TRUE(systemLog.lines().empty());
+
+    fs::permissions(path("data/Leaf"), fs::perms::owner_read);
+    makeSupportPath(QStringLiteral("Leaf"), false);
+    EXPECT_TRUE(systemLog.contains("Support path has unexpected permissions! 256 (" +
+                                   path("data/Leaf") + ")"));
+    const ScopedVariable nowhere("XDG_DATA_HOME", path("none/such"));
+    std::ofstream(path("none")) << "a file";
+    makeSupportPath(QStringLiteral("Leaf"), false);
+    EXPECT_TRUE(
+        systemLog.contains("Support path is not accessible! (" + path("none/such/Leaf") + ")"));
+}
