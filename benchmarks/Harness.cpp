@@ -14,8 +14,6 @@ namespace bench {
 
 namespace {
 
-constexpr int rounds = 7;
-
 struct Result {
     double ours;
     double peer; ///< unused without a peer
@@ -33,10 +31,12 @@ double median(std::vector<double> values) {
 }
 
 Result measure(const Figure& figure) {
+    const std::shared_ptr<void> surroundings =
+        figure.surroundings ? figure.surroundings() : nullptr;
     std::vector<double> ours;
     std::vector<double> peer;
     figure.ours(); // warms up caches and the allocator
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < figure.rounds; ++round) {
         if (figure.peer)
             peer.push_back(figure.peer());
         ours.push_back(figure.ours());

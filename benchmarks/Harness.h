@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,9 @@ struct Figure {
     std::function<double()> ours; ///< does the work once and answers the number
     std::string peerName;         ///< empty: no peer
     std::function<double()> peer;
+    int rounds = 7; ///< how often each is measured
+    /// Makes what the work needs around it, which then lives until the last round is over.
+    std::function<std::shared_ptr<void>()> surroundings = {};
 };
 
 /// Makes a figure known to run(). Call it from a static object of the file that measures.
