@@ -2,7 +2,6 @@
 
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/application/QNGUIApplication.h"
-#include "framework/application/SignalTable.h"
 
 #include "platform/ExceptionReport.h"
 #include "platform/MainQueue.h"
@@ -44,6 +43,5 @@ int PlatformApplication::main(int argc, char** argv, const Interface& makeInterf
     if (!delegate->shouldExit())
         QApplication::exec();
     delegate->end();
-    SignalTable::instance().close();
     return 0;
 }

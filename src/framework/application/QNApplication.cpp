@@ -97,7 +97,8 @@ QNApplication::QNApplication() {
 
 QNApplication::~QNApplication() {
     QNApplication* self = this;
-    currentApplication.compare_exchange_strong(self, nullptr);
+    if (currentApplication.compare_exchange_strong(self, nullptr))
+        SignalTable::instance().close(); // the run loop may go next
     setLogHandle(nullptr);
 }
 
@@ -137,7 +138,6 @@ void QNApplication::run() {
     launch();
     while (!shouldExit_)
         waitInEventLoopFor(5.0);
-    SignalTable::instance().close();
 }
 
 void QNApplication::launch() {

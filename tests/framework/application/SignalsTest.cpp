@@ -7,7 +7,6 @@
 
 #include "ApplicationFixture.h"
 
-#include "framework/application/SignalTable.h"
 #include "platform/DispatchQueue.h"
 #include "platform/SignalEvents.h"
 
@@ -43,8 +42,6 @@ class Observer : public QObject {
 
 class SignalsTest : public ApplicationTest {
   protected:
-    ~SignalsTest() override { SignalTable::instance().close(); }
-
     /// Sends the signal and serves events until `done`.
     static bool raiseAndWait(int signal, const std::function<bool()>& done) {
         ::raise(signal);
