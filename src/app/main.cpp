@@ -32,6 +32,7 @@ int main(int argc, char** argv) {
     try {
         if (CommandLine::answer(parseQNOptions(argumentTexts(argc, argv))))
             return 0;
+        platform::unblockSignals();
         platform::surviveFailedWrites();
         QNGUIApplication::setMainInterface(&makeInterface);
         return QNApplicationMain(nullptr, argc, argv);

@@ -1,9 +1,11 @@
 #include "platform/RunLoop.h"
 
+#include "platform/CallStack.h"
 #include "platform/ExceptionReport.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Timer.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <sys/epoll.h>
@@ -16,11 +18,13 @@ namespace platform {
 
 namespace {
 
+constexpr std::int64_t longestWait = 60'000; // ms; waiting ends early for whoever asks again
+
 thread_local RunLoop* currentLoop = nullptr;
 
 FileDescriptor checked(int descriptor, const char* what) {
     if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), what);
+        throw TracedError<std::system_error>(errno, std::generic_category(), what);
     return FileDescriptor(descriptor);
 }
 
@@ -30,7 +34,7 @@ void watchForReading(const FileDescriptor& epoll, const FileDescriptor& watched)
     // The address tells these two from sources, whose events carry the source.
     event.data.ptr = const_cast<FileDescriptor*>(&watched);
     if (::epoll_ctl(epoll.get(), EPOLL_CTL_ADD, watched.get(), &event) != 0)
-        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+        throw TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
 }
 
 void drain(const FileDescriptor& counter) noexcept {
@@ -78,6 +82,11 @@ RunLoop* RunLoop::current() noexcept {
 
 void RunLoop::turn() {
     serve(0);
+}
+
+void RunLoop::turnWithin(MonotonicClock::duration bound) {
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(bound);
+    serve(static_cast<int>(std::clamp<std::int64_t>(wait.count(), 0, longestWait)));
 }
 
 void RunLoop::run() {

@@ -1,5 +1,7 @@
 #include "platform/SignalEvents.h"
 
+#include "platform/CallStack.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -42,7 +44,7 @@ void install(int signal, void (*handler)(int), struct sigaction* previous) noexc
 SignalEvents::SignalEvents() {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe2");
+        throw TracedError<std::system_error>(errno, std::generic_category(), "pipe2");
     readEnd_.reset(ends[0]);
     writeEnd_.reset(ends[1]);
     pipeForHandlers = ends[1];
@@ -72,6 +74,15 @@ bool SignalEvents::watch(int signal) noexcept {
     return true;
 }
 
+void SignalEvents::silence() noexcept {
+    for (int signal = 1; signal < NSIG; ++signal) {
+        auto& each = watched[static_cast<std::size_t>(signal)];
+        if (each.previous)
+            install(signal, &doNothing, nullptr);
+        each.previous.reset();
+    }
+}
+
 std::optional<int> SignalEvents::next() noexcept {
     // First emptied, then looked at: what comes in between makes it readable again.
     std::array<char, 64> bytes{};
@@ -85,6 +96,12 @@ std::optional<int> SignalEvents::next() noexcept {
         }
     }
     return std::nullopt;
+}
+
+void unblockSignals() noexcept {
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 void surviveFailedWrites() noexcept {

@@ -26,6 +26,10 @@ class SignalEvents {
     /// as programs started with nohup(1) expect. False when the signal cannot be caught.
     bool watch(int signal) noexcept;
 
+    /// For the end of the program: from now on, and after this object, the signals do nothing, so
+    /// that a second one does not cut the end off.
+    void silence() noexcept;
+
     /// Readable when signals have come.
     int descriptor() const noexcept { return readEnd_.get(); }
 
@@ -36,6 +40,10 @@ class SignalEvents {
     FileDescriptor readEnd_;
     FileDescriptor writeEnd_;
 };
+
+/// Has all signals reach the process, whatever mask its parent left it with. For the very beginning
+/// of a program, before it has threads.
+void unblockSignals() noexcept;
 
 /// Has writing to a connection that the peer has closed (SIGPIPE) or beyond the permitted size of a
 /// file (SIGXFSZ) fail with an error instead of ending the process. Programs that we start get the

@@ -1,5 +1,6 @@
 #include "platform/TerminationSignals.h"
 
+#include "platform/CallStack.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 
@@ -17,7 +18,7 @@ TerminationSignals::TerminationSignals(RunLoop& loop, std::function<void(int)> h
     };
     source_ = RunLoopSource::create(loop, events_.descriptor(), RunLoopSource::reading, deliver);
     if (!source_)
-        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+        throw TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         events_.watch(signal);
     surviveFailedWrites();

@@ -1,5 +1,7 @@
 #include "platform/ThreadCalls.h"
 
+#include "platform/CallStack.h"
+
 #include <atomic>
 #include <memory>
 #include <system_error>
@@ -46,7 +48,7 @@ void startDetachedThread(std::function<void()> body) {
     auto owned = std::make_unique<std::function<void()>>(std::move(body));
     pthread_t thread{};
     if (const int error = threadCalls().start(&thread, &runBody, owned.get()); error != 0)
-        throw std::system_error(error, std::system_category());
+        throw TracedError<std::system_error>(error, std::system_category());
     owned.release();
     ::pthread_detach(thread);
 }

@@ -16,4 +16,5 @@ enum QNExceptionPlace : unsigned {
     kExceptionInSignals = 110,
     kExceptionInEventHandler = 111,
     kExceptionInInterface = 112,
+    kExceptionInLaunchStep = 113,
 };

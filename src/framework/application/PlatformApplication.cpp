@@ -2,13 +2,18 @@
 
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/application/QNGUIApplication.h"
+#include "framework/application/SignalTable.h"
 
 #include "platform/ExceptionReport.h"
 #include "platform/MainQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
+#include "platform/SystemLog.h"
 
 #include <QApplication>
+#include <QTimer>
+
+#include <cstdlib>
 
 namespace {
 
@@ -27,10 +32,19 @@ class GuardedApplication final : public QApplication {
     }
 };
 
+/// No display, say: one line and a status instead of an abort. For the toolkit's start only.
+void endOnFatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    platform::systemLog(platform::LogPriority::error, "%s", qUtf8Printable(message));
+    if (type == QtFatalMsg)
+        std::_Exit(1);
+}
+
 } // namespace
 
 int PlatformApplication::main(int argc, char** argv, const Interface& makeInterface) {
+    const auto formerHandler = qInstallMessageHandler(&endOnFatal);
     GuardedApplication toolkit(argc, argv);
+    qInstallMessageHandler(formerHandler);
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
@@ -39,9 +53,10 @@ int PlatformApplication::main(int argc, char** argv, const Interface& makeInterf
     if (!delegate)
         return 0;
     platform::guarded(kExceptionInInterface, [&] { delegate->awakeFromNib(); });
-    delegate->launch();
-    if (!delegate->shouldExit())
-        QApplication::exec();
+    // From within the event loop, so that whatever runs one of its own meanwhile can be ended.
+    QTimer::singleShot(0, &toolkit, [&] { delegate->launch(); });
+    QApplication::exec();
+    SignalTable::instance().silence();
     delegate->end();
     return 0;
 }

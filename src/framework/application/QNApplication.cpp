@@ -19,7 +19,7 @@
 #include "platform/SleepTimer.h"
 #include "platform/SystemFacts.h"
 #include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/ThreadCalls.h"
 
 #include <QUuid>
 
@@ -161,16 +161,20 @@ void QNApplication::applicationDidFinishLaunching() {
 }
 
 void QNApplication::waitInEventLoopFor(double seconds) {
+    using platform::MonotonicClock;
     platform::RunLoop* const loop = platform::RunLoop::current();
-    if (!loop)
-        throw std::logic_error("there is no run loop to wait in");
-    try {
-        platform::Timer end(*loop, [loop] { loop->stop(); });
-        end.start(std::chrono::round<std::chrono::nanoseconds>(
-            std::chrono::duration<double>(std::max(seconds, 0.0))));
-        loop->run();
-    } catch (...) {
-        logExceptionIn(__func__, kExceptionInEventLoop);
+    const auto end = MonotonicClock::now() + std::chrono::round<MonotonicClock::duration>(
+                                                 std::chrono::duration<double>(seconds));
+    for (auto now = MonotonicClock::now(); now < end && !shouldExit_; now = MonotonicClock::now()) {
+        if (!loop) { // a thread without one has nothing to serve
+            platform::threadCalls().pause(end - now);
+            continue;
+        }
+        try {
+            loop->turnWithin(end - now);
+        } catch (...) {
+            logExceptionIn(__func__, kExceptionInEventLoop);
+        }
     }
 }
 
@@ -182,6 +186,7 @@ void QNApplication::terminate() {
     }
     if (std::exchange(shouldExit_, true))
         return;
+    SignalTable::instance().silence();
     end();
     std::exit(0);
 }
@@ -392,11 +397,10 @@ void QNApplication::updateListening() {
 
 void QNApplication::signalDidFire() {
     SignalTable& table = SignalTable::instance();
-    if (!deliverSignals()) {
-        table.setListening(false);
-        return;
-    }
-    while (const auto signal = table.next()) {
+    while (deliverSignals()) {
+        const auto signal = table.next();
+        if (!signal)
+            return;
         for (const SignalTable::Observer& observer : table.observers(*signal)) {
             try {
                 if (observer.target &&
@@ -409,4 +413,5 @@ void QNApplication::signalDidFire() {
             }
         }
     }
+    table.setListening(false); // until enableSignals()
 }

@@ -54,7 +54,8 @@ class QNApplication : public QObject {
     /// Calls the hooks around launching, then serves the run loop until terminate().
     void run();
 
-    /// Serves the thread's event loop for so many seconds.
+    /// Serves the thread's event loop for so many seconds; without one the thread just waits. Any
+    /// thread.
     virtual void waitInEventLoopFor(double seconds);
 
     /// Ends the program with status 0, after applicationWillTerminate(); from another thread than

@@ -2,6 +2,7 @@
 
 #include "framework/application/QNSignalProxy.h"
 
+#include "platform/CallStack.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/SignalEvents.h"
@@ -28,13 +29,19 @@ void SignalTable::open(std::function<void()> didFire) {
         return;
     RunLoop* const loop = RunLoop::current();
     if (!loop)
-        throw std::logic_error("signals need a run loop");
+        throw platform::TracedError<std::logic_error>("signals need a run loop");
     if (!events_)
         events_ = std::make_unique<platform::SignalEvents>();
     source_ = RunLoopSource::create(*loop, events_->descriptor(), RunLoopSource::reading,
                                     std::move(didFire));
     if (!source_)
-        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+        throw platform::TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
+}
+
+void SignalTable::silence() {
+    source_.reset();
+    if (events_)
+        events_->silence();
 }
 
 void SignalTable::close() {

@@ -36,6 +36,9 @@ class SignalTable {
     /// std::logic_error when the thread has no run loop.
     void open(std::function<void()> didFire);
 
+    /// For the end of the program: observed signals do nothing any more, and go on doing nothing.
+    void silence();
+
     /// Takes the source from the run loop, before that goes. Signals do what they did before.
     void close();
 

@@ -3,6 +3,7 @@
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/ThreadLimit.h"
 
+#include "platform/CallStack.h"
 #include "platform/DispatchQueue.h"
 #include "platform/ThreadCalls.h"
 
@@ -26,9 +27,9 @@ constexpr std::chrono::nanoseconds failurePause = 100ms;
 
 std::atomic<bool> orphaned{false};
 
-class ThreadLimitError : public std::system_error {
+class ThreadLimitError : public platform::TracedError<std::system_error> {
   public:
-    ThreadLimitError() : std::system_error(EAGAIN, std::generic_category()) {}
+    ThreadLimitError() : TracedError(EAGAIN, std::generic_category()) {}
     const char* what() const noexcept override { return "QN::async has hit its thread limit"; }
 };
 

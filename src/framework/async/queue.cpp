@@ -1,5 +1,7 @@
 #include "framework/async/queue.h"
 
+#include "platform/CallStack.h"
+
 #include "framework/async/manager.h"
 #include "framework/async/qshuttle.h"
 #include "framework/async/worker.h"
@@ -49,9 +51,9 @@ std::future<void> queue::enqueueWithFuture(Task task) {
 
 void queue::append(Task task, std::unique_ptr<std::promise<void>> promise) {
     if (!task)
-        throw std::runtime_error("invalid task!");
+        throw platform::TracedError<std::runtime_error>("invalid task!");
     if (shuttle_->isZombie())
-        throw std::runtime_error("zombie queue!");
+        throw platform::TracedError<std::runtime_error>("zombie queue!");
     if (manager::isOrphaned())
         return;
     if (shuttle_->append({std::move(task), std::move(promise)}))
@@ -62,7 +64,7 @@ void queue::wait() {
     if (manager::isOrphaned())
         return;
     if (shuttle_->isSuspended())
-        throw std::runtime_error("wait on suspended queue!");
+        throw platform::TracedError<std::runtime_error>("wait on suspended queue!");
     shuttle_->drained().request([] { manager::shared().dispatch(); });
 }
 

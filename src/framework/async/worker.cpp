@@ -3,6 +3,7 @@
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/qshuttle.h"
 
+#include "platform/CallStack.h"
 #include "platform/ThreadCalls.h"
 
 #include <cstdio>
@@ -36,7 +37,8 @@ worker::~worker() {
 void worker::start() {
     const int error = platform::threadCalls().start(&thread_, &worker::body, this);
     if (error != 0)
-        throw std::system_error(error, std::system_category(), "QN::async has got no thread");
+        throw platform::TracedError<std::system_error>(error, std::system_category(),
+                                                       "QN::async has got no thread");
     started_ = true;
     wake(); // thread_ is known from now on
 }

@@ -1,5 +1,6 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 
+#include "platform/CallStack.h"
 #include "platform/DispatchQueue.h"
 
 #include <stdexcept>
@@ -34,7 +35,7 @@ QNItemContentChangeMonitor::addObserverForItem(const std::string& url, Queue que
                                                Handler handler) {
     WatchedItem item = WatchedItem::url(url);
     if (!item.isFileUrl())
-        throw std::invalid_argument("");
+        throw platform::TracedError<std::invalid_argument>("");
     return addObserverForObject(std::move(item), std::move(queue), std::move(handler));
 }
 
@@ -42,7 +43,7 @@ QNItemContentChangeMonitor::Observer
 QNItemContentChangeMonitor::addObserverForPath(const std::string& path, Queue queue,
                                                Handler handler) {
     if (!path.starts_with('/'))
-        throw std::invalid_argument("");
+        throw platform::TracedError<std::invalid_argument>("");
     return addObserverForObject(WatchedItem::path(path), std::move(queue), std::move(handler));
 }
 
@@ -50,7 +51,7 @@ QNItemContentChangeMonitor::Observer
 QNItemContentChangeMonitor::addObserverForFileDescriptor(int descriptor, Queue queue,
                                                          Handler handler) {
     if (descriptor < 0)
-        throw std::invalid_argument("");
+        throw platform::TracedError<std::invalid_argument>("");
     return addObserverForObject(WatchedItem::descriptor(descriptor), std::move(queue),
                                 std::move(handler));
 }
