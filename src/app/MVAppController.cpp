@@ -3,9 +3,11 @@
 #include "app/CommandLine.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
+#include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
 #include "platform/Directories.h"
 #include "platform/DispatchQueue.h"
+#include "platform/ExceptionReport.h"
 #include "platform/SessionBus.h"
 #include "platform/SingleInstance.h"
 #include "platform/UserDefaults.h"
@@ -13,10 +15,12 @@
 #include "ui/VolumeWindow.h"
 
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QPixmap>
 #include <QWindow>
 
 #include <csignal>
+#include <cstdlib>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -100,8 +104,11 @@ MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> insta
         const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
         createLogFile(file.mid(slash + 1), file.left(slash));
     }
-    for (const auto& [level, line] : takeEarlyLines())
+    for (const auto& [level, line] : takeEarlyLines()) {
         logText(level, line);
+        if (level <= qnlog_error)
+            earlyError_ = line;
+    }
     if (logHandle() && options().contains(CommandLine::debug))
         qnlog_setlevel(logHandle(), qnlog_debug);
 }
@@ -116,21 +123,37 @@ std::optional<QStringList> MVAppController::validOptions() const {
 
 void MVAppController::awakeFromNib() {
     shared = this;
+    std::atexit(&endWithoutDisplay);
 }
 
 void MVAppController::applicationDidFinishLaunching() {
     QNGUIApplication::applicationDidFinishLaunching();
-    observeSignals();
+    // Closing the window decides, not the last of all windows, which may be an alert's.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    const auto step = [](const auto& work) { platform::guarded(kExceptionInLaunchStep, work); };
+    step([this] { observeSignals(); });
     window_ = std::make_unique<VolumeWindow>(comm_);
     window_->installEventFilter(this);
-    connectPlugins();
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });
     showMainWindow();
-    if (!logHandle())
-        tellThatNothingIsSaved(platform::formatted(
-            localized(QStringLiteral("The log “%@” can't be written.")), logURL()));
+    step([this] { connectPlugins(); });
+    step([this] {
+        helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
+    });
+    step([this] { tellEarlyErrors(); });
+}
+
+void MVAppController::tellEarlyErrors() {
+    if (!earlyError_.isEmpty())
+        tellThatNothingIsSaved(earlyError_);
+    else if (!logHandle())
+        tellThatNothingIsSaved(
+            logURL().isEmpty()
+                ? localized(QStringLiteral("There is no folder for the log."))
+                : platform::formatted(localized(QStringLiteral("The log “%@” can't be written.")),
+                                      logURL()));
 }
 
 void MVAppController::observeSignals() {
@@ -166,7 +189,17 @@ void MVAppController::tellThatNothingIsSaved(const QString& reason) {
                    localized(QStringLiteral("OK")));
 }
 
+/// When the display goes, the toolkit ends the process from within its event loop.
+void MVAppController::endWithoutDisplay() {
+    if (!shared || shared->shouldExit())
+        return;
+    shared->logWithLevel(qnlog_error, "The display has gone");
+    shared->comm_.shutdown();
+    UserDefaults::standard().synchronize();
+}
+
 void MVAppController::applicationWillTerminate() {
+    setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
     comm_.shutdown();
@@ -210,11 +243,13 @@ void MVAppController::handleActivity(const MVCommActivityMessage* message) {
 
 /// A window that is closed comes back by the helper in the menu bar; without that the program ends.
 bool MVAppController::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == window_.get() && event->type() == QEvent::Close && !shouldExit() &&
-        platform::isOnSessionBus(QLatin1String(helperBusName))) {
-        event->ignore();
-        window_->hide();
-        return true;
+    if (watched != window_.get() || event->type() != QEvent::Close || shouldExit())
+        return QNGUIApplication::eventFilter(watched, event);
+    if (!helper_ || !helper_->isOwned()) {
+        terminate();
+        return false;
     }
-    return QNGUIApplication::eventFilter(watched, event);
+    event->ignore();
+    window_->hide();
+    return true;
 }

@@ -10,8 +10,9 @@ class MVComm;
 class VolumeWindow;
 
 namespace platform {
+class BusNameWatch;
 class SingleInstance;
-}
+} // namespace platform
 
 /// The application: owns the window and the façade to the plug-ins, and knows what happens at the
 /// start, at the end, and when a person starts the program again. Main thread only.
@@ -59,10 +60,14 @@ class MVAppController final : public QNGUIApplication {
 
     void observeSignals();
     void connectPlugins();
+    void tellEarlyErrors();
+    static void endWithoutDisplay();
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
     MVComm& comm_;
     std::unique_ptr<VolumeWindow> window_;
+    std::unique_ptr<platform::BusNameWatch> helper_;
+    QString earlyError_; // what could not be read before there was a window
     bool hasToldThatNothingIsSaved_ = false;
 };

@@ -53,7 +53,7 @@ DefaultsStore::DefaultsStore(const std::filesystem::path& path, DefaultsFileCall
 
 void DefaultsStore::load() {
     if (!file_) {
-        reportLine(2, "There is no folder for settings; they are kept in memory only");
+        reportLine(1, "There is no folder for settings; they are kept in memory only");
         return;
     }
     saveTimer_.emplace(queue_, [weak = weak_from_this()] {

@@ -1,6 +1,7 @@
 #include "platform/DistributedNotification.h"
 
 #include "platform/ExceptionReport.h"
+#include "platform/SessionBus.h"
 #include "platform/SystemLog.h"
 
 #include <QDBusConnection>
@@ -27,7 +28,7 @@ struct SignalAddress {
 
 bool postDistributedNotification(const QString& name) {
     const SignalAddress address(name);
-    QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusConnection bus = sessionBus();
     if (bus.isConnected() &&
         bus.send(QDBusMessage::createSignal(address.path, address.interface, address.member)))
         return true;
@@ -44,9 +45,8 @@ class DistributedNotificationObserver::Receiver : public QObject {
     Receiver(const QString& name, std::function<void()> handler)
         : address_(name)
         , handler_(std::move(handler))
-        , active_(QDBusConnection::sessionBus().connect(QString(), address_.path,
-                                                        address_.interface, address_.member, this,
-                                                        SLOT(received()))) {}
+        , active_(sessionBus().connect(QString(), address_.path, address_.interface,
+                                       address_.member, this, SLOT(received()))) {}
 
     bool isActive() const noexcept { return active_; }
 

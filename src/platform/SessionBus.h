@@ -1,11 +1,34 @@
 #pragma once
 
-class QString;
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class QDBusServiceWatcher;
 
 namespace platform {
 
-/// Whether a program owns that name on the session bus now; false without a bus. Waits for the bus.
-/// Main thread only.
-bool isOnSessionBus(const QString& name);
+/// The session bus. Not connected when there is none, or when it has not answered within 2 s: Qt
+/// would wait for such a bus without end. Asked anew when its address changes. Main thread only.
+QDBusConnection sessionBus();
+
+/// Knows whether a program owns a name on the session bus, without ever waiting for the bus: what
+/// has become known is up to date but for the way of a message. Main thread only.
+class BusNameWatch {
+  public:
+    explicit BusNameWatch(const QString& name);
+    ~BusNameWatch();
+    BusNameWatch(const BusNameWatch&) = delete;
+    BusNameWatch& operator=(const BusNameWatch&) = delete;
+
+    bool isOwned() const noexcept { return isOwned_; }
+
+  private:
+    const QString name_;
+    std::unique_ptr<QDBusServiceWatcher> watcher_; // null without a bus
+    bool isOwned_ = false;
+};
 
 } // namespace platform

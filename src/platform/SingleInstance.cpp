@@ -2,6 +2,7 @@
 
 #include "platform/Directories.h"
 #include "platform/ExceptionReport.h"
+#include "platform/SessionBus.h"
 #include "platform/SystemLog.h"
 
 #include <QDBusConnection>
@@ -11,12 +12,20 @@
 #include <QVariantMap>
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <thread>
 
 namespace platform {
 
 namespace {
+
+/// How often, and at what distance, one that is about to end is given the time for it.
+constexpr int attempts = 30;
+constexpr std::chrono::milliseconds pause{100};
+
+constexpr int patienceForAnswer = 5000; // ms
 
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 
@@ -34,7 +43,8 @@ QString ownToken() {
     return {};
 }
 
-void activateOther(const QDBusConnection& bus, const QString& name) {
+/// True when the other one has heard it.
+bool activateOther(const QDBusConnection& bus, const QString& name) {
     const QString token = ownToken();
     QVariantMap platformData;
     if (!token.isEmpty()) {
@@ -44,20 +54,20 @@ void activateOther(const QDBusConnection& bus, const QString& name) {
     auto call = QDBusMessage::createMethodCall(
         name, objectPath(name), QLatin1String(applicationInterface), QStringLiteral("Activate"));
     call.setArguments({platformData});
-    constexpr int patience = 5000; // ms; a busy program, not a dead one, since it owns its name
-    const QDBusMessage answer = bus.call(call, QDBus::Block, patience);
-    if (answer.type() == QDBusMessage::ErrorMessage)
-        systemLog(LogPriority::warning, "The program that runs already doesn't answer: %s",
-                  qUtf8Printable(answer.errorMessage()));
+    const QDBusMessage answer = bus.call(call, QDBus::Block, patienceForAnswer);
+    return answer.type() == QDBusMessage::ReplyMessage;
 }
 
 /// Without a folder for it every start is the first.
-bool lockFile(const QString& name, FileDescriptor& lock) {
+FileDescriptor openLock(const QString& name) {
     const std::string folder = runtimeDirectory();
     if (folder.empty())
-        return true;
+        return {};
     const std::string path = folder + "/" + name.toStdString() + ".lock";
-    lock.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    return FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+}
+
+bool isLocked(const FileDescriptor& lock) {
     return !lock || ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
@@ -68,19 +78,28 @@ class SingleInstance::Service : public QDBusVirtualObject {
   public:
     explicit Service(QString name) : name_(std::move(name)) {}
     ~Service() override {
-        auto bus = QDBusConnection::sessionBus();
+        auto bus = sessionBus();
         bus.unregisterObject(objectPath(name_));
-        bus.unregisterService(name_);
+        // Without waiting for an answer: the bus may be stuck.
+        auto release = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReleaseName"));
+        release.setArguments({name_});
+        bus.send(release);
     }
 
-    /// True when the name is ours.
-    bool start(QDBusConnection& bus) {
+    enum class Start { first, second, refused };
+
+    Start start(QDBusConnection& bus) {
         // The object comes first: whoever sees the name may call at once.
         bus.registerVirtualObject(objectPath(name_), this);
         const auto answer =
             bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
                                              QDBusConnectionInterface::DontAllowReplacement);
-        return answer.isValid() && answer.value() == QDBusConnectionInterface::ServiceRegistered;
+        if (!answer.isValid())
+            return Start::refused;
+        return answer.value() == QDBusConnectionInterface::ServiceRegistered ? Start::first
+                                                                             : Start::second;
     }
 
     QString introspect(const QString& /*path*/) const override {
@@ -121,19 +140,38 @@ SingleInstance::~SingleInstance() = default;
 
 std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
     std::unique_ptr<SingleInstance> made(new SingleInstance);
-    auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
-        if (lockFile(name, made->lock_))
+    made->lock_ = openLock(name);
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (attempt > 0)
+            std::this_thread::sleep_for(pause);
+        switch (made->tryOnce(name)) {
+        case Outcome::acquired:
             return made;
-        systemLog(LogPriority::info, "Another one is running; without a session bus it can't be "
-                                     "asked to show itself");
-        return nullptr;
+        case Outcome::handedOver:
+            return nullptr;
+        case Outcome::otherIsSilent:
+            break;
+        }
     }
-    made->service_ = std::make_unique<Service>(name);
-    if (made->service_->start(bus))
-        return made;
-    activateOther(bus, name);
+    systemLog(LogPriority::warning, "Another one is running, but can't be asked to show itself");
     return nullptr;
+}
+
+/// The name says who is told of further starts, the lock also holds when the bus has been lost.
+SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
+    auto bus = sessionBus();
+    if (bus.isConnected()) {
+        auto service = std::make_unique<Service>(name);
+        const Service::Start start = service->start(bus);
+        if (start == Service::Start::second)
+            return activateOther(bus, name) ? Outcome::handedOver : Outcome::otherIsSilent;
+        if (start == Service::Start::first)
+            service_ = std::move(service);
+    }
+    if (isLocked(lock_))
+        return Outcome::acquired;
+    service_.reset();
+    return Outcome::otherIsSilent;
 }
 
 void SingleInstance::onActivation(Activated activated) {

@@ -9,10 +9,11 @@
 
 namespace platform {
 
-/// Sees to it that a program runs once in a login session. The first one owns its name on the
-/// session bus and is told when another is started, over the desktop's own interface for that
-/// (org.freedesktop.Application). Without a session bus a lock file in the runtime directory takes
-/// its place, and the other start is not told to anybody. Main thread only.
+/// Sees to it that a program runs once in a login session. The first one holds a lock file in the
+/// runtime directory, and a name on the session bus, by which it is told when another is started
+/// (the desktop's own interface for that, org.freedesktop.Application). Without a session bus the
+/// other start is not told to anybody; without bus and runtime directory every start is the first.
+/// Main thread only.
 class SingleInstance {
   public:
     /// Called with the activation token of the second start, which lets a window come to the front;
@@ -20,7 +21,7 @@ class SingleInstance {
     using Activated = std::function<void(const QString& token)>;
 
     /// `name` is the program's bus name, "com.quarnel.Tonvale". Null when another one runs; that
-    /// has been asked to show itself.
+    /// has been asked to show itself. One that is ending is waited for, 3 s at most.
     static std::unique_ptr<SingleInstance> acquire(const QString& name);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
@@ -30,10 +31,13 @@ class SingleInstance {
 
   private:
     class Service;
-    SingleInstance();
+    enum class Outcome { acquired, handedOver, otherIsSilent };
 
-    std::unique_ptr<Service> service_; // null without a session bus
+    SingleInstance();
+    Outcome tryOnce(const QString& name);
+
     FileDescriptor lock_;
+    std::unique_ptr<Service> service_; // null without a session bus
 };
 
 } // namespace platform

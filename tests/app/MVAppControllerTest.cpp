@@ -3,8 +3,11 @@
 #include "platform/MainQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
+#include "platform/SessionBus.h"
 #include "platform/SingleInstance.h"
+#include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
+#include "support/WaitUntil.h"
 #include "ui/VolumeWindow.h"
 
 #include <gtest/gtest.h>
@@ -43,14 +46,19 @@ TEST(MVAppController, AClosedWindowIsHiddenWhileAHelperCanShowItAgainElseItIsThe
 
     auto session = QDBusConnection::sessionBus();
     ASSERT_TRUE(session.registerService(QStringLiteral("com.quarnel.TonvaleHelper")));
+    const platform::BusNameWatch helper(QStringLiteral("com.quarnel.TonvaleHelper"));
+    ASSERT_TRUE(
+        support::waitUntil([&] { return helper.isOwned(); })); // the controller knows it too
     EXPECT_FALSE(window->close());
     EXPECT_FALSE(window->isVisible());
-    controller.applicationShouldHandleReopen(false, QString());
+    support::ChildProcess second({TONVALE_PROGRAM});
+    EXPECT_EQ(second.wait(), 0) << second.output();
     EXPECT_TRUE(window->isVisible());
 
     ASSERT_TRUE(session.unregisterService(QStringLiteral("com.quarnel.TonvaleHelper")));
+    ASSERT_TRUE(support::waitUntil([&] { return !helper.isOwned(); }));
     QTimer::singleShot(0, window, [&] { EXPECT_TRUE(window->close()); });
-    EXPECT_EQ(QApplication::exec(), 0) << "the last window has gone";
+    EXPECT_EQ(QApplication::exec(), 0);
     controller.applicationWillTerminate();
     EXPECT_EQ(volumeWindow(), nullptr);
 }

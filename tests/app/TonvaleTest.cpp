@@ -18,6 +18,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <sys/socket.h>
 
 using support::ChildProcess;
 
@@ -200,6 +201,24 @@ TEST_F(TonvaleTest, GoesOnWithoutAHomeAndWithDamagedPreferences) {
     endWell(*start());
 }
 
+TEST_F(TonvaleTest, DoesNotWaitForABusThatNeverAnswers) {
+    const platform::FileDescriptor stuck = platform::makeUnixSocket();
+    ASSERT_TRUE(platform::bindUnixSocket(stuck.get(), path("bus")));
+    ASSERT_EQ(::listen(stuck.get(), 5), 0);
+    const support::ScopedVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path("bus"));
+    const auto program = start();
+    EXPECT_TRUE(says(*program, "The session bus doesn't answer"));
+    endWell(*program);
+}
+
+TEST_F(TonvaleTest, SaysThatThereIsNoDisplayAndEndsWithOne) {
+    const support::ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
+    ChildProcess program({TONVALE_PROGRAM});
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_NE(program.output().find("Tonvale: "), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(path("state")));
+}
+
 class TonvaleOnABusTest : public TonvaleTest {
   protected:
     const support::PrivateBus bus_;
@@ -222,5 +241,8 @@ TEST_F(TonvaleOnABusTest, SurvivesTheEndOfTheBus) {
     support::ScriptedPlugin plugin(socket_);
     plugin.checkIn(4711, "player");
     EXPECT_TRUE(logs("'player' connected"));
+    ChildProcess second({TONVALE_PROGRAM});
+    EXPECT_EQ(second.wait(), 0) << second.output();
+    EXPECT_TRUE(isServed()) << "there is still one";
     endWell(*program);
 }

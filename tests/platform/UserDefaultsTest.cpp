@@ -269,5 +269,5 @@ TEST_F(UserDefaultsTest, WithoutAFolderValuesAreInMemoryAndThatIsToldOnce) {
     EXPECT_FALSE(defaults.synchronize());
     EXPECT_FALSE(defaults.synchronize());
     ASSERT_EQ(systemLog.lines().size(), 1U);
-    EXPECT_EQ(systemLog.lines()[0].priority, platform::LogPriority::warning);
+    EXPECT_EQ(systemLog.lines()[0].priority, platform::LogPriority::error);
 }
