@@ -160,25 +160,35 @@ void RunLoop::servePostedCalls() {
 void RunLoop::serveTimers() {
     const auto now = MonotonicClock::now();
     const std::uint64_t startedBefore = timerSequence_;
-    while (!timers_.empty() && timers_.front().deadline <= now) {
+    for (settleFront(); !timers_.empty(); settleFront()) {
         const QueuedTimer entry = timers_.front();
+        if (entry.deadline > now || entry.sequence > startedBefore)
+            break; // not due, or started by a timer of this turn
+        Timer& timer = *entry.timer;
+        dequeue(timer);
+        timer.active_ = false;
+        const auto action = timer.action_; // the action may destroy its timer
+        armKernelTimer();                  // or run a loop of its own, which serves the others
+        guarded(kExceptionInTimer, *action);
+    }
+    armKernelTimer();
+}
+
+/// Makes the first entry that of a timer that waits for just this: drops stopped ones, and moves
+/// those back that have been pushed back since they were queued.
+void RunLoop::settleFront() {
+    while (!timers_.empty()) {
+        const QueuedTimer& entry = timers_.front();
         Timer& timer = *entry.timer;
         if (!timer.active_) {
             dequeue(timer);
-        } else if (timer.sequence_ != entry.sequence) { // pushed back since it was queued
+        } else if (timer.sequence_ != entry.sequence) {
             place(0, {timer.deadline_, timer.sequence_, &timer});
             siftDown(0);
-        } else if (entry.sequence > startedBefore) {
-            break; // started by a timer of this turn
         } else {
-            dequeue(timer);
-            timer.active_ = false;
-            const auto action = timer.action_; // the action may destroy its timer
-            armKernelTimer();                  // or run a loop of its own, which serves the others
-            guarded(kExceptionInTimer, *action);
+            return;
         }
     }
-    armKernelTimer();
 }
 
 void RunLoop::forget(const RunLoopSource& source) noexcept {
@@ -261,6 +271,9 @@ void RunLoop::disarmKernelTimer() noexcept {
 
 void RunLoop::armKernelTimer() {
     // Armed too early is harmless: the turn that follows finds nothing due and arms again.
+    if (timers_.empty() || timers_.front().deadline >= armedFor_)
+        return;
+    settleFront(); // or the kernel would wake us for a timer that has been pushed back
     if (timers_.empty() || timers_.front().deadline >= armedFor_)
         return;
     armedFor_ = timers_.front().deadline;

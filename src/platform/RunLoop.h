@@ -70,6 +70,7 @@ class RunLoop {
     void serve(int timeout);
     void servePostedCalls();
     void serveTimers();
+    void settleFront();
     bool takeStopRequest();
 
     void forget(const RunLoopSource& source) noexcept;
