@@ -2,6 +2,7 @@
 #include "app/MVAppController.h"
 #include "framework/application/QNApplicationMain.h"
 #include "platform/Bundle.h"
+#include "platform/DescriptorLimit.h"
 #include "platform/SignalEvents.h"
 #include "platform/SingleInstance.h"
 #include "platform/SystemLog.h"
@@ -34,6 +35,7 @@ int main(int argc, char** argv) {
             return 0;
         platform::unblockSignals();
         platform::surviveFailedWrites();
+        platform::raiseDescriptorLimit();
         QNGUIApplication::setMainInterface(&makeInterface);
         return QNApplicationMain(nullptr, argc, argv);
     } catch (const std::exception& exception) {

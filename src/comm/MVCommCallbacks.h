@@ -2,6 +2,9 @@
 
 #include "comm/MVCommMessages.h"
 
+#include <sys/types.h>
+#include <unistd.h>
+
 /// Called on the main thread with each activity message; the message is the caller's.
 using MVCommDataCallback = void (*)(const MVCommActivityMessage* message);
 
@@ -19,4 +22,8 @@ class MVCommCallbacks {
     /// May be null.
     virtual MVCommCallback connectionCallback() const = 0;
     virtual MVCommCallback disconnectionCallback() const = 0;
+
+    /// Whether programs of `user` may connect: those of our own user and the system's, for nobody
+    /// else has business with the volume of our sound.
+    virtual bool acceptsUser(uid_t user) const { return user == ::geteuid() || user == 0; }
 };

@@ -12,12 +12,9 @@ void MVCommOutlet::send(const MVCommConsoleMessage& message) noexcept {
     if (socket_->send(std::as_bytes(std::span(&message, 1))))
         return;
     const int error = errno;
-    const auto now = platform::MonotonicClock::now();
-    if (lastFailureLogged_ && now - *lastFailureLogged_ < std::chrono::seconds(1))
-        return;
-    lastFailureLogged_ = now;
-    platform::systemLog(platform::LogPriority::error, "send failed: %s (%d)", std::strerror(error),
-                        error);
+    if (failureLines_.allowsLine())
+        platform::systemLog(platform::LogPriority::error, "send failed: %s (%d)",
+                            std::strerror(error), error);
 }
 
 MVCommConnection::MVCommConnection(std::shared_ptr<platform::DataSocket> socket,
@@ -38,5 +35,6 @@ void MVCommConnection::shutdown() noexcept {
     source_.reset();
     if (socket_ != nullptr)
         socket_->invalidate();
+    outlet_.reset();
     socket_.reset();
 }

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "comm/MVCommConnectionProcess.h"
+#include "comm/MVCommLineLimit.h"
 #include "comm/MVCommMessages.h"
-#include "platform/MonotonicClock.h"
 
 #include <memory>
-#include <optional>
 
 namespace platform {
 class DataSocket;
@@ -27,7 +26,7 @@ class MVCommOutlet {
 
   private:
     const std::shared_ptr<const platform::DataSocket> socket_;
-    std::optional<platform::MonotonicClock::time_point> lastFailureLogged_;
+    MVCommLineLimit failureLines_;
 };
 
 /// One connected plug-in: its socket with the source that reads it, and the record of its program.
@@ -55,16 +54,18 @@ class MVCommConnection {
     platform::Timer* resetActivityTimer() const noexcept { return resetActivityTimer_.get(); }
     void setResetActivityTimer(std::unique_ptr<platform::Timer> timer);
 
+    /// Null after shutdown().
     const std::shared_ptr<MVCommOutlet>& outlet() const noexcept { return outlet_; }
 
-    /// Stops reading and ends the connection; the peer sees the end at once. Later calls do
-    /// nothing. A pending activity reset stays pending.
+    /// Stops reading and ends the connection; the peer sees the end at once, and the descriptor is
+    /// closed as soon as no send or delivery uses it. Later calls do nothing. A pending activity
+    /// reset stays pending.
     void shutdown() noexcept;
 
   private:
     std::shared_ptr<platform::DataSocket> socket_;
     std::unique_ptr<platform::RunLoopSource> source_;
-    const std::shared_ptr<MVCommOutlet> outlet_;
+    std::shared_ptr<MVCommOutlet> outlet_;
     MVCommConnectionProcess process_;
     std::unique_ptr<platform::Timer> resetActivityTimer_;
 };

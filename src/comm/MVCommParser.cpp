@@ -31,7 +31,7 @@ MVCommParser::Result MVCommParser::next() noexcept {
 }
 
 std::string_view MVCommParser::textAt(std::size_t offset) const noexcept {
-    const auto bytes = rest_.subspan(offset);
+    const auto bytes = rest_.first(sizeof(MVCommCheckinMessage)).subspan(offset);
     const auto end = std::find(bytes.begin(), bytes.end(), std::byte{0});
     return {reinterpret_cast<const char*>(bytes.data()),
             static_cast<std::size_t>(end - bytes.begin())};

@@ -24,7 +24,9 @@ class MVCommParser {
         unknown,       ///< messageID() is no identifier
     };
 
-    /// A check-in with its texts up to their NUL, or up to the end of the read when they have none.
+    /// A check-in with its texts up to their NUL, or up to the end of the message when they have
+    /// none: a name may run on into the path. (A message that follows would begin with a NUL
+    /// anyway.)
     struct Checkin {
         std::uint32_t pid;
         std::string_view name;

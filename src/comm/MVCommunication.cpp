@@ -1,6 +1,7 @@
 #include "comm/MVCommunication.h"
 
 #include "comm/MVCommConnection.h"
+#include "comm/MVCommLogText.h"
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
 #include "platform/DispatchQueue.h"
@@ -30,6 +31,11 @@ constexpr mode_t everybody = 0777;
 constexpr std::chrono::milliseconds activityReset{100};
 constexpr std::chrono::milliseconds connectionCallbackDelay{50};
 constexpr double repetitionInterval = 1.0 / 12.0;
+
+// What one plug-in is served in a turn of the loop: more than an honest one ever has waiting, less
+// than a millisecond of work.
+constexpr std::size_t readPerTurn = std::size_t{8} * 1024;
+static_assert(readPerTurn >= sizeof(MVCommCheckinMessage), "a cut read holds a whole message");
 
 void logError(const char* format, int error) {
     // The texts are constants of this file.
@@ -66,6 +72,25 @@ void logFault(MVCommParser::Result result, const MVCommParser& parser, const cha
     case MVCommParser::Result::checkin:
         break;
     }
+}
+
+/// Of a read that was cut, what can be taken now. An unfinished message at its end waits for the
+/// rest; behind a fault, all that the plug-in has sent counts as the same read and is dropped.
+std::span<const std::byte> wholeMessages(platform::DataSocket& socket,
+                                         std::span<const std::byte> data) {
+    if (!socket.isCut())
+        return data;
+    MVCommParser ahead(data);
+    MVCommParser::Result result = ahead.next();
+    while (result == MVCommParser::Result::activity || result == MVCommParser::Result::checkin)
+        result = ahead.next();
+    if (result == MVCommParser::Result::unknown) {
+        socket.skipQueued();
+        return data;
+    }
+    const auto unfinished = data.last(static_cast<std::size_t>(ahead.remaining()));
+    socket.putBack(unfinished);
+    return data.first(data.size() - unfinished.size());
 }
 
 std::string keyOf(const MVCommConsoleMessage& message) {
@@ -135,16 +160,27 @@ bool MVCommunication::bindTo(int descriptor) const {
     return false;
 }
 
+bool MVCommunication::isWelcome(int descriptor) {
+    auto user = static_cast<uid_t>(-1);
+    if (platform::peerUser(descriptor, user) && comm_.acceptsUser(user))
+        return true;
+    if (strangerLines_.allowsLine())
+        systemLog(LogPriority::warning, "Closed the connection of a program of user %u", user);
+    return false;
+}
+
 void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
                                              platform::FileDescriptor descriptor) {
+    if (!isWelcome(descriptor.get()))
+        return;
     auto socket = platform::DataSocket::create(
         std::move(descriptor),
         [this](platform::DataSocket& sender, std::span<const std::byte> data) {
-            handleSocketData(sender, data);
+            handleSocketData(sender, wholeMessages(sender, data));
         });
     if (socket == nullptr)
         return;
-    auto source = socket->makeSource(*runLoop_);
+    auto source = socket->makeSource(*runLoop_, readPerTurn);
     if (source == nullptr)
         return;
     const auto connection = std::make_shared<MVCommConnection>(socket, std::move(source));
@@ -210,9 +246,8 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
     MVCommConnectionProcess process;
     process.pid = checkin.pid;
     // What is not UTF-8 becomes replacement characters.
-    process.name = QString::fromUtf8(checkin.name);
-    if (process.name.isEmpty())
-        process.name = QString::number(checkin.pid);
+    const QString name = QString::fromUtf8(checkin.name);
+    process.name = name.isEmpty() ? QString::number(checkin.pid) : name;
     process.path = QString::fromUtf8(checkin.path);
 
     MVCommConnectionProcess previous = process;
@@ -222,9 +257,9 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
     }
     if (!previous.name.isNull() || previous.pid >= 1)
         systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
-                  qUtf8Printable(previous.name), previous.pid);
-    QNLog(3, "'%s' connected (pid=%u, path='%s')", QString::fromUtf8(checkin.name), process.pid,
-          process.path);
+                  qUtf8Printable(MVCommLogText(previous.name)), previous.pid);
+    QNLog(3, "'%s' connected (pid=%u, path='%s')", MVCommLogText(name), process.pid,
+          MVCommLogText(process.path));
 
     if (comm_.connectionCallback() != nullptr)
         connectionCallbackTimer_.start(connectionCallbackDelay);
@@ -239,8 +274,10 @@ void MVCommunication::handleDisconnect(const platform::DataSocket& socket) {
         connections_.erase(found->second);
         connectionOfSocket_.erase(found);
     }
-    QNLog(3, "'%s' disconnected", connection->process().name);
+    QNLog(3, "'%s' disconnected", MVCommLogText(connection->process().name));
     retire(connection);
+    if (baseSock_ != nullptr)
+        baseSock_->resume(); // a descriptor becomes free
     if (const MVCommCallback callback = comm_.disconnectionCallback())
         callback();
 }

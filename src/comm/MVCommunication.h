@@ -2,6 +2,7 @@
 
 #include "comm/MVCommCallbacks.h"
 #include "comm/MVCommConnectionProcess.h"
+#include "comm/MVCommLineLimit.h"
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommParser.h"
 #include "platform/Timer.h"
@@ -74,11 +75,13 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     /// connections, stops listening and removes the socket file.
     void shutdown();
 
-    /// Takes in one connection; the listening socket's handler.
+    /// Takes in one connection; the listening socket's handler. One of a user that the façade does
+    /// not accept is closed, with a line in the system log, at most one a second.
     void handleBaseSocketAccept(platform::AcceptSocket& socket,
                                 platform::FileDescriptor descriptor);
 
-    /// Takes in the bytes of one read; the connections' handler. Length 0 means that the peer has
+    /// Takes in the bytes of one read; the connections' handler, which gets at most 8 KiB of one
+    /// plug-in in a turn of the loop, messages never split. Length 0 means that the peer has
     /// closed. Faults are logged and cost the rest of the read, never the connection.
     void handleSocketData(const platform::DataSocket& socket, std::span<const std::byte> data);
 
@@ -93,6 +96,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     MVCommunication(const MVCommCallbacks& comm, QString socketPath);
     bool setup();
     bool bindTo(int descriptor) const;
+    bool isWelcome(int descriptor);
 
     std::shared_ptr<MVCommConnection> connectionOf(const platform::DataSocket& socket) const;
     MVCommParser::Result handleMessages(MVCommConnection& connection, MVCommParser& parser,
@@ -113,6 +117,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     platform::RunLoop* const runLoop_;
     std::unique_ptr<platform::AcceptSocket> baseSock_;
     platform::Timer connectionCallbackTimer_;
+    MVCommLineLimit strangerLines_;
     Connections retired_; // disconnected, but with an activity reset still to come
 
     mutable std::mutex connectionsLock_;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace platform {
 
@@ -46,8 +47,7 @@ AcceptSocket::AcceptSocket(FileDescriptor listening, Handler handler)
 AcceptSocket::~AcceptSocket() = default;
 
 bool AcceptSocket::schedule(RunLoop& loop) {
-    resumption_ =
-        std::make_unique<Timer>(loop, [this] { source_->setInterest(RunLoopSource::reading); });
+    resumption_ = std::make_unique<Timer>(loop, [this] { restEnds(); });
     source_ = RunLoopSource::create(loop, descriptor_.get(), RunLoopSource::reading,
                                     [this] { acceptWaiting(); });
     return source_ != nullptr;
@@ -62,15 +62,28 @@ void AcceptSocket::acceptWaiting() {
                 rest(errno);
             return;
         }
+        restIsLogged_ = false;
         handler_(*this, std::move(connection));
     }
 }
 
 void AcceptSocket::rest(int error) {
-    systemLog(LogPriority::error, "Accepting connections rests for a second: %s (%d)",
-              std::strerror(error), error);
+    if (!std::exchange(restIsLogged_, true))
+        systemLog(LogPriority::error, "Accepting connections rests: %s (%d)", std::strerror(error),
+                  error);
     source_->setInterest(RunLoopSource::nothing);
     resumption_->start(restingTime);
+}
+
+void AcceptSocket::resume() {
+    if (resumption_ == nullptr || !resumption_->isActive())
+        return;
+    resumption_->stop();
+    restEnds();
+}
+
+void AcceptSocket::restEnds() noexcept {
+    source_->setInterest(RunLoopSource::reading);
 }
 
 } // namespace platform

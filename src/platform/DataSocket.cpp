@@ -3,10 +3,12 @@
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace platform {
 
@@ -24,11 +26,17 @@ void appendRest(int descriptor, std::vector<std::byte>& bytes) {
     bytes.resize(had + (got > 0 ? static_cast<std::size_t>(got) : 0));
 }
 
+bool hasMore(int descriptor) noexcept {
+    std::byte next{};
+    return ::recv(descriptor, &next, sizeof next, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
 } // namespace
 
 std::shared_ptr<DataSocket> DataSocket::create(FileDescriptor connected, Handler handler) {
     const int flags = ::fcntl(connected.get(), F_GETFL);
-    if (flags < 0 || ::fcntl(connected.get(), F_SETFL, flags | O_NONBLOCK) != 0)
+    const bool isReady = flags >= 0 && (flags & O_NONBLOCK) != 0; // as accept4(2) leaves it
+    if (!isReady && (flags < 0 || ::fcntl(connected.get(), F_SETFL, flags | O_NONBLOCK) != 0))
         return nullptr;
     return std::shared_ptr<DataSocket>(new DataSocket(std::move(connected), std::move(handler)));
 }
@@ -36,7 +44,8 @@ std::shared_ptr<DataSocket> DataSocket::create(FileDescriptor connected, Handler
 DataSocket::DataSocket(FileDescriptor connected, Handler handler)
     : descriptor_(std::move(connected)), handler_(std::move(handler)) {}
 
-std::unique_ptr<RunLoopSource> DataSocket::makeSource(RunLoop& loop) {
+std::unique_ptr<RunLoopSource> DataSocket::makeSource(RunLoop& loop, std::size_t mostPerTurn) {
+    mostPerTurn_ = mostPerTurn;
     return RunLoopSource::create(loop, descriptor_.get(), RunLoopSource::reading,
                                  [this, &loop] { deliverQueued(loop); });
 }
@@ -45,16 +54,40 @@ void DataSocket::deliverQueued(RunLoop& loop) {
     const auto self = shared_from_this();
     ReadBuffer buffer(loop);
     std::vector<std::byte>& bytes = buffer.bytes();
-    const ssize_t got = ::recv(descriptor_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
-    if (got < 0 && (errno == EAGAIN || errno == EINTR))
+    const std::optional<std::size_t> size = readInto(bytes);
+    if (!size)
         return;
-    // A broken connection is an ended one.
-    std::size_t size = got > 0 ? static_cast<std::size_t>(got) : 0;
-    if (size == bytes.size()) {
+    if (*size > 0 && std::exchange(isSkipping_, isSkipping_ && isCut_))
+        return;
+    handler_(*this, {bytes.data(), *size});
+}
+
+/// How many of `bytes` are the delivery, 0 at the end of the connection; nothing when nothing has
+/// come. The vector may grow.
+std::optional<std::size_t> DataSocket::readInto(std::vector<std::byte>& bytes) {
+    const std::size_t limit = std::min(bytes.size(), mostPerTurn_);
+    const std::size_t had = returned_.size();
+    std::ranges::copy(returned_, bytes.begin());
+    const ssize_t got = ::recv(descriptor_.get(), bytes.data() + had, limit - had, MSG_DONTWAIT);
+    if (got < 0 && (errno == EAGAIN || errno == EINTR))
+        return {};
+    returned_.clear();
+    isCut_ = false;
+    if (got <= 0)
+        return 0; // a broken connection is an ended one
+    const std::size_t size = had + static_cast<std::size_t>(got);
+    if (size < limit)
+        return size;
+    if (mostPerTurn_ == everything) {
         appendRest(descriptor_.get(), bytes);
-        size = bytes.size();
+        return bytes.size();
     }
-    handler_(*this, {bytes.data(), size});
+    isCut_ = hasMore(descriptor_.get());
+    return size;
+}
+
+void DataSocket::putBack(std::span<const std::byte> bytes) {
+    returned_.assign(bytes.begin(), bytes.end());
 }
 
 bool DataSocket::send(std::span<const std::byte> bytes) const noexcept {

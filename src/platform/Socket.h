@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
+#include <vector>
 
 namespace platform {
 
@@ -28,9 +30,14 @@ class AcceptSocket {
     AcceptSocket& operator=(const AcceptSocket&) = delete;
 
     /// Starts accepting on `loop`. False, with errno set, when the loop cannot watch the socket.
-    /// While the process has no descriptor left for a connection, accepting rests for a second at a
-    /// time; connections wait in the kernel's backlog meanwhile.
+    /// While the process has no descriptor or memory left for a connection, accepting rests for a
+    /// second at a time; connections wait in the kernel's backlog meanwhile. That is one line in
+    /// the system log, and another only after a connection has been accepted since.
     [[nodiscard]] bool schedule(RunLoop& loop);
+
+    /// Ends a rest before its time: to be called when a descriptor has become free. Otherwise does
+    /// nothing.
+    void resume();
 
     int descriptor() const noexcept { return descriptor_.get(); }
 
@@ -38,11 +45,13 @@ class AcceptSocket {
     AcceptSocket(FileDescriptor listening, Handler handler);
     void acceptWaiting();
     void rest(int error);
+    void restEnds() noexcept;
 
     const FileDescriptor descriptor_;
     const Handler handler_;
     std::unique_ptr<RunLoopSource> source_;
-    std::unique_ptr<Timer> resumption_;
+    std::unique_ptr<Timer> resumption_; // pending during a rest
+    bool restIsLogged_ = false;
 };
 
 /// One connected stream socket. Reading belongs to the run loop's thread; send() may be called on
@@ -50,9 +59,9 @@ class AcceptSocket {
 /// writes to a number that has been given to somebody else. A handler may drop the last owner.
 class DataSocket : public std::enable_shared_from_this<DataSocket> {
   public:
-    /// Gets everything that the kernel had queued, in one piece, once for each turn of the loop. A
-    /// piece of length 0 means that the peer has closed or the connection is broken. The bytes are
-    /// the handler's for the length of the call.
+    /// Gets everything that the kernel had queued, in one piece, once for each turn of the loop,
+    /// unless makeSource() was told a limit. A piece of length 0 means that the peer has closed or
+    /// the connection is broken. The bytes are the handler's for the length of the call.
     using Handler = std::function<void(DataSocket&, std::span<const std::byte>)>;
 
     /// Takes over a connected socket and makes it non-blocking. Null, with errno set, when that
@@ -62,9 +71,24 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
     DataSocket(const DataSocket&) = delete;
     DataSocket& operator=(const DataSocket&) = delete;
 
+    static constexpr std::size_t everything = static_cast<std::size_t>(-1);
+
     /// Watches the socket on `loop` for as long as the result lives, which the socket must outlive.
-    /// Null, with errno set, when the loop cannot watch it.
-    [[nodiscard]] std::unique_ptr<RunLoopSource> makeSource(RunLoop& loop);
+    /// A delivery has at most `mostPerTurn` bytes, so that a peer that sends without pause cannot
+    /// keep the loop to itself. Null, with errno set, when the loop cannot watch it.
+    [[nodiscard]] std::unique_ptr<RunLoopSource> makeSource(RunLoop& loop,
+                                                            std::size_t mostPerTurn = everything);
+
+    /// For the handler, before it runs a loop of its own or lets others do so: whether the limit
+    /// cut this delivery, while the peer has sent more already, which comes with the next turn.
+    bool isCut() const noexcept { return isCut_; }
+
+    /// For the handler of a cut delivery, at the same time: `bytes`, its end and fewer than the
+    /// limit, shall come again, in front of the next one.
+    void putBack(std::span<const std::byte> bytes);
+
+    /// Likewise: what the peer had sent behind this delivery shall be dropped unread.
+    void skipQueued() noexcept { isSkipping_ = true; }
 
     /// Writes without blocking and without a signal. False, with errno set, unless all of `bytes`
     /// went to the kernel; EAGAIN means that the peer does not read.
@@ -78,9 +102,16 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
   private:
     DataSocket(FileDescriptor connected, Handler handler);
     void deliverQueued(RunLoop& loop);
+    std::optional<std::size_t> readInto(std::vector<std::byte>& bytes);
 
     const FileDescriptor descriptor_;
     const Handler handler_;
+
+    // The loop's thread only.
+    std::size_t mostPerTurn_ = everything;
+    std::vector<std::byte> returned_; // by putBack()
+    bool isCut_ = false;
+    bool isSkipping_ = false;
 };
 
 } // namespace platform

@@ -1,6 +1,6 @@
 #include "comm/MVCommunication.h"
 
-#include "CommFixture.h"
+#include "ServerFixture.h"
 #include "platform/Socket.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
@@ -17,48 +17,8 @@
 using namespace std::chrono_literals;
 using support::ScriptedPlugin;
 
-namespace {
-
+using MVCommunicationTest = ServerFixture;
 using Strings = std::vector<std::string>;
-
-class MVCommunicationTest : public CommFixture {
-  protected:
-    std::shared_ptr<MVCommunication> server_ =
-        MVCommunication::create(*this, QString::fromStdString(socketPath()));
-
-    std::unique_ptr<ScriptedPlugin> connect() {
-        auto plugin = std::make_unique<ScriptedPlugin>(socketPath());
-        turn();
-        return plugin;
-    }
-
-    std::unique_ptr<ScriptedPlugin> checkedIn(std::uint32_t pid, std::string_view name) {
-        auto plugin = connect();
-        plugin->checkIn(pid, name);
-        turn();
-        return plugin;
-    }
-
-    void send(std::int32_t type, std::int32_t pid, std::int32_t value) {
-        const MVCommConsoleMessage message{type, pid, 0, value};
-        server_->sendMessage(&message);
-    }
-
-    /// The commands of `plugin`, as soon as the send queue has written `count` of them.
-    static Strings commands(ScriptedPlugin& plugin, std::size_t count) {
-        Strings texts;
-        EXPECT_TRUE(support::waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands())
-                texts.push_back(std::to_string(command.type) + "," + std::to_string(command.pid) +
-                                "," + std::to_string(command.reserved) + "," +
-                                std::to_string(command.value));
-            return texts.size() >= count;
-        }));
-        return texts;
-    }
-};
-
-} // namespace
 
 TEST_F(MVCommunicationTest, ACheckinAndActivityInOneReadAreTakenInTurn) {
     const auto plugin = connect();
@@ -144,8 +104,8 @@ TEST_F(MVCommunicationTest, TextsOfACheckinAreTakenSafely) {
          QStringLiteral("/usr/bin/x")},
         {ScriptedPlugin::checkinBytes(1, "a\xff\xc3z", "/\x80"), QStringLiteral(u"a\ufffd\ufffdz"),
          QStringLiteral(u"/\ufffd")},
-        // Without a NUL a text goes on into what follows, but never past the read.
-        {ScriptedPlugin::checkinBytes(1, longName, longPath),
+        // Without a NUL a text goes on into what follows, but never past the message.
+        {ScriptedPlugin::checkinBytes(1, longName, longPath) + "more",
          QString::fromStdString(longName + longPath), QString::fromStdString(longPath)},
     };
     const auto plugin = connect();
