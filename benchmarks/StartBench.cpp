@@ -57,6 +57,7 @@ class Home {
     }
 
     ChildProcess::Options options() const { return {.environment = environment_}; }
+    std::string log() const { return folder_.path() / "state/Tonvale/Tonvale.log"; }
     std::string socket() const { return folder_.path() / "sockets" / kMVCommSocketName; }
 
   private:
@@ -252,13 +253,12 @@ struct Memory {
     double plugin;
 };
 
-/// How many programs the application has said to be connected.
-int connectedPrograms(const ChildProcess& application) {
-    const std::string output = application.output();
+/// How many programs are connected according to the application's log.
+int connectedPrograms() {
+    std::ifstream log(Desktop::current().homeOf(TONVALE_PROGRAM).log());
     int count = 0;
-    for (auto at = output.find("' connected"); at != std::string::npos;
-         at = output.find("' connected", at + 1))
-        ++count;
+    for (std::string line; std::getline(log, line);)
+        count += line.find("' connected") != std::string::npos ? 1 : 0;
     return count;
 }
 
@@ -269,7 +269,7 @@ Memory ourMemory() {
     Starting application(TONVALE_PROGRAM);
     application.untilPainted();
     application.rest(memoryIsTaken);
-    if (connectedPrograms(application.process()) != streams)
+    if (connectedPrograms() != streams)
         fail("the plug-in has not told of the playing programs", application.process());
     return {proportionalMemory(application.process()), proportionalMemory(plugin)};
 }
