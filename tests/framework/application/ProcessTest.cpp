@@ -5,7 +5,8 @@
 namespace {
 
 support::CommandResult child(const std::string& what) {
-    support::ChildProcess process({TONVALE_APPLICATION_CHILD, what}, {.environment = {}, .keepErrors = false});
+    support::ChildProcess process({TONVALE_APPLICATION_CHILD, what},
+                                  {.environment = {}, .keepErrors = false});
     const int status = process.wait().value_or(-1);
     return {status, process.output()};
 }
