@@ -26,7 +26,7 @@ namespace {
 constexpr int patience = 2; // seconds
 
 QByteArray busAddress() {
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     const std::string folder = runtimeDirectory();
     if (address.isEmpty() && !folder.empty() && ::access((folder + "/bus").c_str(), F_OK) == 0)
         return "unix:path=" + QByteArray::fromStdString(folder) + "/bus";

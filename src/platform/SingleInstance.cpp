@@ -36,7 +36,7 @@ QString objectPath(const QString& name) {
 /// The token by which the desktop lets this start come to the front.
 QString ownToken() {
     for (const char* const variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-        const QString token = qEnvironmentVariable(variable);
+        QString token = qEnvironmentVariable(variable);
         if (!token.isEmpty())
             return token;
     }

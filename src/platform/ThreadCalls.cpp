@@ -12,10 +12,8 @@ namespace platform {
 
 namespace {
 
-ThreadCalls& systemCalls() noexcept {
-    static auto& calls = *new ThreadCalls; // threads may outlive static objects
-    return calls;
-}
+// There before any other static object, and with nothing to lose when those go.
+constinit ThreadCalls systemCalls;
 
 std::atomic<ThreadCalls*> replacement{nullptr};
 
@@ -37,7 +35,7 @@ void ThreadCalls::pause(std::chrono::nanoseconds time) noexcept {
 
 ThreadCalls& threadCalls() noexcept {
     ThreadCalls* const calls = replacement.load();
-    return calls ? *calls : systemCalls();
+    return calls ? *calls : systemCalls;
 }
 
 void replaceThreadCalls(ThreadCalls* calls) noexcept {
@@ -49,7 +47,7 @@ void startDetachedThread(std::function<void()> body) {
     pthread_t thread{};
     if (const int error = threadCalls().start(&thread, &runBody, owned.get()); error != 0)
         throw TracedError<std::system_error>(error, std::system_category());
-    owned.release();
+    [[maybe_unused]] const auto* const handedOver = owned.release();
     ::pthread_detach(thread);
 }
 

@@ -14,7 +14,7 @@ namespace {
 /// Absolute, links resolved; of a file that is not there, its folder's.
 fs::path realPath(const fs::path& path) {
     std::error_code error;
-    const fs::path whole = fs::canonical(path, error);
+    fs::path whole = fs::canonical(path, error);
     if (!error)
         return whole;
     const fs::path absolute = fs::absolute(path, error);
