@@ -26,22 +26,14 @@ PropertyListNode readInformation(const std::filesystem::path& file) {
 
 std::map<std::string, std::string, std::less<>> textsOf(plist_t dictionary) {
     std::map<std::string, std::string, std::less<>> texts;
-    plist_dict_iter first = nullptr;
-    plist_dict_new_iter(dictionary, &first);
-    const std::unique_ptr<void, decltype(&std::free)> iterator(first, &std::free);
-    for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(dictionary, iterator.get(), &key, &value);
-        const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
-        if (key == nullptr)
-            return texts;
+    forEachEntry(dictionary, [&](const char* key, void* value) {
         if (plist_get_node_type(value) != PLIST_STRING)
-            continue;
+            return;
         std::uint64_t length = 0;
         const char* const text = plist_get_string_ptr(value, &length);
         texts.emplace(key, std::string(text, length));
-    }
+    });
+    return texts;
 }
 
 std::filesystem::path contentsOfExecutable() {

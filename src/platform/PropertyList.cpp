@@ -24,18 +24,10 @@ QVariant variantFrom(plist_t node);
 
 QVariantMap mapFrom(plist_t dictionary) {
     QVariantMap map;
-    plist_dict_iter first = nullptr;
-    plist_dict_new_iter(dictionary, &first);
-    const Iterator iterator(first, &std::free);
-    for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(dictionary, iterator.get(), &key, &value);
-        const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
-        if (key == nullptr)
-            return map;
+    forEachEntry(dictionary, [&](const char* key, void* value) {
         map.insert(QString::fromUtf8(key), variantFrom(value));
-    }
+    });
+    return map;
 }
 
 QVariantList listFrom(plist_t array) {

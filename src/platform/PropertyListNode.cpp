@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <cstdint>
+#include <cstdlib>
 #include <plist/plist.h>
 
 namespace platform {
@@ -31,6 +32,21 @@ PropertyListNode readPropertyList(std::string_view bytes) {
     plist_t root = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
     return PropertyListNode(root);
+}
+
+void forEachEntry(void* dictionary, const std::function<void(const char* key, void* value)>& take) {
+    plist_dict_iter first = nullptr;
+    plist_dict_new_iter(dictionary, &first);
+    const std::unique_ptr<void, decltype(&std::free)> iterator(first, &std::free);
+    for (;;) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(dictionary, iterator.get(), &key, &value);
+        const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
+        if (key == nullptr)
+            return;
+        take(key, value);
+    }
 }
 
 PointLocale::PointLocale() noexcept : previous_(::uselocale(pointLocale())) {}

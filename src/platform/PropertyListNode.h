@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -27,6 +28,9 @@ inline constexpr std::size_t propertyListValues = 1U << 20U;
 /// The tree that XML or the binary form describes. Null when it is damaged, cut off or beyond the
 /// bounds above. Any thread.
 PropertyListNode readPropertyList(std::string_view bytes);
+
+/// Calls `take` with the key and the node of each entry of a dictionary, which owns both.
+void forEachEntry(void* dictionary, const std::function<void(const char* key, void* value)>& take);
 
 /// Numbers are read and written with a point while it lives, whatever the program's locale says:
 /// libplist follows the locale. The calling thread only.
