@@ -5,6 +5,8 @@
 #include "platform/Timer.h"
 #include "platform/UnixSocket.h"
 
+#include "support/NoDescriptorsLeft.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,24 +25,6 @@ namespace {
 using MVCommunicationLoadTest = ServerFixture;
 
 constexpr std::size_t activitySize = sizeof(MVCommActivityMessage);
-
-/// Lowers the limit of descriptors to what is in use, while it lives.
-class NoDescriptorsLeft {
-  public:
-    NoDescriptorsLeft() {
-        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &previous_), 0);
-        const FileDescriptor lowestFree(::dup(STDERR_FILENO));
-        rlimit none = previous_;
-        none.rlim_cur = static_cast<rlim_t>(lowestFree.get());
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-    ~NoDescriptorsLeft() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
-    NoDescriptorsLeft(const NoDescriptorsLeft&) = delete;
-    NoDescriptorsLeft& operator=(const NoDescriptorsLeft&) = delete;
-
-  private:
-    rlimit previous_{};
-};
 
 /// A plug-in that never waits for its turn: keeps the socket full, in large writes that leave
 /// messages anywhere.
@@ -142,7 +126,7 @@ TEST_F(MVCommunicationLoadTest, AcceptingRestsWithoutDescriptorsUntilOneOfOursIs
     const auto later = std::make_unique<ScriptedPlugin>(socketPath());
     const auto last = std::make_unique<ScriptedPlugin>(socketPath());
     {
-        const NoDescriptorsLeft limit;
+        const support::NoDescriptorsLeft limit;
         turn();
         EXPECT_EQ(server_->connectionProcesses().size(), 1);
         EXPECT_FALSE(isBusy()) << "the connections that wait make it spin";

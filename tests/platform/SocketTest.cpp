@@ -7,6 +7,8 @@
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 
+#include "support/NoDescriptorsLeft.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -49,23 +51,6 @@ struct Receiver {
     std::vector<std::size_t> sizes;
     std::shared_ptr<DataSocket> socket;
     std::unique_ptr<platform::RunLoopSource> source;
-};
-
-/// Lowers the limit of descriptors to what is in use, while it lives.
-class NoDescriptorsLeft {
-  public:
-    NoDescriptorsLeft() {
-        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &previous_), 0);
-        rlimit none = previous_;
-        none.rlim_cur = 0;
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-    ~NoDescriptorsLeft() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
-    NoDescriptorsLeft(const NoDescriptorsLeft&) = delete;
-    NoDescriptorsLeft& operator=(const NoDescriptorsLeft&) = delete;
-
-  private:
-    rlimit previous_{};
 };
 
 } // namespace
@@ -171,7 +156,7 @@ TEST(AcceptSocket, RestsWhileThereAreNoDescriptorsAndThenGoesOn) {
     const FileDescriptor client = platform::connectUnixSocket(path);
     ASSERT_TRUE(client);
     {
-        const NoDescriptorsLeft limit;
+        const support::NoDescriptorsLeft limit;
         loop.turn();
         loop.turn();
     }
