@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/RunLoop.h"
+#include "platform/RunLoopNotifier.h"
+#include "support/ListeningApplication.h"
+#include "support/PrivateAudioSession.h"
+#include "support/SinkRecorder.h"
+#include "support/Tone.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+/// For tests of the plug-in's program on real sound: an audio session that all tests of the suite
+/// share, the application's side of the socket, the plug-in, and a recorder on the sink. A test may
+/// end and start each of them.
+class PluginFixture : public testing::Test {
+  protected:
+    static constexpr unsigned toneFrequency = 440;
+    static constexpr double tonePeak = 0.5;
+
+    /// What a percentage does to the samples.
+    static double gainOf(double percent) { return std::pow(percent / 100.0, 3); }
+
+    static void SetUpTestSuite() { session.emplace(); }
+    static void TearDownTestSuite() { session.reset(); }
+
+    void startPlugin() { plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}); }
+
+    /// Waits until exactly one program of that name has checked in, and answers it.
+    MVCommConnectionProcess awaitProgram(const QString& name) {
+        std::optional<MVCommConnectionProcess> program;
+        EXPECT_TRUE(support::waitUntil([&] {
+            program = application_->program(name);
+            return program.has_value();
+        })) << qPrintable(name)
+            << "\n"
+            << (plugin_ ? plugin_->output() : "");
+        return program.value_or(MVCommConnectionProcess{});
+    }
+
+    /// Waits until the recorder hears the tone at this peak, to a twentieth.
+    bool hears(double peak, unsigned frequency = toneFrequency) {
+        return support::waitUntil([&] {
+            const double heard =
+                recorder_->record(std::chrono::milliseconds(200)).amplitude(frequency);
+            return std::abs(heard - peak) <= std::max(0.05 * peak, 0.0005);
+        });
+    }
+
+    static inline std::optional<support::PrivateAudioSession> session;
+
+    platform::RunLoop loop_;
+    platform::RunLoopNotifier notifier_{loop_};
+    std::optional<support::ListeningApplication> application_{std::in_place};
+    std::optional<support::ChildProcess> plugin_{std::in_place,
+                                                 std::vector<std::string>{TONVALE_PLUGIN}};
+    std::optional<support::SinkRecorder> recorder_{std::in_place};
+};
