@@ -15,7 +15,10 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::seconds restingTime{1};
-constexpr int acceptedPerTurn = 64;
+
+// As many as wait behind a short backlog. To ask for one more than there are costs as much as a
+// connection: the kernel makes the socket first.
+constexpr int acceptedPerTurn = 6;
 
 bool isListening(int descriptor) noexcept {
     int listening = 0;

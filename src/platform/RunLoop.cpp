@@ -130,9 +130,9 @@ void RunLoop::serve(int timeout) {
         } else if (target == &kernelTimer_) {
             expired = true; // and stays readable, so that a callback's own loop serves timers too
         } else if (target != nullptr) {
-            // Kept alive although the handler may destroy its own source.
+            // A copy: the handler may destroy its own source.
             const auto handler = static_cast<RunLoopSource*>(target)->handler_;
-            guarded(kExceptionInRunLoopSource, *handler);
+            guarded(kExceptionInRunLoopSource, handler);
         }
     }
     if (posted)
@@ -169,7 +169,7 @@ void RunLoop::serveTimers() {
         timer.active_ = false;
         const auto action = timer.action_; // the action may destroy its timer
         armKernelTimer();                  // or run a loop of its own, which serves the others
-        guarded(kExceptionInTimer, *action);
+        guarded(kExceptionInTimer, action);
     }
     armKernelTimer();
 }

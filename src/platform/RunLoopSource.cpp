@@ -21,9 +21,7 @@ epoll_event eventFor(std::uint32_t interest, RunLoopSource* source) noexcept {
 } // namespace
 
 RunLoopSource::RunLoopSource(RunLoop& loop, int descriptor, Handler handler)
-    : loop_(loop)
-    , descriptor_(descriptor)
-    , handler_(std::make_shared<const Handler>(std::move(handler))) {}
+    : loop_(loop), descriptor_(descriptor), handler_(std::move(handler)) {}
 
 std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descriptor,
                                                      std::uint32_t interest, Handler handler) {

@@ -64,8 +64,8 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
     /// the connection is broken. The bytes are the handler's for the length of the call.
     using Handler = std::function<void(DataSocket&, std::span<const std::byte>)>;
 
-    /// Takes over a connected socket and makes it non-blocking. Null, with errno set, when that
-    /// fails.
+    /// Takes over a connected socket, blocking or not: neither reading nor sending waits. Never
+    /// null.
     [[nodiscard]] static std::shared_ptr<DataSocket> create(FileDescriptor connected,
                                                             Handler handler);
     DataSocket(const DataSocket&) = delete;

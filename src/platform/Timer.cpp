@@ -5,7 +5,7 @@
 namespace platform {
 
 Timer::Timer(RunLoop& loop, std::function<void()> action)
-    : loop_(loop), action_(std::make_shared<const std::function<void()>>(std::move(action))) {}
+    : loop_(loop), action_(std::move(action)) {}
 
 Timer::~Timer() {
     loop_.dequeue(*this);

@@ -208,6 +208,26 @@ TEST_F(MVCommunicationTest, CommandsGoToEveryPluginAsTheyAre) {
     EXPECT_EQ(commands(*second, 3), expected);
 }
 
+TEST_F(MVCommunicationTest, ACommandGoesToThoseWhoAreConnectedByThen) {
+    const auto first = checkedIn(1, "a");
+    send(kMVCommSetVolume, 1, 10);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,10"}));
+
+    auto second = checkedIn(2, "b");
+    send(kMVCommSetVolume, 1, 20);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,20"}));
+    EXPECT_EQ(commands(*second, 1), (Strings{"9,1,0,20"}));
+
+    const std::size_t descriptors = openDescriptors();
+    second.reset();
+    turn();
+    EXPECT_TRUE(support::waitUntil([&] { return openDescriptors() == descriptors - 2; }))
+        << "both ends are closed";
+    send(kMVCommSetVolume, 1, 30);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,30"}));
+    EXPECT_EQ(log_.count("send failed"), 0U);
+}
+
 TEST_F(MVCommunicationTest, RepetitionsWithinATwelfthOfASecondAreSentOnce) {
     struct Case {
         std::chrono::milliseconds pause;
