@@ -5,6 +5,7 @@
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
 #include "platform/DispatchQueue.h"
+#include "platform/ExceptionReport.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
@@ -232,10 +233,11 @@ MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connectio
     for (;;) {
         const MVCommParser::Result result = parser.next();
         if (result == MVCommParser::Result::activity) {
-            comm_.dataCallback()(&parser.activity());
+            platform::guarded(platform::kExceptionInDataCallback,
+                              [&] { comm_.dataCallback()(&parser.activity()); });
             connection.resetActivityTimer()->start(activityReset);
-            if (baseSock_ == nullptr)
-                return MVCommParser::Result::end; // shut down by the callback
+            if (connection.socket() == nullptr)
+                return MVCommParser::Result::end; // shut down, or disconnected, in the callback
         } else if (result == MVCommParser::Result::checkin) {
             handleCheckin(connection, parser.checkin(), method);
         } else {

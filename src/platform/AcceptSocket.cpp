@@ -61,11 +61,12 @@ void AcceptSocket::acceptWaiting() {
         FileDescriptor connection(
             ::accept4(descriptor_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!connection) {
-            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+            if (errno == EAGAIN)
+                restIsLogged_ = false; // nobody waits any more
+            else if (errno != EINTR && errno != ECONNABORTED)
                 rest(errno);
             return;
         }
-        restIsLogged_ = false;
         handler_(*this, std::move(connection));
     }
 }

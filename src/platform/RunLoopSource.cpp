@@ -30,6 +30,7 @@ std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descript
     source->watching_ = ::epoll_ctl(loop.epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
     if (!source->watching_)
         return nullptr;
+    ++loop.sources_;
     return source;
 }
 

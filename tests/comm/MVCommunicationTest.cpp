@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
+#include <stdexcept>
 #include <sys/socket.h>
 #include <thread>
 
@@ -19,6 +20,23 @@ using support::ScriptedPlugin;
 
 using MVCommunicationTest = ServerFixture;
 using Strings = std::vector<std::string>;
+
+TEST_F(MVCommunicationTest, ACallbackThatThrowsCostsNothingOfTheRead) {
+    const auto plugin = connect();
+    duringLevel = [] {
+        if (levels.size() == 1)
+            throw std::runtime_error("no such item");
+    };
+    plugin->sendBytes(ScriptedPlugin::activityBytes(7, 0.5F) +
+                      ScriptedPlugin::activityBytes(7, 0.25F) +
+                      ScriptedPlugin::checkinBytes(7, "player"));
+    turn();
+    EXPECT_EQ(levels, (Strings{"7:0.500000", "7:0.250000"}));
+    EXPECT_EQ(server_->connectionProcesses()[0].name, QStringLiteral("player"));
+    EXPECT_EQ(log_.count("no such item"), 1U);
+    advance(100ms);
+    EXPECT_EQ(levels.back(), "7:0.000000");
+}
 
 TEST_F(MVCommunicationTest, ACheckinAndActivityInOneReadAreTakenInTurn) {
     const auto plugin = connect();
