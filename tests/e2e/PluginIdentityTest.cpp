@@ -93,6 +93,19 @@ class Player {
     ChildProcess process_;
 };
 
+std::string listedStreams() {
+    return support::runCommand({"pactl", "list", "sink-inputs"}).output;
+}
+
+/// How often the list of streams has the text.
+std::size_t countStreams(std::string_view text) {
+    const std::string all = listedStreams();
+    std::size_t found = 0;
+    for (std::size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1))
+        ++found;
+    return found;
+}
+
 class PluginIdentityTest : public PluginFixture {
   protected:
     void SetUp() override {
@@ -181,7 +194,7 @@ TEST_F(PluginIdentityTest, TheProcessesOfASandboxedApplicationAreOneProgram) {
                                                           {"pw-cat", "--playback", file_}));
     std::optional<Player> owl(std::in_place,
                               asFlatpak("org.example.Owl", roots[2].path(), {"paplay", file_}));
-    EXPECT_TRUE(awaitPids([&] { return std::vector{firstPid, owl->childPid()}; }));
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 3; })) << listedStreams();
     letItSee();
     EXPECT_TRUE(awaitPids([&] { return std::vector{firstPid, owl->childPid()}; }));
 
@@ -219,21 +232,15 @@ TEST_F(PluginIdentityTest, NobodyPassesForASandboxedApplicationBySayingSo) {
 TEST_F(PluginIdentityTest, AProgramKeepsItsConnectionWhileItHasNoStream) {
     Player player({streamingClient_});
     EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
-    const auto hasStream = [] {
-        return support::runCommand({"pw-cli", "ls", "Node"}).output.find("Stream/Output/Audio") !=
-               std::string::npos;
-    };
-    EXPECT_TRUE(waitUntil(hasStream));
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 1; }));
     application_->setVolume(player.pid(), 50);
     player.process().signal(SIGUSR1);
-    EXPECT_TRUE(waitUntil([&] { return !hasStream(); }));
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 0; }));
     letItSee();
     EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
     player.process().signal(SIGUSR2);
-    EXPECT_TRUE(waitUntil([] {
-        return support::runCommand({"pactl", "list", "sink-inputs"}).output.find(" 50%") !=
-               std::string::npos;
-    })) << "the new stream has the program's volume";
+    EXPECT_TRUE(waitUntil([] { return countStreams(" 50%") == 1; }))
+        << "the new stream has the program's volume";
     player.process().stop(SIGKILL);
     EXPECT_TRUE(awaitPids([] { return std::vector<std::uint32_t>{}; }));
 }
@@ -284,17 +291,7 @@ TEST_F(PluginIdentityTest, LoopbacksAndFiltersAreNoProgramsAndNeverWritten) {
     std::ofstream(configuration) << filterConfiguration;
     const Player filter({"pipewire", "-c", configuration});
     const auto module = support::runCommand({"pactl", "load-module", "module-loopback"});
-    const auto volumes = [] {
-        return support::runCommand({"pactl", "list", "sink-inputs"}).output;
-    };
-    const auto count = [&volumes](const std::string& text) {
-        const std::string all = volumes();
-        std::size_t found = 0;
-        for (std::size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1))
-            ++found;
-        return found;
-    };
-    EXPECT_TRUE(waitUntil([&] { return count("Sink Input #") == 3; })) << volumes();
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 3; })) << listedStreams();
     letItSee();
     EXPECT_TRUE(awaitPrograms(0));
     for (const std::uint32_t pid : {loopback.pid(), filter.pid(),
@@ -304,7 +301,7 @@ TEST_F(PluginIdentityTest, LoopbacksAndFiltersAreNoProgramsAndNeverWritten) {
         application_->setMute(pid, true);
     }
     letItSee();
-    EXPECT_EQ(count("Mute: no"), 3U) << volumes();
-    EXPECT_EQ(count(" 10%"), 0U) << volumes();
+    EXPECT_EQ(countStreams("Mute: no"), 3U) << listedStreams();
+    EXPECT_EQ(countStreams(" 10%"), 0U) << listedStreams();
     support::runCommand({"pactl", "unload-module", module.output});
 }
