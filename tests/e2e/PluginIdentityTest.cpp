@@ -265,7 +265,7 @@ TEST_F(PluginIdentityTest, AClientFromElsewhereHasTheSameNumberEachTime) {
     std::optional<Player> one(std::in_place, Arguments{"paplay", file_}, remote);
     const Player other({"paplay", file_}, remote);
     EXPECT_TRUE(awaitPrograms(2));
-    const auto numbers = pids();
+    auto numbers = pids();
     for (const std::uint32_t number : numbers)
         EXPECT_GE(number, 0x40000000U);
     plugin_.reset();

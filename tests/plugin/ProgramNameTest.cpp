@@ -4,27 +4,17 @@
 
 TEST(ProgramName, NoProgramPassesForTheNotificationSounds) {
     for (const std::string name :
-         {"coreaudiod", " coreaudiod", "coreaudiod\n", "\t\x01 coreaudiod \x7F\r",
-          "\xC2\xA0"
-          "coreaudiod"
-          "\xE3\x80\x80",
-          "\xE2\x80\x8B"
-          "coreaudiod"
-          "\xEF\xBB\xBF",
-          "\xC2\x85"
-          "coreaudiod"
-          "\xE2\x80\xAE",
-          "coreaudiod\xF3\xA0\x80\xA0"})
+         {"coreaudiod", " coreaudiod", "coreaudiod\n", "\t\u0001 coreaudiod \u007F\r",
+          "\u00A0coreaudiod\u3000", "\u200Bcoreaudiod\uFEFF", "\u0085coreaudiod\u202E",
+          "coreaudiod\U000E0020"})
         EXPECT_EQ(checkinName(name), "coreaudiod (program)") << name;
     const std::string cut = "coreaudiod" + std::string(117, ' ');
     EXPECT_EQ(checkinName(cut), "coreaudiod (program)");
 }
 
 TEST(ProgramName, OtherNamesStay) {
-    for (const std::string name : {"", " ", "coreaudio", "Coreaudiod", "core audiod", "coreaudiod2",
-                                   "xcoreaudiod", " padded ",
-                                   "\xC3\xA4"
-                                   "coreaudiod",
-                                   "\xF0\x9F\x8E\xB5 player"})
+    for (const std::string name :
+         {"", " ", "coreaudio", "Coreaudiod", "core audiod", "coreaudiod2", "xcoreaudiod",
+          " padded ", "\u00E4coreaudiod", "\U0001F3B5 player"})
         EXPECT_EQ(checkinName(name), name);
 }
