@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <type_traits>
 
 /// The bytes on the socket between the application and its audio plug-in, in the byte order of the
@@ -26,6 +27,9 @@ struct MVCommActivityMessage {
     std::uint32_t pid;
     float level; ///< peak before the volume is applied, linear, nominally 0.0 (silent) to 1.0
 };
+
+/// The name that the connection for all notification sounds checks in with; no program may.
+inline constexpr std::string_view kMVCommNotificationSoundsName = "coreaudiod";
 
 enum MVCommConsoleMessageType : std::int32_t {
     kMVCommSetVolume = 9,          ///< value: percent, 0 to 100

@@ -6,7 +6,9 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -20,15 +22,40 @@ std::string processFile(pid_t process, std::string_view name) {
     return "/proc/" + std::to_string(process) + "/" + std::string(name);
 }
 
-std::optional<std::string> readSmallFile(const std::string& path) {
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+std::optional<std::string> readBeginning(const FileDescriptor& file) {
     if (!file)
         return std::nullopt;
-    std::array<char, 4096> content{};
+    std::array<char, 16384> content; // a member of many groups has a long status
     const ssize_t size = ::read(file.get(), content.data(), content.size());
     if (size < 0)
         return std::nullopt;
     return std::string(content.data(), static_cast<std::size_t>(size));
+}
+
+std::optional<std::string> readSmallFile(const std::string& path) {
+    return readBeginning(FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+}
+
+/// The numbers of one line of the kernel's status file.
+std::vector<std::uint32_t> statusNumbers(pid_t process, std::string_view key) {
+    const auto status = readSmallFile(processFile(process, "status"));
+    const std::string start = "\n" + std::string(key) + ":";
+    const std::size_t found = status ? status->find(start) : std::string::npos;
+    std::vector<std::uint32_t> numbers;
+    if (found == std::string::npos)
+        return numbers;
+    std::string_view line = std::string_view(*status).substr(found + start.size());
+    line = line.substr(0, line.find('\n'));
+    while (line.find_first_not_of("\t ") != std::string_view::npos) {
+        line.remove_prefix(line.find_first_not_of("\t "));
+        std::uint32_t number = 0;
+        const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+        if (error != std::errc{})
+            break;
+        numbers.push_back(number);
+        line.remove_prefix(static_cast<std::size_t>(end - line.data()));
+    }
+    return numbers;
 }
 
 } // namespace
@@ -54,10 +81,10 @@ std::optional<std::string> commandName(pid_t process) {
 }
 
 std::optional<uid_t> processUser(pid_t process) {
-    struct stat status {};
-    if (::stat(processFile(process, "").c_str(), &status) != 0)
-        return std::nullopt;
-    return status.st_uid;
+    // Not the owner of the folder: those of a process that hides its memory belong to root.
+    constexpr std::size_t effective = 1;
+    const auto users = statusNumbers(process, "Uid");
+    return users.size() > effective ? std::optional<uid_t>(users[effective]) : std::nullopt;
 }
 
 std::optional<std::uint64_t> processStartTime(pid_t process) {
@@ -78,6 +105,49 @@ std::optional<std::uint64_t> processStartTime(pid_t process) {
     if (std::from_chars(rest.data(), rest.data() + rest.size(), ticks).ec != std::errc{})
         return std::nullopt;
     return ticks;
+}
+
+std::uint64_t ticksSinceBoot() {
+    timespec time{};
+    ::clock_gettime(CLOCK_BOOTTIME, &time);
+    const auto perSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
+    constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
+    return static_cast<std::uint64_t>(time.tv_sec) * perSecond +
+           static_cast<std::uint64_t>(time.tv_nsec) * perSecond / nanosecondsPerSecond;
+}
+
+std::vector<pid_t> processNumbers(pid_t process) {
+    const auto numbers = statusNumbers(process, "NSpid");
+    return {numbers.begin(), numbers.end()};
+}
+
+std::string controlGroups(pid_t process) {
+    return readSmallFile(processFile(process, "cgroup")).value_or("");
+}
+
+std::string fileSeenBy(pid_t process, const std::string& path) {
+    // What it shows there is its own choice: no waiting for the other end of a pipe.
+    const FileDescriptor file(::open(processFile(process, "root" + path).c_str(),
+                                     O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    return readBeginning(file).value_or("");
+}
+
+std::vector<pid_t> allProcesses() {
+    std::vector<pid_t> processes;
+    std::error_code error;
+    for (std::filesystem::directory_iterator each("/proc", error), end; each != end && !error;
+         each.increment(error)) {
+        const std::string name = each->path().filename();
+        pid_t process = 0;
+        const auto [rest, failure] =
+            std::from_chars(name.data(), name.data() + name.size(), process);
+        if (failure == std::errc{} && rest == name.data() + name.size())
+            processes.push_back(process);
+    }
+    return processes;
 }
 
 ProcessWatch::ProcessWatch(FileDescriptor process) : process_(std::move(process)) {}

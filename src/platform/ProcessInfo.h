@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace platform {
 
@@ -29,6 +30,23 @@ std::optional<uid_t> processUser(pid_t process);
 /// Start of the process in clock ticks since boot. With the number it tells a process from a later
 /// one of the same number.
 std::optional<std::uint64_t> processStartTime(pid_t process);
+
+/// Now, in clock ticks since boot: comparable with processStartTime().
+std::uint64_t ticksSinceBoot();
+
+/// The numbers of the process in our pid namespace and in those inside it that it belongs to, the
+/// outermost first. One number: the process counts as we do. Empty when nothing is known.
+std::vector<pid_t> processNumbers(pid_t process);
+
+/// The control groups of the process as the kernel lists them, a line for each hierarchy.
+std::string controlGroups(pid_t process);
+
+/// The beginning of a file, at most 16 KiB, as the process sees the file system; empty when there
+/// is no such regular file. `path` begins with a slash.
+std::string fileSeenBy(pid_t process, const std::string& path);
+
+/// All processes that we can see.
+std::vector<pid_t> allProcesses();
 
 /// Calls a handler once, on the run loop's thread, when a process has ended. The loop's thread
 /// only; destroying the watch ends it, also from inside the handler.

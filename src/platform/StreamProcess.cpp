@@ -1,11 +1,14 @@
 #include "platform/StreamProcess.h"
 
 #include "platform/ProcessInfo.h"
+#include "platform/ProcessSandbox.h"
 #include "platform/Utf8.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <climits>
+#include <fstream>
 #include <string_view>
 #include <unistd.h>
 
@@ -14,6 +17,7 @@ namespace platform {
 namespace {
 
 constexpr std::string_view pulseApi = "pipewire-pulse";
+constexpr std::string_view portal = "xdg-desktop-portal";
 constexpr std::size_t longestCommand = 15; // the kernel cuts the short name there
 
 template <typename Number>
@@ -51,25 +55,70 @@ std::string fitting(std::string_view text, std::size_t longest) {
     return result;
 }
 
+/// What the node claims, with the claims of its client where it has none.
+StreamClaims claimsOf(const StreamEvidence& evidence) {
+    StreamClaims claims = evidence.node;
+    for (const auto field :
+         {&StreamClaims::process, &StreamClaims::binary, &StreamClaims::name, &StreamClaims::host,
+          &StreamClaims::machine, &StreamClaims::api, &StreamClaims::serverType}) {
+        if ((claims.*field).empty())
+            claims.*field = evidence.client.*field;
+    }
+    claims.application = evidence.client.application;
+    return claims;
+}
+
 /// A name for a stream whose executable is unknown.
-std::string claimedName(const StreamEvidence& evidence) {
-    for (const std::string& claim : {evidence.nodeBinary, evidence.applicationName}) {
+std::string claimedName(const StreamClaims& claims) {
+    for (const std::string& claim : {claims.binary, claims.name, claims.application}) {
         if (!claim.empty())
             return claim;
     }
     return "unknown";
 }
 
-bool isSoundServer(const std::string& executable) {
-    constexpr std::array<std::string_view, 3> daemons{"pipewire", "pipewire-pulse", "wireplumber"};
-    return std::find(daemons.begin(), daemons.end(), executable) != daemons.end();
+std::string claimedIdentity(const StreamClaims& claims) {
+    if (!claims.application.empty())
+        return "claim\n" + claims.application;
+    return "claim\n" + (claims.machine.empty() ? claims.host : claims.machine) + "\n" +
+           claims.process + "\n" + claimedName(claims);
 }
 
-StreamProcess pseudoProcess(const StreamEvidence& evidence) {
-    const auto offset =
-        static_cast<std::uint32_t>(evidence.clientSerial) & (StreamProcess::firstPseudoProcess - 1);
-    return {StreamProcess::firstPseudoProcess + offset,
-            fitting(claimedName(evidence), StreamProcess::longestName), "", std::nullopt};
+std::string sandboxIdentity(const std::string& application) {
+    return "sandbox\n" + application;
+}
+
+std::uint32_t pseudoNumber(std::string_view identity) {
+    // FNV-1a, since it has to be the same in each run.
+    std::uint32_t hash = 2166136261U;
+    for (const char each : identity)
+        hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;
+    constexpr std::uint32_t first = StreamProcess::firstPseudoProcess;
+    return first + hash % (StreamProcess::lastPseudoProcess - first + 1);
+}
+
+StreamProcess pseudoProcess(const StreamClaims& claims, std::string identity) {
+    const std::uint32_t number = pseudoNumber(identity);
+    return {number, fitting(claimedName(claims), StreamProcess::longestName), "", std::nullopt,
+            std::move(identity)};
+}
+
+/// The file name of the executable, or what the kernel calls the process.
+std::string programName(pid_t process, const StreamProcessFacts& facts) {
+    const auto path = facts.executablePath(process);
+    return path ? fileNameOf(*path) : facts.commandName(process).value_or("");
+}
+
+bool isSoundServer(std::string_view name) {
+    constexpr std::array<std::string_view, 3> daemons{"pipewire", "pipewire-pulse", "wireplumber"};
+    return std::find(daemons.begin(), daemons.end(), name) != daemons.end();
+}
+
+/// Whether the program's connections are commonly made for somebody else, perhaps elsewhere.
+bool isForwarder(std::string_view name) {
+    constexpr std::array<std::string_view, 5> forwarders{"ssh", "sshd", "sshd-session", "socat",
+                                                         "ncat"};
+    return std::find(forwarders.begin(), forwarders.end(), name) != forwarders.end();
 }
 
 bool hasBinary(pid_t process, const std::string& binary, const StreamProcessFacts& facts) {
@@ -80,26 +129,131 @@ bool hasBinary(pid_t process, const std::string& binary, const StreamProcessFact
            facts.commandName(process) == binary.substr(0, longestCommand);
 }
 
-bool isTrueClaim(pid_t process, const StreamEvidence& evidence, const StreamProcessFacts& facts) {
-    const auto user = facts.user(process);
-    if (!user || (*user != numberIn<uid_t>(evidence.clientUser) && *user != ::geteuid()))
-        return false;
-    return hasBinary(process, evidence.nodeBinary, facts);
+bool isOlderThanClient(pid_t process, const StreamEvidence& evidence,
+                       const StreamProcessFacts& facts) {
+    const auto start = facts.startTime(process);
+    return start && (!evidence.appeared || *start <= *evidence.appeared);
 }
 
-StreamProcess certainProcess(pid_t process, const StreamEvidence& evidence,
+StreamProcess certainProcess(pid_t process, const StreamClaims& claims,
                              const StreamProcessFacts& facts) {
     const std::string path = facts.executablePath(process).value_or("");
     std::string name = fileNameOf(path);
     if (name.empty())
         name = facts.commandName(process).value_or("");
     if (name.empty())
-        name = claimedName(evidence);
+        name = claimedName(claims);
+    const auto start = facts.startTime(process);
+    const std::string application = facts.application(process);
     return {static_cast<std::uint32_t>(process), fitting(name, StreamProcess::longestName),
-            fitting(path, StreamProcess::longestPath), facts.startTime(process)};
+            fitting(path, StreamProcess::longestPath), start,
+            application.empty()
+                ? "process\n" + std::to_string(process) + "\n" + std::to_string(start.value_or(0))
+                : sandboxIdentity(application)};
+}
+
+/// The processes that a claim may mean.
+class Candidates {
+  public:
+    Candidates(const StreamEvidence& evidence, const StreamClaims& claims,
+               const StreamProcessFacts& facts)
+        : evidence_(evidence), claims_(claims), facts_(facts) {
+        const auto number = processIn(claims.process);
+        if (!number)
+            return;
+        for (const pid_t process : facts.processes())
+            consider(process, *number);
+    }
+
+    /// Whether a process of the application that the client is said to be has the claimed number.
+    bool isApplicationConfirmed() const noexcept { return applicationConfirmed_; }
+
+    /// The process, if there is no doubt.
+    std::optional<pid_t> only() const {
+        std::optional<pid_t> found;
+        for (const pid_t process : matches_) {
+            if (applicationConfirmed_ && facts_.application(process) != claims_.application)
+                continue;
+            if (found)
+                return std::nullopt;
+            found = process;
+        }
+        return found;
+    }
+
+  private:
+    void consider(pid_t process, pid_t number) {
+        const std::vector<pid_t> numbers = facts_.numbers(process);
+        if (numbers.empty() || numbers.back() != number || !belongs(process))
+            return;
+        const bool countsAsWeDo = numbers.size() == 1;
+        if (countsAsWeDo && !isSameMachine())
+            return;
+        if (!countsAsWeDo && !claims_.application.empty() &&
+            facts_.application(process) == claims_.application)
+            applicationConfirmed_ = true;
+        if (hasBinary(process, claims_.binary, facts_))
+            matches_.push_back(process);
+    }
+
+    bool belongs(pid_t process) const {
+        const auto user = facts_.user(process);
+        return user && (user == numberIn<uid_t>(evidence_.user) || user == ::geteuid()) &&
+               isOlderThanClient(process, evidence_, facts_);
+    }
+
+    bool isSameMachine() const {
+        const std::string machine = facts_.machine();
+        if (!machine.empty() && !claims_.machine.empty())
+            return machine == claims_.machine;
+        return claims_.host.empty() || claims_.host == facts_.host();
+    }
+
+    const StreamEvidence& evidence_;
+    const StreamClaims& claims_;
+    const StreamProcessFacts& facts_;
+    std::vector<pid_t> matches_;
+    bool applicationConfirmed_ = false;
+};
+
+/// For a client whose connection somebody else has made.
+StreamProcess claimedProcess(const StreamEvidence& evidence, const StreamClaims& claims,
+                             const StreamProcessFacts& facts) {
+    if (claims.serverType == "tcp")
+        return pseudoProcess(claims, claimedIdentity(claims));
+    const Candidates candidates(evidence, claims, facts);
+    if (const auto process = candidates.only())
+        return certainProcess(*process, claims, facts);
+    return pseudoProcess(claims, candidates.isApplicationConfirmed()
+                                     ? sandboxIdentity(claims.application)
+                                     : claimedIdentity(claims));
+}
+
+/// Whether the client that the peer connected for is another process, as far as can be told.
+bool isForwarded(pid_t peer, const std::string& name, const StreamClaims& claims,
+                 const StreamProcessFacts& facts) {
+    const auto claim = processIn(claims.process);
+    const std::vector<pid_t> numbers = facts.numbers(peer);
+    return isForwarder(name) && claim && !numbers.empty() && numbers.back() != *claim;
+}
+
+/// The first line of a file.
+std::string lineIn(const char* path) {
+    std::string line;
+    std::ifstream file(path);
+    std::getline(file, line);
+    return line;
 }
 
 } // namespace
+
+std::vector<pid_t> StreamProcessFacts::processes() const {
+    return allProcesses();
+}
+
+std::vector<pid_t> StreamProcessFacts::numbers(pid_t process) const {
+    return processNumbers(process);
+}
 
 std::optional<std::string> StreamProcessFacts::executablePath(pid_t process) const {
     return platform::executablePath(process);
@@ -117,21 +271,40 @@ std::optional<std::uint64_t> StreamProcessFacts::startTime(pid_t process) const 
     return platform::processStartTime(process);
 }
 
+std::string StreamProcessFacts::application(pid_t process) const {
+    return sandboxApplication(fileSeenBy(process, "/.flatpak-info"), controlGroups(process));
+}
+
+std::string StreamProcessFacts::machine() const {
+    const std::string id = lineIn("/etc/machine-id");
+    return id.empty() ? lineIn("/var/lib/dbus/machine-id") : id;
+}
+
+std::string StreamProcessFacts::host() const {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    return ::gethostname(name.data(), name.size()) == 0 ? name.data() : "";
+}
+
 std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts) {
-    if (evidence.nodeApi == pulseApi) {
-        const auto claim = processIn(evidence.nodeProcess);
-        if (claim && isTrueClaim(*claim, evidence, facts))
-            return certainProcess(*claim, evidence, facts);
-        return pseudoProcess(evidence);
+    if (evidence.peer.empty())
+        return std::nullopt;
+    const StreamClaims claims = claimsOf(evidence);
+    const auto peer = processIn(evidence.peer);
+    if (!peer) // of a pid namespace that the server does not see into
+        return pseudoProcess(claims, claimedIdentity(claims));
+    const std::string name = programName(*peer, facts);
+    if (isSoundServer(name)) {
+        if (claims.api != pulseApi)
+            return std::nullopt;
+        return claimedProcess(evidence, claims, facts);
     }
-    const auto peer = processIn(evidence.clientProcess);
-    if (!peer)
-        return std::nullopt;
-    StreamProcess process = certainProcess(*peer, evidence, facts);
-    if (isSoundServer(process.name))
-        return std::nullopt;
-    return process;
+    if (name == portal)
+        return claimedProcess(evidence, claims, facts);
+    const bool isReused = facts.startTime(*peer) && !isOlderThanClient(*peer, evidence, facts);
+    if (isReused || isForwarded(*peer, name, claims, facts))
+        return pseudoProcess(claims, claimedIdentity(claims));
+    return certainProcess(*peer, claims, facts);
 }
 
 } // namespace platform

@@ -4,19 +4,33 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace platform {
 
-/// What the sound server says about one output stream: properties of its node, and of the client
-/// that owns the node. Empty texts are missing properties.
+/// What a node or a client of the sound server says about the process behind it. Anybody may claim
+/// anything, and something else later. Empty texts are missing properties.
+struct StreamClaims {
+    std::string process;     ///< application.process.id, as the process itself counts
+    std::string binary;      ///< application.process.binary
+    std::string name;        ///< application.name
+    std::string host;        ///< application.process.host
+    std::string machine;     ///< application.process.machine-id
+    std::string api;         ///< client.api
+    std::string serverType;  ///< pulse.server.type
+    std::string application; ///< pipewire.access.portal.app_id; clients can set it as well
+
+    bool operator==(const StreamClaims&) const = default;
+};
+
+/// What the sound server says about one output stream: what its node and the client that owns the
+/// node claim, and what the server knows about that client.
 struct StreamEvidence {
-    std::string nodeProcess;        ///< the node's application.process.id: a claim
-    std::string nodeBinary;         ///< the node's application.process.binary: a claim
-    std::string applicationName;    ///< application.name: a claim
-    std::string nodeApi;            ///< the node's client.api
-    std::string clientProcess;      ///< the client's pipewire.sec.pid, told by the kernel
-    std::string clientUser;         ///< the client's pipewire.sec.uid, told by the kernel
-    std::uint64_t clientSerial = 0; ///< the client's object.serial, never used again by the server
+    StreamClaims node;
+    StreamClaims client;
+    std::string peer; ///< the client's pipewire.sec.pid, told by the kernel; empty without a client
+    std::string user; ///< the client's pipewire.sec.uid, told by the kernel
+    std::optional<std::uint64_t> appeared; ///< when the client was there, in ticksSinceBoot()
 
     bool operator==(const StreamEvidence&) const = default;
 };
@@ -35,29 +49,46 @@ struct StreamProcess {
     /// same number.
     std::optional<std::uint64_t> startTime;
 
+    /// The same for all processes that are one program: those of one sandboxed application;
+    /// otherwise each is one of its own. Without a process, what the client says of itself; the
+    /// pseudo number follows from it, so it comes out the same each time, but may be that of
+    /// another program too.
+    std::string identity = {};
+
     /// No kernel gives a process such a number (its limit is 2^22).
     static constexpr std::uint32_t firstPseudoProcess = 0x40000000;
+    static constexpr std::uint32_t lastPseudoProcess = 0x7FFFFFFE;
 
     bool isPseudo() const noexcept { return pid >= firstPseudoProcess; }
 };
 
-/// The facts about processes that identifying a stream needs. The default asks the kernel.
+/// The facts about processes and the machine that identifying a stream needs. The default asks the
+/// kernel.
 class StreamProcessFacts {
   public:
     virtual ~StreamProcessFacts() = default;
+    virtual std::vector<pid_t> processes() const;
+    virtual std::vector<pid_t> numbers(pid_t process) const; ///< see processNumbers()
     virtual std::optional<std::string> executablePath(pid_t process) const;
     virtual std::optional<std::string> commandName(pid_t process) const;
     virtual std::optional<uid_t> user(pid_t process) const;
     virtual std::optional<std::uint64_t> startTime(pid_t process) const;
+    virtual std::string application(pid_t process) const; ///< see sandboxApplication()
+    virtual std::string machine() const;                  ///< the machine's id
+    virtual std::string host() const;
 };
 
-/// Finds the process that plays a stream. For a client that speaks to the server directly the
-/// kernel vouches for the number. A client of the PulseAudio protocol comes through a daemon, so
-/// that its number is a claim, which may count in another pid namespace: it is believed only if
-/// that process exists, belongs to the client's user or ours, and has the claimed binary. Otherwise
-/// the stream gets a number of its own, derived from its client.
+/// Finds the program that plays a stream.
 ///
-/// Nothing for a stream that the sound server plays itself. Any thread.
+/// The kernel vouches for the process of a client that speaks to the server directly, whatever the
+/// client says. A client of the PulseAudio protocol comes through a daemon, so that all there is is
+/// its claim. It is believed if exactly one process fits: it has the claimed number, in its own
+/// pid namespace, and the claimed binary, runs for the client's user or ours, and is older than the
+/// client. A sandboxed application is known by what the kernel shows of its process; that the
+/// server names one is not enough, because clients can make it say so.
+///
+/// Clients from elsewhere, and those whose claim fits no process, get a pseudo number. Nothing for
+/// a stream that the sound server plays itself. Any thread; reads up to all of /proc.
 std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts = {});
 

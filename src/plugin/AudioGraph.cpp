@@ -26,14 +26,8 @@ const std::string& AudioGlobal::property(std::string_view key) const {
 void AudioGraph::add(const AudioGlobal& global) {
     remove(global.id); // the server uses numbers again, perhaps for another kind
     switch (global.kind) {
-    case AudioGlobal::Kind::client:
-        clients_[global.id] = {global.property("pipewire.sec.pid"),
-                               global.property("pipewire.sec.uid"),
-                               number<std::uint64_t>(global, "object.serial").value_or(global.id)};
-        break;
     case AudioGlobal::Kind::node:
         nodes_[global.id] = {global.property("media.class"), global.property("node.name"),
-                             global.property("application.name"),
                              number<std::uint32_t>(global, "client.id")};
         break;
     case AudioGlobal::Kind::port: {
@@ -50,13 +44,13 @@ void AudioGraph::add(const AudioGlobal& global) {
             links_[global.id] = {*source, *destination};
         break;
     }
+    case AudioGlobal::Kind::client:
     case AudioGlobal::Kind::other:
         break;
     }
 }
 
 void AudioGraph::remove(std::uint32_t id) {
-    clients_.erase(id);
     nodes_.erase(id);
     ports_.erase(id);
     links_.erase(id);
@@ -71,20 +65,9 @@ bool AudioGraph::isOutputStream(std::uint32_t node) const {
     return found != nodes_.end() && found->second.mediaClass == "Stream/Output/Audio";
 }
 
-platform::StreamEvidence AudioGraph::evidenceOf(std::uint32_t node) const {
-    platform::StreamEvidence evidence;
+std::optional<std::uint32_t> AudioGraph::clientOf(std::uint32_t node) const {
     const auto found = nodes_.find(node);
-    if (found == nodes_.end())
-        return evidence;
-    evidence.applicationName = found->second.applicationName;
-    const auto client =
-        found->second.client ? clients_.find(*found->second.client) : clients_.end();
-    if (client != clients_.end()) {
-        evidence.clientProcess = client->second.process;
-        evidence.clientUser = client->second.user;
-        evidence.clientSerial = client->second.serial;
-    }
-    return evidence;
+    return found != nodes_.end() ? found->second.client : std::nullopt;
 }
 
 std::vector<std::uint32_t> AudioGraph::outputPorts(std::uint32_t node) const {

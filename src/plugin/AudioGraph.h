@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/StreamProcess.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -47,9 +45,8 @@ class AudioGraph {
     /// Whether the node is the output of a program.
     bool isOutputStream(std::uint32_t node) const;
 
-    /// What is known of the node's client, and the application's name; the claims of the node
-    /// itself are not announced and stay empty.
-    platform::StreamEvidence evidenceOf(std::uint32_t node) const;
+    /// The client that owns the node; none for what the server has made itself.
+    std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
 
     /// The output ports of a node in the order of its channels.
     std::vector<std::uint32_t> outputPorts(std::uint32_t node) const;
@@ -65,15 +62,9 @@ class AudioGraph {
     std::vector<MeterTap> planTaps(const std::set<std::uint32_t>& streams) const;
 
   private:
-    struct Client {
-        std::string process;
-        std::string user;
-        std::uint64_t serial;
-    };
     struct Node {
         std::string mediaClass;
         std::string name;
-        std::string applicationName;
         std::optional<std::uint32_t> client;
     };
     struct Port {
@@ -86,7 +77,6 @@ class AudioGraph {
         std::uint32_t destination;
     };
 
-    std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Node> nodes_;
     std::map<std::uint32_t, Port> ports_;
     std::map<std::uint32_t, Link> links_;

@@ -1,6 +1,7 @@
 #include "plugin/AudioStream.h"
 
 #include "platform/SystemLog.h"
+#include "plugin/ClientClaims.h"
 #include "plugin/StreamParam.h"
 
 #include <algorithm>
@@ -14,11 +15,6 @@ namespace {
 // What was measured within one cycle of a change of the gain belongs to the old or the new one; the
 // longest cycle usual is 8192 samples at 48 kHz.
 constexpr std::chrono::milliseconds settlingTime{200};
-
-std::string textIn(const spa_dict& properties, const char* key) {
-    const char* const text = spa_dict_lookup(&properties, key);
-    return text != nullptr ? text : "";
-}
 
 } // namespace
 
@@ -52,23 +48,16 @@ AudioStream::AudioStream(pw_registry& registry, std::uint32_t id, Listener& list
 }
 
 void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
-    evidence.nodeProcess = claims_.nodeProcess;
-    evidence.nodeBinary = claims_.nodeBinary;
-    evidence.nodeApi = claims_.nodeApi;
-    if (!claims_.applicationName.empty())
-        evidence.applicationName = claims_.applicationName;
+    evidence.node = claims_;
 }
 
 void AudioStream::informed(const pw_node_info& info) {
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
-        platform::StreamEvidence claims;
-        claims.nodeProcess = textIn(*info.props, PW_KEY_APP_PROCESS_ID);
-        claims.nodeBinary = textIn(*info.props, PW_KEY_APP_PROCESS_BINARY);
-        claims.nodeApi = textIn(*info.props, PW_KEY_CLIENT_API);
-        claims.applicationName = textIn(*info.props, PW_KEY_APP_NAME);
-        internal_ = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
-        if (!described_ || claims != claims_) {
+        platform::StreamClaims claims = claimsIn(*info.props);
+        const bool internal = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
+        if (!described_ || claims != claims_ || internal != internal_) {
             claims_ = std::move(claims);
+            internal_ = internal;
             described_ = true;
             listener_.streamDescribed(*this);
         }

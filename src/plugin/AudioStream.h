@@ -65,7 +65,7 @@ class AudioStream {
     const std::uint32_t id_;
     Listener& listener_;
 
-    platform::StreamEvidence claims_;
+    platform::StreamClaims claims_;
     bool described_ = false;
     bool internal_ = false;
     bool running_ = false;

@@ -1,6 +1,8 @@
 #include "plugin/PluginHost.h"
 
+#include "platform/ProcessInfo.h"
 #include "platform/Timer.h"
+#include "plugin/ProgramName.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,6 +40,8 @@ void PluginHost::forgetServer() {
     for (auto& [id, voice] : voices_)
         release(voice);
     voices_.clear();
+    while (!clients_.empty())
+        dropClient(clients_.begin()->first);
     graph_.clear();
 }
 
@@ -48,6 +52,11 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream =
             std::make_unique<AudioStream>(*server_.registry(), global.id, listener);
+        watchOwner(global.id);
+    } else if (global.kind == AudioGlobal::Kind::client) {
+        clients_[global.id].appeared = platform::ticksSinceBoot();
+        for (const auto& [id, voice] : voices_)
+            watchOwner(id);
     }
     plan_->start({});
 }
@@ -58,6 +67,30 @@ void PluginHost::globalRemoved(std::uint32_t id) {
     if (voice != voices_.end()) {
         release(voice->second);
         voices_.erase(voice);
+    }
+    dropClient(id);
+    plan_->start({});
+}
+
+void PluginHost::dropClient(std::uint32_t id) {
+    if (clients_.erase(id) > 0)
+        programs_.clientGone(id);
+}
+
+void PluginHost::watchOwner(std::uint32_t stream) {
+    const auto owner = graph_.clientOf(stream);
+    const auto client = owner ? clients_.find(*owner) : clients_.end();
+    if (client == clients_.end() || client->second.watched != nullptr)
+        return;
+    AudioClient::Listener& listener = *this;
+    client->second.watched = std::make_unique<AudioClient>(*server_.registry(), *owner,
+                                                           client->second.appeared, listener);
+}
+
+void PluginHost::clientDescribed(AudioClient& client) {
+    for (auto& [id, voice] : voices_) {
+        if (graph_.clientOf(id) == client.id())
+            identify(voice);
     }
     plan_->start({});
 }
@@ -72,30 +105,46 @@ void PluginHost::streamStateChanged(AudioStream&) {
 }
 
 void PluginHost::identify(Voice& voice) {
+    if (voice.orphaned)
+        return;
     AudioStream& stream = *voice.stream;
-    if (voice.orphaned || stream.isInternal())
-        return;
-    platform::StreamEvidence evidence = graph_.evidenceOf(stream.id());
-    stream.describeTo(evidence);
-    const auto process = platform::identifyStream(evidence);
-    if (!process)
-        return;
-    if (voice.program != nullptr) {
-        if (voice.program->process().pid == process->pid)
-            return;
-        release(voice);
+    const auto client = graph_.clientOf(stream.id());
+    const auto process = processOf(stream);
+    // The new one first, so that one and the same program does not end in between.
+    Program* const next = process ? &programs_.join(*process, *client) : nullptr;
+    Program* const last = std::exchange(voice.program, nullptr);
+    voice.orphaned = false; // if the last one has just ended
+    if (last != nullptr && last != next) {
+        last->remove(stream);
+        stream.adopt({});
     }
-    Program& program = programs_.programOf(*process);
-    voice.program = &program;
-    program.add(stream);
+    if (next != nullptr && last != next)
+        next->add(stream);
+    if (last != nullptr)
+        programs_.withdraw(*last, voice.process, *client);
+    voice.program = next;
+    voice.process = process.value_or(platform::StreamProcess{});
+}
+
+std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) const {
+    const auto owner = graph_.clientOf(stream.id());
+    const auto client = owner ? clients_.find(*owner) : clients_.end();
+    if (client == clients_.end() || client->second.watched == nullptr ||
+        !client->second.watched->isDescribed() || !stream.isDescribed() || stream.isInternal())
+        return std::nullopt;
+    platform::StreamEvidence evidence;
+    client->second.watched->describeTo(evidence);
+    stream.describeTo(evidence);
+    auto process = platform::identifyStream(evidence);
+    if (process)
+        process->name = checkinName(std::move(process->name));
+    return process;
 }
 
 void PluginHost::release(Voice& voice) {
     Program* const program = std::exchange(voice.program, nullptr);
-    if (program == nullptr)
-        return;
-    program->remove(*voice.stream);
-    programs_.dropUnlessHeld(*program);
+    if (program != nullptr)
+        program->remove(*voice.stream);
 }
 
 void PluginHost::programGoes(Program& program) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugin/AudioClient.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
@@ -8,12 +9,14 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
 /// loop's thread only.
 class PluginHost : private AudioServer::Listener,
+                   private AudioClient::Listener,
                    private AudioStream::Listener,
                    private ProgramTable::Listener {
   public:
@@ -32,20 +35,31 @@ class PluginHost : private AudioServer::Listener,
     struct Voice {
         std::unique_ptr<AudioStream> stream;
         Program* program = nullptr;
+        platform::StreamProcess process; // while there is a program
         bool orphaned = false;
+    };
+
+    /// A client, watched once it owns a stream.
+    struct Client {
+        std::uint64_t appeared; // in ticks since boot
+        std::unique_ptr<AudioClient> watched;
     };
 
     void serverConnected() override;
     void serverLost() override;
     void globalAdded(const AudioGlobal& global) override;
     void globalRemoved(std::uint32_t id) override;
+    void clientDescribed(AudioClient& client) override;
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void programGoes(Program& program) override;
     void connectionsChanged() override;
 
     void forgetServer();
+    void dropClient(std::uint32_t id);
+    void watchOwner(std::uint32_t stream);
     void identify(Voice& voice);
+    std::optional<platform::StreamProcess> processOf(const AudioStream& stream) const;
     void release(Voice& voice);
     void planMeters();
     void reportLevels();
@@ -53,6 +67,7 @@ class PluginHost : private AudioServer::Listener,
     void updateReporting();
 
     AudioGraph graph_;
+    std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
     const std::unique_ptr<platform::Timer> plan_;
     const std::unique_ptr<platform::Timer> report_;

@@ -1,16 +1,14 @@
 #include "plugin/Program.h"
 
-#include "platform/ProcessInfo.h"
 #include "plugin/AudioStream.h"
 
 #include <algorithm>
 
 Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
-    : loop_(loop), process_(std::move(process)), listener_(listener) {
-    if (process_.startTime)
-        watch_ = platform::ProcessWatch::create(loop, static_cast<pid_t>(process_.pid),
-                                                [this] { listener_.programEnded(*this); });
-}
+    : loop_(loop)
+    , process_(std::move(process))
+    , listener_(listener)
+    , life_(loop, [this] { lifeChanged(); }) {}
 
 Program::~Program() {
     report(0.0F);
@@ -55,4 +53,22 @@ void Program::connectionLost() {
     connection_.reset();
     playing_ = false;
     listener_.programDisconnected(*this);
+}
+
+void Program::lifeChanged() {
+    const platform::StreamProcess* const first = life_.first();
+    if (first == nullptr) {
+        listener_.programEnded(*this);
+        return;
+    }
+    if (first->pid == process_.pid && first->name == process_.name && first->path == process_.path)
+        return;
+    report(0.0F);
+    process_ = *first;
+    if (connection_ == nullptr)
+        return;
+    connection_.reset();
+    playing_ = false;
+    if (!connect())
+        listener_.programDisconnected(*this);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/StreamProcess.h"
 #include "plugin/AppConnection.h"
+#include "plugin/ProgramLife.h"
 #include "plugin/StreamVolume.h"
 
 #include <functional>
@@ -11,24 +12,24 @@
 class AudioStream;
 
 namespace platform {
-class ProcessWatch;
 class RunLoop;
 } // namespace platform
 
-/// One process that has had an output stream: its streams, its volume, and its connection to the
-/// application. It lasts as long as the process, since programs drop and make streams whenever they
-/// pause. The run loop's thread only.
+/// One program that has had an output stream: its processes, its streams, its volume, and its
+/// connection to the application. It checks in with its first process; when that has ended while
+/// others go on, it checks in anew with the next. The run loop's thread only.
 class Program : private AppConnection::Listener {
   public:
     class Listener {
       public:
         virtual ~Listener() = default;
 
-        /// The process is no more. The program may be destroyed in here.
+        /// The last process is no more. The program may be destroyed in here.
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
     };
 
+    /// `process` is what checks in; it does not make the program last.
     Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener);
 
     /// Leaves the application with a last zero if the program played.
@@ -38,8 +39,8 @@ class Program : private AppConnection::Listener {
 
     const platform::StreamProcess& process() const noexcept { return process_; }
 
-    /// Whether programEnded() will be called. The program should go with its last stream otherwise.
-    bool isWatched() const noexcept { return watch_ != nullptr; }
+    /// What decides how long the program lasts.
+    ProgramLife& life() noexcept { return life_; }
 
     /// Gives the stream the program's volume, from now on too. The stream must be removed before it
     /// goes.
@@ -60,13 +61,14 @@ class Program : private AppConnection::Listener {
   private:
     void commandArrived(const MVCommConsoleMessage& command) override;
     void connectionLost() override;
+    void lifeChanged();
 
     platform::RunLoop& loop_;
-    const platform::StreamProcess process_;
+    platform::StreamProcess process_;
     Listener& listener_;
     std::vector<AudioStream*> streams_; // not owned
     WantedVolume wanted_;
     bool playing_ = false;
-    std::unique_ptr<platform::ProcessWatch> watch_;
+    ProgramLife life_;
     std::unique_ptr<AppConnection> connection_;
 };

@@ -11,27 +11,53 @@ ProgramTable::ProgramTable(platform::RunLoop& loop, Listener& listener)
 
 ProgramTable::~ProgramTable() = default;
 
-Program& ProgramTable::programOf(const platform::StreamProcess& process) {
+Program& ProgramTable::join(platform::StreamProcess process, std::uint32_t client) {
+    giveNumber(process);
+    endPredecessors(process);
     const auto known =
         std::find_if(programs_.begin(), programs_.end(), [&process](const auto& program) {
-            return program->process().pid == process.pid;
+            return program->process().identity == process.identity;
         });
     if (known != programs_.end()) {
-        if ((*known)->process().startTime == process.startTime)
-            return **known;
-        programEnded(**known); // the number has gone to another process
+        (*known)->life().join(process, client);
+        return **known;
     }
     Program::Listener& listener = *this;
     Program& program = *programs_.emplace_back(std::make_unique<Program>(loop_, process, listener));
+    program.life().join(process, client);
     // At once when the application is there; during a pause the others wait for it as well.
     if (!retry_->isActive())
         retry_->start({});
     return program;
 }
 
-void ProgramTable::dropUnlessHeld(Program& program) {
-    if (!program.isWatched() && program.streams().empty())
-        programEnded(program);
+void ProgramTable::withdraw(Program& program, platform::StreamProcess process,
+                            std::uint32_t client) {
+    giveNumber(process);
+    program.life().withdraw(process, client);
+}
+
+void ProgramTable::clientGone(std::uint32_t client) {
+    for (Program* const program : all())
+        program->life().clientGone(client);
+}
+
+void ProgramTable::giveNumber(platform::StreamProcess& process) {
+    if (process.isPseudo())
+        process.pid = numbers_.take(process.identity, process.pid);
+}
+
+/// Their number has gone to this process.
+void ProgramTable::endPredecessors(const platform::StreamProcess& process) {
+    for (Program* const program : all())
+        program->life().endPredecessor(process);
+}
+
+std::vector<Program*> ProgramTable::all() const {
+    std::vector<Program*> programs;
+    for (const auto& program : programs_)
+        programs.push_back(program.get());
+    return programs;
 }
 
 void ProgramTable::connectNow() {
@@ -59,6 +85,7 @@ void ProgramTable::connectMissing() {
 
 void ProgramTable::programEnded(Program& program) {
     listener_.programGoes(program);
+    numbers_.release(program.process().identity);
     std::erase_if(programs_, [&program](const auto& each) { return each.get() == &program; });
     if (programs_.empty())
         retry_->stop();

@@ -2,7 +2,9 @@
 
 #include "plugin/Backoff.h"
 #include "plugin/Program.h"
+#include "plugin/PseudoNumbers.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -31,11 +33,15 @@ class ProgramTable : private Program::Listener {
     ProgramTable(const ProgramTable&) = delete;
     ProgramTable& operator=(const ProgramTable&) = delete;
 
-    /// The program of a process, made and announced when it is new. Stays the table's.
-    Program& programOf(const platform::StreamProcess& process);
+    /// The program of a process that has a new stream, which this client of the sound server owns.
+    /// Made and announced when it is new. Stays the table's.
+    Program& join(platform::StreamProcess process, std::uint32_t client);
 
-    /// To be called when a program has lost a stream: drops it if that was all that held it.
-    void dropUnlessHeld(Program& program);
+    /// A join() was an error. Drops the program if that was all that held it.
+    void withdraw(Program& program, platform::StreamProcess process, std::uint32_t client);
+
+    /// Drops the programs that have nothing but this client of the sound server.
+    void clientGone(std::uint32_t client);
 
     /// Connects what is not connected, without waiting for the pause to end.
     void connectNow();
@@ -46,10 +52,14 @@ class ProgramTable : private Program::Listener {
     void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
     void connectMissing();
+    void endPredecessors(const platform::StreamProcess& process);
+    void giveNumber(platform::StreamProcess& process);
+    std::vector<Program*> all() const;
 
     platform::RunLoop& loop_;
     Listener& listener_;
     std::vector<std::unique_ptr<Program>> programs_;
+    PseudoNumbers numbers_;
     Backoff pauses_;
     const std::unique_ptr<platform::Timer> retry_;
 };

@@ -6,10 +6,11 @@
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -22,9 +23,29 @@ TEST(ProcessInfo, KnowsThisProcessAndNothingOfOneThatIsGone) {
     support::ChildProcess child({"sleep", "60"});
     EXPECT_TRUE(support::waitUntil([&] { return platform::commandName(child.pid()) == "sleep"; }));
     EXPECT_GE(platform::processStartTime(child.pid()), platform::processStartTime(::getpid()));
+    EXPECT_LE(platform::processStartTime(child.pid()), platform::ticksSinceBoot());
+    EXPECT_EQ(platform::processNumbers(child.pid()), std::vector{child.pid()});
+    EXPECT_THAT(platform::allProcesses(), testing::IsSupersetOf({child.pid(), ::getpid()}));
+    EXPECT_FALSE(platform::controlGroups(child.pid()).empty());
     child.stop(SIGKILL);
     EXPECT_EQ(platform::executablePath(child.pid()), std::nullopt);
     EXPECT_EQ(platform::processStartTime(child.pid()), std::nullopt);
+    EXPECT_EQ(platform::processUser(child.pid()), std::nullopt);
+    EXPECT_THAT(platform::processNumbers(child.pid()), testing::IsEmpty());
+}
+
+TEST(ProcessInfo, SeesTheFilesOfAProcessButWaitsForNone) {
+    const support::PrivateFolder folder;
+    const auto seen = [&folder](const char* name) {
+        return platform::fileSeenBy(::getpid(), folder.path() / name);
+    };
+    std::ofstream(folder.path() / "file") << "content";
+    ASSERT_EQ(::mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("file", folder.path() / "link");
+    EXPECT_EQ(seen("file"), "content");
+    EXPECT_EQ(seen("pipe"), "");
+    EXPECT_EQ(seen("link"), "");
+    EXPECT_EQ(seen("absent"), "");
 }
 
 TEST(ProcessWatch, CallsOnceWhenTheProcessEndsAndMayBeDestroyedFromTheCall) {

@@ -1,8 +1,11 @@
 #include "platform/StreamProcess.h"
+#include "platform/ProcessInfo.h"
+#include "platform/ProcessSandbox.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 #include <unistd.h>
 
 using platform::StreamEvidence;
@@ -11,6 +14,9 @@ using platform::StreamProcess;
 namespace {
 
 constexpr uid_t otherUser = 4242;
+constexpr std::uint64_t early = 1000;
+constexpr std::uint64_t late = 9000;
+constexpr std::uint64_t clientAppeared = 5000;
 
 /// A process table of plain data.
 class Processes : public platform::StreamProcessFacts {
@@ -19,10 +25,25 @@ class Processes : public platform::StreamProcessFacts {
         std::string path;
         std::string command;
         uid_t user = ::geteuid();
+        std::uint64_t start = early;
+        std::string application = {};
+        pid_t inner = 0; // its number in a pid namespace of its own
     };
 
     explicit Processes(std::map<pid_t, Process> table) : table_(std::move(table)) {}
 
+    std::vector<pid_t> processes() const override {
+        std::vector<pid_t> all;
+        for (const auto& [process, facts] : table_)
+            all.push_back(process);
+        return all;
+    }
+    std::vector<pid_t> numbers(pid_t process) const override {
+        const Process* const found = find(process);
+        if (found == nullptr)
+            return {};
+        return found->inner == 0 ? std::vector{process} : std::vector{process, found->inner};
+    }
     std::optional<std::string> executablePath(pid_t process) const override {
         const Process* const found = find(process);
         return found != nullptr && !found->path.empty() ? std::optional(found->path) : std::nullopt;
@@ -36,9 +57,15 @@ class Processes : public platform::StreamProcessFacts {
         return found != nullptr ? std::optional(found->user) : std::nullopt;
     }
     std::optional<std::uint64_t> startTime(pid_t process) const override {
-        return find(process) != nullptr ? std::optional<std::uint64_t>(1000 + process)
-                                        : std::nullopt;
+        const Process* const found = find(process);
+        return found != nullptr ? std::optional(found->start) : std::nullopt;
     }
+    std::string application(pid_t process) const override {
+        const Process* const found = find(process);
+        return found != nullptr ? found->application : "";
+    }
+    std::string machine() const override { return "here"; }
+    std::string host() const override { return "this-host"; }
 
   private:
     const Process* find(pid_t process) const {
@@ -51,30 +78,57 @@ class Processes : public platform::StreamProcessFacts {
 
 StreamEvidence throughPulse(const std::string& process, const std::string& binary) {
     StreamEvidence evidence;
-    evidence.nodeApi = "pipewire-pulse";
-    evidence.nodeProcess = process;
-    evidence.nodeBinary = binary;
-    evidence.applicationName = "Some Player";
-    evidence.clientProcess = "50"; // the daemon
-    evidence.clientUser = std::to_string(::geteuid());
-    evidence.clientSerial = 77;
+    evidence.node.api = "pipewire-pulse";
+    evidence.node.process = process;
+    evidence.node.binary = binary;
+    evidence.node.name = "Some Player";
+    evidence.node.machine = "here";
+    evidence.peer = "50"; // the daemon
+    evidence.user = std::to_string(::geteuid());
+    evidence.appeared = clientAppeared;
+    return evidence;
+}
+
+StreamEvidence throughPulseOf(const std::string& application, const std::string& process,
+                              const std::string& binary) {
+    StreamEvidence evidence = throughPulse(process, binary);
+    evidence.client.application = application;
     return evidence;
 }
 
 StreamEvidence native(const std::string& process) {
     StreamEvidence evidence;
-    evidence.applicationName = "Some Player";
-    evidence.clientProcess = process;
-    evidence.clientSerial = 78;
+    evidence.node.name = "Some Player";
+    evidence.peer = process;
+    evidence.appeared = clientAppeared;
     return evidence;
 }
 
-const Processes processes({{2, {"/usr/lib/systemd/systemd", "kthreadd"}},
-                           {50, {"/usr/bin/pipewire", "pipewire-pulse"}},
-                           {100, {"/usr/bin/pacat", "paplay"}},
-                           {101, {"", "long-named-play"}},
-                           {102, {"/opt/x/player", "player", otherUser}},
-                           {103, {"", ""}}});
+const Processes
+    processes({{2, {"/usr/lib/systemd/systemd", "kthreadd"}},
+               {50, {"/usr/bin/pipewire", "pipewire-pulse"}},
+               {51, {"/usr/libexec/xdg-desktop-portal", "xdg-desktop-por"}},
+               {52, {"/usr/sbin/sshd", "sshd"}},
+               {53, {"", "pipewire-pulse"}},
+               {100, {"/usr/bin/pacat", "paplay"}},
+               {101, {"", "long-named-play"}},
+               {102, {"/opt/x/player", "player", otherUser}},
+               {103, {"", ""}},
+               {104, {"/usr/bin/pacat", "pacat", ::geteuid(), late}},
+               // Two containers that count alike, the second of which came after the client.
+               {200, {"/usr/bin/mpv", "mpv", ::geteuid(), early, "", 7}},
+               {201, {"/usr/bin/mpv", "mpv", ::geteuid(), late, "", 7}},
+               {202, {"/usr/bin/vlc", "vlc", ::geteuid(), early, "", 7}},
+               {203, {"/usr/bin/twin", "twin", ::geteuid(), early, "", 7}},
+               {204, {"/usr/bin/twin", "twin", ::geteuid(), early, "", 7}},
+               {205, {"/usr/bin/mpv", "mpv", ::geteuid(), early, "", 100}},
+               {206, {"/usr/bin/mpv", "mpv", otherUser, early, "", 8}},
+               {300, {"/app/bin/fox", "fox", ::geteuid(), early, "org.example.Fox", 2}},
+               {301, {"/app/bin/fox", "fox", ::geteuid(), early, "org.example.Fox", 3}},
+               {302, {"/app/bin/fox", "fox", ::geteuid(), early, "org.example.Fox", 3}},
+               {303, {"/app/bin/fox", "fox", ::geteuid(), early, "org.example.Owl", 2}},
+               {400, {"/snap/player/1/player", "player", ::geteuid(), early, "snap.player"}},
+               {401, {"/snap/player/1/helper", "helper", ::geteuid(), early, "snap.player"}}});
 
 } // namespace
 
@@ -84,7 +138,19 @@ TEST(StreamProcess, ANativeClientIsTheProcessThatTheKernelNames) {
     EXPECT_EQ(process->pid, 100U);
     EXPECT_EQ(process->name, "pacat");
     EXPECT_EQ(process->path, "/usr/bin/pacat");
-    EXPECT_EQ(process->startTime, 1100U);
+    EXPECT_EQ(process->startTime, early);
+    EXPECT_NE(process->identity, identifyStream(native("101"), processes)->identity);
+}
+
+TEST(StreamProcess, ANativeClientCannotPassForAnother) {
+    StreamEvidence evidence = native("100");
+    evidence.node = throughPulse("400", "player").node;
+    evidence.client = evidence.node;
+    evidence.client.application = "org.example.Fox";
+    evidence.client.host = "elsewhere";
+    const auto process = identifyStream(evidence, processes);
+    EXPECT_EQ(process->pid, 100U);
+    EXPECT_EQ(process->identity, identifyStream(native("100"), processes)->identity);
 }
 
 TEST(StreamProcess, ANativeClientKeepsItsNumberWhenItsExecutableIsHiddenOrGone) {
@@ -95,24 +161,47 @@ TEST(StreamProcess, ANativeClientKeepsItsNumberWhenItsExecutableIsHiddenOrGone) 
     EXPECT_EQ(gone->name, "Some Player");
     EXPECT_EQ(gone->path, "");
     EXPECT_FALSE(gone->startTime);
+    EXPECT_TRUE(identifyStream(native("104"), processes)->isPseudo())
+        << "the number went to a process that came after the client";
 }
 
 TEST(StreamProcess, StreamsOfTheSoundServerItselfAreNobodys) {
     EXPECT_FALSE(identifyStream(native("50"), processes));
+    EXPECT_FALSE(identifyStream(native("53"), processes));
     EXPECT_FALSE(identifyStream(native(""), processes));
     EXPECT_FALSE(identifyStream({}, processes));
 }
 
-TEST(StreamProcess, ATrueClaimOfAPulseClientIsBelieved) {
-    const auto byExecutable = identifyStream(throughPulse("100", "pacat"), processes);
-    EXPECT_EQ(byExecutable->pid, 100U);
-    EXPECT_EQ(byExecutable->path, "/usr/bin/pacat");
-    const auto byCommand = identifyStream(throughPulse("101", "long-named-player"), processes);
-    EXPECT_EQ(byCommand->pid, 101U);
-    EXPECT_EQ(byCommand->name, "long-named-play");
+TEST(StreamProcess, AClaimIsBelievedIfExactlyOneProcessFits) {
+    struct Case {
+        const char* what;
+        const char* process;
+        const char* binary;
+        std::uint32_t pid;
+        const char* name;
+    };
+    for (const Case& each :
+         {Case{"by executable", "100", "pacat", 100, "pacat"},
+          Case{"by short name", "101", "long-named-player", 101, "long-named-play"},
+          Case{"in a container", "7", "vlc", 202, "vlc"},
+          Case{"not in the container that came later", "7", "mpv", 200, "mpv"},
+          Case{"in the container, not what has the number here", "100", "mpv", 205, "mpv"},
+          Case{"a snap, which counts as we do", "400", "player", 400, "player"}}) {
+        const auto process = identifyStream(throughPulse(each.process, each.binary), processes);
+        ASSERT_TRUE(process) << each.what;
+        EXPECT_EQ(process->pid, each.pid) << each.what;
+        EXPECT_EQ(process->name, each.name) << each.what;
+        EXPECT_EQ(process->startTime, early) << each.what;
+    }
+    StreamEvidence evidence = throughPulse("102", "player");
+    evidence.user = std::to_string(otherUser);
+    EXPECT_EQ(identifyStream(evidence, processes)->pid, 102U) << "of the client's user";
+    evidence = throughPulse("", "");
+    evidence.client = throughPulse("100", "pacat").node;
+    EXPECT_EQ(identifyStream(evidence, processes)->pid, 100U) << "only the client claims";
 }
 
-TEST(StreamProcess, AClaimThatDoesNotHoldGetsANumberOfItsOwn) {
+TEST(StreamProcess, AClaimThatDoesNotHoldGetsAPseudoNumber) {
     struct Case {
         const char* what;
         const char* process;
@@ -120,32 +209,103 @@ TEST(StreamProcess, AClaimThatDoesNotHoldGetsANumberOfItsOwn) {
         const char* name;
     };
     for (const Case& each :
-         {Case{"number of another namespace", "2", "firefox", "firefox"},
+         {Case{"number of an unknown namespace", "2", "firefox", "firefox"},
           Case{"process of another user", "102", "player", "player"},
+          Case{"another user's container", "8", "mpv", "mpv"},
+          Case{"younger than the client", "104", "pacat", "pacat"},
+          Case{"number outside of the container", "202", "vlc", "vlc"},
+          Case{"two containers", "7", "twin", "twin"},
           Case{"no such process", "999", "pacat", "pacat"},
           Case{"no binary", "100", "", "Some Player"}, Case{"no number", "", "pacat", "pacat"},
           Case{"rubbish", "100x", "pacat", "pacat"}, Case{"negative", "-100", "pacat", "pacat"},
           Case{"too large", "99999999999999999999", "pacat", "pacat"}}) {
         const auto process = identifyStream(throughPulse(each.process, each.binary), processes);
         ASSERT_TRUE(process) << each.what;
-        EXPECT_EQ(process->pid, StreamProcess::firstPseudoProcess + 77) << each.what;
         EXPECT_TRUE(process->isPseudo()) << each.what;
+        EXPECT_LE(process->pid, StreamProcess::lastPseudoProcess) << each.what;
         EXPECT_EQ(process->name, each.name) << each.what;
         EXPECT_EQ(process->path, "") << each.what;
         EXPECT_FALSE(process->startTime) << each.what;
     }
 }
 
-TEST(StreamProcess, AProcessOfTheClientsUserIsBelieved) {
-    StreamEvidence evidence = throughPulse("102", "player");
-    evidence.clientUser = std::to_string(otherUser);
-    EXPECT_EQ(identifyStream(evidence, processes)->pid, 102U);
+TEST(StreamProcess, AClientFromElsewhereIsNoProcessHere) {
+    StreamEvidence overTcp = throughPulse("100", "pacat");
+    overTcp.node.serverType = "tcp";
+    StreamEvidence otherMachine = throughPulse("100", "pacat");
+    otherMachine.node.machine = "there";
+    StreamEvidence otherHost = throughPulse("100", "pacat");
+    otherHost.node.machine = "";
+    otherHost.node.host = "elsewhere";
+    StreamEvidence throughSsh = native("52");
+    throughSsh.client.process = "100";
+    StreamEvidence unseen = native("0");
+    for (const StreamEvidence& evidence : {overTcp, otherMachine, otherHost, throughSsh, unseen})
+        EXPECT_TRUE(identifyStream(evidence, processes)->isPseudo());
+
+    StreamEvidence renamedHost = throughPulse("100", "pacat");
+    renamedHost.node.host = "elsewhere";
+    EXPECT_EQ(identifyStream(renamedHost, processes)->pid, 100U);
+    StreamEvidence container = throughPulse("7", "vlc");
+    container.node.machine = "a container may have an id of its own";
+    EXPECT_EQ(identifyStream(container, processes)->pid, 202U);
+    StreamEvidence ssh = native("52");
+    ssh.client.process = "52";
+    EXPECT_EQ(identifyStream(ssh, processes)->pid, 52U);
 }
 
-TEST(StreamProcess, PseudoNumbersStayPositiveWhateverTheSerial) {
-    StreamEvidence evidence = throughPulse("", "x");
-    evidence.clientSerial = 0xFFFFFFFFFFFFFFFF;
-    EXPECT_EQ(identifyStream(evidence, processes)->pid, 0x7FFFFFFFU);
+TEST(StreamProcess, PseudoNumbersFollowFromWhatTheClientSays) {
+    StreamEvidence machine = throughPulse("2", "firefox");
+    machine.node.machine = "there";
+    std::set<std::uint32_t> numbers;
+    for (const StreamEvidence& evidence :
+         {throughPulse("2", "firefox"), throughPulse("3", "firefox"), throughPulse("2", "chrome"),
+          throughPulseOf("org.example.A", "2", "firefox"),
+          throughPulseOf("org.example.B", "2", "firefox"), machine}) {
+        const auto process = identifyStream(evidence, processes);
+        StreamEvidence again = evidence;
+        again.appeared = late;
+        EXPECT_EQ(identifyStream(again, processes)->pid, process->pid);
+        EXPECT_EQ(identifyStream(again, processes)->identity, process->identity);
+        numbers.insert(process->pid);
+    }
+    EXPECT_EQ(numbers.size(), 6U);
+}
+
+TEST(StreamProcess, ProcessesOfOneSandboxedApplicationAreOneProgram) {
+    const auto fox = identifyStream(native("300"), processes);
+    EXPECT_EQ(identifyStream(native("301"), processes)->identity, fox->identity);
+    EXPECT_NE(identifyStream(native("303"), processes)->identity, fox->identity);
+    EXPECT_EQ(identifyStream(native("400"), processes)->identity,
+              identifyStream(throughPulse("401", "helper"), processes)->identity);
+
+    // Two flatpaks say 2.
+    const auto throughService =
+        identifyStream(throughPulseOf("org.example.Fox", "2", "fox"), processes);
+    EXPECT_EQ(throughService->pid, 300U);
+    EXPECT_EQ(throughService->identity, fox->identity);
+    const auto owl = identifyStream(throughPulseOf("org.example.Owl", "2", "fox"), processes);
+    EXPECT_EQ(owl->pid, 303U);
+    // Which process it is stays open, but not of what.
+    const auto either = identifyStream(throughPulseOf("org.example.Fox", "3", "fox"), processes);
+    EXPECT_TRUE(either->isPseudo());
+    EXPECT_EQ(either->identity, fox->identity);
+    StreamEvidence throughPortal = throughPulseOf("org.example.Fox", "2", "fox");
+    throughPortal.peer = "51";
+    throughPortal.node.api = "";
+    EXPECT_EQ(identifyStream(throughPortal, processes)->pid, 300U);
+}
+
+TEST(StreamProcess, AnApplicationIdThatTheKernelDoesNotConfirmIsNotBelieved) {
+    const auto fox = identifyStream(native("300"), processes);
+    const auto player = identifyStream(native("100"), processes);
+    for (const char* const peer : {"50", "51"}) {
+        StreamEvidence evidence = throughPulseOf("org.example.Fox", "100", "pacat");
+        evidence.peer = peer;
+        EXPECT_EQ(identifyStream(evidence, processes)->identity, player->identity);
+        evidence.node.process = "999";
+        EXPECT_NE(identifyStream(evidence, processes)->identity, fox->identity);
+    }
 }
 
 TEST(StreamProcess, TextsAreCutBetweenCharactersAndMadeValid) {
@@ -170,8 +330,40 @@ TEST(StreamProcess, TextsAreCutBetweenCharactersAndMadeValid) {
 }
 
 TEST(StreamProcess, TheKernelKnowsThisProcess) {
-    const auto process = identifyStream(native(std::to_string(::getpid())));
+    StreamEvidence evidence = native(std::to_string(::getpid()));
+    evidence.appeared = platform::ticksSinceBoot();
+    const auto process = identifyStream(evidence);
     ASSERT_TRUE(process);
     EXPECT_TRUE(process->path.ends_with("/" + process->name));
-    EXPECT_TRUE(process->startTime);
+    EXPECT_EQ(process->startTime, platform::processStartTime(::getpid()));
+}
+
+TEST(ProcessSandbox, IsReadFromItsDescriptionElseFromTheControlGroup) {
+    struct Case {
+        const char* what;
+        const char* description;
+        const char* controlGroups;
+        const char* application;
+    };
+    constexpr const char* user = "0::/user.slice/user-1000.slice/user@1000.service/app.slice/";
+    for (const Case& each :
+         {Case{"flatpak", "[Application]\nname=org.example.Fox\nruntime=x\n", "",
+               "org.example.Fox"},
+          Case{"no name of the application", "[Instance]\nname=x\n[Application]\nruntime=y\n", "",
+               ""},
+          Case{"flatpak that hides its files", "", "app-flatpak-org.example.Big\\x2dFox-2471.scope",
+               "org.example.Big-Fox"},
+          Case{"snap", "", "snap.player.player-8a1c2f6e.scope", "snap.player"},
+          Case{"a snap's service", "", "snap.media-server.daemon.service/inner",
+               "snap.media-server"},
+          Case{"desktop application", "", "app-gnome-firefox-1234.scope", ""},
+          Case{"the snap daemon", "", "snapd.service", ""},
+          Case{"damaged escape", "", "app-flatpak-a\\xzz-1.scope", "a\\xzz"}}) {
+        EXPECT_EQ(platform::sandboxApplication(each.description,
+                                               std::string(user) + each.controlGroups + "\n"),
+                  each.application)
+            << each.what;
+    }
+    EXPECT_EQ(platform::sandboxApplication("", "12:pids:/x\n1:name=systemd:/snap.a.b.scope\n0::/"),
+              "snap.a");
 }

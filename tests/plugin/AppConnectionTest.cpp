@@ -1,10 +1,12 @@
 #include "plugin/AppConnection.h"
 
 #include "comm/MVCommSocketPath.h"
+#include "platform/ProcessInfo.h"
 #include "platform/RunLoop.h"
 #include "platform/StreamProcess.h"
 #include "platform/UnixSocket.h"
 #include "plugin/ProgramTable.h"
+#include "support/ChildProcess.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -12,13 +14,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -29,7 +31,7 @@ using testing::IsEmpty;
 namespace {
 
 platform::StreamProcess playerOf(std::uint32_t pid) {
-    return {pid, "player", "/opt/player/player", std::nullopt};
+    return {pid, "player", "/opt/player/player", std::nullopt, std::to_string(pid)};
 }
 
 /// The application's side of the socket, in a folder of its own.
@@ -62,6 +64,13 @@ std::string received(const FileDescriptor& socket) {
     return {bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
 }
 
+MVCommCheckinMessage checkinIn(const std::string& bytes) {
+    MVCommCheckinMessage checkin{};
+    EXPECT_EQ(bytes.size(), sizeof checkin);
+    std::memcpy(&checkin, bytes.data(), std::min(bytes.size(), sizeof checkin));
+    return checkin;
+}
+
 std::vector<float> levelsReceived(const FileDescriptor& socket) {
     const std::string bytes = received(socket);
     std::vector<float> levels;
@@ -85,6 +94,8 @@ class Commands : public AppConnection::Listener {
     std::vector<std::string> arrived;
     bool lost = false;
 };
+
+constexpr std::uint32_t client = 40;
 
 class AppConnectionTest : public testing::Test {
   protected:
@@ -123,10 +134,7 @@ TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
     process.path.assign(platform::StreamProcess::longestPath, 'p');
     const auto connection = AppConnection::open(loop_, process, commands_);
     ASSERT_NE(connection, nullptr);
-    const std::string bytes = received(application_.accept());
-    ASSERT_EQ(bytes.size(), sizeof(MVCommCheckinMessage));
-    MVCommCheckinMessage checkin{};
-    std::memcpy(&checkin, bytes.data(), sizeof checkin);
+    const MVCommCheckinMessage checkin = checkinIn(received(application_.accept()));
     EXPECT_EQ(checkin.messageID, std::uint32_t{kMVCommCheckin});
     EXPECT_EQ(checkin.pid, 321U);
     EXPECT_EQ(std::string(checkin.name), process.name);
@@ -182,7 +190,7 @@ TEST_F(AppConnectionTest, NoConnectionWithoutAnApplication) {
 
 TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
     application_.listen();
-    Program& program = table_.programOf(playerOf(321));
+    Program& program = table_.join(playerOf(321), client);
     advance({});
     const FileDescriptor peer = application_.accept();
     EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
@@ -190,14 +198,14 @@ TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
         program.report(level);
     EXPECT_THAT(levelsReceived(peer), ElementsAre(0.5F, 0.25F, 0.0F));
     program.report(1.0F);
-    table_.dropUnlessHeld(program);
+    table_.clientGone(client);
     EXPECT_THAT(levelsReceived(peer), ElementsAre(1.0F, 0.0F));
     EXPECT_THAT(gone_, ElementsAre(321U));
 }
 
 TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {
-    table_.programOf(playerOf(1));
-    table_.programOf(playerOf(2));
+    table_.join(playerOf(1), client);
+    table_.join(playerOf(2), client);
     advance({});
     application_.listen();
     advance(Backoff::longest);
@@ -218,34 +226,68 @@ TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {
     EXPECT_FALSE(application_.accept());
 }
 
-TEST_F(ProgramTableTest, TheProgramEndsWithItsProcess) {
+TEST_F(ProgramTableTest, TheProgramChecksInAnewWithTheNextOfItsProcessesAndEndsWithTheLast) {
     application_.listen();
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::pause();
-        ::_exit(0);
-    }
-    platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(child));
-    process.startTime = 1;
-    table_.dropUnlessHeld(table_.programOf(process));
+    const auto partOf = [](const support::ChildProcess& child) {
+        platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(child.pid()));
+        process.startTime = platform::processStartTime(child.pid());
+        process.identity = "one and the same";
+        return process;
+    };
+    support::ChildProcess first({"sleep", "60"});
+    support::ChildProcess second({"sleep", "60"});
+    Program& program = table_.join(partOf(first), client);
+    EXPECT_EQ(&table_.join(partOf(second), client), &program);
+    table_.clientGone(client);
     advance({});
-    EXPECT_THAT(gone_, IsEmpty());
     const FileDescriptor peer = application_.accept();
-    ::kill(child, SIGKILL);
-    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(checkinIn(received(peer)).pid, static_cast<std::uint32_t>(first.pid()));
+    EXPECT_FALSE(application_.accept());
+    program.report(0.5F);
+
+    first.stop(SIGKILL);
     advance({});
-    EXPECT_THAT(gone_, ElementsAre(process.pid));
-    EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
+    EXPECT_THAT(levelsReceived(peer), ElementsAre(0.5F, 0.0F));
     EXPECT_EQ(::recv(peer.get(), nullptr, 0, MSG_DONTWAIT), 0);
+    const FileDescriptor next = application_.accept();
+    EXPECT_EQ(checkinIn(received(next)).pid, static_cast<std::uint32_t>(second.pid()));
+    EXPECT_THAT(gone_, IsEmpty());
+
+    second.stop(SIGKILL);
+    advance({});
+    EXPECT_EQ(::recv(next.get(), nullptr, 0, MSG_DONTWAIT), 0);
+    EXPECT_THAT(gone_, ElementsAre(static_cast<std::uint32_t>(second.pid())));
 }
 
 TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {
     platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(::getpid()));
-    process.startTime = 1;
-    Program& earlier = table_.programOf(process);
-    EXPECT_EQ(&table_.programOf(process), &earlier);
-    process.startTime = 2;
-    table_.programOf(process);
+    process.startTime = platform::processStartTime(::getpid());
+    Program& earlier = table_.join(process, client);
+    EXPECT_EQ(&table_.join(process, client), &earlier);
+    process.startTime = *process.startTime + 1;
+    process.identity += " later";
+    table_.join(process, client);
     EXPECT_THAT(gone_, ElementsAre(process.pid));
     EXPECT_EQ(table_.programs().size(), 1U);
+}
+
+TEST_F(ProgramTableTest, AProgramWithoutAProcessGoesWithItsLastClientAndComesBackAsItWas) {
+    platform::StreamProcess remote = playerOf(platform::StreamProcess::lastPseudoProcess);
+    remote.identity = "one";
+    platform::StreamProcess other = remote;
+    other.identity = "two";
+    Program& one = table_.join(remote, client);
+    EXPECT_EQ(&table_.join(remote, client + 1), &one);
+    Program& two = table_.join(other, client + 2);
+    EXPECT_EQ(one.process().pid, remote.pid);
+    EXPECT_EQ(two.process().pid, platform::StreamProcess::firstPseudoProcess);
+    table_.clientGone(client);
+    EXPECT_THAT(gone_, IsEmpty());
+    table_.clientGone(client + 1);
+    table_.clientGone(client + 2);
+    EXPECT_THAT(gone_, ElementsAre(remote.pid, platform::StreamProcess::firstPseudoProcess));
+
+    EXPECT_EQ(table_.join(other, client).process().pid,
+              platform::StreamProcess::firstPseudoProcess);
+    EXPECT_EQ(table_.join(remote, client).process().pid, remote.pid);
 }

@@ -1,0 +1,19 @@
+#include "plugin/ClientClaims.h"
+
+#include <pipewire/keys.h>
+
+std::string textIn(const spa_dict& properties, const char* key) {
+    const char* const text = spa_dict_lookup(&properties, key);
+    return text != nullptr ? text : "";
+}
+
+platform::StreamClaims claimsIn(const spa_dict& properties) {
+    return {.process = textIn(properties, PW_KEY_APP_PROCESS_ID),
+            .binary = textIn(properties, PW_KEY_APP_PROCESS_BINARY),
+            .name = textIn(properties, PW_KEY_APP_NAME),
+            .host = textIn(properties, PW_KEY_APP_PROCESS_HOST),
+            .machine = textIn(properties, PW_KEY_APP_PROCESS_MACHINE_ID),
+            .api = textIn(properties, PW_KEY_CLIENT_API),
+            .serverType = textIn(properties, "pulse.server.type"),
+            .application = textIn(properties, "pipewire.access.portal.app_id")};
+}

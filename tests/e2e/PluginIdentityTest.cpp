@@ -1,0 +1,307 @@
+#include "e2e/PluginFixture.h"
+
+#include "support/PrivateFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+using support::ChildProcess;
+using support::Tone;
+using support::waitUntil;
+using testing::UnorderedElementsAreArray;
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+bool mayMakeNamespaces() {
+    return support::runCommand({"unshare", "--user", "--map-root-user", "--mount", "--pid",
+                                "--fork", "--mount-proc", "true"})
+               .status == 0;
+}
+
+/// The command in a pid namespace of its own, where it is number 1, behind the process of unshare.
+Arguments inOwnNamespace(const Arguments& command) {
+    Arguments whole{"unshare", "--user", "--map-root-user", "--mount",
+                    "--pid",   "--fork", "--kill-child",    "--mount-proc"};
+    whole.insert(whole.end(), command.begin(), command.end());
+    return whole;
+}
+
+/// The command as a flatpak runs it: in a pid namespace, and with the description of the
+/// application in its root folder, which is otherwise like ours. `root` is an empty folder.
+Arguments asFlatpak(const std::string& application, const std::filesystem::path& root,
+                    const Arguments& command) {
+    const char* const script = R"(
+        set -e
+        mount -t tmpfs sandbox "$1"
+        printf '[Application]\nname=%s\n' "$2" >"$1/.flatpak-info"
+        for entry in /*; do
+            if [ -L "$entry" ]; then
+                cp -P "$entry" "$1$entry"
+            elif [ -d "$entry" ]; then
+                mkdir "$1$entry"
+                mount --rbind "$entry" "$1$entry"
+            fi
+        done
+        root=$1
+        shift 2
+        exec chroot "$root" "$@")";
+    Arguments whole{"sh", "-c", script, "sh", root, application};
+    whole.insert(whole.end(), command.begin(), command.end());
+    return inOwnNamespace(whole);
+}
+
+/// A process of the sound server that is a sink whose sound goes through a filter to the next.
+constexpr const char* filterConfiguration = R"(
+    context.spa-libs = { support.* = support/libspa-support }
+    context.modules = [
+        { name = libpipewire-module-protocol-native }
+        { name = libpipewire-module-client-node }
+        { name = libpipewire-module-adapter }
+        { name = libpipewire-module-filter-chain
+            args = {
+                node.description = "Filter"
+                filter.graph = { nodes = [ { type = builtin name = copy label = copy } ] }
+                capture.props = { node.name = filter.in media.class = Audio/Sink }
+                playback.props = { node.name = filter.out }
+            } }
+    ])";
+
+/// A program that ends at once with its object, whatever stands before it.
+class Player {
+  public:
+    explicit Player(const Arguments& command, const ChildProcess::Options& options = {})
+        : process_(command, options) {}
+    ~Player() { process_.stop(SIGKILL); }
+
+    ChildProcess& process() noexcept { return process_; }
+    std::uint32_t pid() const { return static_cast<std::uint32_t>(process_.pid()); }
+
+    /// The number of its only child; 0 when there is none.
+    std::uint32_t childPid() const {
+        const std::string number = std::to_string(process_.pid());
+        std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+        std::uint32_t child = 0;
+        children >> child;
+        return child;
+    }
+
+  private:
+    ChildProcess process_;
+};
+
+std::string listedStreams() {
+    return support::runCommand({"pactl", "list", "sink-inputs"}).output;
+}
+
+/// How often the list of streams has the text.
+std::size_t countStreams(std::string_view text) {
+    const std::string all = listedStreams();
+    std::size_t found = 0;
+    for (std::size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1))
+        ++found;
+    return found;
+}
+
+class PluginIdentityTest : public PluginFixture {
+  protected:
+    void SetUp() override {
+        if (support::runCommand(
+                {"sox", "-n", "-r", "48000", "-c", "2", file_, "synth", "120", "sine", "440"})
+                .status != 0)
+            GTEST_FAIL() << "no sound to play";
+    }
+
+    std::vector<std::uint32_t> pids() const {
+        std::vector<std::uint32_t> all;
+        for (const MVCommConnectionProcess& program : application_->programs())
+            all.push_back(program.pid);
+        return all;
+    }
+
+    /// Waits until just these are checked in.
+    testing::AssertionResult awaitPids(const std::function<std::vector<std::uint32_t>()>& wanted) {
+        const auto isSo = [&] {
+            return testing::Matches(UnorderedElementsAreArray(wanted()))(pids());
+        };
+        if (waitUntil(isSo))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure()
+               << "checked in are " << testing::PrintToString(pids()) << ", wanted "
+               << testing::PrintToString(wanted()) << "\n"
+               << plugin_->output();
+    }
+
+    testing::AssertionResult awaitPrograms(std::size_t count) {
+        if (waitUntil([&] { return pids().size() == count; }))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure()
+               << "checked in are " << testing::PrintToString(pids()) << "\n"
+               << plugin_->output();
+    }
+
+    /// Time enough for the plug-in to have seen all that is there: another program checks in.
+    void letItSee() {
+        const Tone tone(Tone::Player::pwCat, 1000, 0.1);
+        EXPECT_TRUE(waitUntil([&] {
+            return std::ranges::count(pids(), static_cast<std::uint32_t>(tone.pid())) == 1;
+        })) << plugin_->output();
+    }
+
+    const support::PrivateFolder folder_;
+    const std::string file_ = folder_.path() / "tone.wav";
+    const std::string streamingClient_ = TONVALE_STREAMING_CLIENT;
+};
+
+} // namespace
+
+TEST_F(PluginIdentityTest, AProgramIsItsProcessWhicheverWayItPlays) {
+    const Player native({"pw-cat", "--playback", file_});
+    const Player pulse({"paplay", file_});
+    const Player alsa({"aplay", "-q", "-D", "pipewire", file_});
+    for (const auto& [player, name] :
+         {std::pair{&native, "pw-cat"}, std::pair{&pulse, "pacat"}, std::pair{&alsa, "aplay"}}) {
+        const auto program = awaitProgram(QString::fromLatin1(name));
+        EXPECT_EQ(program.pid, player->pid());
+        EXPECT_EQ(program.path.toStdString(), std::string("/usr/bin/") + name);
+    }
+    EXPECT_TRUE(awaitPrograms(3));
+}
+
+TEST_F(PluginIdentityTest, AProgramThatCountsForItselfIsFoundAmongTheProcesses) {
+    if (!mayMakeNamespaces())
+        GTEST_SKIP() << "the system lets nobody make namespaces";
+    const Player native(inOwnNamespace({"pw-cat", "--playback", file_}));
+    const Player pulse(inOwnNamespace({"paplay", file_}));
+    EXPECT_TRUE(awaitPids([&] { return std::vector{native.childPid(), pulse.childPid()}; }));
+    EXPECT_EQ(awaitProgram(QStringLiteral("pacat")).path, QStringLiteral("/usr/bin/pacat"));
+}
+
+TEST_F(PluginIdentityTest, TheProcessesOfASandboxedApplicationAreOneProgram) {
+    if (!mayMakeNamespaces())
+        GTEST_SKIP() << "the system lets nobody make namespaces";
+    const support::PrivateFolder roots[3];
+    std::optional<Player> first(std::in_place,
+                                asFlatpak("org.example.Fox", roots[0].path(), {"paplay", file_}));
+    EXPECT_TRUE(awaitPids([&] { return std::vector{first->childPid()}; }));
+    const std::uint32_t firstPid = first->childPid();
+    application_->setMute(firstPid, true);
+
+    std::optional<Player> second(std::in_place, asFlatpak("org.example.Fox", roots[1].path(),
+                                                          {"pw-cat", "--playback", file_}));
+    std::optional<Player> owl(std::in_place,
+                              asFlatpak("org.example.Owl", roots[2].path(), {"paplay", file_}));
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 3; })) << listedStreams();
+    letItSee();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{firstPid, owl->childPid()}; }));
+
+    first.reset();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{second->childPid(), owl->childPid()}; }));
+    owl.reset();
+    EXPECT_TRUE(hears(0)) << "what was asked for holds for all of the program";
+    application_->setMute(second->childPid(), false);
+    EXPECT_TRUE(
+        waitUntil([&] { return recorder_->record(std::chrono::milliseconds(200)).peak() > 0.5; }));
+    second.reset();
+    EXPECT_TRUE(awaitPids([] { return std::vector<std::uint32_t>{}; }));
+}
+
+TEST_F(PluginIdentityTest, NobodyPassesForASandboxedApplicationBySayingSo) {
+    if (!mayMakeNamespaces())
+        GTEST_SKIP() << "the system lets nobody make namespaces";
+    const support::PrivateFolder root;
+    const Player fox(asFlatpak("org.example.Fox", root.path(), {"pw-cat", "--playback", file_}));
+    EXPECT_TRUE(awaitPids([&] { return std::vector{fox.childPid()}; }));
+
+    const std::string claim =
+        "pipewire.access=flatpak pipewire.access.portal.app_id=org.example.Fox";
+    ChildProcess::Options claiming;
+    claiming.environment = {{"PULSE_PROP", claim}};
+    const Player pulse({"paplay", file_}, claiming);
+    const Player native({streamingClient_, "{ " + claim + " pipewire.sec.pid=1 }"});
+    EXPECT_TRUE(awaitPids([&] { return std::vector{fox.childPid(), pulse.pid(), native.pid()}; }));
+    application_->setMute(fox.childPid(), true);
+    EXPECT_TRUE(waitUntil([&] {
+        return recorder_->record(std::chrono::milliseconds(200)).peak() > 0.9;
+    })) << "the others are not muted";
+}
+
+TEST_F(PluginIdentityTest, AProgramKeepsItsConnectionWhileItHasNoStream) {
+    Player player({streamingClient_});
+    EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 1; }));
+    application_->setVolume(player.pid(), 50);
+    player.process().signal(SIGUSR1);
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 0; }));
+    letItSee();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
+    player.process().signal(SIGUSR2);
+    EXPECT_TRUE(waitUntil([] { return countStreams(" 50%") == 1; }))
+        << "the new stream has the program's volume";
+    player.process().stop(SIGKILL);
+    EXPECT_TRUE(awaitPids([] { return std::vector<std::uint32_t>{}; }));
+}
+
+TEST_F(PluginIdentityTest, WhatAStreamSaysLaterCountsAsWell) {
+    Player player({streamingClient_});
+    EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
+    player.process().signal(SIGHUP);
+    EXPECT_TRUE(awaitPids([] { return std::vector<std::uint32_t>{}; }));
+    EXPECT_TRUE(player.process().isRunning());
+    player.process().signal(SIGUSR2);
+    EXPECT_TRUE(awaitPids([&] { return std::vector{player.pid()}; }));
+}
+
+TEST_F(PluginIdentityTest, AClientFromElsewhereHasTheSameNumberEachTime) {
+    const std::string port = "47133";
+    const auto module =
+        support::runCommand({"pactl", "load-module", "module-native-protocol-tcp", "port=" + port});
+    ASSERT_EQ(module.status, 0);
+    ChildProcess::Options remote;
+    remote.environment = {{"PULSE_SERVER", "tcp:127.0.0.1:" + port}};
+    std::optional<Player> one(std::in_place, Arguments{"paplay", file_}, remote);
+    const Player other({"paplay", file_}, remote);
+    EXPECT_TRUE(awaitPrograms(2));
+    auto numbers = pids();
+    for (const std::uint32_t number : numbers)
+        EXPECT_GE(number, 0x40000000U);
+    plugin_.reset();
+    startPlugin();
+    EXPECT_TRUE(awaitPids([&] { return numbers; }));
+    one.reset();
+    EXPECT_TRUE(awaitPrograms(1));
+    support::runCommand({"pactl", "unload-module", module.output});
+}
+
+TEST_F(PluginIdentityTest, NoProgramIsCalledLikeTheNotificationSounds) {
+    const auto copy = folder_.path() / "coreaudiod";
+    std::filesystem::copy_file("/usr/bin/pw-cat", copy);
+    const Player player({copy, "--playback", file_});
+    const auto program = awaitProgram(QStringLiteral("coreaudiod (program)"));
+    EXPECT_EQ(program.pid, player.pid());
+    EXPECT_EQ(program.path.toStdString(), copy.string());
+}
+
+TEST_F(PluginIdentityTest, LoopbacksAndFiltersAreNoProgramsAndNeverWritten) {
+    const Player loopback({"pw-loopback"});
+    const auto configuration = folder_.path() / "filter.conf";
+    std::ofstream(configuration) << filterConfiguration;
+    const Player filter({"pipewire", "-c", configuration});
+    const auto module = support::runCommand({"pactl", "load-module", "module-loopback"});
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 3; })) << listedStreams();
+    letItSee();
+    EXPECT_TRUE(awaitPrograms(0));
+    for (const std::uint32_t pid : {loopback.pid(), filter.pid(),
+                                    static_cast<std::uint32_t>(session->processOf(
+                                        support::PrivateAudioSession::pulseService))}) {
+        application_->setVolume(pid, 10);
+        application_->setMute(pid, true);
+    }
+    letItSee();
+    EXPECT_EQ(countStreams("Mute: no"), 3U) << listedStreams();
+    EXPECT_EQ(countStreams(" 10%"), 0U) << listedStreams();
+    support::runCommand({"pactl", "unload-module", module.output});
+}
