@@ -2,33 +2,15 @@
 
 #include "platform/SystemLog.h"
 #include "plugin/AudioGraph.h"
+#include "plugin/SamplePeak.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
 
 namespace {
-
-float peakOf(const float* samples, std::size_t count) noexcept {
-    // Several maxima side by side, which the processor finds in one go.
-    constexpr std::size_t lanes = 8;
-    std::array<float, lanes> peaks{};
-    std::size_t i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            const float sample = std::fabs(samples[i + lane]);
-            peaks[lane] = sample > peaks[lane] ? sample : peaks[lane];
-        }
-    }
-    float peak = *std::max_element(peaks.begin(), peaks.end());
-    for (; i < count; ++i)
-        peak = std::max(peak, std::fabs(samples[i]));
-    return peak;
-}
 
 void raise(std::atomic<float>& peak, float measured) noexcept {
     float held = peak.load(std::memory_order_relaxed);
@@ -135,6 +117,6 @@ void MeterFilter::measure(void* data, spa_io_position* position) noexcept {
     const auto samples = static_cast<std::uint32_t>(position->clock.duration);
     for (Input* const port : rt.ports) {
         if (const void* const buffer = pw_filter_get_dsp_buffer(port, samples))
-            raise(port->peak, peakOf(static_cast<const float*>(buffer), samples));
+            raise(port->peak, samplePeak({static_cast<const float*>(buffer), samples}));
     }
 }
