@@ -1,8 +1,8 @@
-#include "GraphStream.h"
 #include "Harness.h"
 
 #include "platform/RunLoop.h"
 #include "support/ChildProcess.h"
+#include "support/GraphStream.h"
 #include "support/ListeningApplication.h"
 #include "support/PrivateAudioSession.h"
 #include "support/PrivateFolder.h"
@@ -31,8 +31,8 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-using bench::GraphStream;
 using support::ChildProcess;
+using support::GraphStream;
 using support::PrivateAudioSession;
 using Clock = platform::MonotonicClock;
 

@@ -1,5 +1,6 @@
 #include "e2e/PluginFixture.h"
 #include "plugin/PluginHost.h"
+#include "support/GraphStream.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -7,7 +8,9 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 using support::ChildProcess;
@@ -178,6 +181,29 @@ TEST_F(PluginLevelTest, ThereAreMetersOnlyWhileAProgramPlaysAndTheApplicationLis
     EXPECT_TRUE(hasMeters());
     tone.reset();
     EXPECT_TRUE(waitUntil(hasNoMeters));
+}
+
+TEST_F(PluginLevelTest, APausedProgramLeavesOneZeroAndNoMeters) {
+    const auto self = support::GraphStream::player(
+        [](std::span<float> samples) { std::fill(samples.begin(), samples.end(), 0.25F); });
+    const auto pid = static_cast<std::uint32_t>(::getpid());
+    EXPECT_TRUE(waitUntil([&] {
+        const auto programs = application_->programs();
+        return std::any_of(programs.begin(), programs.end(),
+                           [&](const auto& program) { return program.pid == pid; });
+    }));
+    EXPECT_TRUE(hasNoMeters());
+    for (int round = 0; round < 3; ++round) {
+        application_->forgetLevels();
+        self->setActive(true);
+        EXPECT_TRUE(isHeard(::getpid(), 0.25));
+        self->setActive(false);
+        EXPECT_TRUE(waitUntil(hasNoMeters));
+        const Levels& levels = application_->levelsOf(pid);
+        const auto isZero = [](const auto& each) { return each.level == 0.0F; };
+        EXPECT_TRUE(waitUntil([&] { return isZero(levels.back()); }));
+        EXPECT_EQ(std::count_if(levels.begin(), levels.end(), isZero), 1);
+    }
 }
 
 TEST_F(PluginLevelTest, NoOtherMixerListsMeters) {

@@ -5,7 +5,7 @@
 #include <pipewire/stream.h>
 #include <span>
 
-namespace bench {
+namespace support {
 
 /// A stream of this process in the audio graph, as close to it as a program gets: stereo, at the
 /// graph's own rate, served on the data thread in the cycle itself. The thread that made it only.
@@ -47,4 +47,4 @@ class GraphStream {
     spa_hook hook_{}; // goes with the stream
 };
 
-} // namespace bench
+} // namespace support

@@ -1,4 +1,4 @@
-#include "GraphStream.h"
+#include "support/GraphStream.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace bench {
+namespace support {
 
 namespace {
 
@@ -144,4 +144,4 @@ void GraphStream::process() {
     pw_stream_queue_buffer(stream_, taken);
 }
 
-} // namespace bench
+} // namespace support
