@@ -1,6 +1,5 @@
 #include "plugin/AudioGraph.h"
 
-#include <algorithm>
 #include <charconv>
 
 namespace {
@@ -33,15 +32,20 @@ void AudioGraph::add(const AudioGlobal& global) {
     case AudioGlobal::Kind::port: {
         const auto node = number<std::uint32_t>(global, "node.id");
         const auto place = number<std::uint32_t>(global, "port.id");
-        if (node && place && global.property("port.monitor") != "true")
-            ports_[global.id] = {*node, *place, global.property("port.direction") == "out"};
+        if (node && place && global.property("port.monitor") != "true") {
+            const Port port{*node, *place, global.property("port.direction") == "out"};
+            ports_[global.id] = port;
+            portsByNode_.insert(keyOf(global.id, port));
+        }
         break;
     }
     case AudioGlobal::Kind::link: {
         const auto source = number<std::uint32_t>(global, "link.output.node");
         const auto destination = number<std::uint32_t>(global, "link.input.node");
-        if (source && destination)
+        if (source && destination) {
             links_[global.id] = {*source, *destination};
+            linksBySource_.emplace(*source, global.id);
+        }
         break;
     }
     case AudioGlobal::Kind::client:
@@ -52,8 +56,14 @@ void AudioGraph::add(const AudioGlobal& global) {
 
 void AudioGraph::remove(std::uint32_t id) {
     nodes_.erase(id);
-    ports_.erase(id);
-    links_.erase(id);
+    if (const auto port = ports_.find(id); port != ports_.end()) {
+        portsByNode_.erase(keyOf(id, port->second));
+        ports_.erase(port);
+    }
+    if (const auto link = links_.find(id); link != links_.end()) {
+        linksBySource_.erase({link->second.source, id});
+        links_.erase(link);
+    }
 }
 
 void AudioGraph::clear() {
@@ -72,35 +82,37 @@ std::optional<std::uint32_t> AudioGraph::clientOf(std::uint32_t node) const {
 
 std::vector<std::uint32_t> AudioGraph::outputPorts(std::uint32_t node) const {
     std::vector<std::uint32_t> ports;
-    for (const auto& [id, port] : ports_) {
-        if (port.node == node && port.isOutput)
-            ports.push_back(id);
+    for (auto key = portsByNode_.lower_bound({node, true, 0, 0}); key != portsByNode_.end();
+         ++key) {
+        const auto& [owner, isOutput, number, id] = *key;
+        if (owner != node)
+            break;
+        ports.push_back(id);
     }
-    std::sort(ports.begin(), ports.end(), [this](std::uint32_t a, std::uint32_t b) {
-        return ports_.at(a).number < ports_.at(b).number;
-    });
     return ports;
 }
 
 std::optional<std::uint32_t> AudioGraph::inputPort(std::uint32_t node, std::size_t number) const {
-    for (const auto& [id, port] : ports_) {
-        if (port.node == node && !port.isOutput && port.number == number)
-            return id;
-    }
-    return std::nullopt;
+    const auto wanted = static_cast<std::uint32_t>(number);
+    const auto key = portsByNode_.lower_bound({node, false, wanted, 0});
+    if (key == portsByNode_.end())
+        return std::nullopt;
+    const auto& [owner, isOutput, place, id] = *key;
+    return owner == node && !isOutput && place == wanted ? std::optional(id) : std::nullopt;
 }
 
 std::optional<std::uint32_t> AudioGraph::sinkOf(std::uint32_t stream) const {
     std::optional<std::uint32_t> other;
-    for (const auto& [id, link] : links_) {
-        const auto destination = nodes_.find(link.destination);
-        if (link.source != stream || destination == nodes_.end() ||
-            destination->second.name == kMeterNodeName)
+    for (auto link = linksBySource_.lower_bound({stream, 0});
+         link != linksBySource_.end() && link->first == stream; ++link) {
+        const std::uint32_t to = links_.at(link->second).destination;
+        const auto destination = nodes_.find(to);
+        if (destination == nodes_.end() || destination->second.name == kMeterNodeName)
             continue;
         if (destination->second.mediaClass.starts_with("Audio/"))
-            return link.destination;
+            return to;
         if (!other)
-            other = link.destination;
+            other = to;
     }
     return other;
 }

@@ -6,6 +6,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 /// The name of the nodes that measure. Whatever feeds one of them is not heard there.
@@ -78,6 +80,15 @@ class AudioGraph {
     };
 
     std::map<std::uint32_t, Node> nodes_;
+    using PortKey = std::tuple<std::uint32_t, bool, std::uint32_t, std::uint32_t>;
+    static PortKey keyOf(std::uint32_t id, const Port& port) {
+        return {port.node, port.isOutput, port.number, id};
+    }
+
     std::map<std::uint32_t, Port> ports_;
     std::map<std::uint32_t, Link> links_;
+
+    // The same once more, so that what belongs to a node is found at once.
+    std::set<PortKey> portsByNode_;
+    std::set<std::pair<std::uint32_t, std::uint32_t>> linksBySource_;
 };

@@ -3,6 +3,8 @@
 #include "platform/SystemLog.h"
 
 #include <algorithm>
+#include <bit>
+#include <optional>
 #include <utility>
 
 using platform::MonotonicClock;
@@ -10,7 +12,7 @@ using platform::MonotonicClock;
 namespace {
 
 constexpr int mostFailures = 8; // of filters, in one connection
-constexpr int mostLinks = 3;    // for one tap
+constexpr int mostLinks = 3;    // for one tap, without anything measured between
 
 // Longer than any cycle. Without a peak for so long, nothing is played.
 constexpr std::chrono::milliseconds longestSilence{600};
@@ -20,8 +22,7 @@ constexpr std::chrono::milliseconds longestSilence{600};
 /// An input on loan from a filter, with the link to it as soon as the filter's port is known.
 class LevelMeter::Tap {
   public:
-    Tap(const MeterTap& plan, MeterFilter& filter, std::size_t input) noexcept
-        : plan_(plan), filter_(filter), input_(input) {}
+    Tap(MeterFilter& filter, std::size_t input) noexcept : filter_(filter), input_(input) {}
     ~Tap() {
         link_.reset();
         filter_.returnInput(input_);
@@ -29,54 +30,63 @@ class LevelMeter::Tap {
     Tap(const Tap&) = delete;
     Tap& operator=(const Tap&) = delete;
 
-    const MeterTap& plan() const noexcept { return plan_; }
-    const MeterFilter* filter() const noexcept { return &filter_; }
-    float peak() const noexcept { return peak_; }
+    const MeterFilter& filter() const noexcept { return filter_; }
 
-    void connect(pw_core& core, const AudioGraph& graph, const std::function<void()>& changed);
-    void collect(MonotonicClock::time_point now) noexcept;
+    void connect(pw_core& core, const MeterTap& plan, const AudioGraph& graph,
+                 const std::function<void()>& changed);
+
+    /// The peak since the last call; nothing when nothing of this stream has been measured.
+    std::optional<float> takePeak() noexcept;
 
   private:
-    const MeterTap plan_;
     MeterFilter& filter_;
     const std::size_t input_;
     std::unique_ptr<MeterLink> link_;
     int linksMade_ = 0;
     bool listening_ = false;
-    float peak_ = 0.0F;
-    MonotonicClock::time_point measured_;
 };
 
-void LevelMeter::Tap::connect(pw_core& core, const AudioGraph& graph,
+void LevelMeter::Tap::connect(pw_core& core, const MeterTap& plan, const AudioGraph& graph,
                               const std::function<void()>& changed) {
     if (link_ != nullptr && link_->isLost())
         link_.reset();
+    if (link_ != nullptr) {
+        // Up to now the input may have held a peak of the stream that had it before.
+        if (link_->isMade() && !std::exchange(listening_, true))
+            filter_.takePeak(input_);
+        return;
+    }
     const auto node = filter_.nodeId();
     const auto port = node ? graph.inputPort(*node, input_) : std::nullopt;
-    if (link_ != nullptr || !port || linksMade_ == mostLinks)
+    if (!port || linksMade_ == mostLinks)
         return;
     if (++linksMade_ == mostLinks)
         platform::systemLog(platform::LogPriority::warning,
-                            "The level of stream %u can't be measured reliably", plan_.stream);
+                            "The level of stream %u can't be measured reliably", plan.stream);
     listening_ = false;
-    link_ = std::make_unique<MeterLink>(
-        core, MeterLink::Ends{plan_.stream, plan_.port, *node, *port}, changed);
+    link_ = std::make_unique<MeterLink>(core, MeterLink::Ends{plan.stream, plan.port, *node, *port},
+                                        changed);
 }
 
-void LevelMeter::Tap::collect(MonotonicClock::time_point now) noexcept {
-    if (link_ == nullptr || !link_->isMade())
-        return;
+std::optional<float> LevelMeter::Tap::takePeak() noexcept {
+    if (!listening_)
+        return std::nullopt;
     const auto peak = filter_.takePeak(input_);
-    // Up to now the input may have held a peak of the stream that had it before.
-    if (!std::exchange(listening_, true))
-        return;
-    if (peak) {
-        peak_ = *peak;
-        measured_ = now;
-    } else if (now - measured_ > longestSilence) {
-        peak_ = 0.0F;
-    }
+    if (peak)
+        linksMade_ = 0;
+    return peak;
 }
+
+struct LevelMeter::Channel {
+    MeterTap plan;
+    std::unique_ptr<Tap> tap;
+    MonotonicClock::time_point measured;
+};
+
+struct LevelMeter::Stream {
+    std::vector<Channel> channels;
+    std::vector<ChannelPeak> peaks; // one for each channel
+};
 
 LevelMeter::LevelMeter(pw_core& core, std::function<void()> changed)
     : core_(core), changed_(std::move(changed)) {}
@@ -85,75 +95,153 @@ LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph) {
     dropBroken();
-    dropUnwanted(wanted);
-    addMissing(wanted);
+    takeOver(wanted);
+    makeRoom();
+    for (auto& [id, stream] : streams_) {
+        for (Channel& channel : stream.channels)
+            tap(channel, graph);
+    }
     dropIdleFilters();
-    for (const auto& tap : taps_)
-        tap->connect(core_, graph, changed_);
+}
+
+void LevelMeter::rebuild() {
+    for (auto& [id, stream] : streams_) {
+        for (Channel& channel : stream.channels)
+            channel.tap.reset();
+    }
+    filters_.clear();
+    failures_ = 0;
 }
 
 void LevelMeter::collect() {
     const auto now = MonotonicClock::now();
-    for (const auto& tap : taps_)
-        tap->collect(now);
+    for (auto& [id, stream] : streams_) {
+        for (std::size_t i = 0; i < stream.channels.size(); ++i) {
+            Channel& channel = stream.channels[i];
+            float& peak = stream.peaks[i].peak;
+            const auto taken =
+                channel.tap != nullptr ? channel.tap->takePeak() : std::optional<float>();
+            if (taken) {
+                peak = *taken;
+                channel.measured = now;
+            } else if (peak > 0.0F && now - channel.measured > longestSilence) {
+                peak = 0.0F;
+            }
+        }
+    }
 }
 
-std::vector<ChannelPeak> LevelMeter::peaksOf(std::uint32_t stream) const {
-    std::vector<ChannelPeak> peaks;
-    for (const auto& tap : taps_) {
-        if (tap->plan().stream == stream)
-            peaks.push_back({tap->plan().channel, tap->peak()});
-    }
-    return peaks;
+std::span<const ChannelPeak> LevelMeter::peaksOf(std::uint32_t stream) const {
+    const auto found = streams_.find(stream);
+    return found != streams_.end() ? std::span<const ChannelPeak>(found->second.peaks)
+                                   : std::span<const ChannelPeak>();
 }
 
 void LevelMeter::dropBroken() {
-    std::erase_if(taps_, [](const auto& tap) { return tap->filter()->isBroken(); });
-    failures_ += static_cast<int>(
-        std::erase_if(filters_, [](const auto& each) { return each.filter->isBroken(); }));
-}
-
-void LevelMeter::dropUnwanted(const std::vector<MeterTap>& wanted) {
-    std::erase_if(taps_, [&wanted](const auto& tap) {
-        return std::find(wanted.begin(), wanted.end(), tap->plan()) == wanted.end();
-    });
-}
-
-void LevelMeter::addMissing(const std::vector<MeterTap>& wanted) {
-    for (const MeterTap& plan : wanted) {
-        const bool present = std::any_of(taps_.begin(), taps_.end(),
-                                         [&plan](const auto& tap) { return tap->plan() == plan; });
-        if (present)
-            continue;
-        if (auto tap = makeTap(plan))
-            taps_.push_back(std::move(tap));
-    }
-}
-
-std::unique_ptr<LevelMeter::Tap> LevelMeter::makeTap(const MeterTap& wanted) {
+    std::vector<const MeterFilter*> broken;
     for (const SinkFilter& each : filters_) {
-        if (each.sink != wanted.sink)
-            continue;
-        if (const auto input = each.filter->borrowInput())
-            return std::make_unique<Tap>(wanted, *each.filter, *input);
+        if (each.filter->isBroken())
+            broken.push_back(each.filter.get());
     }
+    for (const MeterFilter* const filter : broken)
+        dropFilter(*filter);
+    failures_ += static_cast<int>(broken.size());
+}
+
+/// A channel that is wanted still keeps its tap, and one that is to be measured elsewhere its peak,
+/// so that nothing shows of the change.
+void LevelMeter::takeOver(const std::vector<MeterTap>& wanted) {
+    std::map<std::uint32_t, Stream> streams;
+    for (const MeterTap& plan : wanted) {
+        Stream& stream = streams[plan.stream];
+        Channel channel{plan, nullptr, {}};
+        float peak = 0.0F;
+        const auto known = streams_.find(plan.stream);
+        const std::size_t place = stream.channels.size();
+        if (known != streams_.end() && place < known->second.channels.size()) {
+            Channel& before = known->second.channels[place];
+            peak = known->second.peaks[place].peak;
+            channel.measured = before.measured;
+            if (before.plan == plan)
+                channel.tap = std::move(before.tap);
+        }
+        stream.channels.push_back(std::move(channel));
+        stream.peaks.push_back({plan.channel, peak});
+    }
+    streams_ = std::move(streams);
+}
+
+void LevelMeter::makeRoom() {
+    std::map<std::uint32_t, std::size_t> wanted; // inputs by sink
+    for (const auto& [id, stream] : streams_) {
+        for (const Channel& channel : stream.channels)
+            ++wanted[channel.plan.sink];
+    }
+    for (const auto& [sink, inputs] : wanted)
+        makeRoomAt(sink, inputs);
+}
+
+/// All filters of a sink but one are as large as can be; that one grows by being replaced.
+void LevelMeter::makeRoomAt(std::uint32_t sink, std::size_t needed) {
+    std::size_t present = 0;
+    const MeterFilter* small = nullptr;
+    for (const SinkFilter& each : filters_) {
+        if (each.sink != sink)
+            continue;
+        present += each.filter->inputs();
+        if (each.filter->inputs() < MeterFilter::mostInputs)
+            small = each.filter.get();
+    }
+    if (present >= needed)
+        return;
+    if (small != nullptr) {
+        present -= small->inputs();
+        dropFilter(*small);
+    }
+    while (present < needed) {
+        const std::size_t inputs =
+            std::min(std::bit_ceil(needed - present), MeterFilter::mostInputs);
+        if (!addFilter(sink, inputs))
+            return;
+        present += inputs;
+    }
+}
+
+bool LevelMeter::addFilter(std::uint32_t sink, std::size_t inputs) {
     if (failures_ >= mostFailures)
-        return nullptr;
-    auto filter = MeterFilter::create(core_, changed_);
+        return false;
+    auto filter = MeterFilter::create(core_, inputs, changed_);
     if (filter == nullptr) {
         ++failures_;
-        return nullptr;
+        return false;
     }
-    const auto input = filter->borrowInput();
-    auto tap = std::make_unique<Tap>(wanted, *filter, input.value());
-    filters_.push_back({wanted.sink, std::move(filter)});
-    return tap;
+    filters_.push_back({sink, std::move(filter)});
+    return true;
+}
+
+void LevelMeter::dropFilter(const MeterFilter& filter) {
+    for (auto& [id, stream] : streams_) {
+        for (Channel& channel : stream.channels) {
+            if (channel.tap != nullptr && &channel.tap->filter() == &filter)
+                channel.tap.reset();
+        }
+    }
+    std::erase_if(filters_, [&filter](const auto& each) { return each.filter.get() == &filter; });
+}
+
+void LevelMeter::tap(Channel& channel, const AudioGraph& graph) {
+    for (auto each = filters_.begin(); channel.tap == nullptr && each != filters_.end(); ++each) {
+        if (each->sink != channel.plan.sink)
+            continue;
+        if (const auto input = each->filter->borrowInput())
+            channel.tap = std::make_unique<Tap>(*each->filter, *input);
+    }
+    if (channel.tap != nullptr)
+        channel.tap->connect(core_, channel.plan, graph, changed_);
 }
 
 void LevelMeter::dropIdleFilters() {
-    std::erase_if(filters_, [this](const SinkFilter& each) {
-        return std::none_of(taps_.begin(), taps_.end(), [&each](const auto& tap) {
-            return tap->filter() == each.filter.get();
-        });
+    std::erase_if(filters_, [](const SinkFilter& each) {
+        return each.filter->freeInputs() == each.filter->inputs();
     });
 }

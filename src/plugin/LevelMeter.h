@@ -7,8 +7,9 @@
 #include "plugin/StreamVolume.h"
 
 #include <functional>
+#include <map>
 #include <memory>
-#include <optional>
+#include <span>
 #include <vector>
 
 /// Measures the peaks of streams, each channel by itself, at an input of a meter filter. Streams of
@@ -23,32 +24,42 @@ class LevelMeter {
     LevelMeter& operator=(const LevelMeter&) = delete;
 
     /// Goes a step towards measuring `wanted` and nothing else; the filters' own ports are looked
-    /// up in `graph`.
+    /// up in `graph`. Without anything wanted nothing of ours is left in the server. The taps of a
+    /// stream must follow each other in the order of its channels.
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
+
+    /// Drops all that is in the server, whatever state it is in; the next reconcile() makes it
+    /// anew. Peaks hold meanwhile.
+    void rebuild();
 
     /// Takes what has been measured since the last call.
     void collect();
 
-    /// What collect() took last. Within a cycle longer than the time between two calls, that of the
-    /// last cycle.
-    std::vector<ChannelPeak> peaksOf(std::uint32_t stream) const;
+    /// What collect() took last, valid until the next reconcile(). Within a cycle longer than the
+    /// time between two calls, that of the last cycle.
+    std::span<const ChannelPeak> peaksOf(std::uint32_t stream) const;
 
   private:
     class Tap;
+    struct Channel;
+    struct Stream;
     struct SinkFilter {
         std::uint32_t sink;
         std::unique_ptr<MeterFilter> filter;
     };
 
     void dropBroken();
-    void dropUnwanted(const std::vector<MeterTap>& wanted);
-    void addMissing(const std::vector<MeterTap>& wanted);
-    std::unique_ptr<Tap> makeTap(const MeterTap& wanted);
+    void takeOver(const std::vector<MeterTap>& wanted);
+    void makeRoom();
+    void makeRoomAt(std::uint32_t sink, std::size_t needed);
+    bool addFilter(std::uint32_t sink, std::size_t inputs);
+    void dropFilter(const MeterFilter& filter);
+    void tap(Channel& channel, const AudioGraph& graph);
     void dropIdleFilters();
 
     pw_core& core_;
     const std::function<void()> changed_;
     int failures_ = 0;
     std::vector<SinkFilter> filters_;
-    std::vector<std::unique_ptr<Tap>> taps_; // go before the filters
+    std::map<std::uint32_t, Stream> streams_; // their taps go before the filters
 };

@@ -2,22 +2,15 @@
 
 #include "platform/SystemLog.h"
 #include "plugin/AudioGraph.h"
+#include "plugin/SamplePeak.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
 
 namespace {
-
-float peakOf(const float* samples, std::size_t count) noexcept {
-    float peak = 0.0F;
-    for (std::size_t i = 0; i < count; ++i)
-        peak = std::max(peak, std::fabs(samples[i]));
-    return peak;
-}
 
 void raise(std::atomic<float>& peak, float measured) noexcept {
     float held = peak.load(std::memory_order_relaxed);
@@ -40,12 +33,14 @@ const pw_filter_events MeterFilter::filterEvents = [] {
     return events;
 }();
 
-MeterFilter::MeterFilter(std::function<void()> changed) : changed_(std::move(changed)) {}
+MeterFilter::MeterFilter(std::size_t inputs, std::function<void()> changed)
+    : changed_(std::move(changed)), borrowed_(std::clamp(inputs, fewestInputs, mostInputs)) {}
 
 MeterFilter::~MeterFilter() = default;
 
-std::unique_ptr<MeterFilter> MeterFilter::create(pw_core& core, std::function<void()> changed) {
-    std::unique_ptr<MeterFilter> filter(new MeterFilter(std::move(changed)));
+std::unique_ptr<MeterFilter> MeterFilter::create(pw_core& core, std::size_t inputs,
+                                                 std::function<void()> changed) {
+    std::unique_ptr<MeterFilter> filter(new MeterFilter(inputs, std::move(changed)));
     const int result = filter->connect(core);
     if (result >= 0)
         return filter;
@@ -69,7 +64,8 @@ int MeterFilter::connect(pw_core& core) {
 }
 
 bool MeterFilter::addInputs() {
-    for (std::size_t i = 0; i < inputs; ++i) {
+    rt_.ports.reserve(inputs());
+    for (std::size_t i = 0; i < inputs(); ++i) {
         pw_properties* const properties =
             pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME,
                               ("input_" + std::to_string(i)).c_str(), nullptr);
@@ -78,7 +74,8 @@ bool MeterFilter::addInputs() {
                                sizeof(Input), properties, nullptr, 0);
         if (port == nullptr)
             return false;
-        rt_.ports[i] = new (port) Input; // trivially destructible: its memory goes with the port
+        // Trivially destructible: its memory goes with the port.
+        rt_.ports.push_back(new (port) Input);
     }
     return true;
 }
@@ -95,6 +92,10 @@ void MeterFilter::stateChanged(pw_filter_state state, const char* error) {
         broken_ = true;
     }
     changed_();
+}
+
+std::size_t MeterFilter::freeInputs() const noexcept {
+    return static_cast<std::size_t>(std::count(borrowed_.begin(), borrowed_.end(), false));
 }
 
 std::optional<std::size_t> MeterFilter::borrowInput() noexcept {
@@ -116,6 +117,6 @@ void MeterFilter::measure(void* data, spa_io_position* position) noexcept {
     const auto samples = static_cast<std::uint32_t>(position->clock.duration);
     for (Input* const port : rt.ports) {
         if (const void* const buffer = pw_filter_get_dsp_buffer(port, samples))
-            raise(port->peak, peakOf(static_cast<const float*>(buffer), samples));
+            raise(port->peak, samplePeak({static_cast<const float*>(buffer), samples}));
     }
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -10,19 +9,24 @@
 #include <pipewire/filter.h>
 #include <pipewire/keys.h>
 #include <spa/utils/hook.h>
+#include <vector>
 
-/// A node of the sound server with a fixed number of mono inputs that measures the peak of what
-/// comes in at each. It is no recording stream: it has no media class and makes no sound server
-/// run. Inputs are lent out one by one; all exist before the node is connected and go with it, so
-/// that the data thread never sees a list change. The run loop's thread only; must go before the
-/// server's connection does.
+/// A node of the sound server with mono inputs that measures the peak of what comes in at each. It
+/// is no recording stream: it has no media class and makes no sound server run. Inputs are lent out
+/// one by one; all exist before the node is connected and go with it, so that the data thread never
+/// sees a list change. The run loop's thread only; must go before the server's connection does.
 class MeterFilter {
   public:
-    static constexpr std::size_t inputs = 16;
+    /// The sound server wakes us for each filter in each cycle, so few large ones cost less than
+    /// many small ones. But each input is an object that every client of the server hears of.
+    static constexpr std::size_t fewestInputs = 8;
+    static constexpr std::size_t mostInputs = 64;
 
-    /// `changed` is called when nodeId() or isBroken() may answer something else; it must not
-    /// destroy the filter. Null, after a line in the log, when the server refuses.
-    static std::unique_ptr<MeterFilter> create(pw_core& core, std::function<void()> changed);
+    /// `inputs` is brought within the bounds. `changed` is called when nodeId() or isBroken() may
+    /// answer something else; it must not destroy the filter. Null, after a line in the log, when
+    /// the server refuses.
+    static std::unique_ptr<MeterFilter> create(pw_core& core, std::size_t inputs,
+                                               std::function<void()> changed);
     ~MeterFilter();
     MeterFilter(const MeterFilter&) = delete;
     MeterFilter& operator=(const MeterFilter&) = delete;
@@ -32,6 +36,9 @@ class MeterFilter {
 
     /// Whether the server has given up on the node, which measures nothing more.
     bool isBroken() const noexcept { return broken_; }
+
+    std::size_t inputs() const noexcept { return borrowed_.size(); }
+    std::size_t freeInputs() const noexcept;
 
     /// Lends a free input; nothing when all are in use.
     std::optional<std::size_t> borrowInput() noexcept;
@@ -48,16 +55,16 @@ class MeterFilter {
         static_assert(std::atomic<float>::is_always_lock_free);
     };
 
-    /// All that the data thread touches. The array is filled before the node is connected.
+    /// All that the data thread touches. The list is filled before the node is connected.
     struct Realtime {
-        std::array<Input*, inputs> ports{};
+        std::vector<Input*> ports;
     };
 
     struct FilterDeleter {
         void operator()(pw_filter* filter) const noexcept { pw_filter_destroy(filter); }
     };
 
-    explicit MeterFilter(std::function<void()> changed);
+    MeterFilter(std::size_t inputs, std::function<void()> changed);
     int connect(pw_core& core);
     bool addInputs();
     void stateChanged(pw_filter_state state, const char* error);
@@ -71,7 +78,7 @@ class MeterFilter {
 
     // The run loop's thread only.
     const std::function<void()> changed_;
-    std::array<bool, inputs> borrowed_{};
+    std::vector<bool> borrowed_; // by input
     bool broken_ = false;
     spa_hook hook_{}; // the filter leaves it when it goes; the data thread may use it until then
     std::unique_ptr<pw_filter, FilterDeleter> filter_;

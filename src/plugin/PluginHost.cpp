@@ -1,24 +1,12 @@
 #include "plugin/PluginHost.h"
 
 #include "platform/ProcessInfo.h"
-#include "platform/Timer.h"
 #include "plugin/ProgramName.h"
 
-#include <algorithm>
 #include <utility>
 
-namespace {
-
-// 26 levels a second: the application counts a program as silent 0.1 s after the last one.
-constexpr std::chrono::milliseconds reportingPeriod{38};
-
-} // namespace
-
 PluginHost::PluginHost(platform::RunLoop& loop)
-    : plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
-    , report_(std::make_unique<platform::Timer>(loop, [this] { reportLevels(); }))
-    , programs_(loop, *this)
-    , server_(loop, *this) {
+    : programs_(loop, *this), server_(loop, *this), levels_(loop, graph_, programs_) {
     server_.start();
 }
 
@@ -27,16 +15,15 @@ PluginHost::~PluginHost() {
 }
 
 void PluginHost::serverConnected() {
-    meter_ = std::make_unique<LevelMeter>(*server_.core(), [this] { plan_->start({}); });
+    levels_.attach(*server_.core());
 }
 
 void PluginHost::serverLost() {
     forgetServer();
-    updateReporting();
 }
 
 void PluginHost::forgetServer() {
-    meter_.reset();
+    levels_.detach();
     for (auto& [id, voice] : voices_)
         release(voice);
     voices_.clear();
@@ -58,7 +45,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         for (const auto& [id, voice] : voices_)
             watchOwner(id);
     }
-    plan_->start({});
+    levels_.review();
 }
 
 void PluginHost::globalRemoved(std::uint32_t id) {
@@ -69,7 +56,7 @@ void PluginHost::globalRemoved(std::uint32_t id) {
         voices_.erase(voice);
     }
     dropClient(id);
-    plan_->start({});
+    levels_.review();
 }
 
 void PluginHost::dropClient(std::uint32_t id) {
@@ -92,16 +79,16 @@ void PluginHost::clientDescribed(AudioClient& client) {
         if (graph_.clientOf(id) == client.id())
             identify(voice);
     }
-    plan_->start({});
+    levels_.review();
 }
 
 void PluginHost::streamDescribed(AudioStream& stream) {
     identify(voices_.at(stream.id()));
-    plan_->start({});
+    levels_.review();
 }
 
 void PluginHost::streamStateChanged(AudioStream&) {
-    updateReporting();
+    levels_.review();
 }
 
 void PluginHost::identify(Voice& voice) {
@@ -154,51 +141,9 @@ void PluginHost::programGoes(Program& program) {
         voice.program = nullptr;
         voice.orphaned = true;
     }
-    plan_->start({});
+    levels_.review();
 }
 
 void PluginHost::connectionsChanged() {
-    plan_->start({});
-    updateReporting();
-}
-
-void PluginHost::planMeters() {
-    if (meter_ == nullptr)
-        return;
-    std::set<std::uint32_t> listenedTo;
-    for (const auto& [id, voice] : voices_) {
-        if (voice.program != nullptr && voice.program->isConnected())
-            listenedTo.insert(id);
-    }
-    meter_->reconcile(graph_.planTaps(listenedTo), graph_);
-    updateReporting();
-}
-
-void PluginHost::reportLevels() {
-    if (meter_ != nullptr)
-        meter_->collect();
-    for (const auto& program : programs_.programs()) {
-        float level = 0.0F;
-        for (AudioStream* const stream : program->streams())
-            level = std::max(level, stream->level(meter_->peaksOf(stream->id())));
-        program->report(level);
-    }
-    updateReporting();
-}
-
-bool PluginHost::isAnythingToReport() const {
-    const auto runs = [](const AudioStream* stream) { return stream->isRunning(); };
-    return std::any_of(
-        programs_.programs().begin(), programs_.programs().end(), [&runs](const auto& program) {
-            const auto& streams = program->streams();
-            return program->isConnected() &&
-                   (program->isPlaying() || std::any_of(streams.begin(), streams.end(), runs));
-        });
-}
-
-void PluginHost::updateReporting() {
-    if (!isAnythingToReport())
-        report_->stop();
-    else if (!report_->isActive())
-        report_->start(reportingPeriod);
+    levels_.review();
 }

@@ -4,13 +4,12 @@
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
-#include "plugin/LevelMeter.h"
+#include "plugin/LevelReporter.h"
 #include "plugin/ProgramTable.h"
 
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
@@ -29,6 +28,9 @@ class PluginHost : private AudioServer::Listener,
 
     /// The application says that it has just been started.
     void applicationLaunched() { programs_.connectNow(); }
+
+    /// The machine has been asleep.
+    void resumed() { levels_.rebuild(); }
 
   private:
     /// A stream and whose it is: nobody's until it is identified, and again when its process ended.
@@ -61,17 +63,11 @@ class PluginHost : private AudioServer::Listener,
     void identify(Voice& voice);
     std::optional<platform::StreamProcess> processOf(const AudioStream& stream) const;
     void release(Voice& voice);
-    void planMeters();
-    void reportLevels();
-    bool isAnythingToReport() const;
-    void updateReporting();
 
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
-    const std::unique_ptr<platform::Timer> plan_;
-    const std::unique_ptr<platform::Timer> report_;
     ProgramTable programs_;
     AudioServer server_;
-    std::unique_ptr<LevelMeter> meter_; // while there is a server
+    LevelReporter levels_; // goes before the server
 };

@@ -85,6 +85,16 @@ TEST_F(AudioGraphTest, AMovedStreamIsMeasuredAtItsNewSink) {
     EXPECT_EQ(graph_.planTaps({stream}).at(0).sink, otherSink);
 }
 
+TEST_F(AudioGraphTest, AStreamWhoseChannelsChangeIsMeasuredAtItsNewPorts) {
+    addLink(30, stream, sink);
+    graph_.remove(left);
+    graph_.remove(right);
+    EXPECT_THAT(graph_.planTaps({stream}), IsEmpty());
+    addPort(right, otherSink, 0, "in"); // its number has gone to another node
+    addPort(60, stream, 0, "out");
+    EXPECT_THAT(graph_.planTaps({stream}), ElementsAre(MeterTap{stream, 60, sink, 0}));
+}
+
 TEST_F(AudioGraphTest, NumbersAreUsedAgainForOtherKindsOfObjects) {
     addLink(stream, otherSink, sink); // the number of the stream, whose removal was not announced
     EXPECT_FALSE(graph_.isOutputStream(stream));

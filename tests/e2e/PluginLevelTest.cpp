@@ -1,0 +1,268 @@
+#include "e2e/PluginFixture.h"
+#include "plugin/PluginHost.h"
+#include "support/GraphStream.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+using support::ChildProcess;
+using support::PrivateAudioSession;
+using support::runCommand;
+using support::Tone;
+using support::waitUntil;
+
+namespace {
+
+const QString player = QStringLiteral("pw-cat");
+
+class PluginLevelTest : public PluginFixture {
+  protected:
+    using Levels = std::vector<support::ListeningApplication::Level>;
+
+    const Levels& levelsOf(const MVCommConnectionProcess& program) {
+        return application_->levelsOf(program.pid);
+    }
+
+    static bool isNear(float level, double wanted) {
+        return std::abs(static_cast<double>(level) - wanted) <= 0.05 * wanted;
+    }
+
+    /// Waits until the last `count` levels fulfil `condition`.
+    template <typename Condition>
+    bool levelsAre(const MVCommConnectionProcess& program, std::size_t count, Condition condition) {
+        return waitUntil([&] {
+            const Levels& levels = levelsOf(program);
+            return levels.size() >= count &&
+                   std::all_of(levels.end() - static_cast<std::ptrdiff_t>(count), levels.end(),
+                               [&](const auto& each) { return condition(each.level); });
+        });
+    }
+
+    bool levelIs(const MVCommConnectionProcess& program, double wanted, std::size_t count = 5) {
+        return levelsAre(program, count, [&](float level) { return isNear(level, wanted); });
+    }
+
+    /// Waits until a level of the process is near what is wanted.
+    bool isHeard(pid_t process, double wanted) {
+        return waitUntil([&] {
+            const Levels& levels = application_->levelsOf(static_cast<std::uint32_t>(process));
+            return std::any_of(levels.begin(), levels.end(),
+                               [&](const auto& each) { return isNear(each.level, wanted); });
+        });
+    }
+
+    struct Node {
+        QString name;
+        QString mediaClass;
+        qint64 serial;
+        int id;
+
+        bool operator==(const Node&) const = default;
+    };
+
+    static std::vector<Node> nodesInServer() {
+        std::vector<Node> nodes;
+        const auto dump = QJsonDocument::fromJson(runCommand({"pw-dump"}).output.c_str()).array();
+        for (const auto& object : dump) {
+            const QJsonObject properties = object[u"info"][u"props"].toObject();
+            if (object[u"type"].toString().endsWith(u"Node"))
+                nodes.push_back({properties[u"node.name"].toString(),
+                                 properties[u"media.class"].toString(),
+                                 properties[u"object.serial"].toInteger(), object[u"id"].toInt()});
+        }
+        EXPECT_FALSE(nodes.empty());
+        return nodes;
+    }
+    static std::vector<Node> nodesNamed(const QString& name) {
+        std::vector<Node> nodes = nodesInServer();
+        std::erase_if(nodes, [&name](const Node& node) { return node.name != name; });
+        return nodes;
+    }
+    static std::vector<Node> metersInServer() {
+        return nodesNamed(QStringLiteral("tonvale-meter"));
+    }
+    static bool hasMeters() { return !metersInServer().empty(); }
+    static bool hasNoMeters() { return metersInServer().empty(); }
+
+    static std::ptrdiff_t lines(const std::string& text) {
+        return std::count(text.begin(), text.end(), '\n');
+    }
+
+    /// Puts another sink of the same name in the place of the session's.
+    static void makeSinkAnew() {
+        for (const Node& node : nodesNamed(QLatin1String(PrivateAudioSession::sink)))
+            runCommand({"pw-cli", "destroy", std::to_string(node.id)});
+        const std::string name = std::string("sink_name=") + PrivateAudioSession::sink;
+        EXPECT_EQ(
+            runCommand({"pactl", "load-module", "module-null-sink", name, "rate=48000"}).status, 0);
+    }
+
+    static void setCycle(const std::string& samples) {
+        ASSERT_EQ(runCommand({"pw-metadata", "-n", "settings", "0", "clock.force-quantum", samples})
+                      .status,
+                  0);
+    }
+};
+
+} // namespace
+
+TEST_F(PluginLevelTest, LevelsAreThoseBeforeTheVolumeHoweverItChanges) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    EXPECT_TRUE(levelIs(program, tonePeak));
+    for (const int percent : {50, 10, 80}) {
+        application_->forgetLevels();
+        application_->setVolume(program.pid, percent);
+        EXPECT_TRUE(hears(tonePeak * gainOf(percent)));
+        EXPECT_TRUE(levelIs(program, tonePeak)) << percent;
+        for (const auto& each : levelsOf(program))
+            EXPECT_FALSE(each.level > 0.0F && !isNear(each.level, tonePeak))
+                << each.level << " at " << percent << " %";
+    }
+}
+
+TEST_F(PluginLevelTest, AProgramThatIsSilencedAndPlaysOnShowsAsPlaying) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    EXPECT_TRUE(levelIs(program, tonePeak));
+    const auto isSmall = [](float level) { return level > 0.0F && level < 0.1F; };
+
+    application_->setMute(program.pid, true);
+    EXPECT_TRUE(hears(0));
+    EXPECT_TRUE(levelsAre(program, 25, isSmall));
+    application_->setMute(program.pid, false);
+    EXPECT_TRUE(levelIs(program, tonePeak));
+
+    application_->setVolume(program.pid, 0);
+    EXPECT_TRUE(hears(0));
+    EXPECT_TRUE(levelsAre(program, 25, isSmall));
+    application_->setVolume(program.pid, 100);
+    EXPECT_TRUE(levelIs(program, tonePeak));
+}
+
+TEST_F(PluginLevelTest, TheApplicationHearsNoSilenceBeforeTheEndAndThenOneZero) {
+    std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    EXPECT_TRUE(levelIs(program, tonePeak, 75));
+    tone.reset();
+    EXPECT_TRUE(waitUntil([&] { return !application_->program(player); }));
+    const Levels levels = levelsOf(program);
+    ASSERT_GE(levels.size(), 2U);
+    EXPECT_EQ(levels.back().level, 0.0F);
+    EXPECT_GT(levels[levels.size() - 2].level, 0.0F);
+}
+
+TEST_F(PluginLevelTest, ACycleThatIsLongerThanTheApplicationsPatienceMakesNoSilence) {
+    setCycle("8192"); // 171 ms
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    EXPECT_TRUE(levelIs(program, tonePeak, 50));
+    setCycle("0");
+    EXPECT_TRUE(levelIs(program, tonePeak, 50));
+}
+
+TEST_F(PluginLevelTest, ThereAreMetersOnlyWhileAProgramPlaysAndTheApplicationListens) {
+    EXPECT_TRUE(hasNoMeters());
+    std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
+    EXPECT_TRUE(waitUntil(hasMeters));
+    application_.reset();
+    EXPECT_TRUE(waitUntil(hasNoMeters));
+    EXPECT_TRUE(hears(tonePeak)) << "the program plays on";
+    application_.emplace();
+    EXPECT_TRUE(levelIs(awaitProgram(player), tonePeak));
+    EXPECT_TRUE(hasMeters());
+    tone.reset();
+    EXPECT_TRUE(waitUntil(hasNoMeters));
+}
+
+TEST_F(PluginLevelTest, APausedProgramLeavesOneZeroAndNoMeters) {
+    const auto self = support::GraphStream::player(
+        [](std::span<float> samples) { std::fill(samples.begin(), samples.end(), 0.25F); });
+    const auto pid = static_cast<std::uint32_t>(::getpid());
+    EXPECT_TRUE(waitUntil([&] {
+        const auto programs = application_->programs();
+        return std::any_of(programs.begin(), programs.end(),
+                           [&](const auto& program) { return program.pid == pid; });
+    }));
+    EXPECT_TRUE(hasNoMeters());
+    for (int round = 0; round < 3; ++round) {
+        application_->forgetLevels();
+        self->setActive(true);
+        EXPECT_TRUE(isHeard(::getpid(), 0.25));
+        self->setActive(false);
+        EXPECT_TRUE(waitUntil(hasNoMeters));
+        const Levels& levels = application_->levelsOf(pid);
+        const auto isZero = [](const auto& each) { return each.level == 0.0F; };
+        EXPECT_TRUE(waitUntil([&] { return isZero(levels.back()); }));
+        EXPECT_EQ(std::count_if(levels.begin(), levels.end(), isZero), 1);
+    }
+}
+
+TEST_F(PluginLevelTest, NoOtherMixerListsMeters) {
+    recorder_.reset();
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    EXPECT_TRUE(levelIs(awaitProgram(player), tonePeak));
+    EXPECT_EQ(runCommand({"pactl", "list", "short", "source-outputs"}).output, "");
+    EXPECT_EQ(lines(runCommand({"pactl", "list", "short", "sink-inputs"}).output), 1);
+    ASSERT_TRUE(hasMeters());
+    for (const Node& meter : metersInServer())
+        EXPECT_EQ(meter.mediaClass, QString());
+}
+
+TEST_F(PluginLevelTest, LevelsComeAgainAfterServicesHaveBeenRestarted) {
+    recorder_.reset(); // does not survive it
+    std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
+    EXPECT_TRUE(levelIs(awaitProgram(player), tonePeak));
+
+    // This session manager serves neither sinks nor streams that another one has set up.
+    session->stop(PrivateAudioSession::sessionManager);
+    makeSinkAnew();
+    session->start(PrivateAudioSession::sessionManager);
+    tone.emplace(Tone::Player::pwCat, toneFrequency, tonePeak);
+    EXPECT_TRUE(isHeard(tone->pid(), tonePeak)) << plugin_->output();
+
+    session->restart(PrivateAudioSession::server);
+    tone.emplace(Tone::Player::pwCat, toneFrequency, tonePeak);
+    EXPECT_TRUE(isHeard(tone->pid(), tonePeak)) << plugin_->output();
+}
+
+TEST_F(PluginLevelTest, AfterSleepMetersAreMadeAnewAndTheApplicationNoticesNothing) {
+    plugin_.reset();
+    PluginHost plugin(loop_);
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    EXPECT_TRUE(levelIs(program, tonePeak));
+    const auto before = metersInServer();
+    ASSERT_FALSE(before.empty());
+
+    application_->forgetLevels();
+    plugin.resumed();
+    EXPECT_TRUE(waitUntil([&] {
+        const auto now = metersInServer();
+        return !now.empty() && now != before;
+    }));
+    const auto isTone = [](const auto& each) { return isNear(each.level, tonePeak); };
+    EXPECT_TRUE(waitUntil([&] { return levelsOf(program).size() >= 50; }));
+    EXPECT_TRUE(std::all_of(levelsOf(program).begin(), levelsOf(program).end(), isTone));
+}
+
+TEST_F(PluginLevelTest, ManyProgramsPlayAtOnce) {
+    constexpr std::size_t programs = 64;
+    recorder_.reset(); // the machine has enough to do
+    std::vector<std::unique_ptr<ChildProcess>> players;
+    while (players.size() < programs)
+        players.push_back(std::make_unique<ChildProcess>(
+            std::vector<std::string>{"paplay", "--raw", "/dev/urandom"}));
+    for (const auto& each : players)
+        EXPECT_TRUE(isHeard(each->pid(), 1)) << plugin_->output();
+    players.clear();
+    EXPECT_TRUE(waitUntil(hasNoMeters));
+}
