@@ -34,7 +34,8 @@ void AudioGraph::add(const AudioGlobal& global) {
     case AudioGlobal::Kind::node:
         nodes_[global.id] = {global.property("media.class"), global.property("node.name"),
                              global.property("application.name"),
-                             number<std::uint32_t>(global, "client.id")};
+                             number<std::uint32_t>(global, "client.id"),
+                             global.property("media.role")};
         break;
     case AudioGlobal::Kind::port: {
         const auto node = number<std::uint32_t>(global, "node.id");
@@ -50,6 +51,7 @@ void AudioGraph::add(const AudioGlobal& global) {
             links_[global.id] = {*source, *destination};
         break;
     }
+    case AudioGlobal::Kind::metadata:
     case AudioGlobal::Kind::other:
         break;
     }
@@ -69,6 +71,11 @@ void AudioGraph::clear() {
 bool AudioGraph::isOutputStream(std::uint32_t node) const {
     const auto found = nodes_.find(node);
     return found != nodes_.end() && found->second.mediaClass == "Stream/Output/Audio";
+}
+
+std::string AudioGraph::roleOf(std::uint32_t node) const {
+    const auto found = nodes_.find(node);
+    return found != nodes_.end() ? found->second.role : "";
 }
 
 platform::StreamEvidence AudioGraph::evidenceOf(std::uint32_t node) const {

@@ -67,8 +67,10 @@ void AudioStream::informed(const pw_node_info& info) {
         claims.nodeApi = textIn(*info.props, PW_KEY_CLIENT_API);
         claims.applicationName = textIn(*info.props, PW_KEY_APP_NAME);
         internal_ = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
-        if (!described_ || claims != claims_) {
+        std::string role = textIn(*info.props, PW_KEY_MEDIA_ROLE);
+        if (!described_ || claims != claims_ || role != role_) {
             claims_ = std::move(claims);
+            role_ = std::move(role);
             described_ = true;
             listener_.streamDescribed(*this);
         }
@@ -121,10 +123,10 @@ void AudioStream::write(const WantedVolume& change) {
     if (node_ == nullptr || change.isEmpty())
         return;
     std::optional<std::vector<float>> volumes;
-    if (change.percent) {
+    if (change.gain) {
         const std::size_t channels = props_->channelVolumes.size();
         volumes = balancedVolumes(balance_.size() == channels ? balance_ : std::vector<float>{},
-                                  channels, gainOfPercent(*change.percent));
+                                  channels, *change.gain);
     }
     writeStreamProps(node_.get(), volumes, change.muted);
 }

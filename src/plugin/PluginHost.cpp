@@ -16,6 +16,7 @@ PluginHost::PluginHost(platform::RunLoop& loop)
     : plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
     , report_(std::make_unique<platform::Timer>(loop, [this] { reportLevels(); }))
     , programs_(loop, *this)
+    , effects_(loop, programs_)
     , server_(loop, *this) {
     server_.start();
 }
@@ -25,6 +26,7 @@ PluginHost::~PluginHost() {
 }
 
 void PluginHost::serverConnected() {
+    effects_.serverConnected();
     meter_ = std::make_unique<LevelMeter>(*server_.core(), [this] { plan_->start({}); });
 }
 
@@ -38,12 +40,14 @@ void PluginHost::forgetServer() {
     for (auto& [id, voice] : voices_)
         release(voice);
     voices_.clear();
+    effects_.serverLost();
     graph_.clear();
 }
 
 void PluginHost::globalAdded(const AudioGlobal& global) {
     globalRemoved(global.id);
     graph_.add(global);
+    effects_.globalAdded(*server_.registry(), global);
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream =
@@ -54,6 +58,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
 
 void PluginHost::globalRemoved(std::uint32_t id) {
     graph_.remove(id);
+    effects_.globalRemoved(id);
     const auto voice = voices_.find(id);
     if (voice != voices_.end()) {
         release(voice->second);
@@ -75,19 +80,30 @@ void PluginHost::identify(Voice& voice) {
     AudioStream& stream = *voice.stream;
     if (voice.orphaned || stream.isInternal())
         return;
+    if (effects_.program() != nullptr && isNotification(stream)) {
+        give(voice, *effects_.program());
+        return;
+    }
     platform::StreamEvidence evidence = graph_.evidenceOf(stream.id());
     stream.describeTo(evidence);
     const auto process = platform::identifyStream(evidence);
     if (!process)
         return;
-    if (voice.program != nullptr) {
-        if (voice.program->process().pid == process->pid)
-            return;
-        release(voice);
-    }
-    Program& program = programs_.programOf(*process);
+    if (voice.program == nullptr || voice.program->process().pid != process->pid)
+        give(voice, programs_.programOf(*process));
+}
+
+bool PluginHost::isNotification(const AudioStream& stream) const {
+    const std::string announced = graph_.roleOf(stream.id());
+    return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
+}
+
+void PluginHost::give(Voice& voice, Program& program) {
+    if (voice.program == &program)
+        return;
+    release(voice);
     voice.program = &program;
-    program.add(stream);
+    program.add(*voice.stream);
 }
 
 void PluginHost::release(Voice& voice) {
@@ -95,10 +111,13 @@ void PluginHost::release(Voice& voice) {
     if (program == nullptr)
         return;
     program->remove(*voice.stream);
-    programs_.dropUnlessHeld(*program);
+    if (program != effects_.program())
+        programs_.dropUnlessHeld(*program);
 }
 
 void PluginHost::programGoes(Program& program) {
+    if (&program == effects_.program())
+        effects_.forgetProgram();
     for (auto& [id, voice] : voices_) {
         if (voice.program != &program)
             continue;
@@ -106,6 +125,11 @@ void PluginHost::programGoes(Program& program) {
         voice.orphaned = true;
     }
     plan_->start({});
+}
+
+void PluginHost::programCommanded(Program& program, const WantedVolume&) {
+    if (&program == effects_.program())
+        effects_.commanded();
 }
 
 void PluginHost::connectionsChanged() {

@@ -5,6 +5,7 @@
 #include "plugin/AudioStream.h"
 #include "plugin/LevelMeter.h"
 #include "plugin/ProgramTable.h"
+#include "plugin/SoundEffects.h"
 
 #include <map>
 #include <memory>
@@ -42,10 +43,13 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void programGoes(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
     void connectionsChanged() override;
 
     void forgetServer();
     void identify(Voice& voice);
+    bool isNotification(const AudioStream& stream) const;
+    void give(Voice& voice, Program& program);
     void release(Voice& voice);
     void planMeters();
     void reportLevels();
@@ -57,6 +61,7 @@ class PluginHost : private AudioServer::Listener,
     const std::unique_ptr<platform::Timer> plan_;
     const std::unique_ptr<platform::Timer> report_;
     ProgramTable programs_;
+    SoundEffects effects_;
     AudioServer server_;
     std::unique_ptr<LevelMeter> meter_; // while there is a server
 };

@@ -22,6 +22,9 @@ class ProgramTable : private Program::Listener {
         /// nobody.
         virtual void programGoes(Program& program) = 0;
 
+        /// The application has asked for another volume of the program.
+        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
+
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
     };
@@ -37,6 +40,9 @@ class ProgramTable : private Program::Listener {
     /// To be called when a program has lost a stream: drops it if that was all that held it.
     void dropUnlessHeld(Program& program);
 
+    /// Drops a program that has no streams.
+    void drop(Program& program) { programEnded(program); }
+
     /// Connects what is not connected, without waiting for the pause to end.
     void connectNow();
 
@@ -45,6 +51,7 @@ class ProgramTable : private Program::Listener {
   private:
     void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
     void connectMissing();
 
     platform::RunLoop& loop_;

@@ -119,6 +119,14 @@ TEST_F(AudioGraphTest, InputsAreFoundByTheirNumberAndMonitorsAreNoOutputs) {
     EXPECT_THAT(graph_.outputPorts(sink), IsEmpty());
 }
 
+TEST_F(AudioGraphTest, ARoleIsKnownAsFarAsItWasAnnounced) {
+    graph_.add({23, Kind::node, {{"media.role", "Notification"}}});
+    EXPECT_EQ(graph_.roleOf(23), "Notification");
+    EXPECT_EQ(graph_.roleOf(stream), "");
+    graph_.add({23, Kind::node, {}});
+    EXPECT_EQ(graph_.roleOf(23), "");
+}
+
 TEST_F(AudioGraphTest, AStreamsEvidenceComesFromItsClient) {
     EXPECT_EQ(graph_.evidenceOf(stream).clientProcess, "");
     graph_.add(
