@@ -57,6 +57,14 @@ bool bindLongPath(int socket, const std::string& path) noexcept {
     return false;
 }
 
+std::optional<ucred> peerOf(int socket) noexcept {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+        return std::nullopt;
+    return peer;
+}
+
 } // namespace
 
 FileDescriptor makeUnixSocket() noexcept {
@@ -85,12 +93,15 @@ FileDescriptor connectUnixSocket(const std::string& path) noexcept {
 }
 
 bool peerUser(int socket, uid_t& user) noexcept {
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-        return false;
-    user = peer.uid;
-    return true;
+    const auto peer = peerOf(socket);
+    if (peer)
+        user = peer->uid;
+    return peer.has_value();
+}
+
+std::optional<pid_t> peerProcess(int socket) noexcept {
+    const auto peer = peerOf(socket);
+    return peer && peer->pid > 0 ? std::optional(peer->pid) : std::nullopt;
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <optional>
 #include <string>
 #include <sys/types.h>
 
@@ -23,5 +24,9 @@ namespace platform {
 /// The user that the process at the other end ran as when it connected or began to listen. False,
 /// with errno set, on failure.
 [[nodiscard]] bool peerUser(int socket, uid_t& user) noexcept;
+
+/// The process that connected at the other end, or that began to listen there. Nothing, with errno
+/// set, on failure; nothing too when it is in another pid namespace.
+[[nodiscard]] std::optional<pid_t> peerProcess(int socket) noexcept;
 
 } // namespace platform

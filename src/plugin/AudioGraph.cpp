@@ -27,7 +27,8 @@ void AudioGraph::add(const AudioGlobal& global) {
     switch (global.kind) {
     case AudioGlobal::Kind::node:
         nodes_[global.id] = {global.property("media.class"), global.property("node.name"),
-                             number<std::uint32_t>(global, "client.id")};
+                             number<std::uint32_t>(global, "client.id"),
+                             global.property("media.role")};
         break;
     case AudioGlobal::Kind::port: {
         const auto node = number<std::uint32_t>(global, "node.id");
@@ -49,6 +50,7 @@ void AudioGraph::add(const AudioGlobal& global) {
         break;
     }
     case AudioGlobal::Kind::client:
+    case AudioGlobal::Kind::metadata:
     case AudioGlobal::Kind::other:
         break;
     }
@@ -73,6 +75,11 @@ void AudioGraph::clear() {
 bool AudioGraph::isOutputStream(std::uint32_t node) const {
     const auto found = nodes_.find(node);
     return found != nodes_.end() && found->second.mediaClass == "Stream/Output/Audio";
+}
+
+std::string AudioGraph::roleOf(std::uint32_t node) const {
+    const auto found = nodes_.find(node);
+    return found != nodes_.end() ? found->second.role : "";
 }
 
 std::optional<std::uint32_t> AudioGraph::clientOf(std::uint32_t node) const {

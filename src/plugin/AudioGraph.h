@@ -15,7 +15,7 @@ inline constexpr const char* kMeterNodeName = "tonvale-meter";
 
 /// One object that the sound server announced, with the properties it announced it with.
 struct AudioGlobal {
-    enum class Kind { client, node, port, link, other };
+    enum class Kind { client, node, port, link, metadata, other };
     using Properties = std::map<std::string, std::string, std::less<>>;
 
     std::uint32_t id = 0;
@@ -47,6 +47,9 @@ class AudioGraph {
     /// Whether the node is the output of a program.
     bool isOutputStream(std::uint32_t node) const;
 
+    /// The node's media.role as far as it was announced.
+    std::string roleOf(std::uint32_t node) const;
+
     /// The client that owns the node; none for what the server has made itself.
     std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
 
@@ -68,6 +71,7 @@ class AudioGraph {
         std::string mediaClass;
         std::string name;
         std::optional<std::uint32_t> client;
+        std::string role;
     };
     struct Port {
         std::uint32_t node;

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <pipewire/extensions/metadata.h>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -26,6 +27,8 @@ AudioGlobal::Kind kindOf(std::string_view type) noexcept {
         return AudioGlobal::Kind::port;
     if (type == PW_TYPE_INTERFACE_Link)
         return AudioGlobal::Kind::link;
+    if (type == PW_TYPE_INTERFACE_Metadata)
+        return AudioGlobal::Kind::metadata;
     return AudioGlobal::Kind::other;
 }
 

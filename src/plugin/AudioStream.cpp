@@ -55,8 +55,10 @@ void AudioStream::informed(const pw_node_info& info) {
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
         platform::StreamClaims claims = claimsIn(*info.props);
         const bool internal = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
-        if (!described_ || claims != claims_ || internal != internal_) {
+        std::string role = textIn(*info.props, PW_KEY_MEDIA_ROLE);
+        if (!described_ || claims != claims_ || internal != internal_ || role != role_) {
             claims_ = std::move(claims);
+            role_ = std::move(role);
             internal_ = internal;
             described_ = true;
             listener_.streamDescribed(*this);
@@ -110,10 +112,10 @@ void AudioStream::write(const WantedVolume& change) {
     if (node_ == nullptr || change.isEmpty())
         return;
     std::optional<std::vector<float>> volumes;
-    if (change.percent) {
+    if (change.gain) {
         const std::size_t channels = props_->channelVolumes.size();
         volumes = balancedVolumes(balance_.size() == channels ? balance_ : std::vector<float>{},
-                                  channels, gainOfPercent(*change.percent));
+                                  channels, *change.gain);
     }
     writeStreamProps(node_.get(), volumes, change.muted);
 }

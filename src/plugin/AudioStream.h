@@ -41,6 +41,9 @@ class AudioStream {
     /// Whether the stream belongs to a chain of filters or a loop-back, not to a program.
     bool isInternal() const noexcept { return internal_; }
 
+    /// The node's media.role.
+    const std::string& role() const noexcept { return role_; }
+
     bool isRunning() const noexcept { return running_; }
 
     /// Forgets what was asked for and asks for `all` instead; for a stream that changes hands.
@@ -66,6 +69,7 @@ class AudioStream {
     Listener& listener_;
 
     platform::StreamClaims claims_;
+    std::string role_;
     bool described_ = false;
     bool internal_ = false;
     bool running_ = false;

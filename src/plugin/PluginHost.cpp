@@ -6,7 +6,10 @@
 #include <utility>
 
 PluginHost::PluginHost(platform::RunLoop& loop)
-    : programs_(loop, *this), server_(loop, *this), levels_(loop, graph_, programs_) {
+    : programs_(loop, *this)
+    , effects_(loop, programs_)
+    , server_(loop, *this)
+    , levels_(loop, graph_, programs_) {
     server_.start();
 }
 
@@ -16,6 +19,7 @@ PluginHost::~PluginHost() {
 
 void PluginHost::serverConnected() {
     levels_.attach(*server_.core());
+    effects_.serverConnected();
 }
 
 void PluginHost::serverLost() {
@@ -29,12 +33,14 @@ void PluginHost::forgetServer() {
     voices_.clear();
     while (!clients_.empty())
         dropClient(clients_.begin()->first);
+    effects_.serverLost();
     graph_.clear();
 }
 
 void PluginHost::globalAdded(const AudioGlobal& global) {
     globalRemoved(global.id);
     graph_.add(global);
+    effects_.globalAdded(*server_.registry(), global);
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream =
@@ -50,6 +56,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
 
 void PluginHost::globalRemoved(std::uint32_t id) {
     graph_.remove(id);
+    effects_.globalRemoved(id);
     const auto voice = voices_.find(id);
     if (voice != voices_.end()) {
         release(voice->second);
@@ -96,9 +103,12 @@ void PluginHost::identify(Voice& voice) {
         return;
     AudioStream& stream = *voice.stream;
     const auto client = graph_.clientOf(stream.id());
-    const auto process = processOf(stream);
+    const bool isSoundEffect = effects_.program() != nullptr && isNotification(stream);
+    const auto process = isSoundEffect ? std::nullopt : processOf(stream);
     // The new one first, so that one and the same program does not end in between.
-    Program* const next = process ? &programs_.join(*process, *client) : nullptr;
+    Program* const next = isSoundEffect ? effects_.program()
+                          : process     ? &programs_.join(*process, *client)
+                                        : nullptr;
     Program* const last = std::exchange(voice.program, nullptr);
     voice.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
@@ -107,10 +117,17 @@ void PluginHost::identify(Voice& voice) {
     }
     if (next != nullptr && last != next)
         next->add(stream);
-    if (last != nullptr)
-        programs_.withdraw(*last, voice.process, *client);
+    if (last != nullptr && voice.process)
+        programs_.withdraw(*last, *voice.process, *client);
     voice.program = next;
-    voice.process = process.value_or(platform::StreamProcess{});
+    voice.process = process;
+}
+
+bool PluginHost::isNotification(const AudioStream& stream) const {
+    if (!stream.isDescribed() || stream.isInternal())
+        return false;
+    const std::string announced = graph_.roleOf(stream.id());
+    return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
 }
 
 std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) const {
@@ -135,6 +152,8 @@ void PluginHost::release(Voice& voice) {
 }
 
 void PluginHost::programGoes(Program& program) {
+    if (&program == effects_.program())
+        effects_.forgetProgram();
     for (auto& [id, voice] : voices_) {
         if (voice.program != &program)
             continue;
@@ -142,6 +161,11 @@ void PluginHost::programGoes(Program& program) {
         voice.orphaned = true;
     }
     levels_.review();
+}
+
+void PluginHost::programCommanded(Program& program, const WantedVolume&) {
+    if (&program == effects_.program())
+        effects_.commanded();
 }
 
 void PluginHost::connectionsChanged() {

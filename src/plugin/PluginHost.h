@@ -6,6 +6,7 @@
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
 #include "plugin/ProgramTable.h"
+#include "plugin/SoundEffects.h"
 
 #include <map>
 #include <memory>
@@ -37,7 +38,7 @@ class PluginHost : private AudioServer::Listener,
     struct Voice {
         std::unique_ptr<AudioStream> stream;
         Program* program = nullptr;
-        platform::StreamProcess process; // while there is a program
+        std::optional<platform::StreamProcess> process; // by which it joined the program
         bool orphaned = false;
     };
 
@@ -55,6 +56,7 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void programGoes(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
     void connectionsChanged() override;
 
     void forgetServer();
@@ -62,12 +64,14 @@ class PluginHost : private AudioServer::Listener,
     void watchOwner(std::uint32_t stream);
     void identify(Voice& voice);
     std::optional<platform::StreamProcess> processOf(const AudioStream& stream) const;
+    bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
     ProgramTable programs_;
+    SoundEffects effects_;
     AudioServer server_;
     LevelReporter levels_; // goes before the server
 };

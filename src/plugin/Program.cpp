@@ -25,6 +25,10 @@ void Program::remove(AudioStream& stream) {
     std::erase(streams_, &stream);
 }
 
+void Program::changedElsewhere(const WantedVolume& change) {
+    wanted_.merge(change);
+}
+
 bool Program::connect() {
     if (connection_ == nullptr)
         connection_ = AppConnection::open(loop_, process_, *this);
@@ -41,12 +45,13 @@ void Program::report(float level) {
 void Program::commandArrived(const MVCommConsoleMessage& command) {
     WantedVolume change;
     if (command.type == kMVCommSetVolume)
-        change.percent = std::clamp(command.value, 0, 100);
+        change.gain = gainOfPercent(command.value);
     else
         change.muted = command.value != 0;
     wanted_.merge(change);
     for (AudioStream* const stream : streams_)
         stream->want(change);
+    listener_.programCommanded(*this, change);
 }
 
 void Program::connectionLost() {

@@ -27,6 +27,9 @@ class Program : private AppConnection::Listener {
         /// The last process is no more. The program may be destroyed in here.
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
+
+        /// The application has asked for `change`, which the streams have got.
+        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
     };
 
     /// `process` is what checks in; it does not make the program last.
@@ -47,6 +50,12 @@ class Program : private AppConnection::Listener {
     void add(AudioStream& stream);
     void remove(AudioStream& stream);
     const std::vector<AudioStream*>& streams() const noexcept { return streams_; }
+
+    /// What the streams to come get.
+    const WantedVolume& wanted() const noexcept { return wanted_; }
+
+    /// Takes over for streams to come what somebody else wants.
+    void changedElsewhere(const WantedVolume& change);
 
     /// Tries once to connect to the application. True when connected.
     bool connect();

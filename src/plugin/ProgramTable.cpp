@@ -22,9 +22,14 @@ Program& ProgramTable::join(platform::StreamProcess process, std::uint32_t clien
         (*known)->life().join(process, client);
         return **known;
     }
+    Program& program = add(process);
+    program.life().join(process, client);
+    return program;
+}
+
+Program& ProgramTable::add(const platform::StreamProcess& process) {
     Program::Listener& listener = *this;
     Program& program = *programs_.emplace_back(std::make_unique<Program>(loop_, process, listener));
-    program.life().join(process, client);
     // At once when the application is there; during a pause the others wait for it as well.
     if (!retry_->isActive())
         retry_->start({});
@@ -89,6 +94,10 @@ void ProgramTable::programEnded(Program& program) {
     std::erase_if(programs_, [&program](const auto& each) { return each.get() == &program; });
     if (programs_.empty())
         retry_->stop();
+}
+
+void ProgramTable::programCommanded(Program& program, const WantedVolume& change) {
+    listener_.programCommanded(program, change);
 }
 
 void ProgramTable::programDisconnected(Program&) {

@@ -24,6 +24,9 @@ class ProgramTable : private Program::Listener {
         /// nobody.
         virtual void programGoes(Program& program) = 0;
 
+        /// The application has asked for another volume of the program.
+        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
+
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
     };
@@ -43,6 +46,12 @@ class ProgramTable : private Program::Listener {
     /// Drops the programs that have nothing but this client of the sound server.
     void clientGone(std::uint32_t client);
 
+    /// Makes and announces a program that lasts until drop(). Stays the table's.
+    Program& add(const platform::StreamProcess& process);
+
+    /// Drops a program that has no streams.
+    void drop(Program& program) { programEnded(program); }
+
     /// Connects what is not connected, without waiting for the pause to end.
     void connectNow();
 
@@ -51,6 +60,7 @@ class ProgramTable : private Program::Listener {
   private:
     void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
     void connectMissing();
     void endPredecessors(const platform::StreamProcess& process);
     void giveNumber(platform::StreamProcess& process);

@@ -109,6 +109,7 @@ class AppConnectionTest : public testing::Test {
 class ProgramTableTest : public testing::Test, protected ProgramTable::Listener {
   protected:
     void programGoes(Program& program) override { gone_.push_back(program.process().pid); }
+    void programCommanded(Program&, const WantedVolume&) override {}
     void connectionsChanged() override {}
 
     void advance(std::chrono::milliseconds time) {

@@ -132,3 +132,11 @@ TEST_F(AudioGraphTest, AStreamsClientIsTheOneThatItNames) {
     EXPECT_FALSE(graph_.clientOf(60)) << "made by the server itself";
     EXPECT_FALSE(graph_.clientOf(4711));
 }
+
+TEST_F(AudioGraphTest, ARoleIsKnownAsFarAsItWasAnnounced) {
+    graph_.add({23, Kind::node, {{"media.role", "Notification"}}});
+    EXPECT_EQ(graph_.roleOf(23), "Notification");
+    EXPECT_EQ(graph_.roleOf(stream), "");
+    graph_.add({23, Kind::node, {}});
+    EXPECT_EQ(graph_.roleOf(23), "");
+}

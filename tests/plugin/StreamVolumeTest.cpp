@@ -81,12 +81,12 @@ TEST(StreamVolume, AStreamIsSilencedWhenNoChannelIsLetThrough) {
 }
 
 TEST(StreamVolume, AVolumeIsInEffectInSpiteOfRoundingOnly) {
-    const WantedVolume half{50, std::nullopt};
+    const WantedVolume half{gainOfPercent(50), std::nullopt};
     EXPECT_TRUE(isInEffect(half, propsOf({0.125000002F, 0.0625F})));
     EXPECT_FALSE(isInEffect(half, propsOf({0.13F, 0.13F})));
     EXPECT_FALSE(isInEffect(half, propsOf({})));
     EXPECT_TRUE(isInEffect(half, propsOf({0.125F}, true)));
-    EXPECT_FALSE(isInEffect({3, std::nullopt}, propsOf({0.0F})));
+    EXPECT_FALSE(isInEffect({gainOfPercent(3), std::nullopt}, propsOf({0.0F})));
     EXPECT_FALSE(isInEffect({std::nullopt, true}, propsOf({1.0F})));
     EXPECT_TRUE(isInEffect({}, propsOf({})));
 }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "plugin/RestoredVolume.h"
+#include "plugin/RouteSettings.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+struct AudioGlobal;
+class Program;
+class ProgramTable;
+
+namespace platform {
+class RunLoop;
+class Timer;
+} // namespace platform
+
+/// The notification sounds of all programs: for a person one program more, which has the process of
+/// the sound server and is there as long as that is. Each of them is over before its volume could
+/// be set, so the session manager is told beforehand. The run loop's thread only.
+class SoundEffects {
+  public:
+    /// Whether streams of this media.role are notification sounds.
+    static bool isNotification(std::string_view role);
+
+    SoundEffects(platform::RunLoop& loop, ProgramTable& programs);
+    ~SoundEffects();
+    SoundEffects(const SoundEffects&) = delete;
+    SoundEffects& operator=(const SoundEffects&) = delete;
+
+    void serverConnected();
+
+    /// Drops the program, which must have no streams any more, and what belongs to the connection.
+    void serverLost();
+
+    /// Null while there is no server.
+    Program* program() const noexcept { return program_; }
+
+    /// To be called when the program table drops the program.
+    void forgetProgram() noexcept { program_ = nullptr; }
+
+    void globalAdded(pw_registry& registry, const AudioGlobal& global);
+    void globalRemoved(std::uint32_t id);
+
+    /// The application has asked for another volume of the program.
+    void commanded();
+
+  private:
+    void settle();
+    void settingChanged(const std::optional<std::string>& value);
+    void write(const std::optional<std::string>& value);
+
+    ProgramTable& programs_;
+    Program* program_ = nullptr; // the table's
+    WantedVolume wanted_;        // of the program that the last server had
+    RestoredVolume volume_;
+    std::unique_ptr<RouteSettings> settings_; // while there is a session manager
+    const std::unique_ptr<platform::Timer> settled_;
+};
