@@ -45,6 +45,10 @@ class AudioServer {
     pw_core* core() const noexcept;
     pw_registry* registry() const noexcept;
 
+    /// Whether every object that the server had when we connected to it has been added. What is
+    /// added from then on is new.
+    bool hasListedAll() const noexcept;
+
   private:
     class Library;
     struct Loop;
