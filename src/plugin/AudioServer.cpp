@@ -212,7 +212,7 @@ bool AudioServer::openConnection() {
 void AudioServer::failed(std::uint32_t id, int result, const char* message) {
     if (id == PW_ID_CORE && result == -EPIPE) {
         loss_->start({});
-    } else if (result != -ENOENT) { // an object that went while we asked for it
+    } else if (result != -ENOENT && result != -ESTALE) { // an object that went meanwhile
         systemLog(LogPriority::warning, "The sound server refused something for object %u: %s (%d)",
                   id, message, -result);
     }

@@ -49,6 +49,10 @@ class AudioServer {
     /// added from then on is new.
     bool hasListedAll() const noexcept;
 
+    /// Sends what has been asked of the server so far, which otherwise happens with the loop's next
+    /// turn, and serves what has arrived. Does not wait.
+    void flush() { serveEvents(); }
+
   private:
     class Library;
     struct Loop;

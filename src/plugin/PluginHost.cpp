@@ -24,6 +24,7 @@ PluginHost::PluginHost(platform::RunLoop& loop)
 PluginHost::~PluginHost() {
     for (const auto& [id, voice] : voices_)
         voice.stream->finish();
+    server_.flush();
     forgetServer();
 }
 

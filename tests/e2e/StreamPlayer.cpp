@@ -14,7 +14,8 @@
 
 // A program that plays: StreamPlayer STREAMS MILLISECONDS LEVEL. Each SIGUSR1 makes it play so many
 // new streams for so long (0: for ever). All samples are LEVEL, so that a recording shows the gain
-// of each sample. It says "ready" when it can take the signal. Its streams are called "of PID".
+// of each sample. It says "ready" when it can take the signal. Its streams are described as "of
+// PID".
 namespace {
 
 constexpr std::uint32_t channels = 2;
@@ -32,8 +33,8 @@ class Stream {
     explicit Stream(const Player& player)
         : level_(player.level)
         , stream_(pw_stream_new(player.core, ("of " + std::to_string(::getpid())).c_str(),
-                                pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY,
-                                                  "Playback", nullptr))) {
+                                pw_properties_new(PW_KEY_APP_NAME, "stream_player",
+                                                  PW_KEY_NODE_LATENCY, "1024/48000", nullptr))) {
         static const pw_stream_events events = [] {
             pw_stream_events all{};
             all.version = PW_VERSION_STREAM_EVENTS;
