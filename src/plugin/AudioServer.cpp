@@ -105,6 +105,8 @@ struct AudioServer::Connection {
     std::unique_ptr<ListenerHook> coreHook = std::make_unique<ListenerHook>();
     ProxyHandle<pw_registry> registry;
     std::unique_ptr<ListenerHook> registryHook = std::make_unique<ListenerHook>();
+    int listing = 0; // the request that is answered after the list of objects
+    bool listed = false;
 };
 
 const pw_core_events AudioServer::coreEvents = [] {
@@ -112,6 +114,11 @@ const pw_core_events AudioServer::coreEvents = [] {
     events.version = PW_VERSION_CORE_EVENTS;
     events.error = [](void* data, std::uint32_t id, int, int result, const char* message) {
         static_cast<AudioServer*>(data)->failed(id, result, message);
+    };
+    events.done = [](void* data, std::uint32_t id, int sequence) {
+        Connection& connection = *static_cast<AudioServer*>(data)->connection_;
+        if (id == PW_ID_CORE && sequence == connection.listing)
+            connection.listed = true;
     };
     return events;
 }();
@@ -156,6 +163,10 @@ pw_registry* AudioServer::registry() const noexcept {
     return connection_ != nullptr ? connection_->registry.get() : nullptr;
 }
 
+bool AudioServer::hasListedAll() const noexcept {
+    return connection_ != nullptr && connection_->listed;
+}
+
 void AudioServer::serveEvents() {
     const int result = pw_loop_iterate(loop_->loop, 0);
     if (result < 0 && result != -EINTR)
@@ -197,13 +208,14 @@ bool AudioServer::openConnection() {
     }
     pw_registry_add_listener(connection_->registry.get(), connection_->registryHook->get(),
                              &registryEvents, this);
+    connection_->listing = pw_core_sync(core, PW_ID_CORE, 0);
     return true;
 }
 
 void AudioServer::failed(std::uint32_t id, int result, const char* message) {
     if (id == PW_ID_CORE && result == -EPIPE) {
         loss_->start({});
-    } else if (result != -ENOENT) { // an object that went while we asked for it
+    } else if (result != -ENOENT && result != -ESTALE) { // an object that went meanwhile
         systemLog(LogPriority::warning, "The sound server refused something for object %u: %s (%d)",
                   id, message, -result);
     }

@@ -45,6 +45,14 @@ class AudioServer {
     pw_core* core() const noexcept;
     pw_registry* registry() const noexcept;
 
+    /// Whether every object that the server had when we connected to it has been added. What is
+    /// added from then on is new.
+    bool hasListedAll() const noexcept;
+
+    /// Sends what has been asked of the server so far, which otherwise happens with the loop's next
+    /// turn, and serves what has arrived. Does not wait.
+    void flush() { serveEvents(); }
+
   private:
     class Library;
     struct Loop;

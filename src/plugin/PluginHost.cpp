@@ -6,7 +6,8 @@
 #include <utility>
 
 PluginHost::PluginHost(platform::RunLoop& loop)
-    : programs_(loop, *this)
+    : loop_(loop)
+    , programs_(loop, *this)
     , effects_(loop, programs_)
     , server_(loop, *this)
     , levels_(loop, graph_, programs_) {
@@ -14,6 +15,9 @@ PluginHost::PluginHost(platform::RunLoop& loop)
 }
 
 PluginHost::~PluginHost() {
+    for (const auto& [id, voice] : voices_)
+        voice.stream->finish();
+    server_.flush();
     forgetServer();
 }
 
@@ -43,8 +47,10 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     effects_.globalAdded(*server_.registry(), global);
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
-        voices_[global.id].stream =
-            std::make_unique<AudioStream>(*server_.registry(), global.id, listener);
+        voices_[global.id].stream = std::make_unique<AudioStream>(
+            loop_, *server_.registry(), global.id,
+            server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
+            listener);
         watchOwner(global.id);
     } else if (global.kind == AudioGlobal::Kind::client) {
         clients_[global.id].appeared = platform::ticksSinceBoot();
@@ -98,6 +104,12 @@ void PluginHost::streamStateChanged(AudioStream&) {
     levels_.review();
 }
 
+void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
+    Program* const program = voices_.at(stream.id()).program;
+    if (program != nullptr)
+        program->changedElsewhere(change);
+}
+
 void PluginHost::identify(Voice& voice) {
     if (voice.orphaned)
         return;
@@ -110,6 +122,8 @@ void PluginHost::identify(Voice& voice) {
                           : process     ? &programs_.join(*process, *client)
                                         : nullptr;
     Program* const last = std::exchange(voice.program, nullptr);
+    const auto lastProcess = std::exchange(voice.process, process);
+    voice.program = next;
     voice.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
         last->remove(stream);
@@ -117,10 +131,8 @@ void PluginHost::identify(Voice& voice) {
     }
     if (next != nullptr && last != next)
         next->add(stream);
-    if (last != nullptr && voice.process)
-        programs_.withdraw(*last, *voice.process, *client);
-    voice.program = next;
-    voice.process = process;
+    if (last != nullptr && lastProcess)
+        programs_.withdraw(*last, *lastProcess, *client);
 }
 
 bool PluginHost::isNotification(const AudioStream& stream) const {

@@ -55,6 +55,7 @@ class PluginHost : private AudioServer::Listener,
     void clientDescribed(AudioClient& client) override;
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
+    void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
     void programGoes(Program& program) override;
     void programCommanded(Program& program, const WantedVolume& change) override;
     void connectionsChanged() override;
@@ -67,6 +68,7 @@ class PluginHost : private AudioServer::Listener,
     bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 
+    platform::RunLoop& loop_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node

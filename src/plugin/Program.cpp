@@ -2,8 +2,6 @@
 
 #include "plugin/AudioStream.h"
 
-#include <algorithm>
-
 Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
     : loop_(loop)
     , process_(std::move(process))
@@ -15,18 +13,22 @@ Program::~Program() {
 }
 
 void Program::add(AudioStream& stream) {
-    if (std::find(streams_.begin(), streams_.end(), &stream) != streams_.end())
-        return;
-    streams_.push_back(&stream);
-    stream.adopt(wanted_);
+    if (streams_.empty())
+        remembered_ = wanted_;
+    streams_.insert(&stream);
+    // What one of several that played before us has is not the will for the others.
+    stream.adopt(stream.origin() == AudioStream::Origin::existed ? remembered_ : wanted_);
 }
 
 void Program::remove(AudioStream& stream) {
-    std::erase(streams_, &stream);
+    streams_.erase(&stream);
 }
 
 void Program::changedElsewhere(const WantedVolume& change) {
+    const WantedVolume before = wanted_;
     wanted_.merge(change);
+    if (wanted_ != before)
+        listener_.programChangedElsewhere(*this);
 }
 
 bool Program::connect() {
@@ -49,6 +51,7 @@ void Program::commandArrived(const MVCommConsoleMessage& command) {
     else
         change.muted = command.value != 0;
     wanted_.merge(change);
+    remembered_.merge(change);
     for (AudioStream* const stream : streams_)
         stream->want(change);
     listener_.programCommanded(*this, change);

@@ -96,10 +96,6 @@ void ProgramTable::programEnded(Program& program) {
         retry_->stop();
 }
 
-void ProgramTable::programCommanded(Program& program, const WantedVolume& change) {
-    listener_.programCommanded(program, change);
-}
-
 void ProgramTable::programDisconnected(Program&) {
     if (!retry_->isActive())
         retry_->start(pauses_.next());

@@ -24,11 +24,12 @@ class ProgramTable : private Program::Listener {
         /// nobody.
         virtual void programGoes(Program& program) = 0;
 
-        /// The application has asked for another volume of the program.
-        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
-
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
+
+        /// See Program::Listener; of no concern unless overridden.
+        virtual void programCommanded(Program&, const WantedVolume&) {}
+        virtual void programChangedElsewhere(Program&) {}
     };
 
     ProgramTable(platform::RunLoop& loop, Listener& listener);
@@ -60,7 +61,12 @@ class ProgramTable : private Program::Listener {
   private:
     void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
-    void programCommanded(Program& program, const WantedVolume& change) override;
+    void programCommanded(Program& program, const WantedVolume& change) override {
+        listener_.programCommanded(program, change);
+    }
+    void programChangedElsewhere(Program& program) override {
+        listener_.programChangedElsewhere(program);
+    }
     void connectMissing();
     void endPredecessors(const platform::StreamProcess& process);
     void giveNumber(platform::StreamProcess& process);

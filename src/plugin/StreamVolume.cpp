@@ -10,6 +10,12 @@ constexpr float smallestGain = 1e-7F;
 
 } // namespace
 
+std::optional<int> WantedVolume::percent() const noexcept {
+    if (!gain)
+        return std::nullopt;
+    return static_cast<int>(std::lround(100.0F * std::cbrt(*gain)));
+}
+
 void WantedVolume::merge(const WantedVolume& change) noexcept {
     if (change.gain)
         gain = change.gain;
@@ -99,7 +105,7 @@ bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept {
 }
 
 bool VolumeHold::takeWrite(platform::MonotonicClock::time_point now) noexcept {
-    if (now >= end_ || writes_ == mostWrites)
+    if (isOver(now) || writes_ == mostWrites)
         return false;
     ++writes_;
     return true;

@@ -23,6 +23,16 @@ struct StreamProps {
     bool operator==(const StreamProps&) const = default;
 };
 
+/// What is to be written to a stream; what is not given stays.
+struct VolumeWrite {
+    std::optional<std::vector<float>> channelVolumes; ///< linear
+    std::optional<bool> mute;
+
+    bool operator==(const VolumeWrite&) const = default;
+
+    bool isEmpty() const noexcept { return !channelVolumes && !mute; }
+};
+
 /// What somebody wants; nothing where nobody wants anything.
 struct WantedVolume {
     std::optional<float> gain; ///< linear, of the loudest channel; other mixers go above 1
@@ -31,6 +41,9 @@ struct WantedVolume {
     bool operator==(const WantedVolume&) const = default;
 
     bool isEmpty() const noexcept { return !gain && !muted; }
+
+    /// The gain as a person sees it, rounded.
+    std::optional<int> percent() const noexcept;
 
     /// Takes over what `change` asks for.
     void merge(const WantedVolume& change) noexcept;
@@ -97,6 +110,8 @@ class VolumeHold {
 
     /// Whether a foreign change may be overwritten; counts as one write when it may.
     [[nodiscard]] bool takeWrite(platform::MonotonicClock::time_point now) noexcept;
+
+    bool isOver(platform::MonotonicClock::time_point now) const noexcept { return now >= end_; }
 
   private:
     const platform::MonotonicClock::time_point end_;
