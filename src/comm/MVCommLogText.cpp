@@ -1,5 +1,7 @@
 #include "comm/MVCommLogText.h"
 
+#include "platform/PrintableText.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -7,11 +9,7 @@
 namespace {
 
 bool needsEscape(QChar character) noexcept {
-    const char16_t code = character.unicode();
-    const bool beginsLine = code == u'\n' || code == 0x2028 || code == 0x2029;
-    const bool turnsDirection = (code >= 0x202A && code <= 0x202E) || // embeddings, overrides
-                                (code >= 0x2066 && code <= 0x2069);   // isolates
-    return beginsLine || turnsDirection;
+    return platform::disturbsLine(character.unicode());
 }
 
 } // namespace
