@@ -87,8 +87,8 @@ bool isTrueClaim(pid_t process, const StreamEvidence& evidence, const StreamProc
     return hasBinary(process, evidence.nodeBinary, facts);
 }
 
-StreamProcess certainProcess(pid_t process, const StreamEvidence& evidence,
-                             const StreamProcessFacts& facts) {
+StreamProcess certainProcess(pid_t process, StreamProcess::Proof proof,
+                             const StreamEvidence& evidence, const StreamProcessFacts& facts) {
     const std::string path = facts.executablePath(process).value_or("");
     std::string name = fileNameOf(path);
     if (name.empty())
@@ -96,7 +96,7 @@ StreamProcess certainProcess(pid_t process, const StreamEvidence& evidence,
     if (name.empty())
         name = claimedName(evidence);
     return {static_cast<std::uint32_t>(process), fitting(name, StreamProcess::longestName),
-            fitting(path, StreamProcess::longestPath), facts.startTime(process)};
+            fitting(path, StreamProcess::longestPath), facts.startTime(process), proof};
 }
 
 } // namespace
@@ -122,13 +122,13 @@ std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
     if (evidence.nodeApi == pulseApi) {
         const auto claim = processIn(evidence.nodeProcess);
         if (claim && isTrueClaim(*claim, evidence, facts))
-            return certainProcess(*claim, evidence, facts);
+            return certainProcess(*claim, StreamProcess::Proof::claim, evidence, facts);
         return pseudoProcess(evidence);
     }
     const auto peer = processIn(evidence.clientProcess);
     if (!peer)
         return std::nullopt;
-    StreamProcess process = certainProcess(*peer, evidence, facts);
+    StreamProcess process = certainProcess(*peer, StreamProcess::Proof::peer, evidence, facts);
     if (isSoundServer(process.name))
         return std::nullopt;
     return process;

@@ -43,6 +43,12 @@ class AudioStream {
 
     bool isRunning() const noexcept { return running_; }
 
+    /// What the server told of its volume; nothing until it has.
+    const std::optional<StreamProps>& props() const noexcept { return props_; }
+
+    /// What was asked for.
+    const WantedVolume& wanted() const noexcept { return wanted_; }
+
     /// Forgets what was asked for and asks for `all` instead; for a stream that changes hands.
     void adopt(const WantedVolume& all);
 

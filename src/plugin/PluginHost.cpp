@@ -24,6 +24,22 @@ PluginHost::~PluginHost() {
     forgetServer();
 }
 
+void PluginHost::resumed() {
+    plan_->start({});
+}
+
+PluginStatus PluginHost::status() const {
+    PluginStatus status{server_.core() != nullptr, {}};
+    for (const auto& program : programs_.programs()) {
+        ProgramStatus& entry = status.programs.emplace_back(
+            ProgramStatus{program->process(), program->wanted(), program->isConnected(), {}});
+        for (const AudioStream* const stream : program->streams())
+            entry.streams.push_back(
+                {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
+    }
+    return status;
+}
+
 void PluginHost::serverConnected() {
     meter_ = std::make_unique<LevelMeter>(*server_.core(), [this] { plan_->start({}); });
 }

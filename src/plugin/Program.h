@@ -47,6 +47,9 @@ class Program : private AppConnection::Listener {
     void remove(AudioStream& stream);
     const std::vector<AudioStream*>& streams() const noexcept { return streams_; }
 
+    /// What the application asked for so far.
+    const WantedVolume& wanted() const noexcept { return wanted_; }
+
     /// Tries once to connect to the application. True when connected.
     bool connect();
     bool isConnected() const noexcept { return connection_ != nullptr; }
