@@ -50,6 +50,7 @@ void AudioGraph::add(const AudioGlobal& global) {
             links_[global.id] = {*source, *destination};
         break;
     }
+    case AudioGlobal::Kind::metadata:
     case AudioGlobal::Kind::other:
         break;
     }

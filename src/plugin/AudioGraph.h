@@ -15,7 +15,7 @@ inline constexpr const char* kMeterNodeName = "tonvale-meter";
 
 /// One object that the sound server announced, with the properties it announced it with.
 struct AudioGlobal {
-    enum class Kind { client, node, port, link, other };
+    enum class Kind { client, node, port, link, metadata, other };
     using Properties = std::map<std::string, std::string, std::less<>>;
 
     std::uint32_t id = 0;

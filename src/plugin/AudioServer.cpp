@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <pipewire/extensions/metadata.h>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -26,6 +27,8 @@ AudioGlobal::Kind kindOf(std::string_view type) noexcept {
         return AudioGlobal::Kind::port;
     if (type == PW_TYPE_INTERFACE_Link)
         return AudioGlobal::Kind::link;
+    if (type == PW_TYPE_INTERFACE_Metadata)
+        return AudioGlobal::Kind::metadata;
     return AudioGlobal::Kind::other;
 }
 
@@ -200,7 +203,7 @@ bool AudioServer::openConnection() {
 void AudioServer::failed(std::uint32_t id, int result, const char* message) {
     if (id == PW_ID_CORE && result == -EPIPE) {
         loss_->start({});
-    } else if (result != -ENOENT) { // an object that went while we asked for it
+    } else if (result != -ENOENT && result != -ESTALE) { // it went while we asked for it
         systemLog(LogPriority::warning, "The sound server refused something for object %u: %s (%d)",
                   id, message, -result);
     }

@@ -117,6 +117,10 @@ void AudioStream::want(const WantedVolume& change) {
         write(change);
 }
 
+void AudioStream::uphold() {
+    hold_ = VolumeHold(MonotonicClock::now());
+}
+
 void AudioStream::write(const WantedVolume& change) {
     if (node_ == nullptr || change.isEmpty())
         return;

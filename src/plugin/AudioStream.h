@@ -56,6 +56,10 @@ class AudioStream {
     /// it, and upheld for as long as the stream is new. Nothing is ever written unasked.
     void want(const WantedVolume& change);
 
+    /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
+    /// not know of it.
+    void uphold();
+
     /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
     /// `measured` are those after the gain.
     float level(std::span<const ChannelPeak> measured);

@@ -146,14 +146,30 @@ std::unique_ptr<LevelMeter::Tap> LevelMeter::makeTap(const MeterTap& wanted) {
     }
     const auto input = filter->borrowInput();
     auto tap = std::make_unique<Tap>(wanted, *filter, input.value());
-    filters_.push_back({wanted.sink, std::move(filter)});
+    filters_.push_back({wanted.sink, std::move(filter), std::nullopt});
     return tap;
 }
 
+bool LevelMeter::isIdle(const SinkFilter& filter) const noexcept {
+    return std::none_of(taps_.begin(), taps_.end(), [&filter](const auto& tap) {
+        return tap->filter() == filter.filter.get();
+    });
+}
+
+bool LevelMeter::hasIdleFilters() const noexcept {
+    return std::any_of(filters_.begin(), filters_.end(),
+                       [](const SinkFilter& each) { return each.idleSince.has_value(); });
+}
+
 void LevelMeter::dropIdleFilters() {
-    std::erase_if(filters_, [this](const SinkFilter& each) {
-        return std::none_of(taps_.begin(), taps_.end(), [&each](const auto& tap) {
-            return tap->filter() == each.filter.get();
-        });
+    const auto now = MonotonicClock::now();
+    for (SinkFilter& each : filters_) {
+        if (!isIdle(each))
+            each.idleSince.reset();
+        else if (!each.idleSince)
+            each.idleSince = now;
+    }
+    std::erase_if(filters_, [now](const SinkFilter& each) {
+        return each.idleSince && now - *each.idleSince >= idleTime;
     });
 }

@@ -6,6 +6,7 @@
 #include "plugin/MeterLink.h"
 #include "plugin/StreamVolume.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,6 +27,14 @@ class LevelMeter {
     /// up in `graph`.
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
 
+    /// Whether there are filters without use, which a reconcile() after idleTime drops.
+    bool hasIdleFilters() const noexcept;
+
+    /// How long a filter without use is kept. The library loses the descriptors that the server
+    /// still sends for a filter which has just gone, so none goes while it is being set up; and the
+    /// next stream is often close.
+    static constexpr std::chrono::seconds idleTime{3};
+
     /// Takes what has been measured since the last call.
     void collect();
 
@@ -38,12 +47,14 @@ class LevelMeter {
     struct SinkFilter {
         std::uint32_t sink;
         std::unique_ptr<MeterFilter> filter;
+        std::optional<platform::MonotonicClock::time_point> idleSince = std::nullopt;
     };
 
     void dropBroken();
     void dropUnwanted(const std::vector<MeterTap>& wanted);
     void addMissing(const std::vector<MeterTap>& wanted);
     std::unique_ptr<Tap> makeTap(const MeterTap& wanted);
+    bool isIdle(const SinkFilter& filter) const noexcept;
     void dropIdleFilters();
 
     pw_core& core_;

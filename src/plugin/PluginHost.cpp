@@ -10,6 +10,13 @@ namespace {
 // 26 levels a second: the application counts a program as silent 0.1 s after the last one.
 constexpr std::chrono::milliseconds reportingPeriod{38};
 
+/// A session manager that starts publishes this, and a moment later gives all streams the volumes
+/// that it remembers: one for all programs with the same role, say.
+bool tellsOfSessionManager(const AudioGlobal& global) {
+    return global.kind == AudioGlobal::Kind::metadata &&
+           global.property("metadata.name") == "default";
+}
+
 } // namespace
 
 PluginHost::PluginHost(platform::RunLoop& loop)
@@ -64,6 +71,10 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream =
             std::make_unique<AudioStream>(*server_.registry(), global.id, listener);
+    }
+    if (tellsOfSessionManager(global)) {
+        for (const auto& [id, voice] : voices_)
+            voice.stream->uphold();
     }
     plan_->start({});
 }
@@ -138,6 +149,8 @@ void PluginHost::planMeters() {
             listenedTo.insert(id);
     }
     meter_->reconcile(graph_.planTaps(listenedTo), graph_);
+    if (meter_->hasIdleFilters() && !plan_->isActive())
+        plan_->start(LevelMeter::idleTime);
     updateReporting();
 }
 

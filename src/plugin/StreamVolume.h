@@ -88,6 +88,6 @@ class VolumeHold {
     [[nodiscard]] bool takeWrite(platform::MonotonicClock::time_point now) noexcept;
 
   private:
-    const platform::MonotonicClock::time_point end_;
+    platform::MonotonicClock::time_point end_;
     int writes_ = 0;
 };

@@ -30,6 +30,23 @@ class PluginFixture : public testing::Test {
 
     void startPlugin() { plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}); }
 
+    /// What `Tonvale OPTION...` prints and answers.
+    static support::CommandResult runPlugin(std::vector<std::string> options) {
+        options.insert(options.begin(), TONVALE_PLUGIN);
+        return support::runCommand(options);
+    }
+
+    /// Waits until the running plug-in's status has `text` in it.
+    static bool tells(const std::string& text) {
+        std::string status;
+        const bool told = support::waitUntil([&] {
+            status = runPlugin({"--status"}).output;
+            return status.find(text) != std::string::npos;
+        });
+        EXPECT_TRUE(told) << text << " is not in\n" << status;
+        return told;
+    }
+
     /// Waits until exactly one program of that name has checked in, and answers it.
     MVCommConnectionProcess awaitProgram(const QString& name) {
         std::optional<MVCommConnectionProcess> program;
