@@ -45,6 +45,10 @@ class AudioServer {
     pw_core* core() const noexcept;
     pw_registry* registry() const noexcept;
 
+    /// Another connection to the server, which the caller closes before this object goes; whoever
+    /// has it is not told of its end. Null with errno set on failure.
+    pw_core* openCore() const;
+
   private:
     class Library;
     struct Loop;

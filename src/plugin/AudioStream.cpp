@@ -1,6 +1,7 @@
 #include "plugin/AudioStream.h"
 
 #include "platform/SystemLog.h"
+#include "plugin/AudioServer.h"
 #include "plugin/StreamParam.h"
 
 #include <algorithm>
@@ -36,12 +37,14 @@ const pw_node_events AudioStream::nodeEvents = [] {
     return events;
 }();
 
-AudioStream::AudioStream(pw_registry& registry, std::uint32_t id, Listener& listener)
+AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id,
+                         Listener& listener)
     : id_(id)
     , listener_(listener)
     , hold_(MonotonicClock::now())
     , node_(static_cast<pw_node*>(
-          pw_registry_bind(&registry, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
+          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)))
+    , writer_(loop, server, id) {
     if (node_ == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't watch stream %u", id);
         return;
@@ -122,7 +125,7 @@ void AudioStream::uphold() {
 }
 
 void AudioStream::write(const WantedVolume& change) {
-    if (node_ == nullptr || change.isEmpty())
+    if (change.isEmpty())
         return;
     std::optional<std::vector<float>> volumes;
     if (change.percent) {
@@ -130,7 +133,8 @@ void AudioStream::write(const WantedVolume& change) {
         volumes = balancedVolumes(balance_.size() == channels ? balance_ : std::vector<float>{},
                                   channels, gainOfPercent(*change.percent));
     }
-    writeStreamProps(node_.get(), volumes, change.muted);
+    if (pw_node* const node = writer_.node())
+        writeStreamProps(node, volumes, change.muted);
 }
 
 float AudioStream::level(std::span<const ChannelPeak> measured) {

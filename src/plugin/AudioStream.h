@@ -2,6 +2,7 @@
 
 #include "platform/MonotonicClock.h"
 #include "platform/StreamProcess.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/PipeWireHandles.h"
 #include "plugin/StreamVolume.h"
 
@@ -25,8 +26,10 @@ class AudioStream {
         virtual void streamStateChanged(AudioStream& stream) = 0;
     };
 
-    /// Watches the node `id`. `listener` must outlive the stream.
-    AudioStream(pw_registry& registry, std::uint32_t id, Listener& listener);
+    /// Watches the node `id` of the server, which must be connected. `listener` must outlive the
+    /// stream.
+    AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id,
+                Listener& listener);
     AudioStream(const AudioStream&) = delete;
     AudioStream& operator=(const AudioStream&) = delete;
 
@@ -88,6 +91,7 @@ class AudioStream {
     float lastLevel_ = 0.0F;
     platform::MonotonicClock::time_point gainSettled_;
 
-    ProxyHandle<pw_node> node_;
+    ProxyHandle<pw_node> node_; // is only listened to
     ListenerHook hook_;
+    NodeWriter writer_;
 };

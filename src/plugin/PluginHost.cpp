@@ -20,7 +20,8 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
 } // namespace
 
 PluginHost::PluginHost(platform::RunLoop& loop)
-    : plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
+    : loop_(loop)
+    , plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
     , report_(std::make_unique<platform::Timer>(loop, [this] { reportLevels(); }))
     , programs_(loop, *this)
     , server_(loop, *this) {
@@ -70,7 +71,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream =
-            std::make_unique<AudioStream>(*server_.registry(), global.id, listener);
+            std::make_unique<AudioStream>(loop_, server_, global.id, listener);
     }
     if (tellsOfSessionManager(global)) {
         for (const auto& [id, voice] : voices_)

@@ -59,6 +59,7 @@ class PluginHost : private AudioServer::Listener,
     bool isAnythingToReport() const;
     void updateReporting();
 
+    platform::RunLoop& loop_;
     AudioGraph graph_;
     std::map<std::uint32_t, Voice> voices_; // by node
     const std::unique_ptr<platform::Timer> plan_;

@@ -59,6 +59,15 @@ class PluginFixture : public testing::Test {
         return program.value_or(MVCommConnectionProcess{});
     }
 
+    /// Waits until the program of the process has checked in.
+    void awaitProcess(pid_t process) {
+        const auto pid = static_cast<std::uint32_t>(process);
+        EXPECT_TRUE(support::waitUntil([&] {
+            return std::ranges::any_of(application_->programs(),
+                                       [pid](const auto& each) { return each.pid == pid; });
+        }));
+    }
+
     /// Waits until the recorder hears the tone at this peak, to a twentieth.
     bool hears(double peak, unsigned frequency = toneFrequency) {
         return support::waitUntil([&] {

@@ -200,3 +200,36 @@ TEST_F(PluginProcessTest, ALostSessionBusNeitherEndsItNorKeepsItBusy) {
     recorder_->record(std::chrono::seconds(3));
     EXPECT_LE(processorTime(plugin_->pid()) - before, ::sysconf(_SC_CLK_TCK) / 2);
 }
+
+TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
+    Tone stopped(Tone::Player::pwCat, toneFrequency, tonePeak);
+    awaitProcess(stopped.pid());
+    stopped.process().signal(SIGSTOP);
+    application_->setVolume(static_cast<std::uint32_t>(stopped.pid()), 80);
+    // Not of the PulseAudio service: that waits for the stopped one, plug-in or not.
+    const Tone other(Tone::Player::pwCat, 1000, 0.2);
+    awaitProcess(other.pid());
+    application_->setVolume(static_cast<std::uint32_t>(other.pid()), 60);
+    EXPECT_TRUE(tells("wanted 60 %, has 60 %"));
+    stopped.process().signal(SIGCONT);
+    EXPECT_TRUE(tells("wanted 80 %, has 80 %"));
+    EXPECT_TRUE(hears(tonePeak * gainOf(80)));
+}
+
+TEST_F(PluginProcessTest, AConnectionForChangesIsClosedWhenItIsNotNeededAnyMore) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    const auto connections = [] {
+        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    };
+    for (const int percent : {50, 70}) {
+        application_->setVolume(program.pid, percent);
+        ASSERT_TRUE(hears(tonePeak * gainOf(percent)));
+        EXPECT_EQ(connections(), 2U);
+        EXPECT_TRUE(waitUntil([&] { return connections() == 1; }));
+    }
+}

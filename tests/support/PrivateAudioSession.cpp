@@ -29,12 +29,9 @@ std::string tail(const std::string& text) {
 
 } // namespace
 
-PrivateAudioSession::PrivateAudioSession(Memory memory)
-    : runtimeVariable_("XDG_RUNTIME_DIR", runtime_.path()) {
+PrivateAudioSession::PrivateAudioSession() : runtimeVariable_("XDG_RUNTIME_DIR", runtime_.path()) {
     std::filesystem::copy(TONVALE_SESSION_CONFIG, folder_.path() / "config",
                           std::filesystem::copy_options::recursive);
-    if (memory == Memory::kept)
-        std::filesystem::remove(folder_.path() / "config/wireplumber/main.lua.d/80-no-memory.lua");
     // The service fails to start when a client makes this folder in the same moment.
     std::filesystem::create_directory(runtime_.path() / "pulse");
     std::filesystem::permissions(runtime_.path() / "pulse", std::filesystem::perms::owner_all);
@@ -59,10 +56,6 @@ void PrivateAudioSession::stop(std::string_view service, int signal) {
 
 void PrivateAudioSession::start(std::string_view service) {
     start(find(service));
-}
-
-void PrivateAudioSession::launch(std::string_view service) {
-    launch(find(service));
 }
 
 void PrivateAudioSession::restart(std::string_view service) {
@@ -90,16 +83,12 @@ PrivateAudioSession::Service& PrivateAudioSession::find(std::string_view service
     return *found;
 }
 
-void PrivateAudioSession::launch(Service& service) const {
+void PrivateAudioSession::start(Service& service) {
     ChildProcess::Options options;
     options.environment = {{"XDG_CONFIG_HOME", folder_.path() / "config"},
                            {"XDG_STATE_HOME", folder_.path() / "state"}};
     service.process =
         std::make_unique<ChildProcess>(std::vector<std::string>{service.name}, options);
-}
-
-void PrivateAudioSession::start(Service& service) {
-    launch(service);
     ChildProcess& process = *service.process;
     const auto decided = [&] { return !process.isRunning() || service.isReady(); };
     if (!waitUntil(decided) || !process.isRunning())
