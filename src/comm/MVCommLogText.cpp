@@ -1,5 +1,7 @@
 #include "comm/MVCommLogText.h"
 
+#include "platform/PrintableText.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -7,10 +9,7 @@
 namespace {
 
 bool needsEscape(QChar character) noexcept {
-    const char16_t code = character.unicode();
-    return code == u'\n' || code == 0x85 ||      // next line
-           (code >= 0x2028 && code <= 0x202E) || // separators, embeddings, overrides
-           (code >= 0x2066 && code <= 0x2069);   // isolates
+    return platform::disturbsLine(character.unicode());
 }
 
 } // namespace

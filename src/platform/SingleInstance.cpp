@@ -1,6 +1,5 @@
 #include "platform/SingleInstance.h"
 
-#include "platform/Directories.h"
 #include "platform/ExceptionReport.h"
 #include "platform/SessionBus.h"
 #include "platform/SystemLog.h"
@@ -11,10 +10,7 @@
 #include <QDBusVirtualObject>
 #include <QVariantMap>
 
-#include <cerrno>
 #include <chrono>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <thread>
 
 namespace platform {
@@ -56,19 +52,6 @@ bool activateOther(const QDBusConnection& bus, const QString& name) {
     call.setArguments({platformData});
     const QDBusMessage answer = bus.call(call, QDBus::Block, patienceForAnswer);
     return answer.type() == QDBusMessage::ReplyMessage;
-}
-
-/// Without a folder for it every start is the first.
-FileDescriptor openLock(const QString& name) {
-    const std::string folder = runtimeDirectory();
-    if (folder.empty())
-        return {};
-    const std::string path = folder + "/" + name.toStdString() + ".lock";
-    return FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-}
-
-bool isLocked(const FileDescriptor& lock) {
-    return !lock || ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 } // namespace
@@ -135,12 +118,11 @@ class SingleInstance::Service : public QDBusVirtualObject {
     const QString name_;
 };
 
-SingleInstance::SingleInstance() = default;
+SingleInstance::SingleInstance(const QString& name) : lock_(name.toStdString()) {}
 SingleInstance::~SingleInstance() = default;
 
 std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
-    std::unique_ptr<SingleInstance> made(new SingleInstance);
-    made->lock_ = openLock(name);
+    std::unique_ptr<SingleInstance> made(new SingleInstance(name));
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (attempt > 0)
             std::this_thread::sleep_for(pause);
@@ -168,7 +150,7 @@ SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
         if (start == Service::Start::first)
             service_ = std::move(service);
     }
-    if (isLocked(lock_))
+    if (lock_.take())
         return Outcome::acquired;
     service_.reset();
     return Outcome::otherIsSilent;

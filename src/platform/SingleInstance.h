@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FileDescriptor.h"
+#include "platform/SessionLock.h"
 
 #include <QString>
 
@@ -33,10 +33,10 @@ class SingleInstance {
     class Service;
     enum class Outcome { acquired, handedOver, otherIsSilent };
 
-    SingleInstance();
+    explicit SingleInstance(const QString& name);
     Outcome tryOnce(const QString& name);
 
-    FileDescriptor lock_;
+    SessionLock lock_;
     std::unique_ptr<Service> service_; // null without a session bus
 };
 

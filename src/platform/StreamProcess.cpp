@@ -135,7 +135,7 @@ bool isOlderThanClient(pid_t process, const StreamEvidence& evidence,
     return start && (!evidence.appeared || *start <= *evidence.appeared);
 }
 
-StreamProcess certainProcess(pid_t process, const StreamClaims& claims,
+StreamProcess certainProcess(pid_t process, StreamProcess::Proof proof, const StreamClaims& claims,
                              const StreamProcessFacts& facts) {
     const std::string path = facts.executablePath(process).value_or("");
     std::string name = fileNameOf(path);
@@ -145,11 +145,14 @@ StreamProcess certainProcess(pid_t process, const StreamClaims& claims,
         name = claimedName(claims);
     const auto start = facts.startTime(process);
     const std::string application = facts.application(process);
-    return {static_cast<std::uint32_t>(process), fitting(name, StreamProcess::longestName),
-            fitting(path, StreamProcess::longestPath), start,
+    return {static_cast<std::uint32_t>(process),
+            fitting(name, StreamProcess::longestName),
+            fitting(path, StreamProcess::longestPath),
+            start,
             application.empty()
                 ? "process\n" + std::to_string(process) + "\n" + std::to_string(start.value_or(0))
-                : sandboxIdentity(application)};
+                : sandboxIdentity(application),
+            application.empty() ? proof : StreamProcess::Proof::sandbox};
 }
 
 /// The processes that a claim may mean.
@@ -223,7 +226,7 @@ StreamProcess claimedProcess(const StreamEvidence& evidence, const StreamClaims&
         return pseudoProcess(claims, claimedIdentity(claims));
     const Candidates candidates(evidence, claims, facts);
     if (const auto process = candidates.only())
-        return certainProcess(*process, claims, facts);
+        return certainProcess(*process, StreamProcess::Proof::claim, claims, facts);
     return pseudoProcess(claims, candidates.isApplicationConfirmed()
                                      ? sandboxIdentity(claims.application)
                                      : claimedIdentity(claims));
@@ -304,7 +307,7 @@ std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
     const bool isReused = facts.startTime(*peer) && !isOlderThanClient(*peer, evidence, facts);
     if (isReused || isForwarded(*peer, name, claims, facts))
         return pseudoProcess(claims, claimedIdentity(claims));
-    return certainProcess(*peer, claims, facts);
+    return certainProcess(*peer, StreamProcess::Proof::peer, claims, facts);
 }
 
 } // namespace platform

@@ -55,6 +55,15 @@ struct StreamProcess {
     /// another program too.
     std::string identity = {};
 
+    /// What vouches for the process.
+    enum class Proof {
+        none,    ///< nothing: the number is of our own making, the name claimed
+        peer,    ///< the kernel: it is the sound server's peer
+        claim,   ///< a claim that turned out to be true
+        sandbox, ///< the sandbox that it runs in
+    };
+    Proof proof = Proof::none;
+
     /// No kernel gives a process such a number (its limit is 2^22).
     static constexpr std::uint32_t firstPseudoProcess = 0x40000000;
     static constexpr std::uint32_t lastPseudoProcess = 0x7FFFFFFE;

@@ -7,9 +7,12 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <span>
+#include <cstdlib>
 #include <string>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -44,6 +47,19 @@ void writeToStandardError(std::string_view text) noexcept {
         ::writev(STDERR_FILENO, line.data(), static_cast<int>(line.size()));
 }
 
+/// Whether standard error leads to the journal, which takes what syslog gets as well: a service's
+/// lines would stand there twice.
+bool isStandardErrorTheJournal() noexcept {
+    const char* const variable = std::getenv("JOURNAL_STREAM"); // device:inode
+    struct stat status {};
+    if (variable == nullptr || ::fstat(STDERR_FILENO, &status) != 0)
+        return false;
+    std::array<char, 48> own{};
+    std::snprintf(own.data(), own.size(), "%ju:%ju", static_cast<std::uintmax_t>(status.st_dev),
+                  static_cast<std::uintmax_t>(status.st_ino));
+    return std::string_view(variable) == own.data();
+}
+
 void writeLine(LogPriority priority, std::string_view text) noexcept {
     if (SystemLogSink* sink = currentSink.load()) {
         sink->line(priority, text);
@@ -51,7 +67,8 @@ void writeLine(LogPriority priority, std::string_view text) noexcept {
     }
     ::syslog(LOG_USER | syslogPriority(priority), "%.*s", static_cast<int>(text.size()),
              text.data());
-    writeToStandardError(text);
+    if (!isStandardErrorTheJournal())
+        writeToStandardError(text);
 }
 
 } // namespace

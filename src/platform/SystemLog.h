@@ -6,9 +6,10 @@ namespace platform {
 
 enum class LogPriority { error, warning, info };
 
-/// Writes one line to the system log (syslog) and to standard error when there is one. For the
-/// layers below the application log, and for programs that have none. Control characters become
-/// question marks. Never throws; a line that cannot be written is lost. Any thread.
+/// Writes one line to the system log (syslog) and to standard error when there is one that doesn't
+/// lead to the same place. For the layers below the application log, and for programs that have
+/// none. Control characters become question marks. Never throws; a line that cannot be written is
+/// lost. Any thread.
 [[gnu::format(printf, 2, 3)]] void systemLog(LogPriority priority, const char* format,
                                              ...) noexcept;
 

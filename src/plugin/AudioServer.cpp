@@ -188,13 +188,17 @@ void AudioServer::connect() {
     retry_->start(pauses_.next());
 }
 
-bool AudioServer::openConnection() {
+pw_core* AudioServer::openCore() const {
     // As a manager, a sandboxed client too may set the volume of others.
-    pw_core* const core = pw_context_connect(loop_->context,
-                                             propertiesOf({{PW_KEY_APP_NAME, "Tonvale"},
-                                                           {PW_KEY_APP_ID, "com.quarnel.Tonvale"},
-                                                           {PW_KEY_MEDIA_CATEGORY, "Manager"}}),
-                                             0);
+    return pw_context_connect(loop_->context,
+                              propertiesOf({{PW_KEY_APP_NAME, "Tonvale"},
+                                            {PW_KEY_APP_ID, "com.quarnel.Tonvale"},
+                                            {PW_KEY_MEDIA_CATEGORY, "Manager"}}),
+                              0);
+}
+
+bool AudioServer::openConnection() {
+    pw_core* const core = openCore();
     if (core == nullptr)
         return false;
     connection_ = std::make_unique<Connection>(core);

@@ -52,6 +52,9 @@ class AudioServer {
     /// Sends what has been asked of the server so far, which otherwise happens with the loop's next
     /// turn, and serves what has arrived. Does not wait.
     void flush() { serveEvents(); }
+    /// Another connection to the server, which the caller closes before this object goes; whoever
+    /// has it is not told of its end. Null with errno set on failure.
+    pw_core* openCore() const;
 
   private:
     class Library;

@@ -2,6 +2,7 @@
 
 #include "platform/SystemLog.h"
 #include "platform/Timer.h"
+#include "plugin/AudioServer.h"
 #include "plugin/ClientClaims.h"
 #include "plugin/StreamParam.h"
 
@@ -32,7 +33,7 @@ const pw_node_events AudioStream::nodeEvents = [] {
     return events;
 }();
 
-AudioStream::AudioStream(platform::RunLoop& loop, pw_registry& registry, std::uint32_t id,
+AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id,
                          Origin origin, Listener& listener)
     : id_(id)
     , origin_(origin)
@@ -41,7 +42,8 @@ AudioStream::AudioStream(platform::RunLoop& loop, pw_registry& registry, std::ui
     , ramp_(std::make_unique<platform::Timer>(
           loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
     , node_(static_cast<pw_node*>(
-          pw_registry_bind(&registry, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
+          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)))
+    , writer_(loop, server, id) {
     if (node_ == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't watch stream %u", id);
         return;
@@ -105,13 +107,19 @@ void AudioStream::want(const WantedVolume& change) {
     write(keeper_.want(change, MonotonicClock::now()));
 }
 
+void AudioStream::uphold() {
+    keeper_.uphold(MonotonicClock::now());
+}
+
 void AudioStream::finish() {
     write(keeper_.finish(MonotonicClock::now()));
 }
 
 void AudioStream::write(const VolumeWrite& write) {
-    if (node_ != nullptr && !write.isEmpty())
-        writeStreamProps(node_.get(), write);
+    if (!write.isEmpty()) {
+        if (pw_node* const node = writer_.node())
+            writeStreamProps(node, write);
+    }
     if (keeper_.isRamping())
         ramp_->startAt(keeper_.nextStep());
     else

@@ -2,6 +2,7 @@
 
 #include "platform/MonotonicClock.h"
 #include "platform/StreamProcess.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/PipeWireHandles.h"
 #include "plugin/StreamVolume.h"
 #include "plugin/VolumeKeeper.h"
@@ -38,8 +39,9 @@ class AudioStream {
     /// Whether the server had the stream when we connected to it.
     enum class Origin { existed, appeared };
 
-    /// Watches the node `id`. `listener` must outlive the stream.
-    AudioStream(platform::RunLoop& loop, pw_registry& registry, std::uint32_t id, Origin origin,
+    /// Watches the node `id` of the server, which must be connected. `listener` must outlive the
+    /// stream.
+    AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id, Origin origin,
                 Listener& listener);
     ~AudioStream();
     AudioStream(const AudioStream&) = delete;
@@ -63,6 +65,12 @@ class AudioStream {
 
     Origin origin() const noexcept { return origin_; }
 
+    /// What the server told of its volume; nothing until it has.
+    const std::optional<StreamProps>& props() const noexcept { return keeper_.props(); }
+
+    /// What was asked for.
+    const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
+
     /// Forgets what was asked for and takes `all`, what its program remembers, instead; for a
     /// stream that gets an owner. It is written as soon as the stream can take it, and upheld for
     /// as long as the stream is new. A stream that existed and was heard is not made louder.
@@ -74,6 +82,9 @@ class AudioStream {
 
     /// Writes at once what want() is still about to write.
     void finish();
+    /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
+    /// not know of it.
+    void uphold();
 
     /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
     /// `measured` are those after the gain.
@@ -103,6 +114,7 @@ class AudioStream {
     float lastLevel_ = 0.0F;
     platform::MonotonicClock::time_point gainSettled_;
 
-    ProxyHandle<pw_node> node_;
+    ProxyHandle<pw_node> node_; // is only listened to
     ListenerHook hook_;
+    NodeWriter writer_;
 };

@@ -11,6 +11,10 @@ using platform::MonotonicClock;
 
 namespace {
 
+// The library loses the descriptors that the server still sends for a filter which goes while it is
+// being set up.
+constexpr std::chrono::seconds makingTime{1};
+
 constexpr int mostFailures = 8; // of filters, in one connection
 constexpr int mostLinks = 3;    // for one tap, without anything measured between
 
@@ -94,6 +98,7 @@ LevelMeter::LevelMeter(pw_core& core, std::function<void()> changed)
 LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph) {
+    dropRetired();
     dropBroken();
     takeOver(wanted);
     makeRoom();
@@ -109,7 +114,8 @@ void LevelMeter::rebuild() {
         for (Channel& channel : stream.channels)
             channel.tap.reset();
     }
-    filters_.clear();
+    for (SinkFilter& each : std::exchange(filters_, {}))
+        retire(std::move(each));
     failures_ = 0;
 }
 
@@ -215,7 +221,7 @@ bool LevelMeter::addFilter(std::uint32_t sink, std::size_t inputs) {
         ++failures_;
         return false;
     }
-    filters_.push_back({sink, std::move(filter)});
+    filters_.push_back({sink, std::move(filter), MonotonicClock::now()});
     return true;
 }
 
@@ -226,7 +232,11 @@ void LevelMeter::dropFilter(const MeterFilter& filter) {
                 channel.tap.reset();
         }
     }
-    std::erase_if(filters_, [&filter](const auto& each) { return each.filter.get() == &filter; });
+    const auto each = std::ranges::find_if(
+        filters_, [&filter](const auto& other) { return other.filter.get() == &filter; });
+    SinkFilter gone = std::move(*each);
+    filters_.erase(each);
+    retire(std::move(gone));
 }
 
 void LevelMeter::tap(Channel& channel, const AudioGraph& graph) {
@@ -241,7 +251,29 @@ void LevelMeter::tap(Channel& channel, const AudioGraph& graph) {
 }
 
 void LevelMeter::dropIdleFilters() {
-    std::erase_if(filters_, [](const SinkFilter& each) {
-        return each.filter->freeInputs() == each.filter->inputs();
-    });
+    std::vector<const MeterFilter*> idle;
+    for (const SinkFilter& each : filters_) {
+        if (each.filter->freeInputs() == each.filter->inputs())
+            idle.push_back(each.filter.get());
+    }
+    for (const MeterFilter* const filter : idle)
+        dropFilter(*filter);
+}
+
+void LevelMeter::retire(SinkFilter filter) {
+    if (MonotonicClock::now() - filter.made < makingTime)
+        retired_.push_back(std::move(filter));
+}
+
+void LevelMeter::dropRetired() {
+    const auto now = MonotonicClock::now();
+    std::erase_if(retired_,
+                  [now](const SinkFilter& each) { return now - each.made >= makingTime; });
+}
+
+std::optional<MonotonicClock::time_point> LevelMeter::nextDrop() const noexcept {
+    std::optional<MonotonicClock::time_point> next;
+    for (const SinkFilter& each : retired_)
+        next = std::min(next.value_or(MonotonicClock::time_point::max()), each.made + makingTime);
+    return next;
 }

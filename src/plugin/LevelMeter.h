@@ -6,6 +6,7 @@
 #include "plugin/MeterLink.h"
 #include "plugin/StreamVolume.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -24,9 +25,12 @@ class LevelMeter {
     LevelMeter& operator=(const LevelMeter&) = delete;
 
     /// Goes a step towards measuring `wanted` and nothing else; the filters' own ports are looked
-    /// up in `graph`. Without anything wanted nothing of ours is left in the server. The taps of a
-    /// stream must follow each other in the order of its channels.
+    /// up in `graph`. Without anything wanted nothing of ours is left in the server after
+    /// nextDrop(). The taps of a stream must follow each other in the order of its channels.
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
+
+    /// When another reconcile() is due if nothing else happens.
+    std::optional<platform::MonotonicClock::time_point> nextDrop() const noexcept;
 
     /// Drops all that is in the server, whatever state it is in; the next reconcile() makes it
     /// anew. Peaks hold meanwhile.
@@ -46,6 +50,7 @@ class LevelMeter {
     struct SinkFilter {
         std::uint32_t sink;
         std::unique_ptr<MeterFilter> filter;
+        platform::MonotonicClock::time_point made;
     };
 
     void dropBroken();
@@ -56,10 +61,13 @@ class LevelMeter {
     void dropFilter(const MeterFilter& filter);
     void tap(Channel& channel, const AudioGraph& graph);
     void dropIdleFilters();
+    void retire(SinkFilter filter);
+    void dropRetired();
 
     pw_core& core_;
     const std::function<void()> changed_;
     int failures_ = 0;
     std::vector<SinkFilter> filters_;
+    std::vector<SinkFilter> retired_;         // of no use any more, but too new to go
     std::map<std::uint32_t, Stream> streams_; // their taps go before the filters
 };

@@ -39,8 +39,7 @@ void LevelReporter::detach() {
 }
 
 void LevelReporter::review() {
-    if (!planTimer_->isActive())
-        planTimer_->start({});
+    planTimer_->start({});
 }
 
 void LevelReporter::rebuild() {
@@ -65,6 +64,8 @@ std::set<std::uint32_t> LevelReporter::measuredStreams() const {
 void LevelReporter::plan() {
     if (meter_ != nullptr)
         meter_->reconcile(graph_.planTaps(measuredStreams()), graph_);
+    if (const auto next = meter_ != nullptr ? meter_->nextDrop() : std::nullopt)
+        planTimer_->startAt(*next);
     scheduleReport();
 }
 

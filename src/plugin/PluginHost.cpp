@@ -5,6 +5,17 @@
 
 #include <utility>
 
+namespace {
+
+/// A session manager that starts publishes this, and a moment later gives all streams the volumes
+/// that it remembers: one for all programs with the same role, say.
+bool tellsOfSessionManager(const AudioGlobal& global) {
+    return global.kind == AudioGlobal::Kind::metadata &&
+           global.property("metadata.name") == "default";
+}
+
+} // namespace
+
 PluginHost::PluginHost(platform::RunLoop& loop)
     : loop_(loop)
     , programs_(loop, *this)
@@ -19,6 +30,22 @@ PluginHost::~PluginHost() {
         voice.stream->finish();
     server_.flush();
     forgetServer();
+}
+
+void PluginHost::resumed() {
+    levels_.rebuild();
+}
+
+PluginStatus PluginHost::status() const {
+    PluginStatus status{server_.core() != nullptr, {}};
+    for (const auto& program : programs_.programs()) {
+        ProgramStatus& entry = status.programs.emplace_back(
+            ProgramStatus{program->process(), program->wanted(), program->isConnected(), {}});
+        for (const AudioStream* const stream : program->streams())
+            entry.streams.push_back(
+                {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
+    }
+    return status;
 }
 
 void PluginHost::serverConnected() {
@@ -48,7 +75,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream = std::make_unique<AudioStream>(
-            loop_, *server_.registry(), global.id,
+            loop_, server_, global.id,
             server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
             listener);
         watchOwner(global.id);
@@ -56,6 +83,9 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         clients_[global.id].appeared = platform::ticksSinceBoot();
         for (const auto& [id, voice] : voices_)
             watchOwner(id);
+    } else if (tellsOfSessionManager(global)) {
+        for (const auto& [id, voice] : voices_)
+            voice.stream->uphold();
     }
     levels_.review();
 }

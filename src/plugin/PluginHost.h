@@ -5,6 +5,7 @@
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
+#include "plugin/PluginStatus.h"
 #include "plugin/ProgramTable.h"
 #include "plugin/SoundEffects.h"
 
@@ -30,8 +31,11 @@ class PluginHost : private AudioServer::Listener,
     /// The application says that it has just been started.
     void applicationLaunched() { programs_.connectNow(); }
 
-    /// The machine has been asleep.
-    void resumed() { levels_.rebuild(); }
+    /// The machine has slept and is awake again.
+    void resumed();
+
+    /// What it sees at this moment.
+    PluginStatus status() const;
 
   private:
     /// A stream and whose it is: nobody's until it is identified, and again when its process ended.

@@ -23,6 +23,7 @@ platform::StreamProcess serverProcess() {
     platform::StreamProcess process{numberWithoutProcess, name, "", std::nullopt, name};
     if (const auto server = platform::findAudioServer()) {
         process.pid = static_cast<std::uint32_t>(server->pid);
+        process.proof = platform::StreamProcess::Proof::peer;
         if (server->path.size() <= platform::StreamProcess::longestPath)
             process.path = server->path;
     } else {

@@ -114,6 +114,6 @@ class VolumeHold {
     bool isOver(platform::MonotonicClock::time_point now) const noexcept { return now >= end_; }
 
   private:
-    const platform::MonotonicClock::time_point end_;
+    platform::MonotonicClock::time_point end_;
     int writes_ = 0;
 };

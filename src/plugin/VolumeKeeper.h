@@ -32,6 +32,10 @@ class VolumeKeeper {
     /// isRamping().
     [[nodiscard]] VolumeWrite want(const WantedVolume& change, TimePoint now);
 
+    /// Holds what is wanted as if the stream were new: somebody may set it back now who does not
+    /// know of it.
+    void uphold(TimePoint now) noexcept { hold_ = VolumeHold(now); }
+
     /// Whether the stream is heard. What is not heard needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running, TimePoint now);
 
@@ -48,6 +52,8 @@ class VolumeKeeper {
 
     /// What the server told last; nothing before the first time.
     const std::optional<StreamProps>& props() const noexcept { return props_; }
+
+    const WantedVolume& wanted() const noexcept { return wanted_; }
 
     /// What others have changed since the last call.
     WantedVolume takeChangesElsewhere() { return std::exchange(elsewhere_, {}); }

@@ -1,10 +1,16 @@
 #include "platform/Bundle.h"
+#include "platform/DescriptorLimit.h"
 #include "platform/DistributedNotification.h"
+#include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
+#include "platform/SessionLock.h"
+#include "platform/SignalEvents.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignals.h"
 #include "plugin/PluginHost.h"
+#include "plugin/PluginService.h"
+#include "plugin/StatusCommand.h"
 
 #include <QCoreApplication>
 
@@ -14,44 +20,69 @@
 
 namespace {
 
+// Those of docs/plugin.md. The service is not started again after the last two.
+constexpr int failure = 1;
 constexpr int wrongUsage = 2;
+constexpr int anotherRuns = 3;
 
-constexpr const char* usage = "Usage: Tonvale [--help | --version]\n"
+constexpr const char* usage = "Usage: Tonvale [--help | --version | --status]\n"
                               "Lets the Tonvale application set the volume of each program.\n"
-                              "Runs until it is told to end.\n";
+                              "Runs until it is told to end; one is enough for a session.\n"
+                              "\n"
+                              "  --status   print what the plug-in that runs in this session sees\n"
+                              "  --version  print the version\n"
+                              "  --help     print this text\n";
 
-int run(int& argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+int serve() {
+    platform::SessionLock lock("com.quarnel.Tonvale.Plugin");
+    if (!lock.take()) {
+        platform::systemLog(platform::LogPriority::warning,
+                            "The plug-in runs in this session already");
+        return anotherRuns;
+    }
+    platform::raiseDescriptorLimit();
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     PluginHost host(loop);
     const platform::DistributedNotificationObserver launches(
         QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.applicationLaunched(); });
+    const platform::ResumeObserver resumes([&host] { host.resumed(); });
+    const PluginService service([&host] { return describe(host.status()); });
     return QCoreApplication::exec();
+}
+
+int failUsage(const char* what, std::string_view argument) {
+    std::fprintf(stderr, "Tonvale: %s: %.*s (see --help)\n", what,
+                 static_cast<int>(argument.size()), argument.data());
+    return wrongUsage;
+}
+
+int run(int argc, char** argv) {
+    if (argc > 2)
+        return failUsage("one option at most", argv[2]);
+    const std::string_view option = argc == 2 ? argv[1] : "";
+    if (option == "--help")
+        return std::fputs(usage, stdout) < 0 ? failure : 0;
+    if (option == "--version") {
+        std::printf("Tonvale plug-in %s\n", platform::Bundle::main().version().c_str());
+        return 0;
+    }
+    if (argc == 2 && option != "--status")
+        return failUsage("unknown option", option);
+    platform::unblockSignals();
+    const QCoreApplication application(argc, argv);
+    return argc == 2 ? printPluginStatus() : serve();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::string_view option = argc == 2 ? argv[1] : "";
-    if (option == "--help") {
-        std::fputs(usage, stdout);
-        return 0;
-    }
-    if (option == "--version") {
-        std::printf("Tonvale plug-in %s\n", platform::Bundle::main().version().c_str());
-        return 0;
-    }
-    if (argc > 1) {
-        std::fputs(usage, stderr);
-        return wrongUsage;
-    }
     try {
         return run(argc, argv);
     } catch (const std::exception& exception) {
         platform::systemLog(platform::LogPriority::error, "The plug-in can't run: %s",
                             exception.what());
-        return 1;
+        return failure;
     }
 }

@@ -30,6 +30,23 @@ class PluginFixture : public testing::Test {
 
     void startPlugin() { plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}); }
 
+    /// What `Tonvale OPTION...` prints and answers.
+    static support::CommandResult runPlugin(std::vector<std::string> options) {
+        options.insert(options.begin(), TONVALE_PLUGIN);
+        return support::runCommand(options);
+    }
+
+    /// Waits until the running plug-in's status has `text` in it.
+    static bool tells(const std::string& text) {
+        std::string status;
+        const bool told = support::waitUntil([&] {
+            status = runPlugin({"--status"}).output;
+            return status.find(text) != std::string::npos;
+        });
+        EXPECT_TRUE(told) << text << " is not in\n" << status;
+        return told;
+    }
+
     /// Waits until exactly one program of that name has checked in, and answers it.
     MVCommConnectionProcess awaitProgram(const QString& name) {
         std::optional<MVCommConnectionProcess> program;
@@ -40,6 +57,15 @@ class PluginFixture : public testing::Test {
             << "\n"
             << (plugin_ ? plugin_->output() : "");
         return program.value_or(MVCommConnectionProcess{});
+    }
+
+    /// Waits until the program of the process has checked in.
+    void awaitProcess(pid_t process) {
+        const auto pid = static_cast<std::uint32_t>(process);
+        EXPECT_TRUE(support::waitUntil([&] {
+            return std::ranges::any_of(application_->programs(),
+                                       [pid](const auto& each) { return each.pid == pid; });
+        }));
     }
 
     /// Waits until the recorder hears the tone at this peak, to a twentieth.

@@ -1,13 +1,73 @@
 #include "e2e/PluginFixture.h"
 
+#include "comm/MVCommSocketPath.h"
+#include "platform/UnixSocket.h"
+#include "support/PrivateFolder.h"
+#include "support/ScopedVariable.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using platform::FileDescriptor;
+using support::ChildProcess;
 using support::Tone;
 using support::waitUntil;
+using testing::AllOf;
+using testing::HasSubstr;
 
 namespace {
 
 class PluginProcessTest : public PluginFixture {};
 
 const QString player = QStringLiteral("pw-cat");
+
+bool says(const ChildProcess& program, const std::string& text, std::size_t from = 0) {
+    return waitUntil([&] { return program.outputFrom(from).find(text) != std::string::npos; });
+}
+
+/// Processor time that the process has used, in clock ticks.
+long processorTime(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string field;
+    long ticks = 0;
+    for (int i = 1; i <= 15 && file >> field; ++i) {
+        if (i >= 14)
+            ticks += std::stol(field);
+    }
+    return ticks;
+}
+
+/// A listening socket in the application's place that does only what a test tells it.
+class SilentApplication {
+  public:
+    SilentApplication() : socket_(platform::makeUnixSocket()) {
+        std::filesystem::remove(MVCommMainSocketPath());
+        EXPECT_TRUE(platform::bindUnixSocket(socket_.get(), MVCommMainSocketPath()));
+        EXPECT_EQ(::listen(socket_.get(), 1), 0);
+    }
+    ~SilentApplication() { std::filesystem::remove(MVCommMainSocketPath()); }
+    SilentApplication(const SilentApplication&) = delete;
+    SilentApplication& operator=(const SilentApplication&) = delete;
+
+    /// The next connection; waits for it.
+    FileDescriptor accept() const {
+        FileDescriptor connection;
+        EXPECT_TRUE(waitUntil([&] {
+            connection.reset(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+            return static_cast<bool>(connection);
+        }));
+        return connection;
+    }
+
+  private:
+    const FileDescriptor socket_;
+};
 
 } // namespace
 
@@ -21,4 +81,155 @@ TEST_F(PluginProcessTest, ItComesBackAfterTheApplicationWasKilledAndRestarted) {
     EXPECT_EQ(again.pid, first.pid);
     application_->setVolume(again.pid, 50);
     EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+}
+
+TEST_F(PluginProcessTest, AnApplicationThatIsStoppedHoldsNothingUp) {
+    application_.reset();
+    ChildProcess application({TONVALE_LISTENING_PROGRAM});
+    const Tone first(Tone::Player::pwCat, toneFrequency, tonePeak);
+    ASSERT_TRUE(says(application, "pw-cat " + std::to_string(first.pid())));
+    application.signal(SIGSTOP);
+    const Tone second(Tone::Player::paplay, 1000, 0.2);
+    EXPECT_TRUE(tells("pacat (pid " + std::to_string(second.pid())));
+    EXPECT_TRUE(hears(tonePeak) && hears(0.2, 1000));
+
+    application.signal(SIGCONT);
+    EXPECT_TRUE(says(application, "pacat " + std::to_string(second.pid())));
+    EXPECT_TRUE(says(application, "pw-cat", application.outputSize())) << "levels come again";
+    application.stop(SIGKILL);
+    application_.emplace();
+    awaitProgram(player);
+    awaitProgram(QStringLiteral("pacat"));
+}
+
+TEST_F(PluginProcessTest, AnApplicationThatEndsWithinACommandIsForgotten) {
+    application_.reset();
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    {
+        const SilentApplication silent;
+        const FileDescriptor connection = silent.accept();
+        const std::array<std::int32_t, 4> command{kMVCommSetVolume, tone.pid(), 0, 10};
+        ASSERT_EQ(::send(connection.get(), command.data(), 15, 0), 15);
+    }
+    application_.emplace();
+    awaitProgram(player);
+    EXPECT_TRUE(hears(tonePeak));
+    EXPECT_TRUE(tells("has 100 %"));
+    application_->setVolume(static_cast<std::uint32_t>(tone.pid()), 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+}
+
+TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    application_->setVolume(awaitProgram(player).pid, 50);
+    ASSERT_TRUE(tells("has 50 % not muted"));
+    const auto second = runPlugin({});
+    EXPECT_EQ(second.status, 3);
+    EXPECT_EQ(second.output, "Tonvale: The plug-in runs in this session already\n");
+    EXPECT_THAT(runPlugin({"--status"}).output,
+                AllOf(HasSubstr("sound server: connected\napplication: connected\n"),
+                      HasSubstr("pw-cat (pid " + std::to_string(tone.pid()) +
+                                ", /usr/bin/pw-cat, vouched for by the kernel): wanted 50 %\n"),
+                      HasSubstr(" plays: wanted 50 %, has 50 % not muted\n")));
+}
+
+TEST_F(PluginProcessTest, OptionsAreAnsweredAndWrongOnesRefused) {
+    EXPECT_THAT(runPlugin({"--help"}).output, HasSubstr("--status"));
+    EXPECT_EQ(runPlugin({"--version"}).output, "Tonvale plug-in " TONVALE_VERSION "\n");
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--wrong"}, {""}, {"--status", "--help"}}) {
+        const auto result = runPlugin(options);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(std::ranges::count(result.output, '\n'), 1) << result.output;
+    }
+    plugin_.reset();
+    EXPECT_EQ(runPlugin({"--status"}).status, 1);
+}
+
+TEST_F(PluginProcessTest, ASignalEndsItWellAndProgramsKeepTheirVolume) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    for (const int signal : {SIGTERM, SIGINT}) {
+        application_->setVolume(awaitProgram(player).pid, 50);
+        ASSERT_TRUE(hears(tonePeak * gainOf(50)));
+        EXPECT_EQ(plugin_->stop(signal), 0) << plugin_->output();
+        EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+        startPlugin();
+    }
+}
+
+TEST_F(PluginProcessTest, AKilledOneLeavesTheSoundAloneAndTheNextGoesOn) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    application_->setVolume(awaitProgram(player).pid, 50);
+    ASSERT_TRUE(hears(tonePeak * gainOf(50)));
+    EXPECT_EQ(plugin_->stop(SIGKILL), 128 + SIGKILL);
+    ASSERT_TRUE(waitUntil([&] { return application_->programs().isEmpty(); }));
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    startPlugin();
+    const auto again = awaitProgram(player);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    application_->setVolume(again.pid, 80);
+    EXPECT_TRUE(hears(tonePeak * gainOf(80)));
+}
+
+TEST_F(PluginProcessTest, ItRunsWithoutASessionBusAndWithoutARuntimeFolder) {
+    plugin_.reset();
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const std::string runtime = session->runtimeFolder();
+    ChildProcess::Options options;
+    options.environment = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere"},
+                           {"XDG_RUNTIME_DIR", ""},
+                           {"PIPEWIRE_RUNTIME_DIR", runtime}};
+    plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}, options);
+    application_->setVolume(awaitProgram(player).pid, 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    EXPECT_EQ(plugin_->stop(SIGTERM), 0) << plugin_->output();
+}
+
+TEST_F(PluginProcessTest, ALostSessionBusNeitherEndsItNorKeepsItBusy) {
+    plugin_.reset();
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    {
+        const support::PrivateBus bus;
+        startPlugin();
+        ASSERT_TRUE(tells("sound server: connected"));
+    }
+    application_->setVolume(awaitProgram(player).pid, 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    ASSERT_TRUE(plugin_->isRunning()) << plugin_->output();
+    const long before = processorTime(plugin_->pid());
+    recorder_->record(std::chrono::seconds(3));
+    EXPECT_LE(processorTime(plugin_->pid()) - before, ::sysconf(_SC_CLK_TCK) / 2);
+}
+
+TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
+    Tone stopped(Tone::Player::pwCat, toneFrequency, tonePeak);
+    awaitProcess(stopped.pid());
+    stopped.process().signal(SIGSTOP);
+    application_->setVolume(static_cast<std::uint32_t>(stopped.pid()), 80);
+    // Not of the PulseAudio service: that waits for the stopped one, plug-in or not.
+    const Tone other(Tone::Player::pwCat, 1000, 0.2);
+    awaitProcess(other.pid());
+    application_->setVolume(static_cast<std::uint32_t>(other.pid()), 60);
+    EXPECT_TRUE(tells("wanted 60 %, has 60 %"));
+    stopped.process().signal(SIGCONT);
+    EXPECT_TRUE(tells("wanted 80 %, has 80 %"));
+    EXPECT_TRUE(hears(tonePeak * gainOf(80)));
+}
+
+TEST_F(PluginProcessTest, AConnectionForChangesIsClosedWhenItIsNotNeededAnyMore) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    const auto connections = [] {
+        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    };
+    for (const int percent : {50, 70}) {
+        application_->setVolume(program.pid, percent);
+        ASSERT_TRUE(hears(tonePeak * gainOf(percent)));
+        EXPECT_EQ(connections(), 2U);
+        EXPECT_TRUE(waitUntil([&] { return connections() == 1; }));
+    }
 }

@@ -1,0 +1,84 @@
+#include "plugin/PluginStatus.h"
+
+#include "platform/PrintableText.h"
+
+#include <algorithm>
+#include <cmath>
+
+using Proof = platform::StreamProcess::Proof;
+
+namespace {
+
+std::string percentText(long percent) {
+    return std::to_string(percent) + " %";
+}
+
+/// What other mixers show for the stream, times the scalar that they do not show.
+long shownPercent(StreamProps props) {
+    props.mute = false;
+    return std::lround(100.0 * std::cbrt(static_cast<double>(loudestGain(props))));
+}
+
+std::string wantedText(const WantedVolume& wanted) {
+    std::string text;
+    if (const auto percent = wanted.percent())
+        text = percentText(*percent);
+    if (wanted.muted)
+        text.append(text.empty() ? "" : " ").append(*wanted.muted ? "muted" : "not muted");
+    return text.empty() ? "nothing wanted" : "wanted " + text;
+}
+
+std::string actualText(const std::optional<StreamProps>& actual) {
+    if (!actual)
+        return "volume not known yet";
+    return "has " + percentText(shownPercent(*actual)) + (actual->mute ? " muted" : " not muted");
+}
+
+const char* proofText(Proof proof) {
+    switch (proof) {
+    case Proof::peer:
+        return "vouched for by the kernel";
+    case Proof::claim:
+        return "claimed and verified";
+    case Proof::sandbox:
+        return "vouched for by its sandbox";
+    case Proof::none:
+        break;
+    }
+    return "claimed only, number of our own";
+}
+
+std::string programText(const ProgramStatus& program) {
+    const platform::StreamProcess& process = program.process;
+    return platform::printableText(process.name) + " (pid " + std::to_string(process.pid) + ", " +
+           (process.path.empty() ? "path unknown" : platform::printableText(process.path)) + ", " +
+           proofText(process.proof) + "): " + wantedText(program.wanted) +
+           (program.connected ? "" : ", the application does not know of it") + "\n";
+}
+
+std::string streamText(const StreamStatus& stream) {
+    return "    stream " + std::to_string(stream.id) + (stream.running ? " plays" : " pauses") +
+           ": " + wantedText(stream.wanted) + ", " + actualText(stream.actual) + "\n";
+}
+
+const char* applicationText(const std::vector<ProgramStatus>& programs) {
+    if (programs.empty())
+        return "no program to tell it of\n";
+    const bool connected = std::any_of(programs.begin(), programs.end(),
+                                       [](const auto& program) { return program.connected; });
+    return connected ? "connected\n" : "not connected\n";
+}
+
+} // namespace
+
+std::string describe(const PluginStatus& status) {
+    std::string text =
+        status.serverConnected ? "sound server: connected\n" : "sound server: not connected\n";
+    text.append("application: ").append(applicationText(status.programs));
+    for (const ProgramStatus& program : status.programs) {
+        text += programText(program);
+        for (const StreamStatus& stream : program.streams)
+            text += streamText(stream);
+    }
+    return text;
+}

@@ -1,0 +1,184 @@
+#include "e2e/PluginFixture.h"
+
+#include "support/PrivateFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <filesystem>
+
+using support::ChildProcess;
+using support::PrivateAudioSession;
+using support::Tone;
+using support::waitUntil;
+
+namespace {
+
+const QString player = QStringLiteral("pw-cat");
+const QString pulsePlayer = QStringLiteral("pacat");
+
+class PluginRestartTest : public PluginFixture {
+  protected:
+    std::size_t openDescriptors() const {
+        const auto folder = "/proc/" + std::to_string(plugin_->pid()) + "/fd";
+        const std::filesystem::directory_iterator files(folder);
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+
+    /// Waits until the application gets levels of the program from now on.
+    bool isMeasured(std::uint32_t pid) {
+        application_->forgetLevels();
+        return waitUntil([&] {
+            const auto& levels = application_->levelsOf(pid);
+            return std::ranges::count_if(levels,
+                                         [](const auto& each) { return each.level > 0.4F; }) >= 5;
+        });
+    }
+
+    /// What depends on the server has gone with it.
+    void restartServer() {
+        recorder_.reset();
+        session->restart(PrivateAudioSession::server);
+        recorder_.emplace();
+    }
+};
+
+} // namespace
+
+TEST_F(PluginRestartTest, ItFindsItsWayBackToTheSoundServer) {
+    for (int i = 0; i < 2; ++i) {
+        {
+            const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+            awaitProgram(player);
+            session->stop(PrivateAudioSession::server, SIGKILL);
+            EXPECT_TRUE(tells("sound server: not connected"));
+        }
+        restartServer();
+        const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+        const auto program = awaitProgram(player);
+        EXPECT_EQ(program.pid, static_cast<std::uint32_t>(tone.pid()));
+        application_->setVolume(program.pid, 50);
+        EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+        EXPECT_TRUE(isMeasured(program.pid));
+    }
+}
+
+TEST_F(PluginRestartTest, ItMayBeThereBeforeTheSoundServer) {
+    plugin_.reset();
+    recorder_.reset();
+    for (const char* const service :
+         {PrivateAudioSession::pulseService, PrivateAudioSession::sessionManager,
+          PrivateAudioSession::server})
+        session->stop(service);
+    startPlugin();
+    ASSERT_TRUE(tells("sound server: not connected"));
+    restartServer();
+    const Tone tone(Tone::Player::paplay, toneFrequency, tonePeak);
+    const auto program = awaitProgram(pulsePlayer);
+    application_->setVolume(program.pid, 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+}
+
+TEST_F(PluginRestartTest, ItGoesOnWithANewSessionManager) {
+    const Tone before(Tone::Player::pwCat, toneFrequency, tonePeak);
+    application_->setVolume(awaitProgram(player).pid, 50);
+    ASSERT_TRUE(hears(tonePeak * gainOf(50)));
+    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
+    session->start(PrivateAudioSession::sessionManager);
+    // This version does not link again what has been linked before, so nothing is heard.
+    application_->setVolume(awaitProgram(player).pid, 60);
+    EXPECT_TRUE(tells("wanted 60 %, has 60 %"));
+    const Tone after(Tone::Player::paplay, toneFrequency, tonePeak);
+    application_->setVolume(awaitProgram(pulsePlayer).pid, 70);
+    EXPECT_TRUE(tells("wanted 70 %, has 70 %"));
+    restartServer();
+}
+
+TEST_F(PluginRestartTest, ProgramsComeBackWithThePulseAudioService) {
+    {
+        const Tone tone(Tone::Player::paplay, toneFrequency, tonePeak);
+        awaitProgram(pulsePlayer);
+        recorder_.reset();
+        session->stop(PrivateAudioSession::pulseService, SIGKILL);
+    }
+    session->start(PrivateAudioSession::pulseService);
+    recorder_.emplace();
+    const Tone tone(Tone::Player::paplay, toneFrequency, tonePeak);
+    const auto program = awaitProgram(pulsePlayer);
+    EXPECT_EQ(program.pid, static_cast<std::uint32_t>(tone.pid()));
+    application_->setVolume(program.pid, 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+}
+
+TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const auto program = awaitProgram(player);
+    ASSERT_TRUE(isMeasured(program.pid));
+    const std::size_t before = openDescriptors();
+    const std::string file = [] {
+        static const support::PrivateFolder folder;
+        return (folder.path() / "moment.wav").string();
+    }();
+    ASSERT_EQ(support::runCommand({"sox", "-n", "-r", "48000", "-c", "2", "-b", "16", file, "synth",
+                                   "0.02", "sine", "300"})
+                  .status,
+              0);
+    for (int i = 0; i < 10; ++i) {
+        std::vector<std::unique_ptr<ChildProcess>> moments;
+        for (const char* const each : {"pw-cat", "paplay", "pw-cat", "paplay", "pw-cat"}) {
+            std::vector<std::string> arguments{each, file};
+            if (arguments[0] == "pw-cat")
+                arguments.insert(arguments.begin() + 1, "--playback");
+            moments.push_back(std::make_unique<ChildProcess>(arguments));
+        }
+        moments.front()->stop(SIGKILL);
+        moments.back()->stop(SIGKILL);
+        for (const auto& moment : moments)
+            EXPECT_TRUE(moment->wait());
+    }
+    EXPECT_TRUE(waitUntil([&] { return application_->programs().size() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; }))
+        << openDescriptors() << " instead of " << before;
+    EXPECT_TRUE(isMeasured(program.pid));
+    application_->setVolume(program.pid, 50);
+    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+}
+
+TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
+    std::size_t before = 0;
+    for (int i = 0; i <= 5; ++i) {
+        restartServer();
+        const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+        const auto program = awaitProgram(player);
+        ASSERT_TRUE(isMeasured(program.pid));
+        if (i == 0) // the first time may load what then stays
+            before = openDescriptors();
+        EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; })) << i;
+    }
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    for (int i = 0; i < 20; ++i) {
+        application_.reset();
+        application_.emplace();
+        awaitProgram(player);
+    }
+    ASSERT_TRUE(isMeasured(static_cast<std::uint32_t>(tone.pid())));
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; }))
+        << openDescriptors() << " instead of " << before;
+}
+
+TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
+    const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
+    application_->setVolume(awaitProgram(player).pid, 40);
+    const Tone untouched(Tone::Player::pwCat, 1000, 0.01);
+    awaitProcess(untouched.pid());
+    ASSERT_TRUE(hears(tonePeak * gainOf(40)));
+    // Longer than a new stream's volume is upheld.
+    recorder_->record(std::chrono::milliseconds(600));
+    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
+    const auto restored =
+        support::runCommand({TONVALE_RESTORING_MANAGER, std::to_string(gainOf(90))});
+    ASSERT_EQ(restored.status, 0) << restored.output;
+    ASSERT_TRUE(tells("nothing wanted, has 90 %")) << "it has set what it remembers";
+    EXPECT_TRUE(tells("wanted 40 %, has 40 %"));
+    restartServer();
+}

@@ -1,0 +1,53 @@
+#include "plugin/PluginStatus.h"
+
+#include <gtest/gtest.h>
+
+using platform::StreamProcess;
+
+namespace {
+
+StreamProps propsOf(std::vector<float> volumes, bool mute, float volume = 1.0F) {
+    return {std::move(volumes), mute, volume};
+}
+
+} // namespace
+
+TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
+    PluginStatus status{true, {}};
+    status.programs.push_back(
+        {{321, "player", "/opt/player/player", 7, "", StreamProcess::Proof::peer},
+         {gainOfPercent(50), true},
+         true,
+         {{45, true, {gainOfPercent(50), true}, propsOf({0.125F, 0.0625F}, true)},
+          {46, false, {}, std::nullopt},
+          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}}});
+    status.programs.push_back(
+        {{StreamProcess::firstPseudoProcess, "radio", "", {}}, {}, false, {}});
+    EXPECT_EQ(describe(status),
+              "sound server: connected\n"
+              "application: connected\n"
+              "player (pid 321, /opt/player/player, vouched for by the kernel): "
+              "wanted 50 % muted\n"
+              "    stream 45 plays: wanted 50 % muted, has 50 % muted\n"
+              "    stream 46 pauses: nothing wanted, volume not known yet\n"
+              "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
+              "radio (pid 1073741824, path unknown, claimed only, number of our own): "
+              "nothing wanted, the application does not know of it\n");
+}
+
+TEST(PluginStatus, TellsWhatIsMissing) {
+    EXPECT_EQ(describe({}), "sound server: not connected\n"
+                            "application: no program to tell it of\n");
+    PluginStatus status{true, {}};
+    status.programs.push_back({{1, "player", "/p", {}}, {}, false, {}});
+    EXPECT_NE(describe(status).find("application: not connected\n"), std::string::npos);
+}
+
+TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
+    PluginStatus status;
+    status.programs.push_back(
+        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, true, {}});
+    EXPECT_NE(describe(status).find("\na\\nsound server: gone\\u001b[2J (pid 1, /\\u202e\\xff, "),
+              std::string::npos)
+        << describe(status);
+}
