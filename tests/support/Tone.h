@@ -17,7 +17,9 @@ class Tone {
     enum class Player { pwCat, paplay };
 
     /// `peak` is linear, 0 to 1. `target` is the node.name of a sink; empty: the default one.
-    Tone(Player player, unsigned frequency, double peak, const std::string& target = {});
+    /// `role` is the media.role of the stream; empty: the player's own.
+    Tone(Player player, unsigned frequency, double peak, const std::string& target = {},
+         const std::string& role = {});
 
     pid_t pid() const noexcept { return player_.pid(); }
     ChildProcess& process() noexcept { return player_; }
