@@ -12,13 +12,15 @@
 
 /// A home of its own, whose folders a test changes.
 class ContainersFixture : public CommFixture {
+  public:
+    ~ContainersFixture() override { QNItemContentChangeMonitor::removeObserver(probeObserver_); }
+
   protected:
     ContainersFixture() {
         std::filesystem::create_directory(probe_);
         probeObserver_ = QNItemContentChangeMonitor::addObserverForPath(
             probe_, nullptr, [this](const auto&, auto) { ++probed_; });
     }
-    ~ContainersFixture() override { QNItemContentChangeMonitor::removeObserver(probeObserver_); }
 
     std::filesystem::path inHome(const std::string& path) const { return home_ / path; }
     std::filesystem::path container(const std::string& name) const {

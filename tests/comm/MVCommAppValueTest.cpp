@@ -11,8 +11,6 @@
 
 #include <limits>
 
-using platform::RunningApplication;
-
 namespace {
 
 template <typename Value>

@@ -18,12 +18,14 @@ QColor middleOf(const QIcon& icon, int size) {
 }
 
 class WorkspaceTest : public testing::Test {
-  protected:
-    WorkspaceTest() { QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())}); }
+  public:
     ~WorkspaceTest() override {
         QIcon::setThemeSearchPaths(searchPaths_);
         QIcon::setThemeName(themeName_);
     }
+
+  protected:
+    WorkspaceTest() { QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())}); }
 
     /// A theme with the generic icon, and uses it.
     std::string makeTheme(const char* name) const {
@@ -32,7 +34,7 @@ class WorkspaceTest : public testing::Test {
         std::ofstream(folder.parent_path() / "index.theme")
             << "[Icon Theme]\nName=x\nDirectories=apps\n[apps]\nSize=32\nType=Scalable\n"
                "MinSize=8\nMaxSize=512\n";
-        const std::string file = folder / "application-x-executable.png";
+        std::string file = folder / "application-x-executable.png";
         QImage image(32, 32, QImage::Format_ARGB32);
         image.fill(Qt::red);
         EXPECT_TRUE(image.save(QString::fromStdString(file)));

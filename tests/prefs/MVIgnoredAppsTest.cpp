@@ -25,11 +25,13 @@ constexpr const char* disabledKey = "DisabledBuiltInIgnoredApps";
 constexpr const char* customKey = "CustomIgnoredApps";
 
 class MVIgnoredAppsTest : public testing::Test {
+  public:
+    ~MVIgnoredAppsTest() override { MVIgnoredApps::setPluginNotifier(nullptr); }
+
   protected:
     MVIgnoredAppsTest() {
         MVIgnoredApps::setPluginNotifier([this] { steps_ += 'P'; });
     }
-    ~MVIgnoredAppsTest() override { MVIgnoredApps::setPluginNotifier(nullptr); }
 
     static MVIgnoredApp& entry(const MVIgnoredApps& apps, const QString& name) {
         const auto found = std::ranges::find_if(
