@@ -1,17 +1,31 @@
 #include "comm/MVComm.h"
 
+#include "comm/ContainerWatch.h"
+#include "comm/MVCommLogText.h"
 #include "comm/MVCommSocketPath.h"
 #include "comm/MVCommunication.h"
+#include "platform/Directories.h"
 #include "platform/DistributedNotification.h"
 #include "platform/RunLoop.h"
+#include "platform/SystemLog.h"
 
+#include <QDir>
 #include <QFile>
-#include <QString>
+#include <QFileInfo>
+#include <QMap>
+
+#include <algorithm>
 
 namespace {
 
 constexpr std::chrono::milliseconds additionDelay{100};
 constexpr std::chrono::milliseconds announcementDelay{100};
+
+/// Empty for a user without a home.
+std::string containersFolder() {
+    std::string library = platform::userLibraryDirectory();
+    return !library.empty() ? library.append("/Containers") : library;
+}
 
 } // namespace
 
@@ -24,22 +38,101 @@ MVComm& MVComm::sharedComm() {
 MVComm::MVComm()
     : afterAddition_(*platform::RunLoop::current(), [this] { broadcastDidLaunchNotification(); })
     , announcement_(*platform::RunLoop::current(),
-                    [this] { broadcastDidLaunchNotificationDelayed(); }) {}
+                    [this] { broadcastDidLaunchNotificationDelayed(); }) {
+    if (std::string folder = containersFolder(); !folder.empty())
+        containerWatch_ =
+            std::make_unique<ContainerWatch>(std::move(folder), [this] { injectIntoContainers(); });
+    injectIntoContainers();
+}
 
 MVComm::~MVComm() = default;
 
 bool MVComm::setupPluginConnectionWithCallBack(MVCommDataCallback callback) {
     dataCallback_ = callback;
-    return addCommForPath(QFile::decodeName(MVCommMainSocketPath().c_str()));
+    if (!addCommForPath(QFile::decodeName(MVCommMainSocketPath().c_str())))
+        return false;
+    std::rotate(comms_.begin(), std::prev(comms_.end()), comms_.end());
+    return true;
 }
 
 bool MVComm::addCommForPath(const QString& path) {
+    if (QFile::encodeName(path).size() > static_cast<qsizetype>(kMVCommLongestSocketPath)) {
+        platform::systemLog(platform::LogPriority::error,
+                            "Couldn't serve %s: the path has more than %zu bytes",
+                            qUtf8Printable(MVCommLogText(path)), kMVCommLongestSocketPath);
+        return false;
+    }
     auto server = MVCommunication::create(*this, path);
     if (server == nullptr)
         return false;
     comms_.push_back(std::move(server));
     afterAddition_.start(additionDelay);
     return true;
+}
+
+QStringList MVComm::containerLibraries() {
+    const std::string folder = containersFolder();
+    if (folder.empty())
+        return {};
+    QStringList libraries;
+    const QDir containers(QFile::decodeName(folder.c_str()));
+    for (const QString& entry :
+         containers.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name)) {
+        const QString data = containers.filePath(entry) + QLatin1String("/Data");
+        if (QFileInfo(data).isDir())
+            libraries += data;
+    }
+    return libraries;
+}
+
+void MVComm::injectIntoContainers() {
+    const QStringList paths = containerSockets();
+    const QList<MVCommConnectionProcess> gone = endContainersExcept(paths);
+    for (const QString& path : paths) {
+        if (!containerPaths_.contains(path) && addCommForPath(path))
+            containerPaths_.insert(path);
+    }
+    tellGone(gone);
+}
+
+/// Of several paths to one folder only one counts, the one that is served already: another server
+/// would take the socket away from the first.
+QStringList MVComm::containerSockets() const {
+    QMap<QString, QString> pathOfFolder;
+    for (const QString& library : containerLibraries()) {
+        const QFileInfo folder(library);
+        const QString path = library + QLatin1Char('/') + QLatin1String(kMVCommSocketName);
+        const QString real = folder.canonicalFilePath();
+        if (folder.isWritable() && (!pathOfFolder.contains(real) || containerPaths_.contains(path)))
+            pathOfFolder.insert(real, path);
+    }
+    return pathOfFolder.values();
+}
+
+/// Answers whom their plug-ins spoke for. A container that was replaced by one of the same name has
+/// no socket yet, so the server of the old one ends too.
+QList<MVCommConnectionProcess> MVComm::endContainersExcept(const QStringList& paths) {
+    const QSet<QString> wanted(paths.begin(), paths.end());
+    QList<MVCommConnectionProcess> processes;
+    std::erase_if(comms_, [&](const auto& server) {
+        const QString& path = server->socketPath();
+        if (!containerPaths_.contains(path) || (wanted.contains(path) && QFileInfo::exists(path)))
+            return false;
+        containerPaths_.remove(path);
+        processes += server->connectionProcesses();
+        server->shutdown();
+        return true;
+    });
+    return processes;
+}
+
+void MVComm::tellGone(const QList<MVCommConnectionProcess>& processes) const {
+    for (const MVCommConnectionProcess& process : processes) {
+        const MVCommActivityMessage silence{kMVCommActivity, process.pid, 0.0F};
+        dataCallback_(&silence);
+    }
+    if (!processes.isEmpty() && disconnectionCallback_ != nullptr)
+        disconnectionCallback_();
 }
 
 void MVComm::sendMessage(const MVCommConsoleMessage* message) {
@@ -75,6 +168,8 @@ void MVComm::broadcastDidLaunchNotificationDelayed() {
 void MVComm::shutdown() {
     afterAddition_.stop();
     announcement_.stop();
+    containerWatch_.reset();
+    containerPaths_.clear();
     for (const auto& server : comms_)
         server->shutdown();
     comms_.clear();

@@ -5,16 +5,23 @@
 #include "platform/Timer.h"
 
 #include <QList>
+#include <QSet>
+#include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
 
+class ContainerWatch;
 class MVCommunication;
-class QString;
 
 /// The one object through which the rest of the application talks to the plug-ins. It owns the
 /// socket servers, keeps the callbacks that they call, hands every command and setting to all of
 /// them, and tells waiting plug-ins that the application is there. Main thread only.
+///
+/// Programs that see nothing but their container find a socket there: each "Data" folder of an
+/// entry of ~/Library/Containers has one, from the beginning or as soon as it appears. What
+/// plug-ins say before there are callbacks is not passed on.
 ///
 /// In this order: set the connection and disconnection callbacks, then
 /// setupPluginConnectionWithCallBack(), at the end shutdown().
@@ -23,7 +30,8 @@ class MVComm final : public MVCommCallbacks {
     /// The process's façade, made on first use and living until the process ends.
     static MVComm& sharedComm();
 
-    /// For the thread's run loop, which must outlive it.
+    /// For the thread's run loop, which must outlive it. Serves the containers that there are, and
+    /// watches for others.
     MVComm();
     ~MVComm() override;
     MVComm(const MVComm&) = delete;
@@ -37,6 +45,14 @@ class MVComm final : public MVCommCallbacks {
     /// Serves one more socket and, 0.2 s after the last addition of a burst, announces the launch.
     /// False, with nothing added, when the socket cannot be served.
     bool addCommForPath(const QString& path);
+
+    /// The "Data" folders of the user's containers, those with a link as an entry included; empty
+    /// when they cannot be listed. Any thread.
+    static QStringList containerLibraries();
+
+    /// Has every container that may be written to be served, and ends the servers of those that
+    /// have gone. Called whenever the containers change.
+    void injectIntoContainers();
 
     /// Called 50 ms after the last check-in of a burst; null for none.
     void setAppConnectCallback(MVCommCallback callback) noexcept { connectionCallback_ = callback; }
@@ -62,16 +78,22 @@ class MVComm final : public MVCommCallbacks {
     /// called meanwhile.
     void broadcastDidLaunchNotification();
 
-    /// Ends every server, removes the socket files and drops a pending announcement.
+    /// Ends every server, removes the socket files and drops a pending announcement. Containers
+    /// that appear later are not served.
     void shutdown();
 
   private:
     void broadcastDidLaunchNotificationDelayed();
+    QStringList containerSockets() const;
+    QList<MVCommConnectionProcess> endContainersExcept(const QStringList& paths);
+    void tellGone(const QList<MVCommConnectionProcess>& processes) const;
 
-    std::vector<std::shared_ptr<MVCommunication>> comms_;
-    MVCommDataCallback dataCallback_ = nullptr;
+    std::vector<std::shared_ptr<MVCommunication>> comms_; // the main one, then the containers'
+    QSet<QString> containerPaths_; // of those in comms_ that are a container's
+    MVCommDataCallback dataCallback_ = [](const MVCommActivityMessage*) {};
     MVCommCallback connectionCallback_ = nullptr;
     MVCommCallback disconnectionCallback_ = nullptr;
     platform::Timer afterAddition_;
     platform::Timer announcement_;
+    std::unique_ptr<ContainerWatch> containerWatch_; // null without a home
 };

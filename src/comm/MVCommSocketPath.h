@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -13,6 +14,10 @@
 
 /// The name of every plug-in socket.
 inline constexpr const char* kMVCommSocketName = "com.quarnel.mivo.sock";
+
+/// What a path may have at most, in bytes, to be served: a longer one would be cut, and serve
+/// another place than the one that plug-ins look at.
+inline constexpr std::size_t kMVCommLongestSocketPath = 253;
 
 /// What the choice depends on; the functions without it ask the process's environment.
 struct MVCommSocketPlaces {

@@ -37,11 +37,14 @@ std::string homeDirectory() {
     return !home.empty() ? home : homeOfUserEntry();
 }
 
-std::string baseDirectory(const char* variable, std::string_view inHome) {
-    if (std::string folder = absoluteVariable(variable); !folder.empty())
-        return folder;
+std::string folderInHome(std::string_view inHome) {
     std::string home = homeDirectory();
     return !home.empty() ? home.append(inHome) : home;
+}
+
+std::string baseDirectory(const char* variable, std::string_view inHome) {
+    std::string folder = absoluteVariable(variable);
+    return !folder.empty() ? folder : folderInHome(inHome);
 }
 
 bool isDirectory(const std::string& path) {
@@ -85,6 +88,10 @@ std::string logsDirectory() {
 
 std::string preferencesDirectory() {
     return baseDirectory("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string userLibraryDirectory() {
+    return folderInHome("/Library");
 }
 
 std::string localLibraryDirectory() {

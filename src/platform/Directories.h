@@ -22,6 +22,9 @@ std::string logsDirectory();
 /// $XDG_CONFIG_HOME, else ~/.config. Empty for a user without a home.
 std::string preferencesDirectory();
 
+/// ~/Library, which holds the containers of this user's programs. Empty for a user without a home.
+std::string userLibraryDirectory();
+
 /// The folder for what all users share: $TONVALE_LOCAL_LIBRARY, else what the build has set,
 /// /Library if nothing else.
 std::string localLibraryDirectory();

@@ -16,6 +16,11 @@ inline const QString disableSoundEffects = QStringLiteral("DisableSoundEffects")
 /// Number, registered for who may look for it; no program's volume.
 inline const QString volume = QStringLiteral("Volume");
 
+/// Arrays of texts: the names of the built-in entries of the ignore list that are switched off, and
+/// the person's own names. Absent when there are none.
+inline const QString disabledBuiltInIgnoredApps = QStringLiteral("DisabledBuiltInIgnoredApps");
+inline const QString customIgnoredApps = QStringLiteral("CustomIgnoredApps");
+
 /// What holds where a person has set nothing.
 QVariantMap defaults();
 

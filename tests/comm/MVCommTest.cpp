@@ -1,6 +1,7 @@
 #include "comm/MVComm.h"
 
 #include "CommFixture.h"
+#include "comm/MVCommConnectedProcess.h"
 #include "comm/MVCommSocketPath.h"
 #include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
@@ -90,6 +91,28 @@ TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
     }
     EXPECT_FALSE(std::filesystem::exists(socketPath("first")));
     EXPECT_TRUE(comm_.connectionProcesses().isEmpty());
+}
+
+TEST_F(MVCommTest, ConnectedProcessesAreThoseThatHaveCheckedIn) {
+    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("socket"))));
+    support::ScriptedPlugin daemon(socketPath("socket"));
+    support::ScriptedPlugin silent(socketPath("socket"));
+    support::ScriptedPlugin alike(socketPath("socket"));
+    support::ScriptedPlugin nameless(socketPath("socket"));
+    daemon.checkIn(1, "coreaudiod", "/usr/sbin/coreaudiod");
+    alike.checkIn(3, "CoreAudioD", "/usr/bin/x");
+    nameless.checkIn(4, "", "");
+    turn();
+    EXPECT_EQ(comm_.connectionProcesses().size(), 4);
+    const auto processes = MVCommCopyConnectedProcesses(comm_);
+    ASSERT_EQ(processes.size(), 3);
+    EXPECT_EQ(processes[0].pid, 1U);
+    EXPECT_EQ(processes[0].name, "coreaudiod");
+    EXPECT_EQ(processes[0].path, "/usr/sbin/coreaudiod");
+    EXPECT_TRUE(processes[0].isAudioDaemon);
+    EXPECT_EQ(processes[1].pid, 3U);
+    EXPECT_FALSE(processes[1].isAudioDaemon);
+    EXPECT_EQ(processes[2].name, "4");
 }
 
 TEST_F(MVCommTest, SettingsDoNotReachServersThatAreAddedLater) {

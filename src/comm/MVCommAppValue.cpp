@@ -1,0 +1,69 @@
+#include "comm/MVCommAppValue.h"
+
+#include "comm/MVCommConnectedProcess.h"
+#include "platform/Localization.h"
+#include "platform/Workspace.h"
+
+#include <utility>
+
+std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithApp(const MVCommConnectedProcess* app,
+                                                            const platform::Workspace& workspace) {
+    if (app == nullptr)
+        return nullptr;
+    return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(
+        workspace.iconForPath(app->path), app->name, app->pid, app->isAudioDaemon, false));
+}
+
+std::unique_ptr<MVCommAppValue>
+MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
+                                   const platform::Workspace& workspace) {
+    QIcon icon = app.bundlePath.isEmpty() ? workspace.genericApplicationIcon()
+                                          : workspace.iconForPath(app.bundlePath);
+    return std::unique_ptr<MVCommAppValue>(
+        new MVCommAppValue(std::move(icon), app.localizedName, app.pid, false, true));
+}
+
+QString MVCommAppValue::displayNameForProcessName(const QString& name) {
+    return name == kMVCommAudioDaemonName
+               ? platform::localized(QStringLiteral("Sound Effects"), "Tonvale")
+               : name;
+}
+
+MVCommAppValue::MVCommAppValue(QIcon icon, QString processName, std::uint32_t pid, bool isBeeps,
+                               bool isRunningApp)
+    : icon_(std::move(icon))
+    , processName_(std::move(processName))
+    , pid_(pid)
+    , isBeeps_(isBeeps)
+    , isRunningApp_(isRunningApp) {}
+
+void MVCommAppValue::setVolume(double volume) {
+    const bool isAnother = volume < volume_ || volume > volume_;
+    if (!isAnother)
+        return;
+    volume_ = volume;
+    Q_EMIT volumeChanged(volume);
+}
+
+void MVCommAppValue::setMuted(bool muted) {
+    if (muted == muted_)
+        return;
+    muted_ = muted;
+    Q_EMIT mutedChanged(muted);
+}
+
+MVCommActivityChange MVCommAppValue::setActivity(qint64 activity) {
+    const qint64 previous = activity_;
+    if (activity == previous)
+        return kMVCommActivityUnchanged;
+    activity_ = activity;
+    Q_EMIT activityChanged(activity);
+    // An observer may have set the next activity already.
+    if (const bool hasActivity = activity_ > 0; hasActivity != hasActivity_) {
+        hasActivity_ = hasActivity;
+        Q_EMIT hasActivityChanged(hasActivity);
+    }
+    if (activity == 0)
+        return kMVCommActivityEnded;
+    return previous == 0 ? kMVCommActivityBegan : kMVCommActivityMoved;
+}

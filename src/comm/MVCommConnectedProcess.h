@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <cstdint>
+
+class MVComm;
+
+/// What the process of the system's sound effects is called.
+inline const QString kMVCommAudioDaemonName = QStringLiteral("coreaudiod");
+
+/// A program that is connected through its plug-in and has said who it is.
+struct MVCommConnectedProcess {
+    std::uint32_t pid = 0;
+    QString name; ///< never empty
+    QString path; ///< full path of the executable
+    bool isAudioDaemon = false;
+};
+
+/// The façade's processes in their order, without those that have not checked in. Main thread.
+QList<MVCommConnectedProcess> MVCommCopyConnectedProcesses(const MVComm& comm);
+
+/// Those of the shared façade.
+QList<MVCommConnectedProcess> MVCommCopyConnectedProcesses();

@@ -1,0 +1,171 @@
+#include "prefs/MVIgnoredApps.h"
+
+#include "comm/MVComm.h"
+#include "comm/MVCommLogText.h"
+#include "comm/MVCommMessages.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVIgnoredApp.h"
+#include "prefs/PreferenceKeys.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+std::function<void()>& pluginNotifier() {
+    static std::function<void()> notifier;
+    return notifier;
+}
+
+QStringList builtInNames() {
+    return {"Activity Monitor",
+            "AppleSpell.service",
+            "backgroundinstruments",
+            "BluetoothUIServer",
+            "Console",
+            "com.apple.dock.extra",
+            "com.apple.security.pboxd",
+            "Disk Utility",
+            "Dock",
+            "Pelmora",
+            "Finder",
+            "Folder Actions Dispatcher",
+            "EEventManager",
+            "ibtool",
+            "ibtoold",
+            "iCal",
+            "iChatAgent",
+            "Image Capture Extension",
+            "Interface Builder",
+            "iTunes Helper",
+            "loginwindow",
+            "mdworker",
+            "mdworker32",
+            "Microsoft AU Daemon",
+            "Microsoft Ship Asserts",
+            "NetAuthAgent",
+            "PressAndHold",
+            "Preview",
+            "PTPCamera",
+            "rcd",
+            "Safari Web Content",
+            "scriptrunner",
+            "SecurityAgent",
+            "ShareKitHelper",
+            "Tonvale",
+            "TonvaleHelper",
+            "storeagent",
+            "SystemUIServer",
+            "talagent",
+            "Terminal",
+            "TextEdit",
+            "UserEventAgent",
+            "Xcode"};
+}
+
+void sortNames(QStringList& names) {
+    // Names that differ in case only stay in the order in which they came.
+    std::stable_sort(names.begin(), names.end(), [](const QString& one, const QString& other) {
+        return QString::compare(one, other, Qt::CaseInsensitive) < 0;
+    });
+}
+
+bool isSameName(const QString& one, const QString& other) {
+    return QString::compare(one, other, Qt::CaseInsensitive) == 0;
+}
+
+/// The texts of an array; what is none is left out.
+QStringList storedNames(const platform::UserDefaults& defaults, const QString& key) {
+    QStringList names;
+    for (const QVariant& item : defaults.list(key)) {
+        if (item.typeId() == QMetaType::QString)
+            names += item.toString();
+    }
+    return names;
+}
+
+void storeNames(platform::UserDefaults& defaults, const QString& key, const QStringList& names) {
+    if (names.isEmpty())
+        defaults.remove(key);
+    else
+        defaults.set(key, names);
+}
+
+} // namespace
+
+MVIgnoredApps& MVIgnoredApps::sharedInstance() {
+    static auto& shared = *new MVIgnoredApps(platform::UserDefaults::standard());
+    return shared;
+}
+
+MVIgnoredApps::MVIgnoredApps(platform::UserDefaults& defaults)
+    : defaults_(defaults), custom_(storedNames(defaults, PreferenceKeys::customIgnoredApps)) {
+    QStringList names = builtInNames();
+    sortNames(names);
+    const QStringList disabled = storedNames(defaults, PreferenceKeys::disabledBuiltInIgnoredApps);
+    for (const QString& name : std::as_const(names)) {
+        auto& entry =
+            builtIn_.emplace_back(std::make_unique<MVIgnoredApp>(name, !disabled.contains(name)));
+        QObject::connect(entry.get(), &MVIgnoredApp::enabledChanged, entry.get(),
+                         [this, &entry = *entry] { builtInDidChange(entry); });
+    }
+}
+
+MVIgnoredApps::~MVIgnoredApps() = default;
+
+bool MVIgnoredApps::isAppIgnored(const QString& name) const {
+    return std::ranges::any_of(builtIn_,
+                               [&](const auto& entry) {
+                                   return entry->enabled() && isSameName(entry->name(), name);
+                               }) ||
+           std::ranges::any_of(custom_,
+                               [&](const QString& each) { return isSameName(each, name); });
+}
+
+void MVIgnoredApps::addCustomIgnore(const QString& name) {
+    QNLog(qnlog_user, "Added custom '%@'", MVCommLogText(name));
+    custom_ += name;
+    sortNames(custom_);
+    save(true);
+}
+
+void MVIgnoredApps::removeCustomIgnore(const QString& name) {
+    QNLog(qnlog_user, "Removed custom '%@'", MVCommLogText(name));
+    custom_.removeAll(name);
+    save(false);
+}
+
+void MVIgnoredApps::builtInDidChange(const MVIgnoredApp& entry) {
+    QNLog(qnlog_user, entry.enabled() ? "Enabled built-in '%@'" : "Disabled built-in '%@'",
+          entry.name());
+    save(!entry.enabled());
+}
+
+void MVIgnoredApps::save(bool tellPlugins) {
+    QStringList disabled;
+    for (const auto& entry : builtIn_) {
+        if (!entry->enabled())
+            disabled += entry->name();
+    }
+    storeNames(defaults_, PreferenceKeys::disabledBuiltInIgnoredApps, disabled);
+    storeNames(defaults_, PreferenceKeys::customIgnoredApps, custom_);
+    platform::NotificationCenter::standard().post(didChangeNotification);
+    if (!tellPlugins)
+        return;
+    if (const auto notifier = pluginNotifier())
+        notifier();
+    else
+        notifyPlugins();
+}
+
+void MVIgnoredApps::setPluginNotifier(std::function<void()> notifier) {
+    pluginNotifier() = std::move(notifier);
+}
+
+void MVIgnoredApps::notifyPlugins() {
+    const MVCommConsoleMessage message{kMVCommIgnoreListChanged, 0, 0, 0};
+    MVComm::sharedComm().sendMessage(&message);
+}

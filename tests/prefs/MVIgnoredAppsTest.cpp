@@ -1,0 +1,263 @@
+#include "prefs/MVIgnoredApps.h"
+
+#include "comm/MVComm.h"
+#include "platform/NotificationCenter.h"
+#include "platform/PropertyList.h"
+#include "platform/RunLoop.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVIgnoredApp.h"
+#include "support/PrivateFolder.h"
+#include "support/ScriptedPlugin.h"
+#include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+using platform::UserDefaults;
+
+namespace {
+
+constexpr const char* disabledKey = "DisabledBuiltInIgnoredApps";
+constexpr const char* customKey = "CustomIgnoredApps";
+
+class MVIgnoredAppsTest : public testing::Test {
+  public:
+    ~MVIgnoredAppsTest() override { MVIgnoredApps::setPluginNotifier(nullptr); }
+
+  protected:
+    MVIgnoredAppsTest() {
+        MVIgnoredApps::setPluginNotifier([this] { steps_ += 'P'; });
+    }
+
+    static MVIgnoredApp& entry(const MVIgnoredApps& apps, const QString& name) {
+        const auto found = std::ranges::find_if(
+            apps.builtIn(), [&](const auto& each) { return each->name() == name; });
+        return **found;
+    }
+
+    /// What `change` brings about: N the notification, P the plug-ins are told.
+    std::string stepsOf(const std::function<void()>& change) {
+        steps_.clear();
+        change();
+        return steps_;
+    }
+
+    support::SystemLogRecorder log_;
+    UserDefaults defaults_{""}; // in memory
+    std::string steps_;
+    const platform::NotificationObserver observer_{"MVIgnoredAppsDidChangeNotification",
+                                                   [this](const QVariant& object) {
+                                                       EXPECT_FALSE(object.isValid());
+                                                       steps_ += 'N';
+                                                   }};
+};
+
+} // namespace
+
+TEST_F(MVIgnoredAppsTest, TheBuiltInNamesAreSortedWithoutRegardToCase) {
+    const MVIgnoredApps apps(defaults_);
+    const QStringList expected{"Activity Monitor",
+                               "AppleSpell.service",
+                               "backgroundinstruments",
+                               "BluetoothUIServer",
+                               "com.apple.dock.extra",
+                               "com.apple.security.pboxd",
+                               "Console",
+                               "Disk Utility",
+                               "Dock",
+                               "EEventManager",
+                               "Finder",
+                               "Folder Actions Dispatcher",
+                               "ibtool",
+                               "ibtoold",
+                               "iCal",
+                               "iChatAgent",
+                               "Image Capture Extension",
+                               "Interface Builder",
+                               "iTunes Helper",
+                               "loginwindow",
+                               "mdworker",
+                               "mdworker32",
+                               "Microsoft AU Daemon",
+                               "Microsoft Ship Asserts",
+                               "NetAuthAgent",
+                               "Pelmora",
+                               "PressAndHold",
+                               "Preview",
+                               "PTPCamera",
+                               "rcd",
+                               "Safari Web Content",
+                               "scriptrunner",
+                               "SecurityAgent",
+                               "ShareKitHelper",
+                               "storeagent",
+                               "SystemUIServer",
+                               "talagent",
+                               "Terminal",
+                               "TextEdit",
+                               "Tonvale",
+                               "TonvaleHelper",
+                               "UserEventAgent",
+                               "Xcode"};
+    ASSERT_EQ(expected.size(), 43);
+    QStringList names;
+    for (const auto& each : apps.builtIn()) {
+        names += each->name();
+        EXPECT_TRUE(each->enabled());
+    }
+    EXPECT_EQ(names, expected);
+    EXPECT_TRUE(apps.custom().isEmpty());
+    EXPECT_EQ(steps_, "") << "nothing has changed";
+}
+
+TEST_F(MVIgnoredAppsTest, MatchesWholeNamesInAnyCase) {
+    MVIgnoredApps apps(defaults_);
+    apps.addCustomIgnore("ÄRGER straße");
+    apps.addCustomIgnore("iris");
+    for (const char* const name :
+         {"Finder", "finder", "FINDER", "ärger STRAßE", "IRIS", "mdworker"})
+        EXPECT_TRUE(apps.isAppIgnored(name)) << name;
+    for (const char* const name : {"Finder Helper", "Find", "/usr/bin/Finder", " Finder", "",
+                                   "ärger STRASSE", "ırıs", "mdworker3"})
+        EXPECT_FALSE(apps.isAppIgnored(name)) << name;
+    entry(apps, "Finder").setEnabled(false);
+    EXPECT_FALSE(apps.isAppIgnored("Finder"));
+    apps.addCustomIgnore("finder");
+    EXPECT_TRUE(apps.isAppIgnored("Finder"));
+}
+
+TEST_F(MVIgnoredAppsTest, EveryChangeIsStoredAndToldAndSomeGoToThePlugins) {
+    MVIgnoredApps apps(defaults_);
+    MVIgnoredApp& finder = entry(apps, "Finder");
+    MVIgnoredApp& dock = entry(apps, "Dock");
+    EXPECT_EQ(stepsOf([&] { finder.setEnabled(false); }), "NP");
+    EXPECT_EQ(stepsOf([&] { finder.setEnabled(false); }), "") << "no change";
+    EXPECT_EQ(defaults_.list(disabledKey), QVariantList{"Finder"});
+    EXPECT_EQ(stepsOf([&] { dock.setEnabled(false); }), "NP");
+    EXPECT_EQ(defaults_.list(disabledKey), (QVariantList{"Dock", "Finder"})) << "as they stand";
+    EXPECT_EQ(stepsOf([&] { finder.setEnabled(true); }), "N");
+    EXPECT_EQ(stepsOf([&] { dock.setEnabled(true); }), "N");
+    EXPECT_FALSE(defaults_.value(disabledKey).isValid());
+
+    EXPECT_EQ(stepsOf([&] { apps.addCustomIgnore("zeta"); }), "NP");
+    EXPECT_EQ(stepsOf([&] { apps.addCustomIgnore("Alpha"); }), "NP");
+    EXPECT_EQ(stepsOf([&] { apps.addCustomIgnore("zeta"); }), "NP");
+    EXPECT_EQ(apps.custom(), (QStringList{"Alpha", "zeta", "zeta"}));
+    EXPECT_EQ(defaults_.list(customKey), (QVariantList{"Alpha", "zeta", "zeta"}));
+    EXPECT_EQ(stepsOf([&] { apps.removeCustomIgnore("ZETA"); }), "N");
+    EXPECT_EQ(apps.custom().size(), 3) << "removal is exact";
+    EXPECT_EQ(stepsOf([&] { apps.removeCustomIgnore(apps.custom().last()); }), "N");
+    EXPECT_EQ(apps.custom(), QStringList{"Alpha"});
+    apps.removeCustomIgnore("Alpha");
+    EXPECT_FALSE(defaults_.value(customKey).isValid());
+}
+
+TEST_F(MVIgnoredAppsTest, ThePreferencesAreInPlaceWhenAnybodyIsTold) {
+    MVIgnoredApps apps(defaults_);
+    int checked = 0;
+    const auto check = [&] {
+        EXPECT_EQ(defaults_.list(customKey), QVariantList{"Player"});
+        EXPECT_TRUE(apps.isAppIgnored("Player"));
+        ++checked;
+    };
+    const platform::NotificationObserver observer(MVIgnoredApps::didChangeNotification,
+                                                  [&](const QVariant&) { check(); });
+    MVIgnoredApps::setPluginNotifier(check);
+    apps.addCustomIgnore("Player");
+    EXPECT_EQ(checked, 2);
+}
+
+TEST_F(MVIgnoredAppsTest, TakesOverWhatIsStoredAndDropsWhatItDoesNotKnow) {
+    const struct {
+        const char* what;
+        QVariant disabled;
+        QVariant custom;
+        QStringList expectedCustom;
+        bool isFinderIgnored;
+        QVariantList disabledAfterSaving;
+    } cases[] = {
+        {"nothing", {}, {}, {}, true, {}},
+        {"names", QVariantList{"Finder"}, QVariantList{"b", "A"}, {"b", "A"}, false, {"Finder"}},
+        {"other case", QVariantList{"finder"}, {}, {}, true, {}},
+        {"unknown names", QVariantList{"Gone", "Finder"}, {}, {}, false, {"Finder"}},
+        {"text", "Finder", "Player", {}, true, {}},
+        {"number", 1, 2.5, {}, true, {}},
+        {"dictionary", QVariantMap{{"Finder", true}}, QVariantMap{{"a", "b"}}, {}, true, {}},
+        {"mixed arrays",
+         QVariantList{1, QVariantList{"Dock"}, "Finder"},
+         QVariantList{true, "", QByteArray("x"), "Player"},
+         {"", "Player"},
+         false,
+         {"Finder"}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        UserDefaults defaults("");
+        defaults.set(disabledKey, each.disabled);
+        defaults.set(customKey, each.custom);
+        MVIgnoredApps apps(defaults);
+        EXPECT_EQ(apps.custom(), each.expectedCustom) << "not sorted until something is added";
+        EXPECT_EQ(apps.isAppIgnored("Finder"), each.isFinderIgnored);
+        apps.save(false);
+        EXPECT_EQ(defaults.list(disabledKey), each.disabledAfterSaving);
+        EXPECT_EQ(defaults.list(customKey).size(), each.expectedCustom.size());
+    }
+}
+
+TEST_F(MVIgnoredAppsTest, TheListOutlivesTheProcess) {
+    const support::PrivateFolder folder;
+    const auto path = folder.path() / "preferences.plist";
+    {
+        UserDefaults defaults(path);
+        MVIgnoredApps apps(defaults);
+        entry(apps, "iCal").setEnabled(false);
+        apps.addCustomIgnore("Größe & <b>\n\u202e🎵");
+    }
+    UserDefaults defaults(path);
+    const MVIgnoredApps apps(defaults);
+    EXPECT_FALSE(apps.isAppIgnored("iCal"));
+    EXPECT_TRUE(apps.isAppIgnored("GRÖßE & <B>\n\u202e🎵"));
+}
+
+TEST_F(MVIgnoredAppsTest, LogsEachChangeInOneHarmlessLine) {
+    MVIgnoredApps apps(defaults_);
+    log_.clear();
+    apps.addCustomIgnore("a\nb\u202e");
+    apps.removeCustomIgnore("a\nb\u202e");
+    entry(apps, "Dock").setEnabled(false);
+    entry(apps, "Dock").setEnabled(true);
+    std::vector<std::string> texts;
+    for (const auto& line : log_.lines())
+        texts.push_back(line.text);
+    EXPECT_EQ(texts, (std::vector<std::string>{
+                         "Added custom 'a\\nb\\u202e'", "Removed custom 'a\\nb\\u202e'",
+                         "Disabled built-in 'Dock'", "Enabled built-in 'Dock'"}));
+}
+
+TEST_F(MVIgnoredAppsTest, WithoutANotifierEveryPluginIsTold) {
+    auto& loop = *new platform::RunLoop; // lives as long as the shared façade
+    const support::PrivateFolder folder;
+    const std::string path = folder.path() / "socket";
+    MVIgnoredApps::setPluginNotifier(nullptr);
+    MVComm& comm = MVComm::sharedComm();
+    ASSERT_TRUE(comm.addCommForPath(QString::fromStdString(path)));
+    support::ScriptedPlugin plugin(path);
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(support::waitUntil([&] { return !comm.connectionProcesses().isEmpty(); }));
+    loop.turn();
+
+    MVIgnoredApps apps(defaults_);
+    apps.addCustomIgnore("player");
+    apps.removeCustomIgnore("player");
+    comm.shutdown(); // waits for what is being sent
+    const auto commands = plugin.takeCommands();
+    ASSERT_EQ(commands.size(), 1U);
+    EXPECT_EQ(commands[0].type, 11);
+    EXPECT_EQ(commands[0].pid, 0);
+    EXPECT_EQ(commands[0].reserved, 0);
+    EXPECT_EQ(commands[0].value, 0);
+}
