@@ -1,5 +1,6 @@
 #include "plugin/AudioServer.h"
 
+#include "platform/MonotonicClock.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/SystemLog.h"
@@ -102,6 +103,9 @@ struct AudioServer::Connection {
     std::unique_ptr<ListenerHook> coreHook = std::make_unique<ListenerHook>();
     ProxyHandle<pw_registry> registry;
     std::unique_ptr<ListenerHook> registryHook = std::make_unique<ListenerHook>();
+    int listing = 0;   // the request that is answered after the list of objects
+    int answered = -1; // the last request that has been
+    bool listed = false;
 };
 
 const pw_core_events AudioServer::coreEvents = [] {
@@ -109,6 +113,13 @@ const pw_core_events AudioServer::coreEvents = [] {
     events.version = PW_VERSION_CORE_EVENTS;
     events.error = [](void* data, std::uint32_t id, int, int result, const char* message) {
         static_cast<AudioServer*>(data)->failed(id, result, message);
+    };
+    events.done = [](void* data, std::uint32_t id, int sequence) {
+        Connection& connection = *static_cast<AudioServer*>(data)->connection_;
+        if (id != PW_ID_CORE)
+            return;
+        connection.answered = sequence;
+        connection.listed = connection.listed || sequence == connection.listing;
     };
     return events;
 }();
@@ -132,7 +143,7 @@ AudioServer::AudioServer(platform::RunLoop& loop, Listener& listener)
     , loop_(std::make_unique<Loop>())
     , source_(platform::RunLoopSource::create(loop, pw_loop_get_fd(loop_->loop),
                                               platform::RunLoopSource::reading,
-                                              [this] { serveEvents(); }))
+                                              [this] { serveEvents({}); }))
     , retry_(std::make_unique<platform::Timer>(loop, [this] { connect(); }))
     , loss_(std::make_unique<platform::Timer>(loop, [this] { drop(); })) {
     if (source_ == nullptr)
@@ -153,8 +164,22 @@ pw_registry* AudioServer::registry() const noexcept {
     return connection_ != nullptr ? connection_->registry.get() : nullptr;
 }
 
-void AudioServer::serveEvents() {
-    const int result = pw_loop_iterate(loop_->loop, 0);
+bool AudioServer::hasListedAll() const noexcept {
+    return connection_ != nullptr && connection_->listed;
+}
+
+void AudioServer::settle() {
+    if (connection_ == nullptr)
+        return;
+    const auto now = [] { return platform::MonotonicClock::now(); };
+    const auto deadline = now() + std::chrono::milliseconds(500);
+    const int last = pw_core_sync(connection_->core, PW_ID_CORE, 0);
+    while (last >= 0 && connection_->answered != last && !loss_->isActive() && now() < deadline)
+        serveEvents(std::chrono::milliseconds(50));
+}
+
+void AudioServer::serveEvents(std::chrono::milliseconds wait) {
+    const int result = pw_loop_iterate(loop_->loop, static_cast<int>(wait.count()));
     if (result < 0 && result != -EINTR)
         systemLog(LogPriority::error, "PipeWire's event loop failed: %s (%d)",
                   std::strerror(-result), -result);
@@ -194,13 +219,14 @@ bool AudioServer::openConnection() {
     }
     pw_registry_add_listener(connection_->registry.get(), connection_->registryHook->get(),
                              &registryEvents, this);
+    connection_->listing = pw_core_sync(core, PW_ID_CORE, 0);
     return true;
 }
 
 void AudioServer::failed(std::uint32_t id, int result, const char* message) {
     if (id == PW_ID_CORE && result == -EPIPE) {
         loss_->start({});
-    } else if (result != -ENOENT) { // an object that went while we asked for it
+    } else if (result != -ENOENT && result != -ESTALE) { // an object that went meanwhile
         systemLog(LogPriority::warning, "The sound server refused something for object %u: %s (%d)",
                   id, message, -result);
     }

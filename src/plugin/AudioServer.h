@@ -45,6 +45,14 @@ class AudioServer {
     pw_core* core() const noexcept;
     pw_registry* registry() const noexcept;
 
+    /// Whether every object that the server had when we connected to it has been added. What is
+    /// added from then on is new.
+    bool hasListedAll() const noexcept;
+
+    /// Waits until the server has taken all that it was asked for so far, half a second at most;
+    /// serves its events meanwhile. It drops what it has not read when a connection ends.
+    void settle();
+
   private:
     class Library;
     struct Loop;
@@ -53,7 +61,7 @@ class AudioServer {
     void connect();
     bool openConnection();
     void drop();
-    void serveEvents();
+    void serveEvents(std::chrono::milliseconds wait);
     void failed(std::uint32_t id, int result, const char* message);
 
     static const pw_core_events coreEvents;
