@@ -1,7 +1,7 @@
 #include "plugin/AppConnection.h"
 
+#include "comm/MVCommLineLimit.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/MonotonicClock.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
 #include "platform/StreamProcess.h"
@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -46,14 +45,28 @@ platform::FileDescriptor connectToApplication() {
 }
 
 /// One line for a command that every connection gets.
-void logUnknown(std::int32_t type) {
-    constexpr std::chrono::seconds interval{1};
-    static std::optional<platform::MonotonicClock::time_point> last;
-    const auto now = platform::MonotonicClock::now();
-    if (last && now - *last < interval)
-        return;
-    last = now;
-    systemLog(LogPriority::warning, "Ignored a command of unknown type %d", type);
+void logIgnored(const char* why, std::int64_t value) {
+    static MVCommLineLimit limit;
+    if (limit.allowsLine())
+        systemLog(LogPriority::warning, "Ignored a command %s %lld", why,
+                  static_cast<long long>(value));
+}
+
+/// Whether the command is one that we know, whoever it is for; says what is wrong otherwise.
+bool isWellFormed(const MVCommConsoleMessage& command) {
+    const bool hasValidType = command.type == kMVCommSetVolume || command.type == kMVCommSetMute ||
+                              command.type == kMVCommIgnoreListChanged;
+    const bool hasValidValue =
+        command.type != kMVCommSetMute || command.value == 0 || command.value == 1;
+    if (!hasValidType)
+        logIgnored("of unknown type", command.type);
+    else if (command.reserved != 0)
+        logIgnored("with something in its reserved field:", command.reserved);
+    else if (!hasValidValue)
+        logIgnored("to mute that says neither yes nor no:", command.value);
+    else
+        return true;
+    return false;
 }
 
 template <typename Message>
@@ -106,6 +119,9 @@ void AppConnection::sendLevel(float level) noexcept {
 
 void AppConnection::delivered(std::span<const std::byte> bytes) {
     if (bytes.empty()) {
+        if (commands_.pending() > 0)
+            logIgnored("that was cut off after byte",
+                       static_cast<std::int64_t>(commands_.pending()));
         listener_.connectionLost();
         return;
     }
@@ -114,16 +130,8 @@ void AppConnection::delivered(std::span<const std::byte> bytes) {
 }
 
 void AppConnection::take(const MVCommConsoleMessage& command) {
-    const bool forUs = static_cast<std::uint32_t>(command.pid) == process_;
-    switch (command.type) {
-    case kMVCommSetVolume:
-    case kMVCommSetMute:
-        if (forUs)
-            listener_.commandArrived(command);
-        break;
-    case kMVCommIgnoreListChanged: // the application hides the ignored; they play as before
-        break;
-    default:
-        logUnknown(command.type);
-    }
+    // The application hides the programs of its ignore list; they play as before.
+    if (isWellFormed(command) && command.type != kMVCommIgnoreListChanged &&
+        static_cast<std::uint32_t>(command.pid) == process_)
+        listener_.commandArrived(command);
 }

@@ -22,7 +22,7 @@ class AppConnection {
       public:
         virtual ~Listener() = default;
 
-        /// A volume or mute for this very program.
+        /// A volume or mute for this very program: the mute is 0 or 1, the volume any number.
         virtual void commandArrived(const MVCommConsoleMessage& command) = 0;
 
         /// The application has gone. The connection may be destroyed in here.

@@ -16,6 +16,9 @@ class CommandReader {
     [[nodiscard]] std::optional<MVCommConsoleMessage>
     next(std::span<const std::byte>& bytes) noexcept;
 
+    /// How many bytes of a command wait for the rest of it.
+    std::size_t pending() const noexcept { return filled_; }
+
   private:
     std::array<std::byte, sizeof(MVCommConsoleMessage)> frame_;
     std::size_t filled_ = 0;
