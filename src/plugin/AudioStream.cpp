@@ -1,11 +1,11 @@
 #include "plugin/AudioStream.h"
 
 #include "platform/SystemLog.h"
+#include "platform/Timer.h"
 #include "plugin/StreamParam.h"
 
-#include <algorithm>
-#include <cmath>
 #include <string_view>
+#include <utility>
 
 using platform::MonotonicClock;
 
@@ -36,10 +36,14 @@ const pw_node_events AudioStream::nodeEvents = [] {
     return events;
 }();
 
-AudioStream::AudioStream(pw_registry& registry, std::uint32_t id, Listener& listener)
+AudioStream::AudioStream(platform::RunLoop& loop, pw_registry& registry, std::uint32_t id,
+                         Origin origin, Listener& listener)
     : id_(id)
+    , origin_(origin)
     , listener_(listener)
-    , hold_(MonotonicClock::now())
+    , keeper_(MonotonicClock::now())
+    , ramp_(std::make_unique<platform::Timer>(
+          loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
     , node_(static_cast<pw_node*>(
           pw_registry_bind(&registry, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
     if (node_ == nullptr) {
@@ -51,6 +55,8 @@ AudioStream::AudioStream(pw_registry& registry, std::uint32_t id, Listener& list
     pw_node_subscribe_params(node_.get(), &props, 1);
 }
 
+AudioStream::~AudioStream() = default;
+
 void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
     evidence.nodeProcess = claims_.nodeProcess;
     evidence.nodeBinary = claims_.nodeBinary;
@@ -60,6 +66,12 @@ void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
 }
 
 void AudioStream::informed(const pw_node_info& info) {
+    const bool running = info.state == PW_NODE_STATE_RUNNING;
+    if (!described_ && running && origin_ == Origin::existed)
+        keeper_.heardAlready();
+    const bool stateChanges = std::exchange(running_, running) != running;
+    if (stateChanges)
+        write(keeper_.setRunning(running, MonotonicClock::now()));
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
         platform::StreamEvidence claims;
         claims.nodeProcess = textIn(*info.props, PW_KEY_APP_PROCESS_ID);
@@ -73,69 +85,59 @@ void AudioStream::informed(const pw_node_info& info) {
             listener_.streamDescribed(*this);
         }
     }
-    const bool running = info.state == PW_NODE_STATE_RUNNING;
-    if (running != running_) {
-        running_ = running;
+    if (stateChanges)
         listener_.streamStateChanged(*this);
-    }
 }
 
 void AudioStream::propsChanged(const spa_pod* param) {
-    StreamProps props = props_.value_or(StreamProps{});
+    StreamProps props = keeper_.props().value_or(StreamProps{});
     readStreamProps(param, props);
-    const bool first = !props_;
-    takeOver(props);
-    if (isInEffect(wanted_, props))
-        return;
-    if (first || hold_.takeWrite(MonotonicClock::now()))
-        write(wanted_);
+    noteGains(props);
+    write(keeper_.propsArrived(props, MonotonicClock::now()));
 }
 
-void AudioStream::takeOver(const StreamProps& props) {
-    const auto now = MonotonicClock::now();
-    if (props_ && !haveSameGains(*props_, props))
-        gainSettled_ = now + settlingTime;
-    const float unitTolerance = 1e-4F;
-    if (std::fabs(props.volume - props_.value_or(StreamProps{}).volume) > unitTolerance)
+void AudioStream::noteGains(const StreamProps& props) {
+    const auto& before = keeper_.props();
+    if (before && !haveSameGains(*before, props))
+        gainSettled_ = MonotonicClock::now() + settlingTime;
+    if (!isSameGain(props.volume, before.value_or(StreamProps{}).volume))
         platform::systemLog(platform::LogPriority::info,
                             "Stream %u has a hidden volume of %.4f besides the one mixers show",
                             id_, static_cast<double>(props.volume));
-    if (std::any_of(props.channelVolumes.begin(), props.channelVolumes.end(),
-                    [](float volume) { return volume > 0.0F; }))
-        balance_ = props.channelVolumes;
-    props_ = props;
 }
 
 void AudioStream::adopt(const WantedVolume& all) {
-    wanted_ = {};
-    want(all);
+    write(keeper_.adopt(all, MonotonicClock::now()));
 }
 
 void AudioStream::want(const WantedVolume& change) {
-    wanted_.merge(change);
-    if (props_)
-        write(change);
+    write(keeper_.want(change, MonotonicClock::now()));
 }
 
-void AudioStream::write(const WantedVolume& change) {
-    if (node_ == nullptr || change.isEmpty())
-        return;
-    std::optional<std::vector<float>> volumes;
-    if (change.percent) {
-        const std::size_t channels = props_->channelVolumes.size();
-        volumes = balancedVolumes(balance_.size() == channels ? balance_ : std::vector<float>{},
-                                  channels, gainOfPercent(*change.percent));
-    }
-    writeStreamProps(node_.get(), volumes, change.muted);
+void AudioStream::finish() {
+    write(keeper_.finish(MonotonicClock::now()));
+}
+
+void AudioStream::write(const VolumeWrite& write) {
+    if (node_ != nullptr && !write.isEmpty())
+        writeStreamProps(node_.get(), write);
+    if (keeper_.isRamping())
+        ramp_->startAt(keeper_.nextStep());
+    else
+        ramp_->stop();
+    const WantedVolume change = keeper_.takeChangesElsewhere();
+    if (!change.isEmpty())
+        listener_.streamChangedElsewhere(*this, change);
 }
 
 float AudioStream::level(std::span<const ChannelPeak> measured) {
-    if (!running_ || !props_) {
+    const auto& props = keeper_.props();
+    if (!running_ || !props) {
         lastLevel_ = 0.0F;
-    } else if (isSilenced(*props_)) {
+    } else if (isSilenced(*props)) {
         lastLevel_ = kSilencedStreamLevel;
     } else if (MonotonicClock::now() >= gainSettled_) {
-        lastLevel_ = levelBeforeGain(measured, *props_);
+        lastLevel_ = levelBeforeGain(measured, *props);
     } // else what was heard before still holds
     return lastLevel_;
 }

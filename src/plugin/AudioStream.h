@@ -4,11 +4,17 @@
 #include "platform/StreamProcess.h"
 #include "plugin/PipeWireHandles.h"
 #include "plugin/StreamVolume.h"
+#include "plugin/VolumeKeeper.h"
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <span>
 #include <string>
+
+namespace platform {
+class RunLoop;
+class Timer;
+} // namespace platform
 
 /// One output stream of a program in the sound server: what it claims about itself, whether it
 /// runs, its volume. The run loop's thread only; must go before the server's connection does.
@@ -23,10 +29,19 @@ class AudioStream {
 
         /// isRunning() changed.
         virtual void streamStateChanged(AudioStream& stream) = 0;
+
+        /// Somebody else changed the volume or the mute of the stream, which shows a person's will.
+        /// May be called from within adopt().
+        virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
     };
 
+    /// Whether the server had the stream when we connected to it.
+    enum class Origin { existed, appeared };
+
     /// Watches the node `id`. `listener` must outlive the stream.
-    AudioStream(pw_registry& registry, std::uint32_t id, Listener& listener);
+    AudioStream(platform::RunLoop& loop, pw_registry& registry, std::uint32_t id, Origin origin,
+                Listener& listener);
+    ~AudioStream();
     AudioStream(const AudioStream&) = delete;
     AudioStream& operator=(const AudioStream&) = delete;
 
@@ -43,12 +58,19 @@ class AudioStream {
 
     bool isRunning() const noexcept { return running_; }
 
-    /// Forgets what was asked for and asks for `all` instead; for a stream that changes hands.
+    Origin origin() const noexcept { return origin_; }
+
+    /// Forgets what was asked for and takes `all`, what its program remembers, instead; for a
+    /// stream that gets an owner. It is written as soon as the stream can take it, and upheld for
+    /// as long as the stream is new. A stream that existed and was heard is not made louder.
     void adopt(const WantedVolume& all);
 
-    /// Asks for a volume, a mute, or both. It is written at once, or as soon as the stream can take
-    /// it, and upheld for as long as the stream is new. Nothing is ever written unasked.
+    /// Asks for a volume, a mute, or both. A stream that is heard gets there within half a second,
+    /// without clicks.
     void want(const WantedVolume& change);
+
+    /// Writes at once what want() is still about to write.
+    void finish();
 
     /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
     /// `measured` are those after the gain.
@@ -57,12 +79,13 @@ class AudioStream {
   private:
     void informed(const pw_node_info& info);
     void propsChanged(const spa_pod* param);
-    void takeOver(const StreamProps& props);
-    void write(const WantedVolume& change);
+    void noteGains(const StreamProps& props);
+    void write(const VolumeWrite& write);
 
     static const pw_node_events nodeEvents;
 
     const std::uint32_t id_;
+    const Origin origin_;
     Listener& listener_;
 
     platform::StreamEvidence claims_;
@@ -70,10 +93,8 @@ class AudioStream {
     bool internal_ = false;
     bool running_ = false;
 
-    std::optional<StreamProps> props_;
-    std::vector<float> balance_; // the last channel volumes that were not all zero
-    WantedVolume wanted_;
-    VolumeHold hold_;
+    VolumeKeeper keeper_;
+    const std::unique_ptr<platform::Timer> ramp_;
 
     float lastLevel_ = 0.0F;
     platform::MonotonicClock::time_point gainSettled_;

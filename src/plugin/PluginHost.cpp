@@ -13,7 +13,8 @@ constexpr std::chrono::milliseconds reportingPeriod{38};
 } // namespace
 
 PluginHost::PluginHost(platform::RunLoop& loop)
-    : plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
+    : loop_(loop)
+    , plan_(std::make_unique<platform::Timer>(loop, [this] { planMeters(); }))
     , report_(std::make_unique<platform::Timer>(loop, [this] { reportLevels(); }))
     , programs_(loop, *this)
     , server_(loop, *this) {
@@ -21,6 +22,9 @@ PluginHost::PluginHost(platform::RunLoop& loop)
 }
 
 PluginHost::~PluginHost() {
+    for (const auto& [id, voice] : voices_)
+        voice.stream->finish();
+    server_.settle();
     forgetServer();
 }
 
@@ -46,8 +50,10 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     graph_.add(global);
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
-        voices_[global.id].stream =
-            std::make_unique<AudioStream>(*server_.registry(), global.id, listener);
+        voices_[global.id].stream = std::make_unique<AudioStream>(
+            loop_, *server_.registry(), global.id,
+            server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
+            listener);
     }
     plan_->start({});
 }
@@ -69,6 +75,12 @@ void PluginHost::streamDescribed(AudioStream& stream) {
 
 void PluginHost::streamStateChanged(AudioStream&) {
     updateReporting();
+}
+
+void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
+    Program* const program = voices_.at(stream.id()).program;
+    if (program != nullptr)
+        program->changedElsewhere(change);
 }
 
 void PluginHost::identify(Voice& voice) {

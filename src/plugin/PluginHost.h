@@ -41,6 +41,7 @@ class PluginHost : private AudioServer::Listener,
     void globalRemoved(std::uint32_t id) override;
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
+    void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
     void programGoes(Program& program) override;
     void connectionsChanged() override;
 
@@ -52,6 +53,7 @@ class PluginHost : private AudioServer::Listener,
     bool isAnythingToReport() const;
     void updateReporting();
 
+    platform::RunLoop& loop_;
     AudioGraph graph_;
     std::map<std::uint32_t, Voice> voices_; // by node
     const std::unique_ptr<platform::Timer> plan_;

@@ -3,8 +3,6 @@
 #include "platform/ProcessInfo.h"
 #include "plugin/AudioStream.h"
 
-#include <algorithm>
-
 Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
     : loop_(loop), process_(std::move(process)), listener_(listener) {
     if (process_.startTime)
@@ -17,14 +15,22 @@ Program::~Program() {
 }
 
 void Program::add(AudioStream& stream) {
-    if (std::find(streams_.begin(), streams_.end(), &stream) != streams_.end())
-        return;
-    streams_.push_back(&stream);
-    stream.adopt(wanted_);
+    if (streams_.empty())
+        remembered_ = wanted_;
+    streams_.insert(&stream);
+    // What one of several that played before us has is not the will for the others.
+    stream.adopt(stream.origin() == AudioStream::Origin::existed ? remembered_ : wanted_);
 }
 
 void Program::remove(AudioStream& stream) {
-    std::erase(streams_, &stream);
+    streams_.erase(&stream);
+}
+
+void Program::changedElsewhere(const WantedVolume& change) {
+    const WantedVolume before = wanted_;
+    wanted_.merge(change);
+    if (wanted_ != before)
+        listener_.programChangedElsewhere(*this);
 }
 
 bool Program::connect() {
@@ -43,12 +49,14 @@ void Program::report(float level) {
 void Program::commandArrived(const MVCommConsoleMessage& command) {
     WantedVolume change;
     if (command.type == kMVCommSetVolume)
-        change.percent = std::clamp(command.value, 0, 100);
+        change.gain = gainOfPercent(command.value);
     else
         change.muted = command.value != 0;
     wanted_.merge(change);
+    remembered_.merge(change);
     for (AudioStream* const stream : streams_)
         stream->want(change);
+    listener_.programCommanded(*this, change);
 }
 
 void Program::connectionLost() {

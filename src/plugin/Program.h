@@ -6,7 +6,7 @@
 
 #include <functional>
 #include <memory>
-#include <vector>
+#include <unordered_set>
 
 class AudioStream;
 
@@ -27,6 +27,12 @@ class Program : private AppConnection::Listener {
         /// The process is no more. The program may be destroyed in here.
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
+
+        /// The application asked for `change`, and got it.
+        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
+
+        /// wanted() is another now, and not by the application.
+        virtual void programChangedElsewhere(Program& program) = 0;
     };
 
     Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener);
@@ -45,7 +51,15 @@ class Program : private AppConnection::Listener {
     /// goes.
     void add(AudioStream& stream);
     void remove(AudioStream& stream);
-    const std::vector<AudioStream*>& streams() const noexcept { return streams_; }
+    const std::unordered_set<AudioStream*>& streams() const noexcept { return streams_; }
+
+    /// What the program's next stream will have: what the application or somebody else asked for
+    /// last.
+    const WantedVolume& wanted() const noexcept { return wanted_; }
+
+    /// Takes over what somebody set in another mixer, for the next streams. Those that play are
+    /// left alone.
+    void changedElsewhere(const WantedVolume& change);
 
     /// Tries once to connect to the application. True when connected.
     bool connect();
@@ -64,8 +78,9 @@ class Program : private AppConnection::Listener {
     platform::RunLoop& loop_;
     const platform::StreamProcess process_;
     Listener& listener_;
-    std::vector<AudioStream*> streams_; // not owned
+    std::unordered_set<AudioStream*> streams_; // not owned
     WantedVolume wanted_;
+    WantedVolume remembered_; // what was wanted before the present streams came, and commands since
     bool playing_ = false;
     std::unique_ptr<platform::ProcessWatch> watch_;
     std::unique_ptr<AppConnection> connection_;

@@ -24,6 +24,10 @@ class ProgramTable : private Program::Listener {
 
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
+
+        /// See Program::Listener; of no concern unless overridden.
+        virtual void programCommanded(Program&, const WantedVolume&) {}
+        virtual void programChangedElsewhere(Program&) {}
     };
 
     ProgramTable(platform::RunLoop& loop, Listener& listener);
@@ -45,6 +49,12 @@ class ProgramTable : private Program::Listener {
   private:
     void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override {
+        listener_.programCommanded(program, change);
+    }
+    void programChangedElsewhere(Program& program) override {
+        listener_.programChangedElsewhere(program);
+    }
     void connectMissing();
 
     platform::RunLoop& loop_;

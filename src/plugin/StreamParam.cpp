@@ -35,22 +35,21 @@ void readStreamProps(const spa_pod* param, StreamProps& props) {
     }
 }
 
-void writeStreamProps(pw_node* node, const std::optional<std::vector<float>>& channelVolumes,
-                      std::optional<bool> mute) {
+void writeStreamProps(pw_node* node, const VolumeWrite& write) {
     std::array<std::byte, 1024> space; // 64 channels take less than 400 bytes
     spa_pod_builder builder{};
     spa_pod_builder_init(&builder, space.data(), space.size());
     spa_pod_frame frame{};
     spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props);
-    if (channelVolumes) {
+    if (write.channelVolumes) {
         spa_pod_builder_prop(&builder, SPA_PROP_channelVolumes, 0);
         spa_pod_builder_array(&builder, sizeof(float), SPA_TYPE_Float,
-                              static_cast<std::uint32_t>(channelVolumes->size()),
-                              channelVolumes->data());
+                              static_cast<std::uint32_t>(write.channelVolumes->size()),
+                              write.channelVolumes->data());
     }
-    if (mute) {
+    if (write.mute) {
         spa_pod_builder_prop(&builder, SPA_PROP_mute, 0);
-        spa_pod_builder_bool(&builder, *mute);
+        spa_pod_builder_bool(&builder, *write.mute);
     }
     const auto* const pod = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
     pw_node_set_param(node, SPA_PARAM_Props, 0, pod);

@@ -2,9 +2,6 @@
 
 #include "plugin/StreamVolume.h"
 
-#include <optional>
-#include <vector>
-
 struct pw_node;
 struct spa_pod;
 
@@ -13,6 +10,5 @@ struct spa_pod;
 /// Overwrites in `props` what the parameter tells; what it leaves out stays.
 void readStreamProps(const spa_pod* param, StreamProps& props);
 
-/// Sets the channel volumes and the mute of a stream, where given.
-void writeStreamProps(pw_node* node, const std::optional<std::vector<float>>& channelVolumes,
-                      std::optional<bool> mute);
+/// Sets what is given.
+void writeStreamProps(pw_node* node, const VolumeWrite& write);

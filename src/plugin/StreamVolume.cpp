@@ -8,20 +8,17 @@ namespace {
 // Below this (-140 dB) what is left of the sound drowns in the rounding of the samples.
 constexpr float smallestGain = 1e-7F;
 
-bool isSameGain(float a, float b) noexcept {
-    constexpr float relativeTolerance = 1e-4F;
-    return std::fabs(a - b) <= std::max(relativeTolerance * std::max(a, b), smallestGain);
-}
-
-float loudest(const std::vector<float>& volumes) noexcept {
-    return volumes.empty() ? 0.0F : *std::max_element(volumes.begin(), volumes.end());
-}
-
 } // namespace
 
+std::optional<int> WantedVolume::percent() const noexcept {
+    if (!gain)
+        return std::nullopt;
+    return static_cast<int>(std::lround(100.0F * std::cbrt(*gain)));
+}
+
 void WantedVolume::merge(const WantedVolume& change) noexcept {
-    if (change.percent)
-        percent = change.percent;
+    if (change.gain)
+        gain = change.gain;
     if (change.muted)
         muted = change.muted;
 }
@@ -29,6 +26,20 @@ void WantedVolume::merge(const WantedVolume& change) noexcept {
 float gainOfPercent(int percent) noexcept {
     const float fraction = static_cast<float>(std::clamp(percent, 0, 100)) / 100.0F;
     return fraction * fraction * fraction;
+}
+
+bool isSameGain(float a, float b) noexcept {
+    constexpr float relativeTolerance = 1e-4F;
+    return std::fabs(a - b) <= std::max(relativeTolerance * std::max(a, b), smallestGain);
+}
+
+bool areSameGains(const std::vector<float>& a, const std::vector<float>& b) noexcept {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSameGain);
+}
+
+float loudestOf(const std::vector<float>& channelVolumes) noexcept {
+    return channelVolumes.empty() ? 0.0F
+                                  : *std::max_element(channelVolumes.begin(), channelVolumes.end());
 }
 
 float channelGain(const StreamProps& props, std::size_t channel) noexcept {
@@ -73,7 +84,7 @@ float levelBeforeGain(std::span<const ChannelPeak> peaks, const StreamProps& pro
 
 std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_t channels,
                                    float gain) {
-    const float peak = loudest(balance);
+    const float peak = loudestOf(balance);
     if (peak <= 0.0F) {
         const std::size_t known = std::max(balance.size(), channels);
         return std::vector<float>(std::max<std::size_t>(known, 1), gain);
@@ -87,14 +98,14 @@ std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_
 bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept {
     if (wanted.muted && *wanted.muted != props.mute)
         return false;
-    if (!wanted.percent)
+    if (!wanted.gain)
         return true;
     return !props.channelVolumes.empty() &&
-           isSameGain(loudest(props.channelVolumes), gainOfPercent(*wanted.percent));
+           isSameGain(loudestOf(props.channelVolumes), *wanted.gain);
 }
 
 bool VolumeHold::takeWrite(platform::MonotonicClock::time_point now) noexcept {
-    if (now >= end_ || writes_ == mostWrites)
+    if (isOver(now) || writes_ == mostWrites)
         return false;
     ++writes_;
     return true;

@@ -23,12 +23,27 @@ struct StreamProps {
     bool operator==(const StreamProps&) const = default;
 };
 
-/// What the application asked for; nothing where it asked for nothing.
+/// What is to be written to a stream; what is not given stays.
+struct VolumeWrite {
+    std::optional<std::vector<float>> channelVolumes; ///< linear
+    std::optional<bool> mute;
+
+    bool operator==(const VolumeWrite&) const = default;
+
+    bool isEmpty() const noexcept { return !channelVolumes && !mute; }
+};
+
+/// What somebody wants; nothing where nobody wants anything.
 struct WantedVolume {
-    std::optional<int> percent; ///< 0 to 100
+    std::optional<float> gain; ///< linear, of the loudest channel; other mixers go above 1
     std::optional<bool> muted;
 
-    bool isEmpty() const noexcept { return !percent && !muted; }
+    bool operator==(const WantedVolume&) const = default;
+
+    bool isEmpty() const noexcept { return !gain && !muted; }
+
+    /// The gain as a person sees it, rounded.
+    std::optional<int> percent() const noexcept;
 
     /// Takes over what `change` asks for.
     void merge(const WantedVolume& change) noexcept;
@@ -46,6 +61,15 @@ inline constexpr float kSilencedStreamLevel = 0.01F;
 
 /// The linear gain of a percentage, which is clamped to 0 to 100.
 float gainOfPercent(int percent) noexcept;
+
+/// Whether nobody can tell the gains apart, of which one may have come back rounded.
+bool isSameGain(float a, float b) noexcept;
+
+/// The same for each of two streams' channels.
+bool areSameGains(const std::vector<float>& a, const std::vector<float>& b) noexcept;
+
+/// The greatest of a stream's channel volumes; 0 without any.
+float loudestOf(const std::vector<float>& channelVolumes) noexcept;
 
 /// The gain in effect for a channel. Channels beyond the array have its last value.
 float channelGain(const StreamProps& props, std::size_t channel) noexcept;
@@ -86,6 +110,8 @@ class VolumeHold {
 
     /// Whether a foreign change may be overwritten; counts as one write when it may.
     [[nodiscard]] bool takeWrite(platform::MonotonicClock::time_point now) noexcept;
+
+    bool isOver(platform::MonotonicClock::time_point now) const noexcept { return now >= end_; }
 
   private:
     const platform::MonotonicClock::time_point end_;

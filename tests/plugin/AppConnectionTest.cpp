@@ -88,6 +88,10 @@ class Commands : public AppConnection::Listener {
 
 class AppConnectionTest : public testing::Test {
   protected:
+    // What limits a line in the log outlives the test.
+    AppConnectionTest() { clock_.advance(std::chrono::hours(++testsBefore_)); }
+
+    static inline int testsBefore_ = 0;
     support::ManualClock clock_;
     support::SystemLogRecorder log_;
     Application application_;
@@ -99,6 +103,12 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
   protected:
     void programGoes(Program& program) override { gone_.push_back(program.process().pid); }
     void connectionsChanged() override {}
+    void programCommanded(Program&, const WantedVolume& change) override {
+        commanded_.push_back(change);
+    }
+    void programChangedElsewhere(Program& program) override {
+        changedElsewhere_.push_back(program.wanted().percent());
+    }
 
     void advance(std::chrono::milliseconds time) {
         clock_.advance(time);
@@ -111,6 +121,8 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
     Application application_;
     platform::RunLoop loop_;
     std::vector<std::uint32_t> gone_;
+    std::vector<WantedVolume> commanded_;
+    std::vector<std::optional<int>> changedElsewhere_;
     ProgramTable table_{loop_, *this};
 };
 
@@ -157,6 +169,35 @@ TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
     EXPECT_FALSE(commands_.lost);
 }
 
+TEST_F(AppConnectionTest, LogsMalformedCommandsOnceASecondAndIgnoresThem) {
+    application_.listen();
+    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
+    FileDescriptor peer = application_.accept();
+    const auto send = [&](const MVCommConsoleMessage& command, std::size_t size) {
+        EXPECT_EQ(::send(peer.get(), &command, size, 0), static_cast<ssize_t>(size));
+        loop_.turn();
+    };
+    const std::array<std::pair<MVCommConsoleMessage, const char*>, 4> malformed{
+        {{{12, 321, 0, 5}, "unknown type 12"},
+         {{kMVCommSetVolume, 321, -7, 40}, "reserved field: -7"},
+         {{kMVCommSetMute, 321, 0, 2}, "neither yes nor no: 2"},
+         {{kMVCommSetMute, 321, 0, -1}, "neither yes nor no: -1"}}};
+    for (const auto& [command, line] : malformed) {
+        for (int i = 0; i < 100; ++i)
+            send(command, sizeof command);
+        EXPECT_EQ(log_.count(line), 1U);
+        clock_.advance(std::chrono::seconds(1));
+    }
+    EXPECT_THAT(commands_.arrived, IsEmpty());
+    EXPECT_FALSE(commands_.lost);
+    send({kMVCommSetVolume, 321, 0, 40}, 5);
+    peer.reset();
+    loop_.turn();
+    EXPECT_TRUE(log_.contains("cut off after byte 5"));
+    EXPECT_THAT(commands_.arrived, IsEmpty());
+    EXPECT_TRUE(commands_.lost);
+}
+
 TEST_F(AppConnectionTest, NeverWaitsForAnApplicationThatDoesNotRead) {
     application_.listen();
     const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
@@ -193,6 +234,27 @@ TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
     table_.dropUnlessHeld(program);
     EXPECT_THAT(levelsReceived(peer), ElementsAre(1.0F, 0.0F));
     EXPECT_THAT(gone_, ElementsAre(321U));
+}
+
+TEST_F(ProgramTableTest, KnowsWhatIsWantedWhoeverAskedForIt) {
+    application_.listen();
+    Program& program = table_.programOf(playerOf(321));
+    advance({});
+    const FileDescriptor peer = application_.accept();
+    const std::array<MVCommConsoleMessage, 2> sent{
+        {{kMVCommSetVolume, 321, 0, 150}, {kMVCommSetMute, 321, 0, 1}}};
+    ASSERT_EQ(::send(peer.get(), sent.data(), sizeof sent, 0), ssize_t{sizeof sent});
+    advance({});
+    const WantedVolume full{1.0F, std::nullopt};
+    const WantedVolume silence{std::nullopt, true};
+    EXPECT_THAT(commanded_, ElementsAre(full, silence));
+    EXPECT_EQ(program.wanted(), (WantedVolume{1.0F, true}));
+    EXPECT_THAT(changedElsewhere_, IsEmpty());
+
+    program.changedElsewhere(silence); // which it is
+    program.changedElsewhere({1.728F, std::nullopt});
+    EXPECT_THAT(changedElsewhere_, ElementsAre(120));
+    EXPECT_EQ(program.wanted(), (WantedVolume{1.728F, true}));
 }
 
 TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {

@@ -32,6 +32,15 @@ TEST(StreamVolume, APercentageIsTheCubeRootOfTheGain) {
                   percent);
 }
 
+TEST(StreamVolume, AGainIsShownAsTheNearestPercentage) {
+    const auto percentOf = [](float gain) { return WantedVolume{gain, std::nullopt}.percent(); };
+    EXPECT_EQ(percentOf(gainOfPercent(29)), 29);
+    EXPECT_EQ(percentOf(0.5F), 79);
+    EXPECT_EQ(percentOf(1.728F), 120);
+    EXPECT_EQ(percentOf(0.0F), 0);
+    EXPECT_EQ(WantedVolume{}.percent(), std::nullopt);
+}
+
 TEST(StreamVolume, PercentagesOutOfRangeAreClamped) {
     EXPECT_EQ(gainOfPercent(-1), 0.0F);
     EXPECT_EQ(gainOfPercent(std::numeric_limits<int>::min()), 0.0F);
@@ -81,12 +90,12 @@ TEST(StreamVolume, AStreamIsSilencedWhenNoChannelIsLetThrough) {
 }
 
 TEST(StreamVolume, AVolumeIsInEffectInSpiteOfRoundingOnly) {
-    const WantedVolume half{50, std::nullopt};
+    const WantedVolume half{0.125F, std::nullopt};
     EXPECT_TRUE(isInEffect(half, propsOf({0.125000002F, 0.0625F})));
     EXPECT_FALSE(isInEffect(half, propsOf({0.13F, 0.13F})));
     EXPECT_FALSE(isInEffect(half, propsOf({})));
     EXPECT_TRUE(isInEffect(half, propsOf({0.125F}, true)));
-    EXPECT_FALSE(isInEffect({3, std::nullopt}, propsOf({0.0F})));
+    EXPECT_FALSE(isInEffect({gainOfPercent(3), std::nullopt}, propsOf({0.0F})));
     EXPECT_FALSE(isInEffect({std::nullopt, true}, propsOf({1.0F})));
     EXPECT_TRUE(isInEffect({}, propsOf({})));
 }
