@@ -29,9 +29,12 @@ std::string tail(const std::string& text) {
 
 } // namespace
 
-PrivateAudioSession::PrivateAudioSession() : runtimeVariable_("XDG_RUNTIME_DIR", runtime_.path()) {
+PrivateAudioSession::PrivateAudioSession(Memory memory)
+    : runtimeVariable_("XDG_RUNTIME_DIR", runtime_.path()) {
     std::filesystem::copy(TONVALE_SESSION_CONFIG, folder_.path() / "config",
                           std::filesystem::copy_options::recursive);
+    if (memory == Memory::kept)
+        std::filesystem::remove(folder_.path() / "config/wireplumber/main.lua.d/80-no-memory.lua");
     // The service fails to start when a client makes this folder in the same moment.
     std::filesystem::create_directory(runtime_.path() / "pulse");
     std::filesystem::permissions(runtime_.path() / "pulse", std::filesystem::perms::owner_all);

@@ -15,7 +15,8 @@ namespace support {
 /// An audio server of our own: session bus, PipeWire, WirePlumber and the PulseAudio service, in a
 /// runtime folder that XDG_RUNTIME_DIR names while it lives. It touches no hardware; its default
 /// output is a null sink, 48000 Hz stereo, that runs by its own clock. What programs play there is
-/// heard with SinkRecorder. Every program starts at full volume, whatever one before it had.
+/// heard with SinkRecorder. Every program starts at full volume, whatever one before it had, unless
+/// the session manager keeps its memory.
 ///
 /// One at a time; the thread that made it only. Constructor, start() and restart() return when the
 /// service works and throw std::runtime_error, with the end of its output, when it does not.
@@ -29,7 +30,11 @@ class PrivateAudioSession {
     static constexpr const char* sessionManager = "wireplumber";
     static constexpr const char* pulseService = "pipewire-pulse";
 
-    PrivateAudioSession();
+    /// Whether the session manager remembers the volume of a program and restores it to its next
+    /// streams, as it does by default for everybody.
+    enum class Memory { none, kept };
+
+    explicit PrivateAudioSession(Memory memory = Memory::none);
     ~PrivateAudioSession();
 
     const std::filesystem::path& runtimeFolder() const noexcept { return runtime_.path(); }
