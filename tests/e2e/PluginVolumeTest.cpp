@@ -1,0 +1,382 @@
+#include "e2e/PluginFixture.h"
+#include "platform/Timer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <csignal>
+#include <map>
+
+using support::PrivateAudioSession;
+using support::runCommand;
+using support::waitUntil;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr float level = 0.5F;      // of every sample that is played
+constexpr float inaudible = 1e-7F; // what the recorder makes of silence
+
+/// A program that begins new streams of constant samples when it is told to.
+class Player {
+  public:
+    explicit Player(int streams = 1, std::chrono::milliseconds duration = 0ms,
+                    float samples = level)
+        : process_({STREAM_PLAYER, std::to_string(streams), std::to_string(duration.count()),
+                    std::to_string(samples)}) {
+        EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
+    }
+
+    void play() { process_.signal(SIGUSR1); }
+    std::uint32_t pid() const { return static_cast<std::uint32_t>(process_.pid()); }
+    support::ChildProcess& process() { return process_; }
+
+  private:
+    support::ChildProcess process_;
+};
+
+/// A stream as another mixer shows it.
+struct ShownStream {
+    int index = 0;
+    std::vector<int> percents; ///< of its channels
+    bool muted = false;
+};
+
+/// The streams of a process that another mixer shows, the oldest first.
+std::vector<ShownStream> shownStreams(std::uint32_t pid) {
+    const auto answer = runCommand({"pactl", "-f", "json", "list", "sink-inputs"});
+    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(answer.output));
+    std::map<int, ShownStream> streams;
+    for (const auto& value : document.array()) {
+        const QJsonObject object = value.toObject();
+        const QJsonValue properties = object["properties"];
+        if (properties["application.process.id"].toString() != QString::number(pid) &&
+            properties["media.name"].toString() != QStringLiteral("of %1").arg(pid))
+            continue;
+        ShownStream stream{object["index"].toInt(), {}, object["mute"].toBool()};
+        const QJsonObject volumes = object["volume"].toObject();
+        for (const auto& volume : volumes)
+            stream.percents.push_back(
+                volume.toObject()["value_percent"].toString().chopped(1).toInt());
+        streams[stream.index] = stream;
+    }
+    std::vector<ShownStream> sorted;
+    sorted.reserve(streams.size());
+    for (const auto& [index, stream] : streams)
+        sorted.push_back(stream);
+    return sorted;
+}
+
+/// What the person does in another mixer.
+void setElsewhere(const ShownStream& stream, const std::vector<std::string>& volumes) {
+    std::vector<std::string> command{"pactl", "set-sink-input-volume",
+                                     std::to_string(stream.index)};
+    command.insert(command.end(), volumes.begin(), volumes.end());
+    EXPECT_EQ(runCommand(command).status, 0);
+}
+
+/// The greatest difference of two samples that follow each other. Silence is left out: a busy
+/// machine lets a program miss a cycle.
+double greatestJump(std::vector<float> samples) {
+    std::erase_if(samples, [](float sample) { return std::abs(sample) <= inaudible; });
+    double jump = 0;
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        jump = std::max(jump, std::abs(static_cast<double>(samples[i]) - samples[i - 1]));
+    return jump;
+}
+
+class PluginVolumeTest : public PluginFixture {
+  protected:
+    /// Waits until these samples are heard and none that are louder. A busy machine lets a program
+    /// miss many a cycle.
+    bool hearsConstant(double value) {
+        std::pair<double, double> last;
+        const bool heard = waitUntil([&] {
+            const auto& samples = recorder_->record(100ms).channels[0];
+            const double tolerance = 0.002 * value + inaudible;
+            const auto matching = std::count_if(samples.begin(), samples.end(), [&](float sample) {
+                return std::abs(sample - value) <= tolerance;
+            });
+            const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
+            last = {*least, *greatest};
+            return *greatest <= value + tolerance &&
+                   matching > static_cast<std::ptrdiff_t>(samples.size() / 4);
+        });
+        EXPECT_TRUE(heard) << "heard " << last.first << " to " << last.second << " instead of "
+                           << value << "\n"
+                           << (plugin_ ? plugin_->output() : "");
+        return heard;
+    }
+
+    void awaitCheckin(const Player& player) {
+        EXPECT_TRUE(waitUntil([&] {
+            const auto programs = application_->programs();
+            return std::any_of(programs.begin(), programs.end(),
+                               [&](const auto& program) { return program.pid == player.pid(); });
+        })) << plugin_->output();
+    }
+
+    /// Waits until a stream that has just begun is no longer held at its volume.
+    void outlastHold() { recorder_->record(700ms); }
+
+    ShownStream onlyStream(const Player& player) {
+        std::vector<ShownStream> streams;
+        EXPECT_TRUE(waitUntil([&] {
+            streams = shownStreams(player.pid());
+            return streams.size() == 1;
+        }));
+        return streams.empty() ? ShownStream{} : streams.front();
+    }
+
+    /// Ends the plug-in's connection to the sound server, does something, and waits for the next.
+    template <typename Action>
+    void whileDisconnected(Action action) {
+        const std::string line = "Connected to the sound server";
+        const auto connections = [&] {
+            int count = 0;
+            const std::string output = plugin_->output();
+            for (auto at = output.find(line); at != std::string::npos;
+                 at = output.find(line, at + 1))
+                ++count;
+            return count;
+        };
+        const int before = connections();
+        plugin_->signal(SIGSTOP);
+        EXPECT_EQ(runCommand({"pw-cli", "destroy", clientOfPlugin()}).status, 0);
+        action();
+        plugin_->signal(SIGCONT);
+        EXPECT_TRUE(waitUntil([&] { return connections() > before; })) << plugin_->output();
+    }
+
+    std::string clientOfPlugin() {
+        const auto document =
+            QJsonDocument::fromJson(QByteArray::fromStdString(runCommand({"pw-dump"}).output));
+        for (const auto& value : document.array()) {
+            const QJsonObject object = value.toObject();
+            const QJsonValue properties = object["info"]["props"];
+            if (object["type"].toString() == "PipeWire:Interface:Client" &&
+                properties["pipewire.sec.pid"].toInt() == plugin_->pid())
+                return std::to_string(object["id"].toInt());
+        }
+        ADD_FAILURE() << "the plug-in has no connection";
+        return {};
+    }
+};
+
+/// With a session manager that restores to each stream the last volume of one of its kind.
+class PluginVolumeMemoryTest : public PluginVolumeTest {
+  protected:
+    static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
+};
+
+} // namespace
+
+TEST_F(PluginVolumeMemoryTest, AStreamsFirstSamplesHaveTheProgramsVolume) {
+    // Of the same kind, never heard: what is set for it, the session manager restores to others.
+    Player other(1, 0ms, 0.0F);
+    other.play();
+    awaitCheckin(other);
+    outlastHold();
+    setElsewhere(onlyStream(other), {"30%"});
+    Player player(1, 400ms);
+    player.play();
+    EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(30), 1e-4) << "it is restored";
+    awaitCheckin(player);
+
+    application_->setVolume(player.pid(), 50);
+    for (int i = 0; i < 10; ++i) {
+        setElsewhere(onlyStream(other), {i % 2 == 0 ? "100%" : "95%"});
+        player.play();
+        const auto samples = recorder_->record(900ms).channels[0];
+        const auto first = std::find_if(samples.begin(), samples.end(),
+                                        [](float sample) { return sample > inaudible; });
+        ASSERT_NE(first, samples.end()) << "nothing played";
+        EXPECT_NEAR(*first, level * gainOf(50), 1e-4);
+        EXPECT_NEAR(*std::max_element(samples.begin(), samples.end()), level * gainOf(50), 1e-4);
+    }
+    application_->setMute(player.pid(), true);
+    for (int i = 0; i < 3; ++i) {
+        player.play();
+        EXPECT_LE(recorder_->record(900ms).peak(), inaudible);
+    }
+}
+
+TEST_F(PluginVolumeTest, OutOfRangeIsClampedAndAllStreamsFollow) {
+    Player player(2, 0ms, level / 2);
+    player.play();
+    awaitCheckin(player);
+    EXPECT_TRUE(hearsConstant(level));
+    for (const auto& [command, percent] : {std::pair{60, 60}, {-5, 0}, {150, 100}, {1, 1}}) {
+        application_->setVolume(player.pid(), command);
+        EXPECT_TRUE(hearsConstant(level * gainOf(percent))) << command;
+    }
+}
+
+TEST_F(PluginVolumeTest, TheBalanceIsKept) {
+    support::ChildProcess surround({"paplay", "--raw", "--channels=6", "/dev/zero"});
+    Player player;
+    player.play();
+    awaitCheckin(player);
+    const auto pid = static_cast<std::uint32_t>(surround.pid());
+    ASSERT_TRUE(waitUntil([&] { return application_->programs().size() == 2; }));
+    ASSERT_TRUE(waitUntil([&] { return shownStreams(pid).size() == 1; }));
+    outlastHold();
+    setElsewhere(onlyStream(player), {"100%", "50%"});
+    setElsewhere(shownStreams(pid).front(), {"100%", "50%", "20%", "40%", "60%", "80%"});
+    const auto before = shownStreams(pid).front().percents;
+    ASSERT_EQ(before.size(), 6U);
+    application_->setVolume(player.pid(), 0);
+    EXPECT_TRUE(hearsConstant(0));
+    application_->setVolume(player.pid(), 50);
+    EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    EXPECT_NEAR(recorder_->record(100ms).channels[1].back(), level * gainOf(25), 1e-4);
+    application_->setVolume(pid, 50);
+    std::vector<int> halved = before;
+    for (int& percent : halved)
+        percent /= 2;
+    EXPECT_TRUE(waitUntil([&] { return shownStreams(pid).front().percents == halved; }));
+}
+
+TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFought) {
+    Player player;
+    player.play();
+    awaitCheckin(player);
+    application_->setVolume(player.pid(), 50);
+    EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    outlastHold();
+    const ShownStream first = onlyStream(player);
+    for (const int percent : {80, 120, 40}) {
+        setElsewhere(first, {std::to_string(percent) + "%"});
+        EXPECT_TRUE(hearsConstant(level * gainOf(percent)));
+        const auto samples = recorder_->record(500ms).channels[0];
+        EXPECT_LT(greatestJump(samples), 1e-4) << "it stays";
+    }
+    player.play();
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(40)));
+    outlastHold();
+    ASSERT_EQ(shownStreams(player.pid()).size(), 2U);
+    setElsewhere(shownStreams(player.pid()).back(), {"60%"});
+    EXPECT_TRUE(hearsConstant(level * (gainOf(40) + gainOf(60)))) << "others are left alone";
+    application_->setVolume(player.pid(), 20);
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(20))) << "the application's word is for all";
+
+    EXPECT_EQ(runCommand({"pactl", "set-sink-input-mute", std::to_string(first.index), "1"}).status,
+              0);
+    EXPECT_TRUE(hearsConstant(level * gainOf(20)));
+    player.play();
+    EXPECT_TRUE(waitUntil([&] { return shownStreams(player.pid()).size() == 3; }));
+    outlastHold();
+    EXPECT_TRUE(shownStreams(player.pid()).back().muted);
+    EXPECT_TRUE(hearsConstant(level * gainOf(20)));
+}
+
+TEST_F(PluginVolumeTest, WhatIsHeardIsNotMadeLouderByItsComing) {
+    plugin_.reset();
+    Player player;
+    player.play();
+    EXPECT_TRUE(hearsConstant(level));
+    setElsewhere(onlyStream(player), {"30%"});
+    EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+    startPlugin();
+    awaitCheckin(player);
+    EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+    player.play();
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(30))) << "it is the program's volume";
+
+    application_->setVolume(player.pid(), 50);
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(50)));
+    const auto both = shownStreams(player.pid());
+    ASSERT_EQ(both.size(), 2U);
+    whileDisconnected([&] {
+        setElsewhere(both.front(), {"80%"});
+        setElsewhere(both.back(), {"20%"});
+    });
+    EXPECT_TRUE(hearsConstant(level * (gainOf(50) + gainOf(20))));
+    outlastHold();
+    EXPECT_TRUE(hearsConstant(level * (gainOf(50) + gainOf(20)))) << "and it stays";
+    player.play();
+    EXPECT_TRUE(hearsConstant(level * (gainOf(50) + 2 * gainOf(20))));
+}
+
+TEST_F(PluginVolumeTest, ADragMakesNoJump) {
+    Player player;
+    player.play();
+    awaitCheckin(player);
+    outlastHold();
+    EXPECT_TRUE(hearsConstant(level));
+    // At once to the other end, then back and forth before either end is reached. 1 is heard as
+    // good as nothing, but is not the silence of a missed cycle.
+    const std::vector<int> drag{1,   1,   1,   1,  1,  1,  100, 100, 100,
+                                100, 100, 100, 60, 20, 70, 10,  100};
+    std::size_t next = 0;
+    std::optional<platform::Timer> pointer;
+    pointer.emplace(loop_, [&] {
+        application_->setVolume(player.pid(), drag.at(next++));
+        if (next < drag.size())
+            pointer->start(90ms);
+    });
+    double jump = 0;
+    for (int take = 0; take < 5; ++take) { // a busy machine serves a program late now and then
+        next = 0;
+        pointer->start({});
+        const auto samples = recorder_->record(2800ms).channels[0];
+        EXPECT_NEAR(samples.back(), level, 1e-4);
+        EXPECT_TRUE(std::any_of(samples.begin(), samples.end(),
+                                [](float sample) { return sample > inaudible && sample < 1e-6F; }));
+        jump = greatestJump(samples);
+        // A cycle of the graph is longer than the time between two steps and may see both.
+        if (jump <= level * (1 - gainOf(90)) + 1e-4)
+            return;
+    }
+    ADD_FAILURE() << "a jump of " << jump;
+}
+
+TEST_F(PluginVolumeTest, AMutedProgramGoesOnAndComesBackWithItsVolume) {
+    Player player;
+    player.play();
+    awaitCheckin(player);
+    application_->setVolume(player.pid(), 50);
+    EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    outlastHold();
+    application_->setMute(player.pid(), true);
+    EXPECT_TRUE(hearsConstant(0));
+    EXPECT_TRUE(player.process().isRunning());
+    application_->forgetLevels();
+    EXPECT_TRUE(waitUntil([&] { return application_->levelsOf(player.pid()).size() > 5; }));
+    application_->setVolume(player.pid(), 60);
+    application_->setMute(player.pid(), false);
+    const auto samples = recorder_->record(1s).channels[0];
+    EXPECT_NEAR(samples.back(), level * gainOf(60), 1e-4);
+    EXPECT_TRUE(std::all_of(samples.begin(), samples.end(), [](float sample) {
+        return std::abs(sample) <= inaudible || std::abs(sample - level * gainOf(60)) < 1e-4;
+    })) << "it comes back at once";
+}
+
+TEST_F(PluginVolumeTest, AnEndInTheMiddleOfAChangeLeavesWhatWasAskedFor) {
+    Player player;
+    player.play();
+    awaitCheckin(player);
+    outlastHold();
+    application_->setVolume(player.pid(), 10);
+    ASSERT_TRUE(waitUntil([&] { return onlyStream(player).percents.front() < 100; }));
+    plugin_->signal(SIGTERM);
+    EXPECT_EQ(plugin_->wait(), 0);
+    EXPECT_TRUE(hearsConstant(level * gainOf(10)));
+}
+
+TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
+    Player brief(20, 5ms);
+    Player crowd(60, 0ms, 0.5F / 60);
+    crowd.play();
+    awaitCheckin(crowd);
+    for (int i = 0; i < 15; ++i) {
+        brief.play();
+        recorder_->record(50ms);
+    }
+    awaitCheckin(brief);
+    application_->setVolume(crowd.pid(), 50);
+    EXPECT_TRUE(hearsConstant(0.5 * gainOf(50)));
+    const std::string output = plugin_->output();
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
+}
