@@ -1,5 +1,6 @@
 #include "plugin/AudioServer.h"
 
+#include "platform/MonotonicClock.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/SystemLog.h"
@@ -142,7 +143,7 @@ AudioServer::AudioServer(platform::RunLoop& loop, Listener& listener)
     , loop_(std::make_unique<Loop>())
     , source_(platform::RunLoopSource::create(loop, pw_loop_get_fd(loop_->loop),
                                               platform::RunLoopSource::reading,
-                                              [this] { serveEvents(); }))
+                                              [this] { serveEvents({}); }))
     , retry_(std::make_unique<platform::Timer>(loop, [this] { connect(); }))
     , loss_(std::make_unique<platform::Timer>(loop, [this] { drop(); })) {
     if (source_ == nullptr)
@@ -167,8 +168,17 @@ bool AudioServer::hasListedAll() const noexcept {
     return connection_ != nullptr && connection_->listed;
 }
 
-void AudioServer::serveEvents() {
-    const int result = pw_loop_iterate(loop_->loop, 0);
+void AudioServer::serveUntil(const std::function<bool()>& condition) {
+    constexpr std::chrono::milliseconds longest{500};
+    constexpr std::chrono::milliseconds piece{50};
+    const auto deadline = platform::MonotonicClock::now() + longest;
+    while (connection_ != nullptr && !loss_->isActive() && !condition() &&
+           platform::MonotonicClock::now() < deadline)
+        serveEvents(piece);
+}
+
+void AudioServer::serveEvents(std::chrono::milliseconds wait) {
+    const int result = pw_loop_iterate(loop_->loop, static_cast<int>(wait.count()));
     if (result < 0 && result != -EINTR)
         systemLog(LogPriority::error, "PipeWire's event loop failed: %s (%d)",
                   std::strerror(-result), -result);

@@ -49,12 +49,12 @@ class AudioServer {
     /// added from then on is new.
     bool hasListedAll() const noexcept;
 
-    /// Sends what has been asked of the server so far, which otherwise happens with the loop's next
-    /// turn, and serves what has arrived. Does not wait.
-    void flush() { serveEvents(); }
     /// Another connection to the server, which the caller closes before this object goes; whoever
     /// has it is not told of its end. Null with errno set on failure.
     pw_core* openCore() const;
+    /// Serves the server's events until `condition` holds, half a second at most, waiting
+    /// meanwhile.
+    void serveUntil(const std::function<bool()>& condition);
 
   private:
     class Library;
@@ -64,7 +64,7 @@ class AudioServer {
     void connect();
     bool openConnection();
     void drop();
-    void serveEvents();
+    void serveEvents(std::chrono::milliseconds wait);
     void failed(std::uint32_t id, int result, const char* message);
 
     static const pw_core_events coreEvents;

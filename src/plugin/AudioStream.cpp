@@ -113,6 +113,7 @@ void AudioStream::uphold() {
 
 void AudioStream::finish() {
     write(keeper_.finish(MonotonicClock::now()));
+    writer_.ask();
 }
 
 void AudioStream::write(const VolumeWrite& write) {

@@ -73,12 +73,21 @@ pw_node* NodeWriter::node() {
 void NodeWriter::rest() {
     if (closing_)
         connection_.reset();
-    else if (connection_ != nullptr)
+    else
+        ask();
+}
+
+void NodeWriter::ask() {
+    answered_ = false;
+    if (connection_ != nullptr)
         question_ = pw_core_sync(connection_->core, PW_ID_CORE, 0);
 }
 
 void NodeWriter::answered(int sequence) {
-    if (sequence == question_ && !pause_->isActive())
+    if (sequence != question_)
+        return;
+    answered_ = true;
+    if (!pause_->isActive())
         close();
 }
 

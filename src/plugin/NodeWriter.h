@@ -27,6 +27,12 @@ class NodeWriter {
     /// connection.
     pw_node* node();
 
+    /// Asks the server to answer when all that was changed so far has been done.
+    void ask();
+
+    /// Whether it has answered; also when there is no connection.
+    bool isAnswered() const noexcept { return connection_ == nullptr || answered_; }
+
   private:
     struct Connection;
 
@@ -38,7 +44,8 @@ class NodeWriter {
 
     const AudioServer& server_;
     const std::uint32_t id_;
-    int question_ = 0; // what the server has to answer before the connection may be closed
+    int question_ = 0;
+    bool answered_ = false;
     bool closing_ = false;
     std::unique_ptr<Connection> connection_;
     const std::unique_ptr<platform::Timer> pause_;

@@ -3,6 +3,7 @@
 #include "platform/ProcessInfo.h"
 #include "plugin/ProgramName.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -28,7 +29,10 @@ PluginHost::PluginHost(platform::RunLoop& loop)
 PluginHost::~PluginHost() {
     for (const auto& [id, voice] : voices_)
         voice.stream->finish();
-    server_.flush();
+    server_.serveUntil([this] {
+        return std::ranges::all_of(
+            voices_, [](const auto& each) { return each.second.stream->isSettled(); });
+    });
     forgetServer();
 }
 

@@ -9,14 +9,14 @@
 #include <map>
 
 using support::PrivateAudioSession;
-using support::Recording;
 using support::runCommand;
 using support::waitUntil;
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr float level = 0.5F; // of every sample that is played
+constexpr float level = 0.5F;      // of every sample that is played
+constexpr float inaudible = 1e-7F; // what the recorder makes of silence
 
 /// A program that begins new streams of constant samples when it is told to.
 class Player {
@@ -62,6 +62,7 @@ std::vector<ShownStream> shownStreams(std::uint32_t pid) {
         streams[stream.index] = stream;
     }
     std::vector<ShownStream> sorted;
+    sorted.reserve(streams.size());
     for (const auto& [index, stream] : streams)
         sorted.push_back(stream);
     return sorted;
@@ -78,7 +79,7 @@ void setElsewhere(const ShownStream& stream, const std::vector<std::string>& vol
 /// The greatest difference of two samples that follow each other. Silence is left out: a busy
 /// machine lets a program miss a cycle.
 double greatestJump(std::vector<float> samples) {
-    std::erase(samples, 0.0F);
+    std::erase_if(samples, [](float sample) { return std::abs(sample) <= inaudible; });
     double jump = 0;
     for (std::size_t i = 1; i < samples.size(); ++i)
         jump = std::max(jump, std::abs(static_cast<double>(samples[i]) - samples[i - 1]));
@@ -87,16 +88,23 @@ double greatestJump(std::vector<float> samples) {
 
 class PluginVolumeTest : public PluginFixture {
   protected:
-    /// Waits until all that is heard are samples of this value.
+    /// Waits until these samples are heard and none that are louder. A busy machine lets a program
+    /// miss many a cycle.
     bool hearsConstant(double value) {
-        double last = -1;
+        std::pair<double, double> last;
         const bool heard = waitUntil([&] {
             const auto& samples = recorder_->record(100ms).channels[0];
+            const double tolerance = 0.002 * value + inaudible;
+            const auto matching = std::count_if(samples.begin(), samples.end(), [&](float sample) {
+                return std::abs(sample - value) <= tolerance;
+            });
             const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
-            last = *greatest;
-            return *greatest - *least < 1e-4F && std::abs(*greatest - value) < 0.002 * value + 1e-5;
+            last = {*least, *greatest};
+            return *greatest <= value + tolerance &&
+                   matching > static_cast<std::ptrdiff_t>(samples.size() / 4);
         });
-        EXPECT_TRUE(heard) << "heard " << last << " instead of " << value << "\n"
+        EXPECT_TRUE(heard) << "heard " << last.first << " to " << last.second << " instead of "
+                           << value << "\n"
                            << (plugin_ ? plugin_->output() : "");
         return heard;
     }
@@ -181,8 +189,8 @@ TEST_F(PluginVolumeMemoryTest, AStreamsFirstSamplesHaveTheProgramsVolume) {
         setElsewhere(onlyStream(other), {i % 2 == 0 ? "100%" : "95%"});
         player.play();
         const auto samples = recorder_->record(900ms).channels[0];
-        const auto first =
-            std::find_if(samples.begin(), samples.end(), [](float s) { return s != 0; });
+        const auto first = std::find_if(samples.begin(), samples.end(),
+                                        [](float sample) { return sample > inaudible; });
         ASSERT_NE(first, samples.end()) << "nothing played";
         EXPECT_NEAR(*first, level * gainOf(50), 1e-4);
         EXPECT_NEAR(*std::max_element(samples.begin(), samples.end()), level * gainOf(50), 1e-4);
@@ -190,7 +198,7 @@ TEST_F(PluginVolumeMemoryTest, AStreamsFirstSamplesHaveTheProgramsVolume) {
     application_->setMute(player.pid(), true);
     for (int i = 0; i < 3; ++i) {
         player.play();
-        EXPECT_EQ(recorder_->record(900ms).peak(), 0);
+        EXPECT_LE(recorder_->record(900ms).peak(), inaudible);
     }
 }
 
@@ -224,9 +232,9 @@ TEST_F(PluginVolumeTest, TheBalanceIsKept) {
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
     EXPECT_NEAR(recorder_->record(100ms).channels[1].back(), level * gainOf(25), 1e-4);
     application_->setVolume(pid, 50);
-    std::vector<int> halved;
-    for (const int percent : before)
-        halved.push_back(percent / 2);
+    std::vector<int> halved = before;
+    for (int& percent : halved)
+        percent /= 2;
     EXPECT_TRUE(waitUntil([&] { return shownStreams(pid).front().percents == halved; }));
 }
 
@@ -315,7 +323,7 @@ TEST_F(PluginVolumeTest, ADragMakesNoJump) {
         const auto samples = recorder_->record(2800ms).channels[0];
         EXPECT_NEAR(samples.back(), level, 1e-4);
         EXPECT_TRUE(std::any_of(samples.begin(), samples.end(),
-                                [](float sample) { return sample > 0 && sample < 1e-6F; }));
+                                [](float sample) { return sample > inaudible && sample < 1e-6F; }));
         jump = greatestJump(samples);
         // A cycle of the graph is longer than the time between two steps and may see both.
         if (jump <= level * (1 - gainOf(90)) + 1e-4)
@@ -341,7 +349,7 @@ TEST_F(PluginVolumeTest, AMutedProgramGoesOnAndComesBackWithItsVolume) {
     const auto samples = recorder_->record(1s).channels[0];
     EXPECT_NEAR(samples.back(), level * gainOf(60), 1e-4);
     EXPECT_TRUE(std::all_of(samples.begin(), samples.end(), [](float sample) {
-        return sample == 0 || std::abs(sample - level * gainOf(60)) < 1e-4;
+        return std::abs(sample) <= inaudible || std::abs(sample - level * gainOf(60)) < 1e-4;
     })) << "it comes back at once";
 }
 
