@@ -81,12 +81,7 @@ class Meter {
             count_.change(1);
     }
 
-    static inline const pw_stream_events events = [] {
-        pw_stream_events each{};
-        each.version = PW_VERSION_STREAM_EVENTS;
-        each.process = [](void* data) { static_cast<Meter*>(data)->process(); };
-        return each;
-    }();
+    static const pw_stream_events events;
 
     Count& count_;
     pw_stream* stream_ = nullptr;
@@ -94,6 +89,13 @@ class Meter {
     volatile float peak_ = 0.0F; // so that the work cannot be left out
     bool heard_ = false;
 };
+
+const pw_stream_events Meter::events = [] {
+    pw_stream_events each{};
+    each.version = PW_VERSION_STREAM_EVENTS;
+    each.process = [](void* data) { static_cast<Meter*>(data)->process(); };
+    return each;
+}();
 
 struct Program {
     pw_core* core = nullptr;
