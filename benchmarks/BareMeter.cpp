@@ -18,30 +18,29 @@ namespace {
 
 constexpr std::uint32_t levelsPerSecond = 25;
 
-class Meter;
-
-struct Program {
-    pw_core* core = nullptr;
-    std::map<std::uint32_t, std::unique_ptr<Meter>> meters; // by node
-    std::size_t heard = 0;
-
-    void tell(std::ptrdiff_t change) {
-        heard = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(heard) + change);
-        std::printf("measures %zu\n", heard);
+/// How many streams are measured.
+class Count {
+  public:
+    void change(int by) {
+        measured_ += by;
+        std::printf("measures %d\n", measured_);
         std::fflush(stdout);
     }
+
+  private:
+    int measured_ = 0;
 };
 
 /// The capture stream of one program.
 class Meter {
   public:
-    Meter(Program& program, const char* serial) : program_(program) {
+    Meter(pw_core* core, Count& count, const char* serial) : count_(count) {
         const std::string rate = std::to_string(levelsPerSecond);
         pw_properties* const properties = pw_properties_new(
             PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_NAME,
             "Peak detect", PW_KEY_NODE_NAME, "bare-meter", PW_KEY_TARGET_OBJECT, serial,
             PW_KEY_STREAM_MONITOR, "true", PW_KEY_NODE_DONT_RECONNECT, "true", nullptr);
-        stream_ = pw_stream_new(program.core, "Peak detect", properties);
+        stream_ = pw_stream_new(core, "Peak detect", properties);
         pw_stream_add_listener(stream_, &hook_, &events, this);
 
         std::array<std::uint8_t, 1024> space{};
@@ -60,7 +59,7 @@ class Meter {
     }
     ~Meter() {
         if (heard_)
-            program_.tell(-1);
+            count_.change(-1);
         pw_stream_destroy(stream_);
     }
     Meter(const Meter&) = delete;
@@ -79,21 +78,29 @@ class Meter {
         peak_ = peak;
         pw_stream_queue_buffer(stream_, taken);
         if (!std::exchange(heard_, true))
-            program_.tell(1);
+            count_.change(1);
     }
 
-    static inline const pw_stream_events events = [] {
-        pw_stream_events each{};
-        each.version = PW_VERSION_STREAM_EVENTS;
-        each.process = [](void* data) { static_cast<Meter*>(data)->process(); };
-        return each;
-    }();
+    static const pw_stream_events events;
 
-    Program& program_;
+    Count& count_;
     pw_stream* stream_ = nullptr;
     spa_hook hook_{};
     volatile float peak_ = 0.0F; // so that the work cannot be left out
     bool heard_ = false;
+};
+
+const pw_stream_events Meter::events = [] {
+    pw_stream_events each{};
+    each.version = PW_VERSION_STREAM_EVENTS;
+    each.process = [](void* data) { static_cast<Meter*>(data)->process(); };
+    return each;
+}();
+
+struct Program {
+    pw_core* core = nullptr;
+    Count count;
+    std::map<std::uint32_t, std::unique_ptr<Meter>> meters; // by node
 };
 
 void added(Program& program, std::uint32_t id, const char* type, const spa_dict* properties) {
@@ -103,7 +110,7 @@ void added(Program& program, std::uint32_t id, const char* type, const spa_dict*
     const char* const serial = spa_dict_lookup(properties, PW_KEY_OBJECT_SERIAL);
     if (mediaClass != nullptr && serial != nullptr &&
         std::string_view(mediaClass) == "Stream/Output/Audio")
-        program.meters[id] = std::make_unique<Meter>(program, serial);
+        program.meters[id] = std::make_unique<Meter>(program.core, program.count, serial);
 }
 
 } // namespace
