@@ -38,7 +38,8 @@ MVComm& MVComm::sharedComm() {
 MVComm::MVComm()
     : afterAddition_(*platform::RunLoop::current(), [this] { broadcastDidLaunchNotification(); })
     , announcement_(*platform::RunLoop::current(),
-                    [this] { broadcastDidLaunchNotificationDelayed(); }) {
+                    [this] { broadcastDidLaunchNotificationDelayed(); })
+    , nextEnd_(*platform::RunLoop::current(), [this] { endNextServer(); }) {
     if (std::string folder = containersFolder(); !folder.empty())
         containerWatch_ =
             std::make_unique<ContainerWatch>(std::move(folder), [this] { injectIntoContainers(); });
@@ -87,12 +88,11 @@ QStringList MVComm::containerLibraries() {
 
 void MVComm::injectIntoContainers() {
     const QStringList paths = containerSockets();
-    const QList<MVCommConnectionProcess> gone = endContainersExcept(paths);
+    dropContainersExcept(paths);
     for (const QString& path : paths) {
         if (!containerPaths_.contains(path) && addCommForPath(path))
             containerPaths_.insert(path);
     }
-    tellGone(gone);
 }
 
 /// Of several paths to one folder only one counts, the one that is served already: another server
@@ -109,29 +109,39 @@ QStringList MVComm::containerSockets() const {
     return pathOfFolder.values();
 }
 
-/// Answers whom their plug-ins spoke for. A container that was replaced by one of the same name has
-/// no socket yet, so the server of the old one ends too.
-QList<MVCommConnectionProcess> MVComm::endContainersExcept(const QStringList& paths) {
+/// A container that was replaced by one of the same name has no socket yet, so the server of the
+/// old one goes too.
+void MVComm::dropContainersExcept(const QStringList& paths) {
     const QSet<QString> wanted(paths.begin(), paths.end());
-    QList<MVCommConnectionProcess> processes;
     std::erase_if(comms_, [&](const auto& server) {
         const QString& path = server->socketPath();
         if (!containerPaths_.contains(path) || (wanted.contains(path) && QFileInfo::exists(path)))
             return false;
         containerPaths_.remove(path);
-        processes += server->connectionProcesses();
-        server->shutdown();
+        ending_.push_back({server, server->connectionProcesses()});
         return true;
     });
-    return processes;
+    for (Ending& each : ending_) {
+        if (each.server != nullptr && wanted.contains(each.server->socketPath()))
+            each.server.reset(); // later it would remove the next one's socket
+    }
+    if (!ending_.empty())
+        nextEnd_.start({});
 }
 
-void MVComm::tellGone(const QList<MVCommConnectionProcess>& processes) const {
-    for (const MVCommConnectionProcess& process : processes) {
+/// One in a turn: the file of a socket may go only now, and some disks take their time for that.
+void MVComm::endNextServer() {
+    const Ending ending = std::move(ending_.front());
+    ending_.pop_front();
+    if (!ending_.empty())
+        nextEnd_.start({});
+    if (ending.server != nullptr)
+        ending.server->shutdown();
+    for (const MVCommConnectionProcess& process : ending.processes) {
         const MVCommActivityMessage silence{kMVCommActivity, process.pid, 0.0F};
         dataCallback_(&silence);
     }
-    if (!processes.isEmpty() && disconnectionCallback_ != nullptr)
+    if (!ending.processes.isEmpty() && disconnectionCallback_ != nullptr)
         disconnectionCallback_();
 }
 
@@ -170,6 +180,8 @@ void MVComm::shutdown() {
     announcement_.stop();
     containerWatch_.reset();
     containerPaths_.clear();
+    nextEnd_.stop();
+    ending_.clear();
     for (const auto& server : comms_)
         server->shutdown();
     comms_.clear();

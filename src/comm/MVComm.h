@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -85,15 +86,23 @@ class MVComm final : public MVCommCallbacks {
   private:
     void broadcastDidLaunchNotificationDelayed();
     QStringList containerSockets() const;
-    QList<MVCommConnectionProcess> endContainersExcept(const QStringList& paths);
-    void tellGone(const QList<MVCommConnectionProcess>& processes) const;
+    void dropContainersExcept(const QStringList& paths);
+    void endNextServer();
+
+    /// A server that has been dropped, and whom its plug-ins spoke for.
+    struct Ending {
+        std::shared_ptr<MVCommunication> server; // null once it is shut down
+        QList<MVCommConnectionProcess> processes;
+    };
 
     std::vector<std::shared_ptr<MVCommunication>> comms_; // the main one, then the containers'
     QSet<QString> containerPaths_; // of those in comms_ that are a container's
+    std::deque<Ending> ending_;
     MVCommDataCallback dataCallback_ = [](const MVCommActivityMessage*) {};
     MVCommCallback connectionCallback_ = nullptr;
     MVCommCallback disconnectionCallback_ = nullptr;
     platform::Timer afterAddition_;
     platform::Timer announcement_;
+    platform::Timer nextEnd_;
     std::unique_ptr<ContainerWatch> containerWatch_; // null without a home
 };

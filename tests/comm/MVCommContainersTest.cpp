@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -177,6 +178,30 @@ TEST_F(MVCommContainersTest, ServesFiveHundredContainers) {
     EXPECT_EQ(log_.count(announcement), 1U);
     const auto plugin = checkedIn(socketOf("499"), 1);
     EXPECT_EQ(pids(), Pids{1});
+    EXPECT_EQ(noise(), std::vector<std::string>{});
+}
+
+TEST_F(MVCommContainersTest, ServesOthersWhileTheServersOfManyEnd) {
+    constexpr int many = 50;
+    for (int i = 0; i < many; ++i)
+        makeFolders(container(std::to_string(i) + "/Data"));
+    start();
+    const auto gone = checkedIn(socketOf("49"), 1);
+    fs::remove_all(container(""));
+    makeFolders(container("other/Data"));
+    settle();
+    const auto other = checkedIn(socketOf("other"), 2);
+    EXPECT_EQ(pids(), Pids{2});
+    makeFolders(container("0/Data"));
+    makeFolders(container("49/Data")); // whose last server has hardly ended
+    settle();
+    for (int i = 0; i < many; ++i)
+        turn();
+    EXPECT_TRUE(gone->isEnded());
+    EXPECT_EQ(std::ranges::count(events, 'D'), 1) << "only one had anybody";
+    const auto first = checkedIn(socketOf("0"), 3);
+    const auto last = checkedIn(socketOf("49"), 4);
+    EXPECT_EQ(pids(), (Pids{2, 3, 4}));
     EXPECT_EQ(noise(), std::vector<std::string>{});
 }
 
