@@ -43,15 +43,7 @@ class Manager {
         pw_node_set_param(node.get(), SPA_PARAM_Props, 0, param);
     }
 
-    static inline const pw_registry_events registryEvents = [] {
-        pw_registry_events events{};
-        events.version = PW_VERSION_REGISTRY_EVENTS;
-        events.global = [](void* data, std::uint32_t id, std::uint32_t, const char* type,
-                           std::uint32_t, const spa_dict* properties) {
-            static_cast<Manager*>(data)->found(id, type, properties);
-        };
-        return events;
-    }();
+    static const pw_registry_events registryEvents;
 
     const float gain_;
     ProxyHandle<pw_proxy> metadata_;
@@ -59,6 +51,16 @@ class Manager {
     ProxyHandle<pw_registry> registry_;
     ListenerHook hook_;
 };
+
+const pw_registry_events Manager::registryEvents = [] {
+    pw_registry_events events{};
+    events.version = PW_VERSION_REGISTRY_EVENTS;
+    events.global = [](void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                       const spa_dict* properties) {
+        static_cast<Manager*>(data)->found(id, type, properties);
+    };
+    return events;
+}();
 
 /// Serves the loop until the server has answered all that it was asked before.
 void settle(pw_main_loop* loop, pw_core* core) {

@@ -12,7 +12,6 @@
 #include <optional>
 #include <stdexcept>
 
-using support::ChildProcess;
 using testing::HasSubstr;
 
 namespace {
