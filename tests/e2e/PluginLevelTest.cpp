@@ -69,8 +69,13 @@ class PluginLevelTest : public PluginFixture {
     };
 
     static std::vector<Node> nodesInServer() {
+        // What goes while it is dumped spoils the dump.
+        QJsonArray dump;
+        EXPECT_TRUE(waitUntil([&dump] {
+            dump = QJsonDocument::fromJson(runCommand({"pw-dump"}).output.c_str()).array();
+            return !dump.isEmpty();
+        }));
         std::vector<Node> nodes;
-        const auto dump = QJsonDocument::fromJson(runCommand({"pw-dump"}).output.c_str()).array();
         for (const auto& object : dump) {
             const QJsonObject properties = object[u"info"][u"props"].toObject();
             if (object[u"type"].toString().endsWith(u"Node"))
@@ -78,7 +83,6 @@ class PluginLevelTest : public PluginFixture {
                                  properties[u"media.class"].toString(),
                                  properties[u"object.serial"].toInteger(), object[u"id"].toInt()});
         }
-        EXPECT_FALSE(nodes.empty());
         return nodes;
     }
     static std::vector<Node> nodesNamed(const QString& name) {

@@ -6,6 +6,12 @@
 
 namespace support {
 
+namespace {
+
+constexpr const char* notificationSounds = "coreaudiod";
+
+} // namespace
+
 ListeningApplication* ListeningApplication::current_ = nullptr;
 
 ListeningApplication::ListeningApplication() {
@@ -25,12 +31,14 @@ void ListeningApplication::record(const MVCommActivityMessage* message) {
 
 QList<MVCommConnectionProcess> ListeningApplication::programs() const {
     auto programs = comm_.connectionProcesses();
-    programs.removeIf([](const auto& program) { return program.name.isNull(); });
+    programs.removeIf([](const auto& program) {
+        return program.name.isNull() || program.name == QLatin1String(notificationSounds);
+    });
     return programs;
 }
 
 std::optional<MVCommConnectionProcess> ListeningApplication::program(const QString& name) const {
-    auto programs = this->programs();
+    auto programs = comm_.connectionProcesses();
     programs.removeIf([&name](const auto& program) { return program.name != name; });
     return programs.size() == 1 ? std::optional(programs.front()) : std::nullopt;
 }

@@ -29,10 +29,11 @@ class ListeningApplication {
     ListeningApplication(const ListeningApplication&) = delete;
     ListeningApplication& operator=(const ListeningApplication&) = delete;
 
-    /// The programs that have checked in.
+    /// The programs that have checked in, without the one of the notification sounds.
     QList<MVCommConnectionProcess> programs() const;
 
-    /// The only program of that name; nothing when there is none or more than one.
+    /// The only one of that name, also that of the notification sounds; nothing when there is none
+    /// or more than one.
     std::optional<MVCommConnectionProcess> program(const QString& name) const;
 
     /// What arrived for the pid, zeros that the server made included, since the start or
