@@ -55,5 +55,6 @@ class RestoredVolume {
     std::optional<StreamSetting> known_;
     std::vector<float> balance_; // the last volumes that were not all zero
     std::deque<Write> writes_;   // that have not come back
+    bool overtaken_ = false;     // by another's change since the last write
     bool wasAsked_ = false;
 };
