@@ -39,9 +39,10 @@ FileDescriptor listenAt(const std::string& path) {
     return descriptor;
 }
 
-bool watch(const FileDescriptor& epoll, int descriptor, void* context) noexcept {
+bool watch(const FileDescriptor& epoll, int descriptor, void* context,
+           std::uint32_t mode = 0) noexcept {
     epoll_event event{};
-    event.events = EPOLLIN;
+    event.events = EPOLLIN | mode;
     event.data.ptr = context;
     return ::epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
@@ -155,7 +156,8 @@ void BareWireServer::accept() {
 
 void BareWireServer::add(FileDescriptor descriptor) {
     auto connection = std::make_unique<Connection>();
-    if (!watch(epoll_, descriptor.get(), connection.get()))
+    // A read takes all that is queued, so the kernel need not look at the connection once more.
+    if (!watch(epoll_, descriptor.get(), connection.get(), EPOLLET))
         return;
     connection->descriptor = std::move(descriptor);
     connection->place = connections_.size();

@@ -8,10 +8,9 @@ namespace {
 
 bool needsEscape(QChar character) noexcept {
     const char16_t code = character.unicode();
-    const bool beginsLine = code == u'\n' || code == 0x2028 || code == 0x2029;
-    const bool turnsDirection = (code >= 0x202A && code <= 0x202E) || // embeddings, overrides
-                                (code >= 0x2066 && code <= 0x2069);   // isolates
-    return beginsLine || turnsDirection;
+    return code == u'\n' || code == 0x85 ||      // next line
+           (code >= 0x2028 && code <= 0x202E) || // separators, embeddings, overrides
+           (code >= 0x2066 && code <= 0x2069);   // isolates
 }
 
 } // namespace

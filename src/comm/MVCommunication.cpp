@@ -5,6 +5,7 @@
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
 #include "platform/DispatchQueue.h"
+#include "platform/ExceptionReport.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
@@ -178,8 +179,6 @@ void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
         [this](platform::DataSocket& sender, std::span<const std::byte> data) {
             handleSocketData(sender, wholeMessages(sender, data));
         });
-    if (socket == nullptr)
-        return;
     auto source = socket->makeSource(*runLoop_, readPerTurn);
     if (source == nullptr)
         return;
@@ -187,16 +186,21 @@ void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
     connection->setResetActivityTimer(std::make_unique<platform::Timer>(
         *runLoop_, [this, &record = *connection] { resetActivity(record); }));
 
+    const auto index = static_cast<std::size_t>(socket->descriptor());
+    if (index >= placeOfDescriptor_.size())
+        placeOfDescriptor_.resize(index + 1);
     const std::lock_guard lock(connectionsLock_);
-    connections_.push_back(connection);
-    connectionOfSocket_.emplace(socket.get(), std::prev(connections_.end()));
+    placeOfDescriptor_[index] = connections_.insert(connections_.end(), connection);
+    outlets_.reset();
 }
 
 std::shared_ptr<MVCommConnection>
 MVCommunication::connectionOf(const platform::DataSocket& socket) const {
-    const std::lock_guard lock(connectionsLock_);
-    const auto found = connectionOfSocket_.find(&socket);
-    return found != connectionOfSocket_.end() ? *found->second : nullptr;
+    const auto index = static_cast<std::size_t>(socket.descriptor());
+    if (index >= placeOfDescriptor_.size())
+        return nullptr;
+    const auto& place = placeOfDescriptor_[index];
+    return place && (**place)->socket() == &socket ? **place : nullptr;
 }
 
 void MVCommunication::handleSocketData(const platform::DataSocket& socket,
@@ -214,7 +218,7 @@ void MVCommunication::handleSocketData(const platform::DataSocket& socket,
         return;
     }
     if (data.empty()) {
-        handleDisconnect(socket);
+        handleDisconnect(connection);
         return;
     }
     MVCommParser parser(data);
@@ -229,10 +233,11 @@ MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connectio
     for (;;) {
         const MVCommParser::Result result = parser.next();
         if (result == MVCommParser::Result::activity) {
-            comm_.dataCallback()(&parser.activity());
+            platform::guarded(platform::kExceptionInDataCallback,
+                              [&] { comm_.dataCallback()(&parser.activity()); });
             connection.resetActivityTimer()->start(activityReset);
-            if (baseSock_ == nullptr)
-                return MVCommParser::Result::end; // shut down by the callback
+            if (connection.socket() == nullptr)
+                return MVCommParser::Result::end; // shut down, or disconnected, in the callback
         } else if (result == MVCommParser::Result::checkin) {
             handleCheckin(connection, parser.checkin(), method);
         } else {
@@ -243,14 +248,11 @@ MVCommParser::Result MVCommunication::handleMessages(MVCommConnection& connectio
 
 void MVCommunication::handleCheckin(MVCommConnection& connection,
                                     const MVCommParser::Checkin& checkin, const char* method) {
-    MVCommConnectionProcess process;
-    process.pid = checkin.pid;
     // What is not UTF-8 becomes replacement characters.
     const QString name = QString::fromUtf8(checkin.name);
-    process.name = name.isEmpty() ? QString::number(checkin.pid) : name;
-    process.path = QString::fromUtf8(checkin.path);
-
-    MVCommConnectionProcess previous = process;
+    MVCommConnectionProcess previous{checkin.pid,
+                                     name.isEmpty() ? QString::number(checkin.pid) : name,
+                                     QString::fromUtf8(checkin.path)};
     {
         const std::lock_guard lock(connectionsLock_);
         std::swap(connection.process(), previous);
@@ -258,21 +260,20 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
     if (!previous.name.isNull() || previous.pid >= 1)
         systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
                   qUtf8Printable(MVCommLogText(previous.name)), previous.pid);
-    QNLog(3, "'%s' connected (pid=%u, path='%s')", MVCommLogText(name), process.pid,
-          MVCommLogText(process.path));
+    QNLog(3, "'%s' connected (pid=%u, path='%s')", MVCommLogText(name), checkin.pid,
+          MVCommLogText(connection.process().path));
 
     if (comm_.connectionCallback() != nullptr)
         connectionCallbackTimer_.start(connectionCallbackDelay);
 }
 
-void MVCommunication::handleDisconnect(const platform::DataSocket& socket) {
-    std::shared_ptr<MVCommConnection> connection;
+void MVCommunication::handleDisconnect(const std::shared_ptr<MVCommConnection>& connection) {
+    const auto index = static_cast<std::size_t>(connection->socket()->descriptor());
+    const auto place = *std::exchange(placeOfDescriptor_[index], std::nullopt);
     {
         const std::lock_guard lock(connectionsLock_);
-        const auto found = connectionOfSocket_.find(&socket);
-        connection = *found->second;
-        connections_.erase(found->second);
-        connectionOfSocket_.erase(found);
+        connections_.erase(place);
+        outlets_.reset();
     }
     QNLog(3, "'%s' disconnected", MVCommLogText(connection->process().name));
     retire(connection);
@@ -321,17 +322,24 @@ void MVCommunication::doSendMessage(const MVCommConsoleMessage& message) {
     if (repeated && !allowFrequentMessages_)
         return;
 
-    {
-        const std::lock_guard lock(connectionsLock_);
-        for (const auto& connection : connections_)
-            sendTargets_.push_back(connection->outlet());
-    }
-    for (const auto& outlet : sendTargets_)
+    const std::shared_ptr<const Outlets> targets = outlets(); // held while they are written to
+    for (const auto& outlet : *targets)
         outlet->send(message);
-    sendTargets_.clear();
 
     std::memcpy(last.bytes.data(), &message, sizeof message);
     last.sent = secondsNow();
+}
+
+std::shared_ptr<const MVCommunication::Outlets> MVCommunication::outlets() {
+    const std::lock_guard lock(connectionsLock_);
+    if (outlets_ == nullptr) {
+        Outlets outlets;
+        outlets.reserve(connections_.size());
+        for (const auto& connection : connections_)
+            outlets.push_back(connection->outlet());
+        outlets_ = std::make_shared<const Outlets>(std::move(outlets));
+    }
+    return outlets_;
 }
 
 QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
@@ -349,8 +357,9 @@ void MVCommunication::shutdown() {
     {
         const std::lock_guard lock(connectionsLock_);
         connections.swap(connections_);
-        connectionOfSocket_.clear();
+        outlets_.reset();
     }
+    placeOfDescriptor_.clear();
     for (const auto& connection : connections)
         retire(connection);
     connectionCallbackTimer_.stop();

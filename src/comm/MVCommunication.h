@@ -16,6 +16,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -92,6 +93,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
         double sent = 0;
     };
     using Connections = std::list<std::shared_ptr<MVCommConnection>>;
+    using Outlets = std::vector<std::shared_ptr<MVCommOutlet>>;
 
     MVCommunication(const MVCommCallbacks& comm, QString socketPath);
     bool setup();
@@ -103,11 +105,12 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
                                         const char* method);
     void handleCheckin(MVCommConnection& connection, const MVCommParser::Checkin& checkin,
                        const char* method);
-    void handleDisconnect(const platform::DataSocket& socket);
+    void handleDisconnect(const std::shared_ptr<MVCommConnection>& connection);
     void connectionCallbackDelayed();
     void resetActivity(MVCommConnection& connection);
     void retire(const std::shared_ptr<MVCommConnection>& connection);
     void doSendMessage(const MVCommConsoleMessage& message);
+    std::shared_ptr<const Outlets> outlets();
 
     const MVCommCallbacks& comm_;
     const QString socketPath_;
@@ -119,18 +122,18 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     platform::Timer connectionCallbackTimer_;
     MVCommLineLimit strangerLines_;
     Connections retired_; // disconnected, but with an activity reset still to come
+    std::vector<std::optional<Connections::iterator>> placeOfDescriptor_; // in connections_
 
     mutable std::mutex connectionsLock_;
-    Connections connections_; // guarded by connectionsLock_
-    std::unordered_map<const platform::DataSocket*, Connections::iterator>
-        connectionOfSocket_; // guarded by connectionsLock_
+    // Guarded by connectionsLock_.
+    Connections connections_;                // changed on the main thread only
+    std::shared_ptr<const Outlets> outlets_; // of the connections; null: to be made
 
     std::atomic<bool> allowFrequentMessages_ = false;
     std::atomic<bool> suppressMessages_ = false;
 
     // The send queue only.
     std::unordered_map<std::string, LastMessage> lastMessages_;
-    std::vector<std::shared_ptr<MVCommOutlet>> sendTargets_;
 
     const std::shared_ptr<platform::DispatchQueue> sendQueue_;
 };

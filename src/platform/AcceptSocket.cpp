@@ -15,7 +15,10 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::seconds restingTime{1};
-constexpr int acceptedPerTurn = 64;
+
+// As many as wait behind a short backlog. To ask for one more than there are costs as much as a
+// connection: the kernel makes the socket first.
+constexpr int acceptedPerTurn = 6;
 
 bool isListening(int descriptor) noexcept {
     int listening = 0;
@@ -58,11 +61,12 @@ void AcceptSocket::acceptWaiting() {
         FileDescriptor connection(
             ::accept4(descriptor_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!connection) {
-            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+            if (errno == EAGAIN)
+                restIsLogged_ = false; // nobody waits any more
+            else if (errno != EINTR && errno != ECONNABORTED)
                 rest(errno);
             return;
         }
-        restIsLogged_ = false;
         handler_(*this, std::move(connection));
     }
 }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <utility>
@@ -34,11 +33,11 @@ bool hasMore(int descriptor) noexcept {
 } // namespace
 
 std::shared_ptr<DataSocket> DataSocket::create(FileDescriptor connected, Handler handler) {
-    const int flags = ::fcntl(connected.get(), F_GETFL);
-    const bool isReady = flags >= 0 && (flags & O_NONBLOCK) != 0; // as accept4(2) leaves it
-    if (!isReady && (flags < 0 || ::fcntl(connected.get(), F_SETFL, flags | O_NONBLOCK) != 0))
-        return nullptr;
-    return std::shared_ptr<DataSocket>(new DataSocket(std::move(connected), std::move(handler)));
+    struct Shared : DataSocket {
+        Shared(FileDescriptor&& descriptor, Handler&& handler)
+            : DataSocket(std::move(descriptor), std::move(handler)) {}
+    };
+    return std::make_shared<Shared>(std::move(connected), std::move(handler));
 }
 
 DataSocket::DataSocket(FileDescriptor connected, Handler handler)

@@ -20,6 +20,7 @@ enum ExceptionPlace : unsigned {
     kExceptionInNotification = 5,
     kExceptionInItemHandler = 6,
     kExceptionInObserver = 7,
+    kExceptionInDataCallback = 8,
 };
 
 /// Installs `hook` (null: the system log again) and answers the previous one. Any thread.

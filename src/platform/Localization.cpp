@@ -165,14 +165,14 @@ QString numberText(const QString& text, const Directive&) {
 }
 
 QString padded(QString text, const Directive& directive, bool isNumber) {
+    if (text.size() >= directive.width)
+        return text;
     if (directive.leftAligned)
         return text.leftJustified(directive.width);
     if (!directive.zeroPadded || !isNumber)
         return text.rightJustified(directive.width);
     const qsizetype behindSign = text.startsWith(u'-') || text.startsWith(u'+') ? 1 : 0;
-    if (text.size() < directive.width)
-        text.insert(behindSign, QString(directive.width - text.size(), u'0'));
-    return text;
+    return text.insert(behindSign, QString(directive.width - text.size(), u'0'));
 }
 
 QString filled(const FormatArgument& argument, const Directive& directive) {
@@ -189,6 +189,17 @@ QString filled(const FormatArgument& argument, const Directive& directive) {
         argument.value());
 }
 
+/// Enough for most, so that the text need not move while it grows.
+qsizetype expectedSize(const QString& format, std::span<const FormatArgument> arguments) {
+    constexpr qsizetype usualDigits = 8;
+    qsizetype size = format.size();
+    for (const FormatArgument& argument : arguments) {
+        const auto* const text = std::get_if<QString>(&argument.value());
+        size += text != nullptr ? text->size() : usualDigits;
+    }
+    return size;
+}
+
 } // namespace
 
 QString localized(const QString& key, const char* table) {
@@ -197,6 +208,7 @@ QString localized(const QString& key, const char* table) {
 
 QString formatArguments(const QString& format, std::span<const FormatArgument> arguments) {
     QString result;
+    result.reserve(expectedSize(format, arguments));
     std::size_t next = 1;
     qsizetype place = 0;
     for (qsizetype percent = format.indexOf(u'%'); percent >= 0;

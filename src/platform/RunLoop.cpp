@@ -18,6 +18,7 @@ namespace platform {
 
 namespace {
 
+constexpr std::size_t mostEvents = 256;      // taken from the kernel at once
 constexpr std::int64_t longestWait = 60'000; // ms; waiting ends early for whoever asks again
 
 thread_local RunLoop* currentLoop = nullptr;
@@ -58,7 +59,7 @@ struct RunLoop::Frame {
     Frame* const outer;
     std::size_t next = 0;
     std::size_t count = 0;
-    std::array<epoll_event, 256> events;
+    std::array<epoll_event, mostEvents> events;
 };
 
 RunLoop::RunLoop()
@@ -117,29 +118,39 @@ void RunLoop::post(std::function<void()> call) {
 }
 
 void RunLoop::serve(int timeout) {
+    Ready ready;
+    // As many batches as it takes for each source to have its turn, so that a timer does not fire
+    // while what pushes it back is waiting, and no more, so that a flood does not stop the timers.
+    std::size_t batches = 1 + sources_ / mostEvents;
+    for (bool isFull = serveBatch(timeout, ready); isFull && batches > 1; --batches)
+        isFull = serveBatch(0, ready);
+    if (ready.posted)
+        servePostedCalls();
+    if (ready.expired)
+        disarmKernelTimer();
+    serveTimers();
+}
+
+/// Whether more may be waiting.
+bool RunLoop::serveBatch(int timeout, Ready& found) {
     Frame frame(*this);
     const int ready = ::epoll_wait(epoll_.get(), frame.events.data(),
                                    static_cast<int>(frame.events.size()), timeout);
     frame.count = ready > 0 ? static_cast<std::size_t>(ready) : 0;
-    bool posted = false;
-    bool expired = false;
     while (frame.next < frame.count) {
         void* const target = frame.events[frame.next++].data.ptr;
         if (target == &wakeUp_) {
-            posted = true;
+            found.posted = true;
         } else if (target == &kernelTimer_) {
-            expired = true; // and stays readable, so that a callback's own loop serves timers too
+            found.expired =
+                true; // and stays readable, so that a callback's own loop serves timers too
         } else if (target != nullptr) {
-            // Kept alive although the handler may destroy its own source.
+            // A copy: the handler may destroy its own source.
             const auto handler = static_cast<RunLoopSource*>(target)->handler_;
-            guarded(kExceptionInRunLoopSource, *handler);
+            guarded(kExceptionInRunLoopSource, handler);
         }
     }
-    if (posted)
-        servePostedCalls();
-    if (expired)
-        disarmKernelTimer();
-    serveTimers();
+    return frame.count == mostEvents;
 }
 
 void RunLoop::servePostedCalls() {
@@ -169,7 +180,7 @@ void RunLoop::serveTimers() {
         timer.active_ = false;
         const auto action = timer.action_; // the action may destroy its timer
         armKernelTimer();                  // or run a loop of its own, which serves the others
-        guarded(kExceptionInTimer, *action);
+        guarded(kExceptionInTimer, action);
     }
     armKernelTimer();
 }
@@ -192,6 +203,7 @@ void RunLoop::settleFront() {
 }
 
 void RunLoop::forget(const RunLoopSource& source) noexcept {
+    --sources_;
     ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, source.descriptor_, nullptr);
     for (Frame* frame = innermost_; frame != nullptr; frame = frame->outer) {
         for (std::size_t i = frame->next; i < frame->count; ++i) {

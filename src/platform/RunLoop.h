@@ -67,7 +67,14 @@ class RunLoop {
         Timer* timer;
     };
 
+    /// What a turn has found besides sources.
+    struct Ready {
+        bool posted = false;
+        bool expired = false;
+    };
+
     void serve(int timeout);
+    bool serveBatch(int timeout, Ready& found);
     void servePostedCalls();
     void serveTimers();
     void settleFront();
@@ -90,6 +97,7 @@ class RunLoop {
     // The loop's thread only.
     RunLoop* const previous_;
     Frame* innermost_ = nullptr;
+    std::size_t sources_ = 0;
     std::vector<QueuedTimer> timers_; // a binary heap, the earliest first
     std::uint64_t timerSequence_ = 0;
     MonotonicClock::time_point armedFor_ = MonotonicClock::time_point::max();

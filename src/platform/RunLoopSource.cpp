@@ -21,9 +21,7 @@ epoll_event eventFor(std::uint32_t interest, RunLoopSource* source) noexcept {
 } // namespace
 
 RunLoopSource::RunLoopSource(RunLoop& loop, int descriptor, Handler handler)
-    : loop_(loop)
-    , descriptor_(descriptor)
-    , handler_(std::make_shared<const Handler>(std::move(handler))) {}
+    : loop_(loop), descriptor_(descriptor), handler_(std::move(handler)) {}
 
 std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descriptor,
                                                      std::uint32_t interest, Handler handler) {
@@ -32,6 +30,7 @@ std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descript
     source->watching_ = ::epoll_ctl(loop.epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
     if (!source->watching_)
         return nullptr;
+    ++loop.sources_;
     return source;
 }
 

@@ -15,9 +15,10 @@ class RunLoopSource {
   public:
     enum Interest : std::uint32_t { nothing = 0, reading = 1, writing = 2 };
 
-    /// Called on the loop's thread. A descriptor stays ready until the handler has dealt with
-    /// what made it so; errors and hang-ups count as ready for everything. A callback's own loop
-    /// may have dealt with it already, so a handler must bear finding nothing.
+    /// Called on the loop's thread, each time in a copy, which should be cheap to make. A
+    /// descriptor stays ready until the handler has dealt with what made it so; errors and hang-ups
+    /// count as ready for everything. A callback's own loop may have dealt with it already, so a
+    /// handler must bear finding nothing.
     using Handler = std::function<void()>;
 
     /// Null, with errno set, when the kernel refuses the descriptor.
@@ -36,7 +37,7 @@ class RunLoopSource {
 
     RunLoop& loop_;
     const int descriptor_;
-    std::shared_ptr<const Handler> handler_;
+    const Handler handler_;
     bool watching_ = false;
 };
 

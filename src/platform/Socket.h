@@ -30,9 +30,10 @@ class AcceptSocket {
     AcceptSocket& operator=(const AcceptSocket&) = delete;
 
     /// Starts accepting on `loop`. False, with errno set, when the loop cannot watch the socket.
-    /// While the process has no descriptor or memory left for a connection, accepting rests for a
-    /// second at a time; connections wait in the kernel's backlog meanwhile. That is one line in
-    /// the system log, and another only after a connection has been accepted since.
+    /// While a connection cannot be accepted, since the process has no descriptor or memory left
+    /// for it, accepting rests for a second at a time; connections wait in the kernel's backlog
+    /// meanwhile. That is one line in the system log, and another only after all that waited have
+    /// been accepted.
     [[nodiscard]] bool schedule(RunLoop& loop);
 
     /// Ends a rest before its time: to be called when a descriptor has become free. Otherwise does
@@ -64,8 +65,8 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
     /// the connection is broken. The bytes are the handler's for the length of the call.
     using Handler = std::function<void(DataSocket&, std::span<const std::byte>)>;
 
-    /// Takes over a connected socket and makes it non-blocking. Null, with errno set, when that
-    /// fails.
+    /// Takes over a connected socket, blocking or not: neither reading nor sending waits. Never
+    /// null.
     [[nodiscard]] static std::shared_ptr<DataSocket> create(FileDescriptor connected,
                                                             Handler handler);
     DataSocket(const DataSocket&) = delete;

@@ -1,11 +1,14 @@
 #include "platform/SystemLog.h"
 
+#include "platform/HarmlessText.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <sys/uio.h>
 #include <syslog.h>
@@ -32,12 +35,6 @@ int syslogPriority(LogPriority priority) noexcept {
 iovec piece(std::string_view text) noexcept {
     // writev does not change what it is given; its type merely has no constant variant.
     return {const_cast<char*>(text.data()), text.size()};
-}
-
-/// Names that strangers chose stand in the lines: none may begin a line of its own.
-bool isControl(char character) noexcept {
-    const auto byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
 }
 
 void writeToStandardError(std::string_view text) noexcept {
@@ -69,7 +66,8 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
     if (length < 0)
         return;
     const auto size = std::min(static_cast<std::size_t>(length), line.size() - 1);
-    std::replace_if(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(size), isControl, '?');
+    // Names that strangers chose stand in the lines: none may begin a line of its own.
+    makeHarmless(std::span(line).first(size), ControlsKept::none);
     writeLine(priority, {line.data(), size});
 }
 

@@ -2,10 +2,12 @@
 
 #include "platform/RunLoop.h"
 
+#include <algorithm>
+
 namespace platform {
 
 Timer::Timer(RunLoop& loop, std::function<void()> action)
-    : loop_(loop), action_(std::make_shared<const std::function<void()>>(std::move(action))) {}
+    : loop_(loop), action_(std::move(action)) {}
 
 Timer::~Timer() {
     loop_.dequeue(*this);
@@ -16,7 +18,8 @@ void Timer::start(MonotonicClock::duration delay) {
 }
 
 void Timer::startAt(MonotonicClock::time_point deadline) {
-    deadline_ = deadline;
+    // Not before now, or a timer that starts itself in the past would stay in front of all others.
+    deadline_ = std::max(deadline, MonotonicClock::now());
     active_ = true;
     loop_.enqueue(*this);
 }

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 namespace platform {
 
@@ -16,8 +15,8 @@ class RunLoop;
 /// being pushed back, that costs O(1) and allocates nothing. The loop's thread only.
 class Timer {
   public:
-    /// `action` is called on the loop's thread, after the timer has become inactive, so that it may
-    /// start it again or destroy it.
+    /// A copy of `action` is called on the loop's thread, after the timer has become inactive, so
+    /// that it may start it again or destroy it.
     Timer(RunLoop& loop, std::function<void()> action);
     ~Timer();
     Timer(const Timer&) = delete;
@@ -39,7 +38,7 @@ class Timer {
     static constexpr std::size_t notQueued = static_cast<std::size_t>(-1);
 
     RunLoop& loop_;
-    const std::shared_ptr<const std::function<void()>> action_;
+    const std::function<void()> action_;
     MonotonicClock::time_point deadline_;
     std::uint64_t sequence_ = 0;
     std::size_t index_ = notQueued;

@@ -14,10 +14,15 @@ namespace {
 
 using SocketCall = int (*)(int, const sockaddr*, socklen_t);
 
-/// False, with ENAMETOOLONG, when the path does not fit into the kernel's address.
+/// False, with ENAMETOOLONG, when the path does not fit into the kernel's address, and with EINVAL
+/// for an empty one, which would be a name outside the file system, open to everybody.
 bool callWithAddress(SocketCall call, int socket, const std::string& path) noexcept {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
+    if (path.empty()) {
+        errno = EINVAL;
+        return false;
+    }
     if (path.size() >= sizeof address.sun_path) {
         errno = ENAMETOOLONG;
         return false;

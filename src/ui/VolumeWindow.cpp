@@ -1,6 +1,7 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVComm.h"
+#include "ui/OneLineText.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -81,8 +82,9 @@ void VolumeWindow::updateConnections() {
             row = std::make_unique<Row>(*this, process.pid);
             rowsLayout_->addWidget(row.get());
         }
-        row->name->setText(process.name);
-        row->name->setToolTip(QStringLiteral("<p>%1</p>").arg(process.path.toHtmlEscaped()));
+        row->name->setText(oneLineText(process.name));
+        row->name->setToolTip(
+            QStringLiteral("<p>%1</p>").arg(oneLineText(process.path).toHtmlEscaped()));
     }
     notice_->setVisible(rows_.empty());
 }

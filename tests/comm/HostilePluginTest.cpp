@@ -137,7 +137,8 @@ TEST_F(HostilePluginTest, HalvesThatComeInTwoReadsAreTwoFaults) {
          {ScriptedPlugin::activityBytes(0x01010101, 1.0F),
           ScriptedPlugin::checkinBytes(0x01010101, std::string(127, 'n'),
                                        std::string(1023, 'p'))}) {
-        for (std::size_t half = 1; half<message.size(); half += message.size()> 12 ? 13 : 1) {
+        const std::size_t step = message.size() > sizeof(MVCommActivityMessage) ? 13 : 1;
+        for (std::size_t half = 1; half < message.size(); half += step) {
             log_.clear();
             plugin->sendBytes(message.substr(0, half));
             loop_.turn();
@@ -199,6 +200,8 @@ TEST_F(HostilePluginTest, NamesAndPathsAreStoredAsTheyAreAndLoggedOnOneLine) {
         {"exe\u202egnp.\u2066x\u2069", QStringLiteral(u"exe\u202egnp.\u2066x\u2069"),
          "exe\\u202egnp.\\u2066x\\u2069"},
         {"one\u2028two\u2029", QStringLiteral(u"one\u2028two\u2029"), "one\\u2028two\\u2029"},
+        {"next\u0085line\u009b2J\v\f", QStringLiteral(u"next\u0085line\u009b2J\v\f"),
+         "next\\u85line??2J??"},
         {"\u200eמוזיקה\u200f", QStringLiteral(u"\u200eמוזיקה\u200f"), "\u200eמוזיקה\u200f"},
         {"%s%n%1%@", QStringLiteral("%s%n%1%@"), "%s%n%1%@"},
         {"\\n", QStringLiteral("\\n"), "\\n"},

@@ -141,8 +141,7 @@ TEST_F(MVCommunicationLoadTest, AcceptingRestsWithoutDescriptorsUntilOneOfOursIs
         EXPECT_EQ(server_->connectionProcesses().size(), 1) << "the first that waited";
         EXPECT_EQ(events, "CD");
     }
-    const std::size_t linesSoFar = log_.count(line);
-    EXPECT_EQ(linesSoFar, 2U) << "accepting had worked in between";
+    EXPECT_EQ(log_.count(line), 1U) << "some wait still";
     turn();
     EXPECT_EQ(server_->connectionProcesses().size(), 1);
     advance(1s);

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
+#include <stdexcept>
 #include <sys/socket.h>
 #include <thread>
 
@@ -19,6 +20,23 @@ using support::ScriptedPlugin;
 
 using MVCommunicationTest = ServerFixture;
 using Strings = std::vector<std::string>;
+
+TEST_F(MVCommunicationTest, ACallbackThatThrowsCostsNothingOfTheRead) {
+    const auto plugin = connect();
+    duringLevel = [] {
+        if (levels.size() == 1)
+            throw std::runtime_error("no such item");
+    };
+    plugin->sendBytes(ScriptedPlugin::activityBytes(7, 0.5F) +
+                      ScriptedPlugin::activityBytes(7, 0.25F) +
+                      ScriptedPlugin::checkinBytes(7, "player"));
+    turn();
+    EXPECT_EQ(levels, (Strings{"7:0.500000", "7:0.250000"}));
+    EXPECT_EQ(server_->connectionProcesses()[0].name, QStringLiteral("player"));
+    EXPECT_EQ(log_.count("no such item"), 1U);
+    advance(100ms);
+    EXPECT_EQ(levels.back(), "7:0.000000");
+}
 
 TEST_F(MVCommunicationTest, ACheckinAndActivityInOneReadAreTakenInTurn) {
     const auto plugin = connect();
@@ -206,6 +224,26 @@ TEST_F(MVCommunicationTest, CommandsGoToEveryPluginAsTheyAre) {
     const Strings expected{"9,1,0,29", "10,2,0,1", "11,0,0,0"};
     EXPECT_EQ(commands(*first, 3), expected);
     EXPECT_EQ(commands(*second, 3), expected);
+}
+
+TEST_F(MVCommunicationTest, ACommandGoesToThoseWhoAreConnectedByThen) {
+    const auto first = checkedIn(1, "a");
+    send(kMVCommSetVolume, 1, 10);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,10"}));
+
+    auto second = checkedIn(2, "b");
+    send(kMVCommSetVolume, 1, 20);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,20"}));
+    EXPECT_EQ(commands(*second, 1), (Strings{"9,1,0,20"}));
+
+    const std::size_t descriptors = openDescriptors();
+    second.reset();
+    turn();
+    EXPECT_TRUE(support::waitUntil([&] { return openDescriptors() == descriptors - 2; }))
+        << "both ends are closed";
+    send(kMVCommSetVolume, 1, 30);
+    EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,30"}));
+    EXPECT_EQ(log_.count("send failed"), 0U);
 }
 
 TEST_F(MVCommunicationTest, RepetitionsWithinATwelfthOfASecondAreSentOnce) {

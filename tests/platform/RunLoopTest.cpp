@@ -122,6 +122,21 @@ TEST_F(RunLoopTest, TimerThatRestartsItselfWithoutDelayWaitsForTheNextTurn) {
     EXPECT_EQ(order_, "xx");
 }
 
+TEST_F(RunLoopTest, ATimerThatStartsItselfInThePastLeavesTheOthersTheirTurn) {
+    std::optional<Timer> late;
+    late.emplace(loop_, [&] {
+        order_ += 'l';
+        late->startAt(clock_.now() - 1h);
+    });
+    Timer other(loop_, note('o'));
+    late->start(0ms);
+    other.start(10ms);
+    clock_.advance(10ms);
+    loop_.turn();
+    loop_.turn();
+    EXPECT_EQ(order_, "lol");
+}
+
 TEST_F(RunLoopTest, ATimersActionMayDestroyItAndOthers) {
     auto victim = std::make_unique<Timer>(loop_, note('v'));
     std::unique_ptr<Timer> timer;
@@ -187,6 +202,41 @@ TEST_F(RunLoopTest, DataIsServedBeforeTimersSoThatItCanPushThemBack) {
     loop_.turn();
     EXPECT_EQ(order_, "");
     EXPECT_TRUE(timeout.isActive());
+}
+
+TEST_F(RunLoopTest, DataOfManySourcesIsServedBeforeTheirTimersToo) {
+    constexpr std::size_t count = 600; // more than the kernel tells at once
+    std::vector<Bell> bells(count);
+    std::vector<std::unique_ptr<Timer>> timeouts;
+    std::vector<std::unique_ptr<RunLoopSource>> sources;
+    for (Bell& bell : bells) {
+        Timer& timeout = *timeouts.emplace_back(std::make_unique<Timer>(loop_, note('t')));
+        sources.push_back(RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading,
+                                                [&bell, &timeout] {
+                                                    bell.silence();
+                                                    timeout.start(100ms);
+                                                }));
+        timeout.start(100ms);
+        bell.ring();
+    }
+    clock_.advance(150ms);
+    loop_.turn();
+    EXPECT_EQ(order_, "");
+}
+
+TEST_F(RunLoopTest, SourcesThatAreAlwaysReadyDoNotKeepTimersFromFiring) {
+    constexpr std::size_t count = 600;
+    std::vector<Bell> bells(count);
+    std::vector<std::unique_ptr<RunLoopSource>> sources;
+    for (Bell& bell : bells) {
+        sources.push_back(RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading,
+                                                [] { /* and stays ready */ }));
+        bell.ring();
+    }
+    Timer timer(loop_, note('t'));
+    timer.start(0ms);
+    loop_.turn();
+    EXPECT_EQ(order_, "t");
 }
 
 TEST_F(RunLoopTest, ASourceDestroyedWhileItsEventIsWaitingIsNotCalled) {

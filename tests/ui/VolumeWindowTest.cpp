@@ -9,12 +9,14 @@
 #include "support/WaitUntil.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QProgressBar>
 #include <QSlider>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 using support::RowProbe;
@@ -59,6 +61,17 @@ class VolumeWindowTest : public testing::Test {
 };
 
 } // namespace
+
+TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "two\nlines\u2028\u0085and \u202egnp.exe", "/x\n\u202ey");
+    ASSERT_TRUE(showsRows({QStringLiteral("two lines  and gnp.exe")}));
+    const auto labels = window_.findChildren<QLabel*>();
+    const auto shown = std::ranges::find_if(
+        labels, [](const QLabel* label) { return label->toolTip().contains(QLatin1String("/x")); });
+    ASSERT_NE(shown, labels.end());
+    EXPECT_EQ((*shown)->toolTip(), QStringLiteral("<p>/x y</p>"));
+}
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
     EXPECT_TRUE(support::notice(window_).contains(QStringLiteral("not connected")));

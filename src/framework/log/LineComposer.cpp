@@ -2,13 +2,14 @@
 
 #include "framework/log/qnlog.h"
 
-#include "platform/Utf8.h"
+#include "platform/HarmlessText.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <span>
 
 namespace QN::log {
 
@@ -59,31 +60,6 @@ void appendFormatted(std::string& line, const char* format, Arguments... argumen
         line.append(buffer.data(), std::min(buffer.size() - 1, static_cast<std::size_t>(length)));
 }
 
-bool isPlain(char character) noexcept {
-    const auto byte = static_cast<unsigned char>(character);
-    return (byte >= 0x20 && byte < 0x7F) || byte == '\n' || byte == '\t';
-}
-
-/// Whether the text begins with a control character of those beyond ASCII (U+0080 to U+009F), which
-/// some terminals obey.
-bool isHighControl(std::string_view character) noexcept {
-    return character.size() == 2 && character[0] == '\xC2' &&
-           static_cast<unsigned char>(character[1]) < 0xA0;
-}
-
-/// Overwrites what is no text; the length stays.
-void makeHarmless(char* begin, char* end) noexcept {
-    for (char* at = std::find_if_not(begin, end, isPlain); at != end;
-         at = std::find_if_not(at, end, isPlain)) {
-        const std::string_view rest(at, static_cast<std::size_t>(end - at));
-        const std::size_t length = platform::utf8Length(rest);
-        if (length < 2 || isHighControl(rest.substr(0, length)))
-            at = std::fill_n(at, std::max<std::size_t>(length, 1), '?');
-        else
-            at += length;
-    }
-}
-
 } // namespace
 
 std::string_view LineComposer::compose(std::uint32_t level, platform::WallClock::time_point time,
@@ -127,7 +103,7 @@ void LineComposer::appendHead(const std::tm& local, std::chrono::microseconds fr
 void LineComposer::appendText(std::string_view text) {
     const std::size_t begin = line_.size();
     line_ += text;
-    makeHarmless(line_.data() + begin, line_.data() + line_.size());
+    platform::makeHarmless(std::span(line_).subspan(begin), platform::ControlsKept::lineFeedAndTab);
     if (line_.back() != '\n')
         line_ += '\n';
 }
