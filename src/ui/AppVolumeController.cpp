@@ -46,6 +46,7 @@ AppVolumeController::Surroundings AppVolumeController::sharedSurroundings() {
 
 AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     : comm_(surroundings.comm)
+    , commands_(comm_)
     , ignoredApps_(surroundings.ignoredApps)
     , workspace_(surroundings.workspace)
     , defaults_(surroundings.defaults)
@@ -168,7 +169,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     if (isRestoring_)
         return;
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
-    send(kMVCommSetVolume, app.pid(), percent);
+    commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
     storePrefs();
     savePrefs();
@@ -177,7 +178,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     if (isRestoring_)
         return;
-    send(kMVCommSetMute, app.pid(), app.muted() ? 1 : 0);
+    commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
     storePrefs();
     savePrefs();
@@ -265,8 +266,8 @@ void AppVolumeController::freeIgnoredApps() {
         if (!pids.contains(app->pid()))
             pids.prepend(app->pid());
         for (const std::uint32_t pid : std::as_const(pids)) {
-            send(kMVCommSetVolume, pid, VolumeNumbers::full);
-            send(kMVCommSetMute, pid, 0);
+            commands_.setVolume(pid, VolumeNumbers::full);
+            commands_.setMute(pid, false);
         }
     }
 }
@@ -274,7 +275,7 @@ void AppVolumeController::freeIgnoredApps() {
 void AppVolumeController::copyThenTellPlugins() {
     copies_.saveNow([self = self_] {
         if (*self != nullptr)
-            (*self)->send(kMVCommIgnoreListChanged, 0, 0);
+            (*self)->commands_.ignoreListChanged();
     });
 }
 
@@ -309,9 +310,4 @@ void AppVolumeController::tellItem(const MVCommAppValue& app) {
         return;
     if (const qsizetype index = apps().indexOf(&app); index >= 0)
         view_->itemDidChange(index);
-}
-
-void AppVolumeController::send(std::int32_t type, std::uint32_t pid, int value) {
-    const MVCommConsoleMessage message{type, static_cast<std::int32_t>(pid), 0, value};
-    comm_.sendMessage(&message);
 }

@@ -3,6 +3,7 @@
 #include "platform/NotificationCenter.h"
 #include "ui/AppList.h"
 #include "ui/AppPreferences.h"
+#include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
 
@@ -128,9 +129,9 @@ class AppVolumeController {
     void storePrefs();
     void placeWindow();
     void tellItem(const MVCommAppValue& app);
-    void send(std::int32_t type, std::uint32_t pid, int value);
 
     MVComm& comm_;
+    PluginCommands commands_;
     MVIgnoredApps& ignoredApps_;
     platform::Workspace& workspace_;
     platform::UserDefaults& defaults_;

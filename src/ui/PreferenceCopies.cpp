@@ -162,8 +162,12 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
             mayPass_ = !defaults_.synchronize();
             copyAll();
         }
+        planRetry();
         for (const auto& done : waiting)
             done();
+    }
+
+    void planRetry() {
         const std::lock_guard lock(mutex_);
         if (mayPass_)
             saveAt(MonotonicClock::now() + retryDelay_);

@@ -47,7 +47,8 @@ class PreferenceCopies {
     void mark();
 
     /// Has it saved and copied at once, and returns; `done`, if any, is called on the main queue
-    /// when everything set before is in place, or has failed.
+    /// when everything set before is in place, or has failed. That may be when this object has
+    /// gone.
     void saveNow(std::function<void()> done = nullptr);
 
     /// Saves and copies at once and waits for that, no longer than `bound`: a disk may hang. False
