@@ -46,7 +46,7 @@ class AppVolumeController {
         platform::Workspace& workspace;
         platform::UserDefaults& defaults;
         std::filesystem::path preferencesFile; ///< of `defaults`; empty when there is none
-        PreferenceCopies::Folders copyFolders = &PreferenceCopies::standardFolders;
+        PreferenceCopies::Folders copyFolders = PreferenceCopies::standardFolders();
     };
 
     /// Those of the process.

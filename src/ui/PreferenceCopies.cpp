@@ -234,15 +234,18 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     bool isClosed_ = false;
 };
 
-std::vector<std::string> PreferenceCopies::standardFolders() {
-    std::vector<std::string> folders;
-    std::error_code error;
-    const std::string shared = platform::localLibraryDirectory() + "/Shared";
-    if (fs::is_directory(shared, error))
-        folders.push_back(shared);
-    for (const QString& library : MVComm::containerLibraries())
-        folders.push_back(QFile::encodeName(library).toStdString());
-    return folders;
+/// The queue must not look at the environment, which the main thread may change.
+PreferenceCopies::Folders PreferenceCopies::standardFolders() {
+    return [shared = platform::localLibraryDirectory() + "/Shared",
+            containers = MVComm::containersFolder()] {
+        std::vector<std::string> folders;
+        std::error_code error;
+        if (fs::is_directory(shared, error))
+            folders.push_back(shared);
+        for (const QString& library : MVComm::containerLibraries(containers))
+            folders.push_back(QFile::encodeName(library).toStdString());
+        return folders;
+    };
 }
 
 PreferenceCopies::PreferenceCopies(platform::UserDefaults& defaults, fs::path file, Folders folders,

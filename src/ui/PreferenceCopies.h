@@ -28,12 +28,12 @@ class PreferenceCopies {
     using Folders = std::function<std::vector<std::string>()>;
 
     /// "Shared" in the local library when it is there, then the containers' folders.
-    static std::vector<std::string> standardFolders();
+    static Folders standardFolders();
 
     /// `file` is that of `defaults`, which must outlive the object and what hangs on a disk;
     /// `calls` likewise.
     PreferenceCopies(platform::UserDefaults& defaults, std::filesystem::path file,
-                     Folders folders = &standardFolders,
+                     Folders folders = standardFolders(),
                      platform::CopyFolderCalls& calls = platform::CopyFolderCalls::system());
 
     /// What is marked and not saved is not saved any more. Waits for what is under way, 3 s at

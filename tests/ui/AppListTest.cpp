@@ -35,7 +35,7 @@ class AppListTest : public testing::Test {
 
     QList<Change> run(const Running& running) {
         running_ = running;
-        const QList<Change> changes = list_.mergeRunningApps(running_, own);
+        QList<Change> changes = list_.mergeRunningApps(running_, own);
         list_.mergeConnections(connections_);
         list_.settle();
         return changes;

@@ -77,8 +77,7 @@ TEST(AppPreferences, WhatIsMalformedCountsAsNotThere) {
 TEST(AppPreferences, AnyNameIsFoundAgainInTheFile) {
     const support::PrivateFolder folder;
     const auto path = folder.path() / "preferences.plist";
-    const QStringList names{"a\x01"
-                            "b\x1f",
+    const QStringList names{QString("a\x01") + "b\x1f",
                             "two\nlines",
                             "\u202egnp.exe",
                             "   ",

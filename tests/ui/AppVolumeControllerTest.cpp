@@ -1,89 +1,15 @@
-#include "ui/AppVolumeController.h"
+#include "AppVolumeFixture.h"
 
-#include "RecordingView.h"
-#include "comm/MVCommAppValue.h"
-#include "comm/MVCommSocketPath.h"
-#include "platform/MainQueue.h"
-#include "platform/PropertyList.h"
-#include "platform/RunLoop.h"
-#include "support/PrivateFolder.h"
-#include "support/ScriptedPlugin.h"
-#include "support/SystemLogRecorder.h"
-#include "support/VolumeModel.h"
-#include "support/WaitUntil.h"
-
-#include <gtest/gtest.h>
-
-#include <QFile>
 #include <QSignalSpy>
 
-#include <future>
+#include <unistd.h>
 
 using support::ScriptedPlugin;
 using support::waitUntil;
 
 namespace {
 
-class AppVolumeControllerTest : public testing::Test {
-  protected:
-    AppVolumeControllerTest() {
-        EXPECT_TRUE(model_.serve());
-        controller_.setView(&view_);
-        view_.told.clear();
-    }
-    ~AppVolumeControllerTest() override { controller_.setView(nullptr); }
-
-    /// The record of a program whose plug-in is connected by now.
-    MVCommAppValue& connected(ScriptedPlugin& plugin, std::uint32_t pid, const QString& name) {
-        plugin.checkIn(pid, name.toStdString());
-        EXPECT_TRUE(waitUntil([&] { return find(name) != nullptr; }));
-        return *find(name);
-    }
-
-    MVCommAppValue* find(const QString& name) const {
-        for (MVCommAppValue* const app : controller_.apps()) {
-            if (app->processName() == name)
-                return app;
-        }
-        return nullptr;
-    }
-
-    /// All commands that have been sent up to now: a marker is sent behind them.
-    std::string sentTo(ScriptedPlugin& plugin) {
-        constexpr std::int32_t markers = 1000; // and above
-        static std::int32_t marker = markers;
-        const MVCommConsoleMessage last{++marker, 0, 0, 0};
-        model_.comm.sendMessage(&last);
-        std::string text;
-        EXPECT_TRUE(waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands()) {
-                if (command.type == marker)
-                    return true;
-                if (command.type < markers)
-                    text += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
-                            std::to_string(command.reserved) + "," + std::to_string(command.value) +
-                            " ";
-            }
-            return false;
-        }));
-        return text;
-    }
-
-    QVariantMap stored() const { return model_.defaults.dictionary("Apps"); }
-
-    static void moveSlider(MVCommAppValue& app, double value) {
-        app.setVolume(value);
-        platform::NotificationCenter::standard().post(
-            "MVCollectionViewItemSliderChangedNotification", QVariant::fromValue(&app));
-    }
-
-    support::SystemLogRecorder log_;
-    platform::RunLoop loop_;
-    platform::MainQueueService mainQueue_{loop_};
-    support::VolumeModel model_;
-    AppVolumeController& controller_ = model_.controller;
-    RecordingView view_;
-};
+using AppVolumeControllerTest = AppVolumeFixture;
 
 } // namespace
 
@@ -287,110 +213,4 @@ TEST_F(AppVolumeControllerTest, TheNewestOneIsTheSharedOne) {
         EXPECT_GE(newer.initTime(), controller_.initTime());
     }
     EXPECT_EQ(AppVolumeController::sharedController(), nullptr);
-}
-
-namespace {
-
-/// With preferences in a file, one folder for a copy, and a gate before the copying.
-class IgnoringTest : public AppVolumeControllerTest {
-  protected:
-    IgnoringTest() { controller_.setView(nullptr); }
-    ~IgnoringTest() override { open(); }
-
-    void open() {
-        if (!std::exchange(isOpen_, true))
-            gate_.set_value();
-    }
-
-    QStringList ignoredInCopy() const {
-        QFile file(QString::fromStdString(copies_ / "p.plist"));
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        return platform::parsePropertyList(file.readAll())
-            .value_or(QVariant())
-            .toMap()["CustomIgnoredApps"]
-            .toStringList();
-    }
-
-    const support::PrivateFolder folder_;
-    const std::filesystem::path copies_ = folder_.path();
-    const std::filesystem::path file_ = folder_.path() / "own/p.plist";
-    platform::UserDefaults defaults_{file_};
-    MVIgnoredApps ignored_{defaults_};
-    std::promise<void> gate_;
-    bool isOpen_ = false;
-    AppVolumeController ignoring_{{model_.comm, ignored_, model_.workspace, defaults_, file_,
-                                   [this, passed = std::shared_future(gate_.get_future())] {
-                                       passed.wait();
-                                       return std::vector<std::string>{copies_};
-                                   }}};
-};
-
-} // namespace
-
-TEST_F(IgnoringTest, PluginsAreToldWhenTheCopiesAreInPlaceAndTheMainThreadDoesNotWait) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ignored_.addCustomIgnore("PLAYER");
-    EXPECT_TRUE(ignoring_.apps().isEmpty()) << "at once";
-    EXPECT_EQ(sentTo(plugin), "") << "it was at full volume, and nothing is copied yet";
-    open();
-    QStringList atThatTime;
-    EXPECT_TRUE(waitUntil([&] {
-        const auto commands = plugin.takeCommands();
-        if (commands.empty() || commands[0].type != kMVCommIgnoreListChanged)
-            return false;
-        atThatTime = ignoredInCopy();
-        return true;
-    }));
-    EXPECT_EQ(atThatTime, QStringList{"PLAYER"});
-}
-
-TEST_F(IgnoringTest, PluginsAreToldAlsoWhenCopyingFails) {
-    std::filesystem::create_directories(copies_ / "p.plist/precious");
-    open();
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ignored_.addCustomIgnore("other");
-    EXPECT_TRUE(waitUntil([&] {
-        const auto commands = plugin.takeCommands();
-        return !commands.empty() && commands[0].type == kMVCommIgnoreListChanged;
-    }));
-}
-
-TEST_F(IgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNotIgnoredAnyMore) {
-    ScriptedPlugin first(MVCommMainSocketPath());
-    ScriptedPlugin second(MVCommMainSocketPath());
-    first.checkIn(1, "player");
-    second.checkIn(2, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 2; }));
-    ignoring_.update();
-    ignoring_.setPercent(*ignoring_.apps()[0], 40);
-    ignoring_.setMuted(*ignoring_.apps()[0], true);
-    EXPECT_EQ(sentTo(first), "9,1,0,40 10,1,0,1 ");
-    sentTo(second);
-
-    ignored_.addCustomIgnore("player");
-    EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 9,2,0,100 10,2,0,0 ");
-    ignored_.addCustomIgnore("other");
-    ignoring_.changedElsewhere(1, 70, false);
-    ignoring_.update();
-    EXPECT_EQ(sentTo(first), "");
-    ignored_.removeCustomIgnore("player");
-    ASSERT_EQ(ignoring_.apps().size(), 1);
-    EXPECT_EQ(sentTo(first), "") << "the plug-in reads what is remembered";
-}
-
-TEST_F(IgnoringTest, WhatIsRememberedOfAnIgnoredProgramStays) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ignoring_.setPercent(*ignoring_.apps()[0], 40);
-    ignored_.addCustomIgnore("player");
-    ignored_.removeCustomIgnore("player");
-    ASSERT_EQ(ignoring_.apps().size(), 1);
-    EXPECT_DOUBLE_EQ(ignoring_.apps()[0]->volume(), 40.0);
 }

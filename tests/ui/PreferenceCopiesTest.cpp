@@ -228,13 +228,13 @@ TEST_F(PreferenceCopiesTest, CopiesGoToTheSharedFolderIfThereIsOneThenToTheConta
     const support::ScopedVariable library("TONVALE_LOCAL_LIBRARY", folder_.path() / "library");
     const support::ScopedVariable home("HOME", folder_.path() / "home");
     const fs::path containers = folder_.path() / "home/Library/Containers";
-    EXPECT_TRUE(PreferenceCopies::standardFolders().empty());
+    const PreferenceCopies::Folders folders = PreferenceCopies::standardFolders();
+    EXPECT_TRUE(folders().empty());
     fs::create_directories(containers / "b/Data");
     fs::create_directories(containers / "a/Data");
     fs::create_directories(containers / "incomplete");
-    EXPECT_EQ(PreferenceCopies::standardFolders(),
-              (std::vector<std::string>{containers / "a/Data", containers / "b/Data"}));
+    EXPECT_EQ(folders(), (std::vector<std::string>{containers / "a/Data", containers / "b/Data"}));
     fs::create_directories(folder_.path() / "library/Shared");
-    EXPECT_EQ(PreferenceCopies::standardFolders().front(), folder_.path() / "library/Shared");
-    EXPECT_EQ(PreferenceCopies::standardFolders().size(), 3U);
+    EXPECT_EQ(folders().front(), folder_.path() / "library/Shared");
+    EXPECT_EQ(folders().size(), 3U);
 }
