@@ -34,9 +34,9 @@ MVComm::MVComm()
     , announcement_(*platform::RunLoop::current(),
                     [this] { broadcastDidLaunchNotificationDelayed(); })
     , nextEnd_(*platform::RunLoop::current(), [this] { endNextServer(); }) {
-    if (std::string folder = containersFolder(); !folder.empty())
-        containerWatch_ =
-            std::make_unique<ContainerWatch>(std::move(folder), [this] { injectIntoContainers(); });
+    if (const QString folder = containersFolder(); !folder.isEmpty())
+        containerWatch_ = std::make_unique<ContainerWatch>(QFile::encodeName(folder).toStdString(),
+                                                           [this] { injectIntoContainers(); });
     injectIntoContainers();
 }
 
