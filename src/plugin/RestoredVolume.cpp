@@ -45,6 +45,10 @@ std::optional<std::string> RestoredVolume::asked(const WantedVolume& all, TimePo
     return state_ == State::settled ? write(all, now) : std::nullopt;
 }
 
+std::optional<std::string> RestoredVolume::changedBeside(const WantedVolume& all, TimePoint now) {
+    return wasAsked_ && state_ == State::settled ? write(all, now) : std::nullopt;
+}
+
 std::optional<std::string> RestoredVolume::settled(const WantedVolume& all, TimePoint now) {
     if (state_ != State::settling)
         return std::nullopt;

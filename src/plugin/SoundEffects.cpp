@@ -56,7 +56,7 @@ SoundEffects::~SoundEffects() = default;
 
 void SoundEffects::serverConnected() {
     program_ = &programs_.add(serverProcess());
-    program_->changedElsewhere(wanted_);
+    program_->restore(wanted_);
 }
 
 void SoundEffects::serverLost() {
@@ -89,6 +89,10 @@ void SoundEffects::globalRemoved(std::uint32_t id) {
 
 void SoundEffects::commanded() {
     write(volume_.asked(program_->wanted(), MonotonicClock::now()));
+}
+
+void SoundEffects::changedElsewhere() {
+    write(volume_.changedBeside(program_->wanted(), MonotonicClock::now()));
 }
 
 void SoundEffects::settle() {

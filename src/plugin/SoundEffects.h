@@ -47,6 +47,9 @@ class SoundEffects {
     /// The application has asked for another volume of the program.
     void commanded();
 
+    /// Another mixer has changed one that sounds: the next ones follow it.
+    void changedElsewhere();
+
   private:
     void settle();
     void settingChanged(const std::optional<std::string>& value);

@@ -113,6 +113,14 @@ TEST_F(RestoredVolumeTest, TheNewestThatIsToldCountsWhileWritesAreOnTheirWay) {
     EXPECT_EQ(wanted_.gain, 1.0F);
 }
 
+TEST_F(RestoredVolumeTest, WhatIsSetBesideIsWrittenOnlyIfWeEverDidSo) {
+    settle(valueOf("1.0,1.0"));
+    EXPECT_EQ(volume_.changedBeside(percent(80), now_), nothing);
+    told(ask(percent(50)));
+    EXPECT_EQ(volume_.changedBeside(percent(50), now_), nothing);
+    EXPECT_TRUE(volume_.changedBeside(percent(80), now_));
+}
+
 TEST_F(RestoredVolumeTest, AWriteThatNeverComesBackIsForgotten) {
     settle(valueOf("1.0,1.0"));
     EXPECT_TRUE(ask(percent(80)));
