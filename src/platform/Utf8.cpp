@@ -1,5 +1,7 @@
 #include "platform/Utf8.h"
 
+#include <array>
+
 namespace platform {
 
 namespace {
@@ -30,6 +32,14 @@ std::size_t utf8Length(std::string_view text) noexcept {
     const bool invalid = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
                          (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
     return invalid ? 0 : length;
+}
+
+char32_t utf8Character(std::string_view bytes) noexcept {
+    constexpr std::array<unsigned, 5> leadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
+    char32_t character = static_cast<unsigned char>(bytes[0]) & leadBits[bytes.size()];
+    for (const char byte : bytes.substr(1))
+        character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+    return character;
 }
 
 } // namespace platform

@@ -10,4 +10,7 @@ namespace platform {
 /// Unicode. Any thread.
 std::size_t utf8Length(std::string_view text) noexcept;
 
+/// The character that `bytes`, those of one as utf8Length() tells them, stand for. Any thread.
+char32_t utf8Character(std::string_view bytes) noexcept;
+
 } // namespace platform
