@@ -44,5 +44,6 @@ std::string_view trimmed(std::string_view name) {
 std::string checkinName(std::string name) {
     if (trimmed(name) != kMVCommNotificationSoundsName)
         return name;
-    return std::string(kMVCommNotificationSoundsName) + " (program)";
+    name = kMVCommNotificationSoundsName;
+    return name.append(" (program)");
 }
