@@ -94,8 +94,8 @@ QList<std::uint32_t> AppList::connectedPids(const QString& processName) const {
 
 void AppList::add(std::unique_ptr<MVCommAppValue> record) {
     byName_.insert(record->processName(), record.get());
-    QCollatorSortKey key = collator_.sortKey(record->displayName());
-    entries_.push_back({std::move(record), std::move(key)});
+    const QCollatorSortKey key = collator_.sortKey(record->displayName());
+    entries_.push_back({std::move(record), key});
 }
 
 void AppList::removeUnnamed() {

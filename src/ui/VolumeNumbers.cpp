@@ -9,14 +9,14 @@ int VolumeNumbers::percentOfFraction(double fraction) {
 
 float VolumeNumbers::fractionForPercent(int percent) {
     const int wanted = std::clamp(percent, 0, full);
+    const auto isEnough = [wanted](float fraction) {
+        return percentOfFraction(static_cast<double>(fraction)) >= wanted;
+    };
     float fraction = static_cast<float>(wanted) / static_cast<float>(full);
-    while (percentOfFraction(static_cast<double>(fraction)) < wanted)
+    while (!isEnough(fraction))
         fraction = std::nextafter(fraction, 1.0F);
-    for (float less = fraction; fraction > 0; fraction = less) {
-        less = std::nextafter(fraction, 0.0F);
-        if (percentOfFraction(static_cast<double>(less)) < wanted)
-            break;
-    }
+    while (fraction > 0 && isEnough(std::nextafter(fraction, 0.0F)))
+        fraction = std::nextafter(fraction, 0.0F);
     return fraction;
 }
 
