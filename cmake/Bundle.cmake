@@ -14,4 +14,11 @@ function(tonvale_bundle_program target contents info output)
     configure_file("${info}" "${contents}/Info.plist" @ONLY)
 endfunction()
 
+# The images and sounds of the bundle, beside the scripts that make them.
 file(MAKE_DIRECTORY "${TONVALE_CONTENTS_DIR}/Resources")
+file(GLOB _resources CONFIGURE_DEPENDS
+    "${CMAKE_SOURCE_DIR}/resources/images/*.svg" "${CMAKE_SOURCE_DIR}/resources/sounds/*.ogg")
+foreach(_resource IN LISTS _resources)
+    get_filename_component(_name "${_resource}" NAME)
+    configure_file("${_resource}" "${TONVALE_CONTENTS_DIR}/Resources/${_name}" COPYONLY)
+endforeach()

@@ -154,7 +154,7 @@ void MVAppController::applicationDidFinishLaunching() {
 void MVAppController::makeWindow() {
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
-    window_ = std::make_unique<VolumeWindow>(*volumeController_);
+    window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
     window_->installEventFilter(this);
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);

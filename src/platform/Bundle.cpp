@@ -66,6 +66,17 @@ Bundle::Bundle(std::filesystem::path contents) : contents_(std::move(contents)) 
     texts_ = textsOf(root.get());
 }
 
+std::filesystem::path Bundle::resource(std::string_view name,
+                                       std::initializer_list<std::string_view> endings) const {
+    std::filesystem::path file = resources() / name;
+    for (const std::string_view ending : endings) {
+        std::error_code error;
+        if (std::filesystem::exists(file.replace_extension(ending), error))
+            return file;
+    }
+    return {};
+}
+
 const std::string& Bundle::text(std::string_view key) const noexcept {
     static const std::string none;
     const auto found = texts_.find(key);

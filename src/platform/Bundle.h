@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,6 +24,13 @@ class Bundle {
 
     const std::filesystem::path& contents() const noexcept { return contents_; }
     std::filesystem::path resources() const { return contents_ / "Resources"; }
+
+    /// The best form of the resource called `name` that the bundle holds: the ending of a name is
+    /// only part of it. `endings` are the possible ones, the best first: ".svg". Empty when there
+    /// is none.
+    std::filesystem::path resource(std::string_view name,
+                                   std::initializer_list<std::string_view> endings) const;
+
     std::filesystem::path plugIns() const { return contents_ / "PlugIns"; }
 
     /// The value of a key of Info.plist; empty when it is missing or no text.

@@ -201,7 +201,10 @@ int AppVolumeController::percentOf(const MVCommAppValue& app) const {
 }
 
 void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
-    app.setMuted(muted);
+    {
+        const QScopedValueRollback quiet(isRestoring_, true);
+        app.setMuted(muted);
+    }
     appWasMuted(app);
     tellItem(app);
 }

@@ -1,20 +1,17 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVCommAppValue.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVIgnoredApps.h"
+#include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
-#include "ui/OneLineText.h"
-#include "ui/VolumeNumbers.h"
+#include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionView.h"
+#include "ui/items/TNBeeper.h"
 
-#include <QCheckBox>
 #include <QGuiApplication>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QPointer>
-#include <QProgressBar>
 #include <QScreen>
 #include <QScrollArea>
-#include <QSignalBlocker>
-#include <QSlider>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -22,152 +19,99 @@
 
 namespace {
 
-constexpr int rowHeight = 44;
-constexpr int iconSize = 32;
-constexpr int margin = 9;
-constexpr QSize usualSize(640, 320);
+constexpr QSize usualSize(640, 6 * ItemLayout::height);
 
-QString tipText(const QString& text) {
-    constexpr qsizetype longest = 500;
-    return text.isEmpty()
-               ? QString()
-               : QStringLiteral("<p>%1</p>").arg(oneLineText(text.left(longest)).toHtmlEscaped());
+/// Takes the item of the record out of `items`; null when it has none.
+std::unique_ptr<MVCollectionViewItem> takeItem(MVCollectionView::Items& items,
+                                               const MVCommAppValue* app) {
+    const auto found = std::ranges::find_if(items, [app](const auto& item) {
+        return item != nullptr && item->representedObject() == app;
+    });
+    return found != items.end() ? std::move(*found) : nullptr;
 }
 
 } // namespace
 
-class VolumeWindow::Row final : public QWidget {
-  public:
-    Row(AppVolumeController& controller, MVCommAppValue& app)
-        : app_(&app)
-        , controller_(controller)
-        , slider_(new QSlider(Qt::Horizontal))
-        , level_(new QProgressBar)
-        , mute_(new QCheckBox(VolumeWindow::tr("Mute"))) {
-        auto* const icon = new QLabel;
-        icon->setPixmap(app.icon().pixmap(iconSize));
-        auto* const name = new QLabel(oneLineText(app.displayName()));
-        name->setObjectName(QStringLiteral("name"));
-        name->setTextFormat(Qt::PlainText); // it is somebody else's text
-        name->setToolTip(tipText(app.displayName()));
-        name->setFixedWidth(180);
-        setFixedHeight(rowHeight);
-        auto* const layout = new QHBoxLayout(this);
-        for (QWidget* const part :
-             std::initializer_list<QWidget*>{icon, name, slider_, level_, mute_})
-            layout->addWidget(part);
-        slider_->setRange(0, VolumeNumbers::full);
-        slider_->setAccessibleName(VolumeWindow::tr("Volume"));
-        level_->setTextVisible(false);
-        connect(slider_, &QSlider::valueChanged, this,
-                [this](int percent) { controller_.setPercent(*app_, percent); });
-        connect(slider_, &QSlider::sliderReleased, this, [this] {
-            const float fraction = VolumeNumbers::fractionForPercent(slider_->value());
-            controller_.sliderReleased(*app_, static_cast<double>(fraction));
-        });
-        connect(mute_, &QCheckBox::toggled, this,
-                [this](bool muted) { controller_.setMuted(*app_, muted); });
-        connect(&app, &MVCommAppValue::activityChanged, level_,
-                [this](qint64 activity) { level_->setValue(static_cast<int>(activity)); });
-    }
+MVCollectionViewItem::Surroundings
+VolumeWindow::sharedSurroundings(AppVolumeController& controller) {
+    return {controller,
+            [](const QString& name) { MVIgnoredApps::sharedInstance().addCustomIgnore(name); },
+            [] {
+                const auto& defaults = platform::UserDefaults::standard();
+                return !defaults.boolean(PreferenceKeys::disableSoundEffects);
+            },
+            [](float volume) { TNBeeper::sharedBeeper().beepAtVolume(volume); }};
+}
 
-    /// Null when the record has gone; another one may be at its place.
-    const MVCommAppValue* app() const noexcept { return app_; }
-
-    void refresh() {
-        const QSignalBlocker sliderBlocker(slider_);
-        const QSignalBlocker muteBlocker(mute_);
-        if (!slider_->isSliderDown())
-            slider_->setValue(controller_.percentOf(*app_));
-        mute_->setChecked(app_->muted());
-        const QString reason = controller_.reasonNotControllable(*app_);
-        slider_->setEnabled(reason.isEmpty());
-        slider_->setToolTip(tipText(reason));
-    }
-
-    void setActivity(qint64 level100) { app_->setActivity(level100); }
-
-  private:
-    const QPointer<MVCommAppValue> app_;
-    AppVolumeController& controller_;
-    QSlider* slider_;
-    QProgressBar* level_;
-    QCheckBox* mute_;
-};
-
-VolumeWindow::VolumeWindow(AppVolumeController& controller)
-    : controller_(controller)
-    , notice_(new QLabel(tr("The audio plug-in is not connected.\n\nA program appears here as soon "
-                            "as it plays sound. If one is playing now, start the plug-in: it is "
-                            "the program “Tonvale” in “Tonvale.plugin”.")))
-    , rowsLayout_(new QVBoxLayout) {
+VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings)
+    : surroundings_(surroundings), scrollArea_(new QScrollArea), grid_(new MVCollectionView) {
     setWindowTitle(tr("Tonvale"));
-    notice_->setWordWrap(true);
-    notice_->setTextFormat(Qt::PlainText);
-    notice_->setAlignment(Qt::AlignCenter);
-    rowsLayout_->setAlignment(Qt::AlignTop);
-    rowsLayout_->setSpacing(0);
-    rowsLayout_->setContentsMargins({});
-    auto* const rows = new QWidget;
-    rows->setLayout(rowsLayout_);
-    auto* const scrollArea = new QScrollArea;
-    scrollArea->setFrameShape(QFrame::NoFrame);
-    scrollArea->setWidgetResizable(true);
-    scrollArea->setWidget(rows);
+    scrollArea_->setFrameShape(QFrame::NoFrame);
+    scrollArea_->setWidgetResizable(true);
+    scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrollArea_->setWidget(grid_);
     auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, margin, margin, margin);
-    layout->addWidget(notice_);
-    layout->addWidget(scrollArea, 1);
-    controller_.setView(this);
+    layout->setContentsMargins({});
+    layout->addWidget(scrollArea_);
+    surroundings_.controller.setView(this);
     if (!testAttribute(Qt::WA_Resized))
-        resize(controller_.windowWillResize(usualSize).toSize());
+        resize(surroundings_.controller.windowWillResize(usualSize).toSize());
 }
 
 VolumeWindow::~VolumeWindow() {
-    controller_.setView(nullptr);
+    surroundings_.controller.setView(nullptr);
 }
 
 void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
-    std::vector<std::unique_ptr<Row>> rows;
+    MVCollectionView::Items before = grid_->takeItems();
+    MVCollectionView::Items items;
     for (MVCommAppValue* const app : apps) {
-        std::unique_ptr<Row> row = takeRow(app);
-        if (row == nullptr)
-            row = std::make_unique<Row>(controller_, *app);
-        row->refresh();
-        rowsLayout_->addWidget(row.get());
-        rows.push_back(std::move(row));
+        auto item = takeItem(before, app);
+        if (item == nullptr)
+            item = std::make_unique<MVCollectionViewItem>(surroundings_, *app);
+        else
+            item->updateControls();
+        items.push_back(std::move(item));
     }
-    rows_ = std::move(rows);
-    notice_->setVisible(rows_.empty());
+    grid_->setItems(std::move(items));
+    updateHint();
 }
 
-std::unique_ptr<VolumeWindow::Row> VolumeWindow::takeRow(const MVCommAppValue* app) {
-    const auto found = std::ranges::find_if(
-        rows_, [app](const auto& row) { return row != nullptr && row->app() == app; });
-    if (found == rows_.end())
-        return nullptr;
-    rowsLayout_->removeWidget(found->get());
-    return std::move(*found);
+/// The sound effects' item is there as soon as the plug-in is, so alone it means silence.
+void VolumeWindow::updateHint() {
+    const auto& items = grid_->items();
+    const bool isAlone = items.size() == 1 && items[0]->representedObject()->isBeeps();
+    if (!items.empty() && !isAlone)
+        grid_->setHint({});
+    else if (!problem_.isEmpty())
+        grid_->setHint(problem_);
+    else if (isAlone)
+        grid_->setHint(tr("Nothing else makes sound yet.\nA program appears here when it plays."));
+    else
+        grid_->setHint(tr("The audio plug-in is not connected.\n\nA program appears here as soon "
+                          "as it plays sound. If one is playing now, start the plug-in: it is the "
+                          "program “Tonvale” in “Tonvale.plugin”."));
 }
 
-void VolumeWindow::handleActivity(qsizetype index, qint64 level100, float /*level*/) {
-    rows_[static_cast<std::size_t>(index)]->setActivity(level100);
+void VolumeWindow::handleActivity(qsizetype index, qint64 level100, float level) {
+    grid_->items()[static_cast<std::size_t>(index)]->handleActivity(level100, level);
 }
 
 void VolumeWindow::itemDidChange(qsizetype index) {
-    rows_[static_cast<std::size_t>(index)]->refresh();
+    grid_->items()[static_cast<std::size_t>(index)]->updateControls();
 }
 
 void VolumeWindow::showProblem(const QString& text) {
-    notice_->setText(text);
+    problem_ = text;
+    updateHint();
 }
 
 double VolumeWindow::itemHeight() const {
-    return rowHeight;
+    return ItemLayout::height;
 }
 
 double VolumeWindow::titleBarHeight() const {
-    return 2 * margin;
+    return 0;
 }
 
 void VolumeWindow::setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) {

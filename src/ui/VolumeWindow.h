@@ -1,25 +1,25 @@
 #pragma once
 
 #include "ui/AppVolumeView.h"
+#include "ui/items/MVCollectionViewItem.h"
 
 #include <QWidget>
 
-#include <memory>
-#include <vector>
-
 class AppVolumeController;
-class QLabel;
-class QVBoxLayout;
+class MVCollectionView;
+class QScrollArea;
 
-/// The window: one row for each record of the controller with its icon, name, volume, level and
-/// mute. Main thread.
+/// The window: a grid with one item for each record of the controller, which scrolls. Main thread.
 class VolumeWindow final : public QWidget, public AppVolumeView {
     Q_OBJECT
 
   public:
-    /// Becomes the view of `controller`, which must outlive the window.
-    explicit VolumeWindow(AppVolumeController& controller);
+    /// Becomes the view of the items' controller, which must outlive the window.
+    explicit VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings);
     ~VolumeWindow() override;
+
+    /// Those of the process.
+    static MVCollectionViewItem::Surroundings sharedSurroundings(AppVolumeController& controller);
 
     void appsWillChange() override {}
     void appsDidChange(const QList<MVCommAppValue*>& apps) override;
@@ -33,12 +33,10 @@ class VolumeWindow final : public QWidget, public AppVolumeView {
     void setFrame(const QRect& frame) override;
 
   private:
-    class Row;
+    void updateHint();
 
-    std::unique_ptr<Row> takeRow(const MVCommAppValue* app);
-
-    AppVolumeController& controller_;
-    QLabel* notice_;
-    QVBoxLayout* rowsLayout_;
-    std::vector<std::unique_ptr<Row>> rows_; // in the order of the records
+    const MVCollectionViewItem::Surroundings surroundings_;
+    QScrollArea* const scrollArea_;
+    MVCollectionView* const grid_;
+    QString problem_; // why nothing can be shown, if that is known
 };

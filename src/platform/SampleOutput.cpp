@@ -1,0 +1,25 @@
+#include "platform/SampleOutput.h"
+
+#include "platform/Bundle.h"
+#include "platform/SystemLog.h"
+
+#include <dlfcn.h>
+
+namespace platform {
+
+/// The module stays loaded: threads of the libraries behind it may outlive the output.
+std::unique_ptr<SampleOutput> SampleOutput::load(const std::filesystem::path& recording) {
+    using Maker = SampleOutput* (*)(const char*);
+    const std::string module = Bundle::main().plugIns() / "SampleOutput.so";
+    void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const symbol = handle != nullptr ? ::dlsym(handle, "makeSampleOutput") : nullptr;
+    if (symbol == nullptr) {
+        const char* const reason = ::dlerror();
+        systemLog(LogPriority::error, "Couldn't load the sound output: %s",
+                  reason != nullptr ? reason : "no reason given");
+        return nullptr;
+    }
+    return std::unique_ptr<SampleOutput>(reinterpret_cast<Maker>(symbol)(recording.c_str()));
+}
+
+} // namespace platform

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+/// A recording, decoded as a whole and mixed to one channel.
+struct Recording {
+    std::uint32_t rate = 0; ///< samples in a second
+    std::vector<float> samples;
+
+    /// Empty, with a line in the system log, when the file is missing or no sound.
+    static Recording read(const std::filesystem::path& file);
+};

@@ -1,0 +1,31 @@
+#include "ui/items/ItemLayout.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int margin = 12;
+constexpr int iconSize = 40;
+constexpr int textStart = margin + iconSize + margin;
+constexpr int nameTop = 5;
+constexpr int nameHeight = 22;
+constexpr int controlsTop = 28;
+constexpr int muteWidth = 24;
+constexpr int controlHeight = 22;
+constexpr int gap = 6;
+
+} // namespace
+
+ItemLayout::ItemLayout(const QSize& size, Qt::LayoutDirection direction) noexcept {
+    const auto until = [&](int start) { return std::max(0, size.width() - margin - start); };
+    icon = {margin, (size.height() - iconSize) / 2, iconSize, iconSize};
+    name = {textStart, nameTop, until(textStart), nameHeight};
+    mute = {textStart, controlsTop, muteWidth, controlHeight};
+    const int sliderStart = textStart + muteWidth + gap;
+    slider = {sliderStart, controlsTop, until(sliderStart), controlHeight};
+    if (direction != Qt::RightToLeft)
+        return;
+    for (QRect* const part : {&icon, &name, &mute})
+        part->moveLeft(size.width() - part->right() - 1);
+    slider.moveLeft(margin);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/MonotonicClock.h"
+
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class MVCollectionViewItem;
+class QLabel;
+
+/// The grid of items: rows of one height, with as many columns as fit. Paints the theme's
+/// background, lighter while its window is not the active one if the theme says so. Main thread
+/// only.
+class MVCollectionView final : public QWidget {
+    Q_OBJECT
+
+  public:
+    using Items = std::vector<std::unique_ptr<MVCollectionViewItem>>;
+
+    /// How many columns of items fit, at least one.
+    static int columnsFor(int width) noexcept;
+
+    explicit MVCollectionView(QWidget* parent = nullptr);
+    ~MVCollectionView() override;
+
+    const Items& items() const noexcept { return items_; }
+
+    /// To change them, take them, and set the new ones, of which some may be the old ones.
+    Items takeItems() noexcept;
+    void setItems(Items items);
+
+    /// What is said in the free room below the items; empty for nothing.
+    void setHint(const QString& text);
+
+    /// Whether the last change of the width is so recent that another is likely.
+    bool isInLiveResize() const;
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void layOut();
+    QRect placeOf(std::size_t index) const;
+    void updateCollectionViewColors();
+
+    Items items_;
+    QLabel* const hint_;
+    QColor colors_[2]; // of the rows in turn
+    std::optional<platform::MonotonicClock::time_point> resized_;
+};

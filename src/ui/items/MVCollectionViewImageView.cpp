@@ -1,0 +1,14 @@
+#include "ui/items/MVCollectionViewImageView.h"
+
+#include <QPainter>
+
+void MVCollectionViewImageView::setIcon(const QIcon& icon) {
+    icon_ = icon;
+    update();
+}
+
+void MVCollectionViewImageView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    icon_.paint(&painter, rect());
+}

@@ -1,0 +1,192 @@
+#include "ui/items/MVCollectionViewItem.h"
+
+#include "comm/MVCommLogText.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/BundleImage.h"
+#include "platform/Localization.h"
+#include "platform/NotificationCenter.h"
+#include "ui/AppVolumeController.h"
+#include "ui/OneLineText.h"
+#include "ui/VolumeNumbers.h"
+#include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionViewImageView.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/TNVolumeSlider.h"
+#include "ui/theme/MVOrangeBrownTheme.h"
+
+#include <QContextMenuEvent>
+#include <QCoreApplication>
+#include <QCursor>
+#include <QHelpEvent>
+#include <QMenu>
+#include <QToolTip>
+
+using platform::formatted;
+using platform::localized;
+
+namespace {
+
+QString tipText(const QString& text) {
+    constexpr qsizetype longest = 500;
+    return QStringLiteral("<p>%1</p>").arg(oneLineText(text.left(longest)).toHtmlEscaped());
+}
+
+QString withoutMnemonic(QString text) {
+    return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+} // namespace
+
+MVCollectionViewItem::MVCollectionViewItem(const Surroundings& surroundings, MVCommAppValue& app,
+                                           QWidget* parent)
+    : MVCollectionItemBackgroundView(parent)
+    , surroundings_(surroundings)
+    , app_(&app)
+    , iconView_(new MVCollectionViewImageView(this))
+    , label_(new MVCollectionViewTextField(this))
+    , muteView_(new MVMuteImageView(this))
+    , slider_(new TNVolumeSlider(this))
+    , releaseObserver_(std::make_unique<platform::NotificationObserver>(
+          MVVolumeSlider::didReleaseMouseNotification, [this](const QVariant& object) {
+              if (object.value<QObject*>() == slider_)
+                  volumeSliderDidReleaseMouse();
+          })) {
+    iconView_->setIcon(displayIcon());
+    label_->setObjectName(QStringLiteral("name"));
+    label_->setText(oneLineText(displayName()));
+    muteView_->setApp(&app);
+    updateControls();
+    slider_->setHandler([this] { sliderAction(); });
+    connect(&app, &MVCommAppValue::hasActivityChanged, this,
+            &MVCollectionViewItem::announceTextColor);
+    connect(&app, &MVCommAppValue::mutedChanged, this, &MVCollectionViewItem::wasMuted);
+}
+
+MVCollectionViewItem::~MVCollectionViewItem() = default;
+
+QString MVCollectionViewItem::displayName() const {
+    return app_ != nullptr ? app_->displayName() : QString();
+}
+
+QIcon MVCollectionViewItem::displayIcon() const {
+    if (app_ == nullptr)
+        return {};
+    if (!app_->isBeeps())
+        return app_->icon();
+    static const QIcon soundEffects = platform::bundleIcon(QStringLiteral("soundEffects.icns"));
+    return soundEffects.isNull() ? app_->icon() : soundEffects;
+}
+
+QColor MVCollectionViewItem::displayNameTextColor() const {
+    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    if (app_ == nullptr || !app_->hasActivity())
+        return theme.displayNameNoActivityColor();
+    return app_->muted() ? theme.displayNameActivityMutedColor() : theme.displayNameActivityColor();
+}
+
+void MVCollectionViewItem::announceTextColor() {
+    label_->setTextColor(displayNameTextColor());
+    Q_EMIT displayNameTextColorChanged();
+}
+
+void MVCollectionViewItem::updateControls() {
+    if (app_ == nullptr)
+        return;
+    const int percent = surroundings_.controller.percentOf(*app_);
+    slider_->showValue(VolumeNumbers::fractionForPercent(percent));
+    slider_->setMuted(app_->muted());
+    slider_->setEnabled(surroundings_.controller.reasonNotControllable(*app_).isEmpty());
+    announceTextColor();
+}
+
+void MVCollectionViewItem::sliderAction() {
+    if (app_ == nullptr)
+        return;
+    app_->setVolume(static_cast<double>(slider_->floatValue()));
+    platform::NotificationCenter::standard().post(AppVolumeController::sliderChangedNotification,
+                                                  QVariant::fromValue(app_.data()));
+}
+
+/// The slider's value counts, whatever the record's volume has become since.
+void MVCollectionViewItem::volumeSliderDidReleaseMouse() {
+    if (app_ == nullptr)
+        return;
+    const float volume = slider_->floatValue();
+    surroundings_.controller.sliderReleased(*app_, static_cast<double>(volume));
+    QNLog(qnlog_user, "'%@' volume changed to %.2f", MVCommLogText(displayName()), volume);
+    if (!app_->hasActivity() && surroundings_.mayBeep())
+        surroundings_.beepAtVolume(volume);
+}
+
+void MVCollectionViewItem::wasMuted() {
+    surroundings_.controller.appWasMuted(*app_);
+    slider_->setMuted(app_->muted());
+    announceTextColor();
+}
+
+void MVCollectionViewItem::handleActivity(qint64 level100, float level) {
+    if (app_ == nullptr)
+        return;
+    const MVCommActivityChange change = app_->setActivity(level100);
+    if (change == kMVCommActivityEnded)
+        QNLog(qnlog_information, "'%@' lost activity", MVCommLogText(displayName()));
+    if (change == kMVCommActivityBegan)
+        QNLog(qnlog_information, "'%@' gained activity", MVCommLogText(displayName()));
+    if (change != kMVCommActivityUnchanged)
+        slider_->setActivity(change == kMVCommActivityEnded ? 0.0F : level);
+}
+
+void MVCollectionViewItem::ignore() {
+    if (app_ != nullptr)
+        surroundings_.ignore(app_->processName());
+}
+
+QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
+    auto* const menu = new QMenu(parent);
+    const QString title =
+        formatted(localized(QStringLiteral("Ignore \"%@\"")), oneLineText(displayName()));
+    menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore);
+    return menu;
+}
+
+void MVCollectionViewItem::contextMenuEvent(QContextMenuEvent* event) {
+    QMenu* const menu = makeContextMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(event->globalPos());
+}
+
+bool MVCollectionViewItem::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip || app_ == nullptr)
+        return QWidget::event(event);
+    const auto* const help = static_cast<QHelpEvent*>(event);
+    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
+    const QString percent =
+        formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
+    const bool isOverSlider = slider_->geometry().contains(help->pos());
+    const QString text = !isOverSlider ? displayName() : reason.isEmpty() ? percent : reason;
+    QToolTip::showText(help->globalPos(), tipText(text), this);
+    return true;
+}
+
+void MVCollectionViewItem::showSandboxHint() const {
+    const QString text = formatted(
+        localized(QStringLiteral(
+            "%@ cannot work with \"%@\" because it's a sandboxed application.\n\nSandboxed apps "
+            "can be hidden via \"Hide sandboxed applications\" in the Preferences.")),
+        QCoreApplication::applicationName(), oneLineText(displayName()));
+    QToolTip::showText(QCursor::pos(), text);
+}
+
+void MVCollectionViewItem::hideSandboxHint() {
+    QToolTip::hideText();
+}
+
+void MVCollectionViewItem::resizeEvent(QResizeEvent* /*event*/) {
+    const ItemLayout places(size(), layoutDirection());
+    iconView_->setGeometry(places.icon);
+    label_->setGeometry(places.name);
+    muteView_->setGeometry(places.mute);
+    slider_->setGeometry(places.slider);
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "comm/MVCommAppValue.h"
+#include "ui/items/MVCollectionItemBackgroundView.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+class AppVolumeController;
+class MVCollectionViewImageView;
+class MVCollectionViewTextField;
+class MVMuteImageView;
+class MVVolumeSlider;
+class QMenu;
+
+namespace platform {
+class NotificationObserver;
+}
+
+/// One program in the volume window: icon, name, mute button, and a slider that also shows how loud
+/// the program is. Makes changes of its record, and lines of the log, of what a person does; shows
+/// what others change without making anything of it. Main thread only.
+class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
+    Q_OBJECT
+    Q_PROPERTY(QString displayName READ displayName)
+    Q_PROPERTY(QColor displayNameTextColor READ displayNameTextColor NOTIFY
+                   displayNameTextColorChanged)
+
+  public:
+    /// What an item needs of the rest of the program. All of it must outlive the item.
+    struct Surroundings {
+        AppVolumeController& controller;
+        std::function<void(const QString& processName)> ignore;
+        std::function<bool()> mayBeep;             ///< whether the person wants sample sounds
+        std::function<void(float volume)> beepAtVolume; ///< 0 to 1
+    };
+
+    MVCollectionViewItem(const Surroundings& surroundings, MVCommAppValue& app,
+                         QWidget* parent = nullptr);
+    ~MVCollectionViewItem() override;
+
+    /// Null when the record has gone; another one may be at its place.
+    MVCommAppValue* representedObject() const noexcept { return app_; }
+
+    QString displayName() const;
+    QIcon displayIcon() const;
+    QColor displayNameTextColor() const;
+
+    MVVolumeSlider& slider() const noexcept { return *slider_; }
+    MVMuteImageView& muteView() const noexcept { return *muteView_; }
+    MVCollectionViewTextField& label() const noexcept { return *label_; }
+
+    /// Shows the record as it is now, without calling anybody.
+    void updateControls();
+
+    /// A level of the program, in whole percent and as it is shown, 0 to 1.
+    void handleActivity(qint64 level100, float level);
+
+    /// Puts the program on the ignore list.
+    void ignore();
+
+    /// What a click with the secondary button opens; belongs to the caller.
+    QMenu* makeContextMenu(QWidget* parent);
+
+    /// That programs in a sandbox cannot be controlled, beside the mouse; for whoever knows that of
+    /// this one.
+    void showSandboxHint() const;
+    static void hideSandboxHint();
+
+  Q_SIGNALS:
+    void displayNameTextColorChanged();
+
+  protected:
+    bool event(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void sliderAction();
+    void volumeSliderDidReleaseMouse();
+    void wasMuted();
+    void announceTextColor();
+
+    const Surroundings surroundings_;
+    const QPointer<MVCommAppValue> app_;
+    MVCollectionViewImageView* const iconView_;
+    MVCollectionViewTextField* const label_;
+    MVMuteImageView* const muteView_;
+    MVVolumeSlider* const slider_;
+    const std::unique_ptr<platform::NotificationObserver> releaseObserver_;
+};

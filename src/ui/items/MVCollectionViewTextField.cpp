@@ -1,0 +1,25 @@
+#include "ui/items/MVCollectionViewTextField.h"
+
+#include <QPainter>
+
+void MVCollectionViewTextField::setText(const QString& text) {
+    if (text_ == text)
+        return;
+    text_ = text;
+    update();
+}
+
+void MVCollectionViewTextField::setTextColor(const QColor& color) {
+    if (color_ == color)
+        return;
+    color_ = color;
+    update();
+}
+
+void MVCollectionViewTextField::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setPen(color_);
+    painter.drawText(rect(),
+                     static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine),
+                     fontMetrics().elidedText(text_, Qt::ElideRight, width()));
+}

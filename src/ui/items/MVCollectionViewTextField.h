@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+#include <QWidget>
+
+/// One line of plain text, cut with an ellipsis where it does not fit. A click with the secondary
+/// button is for what it lies on. Main thread only.
+class MVCollectionViewTextField final : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(QString text READ text)
+
+  public:
+    using QWidget::QWidget;
+
+    const QString& text() const noexcept { return text_; }
+    void setText(const QString& text);
+
+    QColor textColor() const { return color_; }
+    void setTextColor(const QColor& color);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString text_;
+    QColor color_;
+};
