@@ -22,6 +22,8 @@ void PluginCommands::send(std::int32_t type, std::uint32_t pid, int value) {
     const Command command{type, pid, value, MonotonicClock::now()};
     std::erase_if(recent_,
                   [&](const Command& each) { return each.sent + droppingTime <= command.sent; });
+    if (isToBeRepeated(command))
+        return;
     std::erase_if(dropped_, [&](const Command& each) { return each.isAbout(command); });
     if (mayBeDropped(command)) {
         dropped_.push_back(command);
@@ -48,6 +50,14 @@ bool PluginCommands::mayBeDropped(const Command& command) const {
         return false;
     return command.type == kMVCommIgnoreListChanged ||
            !isSame(*std::find_if(recent_.rbegin(), recent_.rend(), isAbout));
+}
+
+/// Whether the very same is going to be sent anyway, as soon as it is not dropped any longer.
+bool PluginCommands::isToBeRepeated(const Command& command) const {
+    return command.type != kMVCommIgnoreListChanged &&
+           std::ranges::any_of(dropped_, [&](const Command& each) {
+               return each.isAbout(command) && each.value == command.value;
+           });
 }
 
 void PluginCommands::repeat() {

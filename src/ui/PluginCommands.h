@@ -37,6 +37,7 @@ class PluginCommands {
     void send(std::int32_t type, std::uint32_t pid, int value);
     void sendNow(const Command& command);
     bool mayBeDropped(const Command& command) const;
+    bool isToBeRepeated(const Command& command) const;
     void repeat();
 
     MVComm& comm_;

@@ -5,6 +5,7 @@
 #include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
+#include "ui/WindowSize.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/TNBeeper.h"
@@ -12,14 +13,17 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QScrollArea>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace {
 
 constexpr QSize usualSize(640, 6 * ItemLayout::height);
+constexpr std::chrono::milliseconds restOfResizing{100};
 
 /// Takes the item of the record out of `items`; null when it has none.
 std::unique_ptr<MVCollectionViewItem> takeItem(MVCollectionView::Items& items,
@@ -53,9 +57,22 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(scrollArea_);
+    connect(&sight_, &platform::WindowSight::changed, this, &QWidget::setUpdatesEnabled);
+    keepToWholeRows();
     surroundings_.controller.setView(this);
-    if (!testAttribute(Qt::WA_Resized))
-        resize(surroundings_.controller.windowWillResize(usualSize).toSize());
+}
+
+/// In the middle at first. Window managers that know of steps keep to them while a person pulls,
+/// the others are corrected afterwards.
+void VolumeWindow::keepToWholeRows() {
+    const QSize size = WindowSize::snapped(usualSize, {itemHeight(), titleBarHeight()}).toSize();
+    setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size,
+                                    QWidget::screen()->availableGeometry()));
+    setBaseSize(0, static_cast<int>(titleBarHeight()));
+    setSizeIncrement(1, ItemLayout::height);
+    endOfResizing_.setSingleShot(true);
+    endOfResizing_.setInterval(restOfResizing);
+    connect(&endOfResizing_, &QTimer::timeout, this, &VolumeWindow::snap);
 }
 
 VolumeWindow::~VolumeWindow() {
@@ -104,6 +121,24 @@ void VolumeWindow::itemDidChange(qsizetype index) {
 void VolumeWindow::showProblem(const QString& text) {
     problem_ = text;
     updateHint();
+}
+
+void VolumeWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    endOfResizing_.start();
+}
+
+/// Once for a size, since a window manager may insist on it.
+void VolumeWindow::snap() {
+    const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
+    if (wanted == size() || size() == insistedSize_ || isMaximized() || isFullScreen())
+        return;
+    insistedSize_ = size();
+    resize(wanted);
+}
+
+QRect VolumeWindow::frame() const {
+    return isMaximized() || isFullScreen() ? normalGeometry() : geometry();
 }
 
 double VolumeWindow::itemHeight() const {

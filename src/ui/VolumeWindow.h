@@ -1,15 +1,19 @@
 #pragma once
 
+#include "platform/WindowSight.h"
 #include "ui/AppVolumeView.h"
 #include "ui/items/MVCollectionViewItem.h"
 
+#include <QSize>
+#include <QTimer>
 #include <QWidget>
 
 class AppVolumeController;
 class MVCollectionView;
 class QScrollArea;
 
-/// The window: a grid with one item for each record of the controller, which scrolls. Main thread.
+/// The window: a grid with one item for each record of the controller, which scrolls. Shows whole
+/// rows, and draws nothing while nobody can see it. Main thread.
 class VolumeWindow final : public QWidget, public AppVolumeView {
     Q_OBJECT
 
@@ -29,14 +33,22 @@ class VolumeWindow final : public QWidget, public AppVolumeView {
     double itemHeight() const override;
     double titleBarHeight() const override;
     void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) override;
-    QRect frame() const override { return geometry(); }
+    QRect frame() const override;
     void setFrame(const QRect& frame) override;
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void keepToWholeRows();
+    void snap();
     void updateHint();
 
     const MVCollectionViewItem::Surroundings surroundings_;
     QScrollArea* const scrollArea_;
     MVCollectionView* const grid_;
-    QString problem_; // why nothing can be shown, if that is known
+    platform::WindowSight sight_{*this};
+    QTimer endOfResizing_;
+    QSize insistedSize_; // the last one that had to be corrected
+    QString problem_;    // why nothing can be shown, if that is known
 };

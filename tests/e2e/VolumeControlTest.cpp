@@ -7,10 +7,8 @@
 #include "support/VolumeWindowProbe.h"
 #include "support/WaitUntil.h"
 #include "ui/VolumeWindow.h"
+#include "ui/items/MVMuteImageView.h"
 
-#include <QCheckBox>
-#include <QProgressBar>
-#include <QSlider>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -43,10 +41,16 @@ class VolumeControlTest : public testing::Test {
 
     void startApplication() {
         model_.emplace();
-        window_.emplace(model_->controller);
+        window_.emplace(surroundings());
         levels.clear();
         EXPECT_TRUE(model_->serve(&recordAndShow));
         window_->show();
+    }
+
+    MVCollectionViewItem::Surroundings surroundings() {
+        return {model_->controller,
+                [this](const QString& name) { model_->ignoredApps.addCustomIgnore(name); },
+                [] { return false; }, [](float) {}};
     }
 
     void endApplication() {
@@ -66,11 +70,11 @@ class VolumeControlTest : public testing::Test {
 
     /// Waits until the program's level is within a tenth of `peak` in its messages and its row.
     bool showsLevel(const Tone& tone, const QString& name, double peak) const {
-        const QProgressBar* const bar = RowProbe(*window_, name).level;
+        const RowProbe row(*window_, name);
         const auto isNear = [peak](double value) { return std::abs(value - peak) <= 0.1 * peak; };
         return waitUntil([&] {
             const auto& reported = levels[static_cast<std::uint32_t>(tone.pid())];
-            return !reported.empty() && isNear(reported.back()) && isNear(bar->value() / 100.0);
+            return !reported.empty() && isNear(reported.back()) && isNear(row.level() / 100.0);
         });
     }
 
@@ -112,17 +116,17 @@ TEST_F(VolumeControlTest, TheWindowSetsWhatIsHeardOfEachProgramAlone) {
     EXPECT_TRUE(hears(lowPeak, highPeak));
 
     const RowProbe row(*window_, lowName);
-    row.slider->setValue(50);
+    row.slideTo(50);
     EXPECT_TRUE(hears(lowPeak * half, highPeak));
     EXPECT_TRUE(showsLevel(low, lowName, lowPeak)) << "a level is that before the volume";
-    row.slider->setValue(0);
+    row.slideTo(0);
     EXPECT_TRUE(hears(0, highPeak));
-    EXPECT_TRUE(waitUntil([&] { return row.level->value() == 1; })) << "it plays, though unheard";
-    row.slider->setValue(100);
+    EXPECT_TRUE(waitUntil([&] { return row.level() == 1; })) << "it plays, though unheard";
+    row.slideTo(100);
     EXPECT_TRUE(hears(lowPeak, highPeak));
     QTest::keyClick(row.mute, Qt::Key_Space);
     EXPECT_TRUE(hears(0, highPeak));
-    RowProbe(*window_, highName).slider->setValue(50);
+    RowProbe(*window_, highName).slideTo(50);
     EXPECT_TRUE(hears(0, highPeak * half));
     QTest::keyClick(row.mute, Qt::Key_Space);
     EXPECT_TRUE(hears(lowPeak, highPeak * half));
@@ -146,7 +150,7 @@ TEST_F(VolumeControlTest, ThePluginOutlivesTheAudioServer) {
     tone.emplace(Tone::Player::pwCat, lowTone, lowPeak);
     ASSERT_TRUE(showsRow(lowName)) << plugin_.output();
     EXPECT_TRUE(showsLevel(*tone, lowName, lowPeak)) << plugin_.output();
-    RowProbe(*window_, lowName).slider->setValue(50);
+    RowProbe(*window_, lowName).slideTo(50);
     EXPECT_TRUE(hears(lowPeak * half, 0)) << plugin_.output();
 }
 
@@ -158,14 +162,14 @@ TEST_F(VolumeControlTest, ThePluginComesBackToAnApplicationThatWasAway) {
     startApplication();
     ASSERT_TRUE(showsRow(highName)) << plugin_.output();
     EXPECT_TRUE(showsLevel(tone, highName, highPeak)) << plugin_.output();
-    RowProbe(*window_, highName).slider->setValue(0);
+    RowProbe(*window_, highName).slideTo(0);
     EXPECT_TRUE(hears(0, 0));
 }
 
 TEST_F(VolumeControlTest, ThePluginEndsCleanlyAndLeavesTheSoundAsItIs) {
     const Tone tone(Tone::Player::pwCat, lowTone, lowPeak);
     ASSERT_TRUE(showsRow(lowName)) << plugin_.output();
-    RowProbe(*window_, lowName).slider->setValue(50);
+    RowProbe(*window_, lowName).slideTo(50);
     EXPECT_TRUE(hears(lowPeak * half, 0));
     plugin_.signal(SIGTERM);
     EXPECT_EQ(plugin_.wait(), 0) << plugin_.output();

@@ -1,54 +1,48 @@
 #include "support/VolumeWindowProbe.h"
 
+#include "ui/VolumeNumbers.h"
 #include "ui/VolumeWindow.h"
+#include "ui/items/MVCollectionView.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
 
-#include <QCheckBox>
 #include <QLabel>
-#include <QProgressBar>
-#include <QSlider>
-
-#include <algorithm>
 
 namespace support {
 
-namespace {
-
-QList<QLabel*> nameLabels(const VolumeWindow& window) {
-    QList<QLabel*> labels;
-    for (const QSlider* const slider : window.findChildren<QSlider*>())
-        labels += slider->parentWidget()->findChildren<QLabel*>(QStringLiteral("name"));
-    std::sort(labels.begin(), labels.end(), [&window](const QLabel* a, const QLabel* b) {
-        return a->mapTo(&window, QPoint()).y() < b->mapTo(&window, QPoint()).y();
-    });
-    return labels;
+MVCollectionView& gridOf(const VolumeWindow& window) {
+    return *window.findChild<MVCollectionView*>();
 }
-
-} // namespace
 
 QStringList rowNames(const VolumeWindow& window) {
     QStringList names;
-    for (const QLabel* const label : nameLabels(window))
-        names += label->text();
+    for (const auto& item : gridOf(window).items())
+        names += item->label().text();
     return names;
 }
 
 RowProbe::RowProbe(const VolumeWindow& window, const QString& name) {
-    for (const QLabel* const label : nameLabels(window)) {
-        if (label->text() != name)
+    for (const auto& each : gridOf(window).items()) {
+        if (each->label().text() != name)
             continue;
-        slider = label->parentWidget()->findChild<QSlider*>();
-        level = label->parentWidget()->findChild<QProgressBar*>();
-        mute = label->parentWidget()->findChild<QCheckBox*>();
+        item = each.get();
+        slider = &each->slider();
+        mute = &each->muteView();
     }
 }
 
+void RowProbe::slideTo(int percent) const {
+    slider->setSliderValue(VolumeNumbers::fractionForPercent(percent), false);
+}
+
+int RowProbe::level() const {
+    return static_cast<int>(VolumeNumbers::percentOfLevel(slider->activity()));
+}
+
 QString notice(const VolumeWindow& window) {
-    for (const QLabel* const label :
-         window.findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (!label->isHidden())
-            return label->text();
-    }
-    return {};
+    const auto* const label = window.findChild<QLabel*>(QStringLiteral("hint"));
+    return label->isHidden() ? QString() : label->text();
 }
 
 } // namespace support

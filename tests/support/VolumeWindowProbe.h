@@ -3,27 +3,36 @@
 #include <QString>
 #include <QStringList>
 
-class QCheckBox;
-class QProgressBar;
-class QSlider;
+class MVCollectionView;
+class MVCollectionViewItem;
+class MVMuteImageView;
+class MVVolumeSlider;
 class VolumeWindow;
 
 namespace support {
 
-/// The names of the rows that a volume window shows, from top to bottom.
+MVCollectionView& gridOf(const VolumeWindow& window);
+
+/// The names of the items that a volume window shows, in their order.
 QStringList rowNames(const VolumeWindow& window);
 
-/// The controls of one row of a volume window; null, all of them, when it has no such row. They
+/// One item of a volume window and its controls; null, all of them, when it has no such item. They
 /// belong to the window.
 struct RowProbe {
     RowProbe(const VolumeWindow& window, const QString& name);
 
-    QSlider* slider = nullptr;
-    QProgressBar* level = nullptr;
-    QCheckBox* mute = nullptr;
+    /// As a drag ends there.
+    void slideTo(int percent) const;
+
+    /// In percent, as the slider shows it.
+    int level() const;
+
+    MVCollectionViewItem* item = nullptr;
+    MVVolumeSlider* slider = nullptr;
+    MVMuteImageView* mute = nullptr;
 };
 
-/// What the window says in place of rows; empty when it shows rows.
+/// What the window says in place of items; empty when it shows some.
 QString notice(const VolumeWindow& window);
 
 } // namespace support

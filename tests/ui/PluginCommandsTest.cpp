@@ -59,6 +59,13 @@ TEST_F(PluginCommandsTest, TheLastVolumeOfAQuickChangeToAndFroArrives) {
     EXPECT_EQ(sentWithin(10s), "") << "once";
 }
 
+TEST_F(PluginCommandsTest, WhatIsSetAgainAtTheEndOfAGestureArrivesToo) {
+    for (const int percent : {10, 9, 10, 10})
+        commands_.setVolume(1, percent);
+    EXPECT_EQ(sentWithin(0ms), "9,10 9,9 ");
+    EXPECT_EQ(sentWithin(150ms), "9,10 ");
+}
+
 TEST_F(PluginCommandsTest, NothingIsRepeatedThatANewerCommandHasReplaced) {
     commands_.setMute(1, true);
     commands_.setMute(1, false);

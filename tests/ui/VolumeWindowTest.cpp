@@ -1,17 +1,21 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVCommSocketPath.h"
+#include "platform/MainQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
 #include "support/ScriptedPlugin.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
 #include "support/WaitUntil.h"
+#include "ui/VolumeNumbers.h"
+#include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionView.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
 
-#include <QCheckBox>
-#include <QLabel>
-#include <QProgressBar>
-#include <QSlider>
+#include <QScreen>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -28,8 +32,21 @@ class VolumeWindowTest : public testing::Test {
         window_.show();
     }
 
+    MVCollectionViewItem::Surroundings surroundings() {
+        return {model_.controller,
+                [this](const QString& name) { model_.ignoredApps.addCustomIgnore(name); },
+                [] { return false; }, [](float) {}};
+    }
+
     bool showsRows(const QStringList& names) const {
         return support::waitUntil([&] { return support::rowNames(window_) == names; });
+    }
+
+    /// With the row "player", of the process 4711.
+    RowProbe connected(ScriptedPlugin& plugin) const {
+        plugin.checkIn(4711, "player");
+        EXPECT_TRUE(showsRows({QStringLiteral("player")}));
+        return {window_, QStringLiteral("player")};
     }
 
     static std::string received(ScriptedPlugin& plugin) {
@@ -45,22 +62,18 @@ class VolumeWindowTest : public testing::Test {
 
     platform::RunLoop loop_;
     platform::RunLoopNotifier notifier_{loop_};
+    platform::MainQueueService mainQueue_{loop_};
     support::VolumeModel model_;
-    VolumeWindow window_{model_.controller};
+    VolumeWindow window_{surroundings()};
 };
 
 } // namespace
 
 TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
     model_.workspace.setRunningApplications(
-        {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}},
-         {2, QString(10000, QLatin1Char('z')), {}}});
-    ASSERT_EQ(support::rowNames(window_).size(), 2);
-    EXPECT_EQ(support::rowNames(window_)[0], QStringLiteral("two lines  and gnp.exe <b>"));
-    const auto labels = window_.findChildren<QLabel*>(QStringLiteral("name"));
-    ASSERT_EQ(labels.size(), 2);
-    EXPECT_EQ(labels[0]->toolTip(), QStringLiteral("<p>two lines  and gnp.exe &lt;b&gt;</p>"));
-    EXPECT_LT(labels[1]->toolTip().size(), 1000);
+        {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}}});
+    EXPECT_EQ(support::rowNames(window_),
+              QStringList(QStringLiteral("two lines  and gnp.exe <b>")));
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
@@ -79,101 +92,133 @@ TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
     first.disconnect();
     ASSERT_TRUE(showsRows({}));
     EXPECT_TRUE(support::notice(window_).contains(QStringLiteral("not connected")));
+    model_.controller.showProblem(QStringLiteral("why"));
+    EXPECT_EQ(support::notice(window_), QStringLiteral("why"));
 }
 
-TEST_F(VolumeWindowTest, GesturesBecomeCommandsForTheRowsProgram) {
+TEST_F(VolumeWindowTest, SaysThatNothingPlaysWhenThereAreOnlyTheSoundEffects) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(4711, "player");
-    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
-    const RowProbe row(window_, QStringLiteral("player"));
-    QTest::keyClick(row.slider, Qt::Key_Home);
-    EXPECT_EQ(received(plugin), "9,4711,0 ");
-    QTest::keyClick(row.slider, Qt::Key_End);
-    EXPECT_EQ(received(plugin), "9,4711,100 ");
-    QTest::keyClick(row.mute, Qt::Key_Space);
-    EXPECT_EQ(received(plugin), "10,4711,1 ");
-    QTest::keyClick(row.mute, Qt::Key_Space);
-    EXPECT_EQ(received(plugin), "10,4711,0 ");
+    plugin.checkIn(1, "coreaudiod");
+    ASSERT_TRUE(showsRows({QStringLiteral("Sound Effects")}));
+    EXPECT_TRUE(support::notice(window_).contains(QStringLiteral("when it plays")));
 }
 
-TEST_F(VolumeWindowTest, LevelsAreShownInPercent) {
+TEST_F(VolumeWindowTest, KeysAreGesturesInWholePercents) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
-    const RowProbe row(window_, QStringLiteral("player"));
-    plugin.reportLevel(1, 0.5F);
-    EXPECT_TRUE(support::waitUntil([&] { return row.level->value() == 50; }));
-    EXPECT_TRUE(support::waitUntil([&] { return row.level->value() == 0; })) << "silence again";
+    const RowProbe row = connected(plugin);
+    const auto pressed = [&](QWidget* part, Qt::Key key) {
+        QTest::keyClick(part, key);
+        return received(plugin);
+    };
+    EXPECT_EQ(pressed(row.slider, Qt::Key_Home), "9,4711,0 ");
+    EXPECT_EQ(pressed(row.slider, Qt::Key_PageUp), "9,4711,10 ");
+    EXPECT_EQ(pressed(row.slider, Qt::Key_Left), "9,4711,9 ");
+    EXPECT_EQ(pressed(row.slider, Qt::Key_Up), "9,4711,10 ");
+    EXPECT_EQ(pressed(row.slider, Qt::Key_End), "9,4711,100 ");
+    EXPECT_EQ(pressed(row.mute, Qt::Key_Space), "10,4711,1 ");
+    EXPECT_EQ(pressed(row.mute, Qt::Key_Space), "10,4711,0 ");
+}
+
+TEST_F(VolumeWindowTest, LevelsAreShownUntilTheyEnd) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    const RowProbe row = connected(plugin);
+    plugin.reportLevel(4711, 0.5F);
+    EXPECT_TRUE(support::waitUntil([&] { return row.level() == 50; }));
+    EXPECT_TRUE(support::waitUntil([&] { return row.level() == 0; })) << "silence again";
 }
 
 TEST_F(VolumeWindowTest, WhatIsSetElsewhereMovesTheControlsButNotAHeldSlider) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
-    const RowProbe row(window_, QStringLiteral("player"));
-    model_.controller.changedElsewhere(1, 37, true);
-    EXPECT_EQ(row.slider->value(), 37);
-    EXPECT_TRUE(row.mute->isChecked());
-    row.slider->setSliderDown(true);
-    row.slider->setSliderPosition(62);
-    model_.controller.changedElsewhere(1, 20, false);
+    const RowProbe row = connected(plugin);
+    MVCommAppValue& app = *model_.controller.apps()[0];
+    const auto shown = [&] {
+        return VolumeNumbers::percentOfFraction(static_cast<double>(row.slider->floatValue()));
+    };
+    model_.controller.changedElsewhere(4711, 37, true);
+    EXPECT_EQ(shown(), 37);
+    EXPECT_TRUE(row.slider->isMuted());
+
+    const QPoint middle(row.slider->width() / 2, 10);
+    QTest::mousePress(row.slider, Qt::LeftButton, {}, middle);
+    EXPECT_EQ(shown(), 50);
+    model_.controller.changedElsewhere(4711, 20, false);
     model_.controller.update();
-    EXPECT_EQ(row.slider->value(), 62);
-    row.slider->setSliderDown(false);
-    EXPECT_EQ(model_.controller.percentOf(*model_.controller.apps()[0]), 62) << "the last word";
-    EXPECT_EQ(row.slider->value(), 62);
-    EXPECT_FALSE(row.mute->isChecked());
-    EXPECT_EQ(received(plugin), "9,1,62 ") << "none for what was done elsewhere";
+    EXPECT_EQ(shown(), 50);
+    EXPECT_FALSE(row.slider->isMuted());
+    QTest::mouseRelease(row.slider, Qt::LeftButton, {}, middle);
+    EXPECT_EQ(model_.controller.percentOf(app), 50) << "the last word";
+    EXPECT_EQ(received(plugin).substr(0, 10), "9,4711,50 ") << "none for what was done elsewhere";
 }
 
-TEST_F(VolumeWindowTest, ASliderThatCannotBeMovedSaysWhy) {
+TEST_F(VolumeWindowTest, WhatIsSetByTheModelIsSentOnce) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
-    const RowProbe row(window_, QStringLiteral("player"));
-    EXPECT_TRUE(row.slider->toolTip().isEmpty());
-    model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
+    const RowProbe row = connected(plugin);
+    MVCommAppValue& app = *model_.controller.apps()[0];
+    model_.controller.setPercent(app, 30);
+    model_.controller.setMuted(app, true);
+    EXPECT_TRUE(row.slider->isMuted());
+    model_.controller.setPercent(app, 31);
+    std::string all;
+    EXPECT_TRUE(support::waitUntil([&] { return (all += received(plugin)).ends_with("31 "); }));
+    EXPECT_EQ(all, "9,4711,30 10,4711,1 9,4711,31 ");
+}
+
+TEST_F(VolumeWindowTest, ASliderThatCannotBeMovedLetsGoOfTheMouse) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    const RowProbe row = connected(plugin);
+    QTest::mousePress(row.slider, Qt::LeftButton, {}, row.slider->rect().center());
+    model_.controller.notControllable(4711, QStringLiteral("It plays past the mixer"));
     EXPECT_FALSE(row.slider->isEnabled());
-    EXPECT_EQ(row.slider->toolTip(), QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
-    model_.controller.notControllable(1, QString());
+    EXPECT_FALSE(row.slider->isInDrag());
+    model_.controller.notControllable(4711, QString());
     EXPECT_TRUE(row.slider->isEnabled());
-    EXPECT_TRUE(row.slider->toolTip().isEmpty());
 }
 
 TEST_F(VolumeWindowTest, RowsLieInTheOrderOfTheRecordsAndStayTheSameOnes) {
     model_.workspace.setRunningApplications(
         {{1, QStringLiteral("b"), {}}, {2, QStringLiteral("d"), {}}});
-    const QSlider* const slider = RowProbe(window_, QStringLiteral("d")).slider;
+    const RowProbe before(window_, QStringLiteral("d"));
+    before.slideTo(30);
     model_.workspace.setRunningApplications(
         {{2, QStringLiteral("d"), {}}, {3, QStringLiteral("C"), {}}, {4, QStringLiteral("e"), {}}});
     ASSERT_TRUE(showsRows({QStringLiteral("C"), QStringLiteral("d"), QStringLiteral("e")}));
-    EXPECT_EQ(RowProbe(window_, QStringLiteral("d")).slider, slider);
+    EXPECT_EQ(RowProbe(window_, QStringLiteral("d")).item, before.item);
+    EXPECT_EQ(before.slider->floatValue(), 0.3F);
+    EXPECT_EQ(RowProbe(window_, QStringLiteral("e")).slider->floatValue(), 1.0F);
 }
 
 TEST_F(VolumeWindowTest, KeepsToItsLimitsAndToAPlaceThatCanBeSeen) {
-    EXPECT_EQ(window_.minimumWidth(), 400);
-    EXPECT_EQ((window_.height() - static_cast<int>(window_.titleBarHeight())) %
-                  static_cast<int>(window_.itemHeight()),
-              0);
-    window_.setFrame({10, 20, 500, 282});
-    EXPECT_EQ(window_.frame(), QRect(10, 20, 500, 282));
-    window_.setFrame({100000, 100000, 600, 326});
-    EXPECT_EQ(window_.frame(), QRect(10, 20, 600, 326));
+    EXPECT_EQ(window_.minimumSize(), QSize(400, 2 * ItemLayout::height));
+    EXPECT_EQ(window_.height() % ItemLayout::height, 0);
+    const QRect desktop = window_.screen()->availableGeometry();
+    EXPECT_LE((window_.frame().center() - desktop.center()).manhattanLength(), 4);
+    window_.setFrame({10, 20, 500, 280});
+    EXPECT_EQ(window_.frame(), QRect(10, 20, 500, 280));
+    window_.setFrame({100000, 100000, 600, 336});
+    EXPECT_EQ(window_.frame(), QRect(10, 20, 600, 336));
 }
 
-TEST_F(VolumeWindowTest, ARowKeepsItsSettingsWhileOthersComeAndGo) {
+TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
+    constexpr int row = ItemLayout::height;
+    const auto becomes = [&](int height, int expected) {
+        window_.resize(500, height);
+        return support::waitUntil([&] { return window_.size() == QSize(500, expected); });
+    };
+    EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
+    EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();
+    EXPECT_TRUE(becomes(40 * row, 30 * row)) << "the most";
+    window_.setWindowState(Qt::WindowMaximized);
+    EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
+    EXPECT_EQ(window_.frame().size(), QSize(500, 30 * row)) << "to be remembered";
+}
+
+TEST_F(VolumeWindowTest, DrawsNothingWhileMinimisedAndEverythingAfterwards) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "stays");
-    ASSERT_TRUE(showsRows({QStringLiteral("stays")}));
-    RowProbe(window_, QStringLiteral("stays")).slider->setValue(30);
-    ScriptedPlugin other(MVCommMainSocketPath());
-    other.checkIn(2, "other");
-    ASSERT_TRUE(showsRows({QStringLiteral("other"), QStringLiteral("stays")}));
-    EXPECT_EQ(RowProbe(window_, QStringLiteral("stays")).slider->value(), 30);
-    EXPECT_EQ(RowProbe(window_, QStringLiteral("other")).slider->value(), 100);
-}
-
-TEST_F(VolumeWindowTest, AProblemStandsWhereTheRowsWouldBe) {
-    model_.controller.showProblem(QStringLiteral("why"));
-    EXPECT_EQ(support::notice(window_), QStringLiteral("why"));
+    const RowProbe row = connected(plugin);
+    window_.showMinimized();
+    EXPECT_TRUE(support::waitUntil([&] { return !row.slider->updatesEnabled(); }));
+    plugin.reportLevel(4711, 0.5F);
+    EXPECT_TRUE(support::waitUntil([&] { return row.level() == 50; })) << "for the log";
+    window_.showNormal();
+    EXPECT_TRUE(support::waitUntil([&] { return row.slider->updatesEnabled(); }));
 }

@@ -106,10 +106,10 @@ void Player::play(double start, double length, float gain) {
     end_ = sample(start + length);
     gain_ = gain;
     // The volume that is heard is in the samples; the session manager is to keep out of it.
-    stream_.reset(pw_stream_new(core_.get(), "Sample sound",
-                                pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio",
-                                                  PW_KEY_MEDIA_CATEGORY, "Playback",
-                                                  "state.restore-props", "false", nullptr)));
+    stream_.reset(
+        pw_stream_new(core_.get(), "Sample sound",
+                      pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY,
+                                        "Playback", "state.restore-props", "false", nullptr)));
     if (stream_ == nullptr)
         return;
     spa_zero(streamHook_);

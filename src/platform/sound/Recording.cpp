@@ -19,8 +19,7 @@ struct SoundFileCloser {
 
 Recording Recording::read(const std::filesystem::path& path) {
     SF_INFO info{};
-    const std::unique_ptr<SNDFILE, SoundFileCloser> file(
-        sf_open(path.c_str(), SFM_READ, &info));
+    const std::unique_ptr<SNDFILE, SoundFileCloser> file(sf_open(path.c_str(), SFM_READ, &info));
     if (file == nullptr || info.samplerate <= 0 || info.channels > mostChannels) {
         platform::systemLog(platform::LogPriority::error, "Couldn't read the recording %s: %s",
                             path.c_str(), sf_strerror(file.get()));

@@ -9,9 +9,9 @@ constexpr int iconSize = 40;
 constexpr int textStart = margin + iconSize + margin;
 constexpr int nameTop = 5;
 constexpr int nameHeight = 22;
-constexpr int controlsTop = 28;
+constexpr int controlsTop = 27;
 constexpr int muteWidth = 24;
-constexpr int controlHeight = 22;
+constexpr int controlHeight = 24;
 constexpr int gap = 6;
 
 } // namespace

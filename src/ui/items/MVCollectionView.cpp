@@ -1,9 +1,11 @@
 #include "ui/items/MVCollectionView.h"
 
+#include "platform/RunLoop.h"
+#include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionViewItem.h"
+#include "ui/items/MVVolumeSlider.h"
 #include "ui/theme/LighterColor.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
 
 #include <QLabel>
 #include <QPaintEvent>
@@ -24,7 +26,12 @@ int MVCollectionView::columnsFor(int width) noexcept {
     return std::max(1, width / ItemLayout::leastWidth);
 }
 
-MVCollectionView::MVCollectionView(QWidget* parent) : QWidget(parent), hint_(new QLabel(this)) {
+MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme& theme)
+    : QWidget(parent)
+    , theme_(theme)
+    , pacer_(*platform::RunLoop::current())
+    , hint_(new QLabel(this)) {
+    installAccessibleItems();
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -48,6 +55,7 @@ void MVCollectionView::setItems(Items items) {
     for (const auto& item : items_) {
         if (item->parentWidget() != this)
             item->setParent(this);
+        item->slider().setPacer(&pacer_);
     }
     layOut();
     for (const auto& item : items_)
@@ -78,9 +86,8 @@ QRect MVCollectionView::placeOf(std::size_t index) const {
     const int right = width() * (column + 1) / columns;
     const QRect place(left, number / columns * ItemLayout::height, right - left,
                       ItemLayout::height);
-    return layoutDirection() == Qt::RightToLeft
-               ? place.translated(width() - right - left, 0)
-               : place;
+    return layoutDirection() == Qt::RightToLeft ? place.translated(width() - right - left, 0)
+                                                : place;
 }
 
 void MVCollectionView::setHint(const QString& text) {
@@ -111,30 +118,50 @@ void MVCollectionView::changeEvent(QEvent* event) {
 }
 
 void MVCollectionView::updateCollectionViewColors() {
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
-    const double amount = isActiveWindow() ? 0.0 : theme.windowNonKeyLightenBy();
+    const double amount = isActiveWindow() ? 0.0 : theme_.windowNonKeyLightenBy();
     const QColor before[2] = {colors_[0], colors_[1]};
-    colors_[0] = lighterBy(theme.collectionViewBackgroundColor1(), amount);
+    colors_[0] = lighterBy(theme_.collectionViewBackgroundColor1(), amount);
+    colors_[1] = lighterBy(theme_.collectionViewBackgroundColor2(), amount);
     QPalette palette = hint_->palette();
-    palette.setColor(QPalette::WindowText, theme.displayNameActivityMutedColor());
+    palette.setColor(QPalette::WindowText, theme_.displayNameActivityColor());
     hint_->setPalette(palette);
-    colors_[1] = lighterBy(theme.collectionViewBackgroundColor2(), amount);
     if (!std::ranges::equal(before, colors_))
         update();
 }
 
+/// Several cells of the pattern over its colour, so that little has to be put together at a time.
+QPixmap MVCollectionView::background() const {
+    constexpr int cells = 8;
+    const qreal ratio = devicePixelRatioF();
+    const QPixmap cell = theme_.collectionViewBackgroundPattern(ratio);
+    const auto color = theme_.collectionViewBackgroundPatternColor();
+    if (cell.isNull())
+        return {};
+    QPixmap background(cell.size() * cells);
+    background.setDevicePixelRatio(ratio);
+    background.fill(color.value_or(Qt::black));
+    QPainter(&background)
+        .drawTiledPixmap(QRectF(QPointF(), background.deviceIndependentSize()), cell);
+    return background;
+}
+
 void MVCollectionView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
-    const QRect damage = event->rect();
-    const QPixmap pattern = theme.collectionViewBackgroundPattern(devicePixelRatioF());
-    if (const auto color = theme.collectionViewBackgroundPatternColor())
-        painter.fillRect(damage, *color);
-    if (!pattern.isNull())
-        painter.drawTiledPixmap(damage, pattern, damage.topLeft());
-    for (std::size_t index = 0; index < items_.size(); ++index) {
-        const QColor& color = colors_[index % 2];
-        if (const QRect place = placeOf(index); color.alpha() > 0 && place.intersects(damage))
-            painter.fillRect(place, color);
+    if (background_.isNull() || !qFuzzyCompare(background_.devicePixelRatio(), devicePixelRatioF()))
+        background_ = background();
+    for (const QRect& damage : event->region()) {
+        if (!background_.isNull())
+            painter.drawTiledPixmap(damage, background_, damage.topLeft());
+        else
+            painter.fillRect(damage,
+                             theme_.collectionViewBackgroundPatternColor().value_or(Qt::black));
+        const int last = damage.bottom() / ItemLayout::height;
+        for (int row = damage.top() / ItemLayout::height; row <= last; ++row) {
+            const QColor& color = colors_[row % 2];
+            if (color.alpha() > 0)
+                painter.fillRect(QRect(0, row * ItemLayout::height, width(), ItemLayout::height)
+                                     .intersected(damage),
+                                 color);
+        }
     }
 }

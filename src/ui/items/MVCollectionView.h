@@ -1,7 +1,10 @@
 #pragma once
 
 #include "platform/MonotonicClock.h"
+#include "ui/items/FramePacer.h"
+#include "ui/theme/MVOrangeBrownTheme.h"
 
+#include <QPixmap>
 #include <QWidget>
 
 #include <memory>
@@ -23,7 +26,9 @@ class MVCollectionView final : public QWidget {
     /// How many columns of items fit, at least one.
     static int columnsFor(int width) noexcept;
 
-    explicit MVCollectionView(QWidget* parent = nullptr);
+    /// On the thread's run loop. The theme must outlive the grid.
+    explicit MVCollectionView(QWidget* parent = nullptr,
+                              const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme());
     ~MVCollectionView() override;
 
     const Items& items() const noexcept { return items_; }
@@ -51,9 +56,13 @@ class MVCollectionView final : public QWidget {
     void layOut();
     QRect placeOf(std::size_t index) const;
     void updateCollectionViewColors();
+    QPixmap background() const;
 
+    const MVBlackTheme& theme_;
+    FramePacer pacer_;
     Items items_;
     QLabel* const hint_;
-    QColor colors_[2]; // of the rows in turn
+    QColor colors_[2];   // of the rows in turn
+    QPixmap background_; // what lies below them, to be repeated; null when there is no such thing
     std::optional<platform::MonotonicClock::time_point> resized_;
 };

@@ -26,15 +26,15 @@ class NotificationObserver;
 class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     Q_OBJECT
     Q_PROPERTY(QString displayName READ displayName)
-    Q_PROPERTY(QColor displayNameTextColor READ displayNameTextColor NOTIFY
-                   displayNameTextColorChanged)
+    Q_PROPERTY(
+        QColor displayNameTextColor READ displayNameTextColor NOTIFY displayNameTextColorChanged)
 
   public:
     /// What an item needs of the rest of the program. All of it must outlive the item.
     struct Surroundings {
         AppVolumeController& controller;
         std::function<void(const QString& processName)> ignore;
-        std::function<bool()> mayBeep;             ///< whether the person wants sample sounds
+        std::function<bool()> mayBeep;                  ///< whether the person wants sample sounds
         std::function<void(float volume)> beepAtVolume; ///< 0 to 1
     };
 

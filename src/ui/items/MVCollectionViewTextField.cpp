@@ -2,6 +2,15 @@
 
 #include <QPainter>
 
+MVCollectionViewTextField::MVCollectionViewTextField(QWidget* parent) : QWidget(parent) {
+    constexpr double larger = 1.12;
+    QFont named = font();
+    if (named.pointSizeF() > 0)
+        named.setPointSizeF(named.pointSizeF() * larger);
+    named.setWeight(QFont::Medium);
+    setFont(named);
+}
+
 void MVCollectionViewTextField::setText(const QString& text) {
     if (text_ == text)
         return;

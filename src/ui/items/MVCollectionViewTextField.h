@@ -4,14 +4,15 @@
 #include <QString>
 #include <QWidget>
 
-/// One line of plain text, cut with an ellipsis where it does not fit. A click with the secondary
+/// One line of plain text, a little larger and heavier than others, cut with an ellipsis where it
+/// does not fit. A click with the secondary
 /// button is for what it lies on. Main thread only.
 class MVCollectionViewTextField final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)
 
   public:
-    using QWidget::QWidget;
+    explicit MVCollectionViewTextField(QWidget* parent = nullptr);
 
     const QString& text() const noexcept { return text_; }
     void setText(const QString& text);

@@ -1,27 +1,87 @@
 #include "ui/items/MVMuteImageView.h"
 
+#include "comm/MVCommLogText.h"
+#include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
+#include "ui/items/KeptPixmaps.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
 
+#include <QAccessible>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPixmapCache>
+
+#include <utility>
+
+namespace {
+
+constexpr QSize usualSize(24, 24);
+
+struct Look {
+    bool isMuted;
+    bool isActive;
+    qreal ratio;
+    bool operator==(const Look&) const = default;
+};
+
+QImage imageOf(const Look& look) {
+    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    QImage image = look.isMuted ? theme.muteOnImage(look.isActive, look.ratio)
+                                : theme.muteOffImage(look.isActive, look.ratio);
+    const auto tint = theme.muteFilters(look.isMuted, look.isActive);
+    if (tint && !image.isNull()) {
+        QPainter painter(&image);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
+        painter.fillRect(QRectF(QPointF(), image.deviceIndependentSize()), *tint);
+    }
+    return image;
+}
+
+/// In the middle of a button of the usual size; shared by all items.
+const QPixmap& pictureOf(const Look& look) {
+    static auto* const kept = new KeptPixmaps<Look>;
+    return kept->get(look, usualSize, look.ratio, [&look](QPainter& picture) {
+        const QImage image = imageOf(look);
+        QRectF place(QPointF(), image.deviceIndependentSize());
+        place.moveCenter(QRectF(QPointF(), QSizeF(usualSize)).center());
+        picture.drawImage(place.topLeft(), image);
+    });
+}
+
+} // namespace
+
+MVMuteImageView::MVMuteImageView(QWidget* parent) : QWidget(parent) {
+    setFocusPolicy(Qt::TabFocus);
+}
 
 void MVMuteImageView::setApp(MVCommAppValue* app) {
     if (app_ != nullptr)
         app_->disconnect(this);
     app_ = app;
     if (app != nullptr) {
-        connect(app, &MVCommAppValue::mutedChanged, this, [this] { update(); });
+        connect(app, &MVCommAppValue::mutedChanged, this, &MVMuteImageView::wasMuted);
         connect(app, &MVCommAppValue::hasActivityChanged, this, [this] { update(); });
     }
     update();
 }
 
+void MVMuteImageView::wasMuted() {
+    update();
+    if (!QAccessible::isActive())
+        return;
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
 void MVMuteImageView::toggle() {
     if (app_ == nullptr)
         return;
-    app_->setMuted(!app_->muted());
+    const bool muted = !app_->muted();
+    const QString name = app_->displayName(); // an observer may make the record go
+    app_->setMuted(muted);
+    QNLog(qnlog_user, "'%@' %@", MVCommLogText(name), muted ? "muted" : "unmuted");
 }
 
 void MVMuteImageView::mousePressEvent(QMouseEvent* event) {
@@ -31,38 +91,43 @@ void MVMuteImageView::mousePressEvent(QMouseEvent* event) {
         event->ignore();
 }
 
-QSize MVMuteImageView::sizeHint() const {
-    return {24, 24};
+void MVMuteImageView::keyPressEvent(QKeyEvent* event) {
+    const bool isPress = event->key() == Qt::Key_Space || event->key() == Qt::Key_Select;
+    if (isPress && !event->isAutoRepeat())
+        toggle();
+    else if (!isPress)
+        event->ignore();
 }
 
-/// One for each look, shared by all items.
-QPixmap MVMuteImageView::image() const {
-    const bool muted = app_->muted();
-    const bool active = app_->hasActivity();
-    const qreal ratio = devicePixelRatioF();
-    const QString key = QStringLiteral("MVMuteImageView/%1%2@%3").arg(muted).arg(active).arg(ratio);
-    QPixmap pixmap;
-    if (QPixmapCache::find(key, &pixmap))
-        return pixmap;
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
-    QImage image =
-        muted ? theme.muteOnImage(active, ratio) : theme.muteOffImage(active, ratio);
-    if (const auto tint = theme.muteFilters(muted, active); tint && !image.isNull()) {
-        QPainter painter(&image);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-        painter.fillRect(QRectF(QPointF(), image.deviceIndependentSize()), *tint);
-    }
-    pixmap = QPixmap::fromImage(image);
-    QPixmapCache::insert(key, pixmap);
-    return pixmap;
+void MVMuteImageView::focusInEvent(QFocusEvent* /*event*/) {
+    showKeyFocus(true);
+}
+
+void MVMuteImageView::focusOutEvent(QFocusEvent* /*event*/) {
+    showKeyFocus(false);
+}
+
+void MVMuteImageView::showKeyFocus(bool hasKeyFocus) {
+    hasKeyFocus_ = hasKeyFocus;
+    update();
+}
+
+QSize MVMuteImageView::sizeHint() const {
+    return usualSize;
 }
 
 void MVMuteImageView::paintEvent(QPaintEvent* /*event*/) {
     if (app_ == nullptr)
         return;
-    const QPixmap shown = image();
-    QRectF place(QPointF(), shown.deviceIndependentSize());
-    place.moveCenter(QRectF(rect()).center());
     QPainter painter(this);
-    painter.drawPixmap(place.topLeft(), shown);
+    QRectF place{QPointF(), QSizeF(usualSize)};
+    place.moveCenter(QRectF(rect()).center());
+    painter.drawPixmap(place.topLeft(),
+                       pictureOf({app_->muted(), app_->hasActivity(), devicePixelRatioF()}));
+    if (!hasKeyFocus_)
+        return;
+    constexpr double radius = 4;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(MVOrangeBrownTheme::sharedTheme().displayNameActivityColor(), 2));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
 }

@@ -2,18 +2,17 @@
 
 #include "comm/MVCommAppValue.h"
 
-#include <QPixmap>
 #include <QPointer>
 #include <QWidget>
 
 /// The mute button of an item: a speaker that is coloured while its program plays, and struck
-/// through while it is muted. A press toggles the record's mute, from where everybody else learns
-/// it. Main thread only.
+/// through while it is muted. A press, or Space, toggles the record's mute, from where everybody
+/// else learns it, and is a line of the log. Main thread only.
 class MVMuteImageView final : public QWidget {
     Q_OBJECT
 
   public:
-    using QWidget::QWidget;
+    explicit MVMuteImageView(QWidget* parent = nullptr);
 
     MVCommAppValue* app() const noexcept { return app_; }
     /// The record to show from now on; may be null, and may go before the view does.
@@ -27,9 +26,14 @@ class MVMuteImageView final : public QWidget {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
   private:
-    QPixmap image() const;
+    void wasMuted();
+    void showKeyFocus(bool hasKeyFocus);
 
     QPointer<MVCommAppValue> app_;
+    bool hasKeyFocus_ = false;
 };

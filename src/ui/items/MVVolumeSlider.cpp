@@ -2,10 +2,13 @@
 
 #include "platform/DispatchQueue.h"
 #include "platform/NotificationCenter.h"
+#include "ui/VolumeNumbers.h"
 #include "ui/items/SliderGeometry.h"
 #include "ui/theme/LighterColor.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
 
+#include <QAccessible>
+#include <QKeyEvent>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
@@ -21,11 +24,39 @@ constexpr double radius = 5;
 constexpr int usualLength = 220;
 constexpr int leastLength = 80;
 
+/// Where a key moves a slider that is at `percent`; nothing for any other key.
+std::optional<int> percentAfter(int key, int percent) {
+    constexpr int step = 1;
+    constexpr int page = 10;
+    switch (key) {
+    case Qt::Key_Left:
+    case Qt::Key_Down:
+        return percent - step;
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+        return percent + step;
+    case Qt::Key_PageDown:
+        return percent - page;
+    case Qt::Key_PageUp:
+        return percent + page;
+    case Qt::Key_Home:
+        return 0;
+    case Qt::Key_End:
+        return VolumeNumbers::full;
+    default:
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
-MVVolumeSlider::MVVolumeSlider(QWidget* parent) : QWidget(parent) {}
+MVVolumeSlider::MVVolumeSlider(QWidget* parent) : QWidget(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+}
 
-MVVolumeSlider::~MVVolumeSlider() = default;
+MVVolumeSlider::~MVVolumeSlider() {
+    setPacer(nullptr);
+}
 
 const MVBlackTheme& MVVolumeSlider::theme() {
     return MVOrangeBrownTheme::sharedTheme();
@@ -44,7 +75,11 @@ QSize MVVolumeSlider::minimumSizeHint() const {
 }
 
 void MVVolumeSlider::setFloatValue(float value) {
-    value_ = value;
+    const bool isAnother = std::exchange(value_, value) != value;
+    if (isAnother && QAccessible::isActive()) {
+        QAccessibleValueChangeEvent event(this, static_cast<double>(value));
+        QAccessible::updateAccessibility(&event);
+    }
     if (const auto handler = handler_)
         handler();
 }
@@ -58,19 +93,42 @@ void MVVolumeSlider::showValue(float value) {
 
 void MVVolumeSlider::setSliderValue(float value, bool sendTargetAction) {
     setFloatValue(value);
+    announceRelease();
+    if (const auto handler = handler_; sendTargetAction && handler)
+        handler();
+}
+
+void MVVolumeSlider::announceRelease() {
     platform::DispatchQueue::main()->async([self = QPointer<MVVolumeSlider>(this)] {
         if (self != nullptr)
             platform::NotificationCenter::standard().post(
                 didReleaseMouseNotification, QVariant::fromValue<QObject*>(self.data()));
     });
-    if (const auto handler = handler_; sendTargetAction && handler)
-        handler();
 }
 
+void MVVolumeSlider::setPacer(FramePacer* pacer) {
+    if (pacer_ != nullptr && pacer_ != pacer)
+        pacer_->withdraw(*this);
+    pacer_ = pacer;
+}
+
+/// A window that comes into sight is drawn as a whole, so nothing is owed to one that is not.
 void MVVolumeSlider::setActivity(float activity) {
-    const float before = std::exchange(activity_, activity);
-    if (before != activity)
-        update(levelChange(before, activity));
+    activity_ = activity;
+    if (!isVisible() || !updatesEnabled())
+        shownActivity_ = activity;
+    else if (activity == shownActivity_)
+        return;
+    else if (pacer_ != nullptr)
+        pacer_->request(*this);
+    else
+        frame();
+}
+
+void MVVolumeSlider::frame() {
+    const float before = std::exchange(shownActivity_, activity_);
+    if (before != activity_)
+        update(levelChange(before, activity_));
 }
 
 void MVVolumeSlider::setMuted(bool muted) {
@@ -84,17 +142,11 @@ QRect MVVolumeSlider::levelChange(float before, float after) const {
         return rect();
     const SliderGeometry parts = geometryOfParts();
     const double center = parts.knobCenter(static_cast<double>(value_));
-    const auto [least, most] = std::minmax(center * static_cast<double>(before),
-                                           center * static_cast<double>(after));
-    const QRectF all(rect());
-    const QRectF untilMost = parts.trackUntil(all, most + 1);
-    const QRectF untilLeast = parts.trackUntil(all, std::max(0.0, least - radius - 1));
-    QRectF change = untilMost;
-    if (parts.isVertical())
-        change.setBottom(untilLeast.top());
-    else
-        change.setLeft(untilLeast.right());
-    return change.toAlignedRect();
+    const auto [least, most] =
+        std::minmax(center * static_cast<double>(before), center * static_cast<double>(after));
+    const QRectF across = parts.trackRect(trackThickness + 4);
+    const double start = std::max(0.0, least - radius - 2);
+    return parts.piece(across, start, most + 1).toAlignedRect();
 }
 
 void MVVolumeSlider::calcValue(const QPointF& point) {
@@ -131,11 +183,71 @@ void MVVolumeSlider::mouseReleaseEvent(QMouseEvent* event) {
         event->ignore();
         return;
     }
-    highlighted_ = false;
     calcValue(event->position());
+    endDrag();
+}
+
+void MVVolumeSlider::endDrag() {
+    if (!isInDrag())
+        return;
+    highlighted_ = false;
     drag_.reset();
     setSliderValue(value_, false);
     update();
+}
+
+/// A slider that is taken away from the mouse gets no release.
+void MVVolumeSlider::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::EnabledChange) {
+        endDrag();
+        update();
+    }
+    QWidget::changeEvent(event);
+}
+
+void MVVolumeSlider::hideEvent(QHideEvent* /*event*/) {
+    endDrag();
+}
+
+/// As a drag: the knob follows while the key is down, and is released with it.
+void MVVolumeSlider::keyPressEvent(QKeyEvent* event) {
+    const auto percent =
+        percentAfter(event->key(), VolumeNumbers::percentOfFraction(static_cast<double>(value_)));
+    if (!percent || isInDrag() || event->modifiers() & ~Qt::KeypadModifier) {
+        event->ignore();
+        return;
+    }
+    keysMove_ = true;
+    showKeyFocus(true);
+    setFloatValue(VolumeNumbers::fractionForPercent(*percent));
+    update();
+}
+
+void MVVolumeSlider::keyReleaseEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat() && percentAfter(event->key(), 0))
+        finishKeys();
+    else
+        event->ignore();
+}
+
+void MVVolumeSlider::finishKeys() {
+    if (std::exchange(keysMove_, false))
+        announceRelease();
+}
+
+/// What the mouse has given the focus is under the mouse anyway.
+void MVVolumeSlider::focusInEvent(QFocusEvent* event) {
+    showKeyFocus(event->reason() != Qt::MouseFocusReason);
+}
+
+void MVVolumeSlider::focusOutEvent(QFocusEvent* /*event*/) {
+    finishKeys();
+    showKeyFocus(false);
+}
+
+void MVVolumeSlider::showKeyFocus(bool hasKeyFocus) {
+    if (std::exchange(hasKeyFocus_, hasKeyFocus) != hasKeyFocus)
+        update();
 }
 
 void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
@@ -144,30 +256,27 @@ void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
     if (!isEnabled())
         painter.setOpacity(0.4);
     drawTrack(painter);
-    drawKnob(painter, geometryOfParts().knobRect(static_cast<double>(value_)));
+    const QRectF knob = geometryOfParts().knobRect(static_cast<double>(value_));
+    drawKnob(painter, knob);
+    if (hasKeyFocus_)
+        drawFocus(painter, knob);
+}
+
+void MVVolumeSlider::drawFocus(QPainter& painter, const QRectF& knob) const {
+    constexpr double width = 2;
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(theme().displayNameActivityColor(), width));
+    painter.drawEllipse(knob.adjusted(width / 2, width / 2, -width / 2, -width / 2));
+}
+
+double MVVolumeSlider::levelEnd() const {
+    return geometryOfParts().knobCenter(static_cast<double>(value_)) *
+           static_cast<double>(shownActivity_);
 }
 
 QColor MVVolumeSlider::levelColor() const {
     return muted_ ? theme().sliderTrackBottomActivityMutedBaseColor()
                   : theme().sliderTrackBottomActivityBaseColor();
-}
-
-QPainterPath MVVolumeSlider::levelPath(const QRectF& track) const {
-    const SliderGeometry parts = geometryOfParts();
-    const double end =
-        parts.knobCenter(static_cast<double>(value_)) * static_cast<double>(activity_);
-    QPainterPath path;
-    path.addRoundedRect(parts.trackUntil(track, end), radius, radius);
-    return path;
-}
-
-QPainterPath MVVolumeSlider::levelClip(const QRectF& track, double margin) const {
-    const SliderGeometry parts = geometryOfParts();
-    QPainterPath path;
-    path.addRoundedRect(
-        parts.trackUntil(track, parts.knobCenter(static_cast<double>(value_)), margin), radius,
-        radius);
-    return path;
 }
 
 /// The gradient runs upwards, or from left to right.
@@ -188,13 +297,23 @@ void MVVolumeSlider::drawTrack(QPainter& painter) {
     QPainterPath path;
     path.addRoundedRect(track, radius, radius);
     fillTrackPath(painter, path,
-                  activity_ > 0 ? theme().sliderTrackTopActivityBaseColor()
-                                : theme().sliderTrackTopBaseColor());
-    if (!(activity_ > 0))
-        return;
+                  shownActivity_ > 0 ? theme().sliderTrackTopActivityBaseColor()
+                                     : theme().sliderTrackTopBaseColor());
+    if (shownActivity_ > 0)
+        drawLevel(painter, track);
+}
+
+/// The bar may be seen from the start of the track to the knob's centre.
+void MVVolumeSlider::drawLevel(QPainter& painter, const QRectF& track) const {
+    const SliderGeometry parts = geometryOfParts();
+    const double center = parts.knobCenter(static_cast<double>(value_));
+    QPainterPath clip;
+    clip.addRoundedRect(parts.piece(track, 0, center, 1), radius, radius);
+    QPainterPath bar;
+    bar.addRoundedRect(parts.piece(track, 0, levelEnd()), radius, radius);
     painter.save();
-    painter.setClipPath(levelClip(track, 1));
-    fillTrackPath(painter, levelPath(track), levelColor());
+    painter.setClipPath(clip);
+    fillTrackPath(painter, bar, levelColor());
     painter.restore();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/items/FramePacer.h"
+
 #include <QPointF>
 #include <QWidget>
 
@@ -11,9 +13,9 @@ class SliderGeometry;
 
 /// A slider that shows two things: the volume, by its knob, and how loud the program is, by a bar
 /// in its track. It lies along its longer side. The mouse moves the knob relative to where it took
-/// hold of it, and a press beside the knob makes it jump there. Volume and level are fractions, 0
-/// to 1. Main thread only.
-class MVVolumeSlider : public QWidget {
+/// hold of it, and a press beside the knob makes it jump there; keys move it by whole percents.
+/// Volume and level are fractions, 0 to 1. Main thread only.
+class MVVolumeSlider : public QWidget, private FramePacer::Client {
     Q_OBJECT
 
   public:
@@ -37,8 +39,12 @@ class MVVolumeSlider : public QWidget {
     /// more at last.
     void setSliderValue(float value, bool sendTargetAction);
 
+    /// Drawn with the pacer's next frame; not at all while the window cannot be seen.
     float activity() const noexcept { return activity_; }
     void setActivity(float activity);
+
+    /// Null for none: levels are drawn when they come. Must outlive its use.
+    void setPacer(FramePacer* pacer);
 
     bool isMuted() const noexcept { return muted_; }
     void setMuted(bool muted);
@@ -59,6 +65,12 @@ class MVVolumeSlider : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
     bool isHighlighted() const noexcept { return highlighted_; }
     static const MVBlackTheme& theme();
@@ -66,9 +78,8 @@ class MVVolumeSlider : public QWidget {
     virtual void drawTrack(QPainter& painter);
     virtual void drawKnob(QPainter& painter, const QRectF& rect);
 
-    /// The outline of the level's bar, from the start of `track`, and where it may be seen.
-    QPainterPath levelPath(const QRectF& track) const;
-    QPainterPath levelClip(const QRectF& track, double margin) const;
+    /// How far from the slider's start the level's bar reaches; 0 for no bar.
+    double levelEnd() const;
     QColor levelColor() const;
     void fillTrackPath(QPainter& painter, const QPainterPath& path, const QColor& base) const;
 
@@ -78,11 +89,22 @@ class MVVolumeSlider : public QWidget {
         QPointF startPos;
     };
 
+    void frame() override;
     void calcValue(const QPointF& point);
+    void endDrag();
+    void announceRelease();
+    void finishKeys();
+    void showKeyFocus(bool hasKeyFocus);
     QRect levelChange(float before, float after) const;
+    void drawLevel(QPainter& painter, const QRectF& track) const;
+    void drawFocus(QPainter& painter, const QRectF& knob) const;
 
     float value_ = 0.0F;
     float activity_ = 0.0F;
+    float shownActivity_ = 0.0F; // what is drawn
+    FramePacer* pacer_ = nullptr;
+    bool keysMove_ = false; // a key that has moved the knob is down
+    bool hasKeyFocus_ = false;
     bool muted_ = false;
     bool highlighted_ = false;
     std::optional<Drag> drag_;

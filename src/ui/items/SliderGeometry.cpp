@@ -1,5 +1,6 @@
 #include "ui/items/SliderGeometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -51,10 +52,12 @@ QRectF SliderGeometry::trackRect(double thickness) const noexcept {
         .adjusted(0.5, 0.5, -0.5, -0.5);
 }
 
-QRectF SliderGeometry::trackUntil(const QRectF& track, double end, double margin) const noexcept {
+QRectF SliderGeometry::piece(const QRectF& track, double start, double end,
+                             double margin) const noexcept {
     if (isVertical())
-        return {QPointF(track.left() - margin, bounds_.bottom() - end),
-                QPointF(track.right() + margin, track.bottom())};
-    return {QPointF(track.left(), track.top() - margin),
+        return {
+            QPointF(track.left() - margin, bounds_.bottom() - end),
+            QPointF(track.right() + margin, std::min(track.bottom(), bounds_.bottom() - start))};
+    return {QPointF(std::max(track.left(), bounds_.left() + start), track.top() - margin),
             QPointF(bounds_.left() + end, track.bottom() + margin)};
 }

@@ -32,9 +32,9 @@ class SliderGeometry {
     /// around it is sharp.
     QRectF trackRect(double thickness) const noexcept;
 
-    /// What of `track` lies between its start and the place `end`, with `margin` more on each side
-    /// across.
-    QRectF trackUntil(const QRectF& track, double end, double margin = 0) const noexcept;
+    /// What of `track` lies between the places `start` and `end`, with `margin` more on each side
+    /// across. Place 0 is where the track itself starts.
+    QRectF piece(const QRectF& track, double start, double end, double margin = 0) const noexcept;
 
   private:
     QRectF fromAlong(double start, double length, double acrossStart,

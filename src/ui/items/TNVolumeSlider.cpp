@@ -1,16 +1,20 @@
 #include "ui/items/TNVolumeSlider.h"
 
+#include "ui/items/KeptPixmaps.h"
 #include "ui/items/SliderGeometry.h"
 #include "ui/theme/LighterColor.h"
 
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPixmapCache>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr double thickness = 12;
+constexpr double barRadius = 5;
 constexpr double trackWhite = 0.15;
 constexpr double overlayWhite = 0.08;
 
@@ -36,20 +40,24 @@ void drawEmptyTrack(QPainter& painter, const QRectF& track) {
     painter.strokePath(path, QPen(whiteColor(0.04), 1));
 }
 
-QPixmap keptPixmap(const QString& key, const QSize& size, qreal pixelRatio,
-                   const std::function<void(QPainter&)>& draw) {
-    QPixmap pixmap;
-    if (QPixmapCache::find(key, &pixmap))
-        return pixmap;
-    pixmap = QPixmap((QSizeF(size) * pixelRatio).toSize());
-    pixmap.setDevicePixelRatio(pixelRatio);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    draw(painter);
-    painter.end();
-    QPixmapCache::insert(key, pixmap);
-    return pixmap;
+/// What tells one picture from another.
+struct Look {
+    int width;
+    int height;
+    qreal ratio;
+    QRgb color; ///< of the level's bar; of a knob, whether it is pressed; else 0
+    bool operator==(const Look&) const = default;
+};
+
+/// The track and the bars at full length, shared by all sliders of a size, and the knobs.
+KeptPixmaps<Look>& kept() {
+    static auto* const pixmaps = new KeptPixmaps<Look>;
+    return *pixmaps;
+}
+
+void drawPiece(QPainter& painter, const QPixmap& whole, const QRectF& place, const QPointF& from) {
+    const qreal ratio = whole.devicePixelRatio();
+    painter.drawPixmap(place, whole, QRectF(from * ratio, place.size() * ratio));
 }
 
 /// Lit from above left.
@@ -66,34 +74,56 @@ void drawBrightKnob(QPainter& painter, const QRectF& knob, bool isPressed) {
 } // namespace
 
 void TNVolumeSlider::drawTrack(QPainter& painter) {
-    const SliderGeometry parts = geometryOfParts();
-    const QRectF track = parts.trackRect(thickness);
     const qreal ratio = devicePixelRatioF();
-    const QString key =
-        QStringLiteral("TNVolumeSlider/%1x%2@%3").arg(width()).arg(height()).arg(ratio);
-    painter.drawPixmap(0, 0, keptPixmap(key, size(), ratio, [&](QPainter& kept) {
-                           drawEmptyTrack(kept, track);
-                       }));
-    if (!(activity() > 0))
-        return;
-    painter.save();
+    const QRectF track = geometryOfParts().trackRect(thickness);
+    painter.drawPixmap(0, 0,
+                       kept().get({width(), height(), ratio, 0}, size(), ratio,
+                                  [&](QPainter& picture) { drawEmptyTrack(picture, track); }));
+    if (levelEnd() > 0)
+        drawLevel(painter, track);
+}
+
+/// Of the bar at full length its start, and then its round end, both cut on whole device pixels.
+void TNVolumeSlider::drawLevel(QPainter& painter, const QRectF& track) const {
+    const qreal ratio = devicePixelRatioF();
+    const SliderGeometry parts = geometryOfParts();
+    const QColor color = levelColor();
+    const QPixmap& bar =
+        kept().get({width(), height(), ratio, color.rgba()}, size(), ratio,
+                   [&](QPainter& picture) { drawFullLevel(picture, track, color); });
+    const auto onPixel = [ratio](double place) { return std::round(place * ratio) / ratio; };
+    const double length = parts.length();
+    const double end = std::max(onPixel(levelEnd()), 1.0);
+    const double middle = onPixel(std::max(end - barRadius - 1, end / 2));
+    const QRectF all(rect());
+    const QRectF start = parts.piece(all, 0, middle);
+    const QRectF round = parts.piece(all, middle, end);
+    drawPiece(painter, bar, start, start.topLeft());
+    drawPiece(painter, bar, round, parts.piece(all, length - (end - middle), length).topLeft());
+}
+
+void TNVolumeSlider::drawFullLevel(QPainter& painter, const QRectF& track,
+                                   const QColor& color) const {
     QPainterPath clip;
     clip.addRoundedRect(track.adjusted(0.5, 0.5, -0.5, -0.5), thickness / 2, thickness / 2);
     painter.setClipPath(clip);
-    const QPainterPath level = levelPath(track);
-    fillTrackPath(painter, level, levelColor());
-    painter.fillPath(level, whiteColor(1.0, overlayWhite));
-    painter.restore();
+    QPainterPath bar;
+    bar.addRoundedRect(geometryOfParts().piece(track, 0, geometryOfParts().length()), barRadius,
+                       barRadius);
+    fillTrackPath(painter, bar, color);
+    painter.fillPath(bar, whiteColor(1.0, overlayWhite));
 }
 
 void TNVolumeSlider::drawKnob(QPainter& painter, const QRectF& rect) {
+    constexpr int size = static_cast<int>(SliderGeometry::knobSize);
     const qreal ratio = devicePixelRatioF();
-    const QString key = QStringLiteral("TNVolumeSlider/knob%1@%2").arg(isHighlighted()).arg(ratio);
-    const QRectF local(QPointF(), rect.size());
-    const QPixmap knob =
-        keptPixmap(key, local.size().toSize(), ratio,
-                   [&](QPainter& kept) { drawBrightKnob(kept, local, isHighlighted()); });
-    painter.drawPixmap(rect.topLeft(), knob);
+    const bool isPressed = isHighlighted();
+    painter.drawPixmap(rect.topLeft(), kept().get({size, size, ratio, isPressed ? 2U : 1U},
+                                                  rect.size(), ratio, [&](QPainter& picture) {
+                                                      drawBrightKnob(picture,
+                                                                     QRectF(QPointF(), rect.size()),
+                                                                     isPressed);
+                                                  }));
 }
 
 void TNVolumeSlider::increment() {

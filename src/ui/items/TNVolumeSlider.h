@@ -17,4 +17,8 @@ class TNVolumeSlider final : public MVVolumeSlider {
   protected:
     void drawTrack(QPainter& painter) override;
     void drawKnob(QPainter& painter, const QRectF& rect) override;
+
+  private:
+    void drawLevel(QPainter& painter, const QRectF& track) const;
+    void drawFullLevel(QPainter& painter, const QRectF& track, const QColor& color) const;
 };

@@ -21,8 +21,8 @@ QColor darkBrown() {
 
 /// A weave: two short threads that are a little lighter, each with a darker edge below.
 QPixmap weave(qreal pixelRatio) {
-    QPixmap cell(QSize(qCeil(patternStep.width() * pixelRatio),
-                       qCeil(patternStep.height() * pixelRatio)));
+    QPixmap cell(
+        QSize(qCeil(patternStep.width() * pixelRatio), qCeil(patternStep.height() * pixelRatio)));
     cell.setDevicePixelRatio(pixelRatio);
     cell.fill(Qt::transparent);
     QPainter painter(&cell);

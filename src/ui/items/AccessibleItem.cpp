@@ -1,0 +1,34 @@
+#include "ui/items/AccessibleItem.h"
+
+#include "ui/OneLineText.h"
+#include "ui/items/MVCollectionViewItem.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
+
+AccessibleItem::AccessibleItem(MVCollectionViewItem& item)
+    : QAccessibleWidget(&item, QAccessible::ListItem), item_(item) {}
+
+QList<QWidget*> AccessibleItem::parts() const {
+    return {&item_.label(), &item_.muteView(), &item_.slider()};
+}
+
+QString AccessibleItem::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Name ? item_.label().text() : QAccessibleWidget::text(kind);
+}
+
+int AccessibleItem::childCount() const {
+    return static_cast<int>(parts().size());
+}
+
+QAccessibleInterface* AccessibleItem::child(int index) const {
+    return index >= 0 && index < childCount()
+               ? QAccessible::queryAccessibleInterface(parts().at(index))
+               : nullptr;
+}
+
+int AccessibleItem::indexOfChild(const QAccessibleInterface* child) const {
+    return child != nullptr
+               ? static_cast<int>(parts().indexOf(qobject_cast<QWidget*>(child->object())))
+               : -1;
+}

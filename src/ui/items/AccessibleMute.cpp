@@ -1,0 +1,30 @@
+#include "ui/items/AccessibleMute.h"
+
+#include "platform/Localization.h"
+#include "ui/items/MVMuteImageView.h"
+
+AccessibleMute::AccessibleMute(MVMuteImageView& view)
+    : QAccessibleWidget(&view, QAccessible::CheckBox), view_(view) {}
+
+QString AccessibleMute::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Name ? platform::localized(QStringLiteral("Mute"))
+                                     : QAccessibleWidget::text(kind);
+}
+
+QAccessible::State AccessibleMute::state() const {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.checkable = true;
+    state.checked = view_.app() != nullptr && view_.app()->muted();
+    return state;
+}
+
+QStringList AccessibleMute::actionNames() const {
+    return QStringList{pressAction()} + QAccessibleWidget::actionNames();
+}
+
+void AccessibleMute::doAction(const QString& name) {
+    if (name == pressAction())
+        view_.toggle();
+    else
+        QAccessibleWidget::doAction(name);
+}

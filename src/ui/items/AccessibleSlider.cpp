@@ -1,0 +1,44 @@
+#include "ui/items/AccessibleSlider.h"
+
+#include "platform/Localization.h"
+#include "ui/VolumeNumbers.h"
+#include "ui/items/TNVolumeSlider.h"
+
+AccessibleSlider::AccessibleSlider(TNVolumeSlider& slider)
+    : QAccessibleWidget(&slider, QAccessible::Slider), slider_(slider) {}
+
+QString AccessibleSlider::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Name ? platform::localized(QStringLiteral("Volume"))
+                                     : QAccessibleWidget::text(kind);
+}
+
+void* AccessibleSlider::interface_cast(QAccessible::InterfaceType type) {
+    if (type == QAccessible::ValueInterface)
+        return static_cast<QAccessibleValueInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+}
+
+QVariant AccessibleSlider::currentValue() const {
+    return static_cast<double>(slider_.floatValue());
+}
+
+void AccessibleSlider::setCurrentValue(const QVariant& value) {
+    if (!slider_.isEnabled())
+        return;
+    slider_.setSliderValue(VolumeNumbers::clampedLevel(value.toFloat()), true);
+    slider_.update();
+}
+
+QStringList AccessibleSlider::actionNames() const {
+    return QStringList{increaseAction(), decreaseAction()} + QAccessibleWidget::actionNames();
+}
+
+void AccessibleSlider::doAction(const QString& name) {
+    const bool isMove = name == increaseAction() || name == decreaseAction();
+    if (!isMove)
+        QAccessibleWidget::doAction(name);
+    else if (slider_.isEnabled() && name == increaseAction())
+        slider_.increment();
+    else if (slider_.isEnabled())
+        slider_.decrement();
+}

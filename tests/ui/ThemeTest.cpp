@@ -1,0 +1,49 @@
+#include "ui/TNMenuBarIcon.h"
+#include "ui/theme/LighterColor.h"
+#include "ui/theme/MVOrangeBrownTheme.h"
+
+#include <gtest/gtest.h>
+
+TEST(LighterColor, MixesWithWhiteAndKeepsTheAlpha) {
+    const QColor color = lighterBy(rgbColor(0.5, 0.0, 1.0, 0.25), 0.5);
+    EXPECT_NEAR(color.redF(), 0.75F, 1e-3);
+    EXPECT_NEAR(color.greenF(), 0.5F, 1e-3);
+    EXPECT_NEAR(color.blueF(), 1.0F, 1e-3);
+    EXPECT_NEAR(color.alphaF(), 0.25F, 1e-3);
+    EXPECT_EQ(lighterBy(whiteColor(0.2), -1), whiteColor(0.2));
+    EXPECT_EQ(lighterBy(whiteColor(0.2), 2), whiteColor(1.0));
+}
+
+TEST(Theme, ThePlainOneHasNeitherPatternNorTint) {
+    const MVBlackTheme theme;
+    EXPECT_TRUE(theme.collectionViewBackgroundPattern(1.0).isNull());
+    EXPECT_FALSE(theme.collectionViewBackgroundPatternColor());
+    EXPECT_FALSE(theme.muteFilters(false, true));
+    const QImage off = theme.muteOffImage(true, 1.0);
+    const QImage on = theme.muteOnImage(true, 1.0);
+    ASSERT_FALSE(off.isNull());
+    EXPECT_EQ(on.size(), off.size());
+    const QColor mark = on.pixelColor(2, on.height() / 2);
+    EXPECT_GT(mark.red(), 2 * mark.green()) << "the oval";
+}
+
+TEST(Theme, TheOneInUseTintsTheSpeakerOnlyWhileItIsNotMuted) {
+    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    EXPECT_EQ(theme.muteFilters(false, true), rgbColor(1.0, 0.5, 0.0));
+    EXPECT_EQ(theme.muteFilters(false, false), whiteColor(0.3));
+    EXPECT_FALSE(theme.muteFilters(true, true));
+    EXPECT_EQ(theme.collectionViewBackgroundPattern(2.0).size(), QSize(16, 12));
+    EXPECT_EQ(theme.collectionViewBackgroundPattern(2.0).deviceIndependentSize(), QSizeF(8, 6));
+    EXPECT_EQ(theme.muteOnImage(false, 2.0).size(), QSize(40, 40));
+    EXPECT_EQ(theme.collectionViewBackgroundColor1().alpha(), 0);
+}
+
+TEST(MenuBarIcon, HasASharpImageForEachScreen) {
+    for (const auto& make : {&TNMenuBarIcon::colorIcon, &TNMenuBarIcon::grayscaleIcon,
+                             &TNMenuBarIcon::alternativeIcon}) {
+        const QIcon icon = make();
+        ASSERT_FALSE(icon.isNull());
+        EXPECT_EQ(icon.pixmap(QSize(19, 19), 1.0).size(), QSize(19, 19));
+        EXPECT_EQ(icon.pixmap(QSize(19, 19), 2.0).size(), QSize(38, 38));
+    }
+}

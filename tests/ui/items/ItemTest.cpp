@@ -1,0 +1,191 @@
+#include "ui/items/MVCollectionViewItem.h"
+
+#include "platform/MainQueue.h"
+#include "platform/RunLoop.h"
+#include "support/SystemLogRecorder.h"
+#include "support/VolumeModel.h"
+#include "support/WaitUntil.h"
+#include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
+#include "ui/theme/MVOrangeBrownTheme.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+/// An item of the program Safari that plays nothing.
+class ItemTest : public testing::Test {
+  protected:
+    ItemTest() {
+        model_.workspace.setRunningApplications({{1, QStringLiteral("Safari"), {}}});
+        show(*model_.controller.apps().at(0));
+    }
+
+    void show(MVCommAppValue& app) {
+        app_ = &app;
+        item_ = std::make_unique<MVCollectionViewItem>(
+            MVCollectionViewItem::Surroundings{
+                model_.controller, [this](const QString& name) { ignored_ = name; },
+                [this] { return mayBeep_; }, [this](float volume) { beeps_.push_back(volume); }},
+            app);
+        item_->resize(400, ItemLayout::height);
+        item_->show();
+        log_.clear();
+    }
+
+    void clickSliderInTheMiddle() {
+        MVVolumeSlider& slider = item_->slider();
+        QTest::mouseClick(&slider, Qt::LeftButton, {}, QPoint(slider.width() / 2, 10));
+        support::serveEvents();
+    }
+
+    support::SystemLogRecorder log_;
+    platform::RunLoop loop_;
+    platform::MainQueueService mainQueue_{loop_};
+    support::VolumeModel model_;
+    MVCommAppValue* app_ = nullptr;
+    QString ignored_;
+    bool mayBeep_ = true;
+    std::vector<float> beeps_;
+    std::unique_ptr<MVCollectionViewItem> item_;
+};
+
+} // namespace
+
+TEST_F(ItemTest, TheReleaseOfASilentProgramsSliderIsLoggedAndHeard) {
+    clickSliderInTheMiddle();
+    EXPECT_EQ(beeps_, std::vector<float>{0.5F});
+    EXPECT_EQ(log_.count("'Safari' volume changed to 0.50"), 1U);
+    EXPECT_EQ(model_.controller.percentOf(*app_), 50);
+    item_->handleActivity(37, 0.37F);
+    clickSliderInTheMiddle();
+    EXPECT_EQ(beeps_.size(), 1U) << "it plays itself";
+    item_->handleActivity(0, 0.0F);
+    mayBeep_ = false;
+    clickSliderInTheMiddle();
+    EXPECT_EQ(beeps_.size(), 1U) << "the person wants none";
+    EXPECT_EQ(log_.count("'Safari' volume changed to 0.50"), 3U);
+}
+
+TEST_F(ItemTest, ActivityThatComesAndGoesIsLoggedOnce) {
+    item_->handleActivity(37, 0.375F);
+    EXPECT_EQ(item_->slider().activity(), 0.375F);
+    item_->handleActivity(52, 0.52F);
+    EXPECT_EQ(log_.count("'Safari' gained activity"), 1U);
+    item_->handleActivity(0, 0.0F);
+    item_->handleActivity(0, 0.0F);
+    EXPECT_EQ(item_->slider().activity(), 0.0F);
+    EXPECT_EQ(log_.count("'Safari' lost activity"), 1U);
+    EXPECT_EQ(log_.lines().size(), 2U);
+}
+
+TEST_F(ItemTest, AClickOnTheSpeakerMutesAndUnmutes) {
+    QTest::mouseClick(&item_->muteView(), Qt::LeftButton);
+    EXPECT_TRUE(app_->muted());
+    EXPECT_TRUE(item_->slider().isMuted());
+    EXPECT_TRUE(model_.defaults.dictionary("Apps").value("Safari").toMap().value("Mute").toBool());
+    EXPECT_EQ(log_.count("'Safari' muted"), 1U);
+    QTest::mouseClick(&item_->muteView(), Qt::RightButton);
+    EXPECT_TRUE(app_->muted());
+    QTest::mouseClick(&item_->muteView(), Qt::LeftButton);
+    EXPECT_FALSE(item_->slider().isMuted());
+    EXPECT_EQ(log_.count("'Safari' unmuted"), 1U);
+}
+
+TEST_F(ItemTest, TheNamesColourTellsOfActivityAndMute) {
+    const auto color = [this] { return item_->label().textColor(); };
+    EXPECT_EQ(color(), QColor(103, 103, 103));
+    app_->setActivity(10);
+    EXPECT_EQ(color().rgb(), QColor::fromRgbF(1.0F, 0.5F, 0.0F).rgb());
+    app_->setMuted(true);
+    EXPECT_EQ(color(), QColor(128, 65, 0));
+    app_->setActivity(0);
+    EXPECT_EQ(color(), QColor(103, 103, 103));
+}
+
+TEST_F(ItemTest, TheSpeakerIsColouredWhileItPlaysAndStruckThroughWhileMuted) {
+    const auto image = [this] { return item_->muteView().grab().toImage(); };
+    const auto holds = [&](const QColor& color) {
+        const QImage picture = image();
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (picture.pixelColor(x, y).rgb() == color.rgb())
+                    return true;
+        return false;
+    };
+    const QColor orange = QColor::fromRgbF(1.0F, 0.5F, 0.0F);
+    EXPECT_FALSE(holds(orange));
+    app_->setActivity(10);
+    EXPECT_TRUE(holds(orange));
+    const QColor offStrike = image().pixelColor(17, 7);
+    app_->setMuted(true);
+    EXPECT_FALSE(holds(orange));
+    EXPECT_NE(image().pixelColor(17, 7), offStrike) << "the line";
+}
+
+TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
+    const auto menuAt = [this](QWidget& part) -> QMenu* {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, part.rect().center(),
+                                part.mapToGlobal(part.rect().center()));
+        QApplication::sendEvent(&part, &event);
+        return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    };
+    for (QWidget* const part :
+         {static_cast<QWidget*>(item_.get()), static_cast<QWidget*>(&item_->label()),
+          static_cast<QWidget*>(&item_->slider()), static_cast<QWidget*>(&item_->muteView())}) {
+        QMenu* const menu = menuAt(*part);
+        ASSERT_NE(menu, nullptr);
+        ASSERT_EQ(menu->actions().size(), 1);
+        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Ignore \"Safari\""));
+        menu->close();
+        ignored_.clear();
+        menu->actions()[0]->trigger();
+        EXPECT_EQ(ignored_, QStringLiteral("Safari"));
+    }
+    const auto effects =
+        MVCommAppValue::initWithRunningApp({2, "coreaudiod", {}}, model_.workspace);
+    show(*effects);
+    item_->ignore();
+    EXPECT_EQ(ignored_, QStringLiteral("coreaudiod")) << "not what it is shown as";
+    item_.reset();
+}
+
+TEST_F(ItemTest, AnItemWhoseRecordHasGoneDoesNothing) {
+    model_.workspace.setRunningApplications({});
+    log_.clear();
+    EXPECT_EQ(item_->representedObject(), nullptr);
+    clickSliderInTheMiddle();
+    QTest::mouseClick(&item_->muteView(), Qt::LeftButton);
+    item_->handleActivity(10, 0.1F);
+    item_->ignore();
+    item_->grab();
+    EXPECT_TRUE(beeps_.empty());
+    EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST(ItemLayout, PartsDoNotOverlapAndAreMirrored) {
+    for (const int width : {ItemLayout::leastWidth, 1200}) {
+        const QRect all(0, 0, width, ItemLayout::height);
+        const ItemLayout left(all.size(), Qt::LeftToRight);
+        const ItemLayout right(all.size(), Qt::RightToLeft);
+        const QRect parts[] = {left.icon, left.name, left.mute, left.slider};
+        const QRect mirrored[] = {right.icon, right.name, right.mute, right.slider};
+        for (std::size_t i = 0; i < std::size(parts); ++i) {
+            EXPECT_TRUE(all.contains(parts[i])) << i;
+            for (std::size_t j = i + 1; j < std::size(parts); ++j)
+                EXPECT_FALSE(parts[i].intersects(parts[j])) << i << " and " << j;
+            EXPECT_EQ(mirrored[i].left(), width - 1 - parts[i].right()) << i;
+            EXPECT_EQ(mirrored[i].size(), parts[i].size()) << i;
+        }
+    }
+}
