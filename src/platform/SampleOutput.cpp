@@ -9,7 +9,7 @@ namespace platform {
 
 /// The module stays loaded: threads of the libraries behind it may outlive the output.
 std::unique_ptr<SampleOutput> SampleOutput::load(const std::filesystem::path& recording) {
-    using Maker = SampleOutput* (*)(const char*);
+    using Maker = SampleOutput* (*)(const char*, const Report*);
     const std::string module = Bundle::main().plugIns() / "SampleOutput.so";
     void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const symbol = handle != nullptr ? ::dlsym(handle, "makeSampleOutput") : nullptr;
@@ -19,7 +19,11 @@ std::unique_ptr<SampleOutput> SampleOutput::load(const std::filesystem::path& re
                   reason != nullptr ? reason : "no reason given");
         return nullptr;
     }
-    return std::unique_ptr<SampleOutput>(reinterpret_cast<Maker>(symbol)(recording.c_str()));
+    const Report report = [](const std::string& line) {
+        systemLog(LogPriority::error, "%s", line.c_str());
+    };
+    const auto make = reinterpret_cast<Maker>(symbol);
+    return std::unique_ptr<SampleOutput>(make(recording.c_str(), &report));
 }
 
 } // namespace platform

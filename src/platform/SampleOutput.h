@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace platform {
 
@@ -13,6 +15,13 @@ namespace platform {
 class SampleOutput {
   public:
     using Seconds = std::chrono::duration<double>;
+
+    /// Takes a line for the system log. Any thread. The module with the output has no log of its
+    /// own.
+    using Report = std::function<void(const std::string& line)>;
+
+    /// What it calls itself to the sound server (application.name).
+    static constexpr const char* clientName = "Tonvale";
 
     /// Null, with a line in the system log, when the module with the output cannot be loaded.
     static std::unique_ptr<SampleOutput> load(const std::filesystem::path& recording);

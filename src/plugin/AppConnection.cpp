@@ -2,6 +2,7 @@
 
 #include "comm/MVCommLineLimit.h"
 #include "comm/MVCommSocketPath.h"
+#include "platform/ProcessInfo.h"
 #include "platform/RunLoopSource.h"
 #include "platform/Socket.h"
 #include "platform/StreamProcess.h"
@@ -86,6 +87,13 @@ std::unique_ptr<AppConnection> AppConnection::open(platform::RunLoop& loop,
                                                    Listener& listener) {
     std::unique_ptr<AppConnection> connection(new AppConnection(program.pid, listener));
     return connection->start(loop, program) ? std::move(connection) : nullptr;
+}
+
+bool AppConnection::isServedBy(const platform::StreamProcess& program) {
+    const platform::FileDescriptor socket = connectToApplication();
+    const auto peer = socket ? platform::peerProcess(socket.get()) : std::nullopt;
+    return peer && program.startTime && static_cast<std::uint32_t>(*peer) == program.pid &&
+           platform::processStartTime(*peer) == program.startTime;
 }
 
 bool AppConnection::start(platform::RunLoop& loop, const platform::StreamProcess& program) {

@@ -33,6 +33,10 @@ class AppConnection {
     /// the administrator, answers.
     [[nodiscard]] static std::unique_ptr<AppConnection>
     open(platform::RunLoop& loop, const platform::StreamProcess& program, Listener& listener);
+
+    /// Whether `program` is the very process that serves the socket.
+    [[nodiscard]] static bool isServedBy(const platform::StreamProcess& program);
+
     ~AppConnection();
     AppConnection(const AppConnection&) = delete;
     AppConnection& operator=(const AppConnection&) = delete;

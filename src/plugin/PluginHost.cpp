@@ -1,6 +1,7 @@
 #include "plugin/PluginHost.h"
 
 #include "platform/ProcessInfo.h"
+#include "platform/SampleOutput.h"
 #include "plugin/ProgramName.h"
 
 #include <algorithm>
@@ -13,6 +14,15 @@ namespace {
 bool tellsOfSessionManager(const AudioGlobal& global) {
     return global.kind == AudioGlobal::Kind::metadata &&
            global.property("metadata.name") == "default";
+}
+
+/// The application's own sample sounds have the volume that they are to show. Who else calls itself
+/// like it is a program like any other.
+bool isSampleSound(const platform::StreamEvidence& evidence,
+                   const platform::StreamProcess& process) {
+    return evidence.client.name == platform::SampleOutput::clientName &&
+           process.proof == platform::StreamProcess::Proof::peer &&
+           AppConnection::isServedBy(process);
 }
 
 } // namespace
@@ -189,6 +199,8 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
     auto process = platform::identifyStream(evidence);
+    if (process && isSampleSound(evidence, *process))
+        return std::nullopt;
     if (process)
         process->name = checkinName(std::move(process->name));
     return process;

@@ -1,11 +1,10 @@
 #include "platform/SampleOutput.h"
-#include "platform/SystemLog.h"
 #include "platform/sound/Recording.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <functional>
+#include <mutex>
 #include <optional>
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
@@ -27,23 +26,49 @@ struct StreamDeleter {
     void operator()(pw_stream* stream) const noexcept { pw_stream_destroy(stream); }
 };
 
-/// The recording and the stream, on the loop's thread.
+/// The recording and the stream, on the loop's thread; but orders come from any.
 class Player {
   public:
-    Player(pw_loop* loop, std::string file) : loop_(loop), file_(std::move(file)) {}
+    Player(pw_loop* loop, std::string file, const platform::SampleOutput::Report& report)
+        : loop_(loop), file_(std::move(file)), report_(report) {
+        const auto serve = [](void* data, std::uint64_t) { static_cast<Player*>(data)->serve(); };
+        wake_ = pw_loop_add_event(loop_, serve, this);
+    }
+    ~Player() { pw_loop_destroy_source(loop_, wake_); }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
 
-    void play(double start, double length, float gain);
-    void stop() noexcept { end_ = position_; }
+    struct Order {
+        double start;
+        double length; ///< zero to stop
+        float gain;
+    };
+
+    /// Replaces the one before, if that is still waiting.
+    void post(const Order& order) {
+        {
+            const std::lock_guard lock(mutex_);
+            order_ = order;
+        }
+        pw_loop_signal_event(loop_, wake_);
+    }
 
   private:
+    void serve();
+    void play(const Order& order);
     bool prepare();
     void fill();
+    void drained();
 
     static const pw_core_events coreEvents;
     static const pw_stream_events streamEvents;
 
     pw_loop* const loop_;
     const std::string file_;
+    const platform::SampleOutput::Report report_;
+    spa_source* wake_ = nullptr;
+    std::mutex mutex_;
+    std::optional<Order> order_; // guarded by mutex_
     std::optional<Recording> recording_;
     std::unique_ptr<pw_context, ContextDeleter> context_;
     std::unique_ptr<pw_core, CoreDeleter> core_;
@@ -54,6 +79,8 @@ class Player {
     std::size_t position_ = 0; // of the next sample
     std::size_t end_ = 0;
     float gain_ = 0;
+    bool isFlushed_ = false;
+    bool isOver_ = false; // everything has been heard
 };
 
 const pw_core_events Player::coreEvents = [] {
@@ -70,23 +97,24 @@ const pw_stream_events Player::streamEvents = [] {
     pw_stream_events events{};
     events.version = PW_VERSION_STREAM_EVENTS;
     events.process = [](void* data) { static_cast<Player*>(data)->fill(); };
+    events.drained = [](void* data) { static_cast<Player*>(data)->drained(); };
     return events;
 }();
 
 /// Reads the recording and connects to the server, if that has not been done or is broken.
 bool Player::prepare() {
     if (!recording_)
-        recording_ = Recording::read(file_);
+        recording_ = Recording::read(file_, report_);
     if (std::exchange(broken_, false))
         core_.reset();
     if (context_ == nullptr)
-        context_.reset(pw_context_new(loop_, nullptr, 0));
+        context_.reset(pw_context_new(
+            loop_, pw_properties_new(PW_KEY_APP_NAME, platform::SampleOutput::clientName, nullptr),
+            0));
     if (core_ == nullptr && context_ != nullptr) {
         core_.reset(pw_context_connect(context_.get(), nullptr, 0));
         if (core_ == nullptr) {
-            platform::systemLog(platform::LogPriority::error,
-                                "Couldn't play a sample sound: %s (%d)", std::strerror(errno),
-                                errno);
+            report_(std::string("Couldn't play a sample sound: ") + std::strerror(errno));
             return false;
         }
         pw_core_add_listener(core_.get(), &coreHook_, &coreEvents, this);
@@ -94,17 +122,33 @@ bool Player::prepare() {
     return core_ != nullptr && !recording_->samples.empty();
 }
 
-void Player::play(double start, double length, float gain) {
+void Player::serve() {
+    if (std::exchange(isOver_, false))
+        stream_.reset();
+    std::optional<Order> order;
+    {
+        const std::lock_guard lock(mutex_);
+        order = std::exchange(order_, std::nullopt);
+    }
+    if (order && order->length > 0)
+        play(*order);
+    else if (order)
+        end_ = position_;
+}
+
+void Player::play(const Order& order) {
     stream_.reset();
+    isFlushed_ = false;
+    isOver_ = false;
     if (!prepare())
         return;
     const auto sample = [this](double time) {
         const double number = std::max(0.0, time) * recording_->rate;
         return std::min(static_cast<std::size_t>(number), recording_->samples.size());
     };
-    position_ = sample(start);
-    end_ = sample(start + length);
-    gain_ = gain;
+    position_ = sample(order.start);
+    end_ = sample(order.start + order.length);
+    gain_ = order.gain;
     // The volume that is heard is in the samples; the session manager is to keep out of it.
     stream_.reset(
         pw_stream_new(core_.get(), "Sample sound",
@@ -144,18 +188,24 @@ void Player::fill() {
     data.chunk->stride = sizeof(float);
     data.chunk->size = static_cast<std::uint32_t>(count * sizeof(float));
     pw_stream_queue_buffer(stream_.get(), buffer);
-    if (position_ == end_)
+    if (position_ == end_ && !std::exchange(isFlushed_, true))
         pw_stream_flush(stream_.get(), true);
+}
+
+/// The stream is not to be destroyed in its own call.
+void Player::drained() {
+    isOver_ = true;
+    pw_loop_signal_event(loop_, wake_);
 }
 
 class PipeWireSampleOutput final : public platform::SampleOutput {
   public:
-    explicit PipeWireSampleOutput(const char* file) {
+    PipeWireSampleOutput(const char* file, const platform::SampleOutput::Report& report) {
         pw_init(nullptr, nullptr);
         loop_.reset(pw_thread_loop_new("sample", nullptr));
         if (loop_ == nullptr)
             return;
-        player_ = std::make_unique<Player>(pw_thread_loop_get_loop(loop_.get()), file);
+        player_ = std::make_unique<Player>(pw_thread_loop_get_loop(loop_.get()), file, report);
         pw_thread_loop_start(loop_.get());
     }
 
@@ -166,34 +216,16 @@ class PipeWireSampleOutput final : public platform::SampleOutput {
     }
 
     void play(Seconds start, Seconds length, float gain) override {
-        post([=](Player& player) { player.play(start.count(), length.count(), gain); });
+        if (player_ != nullptr)
+            player_->post({start.count(), length.count(), gain});
     }
 
     void stop() override {
-        post([](Player& player) { player.stop(); });
+        if (player_ != nullptr)
+            player_->post({});
     }
 
   private:
-    template <typename Work>
-    void post(Work work) {
-        if (player_ == nullptr)
-            return;
-        struct Order {
-            Player* player;
-            Work work;
-        } order{player_.get(), work};
-        // The loop copies the order.
-        static_assert(std::is_trivially_copyable_v<Order>);
-        const auto run = [](spa_loop*, bool, std::uint32_t, const void* data, std::size_t,
-                            void*) -> int {
-            Order copy = *static_cast<const Order*>(data);
-            copy.work(*copy.player);
-            return 0;
-        };
-        pw_loop_invoke(pw_thread_loop_get_loop(loop_.get()), run, 0, &order, sizeof order, false,
-                       nullptr);
-    }
-
     std::unique_ptr<pw_thread_loop, ThreadLoopDeleter> loop_;
     std::unique_ptr<Player> player_;
 };
@@ -201,6 +233,6 @@ class PipeWireSampleOutput final : public platform::SampleOutput {
 } // namespace
 
 extern "C" [[gnu::visibility("default")]] platform::SampleOutput*
-makeSampleOutput(const char* recording) {
-    return new PipeWireSampleOutput(recording);
+makeSampleOutput(const char* recording, const platform::SampleOutput::Report* report) {
+    return new PipeWireSampleOutput(recording, *report);
 }

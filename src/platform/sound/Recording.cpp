@@ -1,7 +1,5 @@
 #include "platform/sound/Recording.h"
 
-#include "platform/SystemLog.h"
-
 #include <memory>
 #include <numeric>
 #include <sndfile.h>
@@ -17,12 +15,12 @@ struct SoundFileCloser {
 
 } // namespace
 
-Recording Recording::read(const std::filesystem::path& path) {
+Recording Recording::read(const std::filesystem::path& path,
+                          const platform::SampleOutput::Report& report) {
     SF_INFO info{};
     const std::unique_ptr<SNDFILE, SoundFileCloser> file(sf_open(path.c_str(), SFM_READ, &info));
     if (file == nullptr || info.samplerate <= 0 || info.channels > mostChannels) {
-        platform::systemLog(platform::LogPriority::error, "Couldn't read the recording %s: %s",
-                            path.c_str(), sf_strerror(file.get()));
+        report("Couldn't read the recording " + path.string() + ": " + sf_strerror(file.get()));
         return {};
     }
     Recording recording{static_cast<std::uint32_t>(info.samplerate), {}};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/SampleOutput.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <vector>
@@ -9,6 +11,7 @@ struct Recording {
     std::uint32_t rate = 0; ///< samples in a second
     std::vector<float> samples;
 
-    /// Empty, with a line in the system log, when the file is missing or no sound.
-    static Recording read(const std::filesystem::path& file);
+    /// Empty, after a report, when the file is missing or no sound.
+    static Recording read(const std::filesystem::path& file,
+                          const platform::SampleOutput::Report& report);
 };
