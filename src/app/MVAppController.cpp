@@ -22,6 +22,7 @@
 #include <QPixmap>
 #include <QWindow>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
@@ -35,6 +36,7 @@ namespace {
 
 constexpr const char* processName = "Tonvale";
 constexpr const char* helperBusName = "com.quarnel.TonvaleHelper";
+constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
@@ -229,23 +231,28 @@ void MVAppController::endWithoutDisplay() {
     if (!shared || shared->shouldExit())
         return;
     shared->logWithLevel(qnlog_error, "The display has gone");
-    if (shared->volumeController_)
-        shared->volumeController_->shutdown();
+    const bool isSaved = shared->saveVolumes();
     shared->comm_.shutdown();
-    UserDefaults::standard().synchronize();
+    if (isSaved)
+        UserDefaults::standard().synchronize(longestSaving);
+}
+
+/// False when the disk hangs: then nobody need wait for it again.
+bool MVAppController::saveVolumes() {
+    return !volumeController_ || volumeController_->shutdown(longestSaving);
 }
 
 void MVAppController::applicationWillTerminate() {
     setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
-    if (volumeController_)
-        volumeController_->shutdown();
+    const bool isSaved = saveVolumes();
     comm_.shutdown();
     pluginReports_.reset();
     window_.reset();
     volumeController_.reset();
-    UserDefaults::standard().synchronize();
+    if (isSaved)
+        UserDefaults::standard().synchronize(longestSaving);
 }
 
 void MVAppController::saveScreenshot() {
