@@ -6,6 +6,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/DispatchTimer.h"
 #include "platform/FileDescriptor.h"
+#include "platform/PrintableText.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
@@ -206,7 +207,8 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     void tell(const std::string& target, int error, const std::string& line) {
         mayPass_ = mayPass_ || mayPass(error);
         if (const auto said = std::pair(error, line); std::exchange(told_[target], said) != said)
-            platform::systemLog(platform::LogPriority::error, "%s", line.c_str());
+            platform::systemLog(platform::LogPriority::error, "%s",
+                                platform::printableText(line).c_str());
     }
 
     std::string targetIn(const std::string& folder) const {
