@@ -231,28 +231,26 @@ void MVAppController::endWithoutDisplay() {
     if (!shared || shared->shouldExit())
         return;
     shared->logWithLevel(qnlog_error, "The display has gone");
-    const bool isSaved = shared->saveVolumes();
-    shared->comm_.shutdown();
-    if (isSaved)
-        UserDefaults::standard().synchronize(longestSaving);
+    shared->saveAndDisconnect();
 }
 
-/// False when the disk hangs: then nobody need wait for it again.
-bool MVAppController::saveVolumes() {
-    return !volumeController_ || volumeController_->shutdown(longestSaving);
+/// When a disk hangs, no other file is touched, for that might never end. The kernel closes the
+/// sockets too, and the next start replaces their files.
+void MVAppController::saveAndDisconnect() {
+    if (volumeController_ && !volumeController_->shutdown(longestSaving))
+        return;
+    comm_.shutdown();
+    UserDefaults::standard().synchronize(longestSaving);
 }
 
 void MVAppController::applicationWillTerminate() {
     setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
-    const bool isSaved = saveVolumes();
-    comm_.shutdown();
+    saveAndDisconnect();
     pluginReports_.reset();
     window_.reset();
     volumeController_.reset();
-    if (isSaved)
-        UserDefaults::standard().synchronize(longestSaving);
 }
 
 void MVAppController::saveScreenshot() {

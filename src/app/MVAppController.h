@@ -67,7 +67,7 @@ class MVAppController final : public QNGUIApplication {
     void updateWhenActive();
     void tellEarlyErrors();
     static void endWithoutDisplay();
-    bool saveVolumes();
+    void saveAndDisconnect();
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
