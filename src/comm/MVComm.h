@@ -63,11 +63,12 @@ class MVComm final : public MVCommCallbacks {
     /// have gone. Called whenever the containers change, and have been prepared.
     void injectIntoContainers();
 
+    using ContainerPreparation = std::function<void(std::function<void()> ready)>;
+
     /// Has `prepare` be called when there are new containers, before they are served: that happens
     /// when `ready` is called, which may be from within and at any time later, also when the façade
     /// has gone, but on the main thread; at the latest it happens after 0.3 s. Null, as in the
     /// beginning: at once.
-    using ContainerPreparation = std::function<void(std::function<void()> ready)>;
     void setContainerPreparation(ContainerPreparation prepare) {
         prepareContainers_ = std::move(prepare);
     }

@@ -206,7 +206,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     void tell(const std::string& target, int error, const std::string& line) {
         mayPass_ = mayPass_ || mayPass(error);
-        if (const auto said = std::pair(error, line); std::exchange(told_[target], said) != said)
+        if (told_[target].emplace(error, line).second)
             platform::systemLog(platform::LogPriority::error, "%s",
                                 platform::printableText(line).c_str());
     }
@@ -223,7 +223,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
         DispatchQueue::makeSerial("com.quarnel.preference-copies");
 
     // The queue's blocks only.
-    std::map<std::string, std::pair<int, std::string>> told_; // by target: what was logged last
+    std::map<std::string, std::set<std::pair<int, std::string>>> told_; // by target: what is logged
     bool mayPass_ = false; // whether what failed is worth being tried again
     std::chrono::seconds retryDelay_{firstRetry};
 
