@@ -126,7 +126,8 @@ TEST_F(MVCommContainersTest, ServesNewContainersAndAnnouncesABurstOnce) {
 TEST_F(MVCommContainersTest, NewContainersArePreparedBeforeTheyAreServedButNotForever) {
     start();
     std::vector<std::function<void()>> ready;
-    comm_->setContainerPreparation([&](std::function<void()> call) { ready.push_back(call); });
+    comm_->setContainerPreparation(
+        [&](const std::function<void()>& call) { ready.push_back(call); });
     makeFolders(container("a/Data"));
     settle();
     makeFolders(container("b/Data"));
