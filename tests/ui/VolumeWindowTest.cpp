@@ -71,9 +71,35 @@ class VolumeWindowTest : public testing::Test {
 
 TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
     model_.workspace.setRunningApplications(
-        {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}}});
+        {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}},
+         {2, QString(10000, QLatin1Char('z')), {}}});
+    const QStringList names = support::rowNames(window_);
+    ASSERT_EQ(names.size(), 2);
+    EXPECT_EQ(names[0], QStringLiteral("two lines  and gnp.exe <b>"));
+    EXPECT_LT(names[1].size(), 1000);
+    EXPECT_EQ(RowProbe(window_, names[0]).item->tipAt({}),
+              QStringLiteral("<p>two lines  and gnp.exe &lt;b&gt;</p>"));
+}
+
+TEST_F(VolumeWindowTest, AProgramWhoseNameCannotBeSeenIsShownByItsNumber) {
+    model_.workspace.setRunningApplications(
+        {{12, QStringLiteral(" \t\n\u00a0\u200b\u202e\u200f"), {}},
+         {34, QStringLiteral("\u200fשם"), {}}});
     EXPECT_EQ(support::rowNames(window_),
-              QStringList(QStringLiteral("two lines  and gnp.exe <b>")));
+              (QStringList{QStringLiteral("Process 12"), QStringLiteral("\u200fשם")}));
+}
+
+TEST_F(VolumeWindowTest, TheTipTellsThePathAndOverTheSliderThePercentOrWhyItCannotBeMoved) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player", "/opt/<b>\n/player");
+    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
+    const RowProbe row(window_, QStringLiteral("player"));
+    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("<p>player</p><p>/opt/&lt;b&gt; /player</p>"));
+    const QPoint overSlider = row.slider->geometry().center();
+    EXPECT_EQ(row.item->tipAt(overSlider), QStringLiteral("<p>100 %</p>"));
+    model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
+    EXPECT_EQ(row.item->tipAt(overSlider),
+              QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {

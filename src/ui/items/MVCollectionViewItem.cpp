@@ -28,9 +28,20 @@ using platform::localized;
 
 namespace {
 
-QString tipText(const QString& text) {
+/// What a stranger chose, for the eye.
+QString shownText(const QString& text) {
     constexpr qsizetype longest = 500;
-    return QStringLiteral("<p>%1</p>").arg(oneLineText(text.left(longest)).toHtmlEscaped());
+    return oneLineText(text.left(longest));
+}
+
+QString nameOf(const MVCommAppValue& app) {
+    QString name = shownText(app.displayName());
+    return isInvisible(name) ? formatted(localized(QStringLiteral("Process %d")), app.pid()) : name;
+}
+
+QString paragraph(const QString& text) {
+    return text.isEmpty() ? QString()
+                          : QStringLiteral("<p>%1</p>").arg(shownText(text).toHtmlEscaped());
 }
 
 QString withoutMnemonic(QString text) {
@@ -55,7 +66,7 @@ MVCollectionViewItem::MVCollectionViewItem(const Surroundings& surroundings, MVC
           })) {
     iconView_->setIcon(displayIcon());
     label_->setObjectName(QStringLiteral("name"));
-    label_->setText(oneLineText(displayName()));
+    label_->setText(nameOf(app));
     muteView_->setApp(&app);
     updateControls();
     slider_->setHandler([this] { sliderAction(); });
@@ -145,8 +156,7 @@ void MVCollectionViewItem::ignore() {
 
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     auto* const menu = new QMenu(parent);
-    const QString title =
-        formatted(localized(QStringLiteral("Ignore \"%@\"")), oneLineText(displayName()));
+    const QString title = formatted(localized(QStringLiteral("Ignore \"%@\"")), label_->text());
     menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore);
     return menu;
 }
@@ -161,13 +171,19 @@ bool MVCollectionViewItem::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip || app_ == nullptr)
         return QWidget::event(event);
     const auto* const help = static_cast<QHelpEvent*>(event);
-    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
-    const QString percent =
-        formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
-    const bool isOverSlider = slider_->geometry().contains(help->pos());
-    const QString text = !isOverSlider ? displayName() : reason.isEmpty() ? percent : reason;
-    QToolTip::showText(help->globalPos(), tipText(text), this);
+    QToolTip::showText(help->globalPos(), tipAt(help->pos()), this);
     return true;
+}
+
+QString MVCollectionViewItem::tipAt(const QPoint& place) const {
+    if (app_ == nullptr)
+        return {};
+    if (!slider_->geometry().contains(place))
+        return paragraph(label_->text()) + paragraph(app_->path());
+    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
+    return paragraph(!reason.isEmpty() ? reason
+                                       : formatted(QStringLiteral("%d %%"),
+                                                   surroundings_.controller.percentOf(*app_)));
 }
 
 void MVCollectionViewItem::showSandboxHint() const {
@@ -175,7 +191,7 @@ void MVCollectionViewItem::showSandboxHint() const {
         localized(QStringLiteral(
             "%@ cannot work with \"%@\" because it's a sandboxed application.\n\nSandboxed apps "
             "can be hidden via \"Hide sandboxed applications\" in the Preferences.")),
-        QCoreApplication::applicationName(), oneLineText(displayName()));
+        QCoreApplication::applicationName(), label_->text());
     QToolTip::showText(QCursor::pos(), text);
 }
 

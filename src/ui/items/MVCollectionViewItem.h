@@ -65,6 +65,10 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// What a click with the secondary button opens; belongs to the caller.
     QMenu* makeContextMenu(QWidget* parent);
 
+    /// What the tool tip says there, as HTML: of the slider the percent, or why it cannot be moved;
+    /// elsewhere the program's name and path.
+    QString tipAt(const QPoint& place) const;
+
     /// That programs in a sandbox cannot be controlled, beside the mouse; for whoever knows that of
     /// this one.
     void showSandboxHint() const;
