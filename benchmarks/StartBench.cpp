@@ -150,7 +150,7 @@ double windowOfPeers() {
     return std::min(timeToWindow(gtkPeer), timeToWindow(qtPeer));
 }
 
-/// Plug-ins with a program each, whose names begin with a black bar.
+/// Plug-ins with a program each, whose names begin with a bar.
 class Plugins {
   public:
     /// Connects as soon as somebody listens.
@@ -184,20 +184,19 @@ class Plugins {
     std::vector<platform::FileDescriptor> connections_;
 };
 
-bool isDark(std::uint32_t pixel) {
-    constexpr std::uint32_t bound = 0x60;
-    return (pixel >> 16U & 0xffU) < bound && (pixel >> 8U & 0xffU) < bound &&
-           (pixel & 0xffU) < bound;
+/// The colour of a silent program's name.
+bool isName(std::uint32_t pixel) {
+    return pixel == 0x676767U;
 }
 
-/// Whether dark pixels follow each other for longer than any letter and frame of a control does.
+/// Whether such pixels follow each other for longer than in any letter.
 bool crossesBar(std::span<const std::uint32_t> row) {
     constexpr std::ptrdiff_t length = 24;
-    return !std::ranges::search_n(row, length, true, {}, isDark).empty();
+    return !std::ranges::search_n(row, length, true, {}, isName).empty();
 }
 
-/// How many of the names' bars are there, one below the other: dark all over and as high as a
-/// line of text. Nothing else in a light window is.
+/// How many of the names' bars are there, one below the other: of one colour and as high as a line
+/// of text. Nothing else in the window is.
 int bars(const Picture& picture) {
     constexpr int leastHeight = 8;
     int count = 0;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <poll.h>
 #include <stdexcept>
+#include <string_view>
 
 namespace bench {
 
@@ -85,6 +87,28 @@ WindowProbe::waitFor(const std::function<bool(const Picture&)>& shows, Clock::du
         if (!event)
             awaitEvent(end - now);
     }
+}
+
+void WindowProbe::resize(std::uint32_t width, std::uint32_t height) {
+    const std::uint32_t place[] = {0, 0, width, height};
+    xcb_configure_window(connection_.get(), window_,
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                             XCB_CONFIG_WINDOW_HEIGHT,
+                         place);
+    xcb_flush(connection_.get());
+}
+
+void WindowProbe::iconify() {
+    constexpr std::uint32_t iconicState[] = {3, XCB_NONE}; // and no icon window
+    constexpr std::string_view property = "WM_STATE";
+    const auto atom = own(xcb_intern_atom_reply(
+        connection_.get(), xcb_intern_atom(connection_.get(), 0, property.size(), property.data()),
+        nullptr));
+    if (atom)
+        xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window_, atom->atom,
+                            atom->atom, 32, std::size(iconicState), iconicState);
+    xcb_unmap_window(connection_.get(), window_);
+    xcb_flush(connection_.get());
 }
 
 void WindowProbe::awaitEvent(Clock::duration bound) {

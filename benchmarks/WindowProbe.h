@@ -49,6 +49,13 @@ class WindowProbe {
     std::optional<Clock::time_point> waitFor(const std::function<bool(const Picture&)>& shows,
                                              Clock::duration bound);
 
+    /// Puts that window into the corner and gives it another size; it need not keep it. Of one that
+    /// is not wholly on the screen no picture can be taken.
+    void resize(std::uint32_t width, std::uint32_t height);
+
+    /// Minimises that window, as a window manager does.
+    void iconify();
+
   private:
     void awaitEvent(Clock::duration bound);
     bool take(const xcb_generic_event_t& event);

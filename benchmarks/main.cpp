@@ -1,12 +1,12 @@
 #include "Harness.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <cstdio>
 
 // tonvale_bench [--out FILE] [FILTER]
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    const QApplication application(argc, argv);
     std::string resultFile = "results.json";
     std::string filter;
     for (int i = 1; i < argc; ++i) {

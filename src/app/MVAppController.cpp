@@ -255,6 +255,7 @@ void MVAppController::applicationWillTerminate() {
 
 void MVAppController::saveScreenshot() {
     const QString file = options().value(CommandLine::screenshot);
+    window_->setUpdatesEnabled(true); // also when nobody can see it
     if (!window_->grab().save(file, "PNG"))
         logWithLevel(qnlog_error, "Couldn't save the screenshot to %@", file);
 }

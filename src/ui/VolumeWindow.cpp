@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr QSize usualSize(640, 6 * ItemLayout::height);
+constexpr QSize usualSize(560, 6 * ItemLayout::height);
 constexpr std::chrono::milliseconds restOfResizing{100};
 
 /// Takes the item of the record out of `items`; null when it has none.

@@ -25,8 +25,8 @@ std::string displayOf(ChildProcess& server) {
 
 } // namespace
 
-VirtualDisplay::VirtualDisplay()
-    : server_({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"},
+VirtualDisplay::VirtualDisplay(const std::string& size)
+    : server_({"Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp"},
               quiet())
     , name_(displayOf(server_))
     , display_("DISPLAY", name_)

@@ -12,10 +12,14 @@ namespace support {
 /// it does not come up. Make one before the application object.
 class VirtualDisplay {
   public:
-    VirtualDisplay();
+    /// `size` is that of the screen, in pixels: "WIDTHxHEIGHT".
+    explicit VirtualDisplay(const std::string& size = "1280x800");
 
     /// ":N"
     const std::string& name() const noexcept { return name_; }
+
+    /// Of the server.
+    pid_t pid() const noexcept { return server_.pid(); }
 
   private:
     ChildProcess server_;
