@@ -15,6 +15,7 @@
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
 
+#include <QApplication>
 #include <QScreen>
 #include <QTest>
 
@@ -211,6 +212,24 @@ TEST_F(VolumeWindowTest, RowsLieInTheOrderOfTheRecordsAndStayTheSameOnes) {
     EXPECT_EQ(RowProbe(window_, QStringLiteral("d")).item, before.item);
     EXPECT_EQ(before.slider->floatValue(), 0.3F);
     EXPECT_EQ(RowProbe(window_, QStringLiteral("e")).slider->floatValue(), 1.0F);
+}
+
+TEST_F(VolumeWindowTest, TheFocusGoesFromItemToItemInTheirOrder) {
+    model_.workspace.setRunningApplications(
+        {{1, QStringLiteral("b"), {}}, {2, QStringLiteral("d"), {}}});
+    model_.workspace.setRunningApplications(
+        {{1, QStringLiteral("b"), {}}, {2, QStringLiteral("d"), {}}, {3, QStringLiteral("c"), {}}});
+    const RowProbe b(window_, QStringLiteral("b"));
+    const RowProbe c(window_, QStringLiteral("c"));
+    const RowProbe d(window_, QStringLiteral("d"));
+    b.mute->setFocus();
+    window_.activateWindow();
+    ASSERT_TRUE(support::waitUntil([&] { return b.mute->hasFocus(); }));
+    for (QWidget* const next : {static_cast<QWidget*>(b.slider), static_cast<QWidget*>(c.mute),
+                                static_cast<QWidget*>(c.slider), static_cast<QWidget*>(d.mute)}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), next);
+    }
 }
 
 TEST_F(VolumeWindowTest, KeepsToItsLimitsAndToAPlaceThatCanBeSeen) {

@@ -1,5 +1,6 @@
 #include "ui/items/MVCollectionItemBackgroundView.h"
 
+#include "platform/DesktopMotion.h"
 #include "platform/WallClock.h"
 #include "ui/AppVolumeController.h"
 #include "ui/items/ItemMotion.h"
@@ -23,7 +24,8 @@ MVCollectionItemBackgroundView::animationForKey(const QByteArray& key) {
         motion.sinceStart = platform::WallClock::now().time_since_epoch() -
                             std::chrono::duration<double>(controller->initTime());
     motion.isInLiveResize = grid != nullptr && grid->isInLiveResize();
-    motion.isWanted = style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0;
+    motion.isWanted = platform::DesktopMotion::shared().isWanted() &&
+                      style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0;
     const auto duration = motion.duration();
     if (duration == duration.zero())
         return nullptr;

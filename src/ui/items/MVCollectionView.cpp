@@ -1,9 +1,11 @@
 #include "ui/items/MVCollectionView.h"
 
+#include "platform/DesktopMotion.h"
 #include "platform/RunLoop.h"
 #include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionViewItem.h"
+#include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
 #include "ui/theme/LighterColor.h"
 
@@ -32,6 +34,7 @@ MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme& theme)
     , pacer_(*platform::RunLoop::current())
     , hint_(new QLabel(this)) {
     installAccessibleItems();
+    platform::DesktopMotion::shared(); // asks, long before something moves
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -60,8 +63,19 @@ void MVCollectionView::setItems(Items items) {
     layOut();
     for (const auto& item : items_)
         item->show();
+    setOrderOfFocus();
     updateGeometry();
     update();
+}
+
+/// From one item to the next, whenever each was made.
+void MVCollectionView::setOrderOfFocus() {
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+        MVCollectionViewItem& item = *items_[index];
+        if (index > 0)
+            setTabOrder(&items_[index - 1]->slider(), &item.muteView());
+        setTabOrder(&item.muteView(), &item.slider());
+    }
 }
 
 bool MVCollectionView::isInLiveResize() const {

@@ -54,6 +54,7 @@ class MVCollectionView final : public QWidget {
 
   private:
     void layOut();
+    void setOrderOfFocus();
     QRect placeOf(std::size_t index) const;
     void updateCollectionViewColors();
     QPixmap background() const;
