@@ -4,8 +4,10 @@
 #include "platform/RunLoopNotifier.h"
 #include "support/VolumeModel.h"
 #include "ui/VolumeWindow.h"
+#include "ui/items/MVCollectionView.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -27,6 +29,20 @@ double millisecondsFor(const std::function<void()>& work) {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
 }
 
+/// Counts how often a widget is drawn.
+class Drawings final : public QObject {
+  public:
+    explicit Drawings(QWidget& widget) { widget.installEventFilter(this); }
+    int count() const noexcept { return count_; }
+
+  private:
+    bool eventFilter(QObject* /*widget*/, QEvent* event) override {
+        count_ += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int count_ = 0;
+};
+
 class Window {
   public:
     Window() {
@@ -43,19 +59,20 @@ class Window {
         draw();
     }
 
-    /// A pixel more each time, so that everything on the screen moves.
+    /// Milliseconds for a frame, of which each shows another piece of the grid.
     double scroll() {
         QScrollBar& bar = *window_.findChild<QScrollArea*>()->verticalScrollBar();
         constexpr int frames = 400;
         constexpr int step = 23;
         std::vector<double> times;
+        const Drawings drawings(*window_.findChild<MVCollectionView*>());
         for (int frame = 1; frame <= frames; ++frame)
             times.push_back(millisecondsFor([&] {
                 bar.setValue(frame * step);
                 draw();
             }));
-        if (bar.value() != frames * step)
-            throw std::runtime_error("the window does not scroll so far");
+        if (bar.value() != frames * step || drawings.count() < frames)
+            throw std::runtime_error("not every frame has been drawn");
         std::ranges::nth_element(times, times.begin() + frames / 2);
         return times[frames / 2];
     }

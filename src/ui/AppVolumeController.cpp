@@ -193,7 +193,8 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
     app.setVolume(fraction);
-    sliderChanged(app);
+    if (percentOf(app) != VolumeNumbers::percentOfFraction(fraction))
+        sliderChanged(app); // somebody has set another one meanwhile
     copies_.saveNow();
 }
 

@@ -117,6 +117,7 @@ TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
     const QImage picture(QString::fromStdString(file));
     EXPECT_GE(picture.width(), 400);
     EXPECT_GE(picture.height(), 200);
+    EXPECT_GT(picture.pixelColor(100, 150).red(), 20) << "brown, not empty";
 
     const auto failing = start({"--screenshot", (folder_.path() / "missing" / "x.png").string()});
     failing->signal(SIGTERM);
