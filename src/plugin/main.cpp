@@ -71,6 +71,8 @@ int run(int argc, char** argv) {
     if (argc == 2 && option != "--status")
         return failUsage("unknown option", option);
     platform::unblockSignals();
+    // The other event loop that Qt may take costs more for each event, and nobody needs it here.
+    qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     return argc == 2 ? printPluginStatus() : serve();
 }
