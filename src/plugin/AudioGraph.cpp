@@ -50,6 +50,9 @@ void AudioGraph::add(const AudioGlobal& global) {
         break;
     }
     case AudioGlobal::Kind::client:
+        if (const auto process = number<std::uint32_t>(global, "pipewire.sec.pid"))
+            processes_[global.id] = *process;
+        break;
     case AudioGlobal::Kind::metadata:
     case AudioGlobal::Kind::other:
         break;
@@ -58,6 +61,7 @@ void AudioGraph::add(const AudioGlobal& global) {
 
 void AudioGraph::remove(std::uint32_t id) {
     nodes_.erase(id);
+    processes_.erase(id);
     if (const auto port = ports_.find(id); port != ports_.end()) {
         portsByNode_.erase(keyOf(id, port->second));
         ports_.erase(port);
@@ -85,6 +89,15 @@ std::string AudioGraph::roleOf(std::uint32_t node) const {
 std::optional<std::uint32_t> AudioGraph::clientOf(std::uint32_t node) const {
     const auto found = nodes_.find(node);
     return found != nodes_.end() ? found->second.client : std::nullopt;
+}
+
+std::uint32_t AudioGraph::ownerOf(std::uint32_t node) const {
+    constexpr std::uint32_t aboveAnyProcess = 0x80000000;
+    const auto client = clientOf(node);
+    if (!client)
+        return 0;
+    const auto process = processes_.find(*client);
+    return process != processes_.end() ? process->second : aboveAnyProcess | *client;
 }
 
 std::vector<std::uint32_t> AudioGraph::outputPorts(std::uint32_t node) const {

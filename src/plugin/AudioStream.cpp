@@ -4,6 +4,7 @@
 #include "platform/Timer.h"
 #include "plugin/AudioServer.h"
 #include "plugin/ClientClaims.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/StreamParam.h"
 
 #include <string_view>
@@ -33,17 +34,17 @@ const pw_node_events AudioStream::nodeEvents = [] {
     return events;
 }();
 
-AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id,
-                         Origin origin, Listener& listener)
+AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, NodeWriter& writer,
+                         std::uint32_t id, Origin origin, Listener& listener)
     : id_(id)
     , origin_(origin)
+    , writer_(writer)
     , listener_(listener)
     , keeper_(MonotonicClock::now())
     , ramp_(std::make_unique<platform::Timer>(
           loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
     , node_(static_cast<pw_node*>(
-          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)))
-    , writer_(loop, server, id) {
+          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
     if (node_ == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't watch stream %u", id);
         return;
@@ -53,7 +54,9 @@ AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std
     pw_node_subscribe_params(node_.get(), &props, 1);
 }
 
-AudioStream::~AudioStream() = default;
+AudioStream::~AudioStream() {
+    writer_.forget(id_);
+}
 
 void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
     evidence.node = claims_;
@@ -113,14 +116,11 @@ void AudioStream::uphold() {
 
 void AudioStream::finish() {
     write(keeper_.finish(MonotonicClock::now()));
-    writer_.ask();
 }
 
 void AudioStream::write(const VolumeWrite& write) {
-    if (!write.isEmpty()) {
-        if (pw_node* const node = writer_.node())
-            writeStreamProps(node, write);
-    }
+    if (!write.isEmpty())
+        writer_.write(id_, write);
     if (keeper_.isRamping())
         ramp_->startAt(keeper_.nextStep());
     else

@@ -2,7 +2,6 @@
 
 #include "platform/MonotonicClock.h"
 #include "platform/StreamProcess.h"
-#include "plugin/NodeWriter.h"
 #include "plugin/PipeWireHandles.h"
 #include "plugin/StreamVolume.h"
 #include "plugin/VolumeKeeper.h"
@@ -11,6 +10,9 @@
 #include <memory>
 #include <span>
 #include <string>
+
+class AudioServer;
+class NodeWriter;
 
 namespace platform {
 class RunLoop;
@@ -39,10 +41,10 @@ class AudioStream {
     /// Whether the server had the stream when we connected to it.
     enum class Origin { existed, appeared };
 
-    /// Watches the node `id` of the server, which must be connected. `listener` must outlive the
-    /// stream.
-    AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id, Origin origin,
-                Listener& listener);
+    /// Watches the node `id` of the server, which must be connected. `writer` and `listener` must
+    /// outlive the stream.
+    AudioStream(platform::RunLoop& loop, const AudioServer& server, NodeWriter& writer,
+                std::uint32_t id, Origin origin, Listener& listener);
     ~AudioStream();
     AudioStream(const AudioStream&) = delete;
     AudioStream& operator=(const AudioStream&) = delete;
@@ -83,10 +85,6 @@ class AudioStream {
     /// Writes at once what want() is still about to write.
     void finish();
 
-    /// Whether the program has got what was written before finish(). The server drops what it has
-    /// not read of a connection that ends.
-    bool isSettled() const noexcept { return writer_.isAnswered(); }
-
     /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
     /// not know of it.
     void uphold();
@@ -105,6 +103,7 @@ class AudioStream {
 
     const std::uint32_t id_;
     const Origin origin_;
+    NodeWriter& writer_;
     Listener& listener_;
 
     platform::StreamClaims claims_;
@@ -121,5 +120,4 @@ class AudioStream {
 
     ProxyHandle<pw_node> node_; // is only listened to
     ListenerHook hook_;
-    NodeWriter writer_;
 };

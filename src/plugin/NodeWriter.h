@@ -1,8 +1,11 @@
 #pragma once
 
 #include "plugin/PipeWireHandles.h"
+#include "plugin/WriteLanes.h"
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 
 class AudioServer;
@@ -12,42 +15,44 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// Changes one program's node over a connection of its own, made when it is first needed and closed
-/// when nothing has been changed for a while. The server takes nothing more from a connection until
-/// the program has answered a change: one that is stopped, or frozen, would hold up all the others.
-/// The run loop's thread only; must go before the server's connection does.
-class NodeWriter {
+/// Changes the programs' streams, over connections that are made when they are needed and closed
+/// when nothing has been changed for a while; see WriteLanes. The run loop's thread only.
+class NodeWriter : private WriteLanes::Outlet {
   public:
-    NodeWriter(platform::RunLoop& loop, const AudioServer& server, std::uint32_t node);
-    ~NodeWriter();
+    /// Two nodes are served by one process when `ownerOf` answers the same number for both.
+    NodeWriter(platform::RunLoop& loop, const AudioServer& server,
+               std::function<std::uint32_t(std::uint32_t node)> ownerOf);
+    ~NodeWriter() override;
     NodeWriter(const NodeWriter&) = delete;
     NodeWriter& operator=(const NodeWriter&) = delete;
 
-    /// The node, for a change that is made at once; not to be kept. Null when the server takes no
-    /// connection.
-    pw_node* node();
+    /// Changes the node, at once unless an earlier change of it is still on its way. Lost, after a
+    /// line in the log, when the server takes no connection.
+    void write(std::uint32_t node, const VolumeWrite& change);
 
-    /// Asks the server to answer when all that was changed so far has been done.
-    void ask();
+    /// The node has gone. To be told before another one can have its number.
+    void forget(std::uint32_t node);
 
-    /// Whether it has answered; also when there is no connection.
-    bool isAnswered() const noexcept { return connection_ == nullptr || answered_; }
+    /// Closes all connections; must come before the server's own one is dropped.
+    void clear();
+
+    /// Whether all has been done but what waits for programs that do not answer. Sees to it that
+    /// these hold up nobody else; for a caller that does not let the run loop turn.
+    bool settle();
 
   private:
     struct Connection;
 
-    void rest();
-    void answered(int sequence);
-    void close();
+    bool open(WriteLanes::Lane lane) override;
+    void close(WriteLanes::Lane lane) override;
+    int send(WriteLanes::Lane lane, std::uint32_t node, const VolumeWrite& change) override;
+    void schedule();
 
     static const pw_core_events coreEvents;
 
     const AudioServer& server_;
-    const std::uint32_t id_;
-    int question_ = 0;
-    bool answered_ = false;
-    bool closing_ = false;
-    bool broken_ = false;
-    std::unique_ptr<Connection> connection_;
-    const std::unique_ptr<platform::Timer> pause_;
+    const std::function<std::uint32_t(std::uint32_t)> ownerOf_;
+    std::map<WriteLanes::Lane, std::unique_ptr<Connection>> connections_;
+    WriteLanes lanes_{*this};
+    const std::unique_ptr<platform::Timer> timer_;
 };

@@ -22,6 +22,7 @@ PluginHost::PluginHost(platform::RunLoop& loop)
     , programs_(loop, *this)
     , effects_(loop, programs_)
     , server_(loop, *this)
+    , writer_(loop, server_, [this](std::uint32_t node) { return graph_.ownerOf(node); })
     , levels_(loop, graph_, programs_) {
     server_.start();
 }
@@ -29,10 +30,7 @@ PluginHost::PluginHost(platform::RunLoop& loop)
 PluginHost::~PluginHost() {
     for (const auto& [id, voice] : voices_)
         voice.stream->finish();
-    server_.serveUntil([this] {
-        return std::ranges::all_of(
-            voices_, [](const auto& each) { return each.second.stream->isSettled(); });
-    });
+    server_.serveUntil([this] { return writer_.settle(); });
     forgetServer();
 }
 
@@ -66,6 +64,7 @@ void PluginHost::forgetServer() {
     for (auto& [id, voice] : voices_)
         release(voice);
     voices_.clear();
+    writer_.clear();
     while (!clients_.empty())
         dropClient(clients_.begin()->first);
     effects_.serverLost();
@@ -79,7 +78,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream = std::make_unique<AudioStream>(
-            loop_, server_, global.id,
+            loop_, server_, writer_, global.id,
             server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
             listener);
         watchOwner(global.id);

@@ -5,6 +5,7 @@
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/PluginStatus.h"
 #include "plugin/ProgramTable.h"
 #include "plugin/SoundEffects.h"
@@ -79,5 +80,6 @@ class PluginHost : private AudioServer::Listener,
     ProgramTable programs_;
     SoundEffects effects_;
     AudioServer server_;
+    NodeWriter writer_;    // goes before the server
     LevelReporter levels_; // goes before the server
 };

@@ -31,6 +31,9 @@ struct VolumeWrite {
     bool operator==(const VolumeWrite&) const = default;
 
     bool isEmpty() const noexcept { return !channelVolumes && !mute; }
+
+    /// Takes over what `later` writes.
+    void merge(const VolumeWrite& later);
 };
 
 /// What somebody wants; nothing where nobody wants anything.
