@@ -1,5 +1,6 @@
 #include "e2e/PluginFixture.h"
 #include "platform/Timer.h"
+#include "plugin/WriteLanes.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -170,6 +171,9 @@ class PluginVolumeMemoryTest : public PluginVolumeTest {
   protected:
     static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
 };
+
+/// In a session of its own, which takes a while to recover from a crowd.
+class PluginCrowdTest : public PluginVolumeTest {};
 
 } // namespace
 
@@ -378,6 +382,43 @@ TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
     awaitCheckin(brief);
     application_->setVolume(crowd.pid(), 50);
     EXPECT_TRUE(hearsConstant(0.5 * gainOf(50)));
+    const std::string output = plugin_->output();
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
+}
+
+TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebodyIsStopped) {
+    constexpr int each = 100;
+    std::vector<std::unique_ptr<Player>> players;
+    while (players.size() < 3)
+        players.push_back(std::make_unique<Player>(each, 0ms, 0.0F));
+    Player stopped(2, 0ms, 0.0F);
+    std::size_t connections = 0;
+    const auto allHave = [&](std::size_t streams, const std::string& percent) {
+        return waitUntil([&] {
+            connections = std::max(connections, serverConnections());
+            return timesTold(": wanted " + percent + " %, has " + percent + " %") == streams;
+        });
+    };
+    for (const auto& player : players)
+        player->play();
+    stopped.play();
+    awaitCheckin(stopped);
+    for (const auto& player : players) {
+        awaitCheckin(*player);
+        application_->setVolume(player->pid(), 50);
+    }
+    EXPECT_TRUE(allHave(3 * each, "50")) << runPlugin({"--status"}).output;
+    EXPECT_LE(connections, 1 + WriteLanes::mostShared);
+
+    stopped.process().signal(SIGSTOP);
+    application_->setVolume(stopped.pid(), 70);
+    for (const auto& player : players)
+        application_->setVolume(player->pid(), 60);
+    EXPECT_TRUE(allHave(3 * each, "60")) << runPlugin({"--status"}).output;
+    EXPECT_LE(connections, 1 + WriteLanes::mostShared + 1);
+    stopped.process().signal(SIGCONT);
+    EXPECT_TRUE(allHave(2, "70")) << runPlugin({"--status"}).output;
+    EXPECT_TRUE(waitUntil([] { return serverConnections() == 1; }));
     const std::string output = plugin_->output();
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
 }
