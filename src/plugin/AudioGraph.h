@@ -57,6 +57,11 @@ class AudioGraph {
     /// The client that owns the node; none for what the server has made itself.
     std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
 
+    /// The node's object.serial, and the greatest of all objects so far; 0 when unknown. The server
+    /// gives each object a greater one than all before.
+    std::uint64_t serialOf(std::uint32_t node) const;
+    std::uint64_t newestSerial() const noexcept { return newestSerial_; }
+
     /// Stands for the process that serves the node: the same number for all nodes of one. 0 for the
     /// server itself.
     std::uint32_t ownerOf(std::uint32_t node) const;
@@ -80,6 +85,7 @@ class AudioGraph {
         std::string name;
         std::optional<std::uint32_t> client;
         std::string role;
+        std::uint64_t serial;
     };
     struct Port {
         std::uint32_t node;
@@ -91,6 +97,7 @@ class AudioGraph {
         std::uint32_t destination;
     };
 
+    std::uint64_t newestSerial_ = 0;
     std::map<std::uint32_t, Node> nodes_;
     std::map<std::uint32_t, std::uint32_t> processes_; // by client, as the kernel told the server
     using PortKey = std::tuple<std::uint32_t, bool, std::uint32_t, std::uint32_t>;

@@ -15,7 +15,7 @@ using platform::MonotonicClock;
 namespace {
 
 // What was measured within one cycle of a change of the gain belongs to the old or the new one; the
-// longest cycle usual is 8192 samples at 48 kHz.
+// longest cycle usual is 8192 samples at 48 kHz. Of a stream that does not run nothing is measured.
 constexpr std::chrono::milliseconds settlingTime{200};
 
 } // namespace
@@ -94,7 +94,7 @@ void AudioStream::propsChanged(const spa_pod* param) {
 
 void AudioStream::noteGains(const StreamProps& props) {
     const auto& before = keeper_.props();
-    if (before && !haveSameGains(*before, props))
+    if (running_ && before && !haveSameGains(*before, props))
         gainSettled_ = MonotonicClock::now() + settlingTime;
     if (!isSameGain(props.volume, before.value_or(StreamProps{}).volume))
         platform::systemLog(platform::LogPriority::info,

@@ -2,23 +2,28 @@
 
 #include "platform/SystemLog.h"
 #include "platform/Timer.h"
+#include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/StreamParam.h"
 
 #include <cerrno>
 #include <cstring>
+#include <spa/utils/string.h>
 #include <utility>
 
 using platform::MonotonicClock;
 
 struct NodeWriter::Connection {
     Connection(NodeWriter& owner, WriteLanes::Lane number, pw_core* connected)
-        : writer(owner), lane(number), core(connected) {
+        : writer(owner), lane(number), core(connected), newestSerial(owner.graph_.newestSerial()) {
         pw_core_add_listener(core, hook->get(), &coreEvents, this);
         registry.reset(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0));
+        if (registry != nullptr)
+            pw_registry_add_listener(registry.get(), registryHook->get(), &registryEvents, this);
     }
     ~Connection() {
         nodes.clear();
+        registryHook.reset();
         registry.reset();
         hook.reset();
         pw_core_disconnect(core);
@@ -35,11 +40,24 @@ struct NodeWriter::Connection {
         return bound.get();
     }
 
+    void told(const spa_dict* properties) {
+        const char* const text =
+            properties != nullptr ? spa_dict_lookup(properties, PW_KEY_OBJECT_SERIAL) : nullptr;
+        std::uint64_t serial = 0;
+        if (text == nullptr || !spa_atou64(text, &serial, 10) || serial <= newestSerial)
+            return;
+        newestSerial = serial;
+        writer.lanes_.heard(MonotonicClock::now());
+        writer.schedule();
+    }
+
     NodeWriter& writer;
     const WriteLanes::Lane lane;
     pw_core* const core;
+    std::uint64_t newestSerial; // that the server has told this connection of
     std::unique_ptr<ListenerHook> hook = std::make_unique<ListenerHook>();
     ProxyHandle<pw_registry> registry;
+    std::unique_ptr<ListenerHook> registryHook = std::make_unique<ListenerHook>();
     std::map<std::uint32_t, ProxyHandle<pw_node>> nodes;
 };
 
@@ -61,19 +79,31 @@ const pw_core_events NodeWriter::coreEvents = [] {
     return events;
 }();
 
-NodeWriter::NodeWriter(platform::RunLoop& loop, const AudioServer& server,
-                       std::function<std::uint32_t(std::uint32_t node)> ownerOf)
-    : server_(server)
-    , ownerOf_(std::move(ownerOf))
-    , timer_(std::make_unique<platform::Timer>(loop, [this] {
+const pw_registry_events NodeWriter::registryEvents = [] {
+    pw_registry_events events{};
+    events.version = PW_VERSION_REGISTRY_EVENTS;
+    events.global = [](void* data, std::uint32_t, std::uint32_t, const char*, std::uint32_t,
+                       const spa_dict* properties) {
+        static_cast<Connection*>(data)->told(properties);
+    };
+    return events;
+}();
+
+NodeWriter::NodeWriter(platform::RunLoop& loop, const AudioServer& server, const AudioGraph& graph)
+    : server_(server), graph_(graph), timer_(std::make_unique<platform::Timer>(loop, [this] {
         lanes_.serve(MonotonicClock::now());
         schedule();
     })) {}
 
 NodeWriter::~NodeWriter() = default;
 
+void NodeWriter::prepare() {
+    lanes_.prepare(MonotonicClock::now());
+    schedule();
+}
+
 void NodeWriter::write(std::uint32_t node, const VolumeWrite& change) {
-    lanes_.write(node, ownerOf_(node), change, MonotonicClock::now());
+    lanes_.write(node, graph_.ownerOf(node), change, MonotonicClock::now());
     schedule();
 }
 
@@ -96,7 +126,8 @@ bool NodeWriter::settle() {
 bool NodeWriter::open(WriteLanes::Lane lane) {
     pw_core* const core = server_.openCore();
     if (core == nullptr) {
-        platform::systemLog(platform::LogPriority::error, "Couldn't change a stream: %s (%d)",
+        platform::systemLog(platform::LogPriority::error,
+                            "Couldn't connect to the sound server for changes: %s (%d)",
                             std::strerror(errno), errno);
         return false;
     }
@@ -106,6 +137,10 @@ bool NodeWriter::open(WriteLanes::Lane lane) {
 
 void NodeWriter::close(WriteLanes::Lane lane) {
     connections_.erase(lane);
+}
+
+bool NodeWriter::knows(WriteLanes::Lane lane, std::uint32_t node) const {
+    return graph_.serialOf(node) <= connections_.at(lane)->newestSerial;
 }
 
 int NodeWriter::send(WriteLanes::Lane lane, std::uint32_t node, const VolumeWrite& change) {

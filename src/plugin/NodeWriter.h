@@ -4,10 +4,10 @@
 #include "plugin/WriteLanes.h"
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 
+class AudioGraph;
 class AudioServer;
 
 namespace platform {
@@ -16,15 +16,17 @@ class Timer;
 } // namespace platform
 
 /// Changes the programs' streams, over connections that are made when they are needed and closed
-/// when nothing has been changed for a while; see WriteLanes. The run loop's thread only.
+/// again when they are of no use; see WriteLanes. The run loop's thread only.
 class NodeWriter : private WriteLanes::Outlet {
   public:
-    /// Two nodes are served by one process when `ownerOf` answers the same number for both.
-    NodeWriter(platform::RunLoop& loop, const AudioServer& server,
-               std::function<std::uint32_t(std::uint32_t node)> ownerOf);
+    /// `graph` is that of the server, with all nodes that are to be changed.
+    NodeWriter(platform::RunLoop& loop, const AudioServer& server, const AudioGraph& graph);
     ~NodeWriter() override;
     NodeWriter(const NodeWriter&) = delete;
     NodeWriter& operator=(const NodeWriter&) = delete;
+
+    /// The server is there: a connection is made, so that it is at hand.
+    void prepare();
 
     /// Changes the node, at once unless an earlier change of it is still on its way. Lost, after a
     /// line in the log, when the server takes no connection.
@@ -45,13 +47,15 @@ class NodeWriter : private WriteLanes::Outlet {
 
     bool open(WriteLanes::Lane lane) override;
     void close(WriteLanes::Lane lane) override;
+    bool knows(WriteLanes::Lane lane, std::uint32_t node) const override;
     int send(WriteLanes::Lane lane, std::uint32_t node, const VolumeWrite& change) override;
     void schedule();
 
     static const pw_core_events coreEvents;
+    static const pw_registry_events registryEvents;
 
     const AudioServer& server_;
-    const std::function<std::uint32_t(std::uint32_t)> ownerOf_;
+    const AudioGraph& graph_;
     std::map<WriteLanes::Lane, std::unique_ptr<Connection>> connections_;
     WriteLanes lanes_{*this};
     const std::unique_ptr<platform::Timer> timer_;

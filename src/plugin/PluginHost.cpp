@@ -22,7 +22,7 @@ PluginHost::PluginHost(platform::RunLoop& loop)
     , programs_(loop, *this)
     , effects_(loop, programs_)
     , server_(loop, *this)
-    , writer_(loop, server_, [this](std::uint32_t node) { return graph_.ownerOf(node); })
+    , writer_(loop, server_, graph_)
     , levels_(loop, graph_, programs_) {
     server_.start();
 }
@@ -53,6 +53,7 @@ PluginStatus PluginHost::status() const {
 void PluginHost::serverConnected() {
     levels_.attach(*server_.core());
     effects_.serverConnected();
+    writer_.prepare();
 }
 
 void PluginHost::serverLost() {

@@ -51,6 +51,9 @@ class Program : private AppConnection::Listener {
     /// Gives the stream the program's volume, from now on too. The stream must be removed before it
     /// goes.
     void add(AudioStream& stream);
+
+    /// Leaves the stream, of whatever program, with the volume that it has. What the program wants
+    /// stays, also when that was its last stream.
     void remove(AudioStream& stream);
     const std::unordered_set<AudioStream*>& streams() const noexcept { return streams_; }
 

@@ -71,17 +71,16 @@ void ProgramTable::connectNow() {
 }
 
 void ProgramTable::connectMissing() {
-    bool connected = true;
+    bool allConnected = true;
     for (const auto& program : programs_) {
         const bool before = program->isConnected();
-        connected = program->connect();
-        if (!connected)
-            break;
+        const bool connected = program->connect();
+        allConnected = allConnected && connected;
         // The application is there; what it has no room for yet need not wait long.
-        if (!before)
+        if (connected && !before)
             pauses_.reset();
     }
-    if (connected)
+    if (allConnected)
         retry_->stop();
     else
         retry_->start(pauses_.next());

@@ -4,6 +4,11 @@
 #include <iterator>
 #include <utility>
 
+void WriteLanes::prepare(TimePoint now) {
+    if (sharedLanes() == 0)
+        open({}, now);
+}
+
 void WriteLanes::write(std::uint32_t stream, std::uint32_t owner, const VolumeWrite& change,
                        TimePoint now) {
     Stream& known = streams_.try_emplace(stream, Stream{owner, {}, false}).first->second;
@@ -48,11 +53,13 @@ void WriteLanes::broken(Lane id) {
 std::optional<WriteLanes::TimePoint> WriteLanes::due() const noexcept {
     std::optional<TimePoint> first;
     for (const auto& [id, lane] : lanes_) {
-        TimePoint due = lane.lastNews + restAfter;
+        TimePoint due = TimePoint::max();
         if (lane.isBroken || isForsaken(lane))
             due = {};
-        else if (!lane.sent.empty())
-            due = lane.suspect ? TimePoint::max() : lane.lastNews + longestWait;
+        else if (lane.sent.empty() && !isKept(id))
+            due = lane.lastNews + restAfter;
+        else if (!lane.sent.empty() && !lane.suspect)
+            due = lane.lastNews + longestWait;
         if (due != TimePoint::max())
             first = std::min(first.value_or(due), due);
     }
@@ -66,7 +73,7 @@ void WriteLanes::serve(TimePoint now) {
     for (const Lane id : known) {
         const State& lane = lanes_.at(id);
         if (lane.isBroken || isForsaken(lane) ||
-            (lane.sent.empty() && now - lane.lastNews >= restAfter))
+            (lane.sent.empty() && !isKept(id) && now - lane.lastNews >= restAfter))
             drop(id, now);
         else if (isOverdue(lane, now))
             isolate(id, now);
@@ -98,7 +105,8 @@ std::optional<WriteLanes::Lane> WriteLanes::open(std::optional<std::uint32_t> su
 
 /// What is open and may take a change now. The changes of one owner go one way: what it is slow to
 /// answer holds up nobody else then.
-WriteLanes::Lanes::iterator WriteLanes::laneFor(std::uint32_t owner, TimePoint now) {
+WriteLanes::Lanes::iterator WriteLanes::laneFor(std::uint32_t stream, TimePoint now) {
+    const std::uint32_t owner = streams_.at(stream).owner;
     auto open = lanes_.end();
     for (auto each = lanes_.begin(); each != lanes_.end(); ++each) {
         const State& lane = each->second;
@@ -108,22 +116,29 @@ WriteLanes::Lanes::iterator WriteLanes::laneFor(std::uint32_t owner, TimePoint n
             std::ranges::find(lane.sent, owner, &Change::owner) != lane.sent.end())
             return each;
         const bool isPatient = lane.sent.empty() || now - lane.lastNews < patience;
-        if (!lane.suspect && isPatient && open == lanes_.end())
+        const bool isBetter = open == lanes_.end() || !outlet_.knows(open->first, stream);
+        if (!lane.suspect && isPatient && isBetter)
             open = each;
     }
     return open;
 }
 
-bool WriteLanes::mayOpen() const noexcept {
-    const auto isShared = [](const auto& each) {
-        return !each.second.suspect && !each.second.isBroken;
-    };
-    return std::ranges::count_if(lanes_, isShared) < static_cast<std::ptrdiff_t>(mostShared);
+std::size_t WriteLanes::sharedLanes() const noexcept {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(lanes_, [](const auto& each) { return isShared(each.second); }));
+}
+
+/// The newest of those that all may use.
+bool WriteLanes::isKept(Lane id) const noexcept {
+    return isShared(lanes_.at(id)) &&
+           std::none_of(lanes_.upper_bound(id), lanes_.end(),
+                        [](const auto& each) { return isShared(each.second); });
 }
 
 void WriteLanes::route(std::uint32_t stream, TimePoint now) {
-    auto lane = laneFor(streams_.at(stream).owner, now);
-    if (lane == lanes_.end() && !mayOpen()) {
+    auto lane = laneFor(stream, now);
+    const bool isNew = lane != lanes_.end() && !outlet_.knows(lane->first, stream);
+    if (isNew || (lane == lanes_.end() && sharedLanes() >= mostShared)) {
         heldUp_ = true;
         return;
     }
@@ -207,6 +222,8 @@ void WriteLanes::isolate(Lane stuck, TimePoint now) {
         else
             streams_.erase(known);
     }
+    if (isOpen)
+        prepare(now);
 }
 
 void WriteLanes::drop(Lane id, TimePoint now) {

@@ -18,9 +18,10 @@
 /// Such a program gets a lane of its own until it answers; what was behind it is sent again over
 /// another one.
 ///
-/// All programs that answer share a lane. A second one is opened for what comes while somebody is
-/// slow. While a change of a stream is on its way, later ones of that stream wait and become one.
-/// Owns no clock, timer or connection. Any thread, one at a time.
+/// All programs that answer share a lane, which is kept: on a busy machine the server may take
+/// longer to accept a connection than a new stream takes to be heard. A second one is opened for
+/// what comes while somebody is slow. While a change of a stream is on its way, later ones of that
+/// stream wait and become one. Owns no clock, timer or connection. Any thread, one at a time.
 class WriteLanes {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -32,7 +33,7 @@ class WriteLanes {
     /// From this long without an answer on, a program is taken to be stopped.
     static constexpr std::chrono::milliseconds longestWait{250};
 
-    /// So long after its last answer a lane is closed.
+    /// So long after its last answer a lane is closed, unless it is the one to keep.
     static constexpr std::chrono::seconds restAfter{5};
 
     static constexpr std::size_t mostShared = 2;
@@ -48,6 +49,10 @@ class WriteLanes {
         /// Ends the connection. What the server has not read of it must be lost.
         virtual void close(Lane lane) = 0;
 
+        /// Whether the server has told this connection of the stream. It refuses what a connection
+        /// asks of an object that is too new for it. A new connection knows all.
+        virtual bool knows(Lane lane, std::uint32_t stream) const = 0;
+
         /// Sends the change, then a question, and answers the number of that.
         virtual int send(Lane lane, std::uint32_t stream, const VolumeWrite& change) = 0;
     };
@@ -55,12 +60,18 @@ class WriteLanes {
     /// `outlet` must outlive this.
     explicit WriteLanes(Outlet& outlet) noexcept : outlet_(outlet) {}
 
+    /// Opens the lane that is kept. Without it the first change does.
+    void prepare(TimePoint now);
+
     /// Changes a stream as soon as it can be done. `owner` stands for the process that serves the
     /// stream. What the server takes no connection for is lost.
     void write(std::uint32_t stream, std::uint32_t owner, const VolumeWrite& change, TimePoint now);
 
     /// The stream has gone.
     void forget(std::uint32_t stream);
+
+    /// Some lane knows a stream more.
+    void heard(TimePoint now) { routeHeldUp(now); }
 
     /// The question and all before it in the lane have been answered.
     void answered(Lane lane, int question, TimePoint now);
@@ -102,8 +113,10 @@ class WriteLanes {
     using Lanes = std::map<Lane, State>;
 
     std::optional<Lane> open(std::optional<std::uint32_t> suspect, TimePoint now);
-    Lanes::iterator laneFor(std::uint32_t owner, TimePoint now);
-    bool mayOpen() const noexcept;
+    Lanes::iterator laneFor(std::uint32_t stream, TimePoint now);
+    static bool isShared(const State& lane) noexcept { return !lane.suspect && !lane.isBroken; }
+    std::size_t sharedLanes() const noexcept;
+    bool isKept(Lane lane) const noexcept;
     void route(std::uint32_t stream, TimePoint now);
     void send(Lanes::iterator lane, std::uint32_t stream, TimePoint now);
     void routeHeldUp(TimePoint now);
@@ -117,5 +130,5 @@ class WriteLanes {
     Lane newest_ = 0;
     Lanes lanes_;
     std::map<std::uint32_t, Stream> streams_; // that have a change waiting or on its way
-    bool heldUp_ = false;                     // some stream found no lane
+    bool heldUp_ = false;                     // some stream found no lane yet
 };

@@ -1,12 +1,16 @@
 #include "e2e/PluginFixture.h"
 #include "plugin/PluginHost.h"
 #include "support/GraphStream.h"
+#include "support/ManualClock.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <atomic>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -18,6 +22,7 @@ using support::PrivateAudioSession;
 using support::runCommand;
 using support::Tone;
 using support::waitUntil;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -171,6 +176,56 @@ TEST_F(PluginLevelTest, ACycleThatIsLongerThanTheApplicationsPatienceMakesNoSile
     EXPECT_TRUE(levelIs(program, tonePeak, 50));
     setCycle("0");
     EXPECT_TRUE(levelIs(program, tonePeak, 50));
+}
+
+TEST_F(PluginLevelTest, LevelsComeTwentyToThirtyTimesASecondWhateverTheGraphsCycleIs) {
+    using Samples = std::chrono::duration<std::int64_t, std::ratio<1, 48000>>;
+    constexpr auto takes = 2s;
+    plugin_.reset();
+    recorder_.reset();
+    application_.reset();
+    support::ManualClock clock;
+    application_.emplace();
+    const PluginHost plugin(loop_);
+    std::atomic<std::int64_t> played = 0;
+    const auto self = support::GraphStream::player([&played](std::span<float> samples) {
+        std::fill(samples.begin(), samples.end(), 0.25F);
+        played += static_cast<std::int64_t>(samples.size() / 2);
+    });
+    self->setActive(true);
+    const auto pid = static_cast<std::uint32_t>(::getpid());
+    const Levels& levels = application_->levelsOf(pid);
+    // The clock goes by what is played, so that it does not matter how fast this machine is. What a
+    // pause of the machine has left to catch up is left out.
+    const auto playFor = [&](auto condition) {
+        return waitUntil([&] {
+            constexpr std::chrono::milliseconds most = 300ms;
+            const auto passed =
+                std::chrono::duration_cast<std::chrono::milliseconds>(Samples(played.exchange(0)));
+            const auto end = clock.now() + std::min(passed, most);
+            while (clock.now() < end) {
+                clock.advance(1ms);
+                support::serveEvents(); // the plug-in sends
+                support::serveEvents(); // the application receives
+            }
+            return condition();
+        });
+    };
+    const auto hearsSelf = [&] { return !levels.empty() && isNear(levels.back().level, 0.25); };
+    ASSERT_TRUE(playFor(hearsSelf));
+    for (const std::string cycle : {"1024", "8192", "0"}) {
+        setCycle(cycle);
+        const auto begin = clock.now();
+        ASSERT_TRUE(playFor([&] { return clock.now() - begin > 1s; }));
+        const std::size_t before = levels.size();
+        ASSERT_TRUE(playFor([&] { return clock.now() - begin > 1s + takes; }));
+        EXPECT_GE(levels.size() - before, 20U * takes.count());
+        EXPECT_LE(levels.size() - before, 30U * takes.count());
+        for (std::size_t i = before; i < levels.size(); ++i) {
+            EXPECT_LE(levels[i].arrived - levels[i - 1].arrived, 60ms) << cycle;
+            EXPECT_TRUE(isNear(levels[i].level, 0.25)) << cycle << ": " << levels[i].level;
+        }
+    }
 }
 
 TEST_F(PluginLevelTest, ThereAreMetersOnlyWhileAProgramPlaysAndTheApplicationListens) {

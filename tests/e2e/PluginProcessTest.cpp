@@ -215,14 +215,3 @@ TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
     EXPECT_TRUE(tells("wanted 80 %, has 80 %"));
     EXPECT_TRUE(hears(tonePeak * gainOf(80)));
 }
-
-TEST_F(PluginProcessTest, AConnectionForChangesIsClosedWhenItIsNotNeededAnyMore) {
-    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-    const auto program = awaitProgram(player);
-    for (const int percent : {50, 70}) {
-        application_->setVolume(program.pid, percent);
-        ASSERT_TRUE(hears(tonePeak * gainOf(percent)));
-        EXPECT_EQ(serverConnections(), 2U);
-        EXPECT_TRUE(waitUntil([&] { return serverConnections() == 1; }));
-    }
-}
