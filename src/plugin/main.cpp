@@ -3,7 +3,7 @@
 #include "platform/DistributedNotification.h"
 #include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/RunLoopDispatcher.h"
 #include "platform/SessionLock.h"
 #include "platform/SignalEvents.h"
 #include "platform/SystemLog.h"
@@ -33,7 +33,7 @@ constexpr const char* usage = "Usage: Tonvale [--help | --version | --status]\n"
                               "  --version  print the version\n"
                               "  --help     print this text\n";
 
-int serve() {
+int serve(platform::RunLoop& loop) {
     platform::SessionLock lock("com.quarnel.Tonvale.Plugin");
     if (!lock.take()) {
         platform::systemLog(platform::LogPriority::warning,
@@ -41,8 +41,6 @@ int serve() {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
-    platform::RunLoop loop;
-    const platform::RunLoopNotifier notifier(loop);
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     PluginHost host(loop);
     const platform::DistributedNotificationObserver launches(
@@ -71,10 +69,10 @@ int run(int argc, char** argv) {
     if (argc == 2 && option != "--status")
         return failUsage("unknown option", option);
     platform::unblockSignals();
-    // The other event loop that Qt may take costs more for each event, and nobody needs it here.
-    qputenv("QT_NO_GLIB", "1");
+    platform::RunLoop loop;
+    QCoreApplication::setEventDispatcher(new platform::RunLoopDispatcher(loop));
     const QCoreApplication application(argc, argv);
-    return argc == 2 ? printPluginStatus() : serve();
+    return argc == 2 ? printPluginStatus() : serve(loop);
 }
 
 } // namespace
