@@ -32,4 +32,14 @@ std::size_t utf8Length(std::string_view text) noexcept {
     return invalid ? 0 : length;
 }
 
+char32_t utf8CodePoint(std::string_view character) noexcept {
+    if (character.size() == 1)
+        return static_cast<unsigned char>(character.front());
+    // The lead byte holds as many bits less as the character has bytes.
+    char32_t code = static_cast<unsigned char>(character.front()) & (0x7FU >> character.size());
+    for (const char each : character.substr(1))
+        code = code << 6U | (static_cast<unsigned char>(each) & 0x3FU);
+    return code;
+}
+
 } // namespace platform

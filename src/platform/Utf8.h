@@ -10,4 +10,7 @@ namespace platform {
 /// Unicode. Any thread.
 std::size_t utf8Length(std::string_view text) noexcept;
 
+/// The code point of one whole character, or of one byte that is none.
+char32_t utf8CodePoint(std::string_view character) noexcept;
+
 } // namespace platform

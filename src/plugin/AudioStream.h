@@ -4,6 +4,7 @@
 #include "platform/StreamProcess.h"
 #include "plugin/NodeWriter.h"
 #include "plugin/PipeWireHandles.h"
+#include "plugin/StreamObstacle.h"
 #include "plugin/StreamVolume.h"
 #include "plugin/VolumeKeeper.h"
 
@@ -11,6 +12,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace platform {
 class RunLoop;
@@ -34,6 +36,9 @@ class AudioStream {
         /// Somebody else changed the volume or the mute of the stream, which shows a person's will.
         /// May be called from within adopt().
         virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
+
+        /// obstacle() may be another.
+        virtual void streamObstacleChanged(AudioStream& stream) = 0;
     };
 
     /// Whether the server had the stream when we connected to it.
@@ -68,6 +73,9 @@ class AudioStream {
     /// What the server told of its volume; nothing until it has.
     const std::optional<StreamProps>& props() const noexcept { return keeper_.props(); }
 
+    /// Why its volume cannot be set, for people; empty when it can, or nobody knows yet.
+    std::string_view obstacle() const noexcept { return obstacle_.reason(); }
+
     /// What was asked for.
     const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
 
@@ -97,6 +105,8 @@ class AudioStream {
   private:
     void informed(const pw_node_info& info);
     void propsChanged(const spa_pod* param);
+    void noteParameters(const pw_node_info& info);
+    void formatTold(std::uint32_t index, const spa_pod* param);
     void noteGains(const StreamProps& props);
     void write(const VolumeWrite& write);
 
@@ -111,6 +121,9 @@ class AudioStream {
     bool described_ = false;
     bool internal_ = false;
     bool running_ = false;
+
+    StreamObstacle obstacle_;
+    const std::unique_ptr<platform::Timer> review_; // of the obstacle, when all has been told
 
     VolumeKeeper keeper_;
     const std::unique_ptr<platform::Timer> ramp_;

@@ -6,12 +6,28 @@
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
 #include "plugin/PluginStatus.h"
+#include "plugin/PreferencesWatch.h"
 #include "plugin/ProgramTable.h"
+#include "plugin/RememberedVolumes.h"
 #include "plugin/SoundEffects.h"
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+
+/// What the application is told beside its socket.
+struct ApplicationReports {
+    /// Another mixer has set a program's volume or mute. Above 100 percent as it is.
+    std::function<void(std::uint32_t pid, int percent, bool muted)> changedElsewhere =
+        [](std::uint32_t, int, bool) {};
+    /// None of the program's streams has a volume that can be set, for this reason, which is
+    /// for people; when it is empty, one has.
+    std::function<void(std::uint32_t pid, const std::string& reason)> notControllable =
+        [](std::uint32_t, const std::string&) {};
+};
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
@@ -21,9 +37,10 @@ class PluginHost : private AudioServer::Listener,
                    private AudioStream::Listener,
                    private ProgramTable::Listener {
   public:
-    /// Begins its work with the loop's next turn. Throws std::runtime_error when the PipeWire
-    /// library cannot be used.
-    explicit PluginHost(platform::RunLoop& loop);
+    /// Begins its work with the loop's next turn; reads the preferences at once. Its main queue
+    /// must be served for changes of the preferences to be noticed. Throws std::runtime_error when
+    /// the PipeWire library cannot be used.
+    explicit PluginHost(platform::RunLoop& loop, ApplicationReports reports = {});
     ~PluginHost() override;
     PluginHost(const PluginHost&) = delete;
     PluginHost& operator=(const PluginHost&) = delete;
@@ -60,9 +77,20 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
+    void streamObstacleChanged(AudioStream& stream) override;
+    void programAdded(Program& program) override;
+    void programConnected(Program& program) override;
     void programGoes(Program& program) override;
     void programCommanded(Program& program, const WantedVolume& change) override;
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
+    void ignoreListChanged() override { preferences_.readAgain(); }
     void connectionsChanged() override;
+
+    void preferencesRead(const Preferences& preferences);
+    void follow(Program& program, const RememberedVolumes::Consequence& consequence);
+    void want(Program& program, const WantedVolume& change);
+    void leaveAlone(Program& program, bool freed);
+    void reviewObstacle(Program& program);
 
     void forgetServer();
     void dropClient(std::uint32_t id);
@@ -73,6 +101,9 @@ class PluginHost : private AudioServer::Listener,
     void release(Voice& voice);
 
     platform::RunLoop& loop_;
+    const ApplicationReports reports_;
+    PreferencesWatch preferences_;
+    RememberedVolumes remembered_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node

@@ -53,7 +53,9 @@ std::string programText(const ProgramStatus& program) {
     return platform::printableText(process.name) + " (pid " + std::to_string(process.pid) + ", " +
            (process.path.empty() ? "path unknown" : platform::printableText(process.path)) + ", " +
            proofText(process.proof) + "): " + wantedText(program.wanted) +
-           (program.connected ? "" : ", the application does not know of it") + "\n";
+           (program.leftAlone ? ", ignored" : "") +
+           (program.connected ? "" : ", the application does not know of it") +
+           (program.obstacle.empty() ? "" : "; can't be set: " + program.obstacle) + "\n";
 }
 
 std::string streamText(const StreamStatus& stream) {

@@ -23,6 +23,8 @@ struct ProgramStatus {
     WantedVolume wanted; ///< what its next stream will get
     bool connected = false;
     std::vector<StreamStatus> streams;
+    bool leftAlone = false; ///< it is ignored
+    std::string obstacle;   ///< why no volume of it can be set; empty when one can
 };
 
 struct PluginStatus {

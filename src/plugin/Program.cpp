@@ -2,6 +2,15 @@
 
 #include "plugin/AudioStream.h"
 
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr WantedVolume fullVolume{1.0F, false};
+
+} // namespace
+
 Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
     : loop_(loop)
     , process_(std::move(process))
@@ -16,6 +25,10 @@ void Program::add(AudioStream& stream) {
     if (streams_.empty())
         remembered_ = wanted_;
     streams_.insert(&stream);
+    if (leftAlone_) {
+        stream.adopt(std::exchange(freesNext_, false) ? fullVolume : WantedVolume{});
+        return;
+    }
     // What one of several that played before us has is not the will for the others.
     stream.adopt(stream.origin() == AudioStream::Origin::existed ? remembered_ : wanted_);
 }
@@ -25,16 +38,52 @@ void Program::remove(AudioStream& stream) {
 }
 
 void Program::changedElsewhere(const WantedVolume& change) {
+    if (leftAlone_)
+        return;
     const WantedVolume before = wanted_;
     wanted_.merge(change);
     if (wanted_ != before)
-        listener_.programChangedElsewhere(*this);
+        listener_.programChangedElsewhere(*this, before);
+}
+
+void Program::recall(const WantedVolume& remembered) {
+    wanted_.merge(remembered);
+    remembered_.merge(remembered);
+}
+
+void Program::want(const WantedVolume& change) {
+    if (!leftAlone_)
+        recall(change);
+    for (AudioStream* const stream : streams_)
+        stream->want(change);
+}
+
+void Program::leaveAlone(bool freed) {
+    leftAlone_ = true;
+    wanted_ = {};
+    remembered_ = {};
+    freesNext_ = freed && streams_.empty();
+    if (freed)
+        want(fullVolume);
+}
+
+bool Program::reviewObstacle() {
+    const bool isOpen = std::ranges::any_of(
+        streams_, [](const AudioStream* each) { return each->obstacle().empty(); });
+    if (streams_.empty())
+        return false;
+    std::string obstacle(isOpen ? std::string_view() : (*streams_.begin())->obstacle());
+    return std::exchange(obstacle_, std::move(obstacle)) != obstacle_;
 }
 
 bool Program::connect() {
+    if (connection_ != nullptr)
+        return true;
+    connection_ = AppConnection::open(loop_, process_, *this);
     if (connection_ == nullptr)
-        connection_ = AppConnection::open(loop_, process_, *this);
-    return connection_ != nullptr;
+        return false;
+    listener_.programConnected(*this);
+    return true;
 }
 
 void Program::report(float level) {
@@ -50,10 +99,7 @@ void Program::commandArrived(const MVCommConsoleMessage& command) {
         change.gain = gainOfPercent(command.value);
     else
         change.muted = command.value != 0;
-    wanted_.merge(change);
-    remembered_.merge(change);
-    for (AudioStream* const stream : streams_)
-        stream->want(change);
+    want(change);
     listener_.programCommanded(*this, change);
 }
 

@@ -8,16 +8,6 @@
 
 namespace {
 
-char32_t codePoint(std::string_view character) noexcept {
-    if (character.size() == 1)
-        return static_cast<unsigned char>(character.front());
-    // The lead byte holds as many bits less as the character has bytes.
-    char32_t code = static_cast<unsigned char>(character.front()) & (0x7FU >> character.size());
-    for (const char each : character.substr(1))
-        code = code << 6U | (static_cast<unsigned char>(each) & 0x3FU);
-    return code;
-}
-
 /// Whether the character is a blank, a control character, or shows nothing.
 bool isUnseen(char32_t code) noexcept {
     struct Range {
@@ -40,7 +30,7 @@ std::string_view trimmed(std::string_view name) {
     for (std::size_t at = 0; at < name.size();) {
         const std::string_view rest = name.substr(at);
         const std::size_t length = std::max<std::size_t>(platform::utf8Length(rest), 1);
-        if (!isUnseen(codePoint(rest.substr(0, length)))) {
+        if (!isUnseen(platform::utf8CodePoint(rest.substr(0, length)))) {
             begin = std::min(begin, at);
             end = at + length;
         }

@@ -20,9 +20,11 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
          true,
          {{45, true, {gainOfPercent(50), true}, propsOf({0.125F, 0.0625F}, true)},
           {46, false, {}, std::nullopt},
-          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}}});
+          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}},
+         false,
+         {}});
     status.programs.push_back(
-        {{StreamProcess::firstPseudoProcess, "radio", "", {}}, {}, false, {}});
+        {{StreamProcess::firstPseudoProcess, "radio", "", {}}, {}, false, {}, true, "It is \"odd\"."});
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
@@ -32,21 +34,22 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
               "    stream 46 pauses: nothing wanted, volume not known yet\n"
               "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
               "radio (pid 1073741824, path unknown, claimed only, number of our own): "
-              "nothing wanted, the application does not know of it\n");
+              "nothing wanted, ignored, the application does not know of it; can't be set: It is "
+              "\"odd\".\n");
 }
 
 TEST(PluginStatus, TellsWhatIsMissing) {
     EXPECT_EQ(describe({}), "sound server: not connected\n"
                             "application: no program to tell it of\n");
     PluginStatus status{true, {}};
-    status.programs.push_back({{1, "player", "/p", {}}, {}, false, {}});
+    status.programs.push_back({{1, "player", "/p", {}}, {}, false, {}, false, {}});
     EXPECT_NE(describe(status).find("application: not connected\n"), std::string::npos);
 }
 
 TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
     PluginStatus status;
     status.programs.push_back(
-        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, true, {}});
+        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, true, {}, false, {}});
     EXPECT_NE(describe(status).find("\na\\nsound server: gone\\u001b[2J (pid 1, /\\u202e\\xff, "),
               std::string::npos)
         << describe(status);

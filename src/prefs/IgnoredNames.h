@@ -1,0 +1,26 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The names of the programs that get no item, for the application and its plug-ins. Plain data,
+/// any thread.
+
+/// The built-in ones, UTF-8, in no order that matters.
+std::span<const std::string_view> builtInIgnoredNames() noexcept;
+
+/// Whether both are the same name: their case does not count, in any locale.
+bool isSameIgnoredName(std::string_view one, std::string_view other);
+
+/// The ignore list as the preferences hold it.
+struct IgnoredNames {
+    std::vector<std::string> custom;          ///< the person's own names
+    std::vector<std::string> disabledBuiltIn; ///< built-in ones, exactly, that do not count
+
+    bool operator==(const IgnoredNames&) const = default;
+
+    /// Whether a program of this name, which is not what is displayed, gets no item.
+    bool contains(std::string_view name) const;
+};
