@@ -86,7 +86,7 @@ TEST_F(RememberedVolumesTest, ForASecondAfterACommandTheFileSaysNothingAboutThat
     clock_.advance(100ms);
     EXPECT_EQ(read({60, false}), nothing) << "an earlier step of a drag";
     EXPECT_EQ(consequences_[1].wanted, volume(60)) << "the other one follows the file";
-    EXPECT_EQ(remembered_.of("player"), volume(50));
+    EXPECT_EQ(remembered_.of("player"), both(50, false));
     clock_.advance(100ms);
     EXPECT_EQ(read({50, false}), nothing);
     EXPECT_EQ(consequences_[1].wanted, volume(50));
@@ -122,13 +122,14 @@ TEST_F(RememberedVolumesTest, WhatWasFoundAtFullVolumeIsNothingNew) {
 
 TEST_F(RememberedVolumesTest, WhatComesBackFromAReportIsNotTheFilesWord) {
     read(ProgramSetting{});
-    for (const int percent : {90, 80, 70, 120})
-        EXPECT_TRUE(changeElsewhere(volume(percent)));
+    const WantedVolume amplified{1.728F, {}}; // 120 percent
+    for (const WantedVolume& change : {volume(90), volume(80), volume(70), amplified})
+        EXPECT_TRUE(changeElsewhere(change));
     clock_.advance(1900ms);
     for (const int percent : {90, 70})
         EXPECT_EQ(read({percent, false}), nothing) << "others are behind it";
-    EXPECT_EQ(read(ProgramSetting{}), nothing) << "120 percent, as the application keeps it";
-    EXPECT_EQ(remembered_.of("player"), (WantedVolume{1.728F, {}}));
+    EXPECT_EQ(read(ProgramSetting{}), nothing) << "as the application keeps it";
+    EXPECT_EQ(remembered_.of("player"), amplified);
     EXPECT_EQ(read({60, false}), volume(60)) << "this is somebody's word";
     EXPECT_TRUE(changeElsewhere(volume(65)));
     clock_.advance(2s);
@@ -227,7 +228,7 @@ TEST_F(RememberedVolumesTest, NotificationSoundsHaveTheirTitleInTheFile) {
     programs_ = {{pid, "coreaudiod", {}}};
     Preferences preferences;
     preferences.programs["Sound Effects"] = {20, false};
-    read({});
+    read(Preferences{});
     EXPECT_EQ(read(preferences), volume(20));
     EXPECT_EQ(remembered_.of("coreaudiod"), both(20, false));
     preferences.ignored.custom = {"coreaudiod"};

@@ -13,9 +13,10 @@ namespace {
 
 /// A builder with room for a parameter.
 struct Builder {
-    std::array<std::byte, 1024> space{};
+    static constexpr std::uint32_t size = 1024;
+    std::array<std::byte, size> space{};
     spa_pod_builder builder{};
-    Builder() { spa_pod_builder_init(&builder, space.data(), space.size()); }
+    Builder() { spa_pod_builder_init(&builder, space.data(), size); }
 };
 
 const spa_pod* formatOf(Builder& space, std::uint32_t subtype) {
