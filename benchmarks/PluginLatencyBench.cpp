@@ -67,8 +67,10 @@ double commandLatency() {
     std::vector<double> latencies;
     for (int i = 0; i < commands; ++i) {
         restAtRandom(100ms);
-        const int percent = i % 2 == 0 ? 50 : 100;
-        const float gain = percent == 100 ? 1.0F : 0.125F;
+        // One step of a change that is led in steps, so that the first changed samples are the
+        // last.
+        const int percent = i % 2 == 0 ? 95 : 100;
+        const float gain = percent == 100 ? 1.0F : 0.95F * 0.95F * 0.95F;
         listener.await(Player::sample * gain);
         const auto sent = Clock::now();
         PluginStage::current().application().setVolume(ownPid(), percent);

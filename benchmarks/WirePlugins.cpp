@@ -21,7 +21,6 @@ namespace bench {
 namespace {
 
 constexpr std::chrono::seconds patience{10};
-constexpr std::uint32_t firstPid = 1U << 30U; // no process has such a number
 
 [[noreturn]] void fail(const char* what) {
     throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));

@@ -12,6 +12,9 @@
 
 namespace bench {
 
+inline constexpr std::uint32_t firstPid = 1U
+                                          << 30U; ///< of the plug-ins; no process has such a number
+
 /// The other end of the wire: many connections that say what real plug-ins say, each message in one
 /// write. Throws std::runtime_error when something does not go to the kernel whole.
 class WirePlugins {

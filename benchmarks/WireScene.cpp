@@ -71,6 +71,12 @@ Watchdog::~Watchdog() {
     thread_.join();
 }
 
+double cpuOf(const std::function<void()>& work) {
+    const double before = cpuTime(CLOCK_THREAD_CPUTIME_ID);
+    work();
+    return cpuTime(CLOCK_THREAD_CPUTIME_ID) - before;
+}
+
 double cpuTime(clockid_t clock) {
     timespec time{};
     ::clock_gettime(clock, &time);

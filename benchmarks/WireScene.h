@@ -53,9 +53,10 @@ class Told : public MVCommCallbacks {
     static inline std::size_t awaitedSilences;
     static inline std::function<void()> reached;
 
-  private:
+  protected:
     static void take(const MVCommActivityMessage* message);
 
+  private:
     const bool tellsOfConnections_;
 };
 
@@ -134,8 +135,11 @@ class Watchdog {
 /// CPU time in ns.
 double cpuTime(clockid_t clock);
 
+/// Of the calling thread, in ns.
+double cpuOf(const std::function<void()>& work);
+
 /// One server with what it needs. It serves on the calling thread.
-template <typename Server>
+template <typename Server, typename Callbacks = Told>
 class Scene {
   public:
     explicit Scene(Log* log = nullptr) : told_(log != nullptr), server_(path(), told_, log) {
@@ -161,6 +165,27 @@ class Scene {
             throw std::runtime_error("not all that was sent has come");
     }
 
+    /// CPU time, in ns, for one of many messages. The plug-ins are always ahead: whenever the
+    /// server comes to a connection, messages wait in it, each with another level than the one
+    /// before.
+    double stream(std::size_t connections) {
+        constexpr std::size_t waiting = 32; // messages in each connection
+        constexpr std::size_t messages = 96000;
+        WirePlugins plugins = connect(connections);
+        const auto serve = [&] {
+            plugins.sendActivity(waiting);
+            Told::awaited = plugins.sent();
+            return cpuOf([&] { run(); });
+        };
+        serve();
+        const std::size_t rounds = messages / waiting / connections;
+        double time = 0;
+        for (std::size_t i = 0; i < rounds; ++i)
+            time += serve();
+        Told::expect(plugins);
+        return time / static_cast<double>(rounds * waiting * connections);
+    }
+
     /// Runs `work` on a thread of its own, whose CPU time is the answer. When it throws, so does
     /// the run() in progress.
     std::future<double> start(const std::function<void()>& work) {
@@ -182,7 +207,7 @@ class Scene {
     }
 
     const support::PrivateFolder folder_;
-    const Told told_;
+    const Callbacks told_;
     Server server_;
     std::atomic<bool> hasFailed_ = false;
     const Watchdog watchdog_{[this] { fail(); }};

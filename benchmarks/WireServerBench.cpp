@@ -13,6 +13,7 @@
 namespace {
 
 using bench::Bare;
+using bench::cpuOf;
 using bench::cpuTime;
 using bench::Log;
 using bench::Ours;
@@ -20,32 +21,9 @@ using bench::Scene;
 using bench::Told;
 using bench::WirePlugins;
 
-/// Of the calling thread, in ns.
-double cpuOf(const std::function<void()>& work) {
-    const double before = cpuTime(CLOCK_THREAD_CPUTIME_ID);
-    work();
-    return cpuTime(CLOCK_THREAD_CPUTIME_ID) - before;
-}
-
-/// The plug-ins are always ahead: whenever the server comes to a connection, messages wait in it.
 template <typename Server>
 double stream(std::size_t connections) {
-    constexpr std::size_t waiting = 32; // messages in each connection
-    constexpr std::size_t messages = 96000;
-    Scene<Server> scene;
-    WirePlugins plugins = scene.connect(connections);
-    const auto serve = [&] {
-        plugins.sendActivity(waiting);
-        Told::awaited = plugins.sent();
-        return cpuOf([&] { scene.run(); });
-    };
-    serve();
-    const std::size_t rounds = messages / waiting / connections;
-    double time = 0;
-    for (std::size_t i = 0; i < rounds; ++i)
-        time += serve();
-    Told::expect(plugins);
-    return time / static_cast<double>(rounds * waiting * connections);
+    return Scene<Server>().stream(connections);
 }
 
 /// As a thousand plug-ins send that report 20 to 30 times a second, whatever their number here:

@@ -5,13 +5,16 @@
 #include "comm/MVCommSocketPath.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
+#include "platform/Bundle.h"
 #include "platform/Directories.h"
 #include "platform/DispatchQueue.h"
 #include "platform/ExceptionReport.h"
+#include "platform/PluginReports.h"
 #include "platform/SessionBus.h"
 #include "platform/SingleInstance.h"
 #include "platform/UserDefaults.h"
 #include "prefs/PreferenceKeys.h"
+#include "ui/AppVolumeController.h"
 #include "ui/VolumeWindow.h"
 
 #include <QCloseEvent>
@@ -72,11 +75,13 @@ std::vector<std::pair<unsigned, QString>> takeEarlyLines() {
 }
 
 void dataCallback(const MVCommActivityMessage* message) {
-    MVAppController::sharedController()->handleActivity(message);
+    if (shared != nullptr)
+        shared->handleActivity(message);
 }
 
 void updateCallback() {
-    MVAppController::sharedController()->updateApps();
+    if (shared != nullptr)
+        shared->updateApps();
 }
 
 } // namespace
@@ -132,17 +137,29 @@ void MVAppController::applicationDidFinishLaunching() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const auto step = [](const auto& work) { platform::guarded(kExceptionInLaunchStep, work); };
     step([this] { observeSignals(); });
-    window_ = std::make_unique<VolumeWindow>(comm_);
+    UserDefaults::standard().set(
+        PreferenceKeys::lastLaunchPath,
+        QString::fromStdString(platform::Bundle::main().contents().parent_path()));
+    makeWindow();
+    step([this] { connectPlugins(); });
+    step([this] { hearPlugin(); });
+    step([this] { volumeController_->update(); });
+    step([this] { updateWhenActive(); });
+    step([this] {
+        helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
+    });
+    step([this] { tellEarlyErrors(); });
+}
+
+void MVAppController::makeWindow() {
+    volumeController_ =
+        std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
+    window_ = std::make_unique<VolumeWindow>(*volumeController_);
     window_->installEventFilter(this);
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });
     showMainWindow();
-    step([this] { connectPlugins(); });
-    step([this] {
-        helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
-    });
-    step([this] { tellEarlyErrors(); });
 }
 
 void MVAppController::tellEarlyErrors() {
@@ -171,10 +188,28 @@ void MVAppController::connectPlugins() {
     comm_.setAppDisconnectCallback(&updateCallback);
     if (comm_.setupPluginConnectionWithCallBack(&dataCallback))
         return;
-    window_->showProblem(platform::formatted(
+    volumeController_->showProblem(platform::formatted(
         localized(QStringLiteral("No audio plug-in can connect, since the socket “%@” can't be "
                                  "used. The system log says why.")),
         MVCommMainSocketPath()));
+}
+
+void MVAppController::hearPlugin() {
+    AppVolumeController& controller = *volumeController_;
+    pluginReports_ = std::make_unique<platform::PluginReports>(platform::PluginReports::Handlers{
+        [&](std::uint32_t pid, int percent, bool muted) {
+            controller.changedElsewhere(pid, percent, muted);
+        },
+        [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
+        [&] { controller.pluginHasGone(); }});
+}
+
+void MVAppController::updateWhenActive() {
+    connect(qApp, &QGuiApplication::applicationStateChanged, window_.get(),
+            [this](Qt::ApplicationState state) {
+                if (state == Qt::ApplicationActive)
+                    volumeController_->update();
+            });
 }
 
 /// Once: a person who knows it need not be told again.
@@ -194,6 +229,8 @@ void MVAppController::endWithoutDisplay() {
     if (!shared || shared->shouldExit())
         return;
     shared->logWithLevel(qnlog_error, "The display has gone");
+    if (shared->volumeController_)
+        shared->volumeController_->shutdown();
     shared->comm_.shutdown();
     UserDefaults::standard().synchronize();
 }
@@ -202,8 +239,12 @@ void MVAppController::applicationWillTerminate() {
     setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
+    if (volumeController_)
+        volumeController_->shutdown();
     comm_.shutdown();
+    pluginReports_.reset();
     window_.reset();
+    volumeController_.reset();
     UserDefaults::standard().synchronize();
 }
 
@@ -234,11 +275,13 @@ void MVAppController::showMainWindow() {
 }
 
 void MVAppController::updateApps() {
-    window_->updateConnections();
+    if (volumeController_)
+        volumeController_->updateConnections();
 }
 
 void MVAppController::handleActivity(const MVCommActivityMessage* message) {
-    window_->handleActivity(message->pid, message->level);
+    if (volumeController_)
+        volumeController_->handleActivity(message);
 }
 
 /// A window that is closed comes back by the helper in the menu bar; without that the program ends.

@@ -6,15 +6,17 @@
 
 #include <memory>
 
+class AppVolumeController;
 class MVComm;
 class VolumeWindow;
 
 namespace platform {
 class BusNameWatch;
+class PluginReports;
 class SingleInstance;
 } // namespace platform
 
-/// The application: owns the window and the façade to the plug-ins, and knows what happens at the
+/// The application: owns the window and what is behind it, and knows what happens at the
 /// start, at the end, and when a person starts the program again. Main thread only.
 class MVAppController final : public QNGUIApplication {
     Q_OBJECT
@@ -38,14 +40,14 @@ class MVAppController final : public QNGUIApplication {
     void awakeFromNib() override;
     void applicationDidFinishLaunching() override;
 
-    /// The window, then the sockets, then what has been set.
+    /// What has been set and the window, then the sockets.
     void applicationWillTerminate() override;
 
     /// Shows the window if it is not visible. `token` is the desktop's leave to come to the front.
     bool applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token);
     void showMainWindow();
 
-    /// What the façade calls.
+    /// What the façade calls, at any time.
     void updateApps();
     void handleActivity(const MVCommActivityMessage* message);
 
@@ -59,14 +61,19 @@ class MVAppController final : public QNGUIApplication {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     void observeSignals();
+    void makeWindow();
     void connectPlugins();
+    void hearPlugin();
+    void updateWhenActive();
     void tellEarlyErrors();
     static void endWithoutDisplay();
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
     MVComm& comm_;
-    std::unique_ptr<VolumeWindow> window_;
+    std::unique_ptr<AppVolumeController> volumeController_;
+    std::unique_ptr<VolumeWindow> window_; // its view
+    std::unique_ptr<platform::PluginReports> pluginReports_;
     std::unique_ptr<platform::BusNameWatch> helper_;
     QString earlyError_; // what could not be read before there was a window
     bool hasToldThatNothingIsSaved_ = false;

@@ -21,12 +21,6 @@ namespace {
 constexpr std::chrono::milliseconds additionDelay{100};
 constexpr std::chrono::milliseconds announcementDelay{100};
 
-/// Empty for a user without a home.
-std::string containersFolder() {
-    std::string library = platform::userLibraryDirectory();
-    return !library.empty() ? library.append("/Containers") : library;
-}
-
 } // namespace
 
 MVComm& MVComm::sharedComm() {
@@ -40,9 +34,9 @@ MVComm::MVComm()
     , announcement_(*platform::RunLoop::current(),
                     [this] { broadcastDidLaunchNotificationDelayed(); })
     , nextEnd_(*platform::RunLoop::current(), [this] { endNextServer(); }) {
-    if (std::string folder = containersFolder(); !folder.empty())
-        containerWatch_ =
-            std::make_unique<ContainerWatch>(std::move(folder), [this] { injectIntoContainers(); });
+    if (const QString folder = containersFolder(); !folder.isEmpty())
+        containerWatch_ = std::make_unique<ContainerWatch>(QFile::encodeName(folder).toStdString(),
+                                                           [this] { injectIntoContainers(); });
     injectIntoContainers();
 }
 
@@ -72,14 +66,23 @@ bool MVComm::addCommForPath(const QString& path) {
 }
 
 QStringList MVComm::containerLibraries() {
-    const std::string folder = containersFolder();
-    if (folder.empty())
+    return containerLibraries(containersFolder());
+}
+
+QString MVComm::containersFolder() {
+    const std::string library = platform::userLibraryDirectory();
+    return library.empty() ? QString()
+                           : QFile::decodeName(library.c_str()) + QLatin1String("/Containers");
+}
+
+QStringList MVComm::containerLibraries(const QString& containers) {
+    if (containers.isEmpty())
         return {};
     QStringList libraries;
-    const QDir containers(QFile::decodeName(folder.c_str()));
+    const QDir folder(containers);
     for (const QString& entry :
-         containers.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name)) {
-        const QString data = containers.filePath(entry) + QLatin1String("/Data");
+         folder.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name)) {
+        const QString data = folder.filePath(entry) + QLatin1String("/Data");
         if (QFileInfo(data).isDir())
             libraries += data;
     }

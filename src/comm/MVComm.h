@@ -48,8 +48,14 @@ class MVComm final : public MVCommCallbacks {
     bool addCommForPath(const QString& path);
 
     /// The "Data" folders of the user's containers, those with a link as an entry included; empty
-    /// when they cannot be listed. Any thread.
+    /// when they cannot be listed. Any thread, as long as none changes the environment.
     static QStringList containerLibraries();
+
+    /// The same for the containers in a folder. Any thread.
+    static QStringList containerLibraries(const QString& containers);
+
+    /// The folder of the user's containers, which need not exist; empty for a user without a home.
+    static QString containersFolder();
 
     /// Has every container that may be written to be served, and ends the servers of those that
     /// have gone. Called whenever the containers change.

@@ -84,7 +84,7 @@ class MVCommAppValue final : public QObject {
     void hasActivityChanged(bool hasActivity); ///< after activityChanged()
 
   private:
-    friend class AppVolumeController; // which finds out that a name belongs to another process now
+    friend class AppList; // which finds out that a name belongs to another process now
 
     MVCommAppValue(QIcon icon, QString processName, std::uint32_t pid, bool isBeeps,
                    bool isRunningApp);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "comm/MVCommMessages.h"
+
 #include <QList>
 #include <QString>
 
@@ -8,7 +10,8 @@
 class MVComm;
 
 /// What the process of the system's sound effects is called.
-inline const QString kMVCommAudioDaemonName = QStringLiteral("coreaudiod");
+inline const QString kMVCommAudioDaemonName =
+    QLatin1String(kMVCommNotificationSoundsName.data(), kMVCommNotificationSoundsName.size());
 
 /// A program that is connected through its plug-in and has said who it is.
 struct MVCommConnectedProcess {

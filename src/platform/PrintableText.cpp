@@ -14,15 +14,6 @@ bool isControl(char32_t character) noexcept {
     return character < 0x20 || (character >= 0x7F && character <= 0x9F);
 }
 
-/// The character that `bytes`, whole and valid, stand for.
-char32_t decoded(std::string_view bytes) noexcept {
-    constexpr std::array<unsigned, 5> leadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
-    char32_t character = static_cast<unsigned char>(bytes[0]) & leadBits[bytes.size()];
-    for (const char byte : bytes.substr(1))
-        character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-    return character;
-}
-
 std::string escaped(const char* format, char32_t code) {
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), format, static_cast<unsigned>(code));
@@ -50,7 +41,7 @@ std::string printableText(std::string_view text) {
             result += escaped("\\x%02x", static_cast<unsigned char>(bytes[0]));
             continue;
         }
-        const char32_t character = decoded(bytes);
+        const char32_t character = utf8Character(bytes);
         if (character == U'\n')
             result += "\\n";
         else if (isControl(character) || disturbsLine(character))

@@ -121,6 +121,15 @@ std::vector<pid_t> processNumbers(pid_t process) {
     return {numbers.begin(), numbers.end()};
 }
 
+bool sharesProcessNumbers(pid_t process) {
+    const auto namespaceOf = [](const std::string& link) {
+        struct stat status {};
+        return ::stat(link.c_str(), &status) == 0 ? status.st_ino : 0;
+    };
+    static const ino_t ours = namespaceOf("/proc/self/ns/pid");
+    return ours != 0 && namespaceOf(processFile(process, "ns/pid")) == ours;
+}
+
 std::string controlGroups(pid_t process) {
     return readSmallFile(processFile(process, "cgroup")).value_or("");
 }

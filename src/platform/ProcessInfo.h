@@ -38,6 +38,10 @@ std::uint64_t ticksSinceBoot();
 /// outermost first. One number: the process counts as we do. Empty when nothing is known.
 std::vector<pid_t> processNumbers(pid_t process);
 
+/// Whether the process is certainly of our own pid namespace, so that it has one number only. Much
+/// cheaper than processNumbers().
+bool sharesProcessNumbers(pid_t process);
+
 /// The control groups of the process as the kernel lists them, a line for each hierarchy.
 std::string controlGroups(pid_t process);
 

@@ -186,6 +186,9 @@ class Candidates {
 
   private:
     void consider(pid_t process, pid_t number) {
+        // Most processes are told apart by this cheap look.
+        if (process != number && facts_.countsAsWeDo(process))
+            return;
         const std::vector<pid_t> numbers = facts_.numbers(process);
         if (numbers.empty() || numbers.back() != number || !belongs(process))
             return;
@@ -195,7 +198,8 @@ class Candidates {
         if (!countsAsWeDo && !claims_.application.empty() &&
             facts_.application(process) == claims_.application)
             applicationConfirmed_ = true;
-        if (hasBinary(process, claims_.binary, facts_))
+        if (hasBinary(process, claims_.binary, facts_) &&
+            !isSoundServer(programName(process, facts_)))
             matches_.push_back(process);
     }
 
@@ -256,6 +260,10 @@ std::vector<pid_t> StreamProcessFacts::processes() const {
 
 std::vector<pid_t> StreamProcessFacts::numbers(pid_t process) const {
     return processNumbers(process);
+}
+
+bool StreamProcessFacts::countsAsWeDo(pid_t process) const {
+    return platform::sharesProcessNumbers(process);
 }
 
 std::optional<std::string> StreamProcessFacts::executablePath(pid_t process) const {

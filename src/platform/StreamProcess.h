@@ -78,6 +78,7 @@ class StreamProcessFacts {
     virtual ~StreamProcessFacts() = default;
     virtual std::vector<pid_t> processes() const;
     virtual std::vector<pid_t> numbers(pid_t process) const; ///< see processNumbers()
+    virtual bool countsAsWeDo(pid_t process) const;          ///< see sharesProcessNumbers()
     virtual std::optional<std::string> executablePath(pid_t process) const;
     virtual std::optional<std::string> commandName(pid_t process) const;
     virtual std::optional<uid_t> user(pid_t process) const;

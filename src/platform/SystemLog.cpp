@@ -9,8 +9,8 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <span>
 #include <cstdlib>
+#include <span>
 #include <string>
 #include <sys/stat.h>
 #include <sys/uio.h>

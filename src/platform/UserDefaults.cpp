@@ -12,13 +12,6 @@ namespace platform {
 
 namespace {
 
-std::filesystem::path standardPath() {
-    const std::string folder = preferencesDirectory();
-    if (folder.empty())
-        return {};
-    return std::filesystem::path(folder) / "com.quarnel.Tonvale.plist";
-}
-
 std::optional<double> numberIn(const QVariant& value) {
     bool isNumber = true;
     double number = 0;
@@ -88,6 +81,13 @@ Type read(const DefaultsStore& store, const QString& key,
 UserDefaults& UserDefaults::standard() {
     static auto* const defaults = new UserDefaults(standardPath());
     return *defaults;
+}
+
+std::filesystem::path UserDefaults::standardPath() {
+    const std::string folder = preferencesDirectory();
+    if (folder.empty())
+        return {};
+    return std::filesystem::path(folder) / "com.quarnel.Tonvale.plist";
 }
 
 void UserDefaults::setReporter(

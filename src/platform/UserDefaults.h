@@ -30,6 +30,9 @@ class UserDefaults {
     /// on the first call, and never destroyed.
     static UserDefaults& standard();
 
+    /// The path of that file; empty when there is no such folder.
+    static std::filesystem::path standardPath();
+
     /// Where lines for the log go; null: the system log. Level 1 is an error, 2 a warning. Called
     /// on any thread, and must not call back. Set it before standard() is asked for, or what that
     /// finds at first goes to the system log.

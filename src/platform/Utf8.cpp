@@ -1,5 +1,7 @@
 #include "platform/Utf8.h"
 
+#include <array>
+
 namespace platform {
 
 namespace {
@@ -32,14 +34,12 @@ std::size_t utf8Length(std::string_view text) noexcept {
     return invalid ? 0 : length;
 }
 
-char32_t utf8CodePoint(std::string_view character) noexcept {
-    if (character.size() == 1)
-        return static_cast<unsigned char>(character.front());
-    // The lead byte holds as many bits less as the character has bytes.
-    char32_t code = static_cast<unsigned char>(character.front()) & (0x7FU >> character.size());
-    for (const char each : character.substr(1))
-        code = code << 6U | (static_cast<unsigned char>(each) & 0x3FU);
-    return code;
+char32_t utf8Character(std::string_view bytes) noexcept {
+    constexpr std::array<unsigned, 5> leadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
+    char32_t character = static_cast<unsigned char>(bytes[0]) & leadBits[bytes.size()];
+    for (const char byte : bytes.substr(1))
+        character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+    return character;
 }
 
 } // namespace platform

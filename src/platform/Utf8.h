@@ -10,7 +10,7 @@ namespace platform {
 /// Unicode. Any thread.
 std::size_t utf8Length(std::string_view text) noexcept;
 
-/// The code point of one whole character, or of one byte that is none.
-char32_t utf8CodePoint(std::string_view character) noexcept;
+/// The character that `bytes`, those of one as utf8Length() tells them, stand for. Any thread.
+char32_t utf8Character(std::string_view bytes) noexcept;
 
 } // namespace platform

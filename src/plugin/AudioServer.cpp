@@ -106,7 +106,8 @@ struct AudioServer::Connection {
     std::unique_ptr<ListenerHook> coreHook = std::make_unique<ListenerHook>();
     ProxyHandle<pw_registry> registry;
     std::unique_ptr<ListenerHook> registryHook = std::make_unique<ListenerHook>();
-    int listing = 0; // the request that is answered after the list of objects
+    int listing = 0;   // the request that is answered after the list of objects
+    int answered = -1; // the last request that has been
     bool listed = false;
 };
 
@@ -118,8 +119,10 @@ const pw_core_events AudioServer::coreEvents = [] {
     };
     events.done = [](void* data, std::uint32_t id, int sequence) {
         Connection& connection = *static_cast<AudioServer*>(data)->connection_;
-        if (id == PW_ID_CORE && sequence == connection.listing)
-            connection.listed = true;
+        if (id != PW_ID_CORE)
+            return;
+        connection.answered = sequence;
+        connection.listed = connection.listed || sequence == connection.listing;
     };
     return events;
 }();
@@ -171,9 +174,12 @@ bool AudioServer::hasListedAll() const noexcept {
 void AudioServer::serveUntil(const std::function<bool()>& condition) {
     constexpr std::chrono::milliseconds longest{500};
     constexpr std::chrono::milliseconds piece{50};
+    if (connection_ == nullptr)
+        return;
     const auto deadline = platform::MonotonicClock::now() + longest;
-    while (connection_ != nullptr && !loss_->isActive() && !condition() &&
-           platform::MonotonicClock::now() < deadline)
+    const int last = pw_core_sync(connection_->core, PW_ID_CORE, 0);
+    while (!loss_->isActive() && platform::MonotonicClock::now() < deadline &&
+           !(connection_->answered == last && condition()))
         serveEvents(piece);
 }
 

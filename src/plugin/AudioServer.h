@@ -4,6 +4,7 @@
 #include "plugin/Backoff.h"
 #include "plugin/PipeWireHandles.h"
 
+#include <functional>
 #include <memory>
 
 namespace platform {
@@ -52,8 +53,10 @@ class AudioServer {
     /// Another connection to the server, which the caller closes before this object goes; whoever
     /// has it is not told of its end. Null with errno set on failure.
     pw_core* openCore() const;
-    /// Serves the server's events until `condition` holds, half a second at most, waiting
-    /// meanwhile.
+
+    /// Serves the server's events until it has taken all that it was asked for so far and
+    /// `condition` holds, half a second at most, waiting meanwhile. It drops what it has not read
+    /// when a connection ends.
     void serveUntil(const std::function<bool()>& condition);
 
   private:

@@ -94,6 +94,7 @@ class AudioStream {
     /// Whether the program has got what was written before finish(). The server drops what it has
     /// not read of a connection that ends.
     bool isSettled() const noexcept { return writer_.isAnswered(); }
+
     /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
     /// not know of it.
     void uphold();

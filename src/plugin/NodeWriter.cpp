@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -37,8 +38,11 @@ const pw_core_events NodeWriter::coreEvents = [] {
         static_cast<NodeWriter*>(data)->answered(sequence);
     };
     events.error = [](void* data, std::uint32_t id, int, int result, const char*) {
-        if (id == PW_ID_CORE && result == -EPIPE)
-            static_cast<NodeWriter*>(data)->close();
+        if (id != PW_ID_CORE || result != -EPIPE)
+            return;
+        NodeWriter& writer = *static_cast<NodeWriter*>(data);
+        writer.broken_ = true;
+        writer.close();
     };
     return events;
 }();
@@ -51,6 +55,8 @@ NodeWriter::NodeWriter(platform::RunLoop& loop, const AudioServer& server, std::
 NodeWriter::~NodeWriter() = default;
 
 pw_node* NodeWriter::node() {
+    if (std::exchange(broken_, false))
+        connection_.reset();
     closing_ = false;
     pause_->start(restAfter);
     if (connection_ != nullptr)
@@ -64,17 +70,20 @@ pw_node* NodeWriter::node() {
     connection_ = std::make_unique<Connection>(core);
     pw_core_add_listener(core, connection_->hook->get(), &coreEvents, this);
     connection_->registry.reset(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0));
-    connection_->node.reset(static_cast<pw_node*>(pw_registry_bind(
-        connection_->registry.get(), id_, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)));
+    if (connection_->registry != nullptr)
+        connection_->node.reset(static_cast<pw_node*>(pw_registry_bind(
+            connection_->registry.get(), id_, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)));
     return connection_->node.get();
 }
 
 /// Asks whether all has been done, and closes the connection when it has been said so.
 void NodeWriter::rest() {
-    if (closing_)
-        connection_.reset();
-    else
+    if (!closing_) {
         ask();
+        return;
+    }
+    connection_.reset();
+    broken_ = false;
 }
 
 void NodeWriter::ask() {

@@ -47,6 +47,7 @@ class NodeWriter {
     int question_ = 0;
     bool answered_ = false;
     bool closing_ = false;
+    bool broken_ = false;
     std::unique_ptr<Connection> connection_;
     const std::unique_ptr<platform::Timer> pause_;
 };

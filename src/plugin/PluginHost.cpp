@@ -101,7 +101,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         clients_[global.id].appeared = platform::ticksSinceBoot();
         for (const auto& [id, voice] : voices_)
             watchOwner(id);
-    } else if (tellsOfSessionManager(global)) {
+    } else if (tellsOfSessionManager(global) && server_.hasListedAll()) {
         for (const auto& [id, voice] : voices_) {
             if (voice.program == nullptr || !voice.program->isLeftAlone())
                 voice.stream->uphold();
@@ -156,8 +156,11 @@ void PluginHost::streamStateChanged(AudioStream&) {
 
 void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
     Program* const program = voices_.at(stream.id()).program;
-    if (program != nullptr)
-        program->changedElsewhere(change);
+    if (program == nullptr)
+        return;
+    program->changedElsewhere(change);
+    if (program == effects_.program())
+        effects_.changedElsewhere();
 }
 
 void PluginHost::identify(Voice& voice) {
@@ -173,12 +176,12 @@ void PluginHost::identify(Voice& voice) {
                                         : nullptr;
     Program* const last = std::exchange(voice.program, nullptr);
     const auto lastProcess = std::exchange(voice.process, process);
-    voice.program = next;
     voice.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
         last->remove(stream);
-        stream.adopt({});
+        stream.adopt({}); // what that finds is nobody's will
     }
+    voice.program = next;
     if (next != nullptr && last != next)
         next->add(stream);
     for (Program* const program : {last, next}) {

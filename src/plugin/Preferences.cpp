@@ -26,7 +26,7 @@ std::string storableText(std::string_view text) {
         const std::size_t length = platform::utf8Length(text);
         const std::string_view letter = text.substr(0, std::max<std::size_t>(length, 1));
         storable +=
-            length > 0 && isStorable(platform::utf8CodePoint(letter)) ? letter : replacement;
+            length > 0 && isStorable(platform::utf8Character(letter)) ? letter : replacement;
         text.remove_prefix(letter.size());
     }
     return storable;

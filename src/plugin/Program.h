@@ -65,6 +65,9 @@ class Program : private AppConnection::Listener {
     /// last.
     const WantedVolume& wanted() const noexcept { return wanted_; }
 
+    /// Takes over what a program before it had, and tells nobody. For a new program.
+    void restore(const WantedVolume& all) noexcept { wanted_ = all; }
+
     /// Takes over what somebody set in another mixer, for the next streams. Those that play are
     /// left alone.
     void changedElsewhere(const WantedVolume& change);

@@ -30,7 +30,7 @@ std::string_view trimmed(std::string_view name) {
     for (std::size_t at = 0; at < name.size();) {
         const std::string_view rest = name.substr(at);
         const std::size_t length = std::max<std::size_t>(platform::utf8Length(rest), 1);
-        if (!isUnseen(platform::utf8CodePoint(rest.substr(0, length)))) {
+        if (!isUnseen(platform::utf8Character(rest.substr(0, length)))) {
             begin = std::min(begin, at);
             end = at + length;
         }
@@ -44,5 +44,6 @@ std::string_view trimmed(std::string_view name) {
 std::string checkinName(std::string name) {
     if (trimmed(name) != kMVCommNotificationSoundsName)
         return name;
-    return std::string(kMVCommNotificationSoundsName) + " (program)";
+    name = kMVCommNotificationSoundsName;
+    return name.append(" (program)");
 }

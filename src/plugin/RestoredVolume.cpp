@@ -1,6 +1,7 @@
 #include "plugin/RestoredVolume.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -12,6 +13,14 @@ WantedVolume differenceOf(const StreamSetting& before, const StreamSetting& afte
     if (!after.volumes.empty() && !areSameGains(before.volumes, after.volumes))
         change.gain = loudestOf(after.volumes);
     return change;
+}
+
+WantedVolume wantedOf(const StreamSetting& setting) {
+    WantedVolume wanted;
+    wanted.muted = setting.mute.value_or(false);
+    if (!setting.volumes.empty())
+        wanted.gain = loudestOf(setting.volumes);
+    return wanted;
 }
 
 std::vector<std::string> stereo() {
@@ -36,6 +45,10 @@ std::optional<std::string> RestoredVolume::asked(const WantedVolume& all, TimePo
     return state_ == State::settled ? write(all, now) : std::nullopt;
 }
 
+std::optional<std::string> RestoredVolume::changedBeside(const WantedVolume& all, TimePoint now) {
+    return wasAsked_ && state_ == State::settled ? write(all, now) : std::nullopt;
+}
+
 std::optional<std::string> RestoredVolume::settled(const WantedVolume& all, TimePoint now) {
     if (state_ != State::settling)
         return std::nullopt;
@@ -43,14 +56,21 @@ std::optional<std::string> RestoredVolume::settled(const WantedVolume& all, Time
     return wasAsked_ ? write(all, now) : std::nullopt;
 }
 
+/// While a write of ours is on its way, nobody can tell whether another's came before or after it,
+/// since the server may leave out what has been replaced. So the newest that is told counts, also
+/// when that is ours in the end.
 WantedVolume RestoredVolume::told(const std::optional<std::string>& value, TimePoint now) {
-    const StreamSetting before = known_.value_or(StreamSetting{});
-    remember(value ? parseStreamSetting(*value) : std::nullopt);
     forgetLostWrites(now);
-    // While a write of ours is on its way, it will replace what others wrote before.
-    if (!known_ || state_ != State::settled || isEcho(*known_) || !writes_.empty())
+    const auto before = writes_.empty() ? known_ : writes_.back().setting;
+    remember(value ? parseStreamSetting(*value) : std::nullopt);
+    if (!known_ || state_ != State::settled)
         return {};
-    return differenceOf(before, *known_);
+    if (isEcho(*known_)) {
+        const bool isLastWord = writes_.empty() && std::exchange(overtaken_, false);
+        return isLastWord ? wantedOf(*known_) : WantedVolume{};
+    }
+    overtaken_ = !writes_.empty();
+    return differenceOf(before.value_or(StreamSetting{}), *known_);
 }
 
 void RestoredVolume::remember(const std::optional<StreamSetting>& setting) {
@@ -97,5 +117,6 @@ std::optional<std::string> RestoredVolume::write(const WantedVolume& all, TimePo
         return std::nullopt;
     std::string text = formatStreamSetting(wanted);
     writes_.push_back({std::move(wanted), now});
+    overtaken_ = false;
     return text;
 }

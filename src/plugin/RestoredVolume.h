@@ -31,6 +31,10 @@ class RestoredVolume {
     /// write, if any.
     [[nodiscard]] std::optional<std::string> asked(const WantedVolume& all, TimePoint now);
 
+    /// A stream was set elsewhere, so that `all` is wanted now. Answers the value to write, if any:
+    /// what nobody ever asked us to set is left to the others.
+    [[nodiscard]] std::optional<std::string> changedBeside(const WantedVolume& all, TimePoint now);
+
     /// The time for settling is over, and `all` is wanted. Answers the value to write, if any.
     [[nodiscard]] std::optional<std::string> settled(const WantedVolume& all, TimePoint now);
 
@@ -55,5 +59,6 @@ class RestoredVolume {
     std::optional<StreamSetting> known_;
     std::vector<float> balance_; // the last volumes that were not all zero
     std::deque<Write> writes_;   // that have not come back
+    bool overtaken_ = false;     // by another's change since the last write
     bool wasAsked_ = false;
 };

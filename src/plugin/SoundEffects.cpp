@@ -88,6 +88,10 @@ void SoundEffects::asked(const WantedVolume& all) {
     write(volume_.asked(all, MonotonicClock::now()));
 }
 
+void SoundEffects::changedElsewhere() {
+    write(volume_.changedBeside(program_->wanted(), MonotonicClock::now()));
+}
+
 void SoundEffects::settle() {
     if (program_ != nullptr)
         write(volume_.settled(program_->wanted(), MonotonicClock::now()));

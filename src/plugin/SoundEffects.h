@@ -47,6 +47,9 @@ class SoundEffects {
     /// Another volume has been asked for, so that `all` is wanted of the program.
     void asked(const WantedVolume& all);
 
+    /// Another mixer has changed one that sounds: the next ones follow it.
+    void changedElsewhere();
+
   private:
     void settle();
     void settingChanged(const std::optional<std::string>& value);

@@ -34,7 +34,10 @@ class VolumeKeeper {
 
     /// Holds what is wanted as if the stream were new: somebody may set it back now who does not
     /// know of it.
-    void uphold(TimePoint now) noexcept { hold_ = VolumeHold(now); }
+    void uphold(TimePoint now) noexcept {
+        hold_ = VolumeHold(now);
+        heardAlready_ = heardAlready_ && !adopted_; // what was found is wanted by now
+    }
 
     /// Whether the stream is heard. What is not heard needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running, TimePoint now);

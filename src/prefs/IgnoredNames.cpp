@@ -76,7 +76,7 @@ std::u32string folded(std::string_view name) {
     std::u32string letters;
     while (!name.empty()) {
         const std::size_t length = std::max<std::size_t>(platform::utf8Length(name), 1);
-        letters += folded(platform::utf8CodePoint(name.substr(0, length)));
+        letters += folded(platform::utf8Character(name.substr(0, length)));
         name.remove_prefix(length);
     }
     return letters;

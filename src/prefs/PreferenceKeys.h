@@ -21,6 +21,18 @@ inline const QString volume = QStringLiteral("Volume");
 inline const QString disabledBuiltInIgnoredApps = QStringLiteral("DisabledBuiltInIgnoredApps");
 inline const QString customIgnoredApps = QStringLiteral("CustomIgnoredApps");
 
+/// Dictionary: a program's displayed name to its own dictionary, which holds
+/// a number, percent, and a boolean; see AppPreferences.
+inline const QString apps = QStringLiteral("Apps");
+inline const QString appVolume = QStringLiteral("Volume");
+inline const QString appMute = QStringLiteral("Mute");
+
+/// Text: where the volume window was, "x y width height".
+inline const QString mainWindowFrame = QStringLiteral("MainWindow");
+
+/// Text: the path of the bundle that was started last.
+inline const QString lastLaunchPath = QStringLiteral("LastLaunchPath");
+
 /// What holds where a person has set nothing.
 QVariantMap defaults();
 

@@ -1,107 +1,188 @@
 #include "ui/VolumeWindow.h"
 
-#include "comm/MVComm.h"
+#include "comm/MVCommAppValue.h"
+#include "ui/AppVolumeController.h"
 #include "ui/OneLineText.h"
+#include "ui/VolumeNumbers.h"
 
 #include <QCheckBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QProgressBar>
+#include <QScreen>
 #include <QScrollArea>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
-constexpr int fullPercent = 100;
+constexpr int rowHeight = 44;
+constexpr int iconSize = 32;
+constexpr int margin = 9;
+constexpr QSize usualSize(640, 320);
 
-int percentOf(float level) {
-    const float clamped = level > 0.0F ? std::min(level, 1.0F) : 0.0F; // NaN is not above 0
-    return static_cast<int>(clamped * static_cast<float>(fullPercent));
+QString tipText(const QString& text) {
+    constexpr qsizetype longest = 500;
+    return text.isEmpty()
+               ? QString()
+               : QStringLiteral("<p>%1</p>").arg(oneLineText(text.left(longest)).toHtmlEscaped());
 }
 
 } // namespace
 
 class VolumeWindow::Row final : public QWidget {
   public:
-    Row(VolumeWindow& window, std::uint32_t pid) : name(new QLabel), level(new QProgressBar) {
-        auto* const slider = new QSlider(Qt::Horizontal);
-        auto* const mute = new QCheckBox(VolumeWindow::tr("Mute"));
-        auto* const layout = new QHBoxLayout(this);
-        for (QWidget* const part : std::initializer_list<QWidget*>{name, slider, level, mute})
-            layout->addWidget(part);
-        name->setTextFormat(Qt::PlainText); // a name is somebody else's text
+    Row(AppVolumeController& controller, MVCommAppValue& app)
+        : app_(&app)
+        , controller_(controller)
+        , slider_(new QSlider(Qt::Horizontal))
+        , level_(new QProgressBar)
+        , mute_(new QCheckBox(VolumeWindow::tr("Mute"))) {
+        auto* const icon = new QLabel;
+        icon->setPixmap(app.icon().pixmap(iconSize));
+        auto* const name = new QLabel(oneLineText(app.displayName()));
+        name->setObjectName(QStringLiteral("name"));
+        name->setTextFormat(Qt::PlainText); // it is somebody else's text
+        name->setToolTip(tipText(app.displayName()));
         name->setFixedWidth(180);
-        slider->setRange(0, fullPercent);
-        slider->setValue(fullPercent);
-        slider->setAccessibleName(VolumeWindow::tr("Volume"));
-        level->setTextVisible(false);
-        connect(slider, &QSlider::valueChanged, &window,
-                [&window, pid](int value) { window.send(kMVCommSetVolume, pid, value); });
-        connect(mute, &QCheckBox::toggled, &window,
-                [&window, pid](bool muted) { window.send(kMVCommSetMute, pid, muted ? 1 : 0); });
+        setFixedHeight(rowHeight);
+        auto* const layout = new QHBoxLayout(this);
+        for (QWidget* const part :
+             std::initializer_list<QWidget*>{icon, name, slider_, level_, mute_})
+            layout->addWidget(part);
+        slider_->setRange(0, VolumeNumbers::full);
+        slider_->setAccessibleName(VolumeWindow::tr("Volume"));
+        level_->setTextVisible(false);
+        connect(slider_, &QSlider::valueChanged, this,
+                [this](int percent) { controller_.setPercent(*app_, percent); });
+        connect(slider_, &QSlider::sliderReleased, this, [this] {
+            const float fraction = VolumeNumbers::fractionForPercent(slider_->value());
+            controller_.sliderReleased(*app_, static_cast<double>(fraction));
+        });
+        connect(mute_, &QCheckBox::toggled, this,
+                [this](bool muted) { controller_.setMuted(*app_, muted); });
+        connect(&app, &MVCommAppValue::activityChanged, level_,
+                [this](qint64 activity) { level_->setValue(static_cast<int>(activity)); });
     }
 
-    QLabel* const name;
-    QProgressBar* const level;
+    /// Null when the record has gone; another one may be at its place.
+    const MVCommAppValue* app() const noexcept { return app_; }
+
+    void refresh() {
+        const QSignalBlocker sliderBlocker(slider_);
+        const QSignalBlocker muteBlocker(mute_);
+        if (!slider_->isSliderDown())
+            slider_->setValue(controller_.percentOf(*app_));
+        mute_->setChecked(app_->muted());
+        const QString reason = controller_.reasonNotControllable(*app_);
+        slider_->setEnabled(reason.isEmpty());
+        slider_->setToolTip(tipText(reason));
+    }
+
+    void setActivity(qint64 level100) { app_->setActivity(level100); }
+
+  private:
+    const QPointer<MVCommAppValue> app_;
+    AppVolumeController& controller_;
+    QSlider* slider_;
+    QProgressBar* level_;
+    QCheckBox* mute_;
 };
 
-VolumeWindow::VolumeWindow(MVComm& comm)
-    : comm_(comm)
+VolumeWindow::VolumeWindow(AppVolumeController& controller)
+    : controller_(controller)
     , notice_(new QLabel(tr("The audio plug-in is not connected.\n\nA program appears here as soon "
                             "as it plays sound. If one is playing now, start the plug-in: it is "
                             "the program “Tonvale” in “Tonvale.plugin”.")))
     , rowsLayout_(new QVBoxLayout) {
-    resize(640, 320);
     setWindowTitle(tr("Tonvale"));
     notice_->setWordWrap(true);
     notice_->setTextFormat(Qt::PlainText);
     notice_->setAlignment(Qt::AlignCenter);
     rowsLayout_->setAlignment(Qt::AlignTop);
+    rowsLayout_->setSpacing(0);
+    rowsLayout_->setContentsMargins({});
     auto* const rows = new QWidget;
     rows->setLayout(rowsLayout_);
     auto* const scrollArea = new QScrollArea;
+    scrollArea->setFrameShape(QFrame::NoFrame);
     scrollArea->setWidgetResizable(true);
     scrollArea->setWidget(rows);
     auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, margin, margin, margin);
     layout->addWidget(notice_);
     layout->addWidget(scrollArea, 1);
+    controller_.setView(this);
+    if (!testAttribute(Qt::WA_Resized))
+        resize(controller_.windowWillResize(usualSize).toSize());
 }
 
-VolumeWindow::~VolumeWindow() = default;
+VolumeWindow::~VolumeWindow() {
+    controller_.setView(nullptr);
+}
 
-void VolumeWindow::updateConnections() {
-    auto previous = std::exchange(rows_, {});
-    for (const MVCommConnectionProcess& process : comm_.connectionProcesses()) {
-        if (process.name.isNull())
-            continue;
-        std::unique_ptr<Row>& row = rows_[process.pid];
+void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
+    std::vector<std::unique_ptr<Row>> rows;
+    for (MVCommAppValue* const app : apps) {
+        std::unique_ptr<Row> row = takeRow(app);
         if (row == nullptr)
-            row = std::move(previous[process.pid]);
-        if (row == nullptr) {
-            row = std::make_unique<Row>(*this, process.pid);
-            rowsLayout_->addWidget(row.get());
-        }
-        row->name->setText(oneLineText(process.name));
-        row->name->setToolTip(
-            QStringLiteral("<p>%1</p>").arg(oneLineText(process.path).toHtmlEscaped()));
+            row = std::make_unique<Row>(controller_, *app);
+        row->refresh();
+        rowsLayout_->addWidget(row.get());
+        rows.push_back(std::move(row));
     }
+    rows_ = std::move(rows);
     notice_->setVisible(rows_.empty());
 }
 
-void VolumeWindow::handleActivity(std::uint32_t pid, float level) {
-    if (const auto found = rows_.find(pid); found != rows_.end())
-        found->second->level->setValue(percentOf(level));
+std::unique_ptr<VolumeWindow::Row> VolumeWindow::takeRow(const MVCommAppValue* app) {
+    const auto found = std::ranges::find_if(
+        rows_, [app](const auto& row) { return row != nullptr && row->app() == app; });
+    if (found == rows_.end())
+        return nullptr;
+    rowsLayout_->removeWidget(found->get());
+    return std::move(*found);
+}
+
+void VolumeWindow::handleActivity(qsizetype index, qint64 level100, float /*level*/) {
+    rows_[static_cast<std::size_t>(index)]->setActivity(level100);
+}
+
+void VolumeWindow::itemDidChange(qsizetype index) {
+    rows_[static_cast<std::size_t>(index)]->refresh();
 }
 
 void VolumeWindow::showProblem(const QString& text) {
     notice_->setText(text);
 }
 
-void VolumeWindow::send(std::int32_t type, std::uint32_t pid, int value) {
-    MVCommConsoleMessage message{};
-    message.type = type;
-    message.pid = static_cast<std::int32_t>(pid);
-    message.value = value;
-    comm_.sendMessage(&message);
+double VolumeWindow::itemHeight() const {
+    return rowHeight;
+}
+
+double VolumeWindow::titleBarHeight() const {
+    return 2 * margin;
+}
+
+void VolumeWindow::setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) {
+    constexpr double largest = QWIDGETSIZE_MAX;
+    setMinimumSize(minimum.toSize());
+    setMaximumSize(maximum.boundedTo({largest, largest}).toSize());
+}
+
+void VolumeWindow::setFrame(const QRect& frame) {
+    const auto screens = QGuiApplication::screens();
+    const bool isSeen = std::ranges::any_of(screens, [&](const QScreen* screen) {
+        return screen->availableGeometry().intersects(frame);
+    });
+    if (isSeen)
+        setGeometry(frame);
+    else
+        resize(frame.size());
 }

@@ -1,42 +1,44 @@
 #pragma once
 
+#include "ui/AppVolumeView.h"
+
 #include <QWidget>
 
-#include <cstdint>
-#include <map>
 #include <memory>
+#include <vector>
 
-class MVComm;
+class AppVolumeController;
 class QLabel;
 class QVBoxLayout;
 
-/// The window: one row for each connected program with its name, volume, level and mute. A person's
-/// change becomes a command to the plug-ins; the façade's callbacks feed the rest. Main thread.
-class VolumeWindow final : public QWidget {
+/// The window: one row for each record of the controller with its icon, name, volume, level and
+/// mute. Main thread.
+class VolumeWindow final : public QWidget, public AppVolumeView {
     Q_OBJECT
 
   public:
-    /// `comm` must outlive the window.
-    explicit VolumeWindow(MVComm& comm);
+    /// Becomes the view of `controller`, which must outlive the window.
+    explicit VolumeWindow(AppVolumeController& controller);
     ~VolumeWindow() override;
 
-    /// Makes the rows those of the programs that are connected now.
-    void updateConnections();
-
-    /// Shows a level, linear from 0 to 1 (anything else is clamped, NaN is 0), in the program's
-    /// row; without such a row nothing happens.
-    void handleActivity(std::uint32_t pid, float level);
-
-    /// What stands in the window while no program is connected, in place of the usual hint.
-    void showProblem(const QString& text);
+    void appsWillChange() override {}
+    void appsDidChange(const QList<MVCommAppValue*>& apps) override;
+    void handleActivity(qsizetype index, qint64 level100, float level) override;
+    void itemDidChange(qsizetype index) override;
+    void showProblem(const QString& text) override;
+    double itemHeight() const override;
+    double titleBarHeight() const override;
+    void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) override;
+    QRect frame() const override { return geometry(); }
+    void setFrame(const QRect& frame) override;
 
   private:
     class Row;
 
-    void send(std::int32_t type, std::uint32_t pid, int value);
+    std::unique_ptr<Row> takeRow(const MVCommAppValue* app);
 
-    MVComm& comm_;
+    AppVolumeController& controller_;
     QLabel* notice_;
     QVBoxLayout* rowsLayout_;
-    std::map<std::uint32_t, std::unique_ptr<Row>> rows_; // by pid
+    std::vector<std::unique_ptr<Row>> rows_; // in the order of the records
 };

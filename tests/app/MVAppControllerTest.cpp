@@ -1,20 +1,29 @@
 #include "app/MVAppController.h"
 
+#include "comm/MVCommAppValue.h"
+#include "comm/MVCommSocketPath.h"
 #include "platform/MainQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
 #include "platform/SessionBus.h"
 #include "platform/SingleInstance.h"
+#include "platform/UserDefaults.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
+#include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
+#include "ui/AppVolumeController.h"
 #include "ui/VolumeWindow.h"
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QTimer>
+
+#include <filesystem>
+#include <sys/stat.h>
 
 namespace {
 
@@ -26,10 +35,39 @@ VolumeWindow* volumeWindow() {
     return nullptr;
 }
 
+/// What the application does with its records, once it runs.
+void showThatItUpdates() {
+    support::ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(4711, "player");
+    AppVolumeController& volumes = *AppVolumeController::sharedController();
+    ASSERT_TRUE(support::waitUntil([&] { return !volumes.apps().isEmpty(); }));
+    MVCommAppValue& app = *volumes.apps()[0];
+    plugin.reportLevel(4711, 0.5F);
+    EXPECT_TRUE(support::waitUntil([&] { return app.activity() == 50; }));
+    app.setVolume(0.5);
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_DOUBLE_EQ(app.volume(), 100.0) << "what is remembered, after a merge";
+
+    auto session = QDBusConnection::sessionBus();
+    const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
+    ASSERT_TRUE(session.registerService(name));
+    QDBusMessage report = QDBusMessage::createSignal(QStringLiteral("/com/quarnel/Tonvale/Plugin"),
+                                                     name, QStringLiteral("ChangedElsewhere"));
+    report.setArguments({4711U, 42, true});
+    session.send(report);
+    EXPECT_TRUE(support::waitUntil([&] { return volumes.percentOf(app) == 42; }));
+    EXPECT_TRUE(app.muted());
+    plugin.disconnect();
+    EXPECT_TRUE(support::waitUntil([&] { return volumes.apps().isEmpty(); }));
+}
+
 } // namespace
 
-TEST(MVAppController, AClosedWindowIsHiddenWhileAHelperCanShowItAgainElseItIsTheLast) {
+TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     const support::PrivateBus bus;
+    const std::filesystem::path container =
+        std::filesystem::path(std::getenv("HOME")) / "Library/Containers/a/Data";
+    std::filesystem::create_directories(container);
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
@@ -38,11 +76,15 @@ TEST(MVAppController, AClosedWindowIsHiddenWhileAHelperCanShowItAgainElseItIsThe
         platform::SingleInstance::acquire(QStringLiteral("com.quarnel.Tonvale")));
     controller.awakeFromNib();
     ASSERT_EQ(MVAppController::sharedController(), &controller);
+    controller.updateApps();
+    const MVCommActivityMessage early{kMVCommActivity, 1, 0.5F};
+    controller.handleActivity(&early); // both before there is anything behind it
     controller.applicationDidFinishLaunching();
     EXPECT_TRUE(controller.launchComplete());
     VolumeWindow* const window = volumeWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
+    showThatItUpdates();
 
     auto session = QDBusConnection::sessionBus();
     ASSERT_TRUE(session.registerService(QStringLiteral("com.quarnel.TonvaleHelper")));
@@ -61,4 +103,8 @@ TEST(MVAppController, AClosedWindowIsHiddenWhileAHelperCanShowItAgainElseItIsThe
     EXPECT_EQ(QApplication::exec(), 0);
     controller.applicationWillTerminate();
     EXPECT_EQ(volumeWindow(), nullptr);
+    struct stat preferences {};
+    ASSERT_EQ(::stat(platform::UserDefaults::standardPath().c_str(), &preferences), 0);
+    EXPECT_EQ(preferences.st_mode & ALLPERMS, 0600U);
+    EXPECT_TRUE(std::filesystem::exists(container / "com.quarnel.Tonvale.plist"));
 }

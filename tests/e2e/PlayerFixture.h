@@ -82,7 +82,8 @@ class PlayerFixture : public PluginFixture {
     bool hearsConstant(double value) {
         std::pair<double, double> last;
         const bool heard = waitUntil([&] {
-            const auto& samples = recorder_->record(100ms).channels[0];
+            const auto recording = recorder_->record(100ms);
+            const auto& samples = recording.channels[0];
             const double tolerance = 0.002 * value + inaudible;
             const auto matching = std::count_if(samples.begin(), samples.end(), [&](float sample) {
                 return std::abs(sample - value) <= tolerance;

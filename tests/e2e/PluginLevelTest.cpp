@@ -206,7 +206,8 @@ TEST_F(PluginLevelTest, APausedProgramLeavesOneZeroAndNoMeters) {
         const Levels& levels = application_->levelsOf(pid);
         const auto isZero = [](const auto& each) { return each.level == 0.0F; };
         EXPECT_TRUE(waitUntil([&] { return isZero(levels.back()); }));
-        EXPECT_EQ(std::count_if(levels.begin(), levels.end(), isZero), 1);
+        // One of the plug-in's, and 0.1 s later one of the application's own.
+        EXPECT_LE(std::count_if(levels.begin(), levels.end(), isZero), 2);
     }
 }
 

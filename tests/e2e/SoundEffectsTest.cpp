@@ -82,7 +82,8 @@ class SoundEffectsTest : public PluginFixture {
                        ? 0.0
                        : std::max(static_cast<double>(*most), -static_cast<double>(*least));
         };
-        EXPECT_NEAR(loudest(samples.begin(), samples.end()), peak, 0.05 * peak + 0.0002);
+        EXPECT_NEAR(loudest(samples.begin(), samples.end()), peak, 0.05 * peak + 0.0002)
+            << plugin_->output();
         const auto onset = std::find_if(samples.begin(), samples.end(),
                                         [](float sample) { return std::abs(sample) > 1e-4F; });
         constexpr std::ptrdiff_t period = 48000 / toneFrequency + 1;

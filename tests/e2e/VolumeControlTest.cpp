@@ -1,9 +1,9 @@
-#include "comm/MVComm.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
 #include "support/PrivateAudioSession.h"
 #include "support/SinkRecorder.h"
 #include "support/Tone.h"
+#include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
 #include "support/WaitUntil.h"
 #include "ui/VolumeWindow.h"
@@ -42,25 +42,22 @@ class VolumeControlTest : public testing::Test {
     void TearDown() override { endApplication(); }
 
     void startApplication() {
-        comm_.emplace();
-        window_.emplace(*comm_);
-        current = &*window_;
+        model_.emplace();
+        window_.emplace(model_->controller);
         levels.clear();
-        comm_->setAppConnectCallback([] { current->updateConnections(); });
-        comm_->setAppDisconnectCallback([] { current->updateConnections(); });
-        EXPECT_TRUE(comm_->setupPluginConnectionWithCallBack(&recordAndShow));
+        EXPECT_TRUE(model_->serve(&recordAndShow));
         window_->show();
     }
 
     void endApplication() {
-        comm_->shutdown();
+        model_->comm.shutdown();
         window_.reset();
-        comm_.reset();
+        model_.reset();
     }
 
     static void recordAndShow(const MVCommActivityMessage* message) {
         levels[message->pid].push_back(message->level);
-        current->handleActivity(message->pid, message->level);
+        AppVolumeController::sharedController()->handleActivity(message);
     }
 
     bool showsRow(const QString& name) const {
@@ -90,12 +87,11 @@ class VolumeControlTest : public testing::Test {
     }
 
     static inline std::optional<support::PrivateAudioSession> session;
-    static inline VolumeWindow* current = nullptr;
     static inline std::map<std::uint32_t, std::vector<float>> levels; // by pid
 
     platform::RunLoop loop_;
     platform::RunLoopNotifier notifier_{loop_};
-    std::optional<MVComm> comm_;
+    std::optional<support::VolumeModel> model_;
     std::optional<VolumeWindow> window_;
     support::ChildProcess plugin_{{TONVALE_PLUGIN}};
     std::optional<support::SinkRecorder> recorder_{std::in_place};

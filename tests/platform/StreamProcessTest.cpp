@@ -44,6 +44,7 @@ class Processes : public platform::StreamProcessFacts {
             return {};
         return found->inner == 0 ? std::vector{process} : std::vector{process, found->inner};
     }
+    bool countsAsWeDo(pid_t process) const override { return numbers(process).size() == 1; }
     std::optional<std::string> executablePath(pid_t process) const override {
         const Process* const found = find(process);
         return found != nullptr && !found->path.empty() ? std::optional(found->path) : std::nullopt;
@@ -140,6 +141,16 @@ TEST(StreamProcess, ANativeClientIsTheProcessThatTheKernelNames) {
     EXPECT_EQ(process->path, "/usr/bin/pacat");
     EXPECT_EQ(process->startTime, early);
     EXPECT_NE(process->identity, identifyStream(native("101"), processes)->identity);
+}
+
+TEST(StreamProcess, NobodyPassesForTheSoundServer) {
+    for (const char* const daemon : {"50", "53"}) {
+        const auto process = identifyStream(throughPulse(daemon, "pipewire-pulse"), processes);
+        ASSERT_TRUE(process);
+        EXPECT_TRUE(process->isPseudo()) << process->pid;
+    }
+    const auto process = identifyStream(throughPulse("50", "pipewire"), processes);
+    EXPECT_TRUE(process && process->isPseudo());
 }
 
 TEST(StreamProcess, ANativeClientCannotPassForAnother) {

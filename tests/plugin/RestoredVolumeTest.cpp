@@ -92,10 +92,33 @@ TEST_F(RestoredVolumeTest, OurOwnWritesAreNobodysWill) {
     const auto third = ask(percent(40));
     ASSERT_TRUE(first && second && third);
     EXPECT_EQ(told(first), WantedVolume{});
-    EXPECT_EQ(told(valueOf("0.9,0.9")), WantedVolume{}) << "replaced by what is on its way";
-    EXPECT_EQ(told(third), WantedVolume{}) << "the second did not come back";
+    EXPECT_EQ(told(second), WantedVolume{});
+    EXPECT_EQ(told(third), WantedVolume{});
     EXPECT_EQ(told(second), percent(60)) << "somebody else chose it later";
     EXPECT_EQ(wanted_, percent(60));
+}
+
+TEST_F(RestoredVolumeTest, TheNewestThatIsToldCountsWhileWritesAreOnTheirWay) {
+    settle(valueOf("1.0,1.0"));
+    const auto first = ask(percent(80));
+    const auto second = ask(percent(40));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(told(valueOf("0.5,0.5")), (WantedVolume{0.5F, nothing})) << "perhaps after ours";
+    EXPECT_EQ(told(first), WantedVolume{});
+    EXPECT_EQ(told(second), (WantedVolume{gainOfPercent(40), false})) << "no, before";
+    EXPECT_EQ(told(valueOf("1.0,1.0")), (WantedVolume{1.0F, nothing}));
+
+    ASSERT_TRUE(ask(percent(50)));
+    EXPECT_EQ(told(valueOf("1.0,1.0")), (WantedVolume{1.0F, nothing})) << "and never our own";
+    EXPECT_EQ(wanted_.gain, 1.0F);
+}
+
+TEST_F(RestoredVolumeTest, WhatIsSetBesideIsWrittenOnlyIfWeEverDidSo) {
+    settle(valueOf("1.0,1.0"));
+    EXPECT_EQ(volume_.changedBeside(percent(80), now_), nothing);
+    told(ask(percent(50)));
+    EXPECT_EQ(volume_.changedBeside(percent(50), now_), nothing);
+    EXPECT_TRUE(volume_.changedBeside(percent(80), now_));
 }
 
 TEST_F(RestoredVolumeTest, AWriteThatNeverComesBackIsForgotten) {

@@ -203,6 +203,21 @@ TEST_F(VolumeKeeperTest, WhatIsHeardAlreadyIsOnlyMadeQuieter) {
     }
 }
 
+TEST_F(VolumeKeeperTest, WhatIsUpheldIsHeldLikeANewStreamAlsoIfItWasHeardAlready) {
+    keeper_->heardAlready();
+    stream_.channelVolumes = {half, half};
+    play();
+    now_ += std::chrono::minutes(1);
+    keeper_->uphold(now_);
+    changeElsewhere({0.729F, 0.729F});
+    EXPECT_THAT(stream_.channelVolumes,
+                ElementsAre(FloatNear(half, 1e-4F), FloatNear(half, 1e-4F)));
+    EXPECT_EQ(keeper_->takeChangesElsewhere().gain, half) << "what was found";
+    now_ += VolumeHold::duration;
+    changeElsewhere({1.0F, 1.0F});
+    EXPECT_EQ(keeper_->takeChangesElsewhere().gain, 1.0F);
+}
+
 TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {
     stream_.channelVolumes = {};
     play(wantsHalf);

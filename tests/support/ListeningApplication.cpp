@@ -1,16 +1,12 @@
 #include "support/ListeningApplication.h"
 
+#include "comm/MVCommConnectedProcess.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 namespace support {
-
-namespace {
-
-constexpr const char* notificationSounds = "coreaudiod";
-
-} // namespace
 
 ListeningApplication* ListeningApplication::current_ = nullptr;
 
@@ -32,7 +28,7 @@ void ListeningApplication::record(const MVCommActivityMessage* message) {
 QList<MVCommConnectionProcess> ListeningApplication::programs() const {
     auto programs = comm_.connectionProcesses();
     programs.removeIf([](const auto& program) {
-        return program.name.isNull() || program.name == QLatin1String(notificationSounds);
+        return program.name.isNull() || program.name == kMVCommAudioDaemonName;
     });
     return programs;
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace support {
@@ -62,6 +63,12 @@ std::vector<MVCommConsoleMessage> ScriptedPlugin::takeCommands() {
     while (::recv(socket_.get(), &command, sizeof command, MSG_DONTWAIT) == ssize_t{sizeof command})
         commands.push_back(command);
     return commands;
+}
+
+bool ScriptedPlugin::awaitCommand() {
+    constexpr int patience = 10000; // milliseconds
+    pollfd ready{socket_.get(), POLLIN, 0};
+    return ::poll(&ready, 1, patience) == 1;
 }
 
 bool ScriptedPlugin::isEnded() {

@@ -29,6 +29,9 @@ class ScriptedPlugin {
     /// The commands that have arrived since the last call; does not wait.
     std::vector<MVCommConsoleMessage> takeCommands();
 
+    /// Waits until a command has arrived, some seconds at most. False when none has.
+    bool awaitCommand();
+
     /// Whether the application has ended the connection. Drops commands that have not been taken.
     bool isEnded();
 

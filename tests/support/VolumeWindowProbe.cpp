@@ -16,7 +16,7 @@ namespace {
 QList<QLabel*> nameLabels(const VolumeWindow& window) {
     QList<QLabel*> labels;
     for (const QSlider* const slider : window.findChildren<QSlider*>())
-        labels += slider->parentWidget()->findChildren<QLabel*>();
+        labels += slider->parentWidget()->findChildren<QLabel*>(QStringLiteral("name"));
     std::sort(labels.begin(), labels.end(), [&window](const QLabel* a, const QLabel* b) {
         return a->mapTo(&window, QPoint()).y() < b->mapTo(&window, QPoint()).y();
     });

@@ -1,10 +1,10 @@
 #include "ui/VolumeWindow.h"
 
-#include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
 #include "support/ScriptedPlugin.h"
+#include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
 #include "support/WaitUntil.h"
 
@@ -16,9 +16,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <limits>
-
 using support::RowProbe;
 using support::ScriptedPlugin;
 
@@ -27,13 +24,7 @@ namespace {
 class VolumeWindowTest : public testing::Test {
   protected:
     VolumeWindowTest() {
-        current = &window_;
-        comm_.setAppConnectCallback([] { current->updateConnections(); });
-        comm_.setAppDisconnectCallback([] { current->updateConnections(); });
-        EXPECT_TRUE(
-            comm_.setupPluginConnectionWithCallBack([](const MVCommActivityMessage* message) {
-                current->handleActivity(message->pid, message->level);
-            }));
+        EXPECT_TRUE(model_.serve());
         window_.show();
     }
 
@@ -52,25 +43,24 @@ class VolumeWindowTest : public testing::Test {
         return text;
     }
 
-    static inline VolumeWindow* current = nullptr;
-
     platform::RunLoop loop_;
     platform::RunLoopNotifier notifier_{loop_};
-    MVComm comm_;
-    VolumeWindow window_{comm_};
+    support::VolumeModel model_;
+    VolumeWindow window_{model_.controller};
 };
 
 } // namespace
 
 TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "two\nlines\u2028\u0085and \u202egnp.exe", "/x\n\u202ey");
-    ASSERT_TRUE(showsRows({QStringLiteral("two lines  and gnp.exe")}));
-    const auto labels = window_.findChildren<QLabel*>();
-    const auto shown = std::ranges::find_if(
-        labels, [](const QLabel* label) { return label->toolTip().contains(QLatin1String("/x")); });
-    ASSERT_NE(shown, labels.end());
-    EXPECT_EQ((*shown)->toolTip(), QStringLiteral("<p>/x y</p>"));
+    model_.workspace.setRunningApplications(
+        {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}},
+         {2, QString(10000, QLatin1Char('z')), {}}});
+    ASSERT_EQ(support::rowNames(window_).size(), 2);
+    EXPECT_EQ(support::rowNames(window_)[0], QStringLiteral("two lines  and gnp.exe <b>"));
+    const auto labels = window_.findChildren<QLabel*>(QStringLiteral("name"));
+    ASSERT_EQ(labels.size(), 2);
+    EXPECT_EQ(labels[0]->toolTip(), QStringLiteral("<p>two lines  and gnp.exe &lt;b&gt;</p>"));
+    EXPECT_LT(labels[1]->toolTip().size(), 1000);
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
@@ -83,7 +73,7 @@ TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
         ScriptedPlugin second(MVCommMainSocketPath());
         second.checkIn(2, "<b>second</b>");
         const ScriptedPlugin neverChecksIn(MVCommMainSocketPath());
-        ASSERT_TRUE(showsRows({QStringLiteral("first"), QStringLiteral("<b>second</b>")}));
+        ASSERT_TRUE(showsRows({QStringLiteral("<b>second</b>"), QStringLiteral("first")}));
     }
     ASSERT_TRUE(showsRows({QStringLiteral("first")}));
     first.disconnect();
@@ -106,26 +96,69 @@ TEST_F(VolumeWindowTest, GesturesBecomeCommandsForTheRowsProgram) {
     EXPECT_EQ(received(plugin), "10,4711,0 ");
 }
 
-TEST_F(VolumeWindowTest, LevelsAreShownInPercentWhateverArrives) {
+TEST_F(VolumeWindowTest, LevelsAreShownInPercent) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     plugin.checkIn(1, "player");
     ASSERT_TRUE(showsRows({QStringLiteral("player")}));
     const RowProbe row(window_, QStringLiteral("player"));
-    struct Case {
-        float level;
-        int percent;
-    };
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    for (const Case& report : {Case{0.759F, 75}, Case{nan, 0}, Case{1.0F, 100}, Case{-1.0F, 0},
-                               Case{infinity, 100}, Case{-infinity, 0}}) {
-        window_.handleActivity(1, report.level);
-        EXPECT_EQ(row.level->value(), report.percent) << report.level;
-    }
-    window_.handleActivity(2, 1.0F); // nobody's
     plugin.reportLevel(1, 0.5F);
     EXPECT_TRUE(support::waitUntil([&] { return row.level->value() == 50; }));
     EXPECT_TRUE(support::waitUntil([&] { return row.level->value() == 0; })) << "silence again";
+}
+
+TEST_F(VolumeWindowTest, WhatIsSetElsewhereMovesTheControlsButNotAHeldSlider) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
+    const RowProbe row(window_, QStringLiteral("player"));
+    model_.controller.changedElsewhere(1, 37, true);
+    EXPECT_EQ(row.slider->value(), 37);
+    EXPECT_TRUE(row.mute->isChecked());
+    row.slider->setSliderDown(true);
+    row.slider->setSliderPosition(62);
+    model_.controller.changedElsewhere(1, 20, false);
+    model_.controller.update();
+    EXPECT_EQ(row.slider->value(), 62);
+    row.slider->setSliderDown(false);
+    EXPECT_EQ(model_.controller.percentOf(*model_.controller.apps()[0]), 62) << "the last word";
+    EXPECT_EQ(row.slider->value(), 62);
+    EXPECT_FALSE(row.mute->isChecked());
+    EXPECT_EQ(received(plugin), "9,1,62 ") << "none for what was done elsewhere";
+}
+
+TEST_F(VolumeWindowTest, ASliderThatCannotBeMovedSaysWhy) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
+    const RowProbe row(window_, QStringLiteral("player"));
+    EXPECT_TRUE(row.slider->toolTip().isEmpty());
+    model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
+    EXPECT_FALSE(row.slider->isEnabled());
+    EXPECT_EQ(row.slider->toolTip(), QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
+    model_.controller.notControllable(1, QString());
+    EXPECT_TRUE(row.slider->isEnabled());
+    EXPECT_TRUE(row.slider->toolTip().isEmpty());
+}
+
+TEST_F(VolumeWindowTest, RowsLieInTheOrderOfTheRecordsAndStayTheSameOnes) {
+    model_.workspace.setRunningApplications(
+        {{1, QStringLiteral("b"), {}}, {2, QStringLiteral("d"), {}}});
+    const QSlider* const slider = RowProbe(window_, QStringLiteral("d")).slider;
+    model_.workspace.setRunningApplications(
+        {{2, QStringLiteral("d"), {}}, {3, QStringLiteral("C"), {}}, {4, QStringLiteral("e"), {}}});
+    ASSERT_TRUE(showsRows({QStringLiteral("C"), QStringLiteral("d"), QStringLiteral("e")}));
+    EXPECT_EQ(RowProbe(window_, QStringLiteral("d")).slider, slider);
+}
+
+TEST_F(VolumeWindowTest, KeepsToItsLimitsAndToAPlaceThatCanBeSeen) {
+    EXPECT_EQ(window_.minimumWidth(), 400);
+    EXPECT_EQ((window_.height() - static_cast<int>(window_.titleBarHeight())) %
+                  static_cast<int>(window_.itemHeight()),
+              0);
+    window_.setFrame({10, 20, 500, 282});
+    EXPECT_EQ(window_.frame(), QRect(10, 20, 500, 282));
+    window_.setFrame({100000, 100000, 600, 326});
+    EXPECT_EQ(window_.frame(), QRect(10, 20, 600, 326));
 }
 
 TEST_F(VolumeWindowTest, ARowKeepsItsSettingsWhileOthersComeAndGo) {
@@ -135,12 +168,12 @@ TEST_F(VolumeWindowTest, ARowKeepsItsSettingsWhileOthersComeAndGo) {
     RowProbe(window_, QStringLiteral("stays")).slider->setValue(30);
     ScriptedPlugin other(MVCommMainSocketPath());
     other.checkIn(2, "other");
-    ASSERT_TRUE(showsRows({QStringLiteral("stays"), QStringLiteral("other")}));
+    ASSERT_TRUE(showsRows({QStringLiteral("other"), QStringLiteral("stays")}));
     EXPECT_EQ(RowProbe(window_, QStringLiteral("stays")).slider->value(), 30);
     EXPECT_EQ(RowProbe(window_, QStringLiteral("other")).slider->value(), 100);
 }
 
 TEST_F(VolumeWindowTest, AProblemStandsWhereTheRowsWouldBe) {
-    window_.showProblem(QStringLiteral("why"));
+    model_.controller.showProblem(QStringLiteral("why"));
     EXPECT_EQ(support::notice(window_), QStringLiteral("why"));
 }

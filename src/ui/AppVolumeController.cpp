@@ -1,0 +1,313 @@
+#include "ui/AppVolumeController.h"
+
+#include "comm/MVComm.h"
+#include "comm/MVCommAppValue.h"
+#include "comm/MVCommLogText.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/UserDefaults.h"
+#include "platform/WallClock.h"
+#include "platform/Workspace.h"
+#include "prefs/MVIgnoredApps.h"
+#include "prefs/PreferenceKeys.h"
+#include "ui/AppVolumeView.h"
+#include "ui/VolumeNumbers.h"
+#include "ui/WindowSize.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <chrono>
+#include <unistd.h>
+
+namespace {
+
+AppVolumeController* shared = nullptr;
+
+WindowSize::Heights heightsOf(const AppVolumeView* view) {
+    return view != nullptr ? WindowSize::Heights{view->itemHeight(), view->titleBarHeight()}
+                           : WindowSize::Heights{0, 0};
+}
+
+void log(const AppList::Change& change) {
+    using Change = AppList::Change;
+    const char* const format = change.kind == Change::launched          ? "'%@' launched"
+                               : change.kind == Change::launchedIgnored ? "'%@' launched (ignored)"
+                                                                        : "'%@' quit";
+    QNLog(qnlog_information, format, MVCommLogText(change.name));
+}
+
+} // namespace
+
+AppVolumeController::Surroundings AppVolumeController::sharedSurroundings() {
+    return {MVComm::sharedComm(), MVIgnoredApps::sharedInstance(), platform::Workspace::shared(),
+            platform::UserDefaults::standard(), platform::UserDefaults::standardPath()};
+}
+
+AppVolumeController::AppVolumeController(const Surroundings& surroundings)
+    : comm_(surroundings.comm)
+    , commands_(comm_)
+    , ignoredApps_(surroundings.ignoredApps)
+    , workspace_(surroundings.workspace)
+    , defaults_(surroundings.defaults)
+    , initTime_(
+          std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
+    , appPrefs_(defaults_.value(PreferenceKeys::apps))
+    , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
+    , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
+                         [this](MVCommAppValue& app) { restore(app); }})
+    , sliderObserver_(sliderChangedNotification,
+                      [this](const QVariant& object) {
+                          auto* const app = object.value<MVCommAppValue*>();
+                          if (list_.contains(app))
+                              sliderChanged(*app);
+                      })
+    , ignoredObserver_(MVIgnoredApps::didChangeNotification,
+                       [this](const QVariant&) { ignoredAppsDidChange(); })
+    , self_(std::make_shared<AppVolumeController*>(this)) {
+    shared = this;
+    MVIgnoredApps::setPluginNotifier([this] { copyThenTellPlugins(); });
+    workspace_.setRunningApplicationsHandler([this] { updateRunningApps(); });
+}
+
+AppVolumeController::~AppVolumeController() {
+    *self_ = nullptr;
+    workspace_.setRunningApplicationsHandler(nullptr);
+    if (shared == this) {
+        MVIgnoredApps::setPluginNotifier(nullptr);
+        shared = nullptr;
+    }
+}
+
+AppVolumeController* AppVolumeController::sharedController() noexcept {
+    return shared;
+}
+
+void AppVolumeController::setView(AppVolumeView* view) {
+    view_ = view;
+    if (view == nullptr)
+        return;
+    view->appsWillChange();
+    view->appsDidChange(apps());
+    placeWindow();
+    savePrefs();
+}
+
+void AppVolumeController::placeWindow() {
+    const WindowSize::Limits limits = WindowSize::window(heightsOf(view_));
+    view_->setSizeLimits(limits.minimum, limits.maximum);
+    if (const auto frame =
+            WindowSize::frameFromText(defaults_.text(PreferenceKeys::mainWindowFrame)))
+        view_->setFrame(*frame);
+}
+
+void AppVolumeController::updateConnections() {
+    merge(First::connections);
+}
+
+void AppVolumeController::updateRunningApps() {
+    merge(First::runningApps);
+}
+
+void AppVolumeController::update() {
+    merge(First::connections);
+}
+
+void AppVolumeController::merge(First first) {
+    if (view_ != nullptr)
+        view_->appsWillChange();
+    if (first == First::runningApps)
+        mergeRunning();
+    list_.mergeConnections(MVCommCopyConnectedProcesses(comm_));
+    if (first == First::connections)
+        mergeRunning();
+    {
+        const QScopedValueRollback restoring(isRestoring_, true);
+        list_.settle();
+    }
+    useNews();
+    if (view_ != nullptr)
+        view_->appsDidChange(apps());
+}
+
+void AppVolumeController::mergeRunning() {
+    const auto own = static_cast<std::uint32_t>(::getpid());
+    for (const AppList::Change& change :
+         list_.mergeRunningApps(workspace_.runningApplications(), own))
+        log(change);
+}
+
+/// What has been reported of processes that have a record by now.
+void AppVolumeController::useNews() {
+    for (MVCommAppValue* const app : apps()) {
+        if (const auto setting = news_.take(app->pid()))
+            setFromElsewhere(*app, *setting);
+    }
+    news_.forgetGone([this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0; });
+}
+
+void AppVolumeController::restore(MVCommAppValue& app) const {
+    app.setVolume(static_cast<double>(appPrefs_.volume(app.displayName())));
+    app.setMuted(appPrefs_.isMuted(app.displayName()));
+}
+
+void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
+    const qsizetype index = list_.indexOfPid(message->pid);
+    if (index < 0)
+        return;
+    const float level = VolumeNumbers::clampedLevel(message->level);
+    const qint64 level100 = VolumeNumbers::percentOfLevel(level);
+    MVCommAppValue* const app = apps()[index];
+    if (level100 == app->activity())
+        return;
+    if (view_ != nullptr)
+        view_->handleActivity(index, level100, level);
+    app->setActivity(level100);
+}
+
+void AppVolumeController::sliderChanged(MVCommAppValue& app) {
+    if (isRestoring_)
+        return;
+    const int percent = VolumeNumbers::percentOfFraction(app.volume());
+    commands_.setVolume(app.pid(), percent);
+    appPrefs_.setPercent(app.displayName(), percent);
+    storePrefs();
+    savePrefs();
+}
+
+void AppVolumeController::appWasMuted(MVCommAppValue& app) {
+    if (isRestoring_)
+        return;
+    commands_.setMute(app.pid(), app.muted());
+    appPrefs_.setMuted(app.displayName(), app.muted());
+    storePrefs();
+    savePrefs();
+}
+
+void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
+    app.setVolume(fraction);
+    sliderChanged(app);
+    copies_.saveNow();
+}
+
+void AppVolumeController::setPercent(MVCommAppValue& app, int percent) {
+    app.setVolume(static_cast<double>(VolumeNumbers::fractionForPercent(percent)));
+    sliderChanged(app);
+    tellItem(app);
+}
+
+int AppVolumeController::percentOf(const MVCommAppValue& app) const {
+    return appPrefs_.percent(app.displayName());
+}
+
+void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
+    app.setMuted(muted);
+    appWasMuted(app);
+    tellItem(app);
+}
+
+QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) const {
+    return news_.reason(app.pid());
+}
+
+void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
+    const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
+    const qsizetype index = list_.indexOfPid(pid);
+    if (index < 0) {
+        news_.keep(pid, setting);
+        return;
+    }
+    setFromElsewhere(*apps()[index], setting);
+    tellItem(*apps()[index]);
+}
+
+void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
+                                           const PluginNews::Setting& setting) {
+    appPrefs_.setPercent(app.displayName(), setting.percent);
+    appPrefs_.setMuted(app.displayName(), setting.isMuted);
+    {
+        const QScopedValueRollback restoring(isRestoring_, true);
+        restore(app);
+    }
+    storePrefs();
+    savePrefs();
+}
+
+void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
+    news_.setReason(pid, reason);
+    if (const qsizetype index = list_.indexOfPid(pid); index >= 0)
+        tellItem(*apps()[index]);
+}
+
+void AppVolumeController::pluginHasGone() {
+    news_.clear();
+    if (view_ == nullptr)
+        return;
+    for (qsizetype index = 0; index < apps().size(); ++index)
+        view_->itemDidChange(index);
+}
+
+void AppVolumeController::ignoredAppsDidChange() {
+    freeIgnoredApps();
+    savePrefs();
+    update();
+}
+
+/// Programs that are about to lose their record are as if we had never touched them. What is
+/// remembered of them stays, for the day when they are not ignored any more.
+void AppVolumeController::freeIgnoredApps() {
+    for (const MVCommAppValue* const app : apps()) {
+        if (!ignoredApps_.isAppIgnored(app->processName()))
+            continue;
+        const QString name = app->displayName();
+        if (appPrefs_.percent(name) == VolumeNumbers::full && !appPrefs_.isMuted(name))
+            continue;
+        QList<std::uint32_t> pids = list_.connectedPids(app->processName());
+        if (!pids.contains(app->pid()))
+            pids.prepend(app->pid());
+        for (const std::uint32_t pid : std::as_const(pids)) {
+            commands_.setVolume(pid, VolumeNumbers::full);
+            commands_.setMute(pid, false);
+        }
+    }
+}
+
+void AppVolumeController::copyThenTellPlugins() {
+    copies_.saveNow([self = self_] {
+        if (*self != nullptr)
+            (*self)->commands_.ignoreListChanged();
+    });
+}
+
+void AppVolumeController::storePrefs() {
+    if (appPrefs_.dictionary().isEmpty())
+        defaults_.remove(PreferenceKeys::apps);
+    else
+        defaults_.set(PreferenceKeys::apps, appPrefs_.dictionary());
+}
+
+void AppVolumeController::savePrefs() {
+    copies_.mark();
+}
+
+QSizeF AppVolumeController::windowWillResize(const QSizeF& proposed) const {
+    return WindowSize::snapped(proposed, heightsOf(view_));
+}
+
+void AppVolumeController::showProblem(const QString& text) {
+    if (view_ != nullptr)
+        view_->showProblem(text);
+}
+
+void AppVolumeController::shutdown() {
+    if (view_ != nullptr)
+        defaults_.set(PreferenceKeys::mainWindowFrame, WindowSize::frameText(view_->frame()));
+    copies_.finish();
+}
+
+void AppVolumeController::tellItem(const MVCommAppValue& app) {
+    if (view_ == nullptr)
+        return;
+    if (const qsizetype index = apps().indexOf(&app); index >= 0)
+        view_->itemDidChange(index);
+}

@@ -1,0 +1,107 @@
+#include "platform/PluginReports.h"
+
+#include "support/PrivateBus.h"
+#include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QStringList>
+
+#include <optional>
+#include <stdexcept>
+
+namespace {
+
+const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
+
+/// A program on the bus that may be the plug-in.
+class Peer {
+  public:
+    explicit Peer(const QString& id)
+        : id_(id), bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, id)) {}
+    ~Peer() { QDBusConnection::disconnectFromBus(id_); }
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    void own() { EXPECT_TRUE(bus_.registerService(name)); }
+    void say(const QString& member, const QVariantList& arguments,
+             const QString& path = QStringLiteral("/com/quarnel/Tonvale/Plugin")) {
+        QDBusMessage signal = QDBusMessage::createSignal(path, name, member);
+        signal.setArguments(arguments);
+        EXPECT_TRUE(bus_.send(signal));
+    }
+
+  private:
+    const QString id_;
+    QDBusConnection bus_;
+};
+
+class PluginReportsTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { bus.emplace(); }
+    static void TearDownTestSuite() { bus.reset(); }
+
+    platform::PluginReports::Handlers record() {
+        return {[this](std::uint32_t pid, int percent, bool muted) {
+                    heard_ += QStringLiteral("%1 %2 %3").arg(pid).arg(percent).arg(int{muted});
+                },
+                [this](std::uint32_t pid, const QString& reason) {
+                    heard_ += QStringLiteral("%1 %2").arg(pid).arg(reason);
+                    if (reason == QLatin1String("throw"))
+                        throw std::runtime_error("from a handler");
+                },
+                [this] { heard_ += QStringLiteral("gone"); }};
+    }
+
+    bool hears(const QStringList& expected) {
+        return support::waitUntil([&] { return heard_ == expected; });
+    }
+
+    static inline std::optional<support::PrivateBus> bus;
+    QStringList heard_;
+};
+
+} // namespace
+
+TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
+    const support::SystemLogRecorder log;
+    std::optional<Peer> plugin(std::in_place, QStringLiteral("plugin"));
+    plugin->own();
+    const platform::PluginReports reports(record());
+    Peer stranger(QStringLiteral("stranger"));
+    const QString changed = QStringLiteral("ChangedElsewhere");
+    const QString refused = QStringLiteral("NotControllable");
+    // Also before it can be known who owns the name.
+    stranger.say(changed, {1U, 1, true});
+    plugin->say(changed, {4000000000U, 55, true});
+    plugin->say(refused, {2U, QStringLiteral("throw")});
+    plugin->say(refused, {2U, QString()});
+    ASSERT_TRUE(hears({"4000000000 55 1", "2 throw", "2 "})) << heard_.join(' ').toStdString();
+    EXPECT_TRUE(log.contains("from a handler"));
+
+    heard_.clear();
+    stranger.say(changed, {1U, 1, true});
+    plugin->say(changed, {QStringLiteral("1"), 1, true}); // of other types
+    plugin->say(changed, {3U, 3, true}, QStringLiteral("/elsewhere"));
+    plugin->say(changed, {3U, -3, false});
+    ASSERT_TRUE(hears({"3 -3 0"})) << heard_.join(' ').toStdString();
+
+    heard_.clear();
+    plugin.reset();
+    ASSERT_TRUE(hears({"gone"}));
+    stranger.own();
+    stranger.say(changed, {4U, 4, false});
+    ASSERT_TRUE(hears({"gone", "4 4 0"})) << "now it is the plug-in";
+}
+
+TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
+    const platform::PluginReports reports(record());
+    Peer plugin(QStringLiteral("later"));
+    plugin.say(QStringLiteral("ChangedElsewhere"), {1U, 1, false}); // not by that name yet
+    plugin.own();
+    plugin.say(QStringLiteral("ChangedElsewhere"), {2U, 2, false});
+    EXPECT_TRUE(hears({"2 2 0"})) << heard_.join(' ').toStdString();
+}

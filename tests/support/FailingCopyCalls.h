@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/CopyFolderCalls.h"
+
+#include <atomic>
+#include <cerrno>
+#include <string>
+
+namespace support {
+
+/// Calls to the system that fail with an error number, as long as it is not 0.
+class FailingCopyCalls : public platform::CopyFolderCalls {
+  public:
+    std::atomic<int> createError = 0;
+    std::atomic<int> writeError = 0; // after half of it, as a disk that is nearly full
+    std::atomic<int> modeError = 0;
+    std::atomic<int> closeError = 0;
+    std::atomic<int> renameError = 0;
+    std::atomic<int> removeError = 0;
+    std::atomic<uid_t> userOffset = 0; // to the user who runs the test
+    std::atomic<unsigned> renames = 0;
+
+    int create(int folder, const char* name) noexcept override {
+        return fails(createError) ? -1 : CopyFolderCalls::create(folder, name);
+    }
+    ssize_t write(int file, const void* bytes, std::size_t size) noexcept override {
+        CopyFolderCalls::write(file, bytes, writeError != 0 ? size / 2 : 0);
+        return fails(writeError) ? -1 : CopyFolderCalls::write(file, bytes, size);
+    }
+    int changeMode(int file, mode_t mode) noexcept override {
+        return fails(modeError) ? -1 : CopyFolderCalls::changeMode(file, mode);
+    }
+    int close(int file) noexcept override {
+        const int result = CopyFolderCalls::close(file);
+        return fails(closeError) ? -1 : result;
+    }
+    int rename(int folder, const char* from, const char* to) noexcept override {
+        ++renames;
+        return fails(renameError) ? -1 : CopyFolderCalls::rename(folder, from, to);
+    }
+    int remove(int folder, const char* name, int flags) noexcept override {
+        return fails(removeError) ? -1 : CopyFolderCalls::remove(folder, name, flags);
+    }
+    uid_t user() noexcept override { return CopyFolderCalls::user() + userOffset; }
+
+  private:
+    static bool fails(const std::atomic<int>& error) noexcept {
+        if (error == 0)
+            return false;
+        errno = error;
+        return true;
+    }
+};
+
+} // namespace support

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "comm/MVComm.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVIgnoredApps.h"
+#include "support/PlainWorkspace.h"
+#include "ui/AppVolumeController.h"
+
+namespace support {
+
+/// A volume controller with surroundings of its own: a façade on the thread's run loop, a desktop
+/// on which runs what the test says, and preferences in memory, which nobody gets copies of.
+struct VolumeModel {
+    platform::UserDefaults defaults{""};
+    MVIgnoredApps ignoredApps{defaults};
+    PlainWorkspace workspace;
+    MVComm comm;
+    AppVolumeController controller{{comm, ignoredApps, workspace, defaults, {}}};
+
+    /// Serves the main socket, and has the façade's callbacks go to the newest model's controller,
+    /// levels by way of `data`.
+    bool serve(MVCommDataCallback data = &show) {
+        const MVCommCallback update = [] {
+            if (auto* const current = AppVolumeController::sharedController())
+                current->updateConnections();
+        };
+        comm.setAppConnectCallback(update);
+        comm.setAppDisconnectCallback(update);
+        return comm.setupPluginConnectionWithCallBack(data);
+    }
+
+    static void show(const MVCommActivityMessage* message) {
+        if (auto* const current = AppVolumeController::sharedController())
+            current->handleActivity(message);
+    }
+};
+
+} // namespace support

@@ -1,0 +1,122 @@
+#include "AppVolumeFixture.h"
+#include "platform/PropertyList.h"
+#include "support/PrivateFolder.h"
+
+#include <QFile>
+
+#include <filesystem>
+#include <future>
+#include <utility>
+
+using support::ScriptedPlugin;
+using support::waitUntil;
+
+namespace {
+
+/// With preferences in a file, one folder for a copy, and a gate before the copying.
+class AppVolumeIgnoringTest : public AppVolumeFixture {
+  public:
+    ~AppVolumeIgnoringTest() override { open(); }
+    AppVolumeIgnoringTest(const AppVolumeIgnoringTest&) = delete;
+    AppVolumeIgnoringTest& operator=(const AppVolumeIgnoringTest&) = delete;
+
+  protected:
+    AppVolumeIgnoringTest() { controller_.setView(nullptr); }
+
+    void open() {
+        if (!std::exchange(isOpen_, true))
+            gate_.set_value();
+    }
+
+    QStringList ignoredInCopy() const {
+        QFile file(QString::fromStdString(copies_ / "p.plist"));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return platform::parsePropertyList(file.readAll())
+            .value_or(QVariant())
+            .toMap()["CustomIgnoredApps"]
+            .toStringList();
+    }
+
+    const support::PrivateFolder folder_;
+    const std::filesystem::path copies_ = folder_.path();
+    const std::filesystem::path file_ = folder_.path() / "own/p.plist";
+    platform::UserDefaults defaults_{file_};
+    MVIgnoredApps ignored_{defaults_};
+    std::promise<void> gate_;
+    bool isOpen_ = false;
+    AppVolumeController ignoring_{{model_.comm, ignored_, model_.workspace, defaults_, file_,
+                                   [this, passed = std::shared_future(gate_.get_future())] {
+                                       passed.wait();
+                                       return std::vector<std::string>{copies_};
+                                   }}};
+};
+
+} // namespace
+
+TEST_F(AppVolumeIgnoringTest, PluginsAreToldWhenTheCopiesAreInPlaceAndTheMainThreadDoesNotWait) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    ignored_.addCustomIgnore("PLAYER");
+    EXPECT_TRUE(ignoring_.apps().isEmpty()) << "at once";
+    EXPECT_EQ(sentTo(plugin), "") << "it was at full volume, and nothing is copied yet";
+    open();
+    QStringList atThatTime;
+    EXPECT_TRUE(waitUntil([&] {
+        const auto commands = plugin.takeCommands();
+        if (commands.empty() || commands[0].type != kMVCommIgnoreListChanged)
+            return false;
+        atThatTime = ignoredInCopy();
+        return true;
+    }));
+    EXPECT_EQ(atThatTime, QStringList{"PLAYER"});
+}
+
+TEST_F(AppVolumeIgnoringTest, PluginsAreToldAlsoWhenCopyingFails) {
+    std::filesystem::create_directories(copies_ / "p.plist/precious");
+    open();
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    ignored_.addCustomIgnore("other");
+    EXPECT_TRUE(waitUntil([&] {
+        const auto commands = plugin.takeCommands();
+        return !commands.empty() && commands[0].type == kMVCommIgnoreListChanged;
+    }));
+}
+
+TEST_F(AppVolumeIgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNotIgnoredAnyMore) {
+    ScriptedPlugin first(MVCommMainSocketPath());
+    ScriptedPlugin second(MVCommMainSocketPath());
+    first.checkIn(1, "player");
+    second.checkIn(2, "player");
+    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 2; }));
+    ignoring_.update();
+    ignoring_.setPercent(*ignoring_.apps()[0], 40);
+    ignoring_.setMuted(*ignoring_.apps()[0], true);
+    EXPECT_EQ(sentTo(first), "9,1,0,40 10,1,0,1 ");
+    sentTo(second);
+
+    ignored_.addCustomIgnore("player");
+    EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 9,2,0,100 10,2,0,0 ");
+    ignored_.addCustomIgnore("other");
+    ignoring_.changedElsewhere(1, 70, false);
+    ignoring_.update();
+    EXPECT_EQ(sentTo(first), "");
+    ignored_.removeCustomIgnore("player");
+    ASSERT_EQ(ignoring_.apps().size(), 1);
+    EXPECT_EQ(sentTo(first), "") << "the plug-in reads what is remembered";
+}
+
+TEST_F(AppVolumeIgnoringTest, WhatIsRememberedOfAnIgnoredProgramStays) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    ignoring_.setPercent(*ignoring_.apps()[0], 40);
+    ignored_.addCustomIgnore("player");
+    ignored_.removeCustomIgnore("player");
+    ASSERT_EQ(ignoring_.apps().size(), 1);
+    EXPECT_DOUBLE_EQ(ignoring_.apps()[0]->volume(), 40.0);
+}
