@@ -154,8 +154,9 @@ void AudioStream::write(const VolumeWrite& write) {
         ramp_->startAt(keeper_.nextStep());
     else
         ramp_->stop();
-    const WantedVolume change = keeper_.takeChangesElsewhere();
-    if (!change.isEmpty())
+    if (const WantedVolume found = keeper_.takeFound(); !found.isEmpty())
+        listener_.streamFound(*this, found);
+    if (const WantedVolume change = keeper_.takeChangesElsewhere(); !change.isEmpty())
         listener_.streamChangedElsewhere(*this, change);
 }
 

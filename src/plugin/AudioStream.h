@@ -34,8 +34,11 @@ class AudioStream {
         virtual void streamStateChanged(AudioStream& stream) = 0;
 
         /// Somebody else changed the volume or the mute of the stream, which shows a person's will.
-        /// May be called from within adopt().
         virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
+
+        /// The stream was heard before we came and keeps what it had. May be called from within
+        /// adopt().
+        virtual void streamFound(AudioStream& stream, const WantedVolume& found) = 0;
 
         /// obstacle() may be another.
         virtual void streamObstacleChanged(AudioStream& stream) = 0;
@@ -98,6 +101,9 @@ class AudioStream {
     /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
     /// not know of it.
     void uphold();
+
+    /// Upholds nothing any more, until the next adopt(). What was asked for is still brought about.
+    void letGo() noexcept { keeper_.letGo(); }
 
     /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
     /// `measured` are those after the gain.

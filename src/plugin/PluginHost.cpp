@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <utility>
 
-using platform::MonotonicClock;
-
 namespace {
 
 /// A session manager that starts publishes this, and a moment later gives all streams the volumes
@@ -17,23 +15,17 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
            global.property("metadata.name") == "default";
 }
 
-RememberedVolumes::Program describedFor(const Program& program) {
-    return {program.process().pid, program.process().name, program.wanted()};
-}
-
 } // namespace
 
 PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
     : loop_(loop)
     , reports_(std::move(reports))
-    , preferences_(PreferencesFile::standard(),
-                   [this](const Preferences& preferences) { preferencesRead(preferences); })
     , programs_(loop, *this)
     , effects_(loop, programs_)
+    , memory_(PreferencesFile::standard(), programs_, effects_, reports_)
     , server_(loop, *this)
     , levels_(loop, graph_, programs_) {
-    if (const auto preferences = preferences_.first())
-        preferencesRead(*preferences);
+    memory_.begin();
     server_.start();
 }
 
@@ -55,8 +47,8 @@ PluginStatus PluginHost::status() const {
     PluginStatus status{server_.core() != nullptr, {}};
     for (const auto& program : programs_.programs()) {
         ProgramStatus& entry = status.programs.emplace_back(
-            ProgramStatus{program->process(), program->wanted(), program->isConnected(), {},
-                          program->isLeftAlone(), program->obstacle()});
+            ProgramStatus{program->process(), program->wanted(), memory_.of(*program),
+                          program->isConnected(), {}, program->isLeftAlone(), program->obstacle()});
         for (const AudioStream* const stream : program->streams())
             entry.streams.push_back(
                 {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
@@ -67,8 +59,7 @@ PluginStatus PluginHost::status() const {
 void PluginHost::serverConnected() {
     levels_.attach(*server_.core());
     effects_.serverConnected();
-    if (const Program& program = *effects_.program(); !program.wanted().isEmpty())
-        effects_.asked(program.wanted());
+    memory_.effectsAdded();
 }
 
 void PluginHost::serverLost() {
@@ -102,10 +93,8 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
         for (const auto& [id, voice] : voices_)
             watchOwner(id);
     } else if (tellsOfSessionManager(global) && server_.hasListedAll()) {
-        for (const auto& [id, voice] : voices_) {
-            if (voice.program == nullptr || !voice.program->isLeftAlone())
-                voice.stream->uphold();
-        }
+        for (const auto& [id, voice] : voices_)
+            voice.stream->uphold();
     }
     levels_.review();
 }
@@ -159,8 +148,13 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
     if (program == nullptr)
         return;
     program->changedElsewhere(change);
-    if (program == effects_.program())
+    if (program == effects_.program() && !program->isLeftAlone())
         effects_.changedElsewhere();
+}
+
+void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        program->found(found);
 }
 
 void PluginHost::identify(Voice& voice) {
@@ -235,33 +229,17 @@ void PluginHost::programGoes(Program& program) {
 }
 
 void PluginHost::programCommanded(Program& program, const WantedVolume& change) {
-    remembered_.commanded(describedFor(program), change, MonotonicClock::now());
-    if (&program == effects_.program())
-        effects_.asked(program.isLeftAlone() ? change : program.wanted());
-}
-
-void PluginHost::programAdded(Program& program) {
-    const std::string& name = program.process().name;
-    if (remembered_.isIgnored(name))
-        program.leaveAlone(remembered_.takeDebt(name));
-    else
-        program.recall(remembered_.of(name));
+    memory_.commanded(program, change);
 }
 
 void PluginHost::programConnected(Program& program) {
-    preferences_.readAgain();
-    const std::uint32_t pid = program.process().pid;
-    if (const auto setting =
-            remembered_.connected(describedFor(program), MonotonicClock::now()))
-        reports_.changedElsewhere(pid, setting->percent, setting->muted);
+    memory_.connected(program);
     if (!program.obstacle().empty())
-        reports_.notControllable(pid, program.obstacle());
+        reports_.notControllable(program.process().pid, program.obstacle());
 }
 
 void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& before) {
-    if (const auto setting = remembered_.changedElsewhere(
-            describedFor(program), before, program.isConnected(), MonotonicClock::now()))
-        reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
+    memory_.changedElsewhere(program, before);
 }
 
 void PluginHost::streamObstacleChanged(AudioStream& stream) {
@@ -272,39 +250,6 @@ void PluginHost::streamObstacleChanged(AudioStream& stream) {
 void PluginHost::reviewObstacle(Program& program) {
     if (program.reviewObstacle() && program.isConnected())
         reports_.notControllable(program.process().pid, program.obstacle());
-}
-
-void PluginHost::preferencesRead(const Preferences& preferences) {
-    std::vector<RememberedVolumes::Program> programs;
-    for (const auto& program : programs_.programs())
-        programs.push_back(describedFor(*program));
-    const auto consequences = remembered_.read(preferences, programs, MonotonicClock::now());
-    for (std::size_t i = 0; i < consequences.size(); ++i)
-        follow(*programs_.programs()[i], consequences[i]);
-}
-
-void PluginHost::follow(Program& program, const RememberedVolumes::Consequence& consequence) {
-    if (consequence.ignored) {
-        if (consequence.freed || !program.isLeftAlone())
-            leaveAlone(program, consequence.freed);
-        return;
-    }
-    program.takeUp();
-    program.recall(consequence.forNext);
-    if (!consequence.wanted.isEmpty())
-        want(program, consequence.wanted);
-}
-
-void PluginHost::want(Program& program, const WantedVolume& change) {
-    program.want(change);
-    if (&program == effects_.program())
-        effects_.asked(program.wanted());
-}
-
-void PluginHost::leaveAlone(Program& program, bool freed) {
-    program.leaveAlone(freed);
-    if (freed && &program == effects_.program())
-        effects_.asked({1.0F, false});
 }
 
 void PluginHost::connectionsChanged() {

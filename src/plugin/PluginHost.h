@@ -1,33 +1,20 @@
 #pragma once
 
+#include "plugin/ApplicationReports.h"
 #include "plugin/AudioClient.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
 #include "plugin/PluginStatus.h"
-#include "plugin/PreferencesWatch.h"
 #include "plugin/ProgramTable.h"
-#include "plugin/RememberedVolumes.h"
 #include "plugin/SoundEffects.h"
+#include "plugin/VolumeMemory.h"
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
-
-/// What the application is told beside its socket.
-struct ApplicationReports {
-    /// Another mixer has set a program's volume or mute. Above 100 percent as it is.
-    std::function<void(std::uint32_t pid, int percent, bool muted)> changedElsewhere =
-        [](std::uint32_t, int, bool) {};
-    /// None of the program's streams has a volume that can be set, for this reason, which is
-    /// for people; when it is empty, one has.
-    std::function<void(std::uint32_t pid, const std::string& reason)> notControllable =
-        [](std::uint32_t, const std::string&) {};
-};
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
@@ -77,21 +64,17 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
+    void streamFound(AudioStream& stream, const WantedVolume& found) override;
     void streamObstacleChanged(AudioStream& stream) override;
-    void programAdded(Program& program) override;
+    void programAdded(Program& program) override { memory_.added(program); }
     void programConnected(Program& program) override;
     void programGoes(Program& program) override;
     void programCommanded(Program& program, const WantedVolume& change) override;
     void programChangedElsewhere(Program& program, const WantedVolume& before) override;
-    void ignoreListChanged() override { preferences_.readAgain(); }
+    void ignoreListChanged() override { memory_.readAgain(); }
     void connectionsChanged() override;
 
-    void preferencesRead(const Preferences& preferences);
-    void follow(Program& program, const RememberedVolumes::Consequence& consequence);
-    void want(Program& program, const WantedVolume& change);
-    void leaveAlone(Program& program, bool freed);
     void reviewObstacle(Program& program);
-
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
@@ -102,13 +85,12 @@ class PluginHost : private AudioServer::Listener,
 
     platform::RunLoop& loop_;
     const ApplicationReports reports_;
-    PreferencesWatch preferences_;
-    RememberedVolumes remembered_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
     ProgramTable programs_;
     SoundEffects effects_;
+    VolumeMemory memory_;
     AudioServer server_;
     LevelReporter levels_; // goes before the server
 };

@@ -5,12 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-
-constexpr WantedVolume fullVolume{1.0F, false};
-
-} // namespace
-
 Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
     : loop_(loop)
     , process_(std::move(process))
@@ -25,12 +19,11 @@ void Program::add(AudioStream& stream) {
     if (streams_.empty())
         remembered_ = wanted_;
     streams_.insert(&stream);
-    if (leftAlone_) {
-        stream.adopt(std::exchange(freesNext_, false) ? fullVolume : WantedVolume{});
-        return;
-    }
     // What one of several that played before us has is not the will for the others.
-    stream.adopt(stream.origin() == AudioStream::Origin::existed ? remembered_ : wanted_);
+    const bool existed = stream.origin() == AudioStream::Origin::existed;
+    stream.adopt(existed && !leftAlone_ ? remembered_ : takeForNext());
+    if (leftAlone_)
+        stream.letGo();
 }
 
 void Program::remove(AudioStream& stream) {
@@ -44,6 +37,11 @@ void Program::changedElsewhere(const WantedVolume& change) {
     wanted_.merge(change);
     if (wanted_ != before)
         listener_.programChangedElsewhere(*this, before);
+}
+
+void Program::found(const WantedVolume& found) {
+    if (!leftAlone_)
+        wanted_.merge(found);
 }
 
 void Program::recall(const WantedVolume& remembered) {
@@ -63,8 +61,25 @@ void Program::leaveAlone(bool freed) {
     wanted_ = {};
     remembered_ = {};
     freesNext_ = freed && streams_.empty();
-    if (freed)
-        want(fullVolume);
+    for (AudioStream* const stream : streams_) {
+        if (freed)
+            stream->want(kFullVolume);
+        else
+            stream->adopt({});
+        stream->letGo();
+    }
+}
+
+void Program::takeUp() {
+    if (!std::exchange(leftAlone_, false))
+        return;
+    freesNext_ = false;
+    for (AudioStream* const stream : streams_)
+        stream->adopt({});
+}
+
+WantedVolume Program::takeForNext() noexcept {
+    return std::exchange(freesNext_, false) ? kFullVolume : wanted_;
 }
 
 bool Program::reviewObstacle() {

@@ -65,12 +65,13 @@ class Program : private AppConnection::Listener {
     /// last.
     const WantedVolume& wanted() const noexcept { return wanted_; }
 
-    /// Takes over what a program before it had, and tells nobody. For a new program.
-    void restore(const WantedVolume& all) noexcept { wanted_ = all; }
-
     /// Takes over what somebody set in another mixer, for the next streams. Those that play are
     /// left alone.
     void changedElsewhere(const WantedVolume& change);
+
+    /// Takes over what a stream that was heard before us is found to have, for the next streams,
+    /// so that they are not louder either. That is no news for anybody.
+    void found(const WantedVolume& found);
 
     /// Takes over what is remembered of the program, for the next streams.
     void recall(const WantedVolume& remembered);
@@ -83,9 +84,12 @@ class Program : private AppConnection::Listener {
     /// first one to come, go to full volume, not muted, before that.
     void leaveAlone(bool freed);
 
-    /// Ends that.
-    void takeUp() noexcept { leftAlone_ = false; }
+    /// Ends that, with nothing wanted.
+    void takeUp();
     bool isLeftAlone() const noexcept { return leftAlone_; }
+
+    /// What the next stream gets, which settles what is owed to it.
+    [[nodiscard]] WantedVolume takeForNext() noexcept;
 
     /// Why none of the streams' volume can be set, for people; empty when it can, or nobody knows.
     /// Stays as it was without streams.

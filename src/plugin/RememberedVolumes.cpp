@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr WantedVolume full{1.0F, false};
-
 ProgramSetting settingIn(const Preferences& preferences, const std::string& key) {
     const auto found = preferences.programs.find(key);
     return found != preferences.programs.end() ? found->second : ProgramSetting{};
@@ -100,7 +98,7 @@ void RememberedVolumes::updateLatest(const std::string& key, const ProgramSettin
         return;
     latest_.erase(key);
     if (setting.isPlain() && !isIgnored(checkinNameOfKey(key)))
-        latest_[key].wanted = full; // which an absent entry does not say
+        latest_[key].wanted = kFullVolume; // which an absent entry does not say
 }
 
 void RememberedVolumes::forgetWhatIsWritten() {
@@ -151,8 +149,10 @@ WantedVolume RememberedVolumes::latestOf(const std::string& key) const {
 }
 
 WantedVolume RememberedVolumes::of(std::string_view name) const {
-    if (isIgnored(name))
-        return {};
+    return isIgnored(name) ? WantedVolume{} : evenIfIgnored(name);
+}
+
+WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name) const {
     const std::string key = settingsKey(name);
     WantedVolume wanted;
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())

@@ -55,6 +55,9 @@ class RememberedVolumes {
     /// What a program that comes now is to have; nothing where nobody has set anything.
     WantedVolume of(std::string_view name) const;
 
+    /// What is remembered of a program; one that is ignored gets it when that ends.
+    WantedVolume evenIfIgnored(std::string_view name) const;
+
     /// Whether a program that comes now is ignored and yet to be freed, which this answer settles.
     [[nodiscard]] bool takeDebt(std::string_view name);
 
