@@ -3,7 +3,7 @@
 #include "comm/MVCommMessages.h"
 #include "platform/PropertyListNode.h"
 #include "platform/PropertyListValues.h"
-#include "platform/Utf8.h"
+#include "platform/StorableText.h"
 
 #include <algorithm>
 
@@ -12,25 +12,6 @@ namespace {
 /// What a person reads for the notification sounds, and so their key. The application translates
 /// it; so would we.
 constexpr std::string_view notificationSoundsTitle = "Sound Effects";
-
-constexpr std::string_view replacement = "\xEF\xBF\xBD";
-
-bool isStorable(char32_t letter) noexcept {
-    return letter >= 0x20 ? letter != 0xFFFE && letter != 0xFFFF
-                          : letter == '\t' || letter == '\n' || letter == '\r';
-}
-
-std::string storableText(std::string_view text) {
-    std::string storable;
-    while (!text.empty()) {
-        const std::size_t length = platform::utf8Length(text);
-        const std::string_view letter = text.substr(0, std::max<std::size_t>(length, 1));
-        storable +=
-            length > 0 && isStorable(platform::utf8Character(letter)) ? letter : replacement;
-        text.remove_prefix(letter.size());
-    }
-    return storable;
-}
 
 ProgramSetting settingIn(void* dictionary) {
     ProgramSetting setting;
@@ -69,7 +50,7 @@ std::optional<Preferences> parsePreferences(std::string_view bytes) {
     if (apps != nullptr && platform::isDictionary(apps)) {
         platform::forEachEntry(apps, [&preferences](const char* key, void* value) {
             if (const ProgramSetting setting = settingIn(value); !setting.isPlain())
-                preferences.programs[storableText(key)] = setting;
+                preferences.programs[platform::storableText(key)] = setting;
         });
     }
     preferences.ignored.custom = textsIn(root.get(), "CustomIgnoredApps");
@@ -79,7 +60,7 @@ std::optional<Preferences> parsePreferences(std::string_view bytes) {
 
 std::string settingsKey(std::string_view name) {
     return name == kMVCommNotificationSoundsName ? std::string(notificationSoundsTitle)
-                                                 : storableText(name);
+                                                 : platform::storableText(name);
 }
 
 std::string_view checkinNameOfKey(std::string_view key) noexcept {

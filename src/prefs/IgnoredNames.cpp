@@ -88,10 +88,6 @@ std::span<const std::string_view> builtInIgnoredNames() noexcept {
     return builtIn;
 }
 
-bool isSameIgnoredName(std::string_view one, std::string_view other) {
-    return folded(one) == folded(other);
-}
-
 bool IgnoredNames::contains(std::string_view name) const {
     const std::u32string wanted = folded(name);
     const auto isNamed = [&wanted](std::string_view each) { return folded(each) == wanted; };

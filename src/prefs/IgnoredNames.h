@@ -11,9 +11,6 @@
 /// The built-in ones, UTF-8, in no order that matters.
 std::span<const std::string_view> builtInIgnoredNames() noexcept;
 
-/// Whether both are the same name: their case does not count, in any locale.
-bool isSameIgnoredName(std::string_view one, std::string_view other);
-
 /// The ignore list as the preferences hold it.
 struct IgnoredNames {
     std::vector<std::string> custom;          ///< the person's own names
@@ -21,6 +18,7 @@ struct IgnoredNames {
 
     bool operator==(const IgnoredNames&) const = default;
 
-    /// Whether a program of this name, which is not what is displayed, gets no item.
+    /// Whether a program of this name, which is not what is displayed, gets no item. Case does not
+    /// count, whatever the locale.
     bool contains(std::string_view name) const;
 };
