@@ -45,8 +45,8 @@ AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std
     : id_(id)
     , origin_(origin)
     , listener_(listener)
-    , review_(std::make_unique<platform::Timer>(
-          loop, [this] { listener_.streamObstacleChanged(*this); }))
+    , review_(std::make_unique<platform::Timer>(loop,
+                                                [this] { listener_.streamObstacleChanged(*this); }))
     , keeper_(MonotonicClock::now())
     , ramp_(std::make_unique<platform::Timer>(
           loop, [this] { write(keeper_.step(MonotonicClock::now())); }))

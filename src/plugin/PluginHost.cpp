@@ -46,9 +46,13 @@ void PluginHost::resumed() {
 PluginStatus PluginHost::status() const {
     PluginStatus status{server_.core() != nullptr, {}};
     for (const auto& program : programs_.programs()) {
-        ProgramStatus& entry = status.programs.emplace_back(
-            ProgramStatus{program->process(), program->wanted(), memory_.of(*program),
-                          program->isConnected(), {}, program->isLeftAlone(), program->obstacle()});
+        ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
+                                                                          program->wanted(),
+                                                                          memory_.of(*program),
+                                                                          program->isConnected(),
+                                                                          {},
+                                                                          program->isLeftAlone(),
+                                                                          program->obstacle()});
         for (const AudioStream* const stream : program->streams())
             entry.streams.push_back(
                 {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});

@@ -48,7 +48,8 @@ PreferencesFile::PreferencesFile(std::string own, std::string copy)
 const std::optional<Preferences>& PreferencesFile::read() {
     Reading reading = readFile(own_, false);
     report(reading.state == State::bad);
-    // A damaged file of our own is about to be mended; until then what we have is newer than copies.
+    // A damaged file of our own is about to be mended; until then what we have is newer than
+    // copies.
     if (reading.state != State::good && !(reading.state == State::bad && last_)) {
         const State own = reading.state;
         reading = readFile(copy_, true);
@@ -67,9 +68,8 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
     if (path.empty())
         return {State::missing};
     // A pipe in the file's place would otherwise hold us up.
-    const platform::FileDescriptor file(
-        ::open(path.c_str(),
-               O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isCopy ? O_NOFOLLOW : 0)));
+    const platform::FileDescriptor file(::open(
+        path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isCopy ? O_NOFOLLOW : 0)));
     if (!file)
         return {isCopy || errno == ENOENT || errno == ENOTDIR ? State::missing : State::bad};
     struct stat status {};

@@ -80,8 +80,8 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
         WantedVolume wanted = settingIn(before, key).wanted();
         wanted.merge(latestOf(key));
         const auto latest = latest_.find(key);
-        const bool isOurs = before.programs.contains(key) ||
-                            (latest != latest_.end() && latest->second.ours);
+        const bool isOurs =
+            before.programs.contains(key) || (latest != latest_.end() && latest->second.ours);
         if (isOurs && !settingOf(wanted).isPlain())
             owed_.insert(key);
         latest_.erase(key);
@@ -109,8 +109,8 @@ void RememberedVolumes::forgetWhatIsWritten() {
     });
 }
 
-RememberedVolumes::Consequence
-RememberedVolumes::consequenceFor(const Program& program, const Preferences& before) const {
+RememberedVolumes::Consequence RememberedVolumes::consequenceFor(const Program& program,
+                                                                 const Preferences& before) const {
     Consequence consequence;
     const std::string key = settingsKey(program.name);
     consequence.ignored = isIgnored(program.name);

@@ -65,8 +65,8 @@ class RememberedVolumes {
     void commanded(const Program& program, const WantedVolume& change, TimePoint now);
 
     /// Another mixer has set `program` to what is wanted of it now. Answers what to report to the
-    /// application, if it is anything that a person sees; what it is not `connected` for, connected()
-    /// answers later.
+    /// application, if it is anything that a person sees; what it is not `connected` for,
+    /// connected() answers later.
     [[nodiscard]] std::optional<ProgramSetting> changedElsewhere(const Program& program,
                                                                  const WantedVolume& before,
                                                                  bool connected, TimePoint now);

@@ -24,8 +24,13 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
           {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}},
          false,
          {}});
-    status.programs.push_back(
-        {{StreamProcess::firstPseudoProcess, "radio", "", {}}, {}, {{}, false}, false, {}, true, "It is \"odd\"."});
+    status.programs.push_back({{StreamProcess::firstPseudoProcess, "radio", "", {}},
+                               {},
+                               {{}, false},
+                               false,
+                               {},
+                               true,
+                               "It is \"odd\"."});
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
@@ -35,7 +40,8 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
               "    stream 46 pauses: nothing wanted, volume not known yet\n"
               "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
               "radio (pid 1073741824, path unknown, claimed only, number of our own): "
-              "nothing wanted, remembered not muted, ignored, the application does not know of it; can't be set: It is "
+              "nothing wanted, remembered not muted, ignored, the application does not know of it; "
+              "can't be set: It is "
               "\"odd\".\n");
 }
 

@@ -29,8 +29,7 @@ std::string app(const std::string& name, const std::string& content) {
 
 std::string playerAt(int percent) {
     return plist("<key>Apps</key><dict>" +
-                 app("player",
-                     "<key>Volume</key><real>" + std::to_string(percent) + "</real>") +
+                 app("player", "<key>Volume</key><real>" + std::to_string(percent) + "</real>") +
                  "</dict>");
 }
 
@@ -124,8 +123,7 @@ TEST(Preferences, NamesAreFoundAsTheApplicationKeepsThem) {
     EXPECT_EQ(settingsKey("Rock & Röll\n"), "Rock & Röll\n");
     EXPECT_EQ(settingsKey("a\x01z\xEF\xBF\xBF"), "a\xEF\xBF\xBDz\xEF\xBF\xBD");
     const auto preferences = parsePreferences(
-        plist("<key>Apps</key><dict>" +
-              app("Rock &amp; R\xC3\xB6ll", "<key>Mute</key><true/>") +
+        plist("<key>Apps</key><dict>" + app("Rock &amp; R\xC3\xB6ll", "<key>Mute</key><true/>") +
               "</dict><key>CustomIgnoredApps</key><array><string>K\xC3\xB6nig</string>"
               "<integer>3</integer></array><key>DisabledBuiltInIgnoredApps</key><array>"
               "<string>Finder</string><string>dock</string></array>"));

@@ -189,8 +189,17 @@ TEST_F(RememberedVolumesTest, OnlyWhatWeChangedIsFreed) {
         bool expected;
     };
     for (const auto& [what, before, expected] :
-         {Case{"nothing", [] {}, false}, Case{"entry", [this] { read({40, false}); }, true},
-          Case{"command", [this] { command({{}, true}); }, true},
+         {Case{"nothing", [] {}, false},
+          Case{"entry",
+               [this] {
+                   read({40, false});
+               },
+               true},
+          Case{"command",
+               [this] {
+                   command({{}, true});
+               },
+               true},
           Case{"command to full", [this] { command(full); }, false},
           Case{"elsewhere", [this] { (void)changeElsewhere(volume(40)); }, false},
           Case{"both",
