@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,6 +21,7 @@ std::string inFolder(std::string folder, const char* rest) {
     return folder.empty() ? folder : folder.append(rest);
 }
 
+/// Nothing, with errno set, on failure. Not much more than a property list may have is read.
 std::optional<std::string> contentOf(int file) {
     std::string content;
     std::array<char, 16384> part{};
@@ -32,7 +34,7 @@ std::optional<std::string> contentOf(int file) {
         else if (errno != EINTR)
             return std::nullopt;
     }
-    return std::nullopt;
+    return content;
 }
 
 } // namespace
@@ -47,7 +49,7 @@ PreferencesFile::PreferencesFile(std::string own, std::string copy)
 
 const std::optional<Preferences>& PreferencesFile::read() {
     Reading reading = readFile(own_, false);
-    report(reading.state == State::bad);
+    report(reading);
     // A damaged file of our own is about to be mended; until then what we have is newer than
     // copies.
     if (reading.state != State::good && !(reading.state == State::bad && last_)) {
@@ -70,23 +72,33 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
     // A pipe in the file's place would otherwise hold us up.
     const platform::FileDescriptor file(::open(
         path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isCopy ? O_NOFOLLOW : 0)));
+    if (!file && (isCopy || errno == ENOENT || errno == ENOTDIR))
+        return {State::missing};
     if (!file)
-        return {isCopy || errno == ENOENT || errno == ENOTDIR ? State::missing : State::bad};
+        return {State::bad, {}, std::strerror(errno)};
     struct stat status {};
     const bool isFile = ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
     if (isCopy && (!isFile || status.st_uid != ::geteuid()))
         return {State::missing};
-    const auto content = isFile ? contentOf(file.get()) : std::nullopt;
-    auto preferences = content ? parsePreferences(*content) : std::nullopt;
+    if (!isFile)
+        return {State::bad, {}, "it is no file"};
+    const auto content = contentOf(file.get());
+    if (!content)
+        return {State::bad, {}, std::strerror(errno)};
+    if (content->size() > platform::propertyListBytes)
+        return {State::bad, {}, "it is too large"};
+    auto preferences = parsePreferences(*content);
     if (!preferences)
-        return {State::bad};
+        return {State::bad, {}, "it is damaged"};
     return {State::good, *std::move(preferences)};
 }
 
-void PreferencesFile::report(bool damaged) {
-    if (damaged && !reported_)
+void PreferencesFile::report(const Reading& own) {
+    const bool isBad = own.state == State::bad;
+    if (isBad && !reported_)
         platform::systemLog(platform::LogPriority::warning,
-                            "Couldn't read the preferences in %s; what they held last holds",
-                            own_.c_str());
-    reported_ = damaged;
+                            "Couldn't read the preferences in %s, so what they held before holds: "
+                            "%s",
+                            own_.c_str(), own.reason.c_str());
+    reported_ = isBad;
 }

@@ -30,10 +30,11 @@ class PreferencesFile {
     struct Reading {
         State state;
         Preferences preferences = {};
+        std::string reason = {}; // of a bad one
     };
 
     static Reading readFile(const std::string& path, bool isCopy);
-    void report(bool damaged);
+    void report(const Reading& own);
 
     std::string own_;
     std::string copy_;

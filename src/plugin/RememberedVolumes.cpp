@@ -64,7 +64,9 @@ void RememberedVolumes::forgetOld(TimePoint now) {
 
 /// Of those that are ignored from now on, nothing counts any more but what we owe them.
 void RememberedVolumes::ignoreNewly(const Preferences& before) {
-    std::set<std::string> keys;
+    if (preferences_.ignored == before.ignored)
+        return;
+    auto keys = owed_;
     for (const auto& [key, setting] : before.programs)
         keys.insert(key);
     for (const auto& [key, latest] : latest_)

@@ -9,50 +9,49 @@
 
 namespace {
 
-constexpr std::array<std::string_view, 43> builtIn{
-    "Activity Monitor",
-    "AppleSpell.service",
-    "backgroundinstruments",
-    "BluetoothUIServer",
-    "Console",
-    "com.apple.dock.extra",
-    "com.apple.security.pboxd",
-    "Disk Utility",
-    "Dock",
-    "Pelmora",
-    "Finder",
-    "Folder Actions Dispatcher",
-    "EEventManager",
-    "ibtool",
-    "ibtoold",
-    "iCal",
-    "iChatAgent",
-    "Image Capture Extension",
-    "Interface Builder",
-    "iTunes Helper",
-    "loginwindow",
-    "mdworker",
-    "mdworker32",
-    "Microsoft AU Daemon",
-    "Microsoft Ship Asserts",
-    "NetAuthAgent",
-    "PressAndHold",
-    "Preview",
-    "PTPCamera",
-    "rcd",
-    "Safari Web Content",
-    "scriptrunner",
-    "SecurityAgent",
-    "ShareKitHelper",
-    "Tonvale",
-    "TonvaleHelper",
-    "storeagent",
-    "SystemUIServer",
-    "talagent",
-    "Terminal",
-    "TextEdit",
-    "UserEventAgent",
-    "Xcode"};
+constexpr std::array<std::string_view, 43> builtIn{"Activity Monitor",
+                                                   "AppleSpell.service",
+                                                   "backgroundinstruments",
+                                                   "BluetoothUIServer",
+                                                   "Console",
+                                                   "com.apple.dock.extra",
+                                                   "com.apple.security.pboxd",
+                                                   "Disk Utility",
+                                                   "Dock",
+                                                   "Pelmora",
+                                                   "Finder",
+                                                   "Folder Actions Dispatcher",
+                                                   "EEventManager",
+                                                   "ibtool",
+                                                   "ibtoold",
+                                                   "iCal",
+                                                   "iChatAgent",
+                                                   "Image Capture Extension",
+                                                   "Interface Builder",
+                                                   "iTunes Helper",
+                                                   "loginwindow",
+                                                   "mdworker",
+                                                   "mdworker32",
+                                                   "Microsoft AU Daemon",
+                                                   "Microsoft Ship Asserts",
+                                                   "NetAuthAgent",
+                                                   "PressAndHold",
+                                                   "Preview",
+                                                   "PTPCamera",
+                                                   "rcd",
+                                                   "Safari Web Content",
+                                                   "scriptrunner",
+                                                   "SecurityAgent",
+                                                   "ShareKitHelper",
+                                                   "Tonvale",
+                                                   "TonvaleHelper",
+                                                   "storeagent",
+                                                   "SystemUIServer",
+                                                   "talagent",
+                                                   "Terminal",
+                                                   "TextEdit",
+                                                   "UserEventAgent",
+                                                   "Xcode"};
 
 locale_t anyLocale() noexcept {
     static const locale_t locale = [] {
@@ -72,14 +71,19 @@ char32_t folded(char32_t letter) noexcept {
     return static_cast<char32_t>(::towlower_l(upper, anyLocale()));
 }
 
-std::u32string folded(std::string_view name) {
-    std::u32string letters;
-    while (!name.empty()) {
-        const std::size_t length = std::max<std::size_t>(platform::utf8Length(name), 1);
-        letters += folded(platform::utf8Character(name.substr(0, length)));
-        name.remove_prefix(length);
+char32_t takeFolded(std::string_view& name) noexcept {
+    const std::size_t length = std::max<std::size_t>(platform::utf8Length(name), 1);
+    const char32_t letter = folded(platform::utf8Character(name.substr(0, length)));
+    name.remove_prefix(length);
+    return letter;
+}
+
+bool isSameName(std::string_view one, std::string_view other) noexcept {
+    while (!one.empty() && !other.empty()) {
+        if (takeFolded(one) != takeFolded(other))
+            return false;
     }
-    return letters;
+    return one.empty() && other.empty();
 }
 
 } // namespace
@@ -89,11 +93,10 @@ std::span<const std::string_view> builtInIgnoredNames() noexcept {
 }
 
 bool IgnoredNames::contains(std::string_view name) const {
-    const std::u32string wanted = folded(name);
-    const auto isNamed = [&wanted](std::string_view each) { return folded(each) == wanted; };
+    const auto isNamed = [name](std::string_view each) { return isSameName(each, name); };
     return std::ranges::any_of(custom, isNamed) ||
            std::ranges::any_of(builtIn, [&](std::string_view each) {
-               return isNamed(each) && std::ranges::find(disabledBuiltIn, each) ==
-                                           disabledBuiltIn.end();
+               return isNamed(each) &&
+                      std::ranges::find(disabledBuiltIn, each) == disabledBuiltIn.end();
            });
 }

@@ -2,6 +2,7 @@
 #include "plugin/PreferencesWatch.h"
 
 #include "platform/MainQueue.h"
+#include "platform/PropertyListNode.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"
@@ -10,6 +11,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -149,30 +151,41 @@ TEST_F(PreferencesFileTest, TheOwnFileComesBeforeTheCopy) {
 }
 
 TEST_F(PreferencesFileTest, WhatWasReadLastHoldsWhileThereIsNothingToRead) {
-    support::SystemLogRecorder log;
-    PreferencesFile file(own_, copy_);
     const std::string good = playerAt(40);
-    const auto damage = [this, &good](int way) {
-        fs::remove(own_);
-        if (way == 0)
-            write(own_, good.substr(0, good.size() / 2));
-        else if (way == 1)
-            write(own_, "");
-        else if (way == 2)
-            write(own_, "<plist version=\"1.0\"><array/></plist>");
-        else if (way == 3)
-            fs::create_directory(own_);
+    struct Case {
+        std::function<void()> happen;
+        const char* reason; // none when nothing is wrong
     };
-    for (int way = 0; way <= 4; ++way) {
+    const std::vector<Case> cases{
+        {[&] { write(own_, good.substr(0, good.size() / 2)); }, "it is damaged"},
+        {[&] { write(own_, ""); }, "it is damaged"},
+        {[&] { write(own_, "<plist version=\"1.0\"><array/></plist>"); }, "it is damaged"},
+        {[&] {
+             write(own_, good);
+             fs::resize_file(own_, platform::propertyListBytes + 1);
+         },
+         "it is too large"},
+        {[&] { fs::create_directory(own_); }, "it is no file"},
+        {[&] { ASSERT_EQ(::mkfifo(own_.c_str(), 0600), 0); }, "it is no file"},
+        {[&] { fs::create_symlink(own_, own_); }, "Too many levels of symbolic links"},
+        {[] {}, nullptr}};
+    PreferencesFile file(own_, copy_);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        SCOPED_TRACE(i);
+        const auto& [happen, reason] = cases[i];
+        support::SystemLogRecorder log;
         write(own_, good);
         EXPECT_EQ(percentIn(file.read()), 40);
-        damage(way);
-        const auto logged = log.count("Couldn't read the preferences");
-        EXPECT_EQ(percentIn(file.read()), 40) << way;
-        EXPECT_EQ(percentIn(file.read()), 40) << way;
-        EXPECT_EQ(log.count("Couldn't read the preferences"), logged + (way < 4 ? 1 : 0));
+        fs::remove(own_);
+        happen();
+        EXPECT_EQ(percentIn(file.read()), 40);
+        EXPECT_EQ(percentIn(file.read()), 40);
+        EXPECT_EQ(log.count("Couldn't read the preferences"), reason != nullptr ? 1U : 0U);
+        EXPECT_EQ(log.count(reason != nullptr ? reason : "preferences"),
+                  reason != nullptr ? 1U : 0U);
         PreferencesFile fresh(own_, copy_);
-        EXPECT_EQ(percentIn(fresh.read()), way < 4 ? 0 : 100) << "it has never read anything";
+        EXPECT_EQ(percentIn(fresh.read()), reason != nullptr ? 0 : 100)
+            << "it has never read anything";
         write(copy_, playerAt(30));
         EXPECT_EQ(percentIn(fresh.read()), 30) << "better than nothing";
         fs::remove(copy_);
