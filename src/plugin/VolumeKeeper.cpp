@@ -122,9 +122,19 @@ VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before, TimePoint 
         will.muted = props_->mute;
         ownMutes_.clear();
     }
+    if (!will.isEmpty())
+        addUntouched(will);
     wanted_.merge(will);
     elsewhere_.merge(will);
     return write;
+}
+
+/// Who changes one of volume and mute has seen the other, and has let it be.
+void VolumeKeeper::addUntouched(WantedVolume& will) const {
+    if (!will.gain && !wanted_.gain && !props_->channelVolumes.empty())
+        will.gain = loudestOf(props_->channelVolumes);
+    if (!will.muted && !wanted_.muted)
+        will.muted = props_->mute;
 }
 
 bool VolumeKeeper::needsRamp(const WantedVolume& change, TimePoint now) {

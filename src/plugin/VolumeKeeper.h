@@ -71,6 +71,7 @@ class VolumeKeeper {
     VolumeWrite applyQuietly(TimePoint now);
     VolumeWrite change(const WantedVolume& change, TimePoint now);
     VolumeWrite changedElsewhere(const StreamProps& before, TimePoint now);
+    void addUntouched(WantedVolume& will) const;
     bool needsRamp(const WantedVolume& change, TimePoint now);
     VolumeWrite written(VolumeWrite write, TimePoint now);
     std::vector<float> volumesAt(float gain) const;

@@ -1,5 +1,6 @@
 #include "prefs/IgnoredNames.h"
 
+#include "platform/StorableText.h"
 #include "platform/Utf8.h"
 
 #include <algorithm>
@@ -93,7 +94,8 @@ std::span<const std::string_view> builtInIgnoredNames() noexcept {
 }
 
 bool IgnoredNames::contains(std::string_view name) const {
-    const auto isNamed = [name](std::string_view each) { return isSameName(each, name); };
+    const std::string wanted = platform::storableText(name);
+    const auto isNamed = [&wanted](std::string_view each) { return isSameName(each, wanted); };
     return std::ranges::any_of(custom, isNamed) ||
            std::ranges::any_of(builtIn, [&](std::string_view each) {
                return isNamed(each) &&

@@ -19,6 +19,6 @@ struct IgnoredNames {
     bool operator==(const IgnoredNames&) const = default;
 
     /// Whether a program of this name, which is not what is displayed, gets no item. Case does not
-    /// count, whatever the locale.
+    /// count, whatever the locale, and what a property list cannot hold is as it makes it.
     bool contains(std::string_view name) const;
 };

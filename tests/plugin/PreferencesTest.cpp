@@ -127,11 +127,12 @@ TEST(Preferences, NamesAreFoundAsTheApplicationKeepsThem) {
     const auto preferences = parsePreferences(
         plist("<key>Apps</key><dict>" + app("Rock &amp; R\xC3\xB6ll", "<key>Mute</key><true/>") +
               "</dict><key>CustomIgnoredApps</key><array><string>K\xC3\xB6nig</string>"
-              "<integer>3</integer></array><key>DisabledBuiltInIgnoredApps</key><array>"
+              "<string>a\xEF\xBF\xBDz</string><integer>3</integer></"
+              "array><key>DisabledBuiltInIgnoredApps</key><array>"
               "<string>Finder</string><string>dock</string></array>"));
     ASSERT_TRUE(preferences);
     EXPECT_EQ(preferences->programs.count(settingsKey("Rock & Röll")), 1U);
-    for (const char* const name : {"KÖNIG", "könig", "Dock", "xcode"})
+    for (const char* const name : {"KÖNIG", "könig", "Dock", "xcode", "a\x01z"})
         EXPECT_TRUE(preferences->ignored.contains(name)) << name;
     for (const char* const name : {"Finder", "finder", "Kö", "3", ""})
         EXPECT_FALSE(preferences->ignored.contains(name)) << name;

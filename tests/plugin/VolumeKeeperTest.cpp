@@ -131,7 +131,7 @@ TEST_F(VolumeKeeperTest, ARampJumpsToItsEndWhenItIsHeardNoMore) {
 TEST_F(VolumeKeeperTest, ALateChangeOfSomebodyElseIsAPersonsWill) {
     play(wantsHalf);
     changeElsewhere({0.4F, 0.2F});
-    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.4F, std::nullopt}));
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.4F, false})) << "seen and let be";
     stream_.mute = true;
     tell();
     EXPECT_EQ(keeper_->takeChangesElsewhere(), wantsMute);
@@ -144,6 +144,17 @@ TEST_F(VolumeKeeperTest, ALateChangeOfSomebodyElseIsAPersonsWill) {
     EXPECT_EQ(keeper_->takeChangesElsewhere(), nothing);
 }
 
+TEST_F(VolumeKeeperTest, WhatNobodyHadAskedForIsToldWithTheFirstChange) {
+    stream_.channelVolumes = {0.2F, 0.2F}; // restored
+    play();
+    stream_.mute = true;
+    tell();
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.2F, true}));
+    stream_.mute = false;
+    tell();
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), wantsSound);
+}
+
 TEST_F(VolumeKeeperTest, AChangeDuringARampEndsItAndIsNotOvertaken) {
     play(wantsFull);
     carryOut(keeper_->want(wantsHalf, now_));
@@ -154,7 +165,7 @@ TEST_F(VolumeKeeperTest, AChangeDuringARampEndsItAndIsNotOvertaken) {
     carryOut(keeper_->propsArrived(step, now_));
     tell();
     EXPECT_EQ(stream_.channelVolumes, (Volumes{0.3F, 0.3F}));
-    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.3F, std::nullopt}));
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.3F, false}));
 }
 
 TEST_F(VolumeKeeperTest, ValuesComeBackRoundedLateAndLeftOut) {
