@@ -68,6 +68,25 @@ TEST_F(PluginBusTest, WhatIsFoundAtItsComingIsNotMadeLouderAndIsNoChange) {
     EXPECT_EQ(reports.changes.size(), 1U);
 }
 
+TEST_F(PluginBusTest, WithoutABusOtherMixersChangesAreKeptAllTheSame) {
+    application_.emplace();
+    Player player;
+    player.play();
+    {
+        const support::PrivateBus bus;
+        startPlugin();
+        ASSERT_TRUE(tells("sound server: connected"));
+        awaitCheckin(player);
+        outlastHold();
+    }
+    setElsewhereOnly(player, 30);
+    EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+    player.play();
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(30)));
+    EXPECT_TRUE(plugin_->isRunning());
+    EXPECT_EQ(plugin_->stop(), 0) << plugin_->output();
+}
+
 TEST_F(PluginBusTest, WhatCannotBeSetIsToldWithAReason) {
     for (const char* const kind : {"filter", "iec958", "dsd"}) {
         SCOPED_TRACE(kind);

@@ -161,4 +161,16 @@ TEST_F(PluginPreferencesTest, NotificationSoundsHaveWhatIsRemembered) {
     save({20, true, "coreaudiod", "Sound Effects"});
     EXPECT_TRUE(remembers("[1.0,1.0]"));
     EXPECT_TRUE(remembers(R"("mute":false)"));
+
+    // Ignored while they are away.
+    save({20, true, nullptr, "Sound Effects"});
+    EXPECT_TRUE(remembers(R"("mute":true)"));
+    for (const char* service : {session->pulseService, session->sessionManager, session->server})
+        session->stop(service);
+    ASSERT_TRUE(tells("sound server: not connected"));
+    save({20, true, "coreaudiod", "Sound Effects"});
+    ASSERT_TRUE(tells("no program to tell it of"));
+    for (const char* service : {session->server, session->sessionManager, session->pulseService})
+        session->start(service);
+    EXPECT_TRUE(remembers("[1.0,1.0]"));
 }
