@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -22,15 +23,15 @@ std::string inFolder(std::string folder, const char* rest) {
 }
 
 /// Nothing, with errno set, on failure. Not much more than a property list may have is read.
-std::optional<std::string> contentOf(int file) {
-    std::string content;
+std::optional<std::vector<char>> contentOf(int file) {
+    std::vector<char> content;
     std::array<char, 16384> part{};
     while (content.size() <= platform::propertyListBytes) {
         const ssize_t count = ::read(file, part.data(), part.size());
         if (count == 0)
             return content;
         if (count > 0)
-            content.append(part.data(), static_cast<std::size_t>(count));
+            content.insert(content.end(), part.data(), part.data() + count);
         else if (errno != EINTR)
             return std::nullopt;
     }
@@ -87,7 +88,7 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
         return {State::bad, {}, std::strerror(errno)};
     if (content->size() > platform::propertyListBytes)
         return {State::bad, {}, "it is too large"};
-    auto preferences = parsePreferences(*content);
+    auto preferences = parsePreferences({content->data(), content->size()});
     if (!preferences)
         return {State::bad, {}, "it is damaged"};
     return {State::good, *std::move(preferences)};

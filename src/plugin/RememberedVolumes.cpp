@@ -49,7 +49,7 @@ RememberedVolumes::read(Preferences preferences, std::span<const Program> progra
         Consequence consequence = consequenceFor(program, before);
         if (isFirst)
             consequence.forNext = std::exchange(consequence.wanted, {});
-        consequences.push_back(std::move(consequence));
+        consequences.push_back(consequence);
     }
     for (const Program& program : programs)
         owed_.erase(settingsKey(program.name));
