@@ -53,8 +53,8 @@ TEST(ApplicationAgreement, BothReadTheSameSettings) {
              "<dict><key>Volume</key><real>28.999999999999996</real></dict>",
              "<dict><key>Volume</key><real>nan</real><key>Mute</key><real>nan</real></dict>",
              "<dict><key>Volume</key><real>-1e300</real><key>Mute</key><real>0.5</real></dict>",
-             "<dict><key>Volume</key><integer>-3</integer><key>Mute</key><integer>0</integer></"
-             "dict>",
+             "<dict><key>Volume</key><integer>-3</integer></dict>",
+             "<dict><key>Mute</key><integer>0</integer></dict>",
              "<dict><key>Volume</key><integer>18446744073709551615</integer></dict>",
              "<dict><key>Volume</key><true/><key>Mute</key><string>YES</string></dict>",
              "<dict><key>Volume</key><string>40</string></dict>",

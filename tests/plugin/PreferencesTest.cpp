@@ -69,7 +69,7 @@ class PreferencesWatchTest : public PreferencesFileTest {
     std::vector<int> told_;
     std::optional<PreferencesWatch> watch_;
 
-    ~PreferencesWatchTest() override { platform::drainMainQueue(); }
+    void TearDown() override { platform::drainMainQueue(); }
 
     std::optional<Preferences> begin() {
         watch_.emplace(PreferencesFile(own_, copy_), [this](const Preferences& preferences) {
