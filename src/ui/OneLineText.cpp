@@ -1,5 +1,7 @@
 #include "ui/OneLineText.h"
 
+#include <algorithm>
+
 namespace {
 
 bool isBreak(QChar character) {
@@ -11,6 +13,10 @@ bool isBreak(QChar character) {
 bool turnsDirection(QChar character) {
     const char16_t code = character.unicode();
     return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+bool leavesNoInk(QChar character) {
+    return character.isSpace() || isBreak(character) || character.category() == QChar::Other_Format;
 }
 
 } // namespace
@@ -25,4 +31,8 @@ QString oneLineText(const QString& text) {
             line += character;
     }
     return line;
+}
+
+bool isInvisible(const QString& text) {
+    return std::ranges::all_of(text, &leavesNoInk);
 }

@@ -169,6 +169,9 @@ TEST_F(ApplicationTest, NewContainersAreServedAndAnnouncedOnceForABurst) {
     EXPECT_TRUE(waitUntil([&] { return served > burst; }));
     EXPECT_EQ(announcements, 3) << "at the launch, for the burst, for the last one";
 
+    // Copying may be slower than the socket.
+    EXPECT_TRUE(waitUntil(
+        [&] { return fs::exists(containers_ / "1" / "Data" / "com.quarnel.Tonvale.plist"); }));
     support::ScriptedPlugin inside(socketIn(1));
     inside.checkIn(4711, "player");
     fs::remove_all(containers_ / "1");
