@@ -88,7 +88,8 @@ TEST(ApplicationAgreement, BothIgnoreTheSameNamesWhateverTheirCase) {
         const QString name = textOf(character);
         defaults.set(PreferenceKeys::customIgnoredApps, QStringList{name});
         const MVIgnoredApps application(defaults);
-        const IgnoredNames plugin{{name.toStdString()}, {}};
+        const QString stored = defaults.list(PreferenceKeys::customIgnoredApps).first().toString();
+        const IgnoredNames plugin{{stored.toStdString()}, {}};
         for (const char32_t other : others) {
             EXPECT_EQ(plugin.contains(textOf(other).toStdString()),
                       application.isAppIgnored(textOf(other)))
