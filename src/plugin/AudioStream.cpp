@@ -7,6 +7,8 @@
 #include "plugin/NodeWriter.h"
 #include "plugin/StreamParam.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 
@@ -18,6 +20,9 @@ namespace {
 // longest cycle usual is 8192 samples at 48 kHz. Of a stream that does not run nothing is measured.
 constexpr std::chrono::milliseconds settlingTime{200};
 
+// A stream is told of in parts, and changes in parts.
+constexpr std::chrono::milliseconds tellingTime{100};
+
 } // namespace
 
 const pw_node_events AudioStream::nodeEvents = [] {
@@ -26,10 +31,12 @@ const pw_node_events AudioStream::nodeEvents = [] {
     events.info = [](void* data, const pw_node_info* info) {
         static_cast<AudioStream*>(data)->informed(*info);
     };
-    events.param = [](void* data, int, std::uint32_t id, std::uint32_t, std::uint32_t,
+    events.param = [](void* data, int, std::uint32_t id, std::uint32_t index, std::uint32_t,
                       const spa_pod* param) {
         if (id == SPA_PARAM_Props)
             static_cast<AudioStream*>(data)->propsChanged(param);
+        else if (id == SPA_PARAM_EnumFormat)
+            static_cast<AudioStream*>(data)->formatTold(index, param);
     };
     return events;
 }();
@@ -40,6 +47,8 @@ AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, Nod
     , origin_(origin)
     , writer_(writer)
     , listener_(listener)
+    , review_(std::make_unique<platform::Timer>(loop,
+                                                [this] { listener_.streamObstacleChanged(*this); }))
     , keeper_(MonotonicClock::now())
     , ramp_(std::make_unique<platform::Timer>(
           loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
@@ -50,8 +59,8 @@ AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, Nod
         return;
     }
     pw_node_add_listener(node_.get(), hook_.get(), &nodeEvents, this);
-    std::uint32_t props = SPA_PARAM_Props;
-    pw_node_subscribe_params(node_.get(), &props, 1);
+    std::array<std::uint32_t, 2> parameters{SPA_PARAM_Props, SPA_PARAM_EnumFormat};
+    pw_node_subscribe_params(node_.get(), parameters.data(), parameters.size());
 }
 
 AudioStream::~AudioStream() {
@@ -66,6 +75,7 @@ void AudioStream::informed(const pw_node_info& info) {
     const bool running = info.state == PW_NODE_STATE_RUNNING;
     if (!described_ && running && origin_ == Origin::existed)
         keeper_.heardAlready();
+    noteParameters(info);
     const bool stateChanges = std::exchange(running_, running) != running;
     if (stateChanges)
         write(keeper_.setRunning(running, MonotonicClock::now()));
@@ -89,7 +99,26 @@ void AudioStream::propsChanged(const spa_pod* param) {
     StreamProps props = keeper_.props().value_or(StreamProps{});
     readStreamProps(param, props);
     noteGains(props);
+    if (const auto locked = readVolumeLock(param)) {
+        obstacle_.lockTold(*locked);
+        review_->start(tellingTime);
+    }
     write(keeper_.propsArrived(props, MonotonicClock::now()));
+}
+
+void AudioStream::noteParameters(const pw_node_info& info) {
+    if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) == 0 || info.n_params == 0)
+        return;
+    obstacle_.propsListed(
+        std::any_of(info.params, info.params + info.n_params, [](const spa_param_info& each) {
+            return each.id == SPA_PARAM_Props && (each.flags & SPA_PARAM_INFO_READ) != 0;
+        }));
+    review_->start(tellingTime);
+}
+
+void AudioStream::formatTold(std::uint32_t index, const spa_pod* param) {
+    obstacle_.formatTold(index, isRawFormat(param));
+    review_->start(tellingTime);
 }
 
 void AudioStream::noteGains(const StreamProps& props) {
@@ -125,8 +154,9 @@ void AudioStream::write(const VolumeWrite& write) {
         ramp_->startAt(keeper_.nextStep());
     else
         ramp_->stop();
-    const WantedVolume change = keeper_.takeChangesElsewhere();
-    if (!change.isEmpty())
+    if (const WantedVolume found = keeper_.takeFound(); !found.isEmpty())
+        listener_.streamFound(*this, found);
+    if (const WantedVolume change = keeper_.takeChangesElsewhere(); !change.isEmpty())
         listener_.streamChangedElsewhere(*this, change);
 }
 

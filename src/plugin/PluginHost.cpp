@@ -17,13 +17,16 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
 
 } // namespace
 
-PluginHost::PluginHost(platform::RunLoop& loop)
+PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
     : loop_(loop)
+    , reports_(std::move(reports))
     , programs_(loop, *this)
     , effects_(loop, programs_)
+    , memory_(PreferencesFile::standard(), programs_, effects_, reports_)
     , server_(loop, *this)
     , writer_(loop, server_, graph_)
     , levels_(loop, graph_, programs_) {
+    memory_.begin();
     server_.start();
 }
 
@@ -41,8 +44,13 @@ void PluginHost::resumed() {
 PluginStatus PluginHost::status() const {
     PluginStatus status{server_.core() != nullptr, {}};
     for (const auto& program : programs_.programs()) {
-        ProgramStatus& entry = status.programs.emplace_back(
-            ProgramStatus{program->process(), program->wanted(), program->isConnected(), {}});
+        ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
+                                                                          program->wanted(),
+                                                                          memory_.of(*program),
+                                                                          program->isConnected(),
+                                                                          {},
+                                                                          program->isLeftAlone(),
+                                                                          program->obstacle()});
         for (const AudioStream* const stream : program->streams())
             entry.streams.push_back(
                 {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
@@ -54,6 +62,7 @@ void PluginHost::serverConnected() {
     levels_.attach(*server_.core());
     effects_.serverConnected();
     writer_.prepare();
+    memory_.effectsAdded();
 }
 
 void PluginHost::serverLost() {
@@ -143,8 +152,13 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
     if (program == nullptr)
         return;
     program->changedElsewhere(change);
-    if (program == effects_.program())
+    if (program == effects_.program() && !program->isLeftAlone())
         effects_.changedElsewhere();
+}
+
+void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        program->found(found);
 }
 
 void PluginHost::identify(Voice& voice) {
@@ -168,6 +182,10 @@ void PluginHost::identify(Voice& voice) {
     voice.program = next;
     if (next != nullptr && last != next)
         next->add(stream);
+    for (Program* const program : {last, next}) {
+        if (program != nullptr && last != next)
+            reviewObstacle(*program);
+    }
     if (last != nullptr && lastProcess)
         programs_.withdraw(*last, *lastProcess, *client);
 }
@@ -196,8 +214,10 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
 
 void PluginHost::release(Voice& voice) {
     Program* const program = std::exchange(voice.program, nullptr);
-    if (program != nullptr)
-        program->remove(*voice.stream);
+    if (program == nullptr)
+        return;
+    program->remove(*voice.stream);
+    reviewObstacle(*program);
 }
 
 void PluginHost::programGoes(Program& program) {
@@ -212,9 +232,28 @@ void PluginHost::programGoes(Program& program) {
     levels_.review();
 }
 
-void PluginHost::programCommanded(Program& program, const WantedVolume&) {
-    if (&program == effects_.program())
-        effects_.commanded();
+void PluginHost::programCommanded(Program& program, const WantedVolume& change) {
+    memory_.commanded(program, change);
+}
+
+void PluginHost::programConnected(Program& program) {
+    memory_.connected(program);
+    if (!program.obstacle().empty())
+        reports_.notControllable(program.process().pid, program.obstacle());
+}
+
+void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& before) {
+    memory_.changedElsewhere(program, before);
+}
+
+void PluginHost::streamObstacleChanged(AudioStream& stream) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        reviewObstacle(*program);
+}
+
+void PluginHost::reviewObstacle(Program& program) {
+    if (program.reviewObstacle() && program.isConnected())
+        reports_.notControllable(program.process().pid, program.obstacle());
 }
 
 void PluginHost::connectionsChanged() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugin/ApplicationReports.h"
 #include "plugin/AudioClient.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
@@ -9,7 +10,9 @@
 #include "plugin/PluginStatus.h"
 #include "plugin/ProgramTable.h"
 #include "plugin/SoundEffects.h"
+#include "plugin/VolumeMemory.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,9 +25,10 @@ class PluginHost : private AudioServer::Listener,
                    private AudioStream::Listener,
                    private ProgramTable::Listener {
   public:
-    /// Begins its work with the loop's next turn. Throws std::runtime_error when the PipeWire
-    /// library cannot be used.
-    explicit PluginHost(platform::RunLoop& loop);
+    /// Begins its work with the loop's next turn; reads the preferences at once. Its main queue
+    /// must be served for changes of the preferences to be noticed. Throws std::runtime_error when
+    /// the PipeWire library cannot be used.
+    explicit PluginHost(platform::RunLoop& loop, ApplicationReports reports = {});
     ~PluginHost() override;
     PluginHost(const PluginHost&) = delete;
     PluginHost& operator=(const PluginHost&) = delete;
@@ -61,10 +65,17 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
+    void streamFound(AudioStream& stream, const WantedVolume& found) override;
+    void streamObstacleChanged(AudioStream& stream) override;
+    void programAdded(Program& program) override { memory_.added(program); }
+    void programConnected(Program& program) override;
     void programGoes(Program& program) override;
     void programCommanded(Program& program, const WantedVolume& change) override;
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
+    void ignoreListChanged() override { memory_.readAgain(); }
     void connectionsChanged() override;
 
+    void reviewObstacle(Program& program);
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
@@ -74,11 +85,13 @@ class PluginHost : private AudioServer::Listener,
     void release(Voice& voice);
 
     platform::RunLoop& loop_;
+    const ApplicationReports reports_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
     ProgramTable programs_;
     SoundEffects effects_;
+    VolumeMemory memory_;
     AudioServer server_;
     NodeWriter writer_;    // goes before the server
     LevelReporter levels_; // goes before the server

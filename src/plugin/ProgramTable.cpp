@@ -30,6 +30,7 @@ Program& ProgramTable::join(platform::StreamProcess process, std::uint32_t clien
 Program& ProgramTable::add(const platform::StreamProcess& process) {
     Program::Listener& listener = *this;
     Program& program = *programs_.emplace_back(std::make_unique<Program>(loop_, process, listener));
+    listener_.programAdded(program);
     // At once when the application is there; during a pause the others wait for it as well.
     if (!retry_->isActive())
         retry_->start({});

@@ -56,16 +56,13 @@ SoundEffects::~SoundEffects() = default;
 
 void SoundEffects::serverConnected() {
     program_ = &programs_.add(serverProcess());
-    program_->restore(wanted_);
 }
 
 void SoundEffects::serverLost() {
     if (settings_ != nullptr)
         globalRemoved(settings_->id());
-    if (program_ == nullptr)
-        return;
-    wanted_ = program_->wanted();
-    programs_.drop(*program_);
+    if (program_ != nullptr)
+        programs_.drop(*program_);
 }
 
 void SoundEffects::globalAdded(pw_registry& registry, const AudioGlobal& global) {
@@ -87,8 +84,8 @@ void SoundEffects::globalRemoved(std::uint32_t id) {
     settings_.reset();
 }
 
-void SoundEffects::commanded() {
-    write(volume_.asked(program_->wanted(), MonotonicClock::now()));
+void SoundEffects::asked(const WantedVolume& all) {
+    write(volume_.asked(all, MonotonicClock::now()));
 }
 
 void SoundEffects::changedElsewhere() {

@@ -44,8 +44,8 @@ class SoundEffects {
     void globalAdded(pw_registry& registry, const AudioGlobal& global);
     void globalRemoved(std::uint32_t id);
 
-    /// The application has asked for another volume of the program.
-    void commanded();
+    /// Another volume has been asked for, so that `all` is wanted of the program.
+    void asked(const WantedVolume& all);
 
     /// Another mixer has changed one that sounds: the next ones follow it.
     void changedElsewhere();
@@ -57,7 +57,6 @@ class SoundEffects {
 
     ProgramTable& programs_;
     Program* program_ = nullptr; // the table's
-    WantedVolume wanted_;        // of the program that the last server had
     RestoredVolume volume_;
     std::unique_ptr<RouteSettings> settings_; // while there is a session manager
     const std::unique_ptr<platform::Timer> settled_;

@@ -52,6 +52,9 @@ struct WantedVolume {
     void merge(const WantedVolume& change) noexcept;
 };
 
+/// What a program has that nobody has changed.
+inline constexpr WantedVolume kFullVolume{1.0F, false};
+
 /// The peak of one channel after the gain, linear.
 struct ChannelPeak {
     std::size_t channel;

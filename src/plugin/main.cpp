@@ -1,6 +1,7 @@
 #include "platform/Bundle.h"
 #include "platform/DescriptorLimit.h"
 #include "platform/DistributedNotification.h"
+#include "platform/MainQueue.h"
 #include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopDispatcher.h"
@@ -33,6 +34,17 @@ constexpr const char* usage = "Usage: Tonvale [--help | --version | --status]\n"
                               "  --version  print the version\n"
                               "  --help     print this text\n";
 
+ApplicationReports reportsTo(PluginService& service) {
+    return {.changedElsewhere =
+                [&service](std::uint32_t pid, int percent, bool muted) {
+                    Q_EMIT service.ChangedElsewhere(pid, percent, muted);
+                },
+            .notControllable =
+                [&service](std::uint32_t pid, const std::string& reason) {
+                    Q_EMIT service.NotControllable(pid, QString::fromStdString(reason));
+                }};
+}
+
 int serve(platform::RunLoop& loop) {
     platform::SessionLock lock("com.quarnel.Tonvale.Plugin");
     if (!lock.take()) {
@@ -42,11 +54,14 @@ int serve(platform::RunLoop& loop) {
     }
     platform::raiseDescriptorLimit();
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
-    PluginHost host(loop);
+    const platform::MainQueueService mainQueue(loop);
+    PluginHost* running = nullptr;
+    PluginService service([&running] { return describe(running->status()); });
+    PluginHost host(loop, reportsTo(service));
+    running = &host;
     const platform::DistributedNotificationObserver launches(
         QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.applicationLaunched(); });
     const platform::ResumeObserver resumes([&host] { host.resumed(); });
-    const PluginService service([&host] { return describe(host.status()); });
     return QCoreApplication::exec();
 }
 

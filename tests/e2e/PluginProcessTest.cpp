@@ -126,11 +126,13 @@ TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
     const auto second = runPlugin({});
     EXPECT_EQ(second.status, 3);
     EXPECT_EQ(second.output, "Tonvale: The plug-in runs in this session already\n");
-    EXPECT_THAT(runPlugin({"--status"}).output,
-                AllOf(HasSubstr("sound server: connected\napplication: connected\n"),
-                      HasSubstr("pw-cat (pid " + std::to_string(tone.pid()) +
-                                ", /usr/bin/pw-cat, vouched for by the kernel): wanted 50 %\n"),
-                      HasSubstr(" plays: wanted 50 %, has 50 % not muted\n")));
+    EXPECT_THAT(
+        runPlugin({"--status"}).output,
+        AllOf(HasSubstr("sound server: connected\napplication: connected\n"),
+              HasSubstr(
+                  "pw-cat (pid " + std::to_string(tone.pid()) +
+                  ", /usr/bin/pw-cat, vouched for by the kernel): wanted 50 %, remembered 50 %\n"),
+              HasSubstr(" plays: wanted 50 %, has 50 % not muted\n")));
 }
 
 TEST_F(PluginProcessTest, OptionsAreAnsweredAndWrongOnesRefused) {

@@ -167,10 +167,12 @@ TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
 }
 
 TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
-    const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
-    application_->setVolume(awaitProgram(player).pid, 40);
+    // The first one: programs of its name that come after the command get that volume too.
     const Tone untouched(Tone::Player::pwCat, 1000, 0.01);
     awaitProcess(untouched.pid());
+    const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
+    awaitProcess(quiet.pid());
+    application_->setVolume(static_cast<std::uint32_t>(quiet.pid()), 40);
     ASSERT_TRUE(hears(tonePeak * gainOf(40)));
     // Longer than a new stream's volume is upheld.
     recorder_->record(std::chrono::milliseconds(600));
