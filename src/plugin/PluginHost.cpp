@@ -53,6 +53,7 @@ PluginStatus PluginHost::status() const {
 }
 
 void PluginHost::serverConnected() {
+    facts_.prepare(); // a new stream is waited for by its first samples
     levels_.attach(*server_.core());
     effects_.serverConnected();
 }
@@ -188,7 +189,7 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
     platform::StreamEvidence evidence;
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
-    auto process = platform::identifyStream(evidence);
+    auto process = platform::identifyStream(evidence, facts_);
     if (process)
         process->name = checkinName(std::move(process->name));
     return process;

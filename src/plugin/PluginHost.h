@@ -73,6 +73,7 @@ class PluginHost : private AudioServer::Listener,
     void release(Voice& voice);
 
     platform::RunLoop& loop_;
+    const platform::StreamProcessFacts facts_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
