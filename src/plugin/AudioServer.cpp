@@ -147,6 +147,7 @@ AudioServer::AudioServer(platform::RunLoop& loop, Listener& listener)
     , source_(platform::RunLoopSource::create(loop, pw_loop_get_fd(loop_->loop),
                                               platform::RunLoopSource::reading,
                                               [this] { serveEvents({}); }))
+    , spare_(std::make_unique<SpareConnection>(loop, [this] { return openAnotherCore(); }))
     , retry_(std::make_unique<platform::Timer>(loop, [this] { connect(); }))
     , loss_(std::make_unique<platform::Timer>(loop, [this] { drop(); })) {
     if (source_ == nullptr)
@@ -205,6 +206,11 @@ void AudioServer::connect() {
 }
 
 pw_core* AudioServer::openCore() const {
+    pw_core* const spare = spare_->take();
+    return spare != nullptr ? spare : openAnotherCore();
+}
+
+pw_core* AudioServer::openAnotherCore() const {
     // As a manager, a sandboxed client too may set the volume of others.
     return pw_context_connect(loop_->context,
                               propertiesOf({{PW_KEY_APP_NAME, "Tonvale"},
@@ -214,7 +220,7 @@ pw_core* AudioServer::openCore() const {
 }
 
 bool AudioServer::openConnection() {
-    pw_core* const core = openCore();
+    pw_core* const core = openAnotherCore();
     if (core == nullptr)
         return false;
     connection_ = std::make_unique<Connection>(core);
@@ -229,6 +235,7 @@ bool AudioServer::openConnection() {
     pw_registry_add_listener(connection_->registry.get(), connection_->registryHook->get(),
                              &registryEvents, this);
     connection_->listing = pw_core_sync(core, PW_ID_CORE, 0);
+    spare_->prepare();
     return true;
 }
 
@@ -246,6 +253,7 @@ void AudioServer::drop() {
         return;
     systemLog(LogPriority::warning, "The connection to the sound server broke");
     listener_.serverLost();
+    spare_->close();
     connection_.reset();
     retry_->start(pauses_.next());
 }

@@ -3,6 +3,7 @@
 #include "plugin/AudioGraph.h"
 #include "plugin/Backoff.h"
 #include "plugin/PipeWireHandles.h"
+#include "plugin/SpareConnection.h"
 
 #include <functional>
 #include <memory>
@@ -50,8 +51,9 @@ class AudioServer {
     /// added from then on is new.
     bool hasListedAll() const noexcept;
 
-    /// Another connection to the server, which the caller closes before this object goes; whoever
-    /// has it is not told of its end. Null with errno set on failure.
+    /// Another connection to the server, at once usable if one is at hand, which the caller closes
+    /// before this object goes; whoever has it is not told of its end. Null with errno set on
+    /// failure.
     pw_core* openCore() const;
 
     /// Serves the server's events until it has taken all that it was asked for so far and
@@ -66,6 +68,7 @@ class AudioServer {
 
     void connect();
     bool openConnection();
+    pw_core* openAnotherCore() const;
     void drop();
     void serveEvents(std::chrono::milliseconds wait);
     void failed(std::uint32_t id, int result, const char* message);
@@ -78,6 +81,7 @@ class AudioServer {
     const std::unique_ptr<Loop> loop_;
     std::unique_ptr<platform::RunLoopSource> source_;
     std::unique_ptr<Connection> connection_;
+    const std::unique_ptr<SpareConnection> spare_;
     Backoff pauses_;
     bool absenceLogged_ = false;
     const std::unique_ptr<platform::Timer> retry_;
