@@ -5,7 +5,9 @@
 #include "platform/RunLoopSource.h"
 #include "platform/SystemLog.h"
 #include "platform/Timer.h"
+#include "plugin/ClientClaims.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -109,6 +111,7 @@ struct AudioServer::Connection {
     int listing = 0;   // the request that is answered after the list of objects
     int answered = -1; // the last request that has been
     bool listed = false;
+    std::uint64_t newestSerial = 0;
 };
 
 const pw_core_events AudioServer::coreEvents = [] {
@@ -132,7 +135,10 @@ const pw_registry_events AudioServer::registryEvents = [] {
     events.version = PW_VERSION_REGISTRY_EVENTS;
     events.global = [](void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
                        const spa_dict* properties) {
-        static_cast<AudioServer*>(data)->listener_.globalAdded(describe(id, type, properties));
+        AudioServer& server = *static_cast<AudioServer*>(data);
+        std::uint64_t& newest = server.connection_->newestSerial;
+        newest = std::max(newest, serialIn(properties));
+        server.listener_.globalAdded(describe(id, type, properties));
     };
     events.global_remove = [](void* data, std::uint32_t id) {
         static_cast<AudioServer*>(data)->listener_.globalRemoved(id);
@@ -172,6 +178,10 @@ bool AudioServer::hasListedAll() const noexcept {
     return connection_ != nullptr && connection_->listed;
 }
 
+std::uint64_t AudioServer::newestSerial() const noexcept {
+    return connection_ != nullptr ? connection_->newestSerial : 0;
+}
+
 void AudioServer::serveUntil(const std::function<bool()>& condition) {
     constexpr std::chrono::milliseconds longest{500};
     constexpr std::chrono::milliseconds piece{50};
@@ -205,8 +215,8 @@ void AudioServer::connect() {
     retry_->start(pauses_.next());
 }
 
-pw_core* AudioServer::openCore() const {
-    pw_core* const spare = spare_->take();
+pw_core* AudioServer::openCore(std::uint64_t serial) const {
+    pw_core* const spare = spare_->take(serial);
     return spare != nullptr ? spare : openAnotherCore();
 }
 

@@ -51,10 +51,13 @@ class AudioServer {
     /// added from then on is new.
     bool hasListedAll() const noexcept;
 
-    /// Another connection to the server, at once usable if one is at hand, which the caller closes
-    /// before this object goes; whoever has it is not told of its end. Null with errno set on
-    /// failure.
-    pw_core* openCore() const;
+    /// The object.serial of the newest object that has been added; each is greater than all before.
+    std::uint64_t newestSerial() const noexcept;
+
+    /// Another connection to the server, to do something to an object of this serial; one that is
+    /// at hand already if possible. The caller closes it before this object goes; whoever has it is
+    /// not told of its end. Null with errno set on failure.
+    pw_core* openCore(std::uint64_t serial) const;
 
     /// Serves the server's events until it has taken all that it was asked for so far and
     /// `condition` holds, half a second at most, waiting meanwhile. It drops what it has not read

@@ -2,6 +2,7 @@
 
 #include "plugin/PipeWireHandles.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -24,21 +25,24 @@ class SpareConnection {
     /// Has one opened soon. To be called when the server is there.
     void prepare();
 
-    /// The connection, now the caller's; null when none is at hand.
-    pw_core* take();
+    /// The connection, now the caller's, for something to be done to the object with this
+    /// object.serial. Null when none is at hand that the server has told of the object: it refuses
+    /// what a connection asks for an object that is too new for it.
+    pw_core* take(std::uint64_t serial);
 
     /// Drops it. The server has gone.
     void close();
 
   private:
+    struct Connection;
+
     void open();
     void failed(std::uint32_t id, int result);
 
     static const pw_core_events coreEvents;
+    static const pw_registry_events registryEvents;
 
     const std::function<pw_core*()> open_;
-    pw_core* core_ = nullptr;
-    bool broken_ = false;
-    std::unique_ptr<ListenerHook> hook_;
+    std::unique_ptr<Connection> connection_;
     const std::unique_ptr<platform::Timer> opening_;
 };
