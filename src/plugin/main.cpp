@@ -5,10 +5,12 @@
 #include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopDispatcher.h"
+#include "platform/SessionBus.h"
 #include "platform/SessionLock.h"
 #include "platform/SignalEvents.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignals.h"
+#include "platform/ThreadPriority.h"
 #include "plugin/PluginHost.h"
 #include "plugin/PluginService.h"
 #include "plugin/StatusCommand.h"
@@ -53,6 +55,7 @@ int serve(platform::RunLoop& loop) {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
+    platform::preferThisThread(platform::systemBus());
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     const platform::MainQueueService mainQueue(loop);
     PluginHost* running = nullptr;
