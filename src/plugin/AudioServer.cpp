@@ -5,7 +5,9 @@
 #include "platform/RunLoopSource.h"
 #include "platform/SystemLog.h"
 #include "platform/Timer.h"
+#include "plugin/ClientClaims.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -109,6 +111,7 @@ struct AudioServer::Connection {
     int listing = 0;   // the request that is answered after the list of objects
     int answered = -1; // the last request that has been
     bool listed = false;
+    std::uint64_t newestSerial = 0;
 };
 
 const pw_core_events AudioServer::coreEvents = [] {
@@ -132,7 +135,10 @@ const pw_registry_events AudioServer::registryEvents = [] {
     events.version = PW_VERSION_REGISTRY_EVENTS;
     events.global = [](void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
                        const spa_dict* properties) {
-        static_cast<AudioServer*>(data)->listener_.globalAdded(describe(id, type, properties));
+        AudioServer& server = *static_cast<AudioServer*>(data);
+        std::uint64_t& newest = server.connection_->newestSerial;
+        newest = std::max(newest, serialIn(properties));
+        server.listener_.globalAdded(describe(id, type, properties));
     };
     events.global_remove = [](void* data, std::uint32_t id) {
         static_cast<AudioServer*>(data)->listener_.globalRemoved(id);
@@ -147,6 +153,7 @@ AudioServer::AudioServer(platform::RunLoop& loop, Listener& listener)
     , source_(platform::RunLoopSource::create(loop, pw_loop_get_fd(loop_->loop),
                                               platform::RunLoopSource::reading,
                                               [this] { serveEvents({}); }))
+    , spare_(std::make_unique<SpareConnection>(loop, [this] { return openAnotherCore(); }))
     , retry_(std::make_unique<platform::Timer>(loop, [this] { connect(); }))
     , loss_(std::make_unique<platform::Timer>(loop, [this] { drop(); })) {
     if (source_ == nullptr)
@@ -169,6 +176,10 @@ pw_registry* AudioServer::registry() const noexcept {
 
 bool AudioServer::hasListedAll() const noexcept {
     return connection_ != nullptr && connection_->listed;
+}
+
+std::uint64_t AudioServer::newestSerial() const noexcept {
+    return connection_ != nullptr ? connection_->newestSerial : 0;
 }
 
 void AudioServer::serveUntil(const std::function<bool()>& condition) {
@@ -204,7 +215,12 @@ void AudioServer::connect() {
     retry_->start(pauses_.next());
 }
 
-pw_core* AudioServer::openCore() const {
+pw_core* AudioServer::openCore(std::uint64_t serial) const {
+    pw_core* const spare = spare_->take(serial);
+    return spare != nullptr ? spare : openAnotherCore();
+}
+
+pw_core* AudioServer::openAnotherCore() const {
     // As a manager, a sandboxed client too may set the volume of others.
     return pw_context_connect(loop_->context,
                               propertiesOf({{PW_KEY_APP_NAME, "Tonvale"},
@@ -214,7 +230,7 @@ pw_core* AudioServer::openCore() const {
 }
 
 bool AudioServer::openConnection() {
-    pw_core* const core = openCore();
+    pw_core* const core = openAnotherCore();
     if (core == nullptr)
         return false;
     connection_ = std::make_unique<Connection>(core);
@@ -229,6 +245,7 @@ bool AudioServer::openConnection() {
     pw_registry_add_listener(connection_->registry.get(), connection_->registryHook->get(),
                              &registryEvents, this);
     connection_->listing = pw_core_sync(core, PW_ID_CORE, 0);
+    spare_->prepare();
     return true;
 }
 
@@ -246,6 +263,7 @@ void AudioServer::drop() {
         return;
     systemLog(LogPriority::warning, "The connection to the sound server broke");
     listener_.serverLost();
+    spare_->close();
     connection_.reset();
     retry_->start(pauses_.next());
 }

@@ -3,6 +3,7 @@
 #include "plugin/AudioGraph.h"
 #include "plugin/Backoff.h"
 #include "plugin/PipeWireHandles.h"
+#include "plugin/SpareConnection.h"
 
 #include <functional>
 #include <memory>
@@ -50,9 +51,13 @@ class AudioServer {
     /// added from then on is new.
     bool hasListedAll() const noexcept;
 
-    /// Another connection to the server, which the caller closes before this object goes; whoever
-    /// has it is not told of its end. Null with errno set on failure.
-    pw_core* openCore() const;
+    /// The object.serial of the newest object that has been added; each is greater than all before.
+    std::uint64_t newestSerial() const noexcept;
+
+    /// Another connection to the server, to do something to an object of this serial; one that is
+    /// at hand already if possible. The caller closes it before this object goes; whoever has it is
+    /// not told of its end. Null with errno set on failure.
+    pw_core* openCore(std::uint64_t serial) const;
 
     /// Serves the server's events until it has taken all that it was asked for so far and
     /// `condition` holds, half a second at most, waiting meanwhile. It drops what it has not read
@@ -66,6 +71,7 @@ class AudioServer {
 
     void connect();
     bool openConnection();
+    pw_core* openAnotherCore() const;
     void drop();
     void serveEvents(std::chrono::milliseconds wait);
     void failed(std::uint32_t id, int result, const char* message);
@@ -78,6 +84,7 @@ class AudioServer {
     const std::unique_ptr<Loop> loop_;
     std::unique_ptr<platform::RunLoopSource> source_;
     std::unique_ptr<Connection> connection_;
+    const std::unique_ptr<SpareConnection> spare_;
     Backoff pauses_;
     bool absenceLogged_ = false;
     const std::unique_ptr<platform::Timer> retry_;

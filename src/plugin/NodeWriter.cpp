@@ -50,6 +50,7 @@ const pw_core_events NodeWriter::coreEvents = [] {
 NodeWriter::NodeWriter(platform::RunLoop& loop, const AudioServer& server, std::uint32_t node)
     : server_(server)
     , id_(node)
+    , serial_(server.newestSerial())
     , pause_(std::make_unique<platform::Timer>(loop, [this] { rest(); })) {}
 
 NodeWriter::~NodeWriter() = default;
@@ -61,7 +62,7 @@ pw_node* NodeWriter::node() {
     pause_->start(restAfter);
     if (connection_ != nullptr)
         return connection_->node.get();
-    pw_core* const core = server_.openCore();
+    pw_core* const core = server_.openCore(serial_);
     if (core == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't change stream %u: %s (%d)", id_,
                             std::strerror(errno), errno);

@@ -44,6 +44,7 @@ class NodeWriter {
 
     const AudioServer& server_;
     const std::uint32_t id_;
+    const std::uint64_t serial_; // the node's, or that of an object which came later
     int question_ = 0;
     bool answered_ = false;
     bool closing_ = false;

@@ -15,6 +15,12 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
            global.property("metadata.name") == "default";
 }
 
+/// Whether what was found out before is a process that is certain, and still the same.
+bool isThere(const std::optional<platform::StreamProcess>& process) {
+    return process && process->startTime &&
+           platform::processStartTime(static_cast<pid_t>(process->pid)) == process->startTime;
+}
+
 } // namespace
 
 PluginHost::PluginHost(platform::RunLoop& loop)
@@ -180,7 +186,7 @@ bool PluginHost::isNotification(const AudioStream& stream) const {
     return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
 }
 
-std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) const {
+std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) {
     const auto owner = graph_.clientOf(stream.id());
     const auto client = owner ? clients_.find(*owner) : clients_.end();
     if (client == clients_.end() || client->second.watched == nullptr ||
@@ -189,9 +195,13 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
     platform::StreamEvidence evidence;
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
-    auto process = platform::identifyStream(evidence, facts_);
-    if (process)
-        process->name = checkinName(std::move(process->name));
+    auto& [known, process] = client->second.identified;
+    if (known != evidence || !isThere(process)) {
+        known = evidence;
+        process = platform::identifyStream(evidence, facts_);
+        if (process)
+            process->name = checkinName(std::move(process->name));
+    }
     return process;
 }
 

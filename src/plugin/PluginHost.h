@@ -50,6 +50,12 @@ class PluginHost : private AudioServer::Listener,
     struct Client {
         std::uint64_t appeared; // in ticks since boot
         std::unique_ptr<AudioClient> watched;
+
+        /// What was found out last, since all streams of a client mostly say the same.
+        struct {
+            platform::StreamEvidence evidence;
+            std::optional<platform::StreamProcess> process;
+        } identified;
     };
 
     void serverConnected() override;
@@ -68,7 +74,7 @@ class PluginHost : private AudioServer::Listener,
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
     void identify(Voice& voice);
-    std::optional<platform::StreamProcess> processOf(const AudioStream& stream) const;
+    std::optional<platform::StreamProcess> processOf(const AudioStream& stream);
     bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 

@@ -4,10 +4,12 @@
 #include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
 #include "platform/RunLoopNotifier.h"
+#include "platform/SessionBus.h"
 #include "platform/SessionLock.h"
 #include "platform/SignalEvents.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignals.h"
+#include "platform/ThreadPriority.h"
 #include "plugin/PluginHost.h"
 #include "plugin/PluginService.h"
 #include "plugin/StatusCommand.h"
@@ -41,6 +43,7 @@ int serve() {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
+    platform::preferThisThread(platform::systemBus());
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });

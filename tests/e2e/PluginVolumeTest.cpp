@@ -150,7 +150,9 @@ class PluginVolumeTest : public PluginFixture {
         EXPECT_TRUE(waitUntil([&] { return connections() > before; })) << plugin_->output();
     }
 
+    /// The connection that it watches the server over: the first that it made.
     std::string clientOfPlugin() {
+        std::map<int, int> ids; // by serial
         const auto document =
             QJsonDocument::fromJson(QByteArray::fromStdString(runCommand({"pw-dump"}).output));
         for (const auto& value : document.array()) {
@@ -158,10 +160,10 @@ class PluginVolumeTest : public PluginFixture {
             const QJsonValue properties = object["info"]["props"];
             if (object["type"].toString() == "PipeWire:Interface:Client" &&
                 properties["pipewire.sec.pid"].toInt() == plugin_->pid())
-                return std::to_string(object["id"].toInt());
+                ids[properties["object.serial"].toInt()] = object["id"].toInt();
         }
-        ADD_FAILURE() << "the plug-in has no connection";
-        return {};
+        EXPECT_FALSE(ids.empty()) << "the plug-in has no connection";
+        return ids.empty() ? "" : std::to_string(ids.begin()->second);
     }
 };
 
