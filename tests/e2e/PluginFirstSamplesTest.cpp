@@ -1,4 +1,5 @@
 #include "e2e/PluginFixture.h"
+#include "e2e/Sandbox.h"
 
 #include "platform/FileDescriptor.h"
 #include "support/PrivateFolder.h"
@@ -6,10 +7,12 @@
 #include <array>
 #include <csignal>
 #include <fcntl.h>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <span>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,7 +28,7 @@ namespace {
 constexpr float level = 0.5F;      // of every sample that is played
 constexpr float inaudible = 1e-7F; // what the recorder makes of silence
 constexpr int rounds = 10;
-constexpr std::chrono::milliseconds duration{400}; // of a stream
+constexpr std::chrono::milliseconds duration{250}; // of a stream
 
 /// A program that begins a new stream of constant samples each time that it is told to.
 class Player {
@@ -87,6 +90,42 @@ class AlsaPlayer : public Player {
     std::unique_ptr<ChildProcess> process_;
 };
 
+std::vector<std::string> paplay(const std::string& file) {
+    return {"paplay", "--raw", "--format=float32le", "--rate=48000", "--channels=2", file};
+}
+
+/// A sandboxed application, of which one process goes on while each sound is one of its own.
+class SandboxedPlayer : public Player {
+  public:
+    SandboxedPlayer() {
+        const std::vector<float> samples(2 * 48 * duration.count(), level);
+        std::ofstream(sound_, std::ios::binary)
+            .write(reinterpret_cast<const char*>(samples.data()),
+                   static_cast<std::streamsize>(samples.size() * sizeof(float)));
+        start("/dev/zero");
+        EXPECT_TRUE(waitUntil([this] { return pid() != 0; }));
+    }
+    ~SandboxedPlayer() override {
+        for (const auto& process : processes_)
+            process->stop(SIGKILL);
+    }
+
+    void play() override { start(sound_); }
+    pid_t pid() const override { return childOf(processes_.front()->pid()); }
+
+  private:
+    void start(const std::string& file) {
+        roots_.push_back(std::make_unique<support::PrivateFolder>());
+        processes_.push_back(std::make_unique<ChildProcess>(
+            asFlatpak("org.example.Fox", roots_.back()->path(), paplay(file))));
+    }
+
+    const support::PrivateFolder folder_;
+    const std::string sound_ = folder_.path() / "sound";
+    std::vector<std::unique_ptr<support::PrivateFolder>> roots_;
+    std::vector<std::unique_ptr<ChildProcess>> processes_;
+};
+
 /// The streams that another mixer shows.
 std::vector<std::string> shownStreams() {
     std::istringstream lines(runCommand({"pactl", "list", "short", "sink-inputs"}).output);
@@ -112,6 +151,7 @@ std::unique_ptr<Player> signalled(const std::vector<std::string>& command) {
     return std::make_unique<SignalledPlayer>(command);
 }
 
+constexpr const char* sandboxed = "paplay_in_sandbox";
 const std::string milliseconds = std::to_string(duration.count());
 const std::string loud = std::to_string(level);
 
@@ -119,7 +159,7 @@ std::vector<std::string> silentAplay(const char* device) {
     return {"aplay", "-q", "-D", device, "-f", "S16_LE", "-c", "2", "-r", "48000", "/dev/zero"};
 }
 
-const std::array<Kind, 4> kinds{
+const std::array<Kind, 5> kinds{
     {{"native",
       [] {
           return signalled({STREAM_PLAYER, "1", milliseconds, loud});
@@ -131,7 +171,8 @@ const std::array<Kind, 4> kinds{
       },
       {PULSE_PLAYER, "0", "0"}},
      {"alsa", [] { return std::make_unique<AlsaPlayer>("pipewire"); }, silentAplay("pipewire")},
-     {"alsa_pulse", [] { return std::make_unique<AlsaPlayer>("pulse"); }, silentAplay("pulse")}}};
+     {"alsa_pulse", [] { return std::make_unique<AlsaPlayer>("pulse"); }, silentAplay("pulse")},
+     {sandboxed, [] { return std::make_unique<SandboxedPlayer>(); }, paplay("/dev/zero")}}};
 
 /// With a session manager that restores to each stream the last volume of one of its kind.
 class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamInterface<Kind> {
@@ -162,7 +203,7 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
     /// The samples that the player's next stream is heard with, all of them.
     std::vector<float> nextStream(Player& player) {
         player.play();
-        auto samples = recorder_->record(duration + 500ms).channels[0];
+        auto samples = recorder_->record(duration + 350ms).channels[0];
         std::erase_if(samples, [](float sample) { return std::abs(sample) <= inaudible; });
         return samples;
     }
@@ -174,9 +215,14 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
 } // namespace
 
 TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
+    const bool isSandboxed = GetParam().name == std::string_view(sandboxed);
+    if (isSandboxed && !mayMakeNamespaces())
+        GTEST_SKIP() << "the system lets nobody make namespaces";
     beginSilentStream();
     setOther(30);
     const auto player = GetParam().make();
+    if (isSandboxed)
+        awaitProcess(player->pid());
     const auto restored = nextStream(*player);
     ASSERT_FALSE(restored.empty());
     EXPECT_NEAR(restored.front(), level * gainOf(30), 1e-4) << "it is restored";

@@ -47,6 +47,18 @@ class PluginFixture : public testing::Test {
         return told;
     }
 
+    /// Those that a plug-in with nothing to do has: its own, and one that is at hand.
+    static constexpr std::size_t idleConnections = 2;
+
+    /// The plug-in's connections to the sound server.
+    static std::size_t connections() {
+        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    }
+
     /// Waits until exactly one program of that name has checked in, and answers it.
     MVCommConnectionProcess awaitProgram(const QString& name) {
         std::optional<MVCommConnectionProcess> program;

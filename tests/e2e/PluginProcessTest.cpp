@@ -219,19 +219,11 @@ TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
 TEST_F(PluginProcessTest, AConnectionForChangesIsClosedWhenItIsNotNeededAnyMore) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     const auto program = awaitProgram(player);
-    const auto connections = [] {
-        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
-            ++count;
-        return count;
-    };
-    constexpr std::size_t idle = 2; // its own and the one that is at hand
-    ASSERT_TRUE(waitUntil([&] { return connections() == idle; }));
+    ASSERT_TRUE(waitUntil([&] { return connections() == idleConnections; }));
     for (const int percent : {50, 70}) {
         application_->setVolume(program.pid, percent);
         ASSERT_TRUE(hears(tonePeak * gainOf(percent)));
-        EXPECT_TRUE(waitUntil([&] { return connections() == idle + 1; }));
-        EXPECT_TRUE(waitUntil([&] { return connections() == idle; }));
+        EXPECT_TRUE(waitUntil([&] { return connections() == idleConnections + 1; }));
+        EXPECT_TRUE(waitUntil([&] { return connections() == idleConnections; }));
     }
 }

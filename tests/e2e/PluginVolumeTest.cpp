@@ -167,43 +167,7 @@ class PluginVolumeTest : public PluginFixture {
     }
 };
 
-/// With a session manager that restores to each stream the last volume of one of its kind.
-class PluginVolumeMemoryTest : public PluginVolumeTest {
-  protected:
-    static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
-};
-
 } // namespace
-
-TEST_F(PluginVolumeMemoryTest, AStreamsFirstSamplesHaveTheProgramsVolume) {
-    // Of the same kind, never heard: what is set for it, the session manager restores to others.
-    Player other(1, 0ms, 0.0F);
-    other.play();
-    awaitCheckin(other);
-    outlastHold();
-    setElsewhere(onlyStream(other), {"30%"});
-    Player player(1, 400ms);
-    player.play();
-    EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(30), 1e-4) << "it is restored";
-    awaitCheckin(player);
-
-    application_->setVolume(player.pid(), 50);
-    for (int i = 0; i < 10; ++i) {
-        setElsewhere(onlyStream(other), {i % 2 == 0 ? "100%" : "95%"});
-        player.play();
-        const auto samples = recorder_->record(900ms).channels[0];
-        const auto first = std::find_if(samples.begin(), samples.end(),
-                                        [](float sample) { return sample > inaudible; });
-        ASSERT_NE(first, samples.end()) << "nothing played";
-        EXPECT_NEAR(*first, level * gainOf(50), 1e-4);
-        EXPECT_NEAR(*std::max_element(samples.begin(), samples.end()), level * gainOf(50), 1e-4);
-    }
-    application_->setMute(player.pid(), true);
-    for (int i = 0; i < 3; ++i) {
-        player.play();
-        EXPECT_LE(recorder_->record(900ms).peak(), inaudible);
-    }
-}
 
 TEST_F(PluginVolumeTest, OutOfRangeIsClampedAndAllStreamsFollow) {
     Player player(2, 0ms, level / 2);
