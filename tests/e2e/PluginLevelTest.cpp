@@ -1,4 +1,5 @@
 #include "e2e/PluginFixture.h"
+#include "e2e/SilentApplication.h"
 #include "plugin/PluginHost.h"
 #include "support/GraphStream.h"
 
@@ -190,24 +191,30 @@ TEST_F(PluginLevelTest, ThereAreMetersOnlyWhileAProgramPlaysAndTheApplicationLis
 TEST_F(PluginLevelTest, APausedProgramLeavesOneZeroAndNoMeters) {
     const auto self = support::GraphStream::player(
         [](std::span<float> samples) { std::fill(samples.begin(), samples.end(), 0.25F); });
-    const auto pid = static_cast<std::uint32_t>(::getpid());
-    EXPECT_TRUE(waitUntil([&] {
-        const auto programs = application_->programs();
-        return std::any_of(programs.begin(), programs.end(),
-                           [&](const auto& program) { return program.pid == pid; });
-    }));
+    awaitProcess(::getpid());
     EXPECT_TRUE(hasNoMeters());
+    application_.reset(); // which makes zeros of its own
+    const SilentApplication application;
+    const auto connection = application.acceptProgram(::getpid());
     for (int round = 0; round < 3; ++round) {
-        application_->forgetLevels();
+        std::vector<float> levels;
+        const auto waitFor = [&](const auto& condition) {
+            return waitUntil([&] {
+                std::ranges::copy(receivedLevels(connection), std::back_inserter(levels));
+                return condition();
+            });
+        };
         self->setActive(true);
-        EXPECT_TRUE(isHeard(::getpid(), 0.25));
+        EXPECT_TRUE(waitFor([&] {
+            return std::ranges::any_of(levels, [](float each) { return isNear(each, 0.25); });
+        }));
         self->setActive(false);
+        EXPECT_TRUE(waitFor([&] { return levels.back() == 0.0F; }));
         EXPECT_TRUE(waitUntil(hasNoMeters));
-        const Levels& levels = application_->levelsOf(pid);
-        const auto isZero = [](const auto& each) { return each.level == 0.0F; };
-        EXPECT_TRUE(waitUntil([&] { return isZero(levels.back()); }));
-        // One of the plug-in's, and 0.1 s later one of the application's own.
-        EXPECT_LE(std::count_if(levels.begin(), levels.end(), isZero), 2);
+        recorder_->record(std::chrono::milliseconds(200)); // nothing follows
+        waitFor([] { return true; });
+        EXPECT_EQ(levels.back(), 0.0F);
+        EXPECT_EQ(std::ranges::count(levels, 0.0F), 1);
     }
 }
 

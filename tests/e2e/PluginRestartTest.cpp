@@ -184,3 +184,27 @@ TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
     EXPECT_TRUE(tells("wanted 40 %, has 40 %"));
     restartServer();
 }
+
+TEST_F(PluginRestartTest, ANewSessionManagerChangesNothingOfWhatPlayedBeforeItCame) {
+    plugin_.reset();
+    const Tone first(Tone::Player::pwCat, toneFrequency, tonePeak);
+    ASSERT_TRUE(hears(tonePeak));
+    const auto setByPerson =
+        support::runCommand({"wpctl", "set-volume", "-p", std::to_string(first.pid()), "30%"});
+    ASSERT_EQ(setByPerson.status, 0) << setByPerson.output;
+    ASSERT_TRUE(hears(tonePeak * gainOf(30)));
+    const Tone second(Tone::Player::pwCat, 1000, 0.01);
+    startPlugin();
+    awaitProcess(first.pid());
+    awaitProcess(second.pid());
+    application_->setVolume(static_cast<std::uint32_t>(second.pid()), 40);
+    ASSERT_TRUE(tells("wanted 40 % not muted, has 40 %"));
+    recorder_->record(std::chrono::milliseconds(600));
+    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
+    const auto restored =
+        support::runCommand({TONVALE_RESTORING_MANAGER, std::to_string(gainOf(90))});
+    ASSERT_EQ(restored.status, 0) << restored.output;
+    EXPECT_TRUE(tells("wanted 40 % not muted, has 40 %"));
+    EXPECT_TRUE(tells("wanted 30 % not muted, has 30 %"));
+    restartServer();
+}
