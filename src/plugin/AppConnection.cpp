@@ -95,8 +95,6 @@ bool AppConnection::start(platform::RunLoop& loop, const platform::StreamProcess
     socket_ = platform::DataSocket::create(
         std::move(descriptor),
         [this](platform::DataSocket&, std::span<const std::byte> bytes) { delivered(bytes); });
-    if (socket_ == nullptr)
-        return false;
     source_ = socket_->makeSource(loop);
 
     MVCommCheckinMessage checkin{};

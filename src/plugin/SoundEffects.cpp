@@ -60,8 +60,10 @@ void SoundEffects::serverConnected() {
 }
 
 void SoundEffects::serverLost() {
+    others_.clear();
     if (settings_ != nullptr)
         globalRemoved(settings_->id());
+    registry_ = nullptr;
     if (program_ == nullptr)
         return;
     wanted_ = program_->wanted();
@@ -72,19 +74,30 @@ void SoundEffects::globalAdded(pw_registry& registry, const AudioGlobal& global)
     if (global.kind != AudioGlobal::Kind::metadata ||
         global.property(PW_KEY_METADATA_NAME) != RouteSettings::name)
         return;
+    registry_ = &registry;
+    others_.push_back(global.id);
+    if (settings_ == nullptr)
+        watchNext();
+}
+
+void SoundEffects::watchNext() {
     settings_ = std::make_unique<RouteSettings>(
-        registry, global.id,
+        *registry_, others_.front(),
         [this](const std::optional<std::string>& value) { settingChanged(value); });
+    others_.pop_front();
     volume_.appeared();
     settled_->start(RestoredVolume::settling);
 }
 
 void SoundEffects::globalRemoved(std::uint32_t id) {
+    std::erase(others_, id);
     if (settings_ == nullptr || settings_->id() != id)
         return;
     settled_->stop();
     volume_.gone();
     settings_.reset();
+    if (!others_.empty())
+        watchNext();
 }
 
 void SoundEffects::commanded() {
