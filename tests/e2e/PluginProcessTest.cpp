@@ -184,14 +184,31 @@ TEST_F(PluginProcessTest, ItRunsWithoutASessionBusAndWithoutARuntimeFolder) {
     EXPECT_EQ(plugin_->stop(SIGTERM), 0) << plugin_->output();
 }
 
-TEST_F(PluginProcessTest, ALostSessionBusNeitherEndsItNorKeepsItBusy) {
+TEST_F(PluginProcessTest, ASystemBusThatDoesNotAnswerHoldsNothingUp) {
+    plugin_.reset();
+    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+    const support::PrivateFolder folder;
+    const std::string path = folder.path() / "bus";
+    const FileDescriptor silent = platform::makeUnixSocket();
+    ASSERT_TRUE(platform::bindUnixSocket(silent.get(), path));
+    ASSERT_EQ(::listen(silent.get(), 1), 0);
+    const support::ScopedVariable variable("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + path);
+    startPlugin();
+    awaitProgram(player);
+    EXPECT_THAT(plugin_->output(), HasSubstr("The system bus doesn't answer"));
+}
+
+TEST_F(PluginProcessTest, LostBusesNeitherEndItNorKeepItBusy) {
     plugin_.reset();
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     {
+        const support::PrivateBus system;
+        const support::ScopedVariable variable("DBUS_SYSTEM_BUS_ADDRESS", system.address());
         const support::PrivateBus bus;
         startPlugin();
         ASSERT_TRUE(tells("sound server: connected"));
     }
+    EXPECT_TRUE(says(*plugin_, "The system bus has gone"));
     application_->setVolume(awaitProgram(player).pid, 50);
     EXPECT_TRUE(hears(tonePeak * gainOf(50)));
     ASSERT_TRUE(plugin_->isRunning()) << plugin_->output();
