@@ -6,6 +6,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "prefs/MVIgnoredApp.h"
 #include "prefs/PreferenceKeys.h"
@@ -73,6 +74,12 @@ void sortNames(QStringList& names) {
     });
 }
 
+/// What the preferences make of a name: a program whose name holds what they cannot stays ignored
+/// when they are read again.
+QString storableName(const QString& name) {
+    return platform::storableValue(name).toString();
+}
+
 bool isSameName(const QString& one, const QString& other) {
     return QString::compare(one, other, Qt::CaseInsensitive) == 0;
 }
@@ -116,7 +123,8 @@ MVIgnoredApps::MVIgnoredApps(platform::UserDefaults& defaults)
 
 MVIgnoredApps::~MVIgnoredApps() = default;
 
-bool MVIgnoredApps::isAppIgnored(const QString& name) const {
+bool MVIgnoredApps::isAppIgnored(const QString& processName) const {
+    const QString name = storableName(processName);
     return std::ranges::any_of(builtIn_,
                                [&](const auto& entry) {
                                    return entry->enabled() && isSameName(entry->name(), name);
@@ -127,14 +135,14 @@ bool MVIgnoredApps::isAppIgnored(const QString& name) const {
 
 void MVIgnoredApps::addCustomIgnore(const QString& name) {
     QNLog(qnlog_user, "Added custom '%@'", MVCommLogText(name));
-    custom_ += name;
+    custom_ += storableName(name);
     sortNames(custom_);
     save(true);
 }
 
 void MVIgnoredApps::removeCustomIgnore(const QString& name) {
     QNLog(qnlog_user, "Removed custom '%@'", MVCommLogText(name));
-    custom_.removeAll(name);
+    custom_.removeAll(storableName(name));
     save(false);
 }
 

@@ -2,12 +2,18 @@
 
 #include "platform/PrintableText.h"
 
+#include <algorithm>
+
 namespace {
 
 bool isBreak(QChar character) {
     const QChar::Category category = character.category();
     return category == QChar::Other_Control || category == QChar::Separator_Line ||
            category == QChar::Separator_Paragraph;
+}
+
+bool leavesNoInk(QChar character) {
+    return character.isSpace() || isBreak(character) || character.category() == QChar::Other_Format;
 }
 
 } // namespace
@@ -22,4 +28,8 @@ QString oneLineText(const QString& text) {
             line += character;
     }
     return line;
+}
+
+bool isInvisible(const QString& text) {
+    return std::ranges::all_of(text, &leavesNoInk);
 }

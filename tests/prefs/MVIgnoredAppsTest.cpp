@@ -216,11 +216,17 @@ TEST_F(MVIgnoredAppsTest, TheListOutlivesTheProcess) {
         MVIgnoredApps apps(defaults);
         entry(apps, "iCal").setEnabled(false);
         apps.addCustomIgnore("Größe & <b>\n\u202e🎵");
+        apps.addCustomIgnore("what XML\x01 can't hold");
+        EXPECT_TRUE(apps.isAppIgnored("What XML\x01 can't hold"));
     }
     UserDefaults defaults(path);
-    const MVIgnoredApps apps(defaults);
+    MVIgnoredApps apps(defaults);
     EXPECT_FALSE(apps.isAppIgnored("iCal"));
     EXPECT_TRUE(apps.isAppIgnored("GRÖßE & <B>\n\u202e🎵"));
+    EXPECT_TRUE(apps.isAppIgnored("what XML\x01 can't hold"));
+    EXPECT_FALSE(apps.isAppIgnored("what XML can't hold"));
+    apps.removeCustomIgnore("what XML\x01 can't hold");
+    EXPECT_EQ(apps.custom().size(), 1);
 }
 
 TEST_F(MVIgnoredAppsTest, LogsEachChangeInOneHarmlessLine) {
