@@ -28,7 +28,8 @@ namespace {
 constexpr float level = 0.5F;      // of every sample that is played
 constexpr float inaudible = 1e-7F; // what the recorder makes of silence
 constexpr int rounds = 10;
-constexpr std::chrono::milliseconds duration{250}; // of a stream
+constexpr std::chrono::milliseconds duration{250};                            // of a stream
+constexpr std::size_t streamSamples = std::size_t{2} * 48 * duration.count(); // of both channels
 
 /// A program that begins a new stream of constant samples each time that it is told to.
 class Player {
@@ -73,7 +74,7 @@ class AlsaPlayer : public Player {
             return static_cast<bool>(pipe);
         }));
         ++played_;
-        const std::vector<std::int16_t> samples(2 * 48 * duration.count(),
+        const std::vector<std::int16_t> samples(streamSamples,
                                                 static_cast<std::int16_t>(level * 32768));
         const auto bytes = std::as_bytes(std::span(samples));
         // All at once, so that closing it is the end of the stream.
@@ -98,7 +99,7 @@ std::vector<std::string> paplay(const std::string& file) {
 class SandboxedPlayer : public Player {
   public:
     SandboxedPlayer() {
-        const std::vector<float> samples(2 * 48 * duration.count(), level);
+        const std::vector<float> samples(streamSamples, level);
         std::ofstream(sound_, std::ios::binary)
             .write(reinterpret_cast<const char*>(samples.data()),
                    static_cast<std::streamsize>(samples.size() * sizeof(float)));
