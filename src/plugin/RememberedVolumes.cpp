@@ -1,5 +1,7 @@
 #include "plugin/RememberedVolumes.h"
 
+#include "comm/MVCommMessages.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -156,7 +158,9 @@ WantedVolume RememberedVolumes::of(std::string_view name) const {
 
 WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name) const {
     const std::string key = settingsKey(name);
-    WantedVolume wanted;
+    // A session manager would else restore what some other program of its kind had.
+    WantedVolume wanted =
+        hasRead_ && name != kMVCommNotificationSoundsName ? kFullVolume : WantedVolume{};
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())
         wanted = found->second.wanted();
     wanted.merge(latestOf(key));

@@ -36,6 +36,22 @@ TEST_F(PluginPreferencesMemoryTest, RememberedVolumesHoldWithoutTheApplication) 
     EXPECT_TRUE(hearsConstant(level)) << "the session manager would restore another";
 }
 
+TEST_F(PluginPreferencesMemoryTest, AProgramWithoutAnEntryIsAtFullVolumeFromTheFirstSample) {
+    Player player(1, 600ms);
+    player.play();
+    setElsewhereOnly(player, 30);
+    EXPECT_TRUE(hearsConstant(0)) << "until it has ended";
+    player.play();
+    EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(30), 1e-4) << "it is restored";
+    save({});
+    startPlugin();
+    ASSERT_TRUE(tells("sound server: connected"));
+    player.play();
+    const auto [first, greatest] = firstAndGreatest();
+    EXPECT_NEAR(first, level, 1e-4);
+    EXPECT_NEAR(greatest, level, 1e-4);
+}
+
 TEST_F(PluginPreferencesTest, WhatPlaysFollowsTheFileAndDamageDoesNoHarm) {
     save({50, false});
     startPlugin();

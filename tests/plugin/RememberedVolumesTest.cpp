@@ -1,5 +1,6 @@
 #include "plugin/RememberedVolumes.h"
 
+#include "comm/MVCommMessages.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
@@ -65,8 +66,8 @@ TEST_F(RememberedVolumesTest, TheFirstReadingIsForWhatComes) {
     EXPECT_EQ(read({40, true}), nothing) << "what plays may be quieter";
     EXPECT_EQ(consequences_[0].forNext, both(40, true));
     EXPECT_EQ(remembered_.of("player"), both(40, true));
-    EXPECT_EQ(remembered_.of("Player"), nothing);
-    EXPECT_EQ(remembered_.of("another"), nothing) << "nobody has set anything";
+    EXPECT_EQ(remembered_.of("Player"), full) << "another one, which nobody has set";
+    EXPECT_EQ(remembered_.of(std::string(kMVCommNotificationSoundsName)), nothing);
 }
 
 TEST_F(RememberedVolumesTest, AnEntryCountsWhenItIsAnother) {
@@ -116,7 +117,7 @@ TEST_F(RememberedVolumesTest, AChangeElsewhereIsReportedOnceAndOutlivesTheProgra
 
 TEST_F(RememberedVolumesTest, WhatWasFoundAtFullVolumeIsNothingNew) {
     EXPECT_EQ(changeElsewhere(full), std::nullopt);
-    EXPECT_EQ(remembered_.of("player"), nothing);
+    EXPECT_EQ(remembered_.of("player"), nothing) << "no preferences, no say";
     EXPECT_EQ(changeElsewhere(both(100, true)), (ProgramSetting{100, true}));
 }
 
@@ -129,7 +130,7 @@ TEST_F(RememberedVolumesTest, WhatComesBackFromAReportIsNotTheFilesWord) {
     for (const int percent : {90, 70})
         EXPECT_EQ(read({percent, false}), nothing) << "others are behind it";
     EXPECT_EQ(read(ProgramSetting{}), nothing) << "as the application keeps it";
-    EXPECT_EQ(remembered_.of("player"), amplified);
+    EXPECT_EQ(remembered_.of("player"), (WantedVolume{amplified.gain, false}));
     EXPECT_EQ(read({60, false}), volume(60)) << "this is somebody's word";
     EXPECT_TRUE(changeElsewhere(volume(65)));
     clock_.advance(2s);
