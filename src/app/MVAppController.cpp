@@ -143,8 +143,8 @@ void MVAppController::applicationDidFinishLaunching() {
         PreferenceKeys::lastLaunchPath,
         QString::fromStdString(platform::Bundle::main().contents().parent_path()));
     makeWindow();
+    step([this] { hearPlugin(); }); // which tells what it has to as soon as it can connect
     step([this] { connectPlugins(); });
-    step([this] { hearPlugin(); });
     step([this] { volumeController_->update(); });
     step([this] { updateWhenActive(); });
     step([this] {

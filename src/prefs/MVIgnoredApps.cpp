@@ -8,6 +8,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "prefs/IgnoredNames.h"
 #include "prefs/MVIgnoredApp.h"
 #include "prefs/PreferenceKeys.h"
 
@@ -22,49 +23,10 @@ std::function<void()>& pluginNotifier() {
 }
 
 QStringList builtInNames() {
-    return {"Activity Monitor",
-            "AppleSpell.service",
-            "backgroundinstruments",
-            "BluetoothUIServer",
-            "Console",
-            "com.apple.dock.extra",
-            "com.apple.security.pboxd",
-            "Disk Utility",
-            "Dock",
-            "Pelmora",
-            "Finder",
-            "Folder Actions Dispatcher",
-            "EEventManager",
-            "ibtool",
-            "ibtoold",
-            "iCal",
-            "iChatAgent",
-            "Image Capture Extension",
-            "Interface Builder",
-            "iTunes Helper",
-            "loginwindow",
-            "mdworker",
-            "mdworker32",
-            "Microsoft AU Daemon",
-            "Microsoft Ship Asserts",
-            "NetAuthAgent",
-            "PressAndHold",
-            "Preview",
-            "PTPCamera",
-            "rcd",
-            "Safari Web Content",
-            "scriptrunner",
-            "SecurityAgent",
-            "ShareKitHelper",
-            "Tonvale",
-            "TonvaleHelper",
-            "storeagent",
-            "SystemUIServer",
-            "talagent",
-            "Terminal",
-            "TextEdit",
-            "UserEventAgent",
-            "Xcode"};
+    QStringList names;
+    for (const std::string_view name : builtInIgnoredNames())
+        names += QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return names;
 }
 
 void sortNames(QStringList& names) {

@@ -1,5 +1,7 @@
 #include "ui/OneLineText.h"
 
+#include "platform/PrintableText.h"
+
 #include <algorithm>
 
 namespace {
@@ -8,11 +10,6 @@ bool isBreak(QChar character) {
     const QChar::Category category = character.category();
     return category == QChar::Other_Control || category == QChar::Separator_Line ||
            category == QChar::Separator_Paragraph;
-}
-
-bool turnsDirection(QChar character) {
-    const char16_t code = character.unicode();
-    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
 bool leavesNoInk(QChar character) {
@@ -27,7 +24,7 @@ QString oneLineText(const QString& text) {
     for (const QChar character : text) {
         if (isBreak(character))
             line += QLatin1Char(' ');
-        else if (!turnsDirection(character))
+        else if (!platform::turnsDirection(character.unicode()))
             line += character;
     }
     return line;

@@ -5,6 +5,7 @@
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
 #include "platform/UserDefaults.h"
+#include "prefs/IgnoredNames.h"
 #include "prefs/MVIgnoredApp.h"
 #include "support/PrivateFolder.h"
 #include "support/ScriptedPlugin.h"
@@ -118,12 +119,18 @@ TEST_F(MVIgnoredAppsTest, MatchesWholeNamesInAnyCase) {
     MVIgnoredApps apps(defaults_);
     apps.addCustomIgnore("ÄRGER straße");
     apps.addCustomIgnore("iris");
+    apps.addCustomIgnore("ΟΔΟΣ");
+    const IgnoredNames plain{{"ÄRGER straße", "iris", "ΟΔΟΣ"}, {}}; // as plug-ins see it
     for (const char* const name :
-         {"Finder", "finder", "FINDER", "ärger STRAßE", "IRIS", "mdworker"})
+         {"Finder", "finder", "FINDER", "ärger STRAßE", "IRIS", "οδος", "mdworker"}) {
         EXPECT_TRUE(apps.isAppIgnored(name)) << name;
+        EXPECT_TRUE(plain.contains(name)) << name;
+    }
     for (const char* const name : {"Finder Helper", "Find", "/usr/bin/Finder", " Finder", "",
-                                   "ärger STRASSE", "ırıs", "mdworker3"})
+                                   "ärger STRASSE", "ırıs", "İris", "mdworker3"}) {
         EXPECT_FALSE(apps.isAppIgnored(name)) << name;
+        EXPECT_FALSE(plain.contains(name)) << name;
+    }
     entry(apps, "Finder").setEnabled(false);
     EXPECT_FALSE(apps.isAppIgnored("Finder"));
     apps.addCustomIgnore("finder");
