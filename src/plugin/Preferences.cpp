@@ -46,6 +46,7 @@ std::optional<Preferences> parsePreferences(std::string_view bytes) {
     if (root == nullptr || !platform::isDictionary(root.get()))
         return std::nullopt;
     Preferences preferences;
+    preferences.written = true;
     void* const apps = platform::entryOf(root.get(), "Apps");
     if (apps != nullptr && platform::isDictionary(apps)) {
         platform::forEachEntry(apps, [&preferences](const char* key, void* value) {

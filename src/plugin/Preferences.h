@@ -28,6 +28,9 @@ struct ProgramSetting {
 ProgramSetting settingOf(const WantedVolume& wanted) noexcept;
 
 struct Preferences {
+    /// Whether they have ever been written: not before the application has run for the first time.
+    bool written = false;
+
     /// What was set for programs, by settingsKey(); plain ones are left out.
     std::map<std::string, ProgramSetting, std::less<>> programs;
     IgnoredNames ignored;

@@ -159,8 +159,9 @@ WantedVolume RememberedVolumes::of(std::string_view name) const {
 WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name) const {
     const std::string key = settingsKey(name);
     // A session manager would else restore what some other program of its kind had.
-    WantedVolume wanted =
-        hasRead_ && name != kMVCommNotificationSoundsName ? kFullVolume : WantedVolume{};
+    WantedVolume wanted = preferences_.written && name != kMVCommNotificationSoundsName
+                              ? kFullVolume
+                              : WantedVolume{};
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())
         wanted = found->second.wanted();
     wanted.merge(latestOf(key));

@@ -53,7 +53,7 @@ class RememberedVolumes {
     bool isIgnored(std::string_view name) const { return preferences_.ignored.contains(name); }
 
     /// What a program that comes now is to have. A program without an entry is at full volume, not
-    /// muted, as its slider shows. Nothing before the preferences have been read for the first
+    /// muted, as its slider shows. Nothing before the preferences have been written for the first
     /// time, and for notification sounds without an entry: their setting is their own, and lasts.
     WantedVolume of(std::string_view name) const;
 

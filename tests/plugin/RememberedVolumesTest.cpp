@@ -31,7 +31,7 @@ class RememberedVolumesTest : public testing::Test {
     std::vector<RememberedVolumes::Consequence> consequences_;
 
     static Preferences says(const ProgramSetting& setting, IgnoredNames ignored = {}) {
-        Preferences preferences{{}, std::move(ignored)};
+        Preferences preferences{true, {}, std::move(ignored)};
         if (!setting.isPlain())
             preferences.programs["player"] = setting;
         return preferences;
