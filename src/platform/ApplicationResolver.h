@@ -38,10 +38,10 @@ const char* describe(NameEvidence evidence) noexcept;
 /// What a client of the sound server says about itself. Anybody may claim anything. Empty texts are
 /// missing properties.
 struct ClientProperties {
-    std::string name;   ///< application.name
-    std::string id;     ///< application.id
-    std::string icon;   ///< application.icon-name
-    std::string binary; ///< application.process.binary
+    std::string name = {};   ///< application.name
+    std::string id = {};     ///< application.id
+    std::string icon = {};   ///< application.icon-name
+    std::string binary = {}; ///< application.process.binary
 
     bool operator==(const ClientProperties&) const = default;
 };

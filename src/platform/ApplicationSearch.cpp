@@ -60,6 +60,15 @@ const DesktopEntry* bestOf(const Found& found, const ProcessRecord& process,
     return best != found.end() ? *best : nullptr;
 }
 
+/// The name without what tells the part that the program has in its package.
+std::string_view withoutRole(std::string_view name) {
+    for (const std::string_view role : {"-server", "-gui", "-client", "-wrapped"}) {
+        if (name.size() > role.size() && name.ends_with(role))
+            return name.substr(0, name.size() - role.size());
+    }
+    return name;
+}
+
 bool isPartOfOther(const ProgramCommand& command) {
     // Chromium's and Electron's way.
     return std::ranges::any_of(command.arguments,
@@ -169,6 +178,8 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
     const std::string label = programLabel(command, member.process);
     if (found.empty())
         found = entries_.ofName(label);
+    if (found.empty())
+        found = entries_.ofName(withoutRole(label));
     std::erase_if(found, [&](const DesktopEntry* entry) { return !mayMean(*entry, command); });
     if (found.empty() && programRuntime(command.program) == ProgramRuntime::wine)
         found = entries_.ofWindow(fileName(command.script));
@@ -241,8 +252,9 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
                child.command.script == parent.command.script;
     if (isPartOfOther(child.command) && parent.command.isInterpreted == child.command.isInterpreted)
         return isInFolder(a.executable, packageFolder(b.executable));
-    const std::string& inner = located(child.command);
-    const std::string& outer = located(parent.command);
+    // Runtimes of different programs may lie in one folder.
+    const std::string& inner = child.command.subject();
+    const std::string& outer = parent.command.subject();
     return isInFolder(inner, packageFolder(outer)) || isInFolder(outer, packageFolder(inner));
 }
 

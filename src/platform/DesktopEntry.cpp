@@ -117,21 +117,33 @@ void readCommand(const EntryFile& file, const ProgramFiles& files, DesktopEntry&
 }
 
 void readSandbox(const EntryFile& file, DesktopEntry& entry) {
-    const std::string snap = file.text("X-SnapInstanceName");
-    std::string sandbox = entry.command.sandbox;
+    constexpr std::string_view mark = "snap.";
+    const std::string& sandbox = entry.command.sandbox;
     entry.flatpak = file.text("X-Flatpak");
-    if (!snap.empty())
-        sandbox = "snap." + snap;
-    if (sandbox.starts_with("snap.")) {
-        constexpr std::size_t prefix = 5;
-        const std::size_t part = sandbox.find('.', prefix);
+    if (sandbox.starts_with(mark)) {
+        const std::size_t part = sandbox.find('.', mark.size());
         entry.snap = sandbox.substr(0, part);
         entry.snapPart = part == std::string::npos ? "" : sandbox.substr(part + 1);
-        if (const std::string named = file.text("X-SnapAppName"); !named.empty())
-            entry.snapPart = named;
     } else if (entry.flatpak.empty()) {
-        entry.flatpak = std::move(sandbox);
+        entry.flatpak = sandbox;
     }
+    if (const std::string name = file.text("X-SnapInstanceName"); !name.empty())
+        entry.snap = std::string(mark) + name;
+    if (const std::string part = file.text("X-SnapAppName"); !part.empty())
+        entry.snapPart = part;
+}
+
+/// By what the entry says of itself, and by the name of its program or, of one in a sandbox, of its
+/// id.
+bool isStarterOfOthers(const EntryFile& file, const DesktopEntry& entry) {
+    std::string name = entry.id.substr(entry.id.find_last_of("._") + 1);
+    std::ranges::transform(name, name.begin(), g_ascii_tolower);
+    const std::vector<std::string> categories = file.list("Categories");
+    return startsOthers(programKind(entry.command.program)) || startsOthers(programKind(name)) ||
+           std::ranges::any_of(categories, [](std::string_view category) {
+               return category == "TerminalEmulator" || category == "TextEditor" ||
+                      category == "IDE" || category == "FileManager";
+           });
 }
 
 } // namespace
@@ -162,12 +174,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
     entry.isTerminal = file.isTrue("Terminal");
     readCommand(file, files, entry);
     readSandbox(file, entry);
-    const std::vector<std::string> categories = file.list("Categories");
-    entry.startsOthers = startsOthers(programKind(entry.command.program)) ||
-                         std::ranges::any_of(categories, [](std::string_view category) {
-                             return category == "TerminalEmulator" || category == "TextEditor" ||
-                                    category == "IDE" || category == "FileManager";
-                         });
+    entry.startsOthers = isStarterOfOthers(file, entry);
     return entry;
 }
 
