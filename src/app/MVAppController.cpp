@@ -22,6 +22,7 @@
 #include <QPixmap>
 #include <QWindow>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
@@ -35,6 +36,7 @@ namespace {
 
 constexpr const char* processName = "Tonvale";
 constexpr const char* helperBusName = "com.quarnel.TonvaleHelper";
+constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
@@ -141,8 +143,8 @@ void MVAppController::applicationDidFinishLaunching() {
         PreferenceKeys::lastLaunchPath,
         QString::fromStdString(platform::Bundle::main().contents().parent_path()));
     makeWindow();
+    step([this] { hearPlugin(); }); // which tells what it has to as soon as it can connect
     step([this] { connectPlugins(); });
-    step([this] { hearPlugin(); });
     step([this] { volumeController_->update(); });
     step([this] { updateWhenActive(); });
     step([this] {
@@ -229,23 +231,26 @@ void MVAppController::endWithoutDisplay() {
     if (!shared || shared->shouldExit())
         return;
     shared->logWithLevel(qnlog_error, "The display has gone");
-    if (shared->volumeController_)
-        shared->volumeController_->shutdown();
-    shared->comm_.shutdown();
-    UserDefaults::standard().synchronize();
+    shared->saveAndDisconnect();
+}
+
+/// When a disk hangs, no other file is touched, for that might never end. The kernel closes the
+/// sockets too, and the next start replaces their files.
+void MVAppController::saveAndDisconnect() {
+    if (volumeController_ && !volumeController_->shutdown(longestSaving))
+        return;
+    comm_.shutdown();
+    UserDefaults::standard().synchronize(longestSaving);
 }
 
 void MVAppController::applicationWillTerminate() {
     setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
-    if (volumeController_)
-        volumeController_->shutdown();
-    comm_.shutdown();
+    saveAndDisconnect();
     pluginReports_.reset();
     window_.reset();
     volumeController_.reset();
-    UserDefaults::standard().synchronize();
 }
 
 void MVAppController::saveScreenshot() {

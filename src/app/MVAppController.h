@@ -40,7 +40,7 @@ class MVAppController final : public QNGUIApplication {
     void awakeFromNib() override;
     void applicationDidFinishLaunching() override;
 
-    /// What has been set and the window, then the sockets.
+    /// What has been set and the window, then the sockets. Waits for a disk, but not for ever.
     void applicationWillTerminate() override;
 
     /// Shows the window if it is not visible. `token` is the desktop's leave to come to the front.
@@ -67,6 +67,7 @@ class MVAppController final : public QNGUIApplication {
     void updateWhenActive();
     void tellEarlyErrors();
     static void endWithoutDisplay();
+    void saveAndDisconnect();
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;

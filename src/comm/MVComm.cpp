@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::chrono::milliseconds additionDelay{100};
 constexpr std::chrono::milliseconds announcementDelay{100};
+constexpr std::chrono::milliseconds longestPreparation{300};
 
 } // namespace
 
@@ -33,10 +34,11 @@ MVComm::MVComm()
     : afterAddition_(*platform::RunLoop::current(), [this] { broadcastDidLaunchNotification(); })
     , announcement_(*platform::RunLoop::current(),
                     [this] { broadcastDidLaunchNotificationDelayed(); })
-    , nextEnd_(*platform::RunLoop::current(), [this] { endNextServer(); }) {
+    , nextEnd_(*platform::RunLoop::current(), [this] { endNextServer(); })
+    , endOfPreparation_(*platform::RunLoop::current(), [this] { injectIntoContainers(); }) {
     if (const QString folder = containersFolder(); !folder.isEmpty())
         containerWatch_ = std::make_unique<ContainerWatch>(QFile::encodeName(folder).toStdString(),
-                                                           [this] { injectIntoContainers(); });
+                                                           [this] { containersDidChange(); });
     injectIntoContainers();
 }
 
@@ -89,7 +91,30 @@ QStringList MVComm::containerLibraries(const QString& containers) {
     return libraries;
 }
 
+/// Of several preparations the last one counts, which knows all containers.
+void MVComm::containersDidChange() {
+    const QStringList paths = containerSockets();
+    dropContainersExcept(paths);
+    const bool isAnyNew = std::ranges::any_of(
+        paths, [this](const QString& path) { return !containerPaths_.contains(path); });
+    if (!isAnyNew)
+        return;
+    if (prepareContainers_ == nullptr) {
+        injectIntoContainers();
+        return;
+    }
+    if (!endOfPreparation_.isActive())
+        endOfPreparation_.start(longestPreparation);
+    preparation_ = std::make_shared<MVComm*>(this);
+    prepareContainers_([awaited = std::weak_ptr(preparation_)] {
+        if (const auto self = awaited.lock())
+            (*self)->injectIntoContainers();
+    });
+}
+
 void MVComm::injectIntoContainers() {
+    preparation_.reset();
+    endOfPreparation_.stop();
     const QStringList paths = containerSockets();
     dropContainersExcept(paths);
     for (const QString& path : paths) {
@@ -124,10 +149,6 @@ void MVComm::dropContainersExcept(const QStringList& paths) {
         ending_.push_back({server, server->connectionProcesses()});
         return true;
     });
-    for (Ending& each : ending_) {
-        if (each.server != nullptr && wanted.contains(each.server->socketPath()))
-            each.server.reset(); // later it would remove the next one's socket
-    }
     if (!ending_.empty())
         nextEnd_.start({});
 }
@@ -138,8 +159,7 @@ void MVComm::endNextServer() {
     ending_.pop_front();
     if (!ending_.empty())
         nextEnd_.start({});
-    if (ending.server != nullptr)
-        ending.server->shutdown();
+    ending.server->shutdown();
     for (const MVCommConnectionProcess& process : ending.processes) {
         const MVCommActivityMessage silence{kMVCommActivity, process.pid, 0.0F};
         dataCallback_(&silence);
@@ -182,6 +202,8 @@ void MVComm::shutdown() {
     afterAddition_.stop();
     announcement_.stop();
     containerWatch_.reset();
+    preparation_.reset();
+    endOfPreparation_.stop();
     containerPaths_.clear();
     nextEnd_.stop();
     ending_.clear();

@@ -10,7 +10,9 @@
 #include <QStringList>
 
 #include <deque>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class ContainerWatch;
@@ -58,8 +60,18 @@ class MVComm final : public MVCommCallbacks {
     static QString containersFolder();
 
     /// Has every container that may be written to be served, and ends the servers of those that
-    /// have gone. Called whenever the containers change.
+    /// have gone. Called whenever the containers change, and have been prepared.
     void injectIntoContainers();
+
+    using ContainerPreparation = std::function<void(std::function<void()> ready)>;
+
+    /// Has `prepare` be called when there are new containers, before they are served: that happens
+    /// when `ready` is called, which may be from within and at any time later, also when the façade
+    /// has gone, but on the main thread; at the latest it happens after 0.3 s. Null, as in the
+    /// beginning: at once.
+    void setContainerPreparation(ContainerPreparation prepare) {
+        prepareContainers_ = std::move(prepare);
+    }
 
     /// Called 50 ms after the last check-in of a burst; null for none.
     void setAppConnectCallback(MVCommCallback callback) noexcept { connectionCallback_ = callback; }
@@ -91,13 +103,14 @@ class MVComm final : public MVCommCallbacks {
 
   private:
     void broadcastDidLaunchNotificationDelayed();
+    void containersDidChange();
     QStringList containerSockets() const;
     void dropContainersExcept(const QStringList& paths);
     void endNextServer();
 
     /// A server that has been dropped, and whom its plug-ins spoke for.
     struct Ending {
-        std::shared_ptr<MVCommunication> server; // null once it is shut down
+        std::shared_ptr<MVCommunication> server;
         QList<MVCommConnectionProcess> processes;
     };
 
@@ -110,5 +123,8 @@ class MVComm final : public MVCommCallbacks {
     platform::Timer afterAddition_;
     platform::Timer announcement_;
     platform::Timer nextEnd_;
+    ContainerPreparation prepareContainers_;
+    std::shared_ptr<MVComm*> preparation_; // the one that is waited for; null when none is
+    platform::Timer endOfPreparation_;
     std::unique_ptr<ContainerWatch> containerWatch_; // null without a home
 };

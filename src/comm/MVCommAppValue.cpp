@@ -10,8 +10,9 @@ std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithApp(const MVCommConnecte
                                                             const platform::Workspace& workspace) {
     if (app == nullptr)
         return nullptr;
-    return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(
-        workspace.iconForPath(app->path), app->name, app->pid, app->isAudioDaemon, false));
+    return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(workspace.iconForPath(app->path),
+                                                              app->name, app->path, app->pid,
+                                                              app->isAudioDaemon, false));
 }
 
 std::unique_ptr<MVCommAppValue>
@@ -19,8 +20,8 @@ MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
                                    const platform::Workspace& workspace) {
     QIcon icon = app.bundlePath.isEmpty() ? workspace.genericApplicationIcon()
                                           : workspace.iconForPath(app.bundlePath);
-    return std::unique_ptr<MVCommAppValue>(
-        new MVCommAppValue(std::move(icon), app.localizedName, app.pid, false, true));
+    return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(
+        std::move(icon), app.localizedName, app.bundlePath, app.pid, false, true));
 }
 
 QString MVCommAppValue::displayNameForProcessName(const QString& name) {
@@ -29,10 +30,11 @@ QString MVCommAppValue::displayNameForProcessName(const QString& name) {
                : name;
 }
 
-MVCommAppValue::MVCommAppValue(QIcon icon, QString processName, std::uint32_t pid, bool isBeeps,
-                               bool isRunningApp)
+MVCommAppValue::MVCommAppValue(QIcon icon, QString processName, QString path, std::uint32_t pid,
+                               bool isBeeps, bool isRunningApp)
     : icon_(std::move(icon))
     , processName_(std::move(processName))
+    , path_(std::move(path))
     , pid_(pid)
     , isBeeps_(isBeeps)
     , isRunningApp_(isRunningApp) {}

@@ -56,6 +56,10 @@ class MVCommAppValue final : public QObject {
     QString displayName() const { return displayNameForProcessName(processName_); }
     std::uint32_t pid() const noexcept { return pid_; }
 
+    /// Of its executable, or of the bundle or desktop entry of a program that was not connected at
+    /// first; empty when that is not known.
+    const QString& path() const noexcept { return path_; }
+
     /// Whether it stands for the system's sound effects.
     bool isBeeps() const noexcept { return isBeeps_; }
 
@@ -86,12 +90,13 @@ class MVCommAppValue final : public QObject {
   private:
     friend class AppList; // which finds out that a name belongs to another process now
 
-    MVCommAppValue(QIcon icon, QString processName, std::uint32_t pid, bool isBeeps,
+    MVCommAppValue(QIcon icon, QString processName, QString path, std::uint32_t pid, bool isBeeps,
                    bool isRunningApp);
     void setPid(std::uint32_t pid) noexcept { pid_ = pid; }
 
     const QIcon icon_;
     const QString processName_;
+    const QString path_;
     std::uint32_t pid_;
     const bool isBeeps_;
     const bool isRunningApp_;

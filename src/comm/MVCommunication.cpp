@@ -20,6 +20,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 using platform::LogPriority;
 using platform::systemLog;
@@ -151,14 +152,27 @@ bool MVCommunication::setup() {
     return true;
 }
 
-bool MVCommunication::bindTo(int descriptor) const {
+bool MVCommunication::bindTo(int descriptor) {
     struct stat status {};
     if (::lstat(addressPath_.c_str(), &status) == 0 && ::unlink(addressPath_.c_str()) != 0)
         logError("Couldn't unlink(): %s (%d)", errno);
-    if (platform::bindUnixSocket(descriptor, addressPath_))
-        return true;
-    logError("Couldn't bind(): %s (%d)", errno);
-    return false;
+    if (!platform::bindUnixSocket(descriptor, addressPath_)) {
+        logError("Couldn't bind(): %s (%d)", errno);
+        return false;
+    }
+    if (::lstat(addressPath_.c_str(), &status) == 0)
+        socketFile_ = {status.st_dev, status.st_ino};
+    return true;
+}
+
+/// Another server, of this program or another one, may have taken the path. The number of our file
+/// is nobody else's as long as our socket is open.
+void MVCommunication::removeSocketFile() {
+    struct stat status {};
+    if (socketFile_ && ::lstat(addressPath_.c_str(), &status) == 0 &&
+        socketFile_ == std::pair(status.st_dev, status.st_ino))
+        ::unlink(addressPath_.c_str());
+    socketFile_.reset();
 }
 
 bool MVCommunication::isWelcome(int descriptor) {
@@ -363,6 +377,6 @@ void MVCommunication::shutdown() {
     for (const auto& connection : connections)
         retire(connection);
     connectionCallbackTimer_.stop();
+    removeSocketFile();
     baseSock_.reset();
-    ::unlink(addressPath_.c_str());
 }

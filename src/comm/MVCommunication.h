@@ -19,7 +19,9 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <sys/types.h>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class MVCommConnection;
@@ -73,7 +75,8 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     QList<MVCommConnectionProcess> connectionProcesses() const;
 
     /// Has what sendMessage() accepted written, which never waits for a peer; then ends all
-    /// connections, stops listening and removes the socket file.
+    /// connections, stops listening and removes the socket file, unless the path leads to another
+    /// one by now.
     void shutdown();
 
     /// Takes in one connection; the listening socket's handler. One of a user that the façade does
@@ -97,7 +100,8 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
 
     MVCommunication(const MVCommCallbacks& comm, QString socketPath);
     bool setup();
-    bool bindTo(int descriptor) const;
+    bool bindTo(int descriptor);
+    void removeSocketFile();
     bool isWelcome(int descriptor);
 
     std::shared_ptr<MVCommConnection> connectionOf(const platform::DataSocket& socket) const;
@@ -119,6 +123,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     // Main thread.
     platform::RunLoop* const runLoop_;
     std::unique_ptr<platform::AcceptSocket> baseSock_;
+    std::optional<std::pair<dev_t, ino_t>> socketFile_; // what stands for the socket at the path
     platform::Timer connectionCallbackTimer_;
     MVCommLineLimit strangerLines_;
     Connections retired_; // disconnected, but with an activity reset still to come

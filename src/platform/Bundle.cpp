@@ -2,14 +2,13 @@
 
 #include "platform/ProcessInfo.h"
 #include "platform/PropertyListNode.h"
+#include "platform/PropertyListValues.h"
 #include "platform/SystemLog.h"
 
 #include <array>
-#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <plist/plist.h>
 #include <unistd.h>
 
 namespace platform {
@@ -24,14 +23,11 @@ PropertyListNode readInformation(const std::filesystem::path& file) {
     return readPropertyList(content);
 }
 
-std::map<std::string, std::string, std::less<>> textsOf(plist_t dictionary) {
+std::map<std::string, std::string, std::less<>> textsOf(void* dictionary) {
     std::map<std::string, std::string, std::less<>> texts;
     forEachEntry(dictionary, [&](const char* key, void* value) {
-        if (plist_get_node_type(value) != PLIST_STRING)
-            return;
-        std::uint64_t length = 0;
-        const char* const text = plist_get_string_ptr(value, &length);
-        texts.emplace(key, std::string(text, length));
+        if (auto text = textOf(value))
+            texts.emplace(key, *std::move(text));
     });
     return texts;
 }
@@ -58,7 +54,7 @@ const Bundle& Bundle::main() {
 Bundle::Bundle(std::filesystem::path contents) : contents_(std::move(contents)) {
     const std::filesystem::path file = contents_ / "Info.plist";
     const PropertyListNode root = readInformation(file);
-    if (!root || plist_get_node_type(root.get()) != PLIST_DICT) {
+    if (!root || !isDictionary(root.get())) {
         systemLog(LogPriority::error, "Couldn't read the bundle's information from %s",
                   file.c_str());
         return;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <future>
 #include <utility>
 
 namespace platform {
@@ -97,6 +98,17 @@ bool DefaultsStore::synchronize() {
     bool isSaved = false;
     queue_->sync([&] { isSaved = save(true); });
     return isSaved;
+}
+
+bool DefaultsStore::synchronize(std::chrono::milliseconds bound) {
+    const auto saving = std::make_shared<std::packaged_task<bool()>>(
+        [self = shared_from_this()] { return self->save(true); });
+    std::future<bool> isSaved = saving->get_future();
+    queue_->async([saving] { (*saving)(); });
+    if (isSaved.wait_for(bound) == std::future_status::ready)
+        return isSaved.get();
+    reportLine(1, "Saving the settings takes too long to wait for");
+    return false;
 }
 
 void DefaultsStore::finish() {

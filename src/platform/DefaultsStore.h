@@ -61,6 +61,9 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     /// False when something that is set is not in the file.
     bool synchronize();
 
+    /// False, after a line for the log, also when that has not ended by then.
+    bool synchronize(std::chrono::milliseconds bound);
+
     /// Saves what is not saved and waits for what is under way. The last call.
     void finish();
 

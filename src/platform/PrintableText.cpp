@@ -22,13 +22,15 @@ std::string escaped(const char* format, char32_t code) {
 
 } // namespace
 
+bool turnsDirection(char32_t character) noexcept {
+    return (character >= 0x202A && character <= 0x202E) || // embeddings, overrides
+           (character >= 0x2066 && character <= 0x2069);   // isolates
+}
+
 bool disturbsLine(char32_t character) noexcept {
     const bool beginsLine =
         character == U'\n' || character == 0x85 || character == 0x2028 || character == 0x2029;
-    const bool turnsDirection =
-        (character >= 0x202A && character <= 0x202E) || // embeddings, overrides
-        (character >= 0x2066 && character <= 0x2069);   // isolates
-    return beginsLine || turnsDirection;
+    return beginsLine || turnsDirection(character);
 }
 
 std::string printableText(std::string_view text) {

@@ -49,9 +49,6 @@ std::string controlGroups(pid_t process);
 /// is no such regular file. `path` begins with a slash.
 std::string fileSeenBy(pid_t process, const std::string& path);
 
-/// All processes that we can see.
-std::vector<pid_t> allProcesses();
-
 /// Calls a handler once, on the run loop's thread, when a process has ended. The loop's thread
 /// only; destroying the watch ends it, also from inside the handler.
 class ProcessWatch {

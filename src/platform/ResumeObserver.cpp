@@ -1,6 +1,7 @@
 #include "platform/ResumeObserver.h"
 
 #include "platform/ExceptionReport.h"
+#include "platform/SystemLog.h"
 
 #include <QObject>
 
@@ -17,12 +18,20 @@ class ResumeObserver::Receiver : public QObject {
                     QStringLiteral("/org/freedesktop/login1"),
                     QStringLiteral("org.freedesktop.login1.Manager"),
                     QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
+        bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                    QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                    this, SLOT(lost()));
     }
 
   private Q_SLOTS:
     void prepareForSleep(bool fallsAsleep) {
         if (!fallsAsleep)
             guarded(kExceptionInNotification, handler_);
+    }
+
+    void lost() {
+        systemLog(LogPriority::warning,
+                  "The system bus has gone; no waking up is noticed any more");
     }
 
   private:

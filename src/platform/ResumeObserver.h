@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "platform/SessionBus.h"
 
 #include <functional>
 #include <memory>
@@ -9,11 +9,12 @@ namespace platform {
 
 /// Calls a handler on the main thread each time that the machine has woken up again, as logind
 /// tells it on the system bus, until it is destroyed. Without a bus or without logind nothing ever
-/// happens. An exception of the handler is reported (ExceptionReport). Main thread only.
+/// happens; that the bus has gone is one line in the system log, and the next one is not looked
+/// for. An exception of the handler is reported (ExceptionReport). Main thread only.
 class ResumeObserver {
   public:
     explicit ResumeObserver(std::function<void()> handler,
-                            const QDBusConnection& bus = QDBusConnection::systemBus());
+                            const QDBusConnection& bus = systemBus());
     ~ResumeObserver();
     ResumeObserver(const ResumeObserver&) = delete;
     ResumeObserver& operator=(const ResumeObserver&) = delete;

@@ -85,6 +85,10 @@ void RunLoop::turn() {
     serve(0);
 }
 
+void RunLoop::turnWhenReady() {
+    serve(-1);
+}
+
 void RunLoop::turnWithin(MonotonicClock::duration bound) {
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(bound);
     serve(static_cast<int>(std::clamp<std::int64_t>(wait.count(), 0, longestWait)));
@@ -92,7 +96,7 @@ void RunLoop::turnWithin(MonotonicClock::duration bound) {
 
 void RunLoop::run() {
     while (!takeStopRequest())
-        serve(-1);
+        turnWhenReady();
 }
 
 void RunLoop::stop() {

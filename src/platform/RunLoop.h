@@ -43,6 +43,9 @@ class RunLoop {
     /// has arrived restarts a timer before that timer can expire, then posted calls, then timers.
     void turn();
 
+    /// Waits until there is something to serve, and serves what is ready.
+    void turnWhenReady();
+
     /// Waits until there is something to serve, no longer than `bound`, and serves what is ready.
     void turnWithin(MonotonicClock::duration bound);
 

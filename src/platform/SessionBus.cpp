@@ -73,12 +73,22 @@ bool answersHandshake(const QByteArray& name) {
            ::recv(socket.get(), answer.data(), answer.size(), 0) > 0;
 }
 
-bool answers(const QByteArray& address) {
+bool answers(const char* bus, const QByteArray& address) {
     const auto name = socketName(address);
     if (!name || answersHandshake(*name))
         return true;
-    systemLog(LogPriority::warning, "The session bus doesn't answer; going on without it");
+    systemLog(LogPriority::warning, "The %s bus doesn't answer; going on without it", bus);
     return false;
+}
+
+/// Whether somebody may be there: a socket that is missing is nothing to complain of.
+bool hasSystemBus() {
+    QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    if (address.isEmpty())
+        address = "unix:path=/run/dbus/system_bus_socket";
+    const auto name = socketName(address);
+    const bool isFile = name && name->startsWith('/');
+    return (!isFile || ::access(name->constData(), F_OK) == 0) && answers("system", address);
 }
 
 } // namespace
@@ -88,7 +98,7 @@ QDBusConnection sessionBus() {
     static bool isAnswering = true;
     const QByteArray address = busAddress();
     if (address != askedAddress) {
-        isAnswering = answers(address);
+        isAnswering = answers("session", address);
         askedAddress = address;
     }
     if (!isAnswering)
@@ -97,6 +107,12 @@ QDBusConnection sessionBus() {
     if (bus.isConnected() && bus.interface())
         bus.interface()->setTimeout(patience * 1000);
     return bus;
+}
+
+QDBusConnection systemBus() {
+    static const bool isAnswering = hasSystemBus();
+    return isAnswering ? QDBusConnection::systemBus()
+                       : QDBusConnection(QStringLiteral("no system bus"));
 }
 
 BusNameWatch::BusNameWatch(const QString& name) : name_(name) {

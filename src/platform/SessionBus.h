@@ -14,6 +14,9 @@ namespace platform {
 /// would wait for such a bus without end. Asked anew when its address changes. Main thread only.
 QDBusConnection sessionBus();
 
+/// Likewise the system bus, which is asked once.
+QDBusConnection systemBus();
+
 /// Knows whether a program owns a name on the session bus, without ever waiting for the bus: what
 /// has become known is up to date but for the way of a message. Main thread only.
 class BusNameWatch {

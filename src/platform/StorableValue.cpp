@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 #include "platform/PropertyListNode.h"
+#include "platform/StorableText.h"
 
 #include <QDateTime>
 
@@ -20,9 +21,7 @@ qsizetype storableLength(QStringView text, qsizetype at) {
         const bool isPair = at + 1 < text.size() && text[at + 1].isLowSurrogate();
         return isPair ? 2 : 0;
     }
-    const bool isFine = unit >= 0x20 ? !QChar::isLowSurrogate(unit) && unit < 0xFFFE
-                                     : unit == u'\t' || unit == u'\n' || unit == u'\r';
-    return isFine ? 1 : 0;
+    return isStorableCharacter(unit) ? 1 : 0;
 }
 
 bool isStorableText(QStringView text) {

@@ -164,8 +164,8 @@ class Candidates {
         const auto number = processIn(claims.process);
         if (!number)
             return;
-        for (const pid_t process : facts.processes())
-            consider(process, *number);
+        for (const pid_t process : facts.processesNumbered(*number))
+            consider(process);
     }
 
     /// Whether a process of the application that the client is said to be has the claimed number.
@@ -185,14 +185,10 @@ class Candidates {
     }
 
   private:
-    void consider(pid_t process, pid_t number) {
-        // Most processes are told apart by this cheap look.
-        if (process != number && facts_.countsAsWeDo(process))
+    void consider(pid_t process) {
+        if (!belongs(process))
             return;
-        const std::vector<pid_t> numbers = facts_.numbers(process);
-        if (numbers.empty() || numbers.back() != number || !belongs(process))
-            return;
-        const bool countsAsWeDo = numbers.size() == 1;
+        const bool countsAsWeDo = facts_.numbers(process).size() == 1;
         if (countsAsWeDo && !isSameMachine())
             return;
         if (!countsAsWeDo && !claims_.application.empty() &&
@@ -254,16 +250,12 @@ std::string lineIn(const char* path) {
 
 } // namespace
 
-std::vector<pid_t> StreamProcessFacts::processes() const {
-    return allProcesses();
+std::vector<pid_t> StreamProcessFacts::processesNumbered(pid_t own) const {
+    return numbers_.find(own);
 }
 
 std::vector<pid_t> StreamProcessFacts::numbers(pid_t process) const {
     return processNumbers(process);
-}
-
-bool StreamProcessFacts::countsAsWeDo(pid_t process) const {
-    return platform::sharesProcessNumbers(process);
 }
 
 std::optional<std::string> StreamProcessFacts::executablePath(pid_t process) const {

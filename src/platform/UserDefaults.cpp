@@ -158,6 +158,10 @@ bool UserDefaults::synchronize() {
     return store_->synchronize();
 }
 
+bool UserDefaults::synchronize(std::chrono::milliseconds bound) {
+    return store_->synchronize(bound);
+}
+
 DefaultsObservation::~DefaultsObservation() {
     if (cancel_)
         cancel_();

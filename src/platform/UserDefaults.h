@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -77,6 +78,10 @@ class UserDefaults {
     /// Saves what is set and takes over what other programs have changed. When it returns true, all
     /// that was set before is in the file and outlives a crash of the machine.
     bool synchronize();
+
+    /// The same, but waits no longer than `bound`: a disk may hang. When that is over, it is told
+    /// (setReporter), the answer is false, and saving goes on.
+    bool synchronize(std::chrono::milliseconds bound);
 
   private:
     const std::shared_ptr<DefaultsStore> store_;

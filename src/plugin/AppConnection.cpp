@@ -95,8 +95,6 @@ bool AppConnection::start(platform::RunLoop& loop, const platform::StreamProcess
     socket_ = platform::DataSocket::create(
         std::move(descriptor),
         [this](platform::DataSocket&, std::span<const std::byte> bytes) { delivered(bytes); });
-    if (socket_ == nullptr)
-        return false;
     source_ = socket_->makeSource(loop);
 
     MVCommCheckinMessage checkin{};
@@ -130,8 +128,10 @@ void AppConnection::delivered(std::span<const std::byte> bytes) {
 }
 
 void AppConnection::take(const MVCommConsoleMessage& command) {
-    // The application hides the programs of its ignore list; they play as before.
-    if (isWellFormed(command) && command.type != kMVCommIgnoreListChanged &&
-        static_cast<std::uint32_t>(command.pid) == process_)
+    if (!isWellFormed(command))
+        return;
+    if (command.type == kMVCommIgnoreListChanged)
+        listener_.ignoreListChanged();
+    else if (static_cast<std::uint32_t>(command.pid) == process_)
         listener_.commandArrived(command);
 }

@@ -25,6 +25,9 @@ class AppConnection {
         /// A volume or mute for this very program: the mute is 0 or 1, the volume any number.
         virtual void commandArrived(const MVCommConsoleMessage& command) = 0;
 
+        /// The list of the programs that get no item is another; of no concern unless overridden.
+        virtual void ignoreListChanged() {}
+
         /// The application has gone. The connection may be destroyed in here.
         virtual void connectionLost() = 0;
     };

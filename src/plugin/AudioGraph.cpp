@@ -1,5 +1,6 @@
 #include "plugin/AudioGraph.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace {
@@ -24,11 +25,13 @@ const std::string& AudioGlobal::property(std::string_view key) const {
 
 void AudioGraph::add(const AudioGlobal& global) {
     remove(global.id); // the server uses numbers again, perhaps for another kind
+    const auto serial = number<std::uint64_t>(global, "object.serial").value_or(0);
+    newestSerial_ = std::max(newestSerial_, serial);
     switch (global.kind) {
     case AudioGlobal::Kind::node:
         nodes_[global.id] = {global.property("media.class"), global.property("node.name"),
                              number<std::uint32_t>(global, "client.id"),
-                             global.property("media.role")};
+                             global.property("media.role"), serial};
         break;
     case AudioGlobal::Kind::port: {
         const auto node = number<std::uint32_t>(global, "node.id");
@@ -50,6 +53,9 @@ void AudioGraph::add(const AudioGlobal& global) {
         break;
     }
     case AudioGlobal::Kind::client:
+        if (const auto process = number<std::uint32_t>(global, "pipewire.sec.pid"))
+            processes_[global.id] = *process;
+        break;
     case AudioGlobal::Kind::metadata:
     case AudioGlobal::Kind::other:
         break;
@@ -58,6 +64,7 @@ void AudioGraph::add(const AudioGlobal& global) {
 
 void AudioGraph::remove(std::uint32_t id) {
     nodes_.erase(id);
+    processes_.erase(id);
     if (const auto port = ports_.find(id); port != ports_.end()) {
         portsByNode_.erase(keyOf(id, port->second));
         ports_.erase(port);
@@ -85,6 +92,20 @@ std::string AudioGraph::roleOf(std::uint32_t node) const {
 std::optional<std::uint32_t> AudioGraph::clientOf(std::uint32_t node) const {
     const auto found = nodes_.find(node);
     return found != nodes_.end() ? found->second.client : std::nullopt;
+}
+
+std::uint64_t AudioGraph::serialOf(std::uint32_t node) const {
+    const auto found = nodes_.find(node);
+    return found != nodes_.end() ? found->second.serial : 0;
+}
+
+std::uint32_t AudioGraph::ownerOf(std::uint32_t node) const {
+    constexpr std::uint32_t aboveAnyProcess = 0x80000000;
+    const auto client = clientOf(node);
+    if (!client)
+        return 0;
+    const auto process = processes_.find(*client);
+    return process != processes_.end() ? process->second : aboveAnyProcess | *client;
 }
 
 std::vector<std::uint32_t> AudioGraph::outputPorts(std::uint32_t node) const {

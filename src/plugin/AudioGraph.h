@@ -40,7 +40,11 @@ struct MeterTap {
 /// data: objects may come in any order, twice, or go without having come.
 class AudioGraph {
   public:
+    /// Takes the place of whatever had the number before. What lacks the properties that it needs
+    /// to be of use is left out.
     void add(const AudioGlobal& global);
+
+    /// Leaves what refers to the object in place, since that is announced to go by itself.
     void remove(std::uint32_t id);
     void clear();
 
@@ -52,6 +56,15 @@ class AudioGraph {
 
     /// The client that owns the node; none for what the server has made itself.
     std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
+
+    /// The node's object.serial, and the greatest of all objects so far; 0 when unknown. The server
+    /// gives each object a greater one than all before.
+    std::uint64_t serialOf(std::uint32_t node) const;
+    std::uint64_t newestSerial() const noexcept { return newestSerial_; }
+
+    /// Stands for the process that serves the node: the same number for all nodes of one. 0 for the
+    /// server itself.
+    std::uint32_t ownerOf(std::uint32_t node) const;
 
     /// The output ports of a node in the order of its channels.
     std::vector<std::uint32_t> outputPorts(std::uint32_t node) const;
@@ -72,6 +85,7 @@ class AudioGraph {
         std::string name;
         std::optional<std::uint32_t> client;
         std::string role;
+        std::uint64_t serial;
     };
     struct Port {
         std::uint32_t node;
@@ -83,7 +97,9 @@ class AudioGraph {
         std::uint32_t destination;
     };
 
+    std::uint64_t newestSerial_ = 0;
     std::map<std::uint32_t, Node> nodes_;
+    std::map<std::uint32_t, std::uint32_t> processes_; // by client, as the kernel told the server
     using PortKey = std::tuple<std::uint32_t, bool, std::uint32_t, std::uint32_t>;
     static PortKey keyOf(std::uint32_t id, const Port& port) {
         return {port.node, port.isOutput, port.number, id};

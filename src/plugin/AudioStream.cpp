@@ -4,8 +4,11 @@
 #include "platform/Timer.h"
 #include "plugin/AudioServer.h"
 #include "plugin/ClientClaims.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/StreamParam.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 
@@ -14,8 +17,11 @@ using platform::MonotonicClock;
 namespace {
 
 // What was measured within one cycle of a change of the gain belongs to the old or the new one; the
-// longest cycle usual is 8192 samples at 48 kHz.
+// longest cycle usual is 8192 samples at 48 kHz. Of a stream that does not run nothing is measured.
 constexpr std::chrono::milliseconds settlingTime{200};
+
+// A stream is told of in parts, and changes in parts.
+constexpr std::chrono::milliseconds tellingTime{100};
 
 } // namespace
 
@@ -25,35 +31,41 @@ const pw_node_events AudioStream::nodeEvents = [] {
     events.info = [](void* data, const pw_node_info* info) {
         static_cast<AudioStream*>(data)->informed(*info);
     };
-    events.param = [](void* data, int, std::uint32_t id, std::uint32_t, std::uint32_t,
+    events.param = [](void* data, int, std::uint32_t id, std::uint32_t index, std::uint32_t,
                       const spa_pod* param) {
         if (id == SPA_PARAM_Props)
             static_cast<AudioStream*>(data)->propsChanged(param);
+        else if (id == SPA_PARAM_EnumFormat)
+            static_cast<AudioStream*>(data)->formatTold(index, param);
     };
     return events;
 }();
 
-AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id,
-                         Origin origin, Listener& listener)
+AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, NodeWriter& writer,
+                         std::uint32_t id, Origin origin, Listener& listener)
     : id_(id)
     , origin_(origin)
+    , writer_(writer)
     , listener_(listener)
+    , review_(std::make_unique<platform::Timer>(loop,
+                                                [this] { listener_.streamObstacleChanged(*this); }))
     , keeper_(MonotonicClock::now())
     , ramp_(std::make_unique<platform::Timer>(
           loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
     , node_(static_cast<pw_node*>(
-          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)))
-    , writer_(loop, server, id) {
+          pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
     if (node_ == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't watch stream %u", id);
         return;
     }
     pw_node_add_listener(node_.get(), hook_.get(), &nodeEvents, this);
-    std::uint32_t props = SPA_PARAM_Props;
-    pw_node_subscribe_params(node_.get(), &props, 1);
+    std::array<std::uint32_t, 2> parameters{SPA_PARAM_Props, SPA_PARAM_EnumFormat};
+    pw_node_subscribe_params(node_.get(), parameters.data(), parameters.size());
 }
 
-AudioStream::~AudioStream() = default;
+AudioStream::~AudioStream() {
+    writer_.forget(id_);
+}
 
 void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
     evidence.node = claims_;
@@ -63,6 +75,7 @@ void AudioStream::informed(const pw_node_info& info) {
     const bool running = info.state == PW_NODE_STATE_RUNNING;
     if (!described_ && running && origin_ == Origin::existed)
         keeper_.heardAlready();
+    noteParameters(info);
     const bool stateChanges = std::exchange(running_, running) != running;
     if (stateChanges)
         write(keeper_.setRunning(running, MonotonicClock::now()));
@@ -86,12 +99,31 @@ void AudioStream::propsChanged(const spa_pod* param) {
     StreamProps props = keeper_.props().value_or(StreamProps{});
     readStreamProps(param, props);
     noteGains(props);
+    if (const auto locked = readVolumeLock(param)) {
+        obstacle_.lockTold(*locked);
+        review_->start(tellingTime);
+    }
     write(keeper_.propsArrived(props, MonotonicClock::now()));
+}
+
+void AudioStream::noteParameters(const pw_node_info& info) {
+    if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) == 0 || info.n_params == 0)
+        return;
+    obstacle_.propsListed(
+        std::any_of(info.params, info.params + info.n_params, [](const spa_param_info& each) {
+            return each.id == SPA_PARAM_Props && (each.flags & SPA_PARAM_INFO_READ) != 0;
+        }));
+    review_->start(tellingTime);
+}
+
+void AudioStream::formatTold(std::uint32_t index, const spa_pod* param) {
+    obstacle_.formatTold(index, isRawFormat(param));
+    review_->start(tellingTime);
 }
 
 void AudioStream::noteGains(const StreamProps& props) {
     const auto& before = keeper_.props();
-    if (before && !haveSameGains(*before, props))
+    if (running_ && before && !haveSameGains(*before, props))
         gainSettled_ = MonotonicClock::now() + settlingTime;
     if (!isSameGain(props.volume, before.value_or(StreamProps{}).volume))
         platform::systemLog(platform::LogPriority::info,
@@ -113,20 +145,18 @@ void AudioStream::uphold() {
 
 void AudioStream::finish() {
     write(keeper_.finish(MonotonicClock::now()));
-    writer_.ask();
 }
 
 void AudioStream::write(const VolumeWrite& write) {
-    if (!write.isEmpty()) {
-        if (pw_node* const node = writer_.node())
-            writeStreamProps(node, write);
-    }
+    if (!write.isEmpty())
+        writer_.write(id_, write);
     if (keeper_.isRamping())
         ramp_->startAt(keeper_.nextStep());
     else
         ramp_->stop();
-    const WantedVolume change = keeper_.takeChangesElsewhere();
-    if (!change.isEmpty())
+    if (const WantedVolume found = keeper_.takeFound(); !found.isEmpty())
+        listener_.streamFound(*this, found);
+    if (const WantedVolume change = keeper_.takeChangesElsewhere(); !change.isEmpty())
         listener_.streamChangedElsewhere(*this, change);
 }
 

@@ -2,8 +2,8 @@
 
 #include "platform/MonotonicClock.h"
 #include "platform/StreamProcess.h"
-#include "plugin/NodeWriter.h"
 #include "plugin/PipeWireHandles.h"
+#include "plugin/StreamObstacle.h"
 #include "plugin/StreamVolume.h"
 #include "plugin/VolumeKeeper.h"
 
@@ -11,6 +11,10 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
+
+class AudioServer;
+class NodeWriter;
 
 namespace platform {
 class RunLoop;
@@ -32,17 +36,23 @@ class AudioStream {
         virtual void streamStateChanged(AudioStream& stream) = 0;
 
         /// Somebody else changed the volume or the mute of the stream, which shows a person's will.
-        /// May be called from within adopt().
         virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
+
+        /// The stream was heard before we came and keeps what it had. May be called from within
+        /// adopt().
+        virtual void streamFound(AudioStream& stream, const WantedVolume& found) = 0;
+
+        /// obstacle() may be another.
+        virtual void streamObstacleChanged(AudioStream& stream) = 0;
     };
 
     /// Whether the server had the stream when we connected to it.
     enum class Origin { existed, appeared };
 
-    /// Watches the node `id` of the server, which must be connected. `listener` must outlive the
-    /// stream.
-    AudioStream(platform::RunLoop& loop, const AudioServer& server, std::uint32_t id, Origin origin,
-                Listener& listener);
+    /// Watches the node `id` of the server, which must be connected. `writer` and `listener` must
+    /// outlive the stream.
+    AudioStream(platform::RunLoop& loop, const AudioServer& server, NodeWriter& writer,
+                std::uint32_t id, Origin origin, Listener& listener);
     ~AudioStream();
     AudioStream(const AudioStream&) = delete;
     AudioStream& operator=(const AudioStream&) = delete;
@@ -68,6 +78,9 @@ class AudioStream {
     /// What the server told of its volume; nothing until it has.
     const std::optional<StreamProps>& props() const noexcept { return keeper_.props(); }
 
+    /// Why its volume cannot be set, for people; empty when it can, or nobody knows yet.
+    std::string_view obstacle() const noexcept { return obstacle_.reason(); }
+
     /// What was asked for.
     const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
 
@@ -83,13 +96,12 @@ class AudioStream {
     /// Writes at once what want() is still about to write.
     void finish();
 
-    /// Whether the program has got what was written before finish(). The server drops what it has
-    /// not read of a connection that ends.
-    bool isSettled() const noexcept { return writer_.isAnswered(); }
-
     /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
     /// not know of it.
     void uphold();
+
+    /// Upholds nothing any more, until the next adopt(). What was asked for is still brought about.
+    void letGo() noexcept { keeper_.letGo(); }
 
     /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
     /// `measured` are those after the gain.
@@ -98,6 +110,8 @@ class AudioStream {
   private:
     void informed(const pw_node_info& info);
     void propsChanged(const spa_pod* param);
+    void noteParameters(const pw_node_info& info);
+    void formatTold(std::uint32_t index, const spa_pod* param);
     void noteGains(const StreamProps& props);
     void write(const VolumeWrite& write);
 
@@ -105,6 +119,7 @@ class AudioStream {
 
     const std::uint32_t id_;
     const Origin origin_;
+    NodeWriter& writer_;
     Listener& listener_;
 
     platform::StreamClaims claims_;
@@ -112,6 +127,9 @@ class AudioStream {
     bool described_ = false;
     bool internal_ = false;
     bool running_ = false;
+
+    StreamObstacle obstacle_;
+    const std::unique_ptr<platform::Timer> review_; // of the obstacle, when all has been told
 
     VolumeKeeper keeper_;
     const std::unique_ptr<platform::Timer> ramp_;
@@ -121,5 +139,4 @@ class AudioStream {
 
     ProxyHandle<pw_node> node_; // is only listened to
     ListenerHook hook_;
-    NodeWriter writer_;
 };

@@ -1,10 +1,18 @@
 #include "plugin/ClientClaims.h"
 
+#include <charconv>
 #include <pipewire/keys.h>
 
 std::string textIn(const spa_dict& properties, const char* key) {
     const char* const text = spa_dict_lookup(&properties, key);
     return text != nullptr ? text : "";
+}
+
+std::uint64_t serialIn(const spa_dict* properties) {
+    const std::string text = properties != nullptr ? textIn(*properties, PW_KEY_OBJECT_SERIAL) : "";
+    std::uint64_t serial = 0;
+    std::from_chars(text.data(), text.data() + text.size(), serial);
+    return serial;
 }
 
 platform::StreamClaims claimsIn(const spa_dict& properties) {

@@ -2,11 +2,15 @@
 
 #include "platform/StreamProcess.h"
 
+#include <cstdint>
 #include <spa/utils/dict.h>
 #include <string>
 
 /// A property; empty when there is none.
 std::string textIn(const spa_dict& properties, const char* key);
+
+/// The object.serial among the properties; 0 without one.
+std::uint64_t serialIn(const spa_dict* properties);
 
 /// What the properties of a node or a client say about the process behind it.
 platform::StreamClaims claimsIn(const spa_dict& properties);

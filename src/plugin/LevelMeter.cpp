@@ -3,7 +3,7 @@
 #include "platform/SystemLog.h"
 
 #include <algorithm>
-#include <bit>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -88,6 +88,7 @@ struct LevelMeter::Channel {
 };
 
 struct LevelMeter::Stream {
+    std::uint32_t id;
     std::vector<Channel> channels;
     std::vector<ChannelPeak> peaks; // one for each channel
 };
@@ -102,7 +103,7 @@ void LevelMeter::reconcile(const std::vector<MeterTap>& wanted, const AudioGraph
     dropBroken();
     takeOver(wanted);
     makeRoom();
-    for (auto& [id, stream] : streams_) {
+    for (Stream& stream : streams_) {
         for (Channel& channel : stream.channels)
             tap(channel, graph);
     }
@@ -110,7 +111,7 @@ void LevelMeter::reconcile(const std::vector<MeterTap>& wanted, const AudioGraph
 }
 
 void LevelMeter::rebuild() {
-    for (auto& [id, stream] : streams_) {
+    for (Stream& stream : streams_) {
         for (Channel& channel : stream.channels)
             channel.tap.reset();
     }
@@ -121,7 +122,7 @@ void LevelMeter::rebuild() {
 
 void LevelMeter::collect() {
     const auto now = MonotonicClock::now();
-    for (auto& [id, stream] : streams_) {
+    for (Stream& stream : streams_) {
         for (std::size_t i = 0; i < stream.channels.size(); ++i) {
             Channel& channel = stream.channels[i];
             float& peak = stream.peaks[i].peak;
@@ -138,9 +139,14 @@ void LevelMeter::collect() {
 }
 
 std::span<const ChannelPeak> LevelMeter::peaksOf(std::uint32_t stream) const {
-    const auto found = streams_.find(stream);
-    return found != streams_.end() ? std::span<const ChannelPeak>(found->second.peaks)
+    const auto found = find(stream);
+    return found != streams_.end() ? std::span<const ChannelPeak>(found->peaks)
                                    : std::span<const ChannelPeak>();
+}
+
+std::vector<LevelMeter::Stream>::const_iterator LevelMeter::find(std::uint32_t stream) const {
+    const auto place = std::ranges::lower_bound(streams_, stream, {}, &Stream::id);
+    return place != streams_.end() && place->id == stream ? place : streams_.end();
 }
 
 void LevelMeter::dropBroken() {
@@ -157,29 +163,32 @@ void LevelMeter::dropBroken() {
 /// A channel that is wanted still keeps its tap, and one that is to be measured elsewhere its peak,
 /// so that nothing shows of the change.
 void LevelMeter::takeOver(const std::vector<MeterTap>& wanted) {
-    std::map<std::uint32_t, Stream> streams;
+    std::vector<Stream> before = std::exchange(streams_, {});
+    auto known = before.begin();
     for (const MeterTap& plan : wanted) {
-        Stream& stream = streams[plan.stream];
+        if (streams_.empty() || streams_.back().id != plan.stream)
+            streams_.push_back({plan.stream, {}, {}});
+        Stream& stream = streams_.back();
         Channel channel{plan, nullptr, {}};
         float peak = 0.0F;
-        const auto known = streams_.find(plan.stream);
+        while (known != before.end() && known->id < plan.stream)
+            ++known;
         const std::size_t place = stream.channels.size();
-        if (known != streams_.end() && place < known->second.channels.size()) {
-            Channel& before = known->second.channels[place];
-            peak = known->second.peaks[place].peak;
-            channel.measured = before.measured;
-            if (before.plan == plan)
-                channel.tap = std::move(before.tap);
+        if (known != before.end() && known->id == plan.stream && place < known->channels.size()) {
+            Channel& last = known->channels[place];
+            peak = known->peaks[place].peak;
+            channel.measured = last.measured;
+            if (last.plan == plan)
+                channel.tap = std::move(last.tap);
         }
         stream.channels.push_back(std::move(channel));
         stream.peaks.push_back({plan.channel, peak});
     }
-    streams_ = std::move(streams);
 }
 
 void LevelMeter::makeRoom() {
     std::map<std::uint32_t, std::size_t> wanted; // inputs by sink
-    for (const auto& [id, stream] : streams_) {
+    for (const Stream& stream : streams_) {
         for (const Channel& channel : stream.channels)
             ++wanted[channel.plan.sink];
     }
@@ -205,8 +214,7 @@ void LevelMeter::makeRoomAt(std::uint32_t sink, std::size_t needed) {
         dropFilter(*small);
     }
     while (present < needed) {
-        const std::size_t inputs =
-            std::min(std::bit_ceil(needed - present), MeterFilter::mostInputs);
+        const std::size_t inputs = MeterFilter::inputsFor(needed - present);
         if (!addFilter(sink, inputs))
             return;
         present += inputs;
@@ -226,7 +234,7 @@ bool LevelMeter::addFilter(std::uint32_t sink, std::size_t inputs) {
 }
 
 void LevelMeter::dropFilter(const MeterFilter& filter) {
-    for (auto& [id, stream] : streams_) {
+    for (Stream& stream : streams_) {
         for (Channel& channel : stream.channels) {
             if (channel.tap != nullptr && &channel.tap->filter() == &filter)
                 channel.tap.reset();

@@ -8,7 +8,6 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <span>
 #include <vector>
@@ -26,7 +25,8 @@ class LevelMeter {
 
     /// Goes a step towards measuring `wanted` and nothing else; the filters' own ports are looked
     /// up in `graph`. Without anything wanted nothing of ours is left in the server after
-    /// nextDrop(). The taps of a stream must follow each other in the order of its channels.
+    /// nextDrop(). The taps must be in the order of their streams' numbers, and those of a stream
+    /// in that of its channels.
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
 
     /// When another reconcile() is due if nothing else happens.
@@ -55,6 +55,7 @@ class LevelMeter {
 
     void dropBroken();
     void takeOver(const std::vector<MeterTap>& wanted);
+    std::vector<Stream>::const_iterator find(std::uint32_t stream) const;
     void makeRoom();
     void makeRoomAt(std::uint32_t sink, std::size_t needed);
     bool addFilter(std::uint32_t sink, std::size_t inputs);
@@ -68,6 +69,6 @@ class LevelMeter {
     const std::function<void()> changed_;
     int failures_ = 0;
     std::vector<SinkFilter> filters_;
-    std::vector<SinkFilter> retired_;         // of no use any more, but too new to go
-    std::map<std::uint32_t, Stream> streams_; // their taps go before the filters
+    std::vector<SinkFilter> retired_; // of no use any more, but too new to go
+    std::vector<Stream> streams_;     // by number; their taps go before the filters
 };

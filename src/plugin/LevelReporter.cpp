@@ -10,9 +10,9 @@ using platform::MonotonicClock;
 
 namespace {
 
-// 23 levels a second. The application counts a program as silent 0.1 s after the last one, so one
-// may come late by more than a period.
-constexpr std::chrono::milliseconds reportingPeriod{44};
+// 21 levels a second, each of which costs a call of the kernel. The application counts a program as
+// silent 0.1 s after the last one, so one may come late by more than a period.
+constexpr std::chrono::milliseconds reportingPeriod{47};
 
 bool isMeasured(const AudioStream* stream) {
     return stream->isRunning();

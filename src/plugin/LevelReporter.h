@@ -13,7 +13,7 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// Tells the application how loud each program is: 23 times a second while it plays, once that it
+/// Tells the application how loud each program is: 21 times a second while it plays, once that it
 /// has ended. Has a meter for each stream that runs and whose program the application listens to;
 /// without one there is neither a timer nor anything of ours in the sound server.
 ///

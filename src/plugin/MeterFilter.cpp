@@ -5,9 +5,9 @@
 #include "plugin/SamplePeak.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
-#include <new>
 #include <string>
 
 namespace {
@@ -34,9 +34,19 @@ const pw_filter_events MeterFilter::filterEvents = [] {
 }();
 
 MeterFilter::MeterFilter(std::size_t inputs, std::function<void()> changed)
-    : changed_(std::move(changed)), borrowed_(std::clamp(inputs, fewestInputs, mostInputs)) {}
+    : changed_(std::move(changed)), borrowed_(std::clamp(inputs, fewestInputs, mostInputs)) {
+    rt_.peaks = std::vector<std::atomic<float>>(borrowed_.size());
+    for (std::atomic<float>& peak : rt_.peaks)
+        peak = Realtime::nothingMeasured;
+}
 
 MeterFilter::~MeterFilter() = default;
+
+std::size_t MeterFilter::inputsFor(std::size_t needed) noexcept {
+    const std::size_t whole = std::bit_ceil(std::clamp(needed, fewestInputs, mostInputs));
+    const std::size_t less = whole / 4 * 3;
+    return std::max(needed <= less ? less : whole, fewestInputs);
+}
 
 std::unique_ptr<MeterFilter> MeterFilter::create(pw_core& core, std::size_t inputs,
                                                  std::function<void()> changed) {
@@ -71,11 +81,10 @@ bool MeterFilter::addInputs() {
                               ("input_" + std::to_string(i)).c_str(), nullptr);
         void* const port =
             pw_filter_add_port(filter_.get(), PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
-                               sizeof(Input), properties, nullptr, 0);
+                               0, properties, nullptr, 0);
         if (port == nullptr)
             return false;
-        // Trivially destructible: its memory goes with the port.
-        rt_.ports.push_back(new (port) Input);
+        rt_.ports.push_back(port);
     }
     return true;
 }
@@ -108,15 +117,15 @@ std::optional<std::size_t> MeterFilter::borrowInput() noexcept {
 
 std::optional<float> MeterFilter::takePeak(std::size_t input) noexcept {
     const float peak =
-        rt_.ports[input]->peak.exchange(Input::nothingMeasured, std::memory_order_relaxed);
+        rt_.peaks[input].exchange(Realtime::nothingMeasured, std::memory_order_relaxed);
     return peak >= 0.0F ? std::optional(peak) : std::nullopt;
 }
 
 void MeterFilter::measure(void* data, spa_io_position* position) noexcept {
-    const Realtime& rt = static_cast<MeterFilter*>(data)->rt_;
+    Realtime& rt = static_cast<MeterFilter*>(data)->rt_;
     const auto samples = static_cast<std::uint32_t>(position->clock.duration);
-    for (Input* const port : rt.ports) {
-        if (const void* const buffer = pw_filter_get_dsp_buffer(port, samples))
-            raise(port->peak, samplePeak({static_cast<const float*>(buffer), samples}));
+    for (std::size_t i = 0; i < rt.ports.size(); ++i) {
+        if (const void* const buffer = pw_filter_get_dsp_buffer(rt.ports[i], samples))
+            raise(rt.peaks[i], samplePeak({static_cast<const float*>(buffer), samples}));
     }
 }

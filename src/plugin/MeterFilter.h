@@ -22,6 +22,11 @@ class MeterFilter {
     static constexpr std::size_t fewestInputs = 8;
     static constexpr std::size_t mostInputs = 64;
 
+    /// The number of inputs that a filter for `needed` of them should have, within the bounds:
+    /// some to spare, so that not each new stream asks for a new filter, but not many, since each
+    /// costs in each cycle.
+    static std::size_t inputsFor(std::size_t needed) noexcept;
+
     /// `inputs` is brought within the bounds. `changed` is called when nodeId() or isBroken() may
     /// answer something else; it must not destroy the filter. Null, after a line in the log, when
     /// the server refuses.
@@ -48,16 +53,13 @@ class MeterFilter {
     std::optional<float> takePeak(std::size_t input) noexcept;
 
   private:
-    /// Lives in the port itself. Only `peak` is shared between the threads.
-    struct Input {
-        static constexpr float nothingMeasured = -1.0F;
-        std::atomic<float> peak{nothingMeasured};
-        static_assert(std::atomic<float>::is_always_lock_free);
-    };
-
-    /// All that the data thread touches. The list is filled before the node is connected.
+    /// All that the data thread touches. The lists are filled before the node is connected; only
+    /// the peaks are shared between the threads, side by side so that few cache lines travel.
     struct Realtime {
-        std::vector<Input*> ports;
+        static constexpr float nothingMeasured = -1.0F;
+        static_assert(std::atomic<float>::is_always_lock_free);
+        std::vector<void*> ports;
+        std::vector<std::atomic<float>> peaks; // by input
     };
 
     struct FilterDeleter {

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "plugin/PipeWireHandles.h"
+#include "plugin/WriteLanes.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 
+class AudioGraph;
 class AudioServer;
 
 namespace platform {
@@ -12,42 +15,48 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// Changes one program's node over a connection of its own, made when it is first needed and closed
-/// when nothing has been changed for a while. The server takes nothing more from a connection until
-/// the program has answered a change: one that is stopped, or frozen, would hold up all the others.
-/// The run loop's thread only; must go before the server's connection does.
-class NodeWriter {
+/// Changes the programs' streams, over connections that are made when they are needed and closed
+/// again when they are of no use; see WriteLanes. The run loop's thread only.
+class NodeWriter : private WriteLanes::Outlet {
   public:
-    NodeWriter(platform::RunLoop& loop, const AudioServer& server, std::uint32_t node);
-    ~NodeWriter();
+    /// `graph` is that of the server, with all nodes that are to be changed.
+    NodeWriter(platform::RunLoop& loop, const AudioServer& server, const AudioGraph& graph);
+    ~NodeWriter() override;
     NodeWriter(const NodeWriter&) = delete;
     NodeWriter& operator=(const NodeWriter&) = delete;
 
-    /// The node, for a change that is made at once; not to be kept. Null when the server takes no
-    /// connection.
-    pw_node* node();
+    /// The server is there: a connection is made, so that it is at hand.
+    void prepare();
 
-    /// Asks the server to answer when all that was changed so far has been done.
-    void ask();
+    /// Changes the node, at once unless an earlier change of it is still on its way. Lost, after a
+    /// line in the log, when the server takes no connection.
+    void write(std::uint32_t node, const VolumeWrite& change);
 
-    /// Whether it has answered; also when there is no connection.
-    bool isAnswered() const noexcept { return connection_ == nullptr || answered_; }
+    /// The node has gone. To be told before another one can have its number.
+    void forget(std::uint32_t node);
+
+    /// Closes all connections; must come before the server's own one is dropped.
+    void clear();
+
+    /// Whether all has been done but what waits for programs that do not answer. Sees to it that
+    /// these hold up nobody else; for a caller that does not let the run loop turn.
+    bool settle();
 
   private:
     struct Connection;
 
-    void rest();
-    void answered(int sequence);
-    void close();
+    bool open(WriteLanes::Lane lane) override;
+    void close(WriteLanes::Lane lane) override;
+    bool knows(WriteLanes::Lane lane, std::uint32_t node) const override;
+    int send(WriteLanes::Lane lane, std::uint32_t node, const VolumeWrite& change) override;
+    void schedule();
 
     static const pw_core_events coreEvents;
+    static const pw_registry_events registryEvents;
 
     const AudioServer& server_;
-    const std::uint32_t id_;
-    int question_ = 0;
-    bool answered_ = false;
-    bool closing_ = false;
-    bool broken_ = false;
-    std::unique_ptr<Connection> connection_;
-    const std::unique_ptr<platform::Timer> pause_;
+    const AudioGraph& graph_;
+    std::map<WriteLanes::Lane, std::unique_ptr<Connection>> connections_;
+    WriteLanes lanes_{*this};
+    const std::unique_ptr<platform::Timer> timer_;
 };

@@ -18,6 +18,8 @@ class OwnWrites {
     static constexpr std::chrono::seconds longestWay{1};
     static constexpr std::size_t most = 64;
 
+    /// Expects the server to tell of `value`, which is written now. The oldest of too many is
+    /// expected no more.
     void add(Value value, TimePoint now) {
         if (writes_.size() == most)
             writes_.pop_front();
@@ -43,6 +45,7 @@ class OwnWrites {
         return writes_.empty() ? nullptr : &writes_.back().value;
     }
 
+    /// Expects nothing any more: what the server tells next is somebody else's.
     void clear() noexcept { writes_.clear(); }
 
   private:

@@ -15,24 +15,31 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
            global.property("metadata.name") == "default";
 }
 
+/// Whether what was found out before is a process that is certain, and still the same.
+bool isThere(const std::optional<platform::StreamProcess>& process) {
+    return process && process->startTime &&
+           platform::processStartTime(static_cast<pid_t>(process->pid)) == process->startTime;
+}
+
 } // namespace
 
-PluginHost::PluginHost(platform::RunLoop& loop)
+PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
     : loop_(loop)
+    , reports_(std::move(reports))
     , programs_(loop, *this)
     , effects_(loop, programs_)
+    , memory_(PreferencesFile::standard(), programs_, effects_, reports_)
     , server_(loop, *this)
+    , writer_(loop, server_, graph_)
     , levels_(loop, graph_, programs_) {
+    memory_.begin();
     server_.start();
 }
 
 PluginHost::~PluginHost() {
     for (const auto& [id, voice] : voices_)
         voice.stream->finish();
-    server_.serveUntil([this] {
-        return std::ranges::all_of(
-            voices_, [](const auto& each) { return each.second.stream->isSettled(); });
-    });
+    server_.serveUntil([this] { return writer_.settle(); });
     forgetServer();
 }
 
@@ -43,8 +50,13 @@ void PluginHost::resumed() {
 PluginStatus PluginHost::status() const {
     PluginStatus status{server_.core() != nullptr, {}};
     for (const auto& program : programs_.programs()) {
-        ProgramStatus& entry = status.programs.emplace_back(
-            ProgramStatus{program->process(), program->wanted(), program->isConnected(), {}});
+        ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
+                                                                          program->wanted(),
+                                                                          memory_.of(*program),
+                                                                          program->isConnected(),
+                                                                          {},
+                                                                          program->isLeftAlone(),
+                                                                          program->obstacle()});
         for (const AudioStream* const stream : program->streams())
             entry.streams.push_back(
                 {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
@@ -53,8 +65,11 @@ PluginStatus PluginHost::status() const {
 }
 
 void PluginHost::serverConnected() {
+    facts_.prepare(); // a new stream is waited for by its first samples
     levels_.attach(*server_.core());
     effects_.serverConnected();
+    writer_.prepare();
+    memory_.effectsAdded();
 }
 
 void PluginHost::serverLost() {
@@ -66,6 +81,7 @@ void PluginHost::forgetServer() {
     for (auto& [id, voice] : voices_)
         release(voice);
     voices_.clear();
+    writer_.clear();
     while (!clients_.empty())
         dropClient(clients_.begin()->first);
     effects_.serverLost();
@@ -79,7 +95,7 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
         voices_[global.id].stream = std::make_unique<AudioStream>(
-            loop_, server_, global.id,
+            loop_, server_, writer_, global.id,
             server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
             listener);
         watchOwner(global.id);
@@ -143,8 +159,13 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
     if (program == nullptr)
         return;
     program->changedElsewhere(change);
-    if (program == effects_.program())
+    if (program == effects_.program() && !program->isLeftAlone())
         effects_.changedElsewhere();
+}
+
+void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        program->found(found);
 }
 
 void PluginHost::identify(Voice& voice) {
@@ -168,6 +189,10 @@ void PluginHost::identify(Voice& voice) {
     voice.program = next;
     if (next != nullptr && last != next)
         next->add(stream);
+    for (Program* const program : {last, next}) {
+        if (program != nullptr && last != next)
+            reviewObstacle(*program);
+    }
     if (last != nullptr && lastProcess)
         programs_.withdraw(*last, *lastProcess, *client);
 }
@@ -179,7 +204,7 @@ bool PluginHost::isNotification(const AudioStream& stream) const {
     return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
 }
 
-std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) const {
+std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) {
     const auto owner = graph_.clientOf(stream.id());
     const auto client = owner ? clients_.find(*owner) : clients_.end();
     if (client == clients_.end() || client->second.watched == nullptr ||
@@ -188,16 +213,22 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
     platform::StreamEvidence evidence;
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
-    auto process = platform::identifyStream(evidence);
-    if (process)
-        process->name = checkinName(std::move(process->name));
+    auto& [known, process] = client->second.identified;
+    if (known != evidence || !isThere(process)) {
+        known = evidence;
+        process = platform::identifyStream(evidence, facts_);
+        if (process)
+            process->name = checkinName(std::move(process->name));
+    }
     return process;
 }
 
 void PluginHost::release(Voice& voice) {
     Program* const program = std::exchange(voice.program, nullptr);
-    if (program != nullptr)
-        program->remove(*voice.stream);
+    if (program == nullptr)
+        return;
+    program->remove(*voice.stream);
+    reviewObstacle(*program);
 }
 
 void PluginHost::programGoes(Program& program) {
@@ -212,9 +243,28 @@ void PluginHost::programGoes(Program& program) {
     levels_.review();
 }
 
-void PluginHost::programCommanded(Program& program, const WantedVolume&) {
-    if (&program == effects_.program())
-        effects_.commanded();
+void PluginHost::programCommanded(Program& program, const WantedVolume& change) {
+    memory_.commanded(program, change);
+}
+
+void PluginHost::programConnected(Program& program) {
+    memory_.connected(program);
+    if (!program.obstacle().empty())
+        reports_.notControllable(program.process().pid, program.obstacle());
+}
+
+void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& before) {
+    memory_.changedElsewhere(program, before);
+}
+
+void PluginHost::streamObstacleChanged(AudioStream& stream) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        reviewObstacle(*program);
+}
+
+void PluginHost::reviewObstacle(Program& program) {
+    if (program.reviewObstacle() && program.isConnected())
+        reports_.notControllable(program.process().pid, program.obstacle());
 }
 
 void PluginHost::connectionsChanged() {

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "plugin/ApplicationReports.h"
 #include "plugin/AudioClient.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/AudioStream.h"
 #include "plugin/LevelReporter.h"
+#include "plugin/NodeWriter.h"
 #include "plugin/PluginStatus.h"
 #include "plugin/ProgramTable.h"
 #include "plugin/SoundEffects.h"
+#include "plugin/VolumeMemory.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -21,9 +25,10 @@ class PluginHost : private AudioServer::Listener,
                    private AudioStream::Listener,
                    private ProgramTable::Listener {
   public:
-    /// Begins its work with the loop's next turn. Throws std::runtime_error when the PipeWire
-    /// library cannot be used.
-    explicit PluginHost(platform::RunLoop& loop);
+    /// Begins its work with the loop's next turn; reads the preferences at once. Its main queue
+    /// must be served for changes of the preferences to be noticed. Throws std::runtime_error when
+    /// the PipeWire library cannot be used.
+    explicit PluginHost(platform::RunLoop& loop, ApplicationReports reports = {});
     ~PluginHost() override;
     PluginHost(const PluginHost&) = delete;
     PluginHost& operator=(const PluginHost&) = delete;
@@ -50,6 +55,12 @@ class PluginHost : private AudioServer::Listener,
     struct Client {
         std::uint64_t appeared; // in ticks since boot
         std::unique_ptr<AudioClient> watched;
+
+        /// What was found out last, since all streams of a client mostly say the same.
+        struct {
+            platform::StreamEvidence evidence;
+            std::optional<platform::StreamProcess> process;
+        } identified;
     };
 
     void serverConnected() override;
@@ -60,24 +71,35 @@ class PluginHost : private AudioServer::Listener,
     void streamDescribed(AudioStream& stream) override;
     void streamStateChanged(AudioStream& stream) override;
     void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
+    void streamFound(AudioStream& stream, const WantedVolume& found) override;
+    void streamObstacleChanged(AudioStream& stream) override;
+    void programAdded(Program& program) override { memory_.added(program); }
+    void programConnected(Program& program) override;
     void programGoes(Program& program) override;
     void programCommanded(Program& program, const WantedVolume& change) override;
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
+    void ignoreListChanged() override { memory_.readAgain(); }
     void connectionsChanged() override;
 
+    void reviewObstacle(Program& program);
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
     void identify(Voice& voice);
-    std::optional<platform::StreamProcess> processOf(const AudioStream& stream) const;
+    std::optional<platform::StreamProcess> processOf(const AudioStream& stream);
     bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 
     platform::RunLoop& loop_;
+    const ApplicationReports reports_;
+    const platform::StreamProcessFacts facts_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
     ProgramTable programs_;
     SoundEffects effects_;
+    VolumeMemory memory_;
     AudioServer server_;
+    NodeWriter writer_;    // goes before the server
     LevelReporter levels_; // goes before the server
 };

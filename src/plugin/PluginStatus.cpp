@@ -19,13 +19,18 @@ long shownPercent(StreamProps props) {
     return std::lround(100.0 * std::cbrt(static_cast<double>(loudestGain(props))));
 }
 
-std::string wantedText(const WantedVolume& wanted) {
+/// Empty for nothing.
+std::string textOf(const WantedVolume& volume) {
     std::string text;
-    if (const auto percent = wanted.percent())
+    if (const auto percent = volume.percent())
         text = percentText(*percent);
-    if (wanted.muted)
-        text.append(text.empty() ? "" : " ").append(*wanted.muted ? "muted" : "not muted");
-    return text.empty() ? "nothing wanted" : "wanted " + text;
+    if (volume.muted)
+        text.append(text.empty() ? "" : " ").append(*volume.muted ? "muted" : "not muted");
+    return text;
+}
+
+std::string wantedText(const WantedVolume& wanted) {
+    return wanted.isEmpty() ? "nothing wanted" : "wanted " + textOf(wanted);
 }
 
 std::string actualText(const std::optional<StreamProps>& actual) {
@@ -53,7 +58,10 @@ std::string programText(const ProgramStatus& program) {
     return platform::printableText(process.name) + " (pid " + std::to_string(process.pid) + ", " +
            (process.path.empty() ? "path unknown" : platform::printableText(process.path)) + ", " +
            proofText(process.proof) + "): " + wantedText(program.wanted) +
-           (program.connected ? "" : ", the application does not know of it") + "\n";
+           (program.remembered.isEmpty() ? "" : ", remembered " + textOf(program.remembered)) +
+           (program.leftAlone ? ", ignored" : "") +
+           (program.connected ? "" : ", the application does not know of it") +
+           (program.obstacle.empty() ? "" : "; can't be set: " + program.obstacle) + "\n";
 }
 
 std::string streamText(const StreamStatus& stream) {

@@ -20,9 +20,12 @@ struct StreamStatus {
 
 struct ProgramStatus {
     platform::StreamProcess process;
-    WantedVolume wanted; ///< what its next stream will get
+    WantedVolume wanted;     ///< what its next stream will get
+    WantedVolume remembered; ///< what the next program of its name will get, unless it is ignored
     bool connected = false;
     std::vector<StreamStatus> streams;
+    bool leftAlone = false; ///< it is ignored
+    std::string obstacle;   ///< why no volume of it can be set; empty when one can
 };
 
 struct PluginStatus {

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <unordered_set>
 
 class AudioStream;
@@ -28,11 +29,17 @@ class Program : private AppConnection::Listener {
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
 
+        /// It has checked in, under the process() that it has now.
+        virtual void programConnected(Program& program) = 0;
+
         /// The application asked for `change`, and got it.
         virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
 
-        /// wanted() is another now, and not by the application.
-        virtual void programChangedElsewhere(Program& program) = 0;
+        /// wanted(), which was `before`, is another now, by somebody else's doing.
+        virtual void programChangedElsewhere(Program& program, const WantedVolume& before) = 0;
+
+        /// The application says that its list of ignored programs has changed.
+        virtual void ignoreListChanged() = 0;
     };
 
     /// `process` is what checks in; it does not make the program last.
@@ -51,6 +58,9 @@ class Program : private AppConnection::Listener {
     /// Gives the stream the program's volume, from now on too. The stream must be removed before it
     /// goes.
     void add(AudioStream& stream);
+
+    /// Leaves the stream, of whatever program, with the volume that it has. What the program wants
+    /// stays, also when that was its last stream.
     void remove(AudioStream& stream);
     const std::unordered_set<AudioStream*>& streams() const noexcept { return streams_; }
 
@@ -58,12 +68,38 @@ class Program : private AppConnection::Listener {
     /// last.
     const WantedVolume& wanted() const noexcept { return wanted_; }
 
-    /// Takes over what a program before it had, and tells nobody. For a new program.
-    void restore(const WantedVolume& all) noexcept { wanted_ = all; }
-
     /// Takes over what somebody set in another mixer, for the next streams. Those that play are
     /// left alone.
     void changedElsewhere(const WantedVolume& change);
+
+    /// Takes over what a stream that was heard before us is found to have, for the next streams,
+    /// so that they are not louder either. That is no news for anybody.
+    void found(const WantedVolume& found);
+
+    /// Takes over what is remembered of the program, for the next streams.
+    void recall(const WantedVolume& remembered);
+
+    /// Asks for a volume as the application does, for all streams.
+    void want(const WantedVolume& change);
+
+    /// Has nothing wanted of the program from now on, nor anything taken over from elsewhere; only
+    /// the application's commands are still carried out. When `freed`, its streams, or else the
+    /// first one to come, go to full volume, not muted, before that.
+    void leaveAlone(bool freed);
+
+    /// Ends that, with nothing wanted.
+    void takeUp();
+    bool isLeftAlone() const noexcept { return leftAlone_; }
+
+    /// What the next stream gets, which settles what is owed to it.
+    [[nodiscard]] WantedVolume takeForNext() noexcept;
+
+    /// Why none of the streams' volume can be set, for people; empty when it can, or nobody knows.
+    /// Stays as it was without streams.
+    const std::string& obstacle() const noexcept { return obstacle_; }
+
+    /// Looks at the streams for that again. Whether it is another now.
+    [[nodiscard]] bool reviewObstacle();
 
     /// Tries once to connect to the application. True when connected.
     bool connect();
@@ -78,6 +114,7 @@ class Program : private AppConnection::Listener {
   private:
     void commandArrived(const MVCommConsoleMessage& command) override;
     void connectionLost() override;
+    void ignoreListChanged() override { listener_.ignoreListChanged(); }
     void lifeChanged();
 
     platform::RunLoop& loop_;
@@ -87,6 +124,9 @@ class Program : private AppConnection::Listener {
     WantedVolume wanted_;
     WantedVolume remembered_; // what was wanted before the present streams came, and commands since
     bool playing_ = false;
+    bool leftAlone_ = false;
+    bool freesNext_ = false; // the next stream is owed full volume, although it is left alone
+    std::string obstacle_;
     ProgramLife life_;
     std::unique_ptr<AppConnection> connection_;
 };

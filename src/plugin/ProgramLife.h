@@ -35,6 +35,7 @@ class ProgramLife {
     /// The number of the process is that of an earlier one no more.
     void endPredecessor(const platform::StreamProcess& process);
 
+    /// The client of the sound server has gone. What is not watched and came with it has ended.
     void clientGone(std::uint32_t client);
 
     /// The process that has been there longest; null when all have ended.

@@ -30,6 +30,7 @@ Program& ProgramTable::join(platform::StreamProcess process, std::uint32_t clien
 Program& ProgramTable::add(const platform::StreamProcess& process) {
     Program::Listener& listener = *this;
     Program& program = *programs_.emplace_back(std::make_unique<Program>(loop_, process, listener));
+    listener_.programAdded(program);
     // At once when the application is there; during a pause the others wait for it as well.
     if (!retry_->isActive())
         retry_->start({});
@@ -71,17 +72,16 @@ void ProgramTable::connectNow() {
 }
 
 void ProgramTable::connectMissing() {
-    bool connected = true;
+    bool allConnected = true;
     for (const auto& program : programs_) {
         const bool before = program->isConnected();
-        connected = program->connect();
-        if (!connected)
-            break;
+        const bool connected = program->connect();
+        allConnected = allConnected && connected;
         // The application is there; what it has no room for yet need not wait long.
-        if (!before)
+        if (connected && !before)
             pauses_.reset();
     }
-    if (connected)
+    if (allConnected)
         retry_->stop();
     else
         retry_->start(pauses_.next());

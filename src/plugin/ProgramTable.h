@@ -27,9 +27,14 @@ class ProgramTable : private Program::Listener {
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
 
+        /// The program is new: nobody wants anything of it, and it has no streams.
+        virtual void programAdded(Program&) {}
+
         /// See Program::Listener; of no concern unless overridden.
+        virtual void programConnected(Program&) {}
         virtual void programCommanded(Program&, const WantedVolume&) {}
-        virtual void programChangedElsewhere(Program&) {}
+        virtual void programChangedElsewhere(Program&, const WantedVolume&) {}
+        virtual void ignoreListChanged() {}
     };
 
     ProgramTable(platform::RunLoop& loop, Listener& listener);
@@ -64,9 +69,11 @@ class ProgramTable : private Program::Listener {
     void programCommanded(Program& program, const WantedVolume& change) override {
         listener_.programCommanded(program, change);
     }
-    void programChangedElsewhere(Program& program) override {
-        listener_.programChangedElsewhere(program);
+    void programConnected(Program& program) override { listener_.programConnected(program); }
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override {
+        listener_.programChangedElsewhere(program, before);
     }
+    void ignoreListChanged() override { listener_.ignoreListChanged(); }
     void connectMissing();
     void endPredecessors(const platform::StreamProcess& process);
     void giveNumber(platform::StreamProcess& process);

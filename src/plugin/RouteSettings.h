@@ -28,6 +28,8 @@ class RouteSettings {
 
     std::uint32_t id() const noexcept { return id_; }
 
+    /// Sets the entry, as JSON; Told hears of it once the server has. Nothing happens when the
+    /// object could not be watched or has gone.
     void set(const std::string& value);
 
   private:

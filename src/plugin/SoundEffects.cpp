@@ -56,39 +56,49 @@ SoundEffects::~SoundEffects() = default;
 
 void SoundEffects::serverConnected() {
     program_ = &programs_.add(serverProcess());
-    program_->restore(wanted_);
 }
 
 void SoundEffects::serverLost() {
+    others_.clear();
     if (settings_ != nullptr)
         globalRemoved(settings_->id());
-    if (program_ == nullptr)
-        return;
-    wanted_ = program_->wanted();
-    programs_.drop(*program_);
+    registry_ = nullptr;
+    if (program_ != nullptr)
+        programs_.drop(*program_);
 }
 
 void SoundEffects::globalAdded(pw_registry& registry, const AudioGlobal& global) {
     if (global.kind != AudioGlobal::Kind::metadata ||
         global.property(PW_KEY_METADATA_NAME) != RouteSettings::name)
         return;
+    registry_ = &registry;
+    others_.push_back(global.id);
+    if (settings_ == nullptr)
+        watchNext();
+}
+
+void SoundEffects::watchNext() {
     settings_ = std::make_unique<RouteSettings>(
-        registry, global.id,
+        *registry_, others_.front(),
         [this](const std::optional<std::string>& value) { settingChanged(value); });
+    others_.pop_front();
     volume_.appeared();
     settled_->start(RestoredVolume::settling);
 }
 
 void SoundEffects::globalRemoved(std::uint32_t id) {
+    std::erase(others_, id);
     if (settings_ == nullptr || settings_->id() != id)
         return;
     settled_->stop();
     volume_.gone();
     settings_.reset();
+    if (!others_.empty())
+        watchNext();
 }
 
-void SoundEffects::commanded() {
-    write(volume_.asked(program_->wanted(), MonotonicClock::now()));
+void SoundEffects::asked(const WantedVolume& all) {
+    write(volume_.asked(all, MonotonicClock::now()));
 }
 
 void SoundEffects::changedElsewhere() {

@@ -4,6 +4,7 @@
 #include "plugin/RouteSettings.h"
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -41,24 +42,31 @@ class SoundEffects {
     /// To be called when the program table drops the program.
     void forgetProgram() noexcept { program_ = nullptr; }
 
+    /// To be told of every object of the server, of which the session manager's settings are
+    /// watched: of several that claim to be these, the first for as long as it is there, then the
+    /// next. `registry` is that of the connection and must last until serverLost().
     void globalAdded(pw_registry& registry, const AudioGlobal& global);
+
+    /// Numbers that are unknown are no concern.
     void globalRemoved(std::uint32_t id);
 
-    /// The application has asked for another volume of the program.
-    void commanded();
+    /// Another volume has been asked for, so that `all` is wanted of the program.
+    void asked(const WantedVolume& all);
 
     /// Another mixer has changed one that sounds: the next ones follow it.
     void changedElsewhere();
 
   private:
+    void watchNext();
     void settle();
     void settingChanged(const std::optional<std::string>& value);
     void write(const std::optional<std::string>& value);
 
     ProgramTable& programs_;
     Program* program_ = nullptr; // the table's
-    WantedVolume wanted_;        // of the program that the last server had
     RestoredVolume volume_;
+    pw_registry* registry_ = nullptr;
+    std::deque<std::uint32_t> others_;        // that may be watched once the first has gone
     std::unique_ptr<RouteSettings> settings_; // while there is a session manager
     const std::unique_ptr<platform::Timer> settled_;
 };

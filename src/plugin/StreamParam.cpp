@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <pipewire/node.h>
 #include <spa/param/audio/raw.h>
+#include <spa/param/format-utils.h>
 #include <spa/param/props.h>
 #include <spa/pod/builder.h>
 #include <spa/pod/iter.h>
+#include <string_view>
 
 void readStreamProps(const spa_pod* param, StreamProps& props) {
     if (param == nullptr || spa_pod_is_object_type(param, SPA_TYPE_OBJECT_Props) == 0)
@@ -33,6 +35,36 @@ void readStreamProps(const spa_pod* param, StreamProps& props) {
             break;
         }
     }
+}
+
+std::optional<bool> readVolumeLock(const spa_pod* param) {
+    if (param == nullptr || spa_pod_is_object_type(param, SPA_TYPE_OBJECT_Props) == 0)
+        return std::nullopt;
+    const spa_pod_prop* const params = spa_pod_find_prop(param, nullptr, SPA_PROP_params);
+    if (params == nullptr || spa_pod_is_struct(&params->value) == 0)
+        return std::nullopt;
+    // Names and values in turn.
+    const auto* const list = reinterpret_cast<const spa_pod_struct*>(&params->value);
+    const auto* const first = static_cast<const spa_pod*>(SPA_POD_BODY_CONST(list));
+    bool isLock = false;
+    bool isName = true;
+    for (const spa_pod* item = first; spa_pod_is_inside(first, list->pod.size, item);
+         item = static_cast<const spa_pod*>(spa_pod_next(item)), isName = !isName) {
+        const char* name = nullptr;
+        bool locked = false;
+        if (isName)
+            isLock = spa_pod_get_string(item, &name) >= 0 &&
+                     std::string_view(name) == "channelmix.lock-volumes";
+        else if (isLock && spa_pod_get_bool(item, &locked) >= 0)
+            return locked;
+    }
+    return std::nullopt;
+}
+
+bool isRawFormat(const spa_pod* param) {
+    std::uint32_t type = SPA_MEDIA_TYPE_unknown;
+    std::uint32_t subtype = SPA_MEDIA_SUBTYPE_unknown;
+    return spa_format_parse(param, &type, &subtype) < 0 || subtype == SPA_MEDIA_SUBTYPE_raw;
 }
 
 void writeStreamProps(pw_node* node, const VolumeWrite& write) {

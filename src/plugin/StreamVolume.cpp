@@ -10,6 +10,13 @@ constexpr float smallestGain = 1e-7F;
 
 } // namespace
 
+void VolumeWrite::merge(const VolumeWrite& later) {
+    if (later.channelVolumes)
+        channelVolumes = later.channelVolumes;
+    if (later.mute)
+        mute = later.mute;
+}
+
 std::optional<int> WantedVolume::percent() const noexcept {
     if (!gain)
         return std::nullopt;

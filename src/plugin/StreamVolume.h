@@ -31,6 +31,9 @@ struct VolumeWrite {
     bool operator==(const VolumeWrite&) const = default;
 
     bool isEmpty() const noexcept { return !channelVolumes && !mute; }
+
+    /// Takes over what `later` writes.
+    void merge(const VolumeWrite& later);
 };
 
 /// What somebody wants; nothing where nobody wants anything.
@@ -48,6 +51,9 @@ struct WantedVolume {
     /// Takes over what `change` asks for.
     void merge(const WantedVolume& change) noexcept;
 };
+
+/// What a program has that nobody has changed.
+inline constexpr WantedVolume kFullVolume{1.0F, false};
 
 /// The peak of one channel after the gain, linear.
 struct ChannelPeak {

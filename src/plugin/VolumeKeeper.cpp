@@ -6,6 +6,7 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
     VolumeWrite write = finish(now);
     wanted_ = all;
     adopted_ = true;
+    letGo_ = false;
     if (!props_)
         return write;
     VolumeWrite more = apply(now);
@@ -17,6 +18,13 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
 VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now) {
     wanted_.merge(change);
     return props_ ? this->change(change, now) : VolumeWrite{};
+}
+
+void VolumeKeeper::uphold(TimePoint now) noexcept {
+    if (letGo_)
+        return;
+    hold_ = VolumeHold(now);
+    heardAlready_ = heardAlready_ && !adopted_; // what was found is wanted by now
 }
 
 VolumeWrite VolumeKeeper::setRunning(bool running, TimePoint now) {
@@ -69,7 +77,7 @@ VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
     else
         found.muted = props_->mute;
     wanted_.merge(found);
-    elsewhere_.merge(found);
+    found_.merge(found);
     return change(quieter, now);
 }
 
@@ -97,7 +105,8 @@ VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before, TimePoint 
         // The stream has another format; the server has made up volumes for it.
         ramp_.stop();
         ownVolumes_.clear();
-        if (wanted_.gain && !volumes.empty() && !isSameGain(loudestOf(volumes), *wanted_.gain))
+        if (!letGo_ && wanted_.gain && !volumes.empty() &&
+            !isSameGain(loudestOf(volumes), *wanted_.gain))
             write = written({volumesAt(*wanted_.gain), std::nullopt}, now);
     } else if (!areSameGains(volumes, before.channelVolumes) &&
                !ownVolumes_.takeEcho(volumes, now, areSameGains)) {
@@ -113,9 +122,19 @@ VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before, TimePoint 
         will.muted = props_->mute;
         ownMutes_.clear();
     }
+    if (!will.isEmpty())
+        addUntouched(will);
     wanted_.merge(will);
     elsewhere_.merge(will);
     return write;
+}
+
+/// Who changes one of volume and mute has seen the other, and has let it be.
+void VolumeKeeper::addUntouched(WantedVolume& will) const {
+    if (!will.gain && !wanted_.gain && !props_->channelVolumes.empty())
+        will.gain = loudestOf(props_->channelVolumes);
+    if (!will.muted && !wanted_.muted)
+        will.muted = props_->mute;
 }
 
 bool VolumeKeeper::needsRamp(const WantedVolume& change, TimePoint now) {

@@ -14,7 +14,7 @@
 ///
 /// A new stream is held at what is wanted for a while, see VolumeHold. After that, a change that is
 /// not our own is a person's will. A stream that was already heard when we came is only ever made
-/// quieter by what is remembered; where it is quieter by itself, that is the person's will.
+/// quieter by what is remembered; where it is quieter by itself, it stays as it was found.
 class VolumeKeeper {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -34,10 +34,11 @@ class VolumeKeeper {
 
     /// Holds what is wanted as if the stream were new: somebody may set it back now who does not
     /// know of it.
-    void uphold(TimePoint now) noexcept {
-        hold_ = VolumeHold(now);
-        heardAlready_ = heardAlready_ && !adopted_; // what was found is wanted by now
-    }
+    void uphold(TimePoint now) noexcept;
+
+    /// Once what was asked for is written, the stream is up to others, until the next adopt():
+    /// nothing is upheld when it might be new or gets another format.
+    void letGo() noexcept { letGo_ = true; }
 
     /// Whether the stream is heard. What is not heard needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running, TimePoint now);
@@ -61,11 +62,16 @@ class VolumeKeeper {
     /// What others have changed since the last call.
     WantedVolume takeChangesElsewhere() { return std::exchange(elsewhere_, {}); }
 
+    /// What a stream that was already heard turned out to have and keeps. That is no change: nobody
+    /// knows when it was made.
+    WantedVolume takeFound() { return std::exchange(found_, {}); }
+
   private:
     VolumeWrite apply(TimePoint now);
     VolumeWrite applyQuietly(TimePoint now);
     VolumeWrite change(const WantedVolume& change, TimePoint now);
     VolumeWrite changedElsewhere(const StreamProps& before, TimePoint now);
+    void addUntouched(WantedVolume& will) const;
     bool needsRamp(const WantedVolume& change, TimePoint now);
     VolumeWrite written(VolumeWrite write, TimePoint now);
     std::vector<float> volumesAt(float gain) const;
@@ -75,9 +81,11 @@ class VolumeKeeper {
     VolumeHold hold_;
     bool heardAlready_ = false;
     bool adopted_ = false;
+    bool letGo_ = false;
     bool running_ = false;
     WantedVolume wanted_;
     WantedVolume elsewhere_;
+    WantedVolume found_;
     std::optional<StreamProps> props_;
     std::vector<float> balance_; // the last channel volumes that were not all zero
     VolumeRamp ramp_;

@@ -1,13 +1,16 @@
 #include "platform/Bundle.h"
 #include "platform/DescriptorLimit.h"
 #include "platform/DistributedNotification.h"
+#include "platform/MainQueue.h"
 #include "platform/ResumeObserver.h"
 #include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/RunLoopDispatcher.h"
+#include "platform/SessionBus.h"
 #include "platform/SessionLock.h"
 #include "platform/SignalEvents.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignals.h"
+#include "platform/ThreadPriority.h"
 #include "plugin/PluginHost.h"
 #include "plugin/PluginService.h"
 #include "plugin/StatusCommand.h"
@@ -33,7 +36,18 @@ constexpr const char* usage = "Usage: Tonvale [--help | --version | --status]\n"
                               "  --version  print the version\n"
                               "  --help     print this text\n";
 
-int serve() {
+ApplicationReports reportsTo(PluginService& service) {
+    return {.changedElsewhere =
+                [&service](std::uint32_t pid, int percent, bool muted) {
+                    Q_EMIT service.ChangedElsewhere(pid, percent, muted);
+                },
+            .notControllable =
+                [&service](std::uint32_t pid, const std::string& reason) {
+                    Q_EMIT service.NotControllable(pid, QString::fromStdString(reason));
+                }};
+}
+
+int serve(platform::RunLoop& loop) {
     platform::SessionLock lock("com.quarnel.Tonvale.Plugin");
     if (!lock.take()) {
         platform::systemLog(platform::LogPriority::warning,
@@ -41,14 +55,16 @@ int serve() {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
-    platform::RunLoop loop;
-    const platform::RunLoopNotifier notifier(loop);
+    platform::preferThisThread(platform::systemBus());
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
-    PluginHost host(loop);
+    const platform::MainQueueService mainQueue(loop);
+    PluginHost* running = nullptr;
+    PluginService service([&running] { return describe(running->status()); });
+    PluginHost host(loop, reportsTo(service));
+    running = &host;
     const platform::DistributedNotificationObserver launches(
         QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.applicationLaunched(); });
     const platform::ResumeObserver resumes([&host] { host.resumed(); });
-    const PluginService service([&host] { return describe(host.status()); });
     return QCoreApplication::exec();
 }
 
@@ -71,8 +87,10 @@ int run(int argc, char** argv) {
     if (argc == 2 && option != "--status")
         return failUsage("unknown option", option);
     platform::unblockSignals();
+    platform::RunLoop loop;
+    QCoreApplication::setEventDispatcher(new platform::RunLoopDispatcher(loop));
     const QCoreApplication application(argc, argv);
-    return argc == 2 ? printPluginStatus() : serve();
+    return argc == 2 ? printPluginStatus() : serve(loop);
 }
 
 } // namespace

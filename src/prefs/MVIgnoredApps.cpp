@@ -6,7 +6,9 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "prefs/IgnoredNames.h"
 #include "prefs/MVIgnoredApp.h"
 #include "prefs/PreferenceKeys.h"
 
@@ -21,49 +23,10 @@ std::function<void()>& pluginNotifier() {
 }
 
 QStringList builtInNames() {
-    return {"Activity Monitor",
-            "AppleSpell.service",
-            "backgroundinstruments",
-            "BluetoothUIServer",
-            "Console",
-            "com.apple.dock.extra",
-            "com.apple.security.pboxd",
-            "Disk Utility",
-            "Dock",
-            "Pelmora",
-            "Finder",
-            "Folder Actions Dispatcher",
-            "EEventManager",
-            "ibtool",
-            "ibtoold",
-            "iCal",
-            "iChatAgent",
-            "Image Capture Extension",
-            "Interface Builder",
-            "iTunes Helper",
-            "loginwindow",
-            "mdworker",
-            "mdworker32",
-            "Microsoft AU Daemon",
-            "Microsoft Ship Asserts",
-            "NetAuthAgent",
-            "PressAndHold",
-            "Preview",
-            "PTPCamera",
-            "rcd",
-            "Safari Web Content",
-            "scriptrunner",
-            "SecurityAgent",
-            "ShareKitHelper",
-            "Tonvale",
-            "TonvaleHelper",
-            "storeagent",
-            "SystemUIServer",
-            "talagent",
-            "Terminal",
-            "TextEdit",
-            "UserEventAgent",
-            "Xcode"};
+    QStringList names;
+    for (const std::string_view name : builtInIgnoredNames())
+        names += QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return names;
 }
 
 void sortNames(QStringList& names) {
@@ -71,6 +34,12 @@ void sortNames(QStringList& names) {
     std::stable_sort(names.begin(), names.end(), [](const QString& one, const QString& other) {
         return QString::compare(one, other, Qt::CaseInsensitive) < 0;
     });
+}
+
+/// What the preferences make of a name: a program whose name holds what they cannot stays ignored
+/// when they are read again.
+QString storableName(const QString& name) {
+    return platform::storableValue(name).toString();
 }
 
 bool isSameName(const QString& one, const QString& other) {
@@ -116,7 +85,8 @@ MVIgnoredApps::MVIgnoredApps(platform::UserDefaults& defaults)
 
 MVIgnoredApps::~MVIgnoredApps() = default;
 
-bool MVIgnoredApps::isAppIgnored(const QString& name) const {
+bool MVIgnoredApps::isAppIgnored(const QString& processName) const {
+    const QString name = storableName(processName);
     return std::ranges::any_of(builtIn_,
                                [&](const auto& entry) {
                                    return entry->enabled() && isSameName(entry->name(), name);
@@ -127,14 +97,14 @@ bool MVIgnoredApps::isAppIgnored(const QString& name) const {
 
 void MVIgnoredApps::addCustomIgnore(const QString& name) {
     QNLog(qnlog_user, "Added custom '%@'", MVCommLogText(name));
-    custom_ += name;
+    custom_ += storableName(name);
     sortNames(custom_);
     save(true);
 }
 
 void MVIgnoredApps::removeCustomIgnore(const QString& name) {
     QNLog(qnlog_user, "Removed custom '%@'", MVCommLogText(name));
-    custom_.removeAll(name);
+    custom_.removeAll(storableName(name));
     save(false);
 }
 

@@ -37,11 +37,12 @@ class MVIgnoredApps {
     const std::vector<std::unique_ptr<MVIgnoredApp>>& builtIn() const noexcept { return builtIn_; }
 
     /// The person's names: as they were stored, from the first addition on sorted like the others.
+    /// What the preferences cannot hold of a name is replaced in all of them (storableValue()).
     const QStringList& custom() const noexcept { return custom_; }
 
-    /// Whether `name`, a process's name and not what is displayed, is an enabled entry or one of
-    /// the person's names. The whole text counts, its case does not, in any locale.
-    bool isAppIgnored(const QString& name) const;
+    /// Whether a process's name, not what is displayed, is an enabled entry or one of the person's
+    /// names. The whole text counts, its case does not, in any locale.
+    bool isAppIgnored(const QString& processName) const;
 
     /// Adds a name, also one that is there already.
     void addCustomIgnore(const QString& name);

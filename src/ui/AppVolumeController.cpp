@@ -67,6 +67,13 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , self_(std::make_shared<AppVolumeController*>(this)) {
     shared = this;
     MVIgnoredApps::setPluginNotifier([this] { copyThenTellPlugins(); });
+    // A plug-in in a container finds the preferences when it finds the socket.
+    comm_.setContainerPreparation([self = self_](const std::function<void()>& ready) {
+        if (*self != nullptr)
+            (*self)->copies_.saveNow(ready);
+        else
+            ready();
+    });
     workspace_.setRunningApplicationsHandler([this] { updateRunningApps(); });
 }
 
@@ -214,11 +221,19 @@ void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool 
     const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
     const qsizetype index = list_.indexOfPid(pid);
     if (index < 0) {
-        news_.keep(pid, setting);
+        if (!isIgnored(pid))
+            news_.keep(pid, setting);
         return;
     }
     setFromElsewhere(*apps()[index], setting);
     tellItem(*apps()[index]);
+}
+
+/// Of a program without a record, whether it has none because it is ignored.
+bool AppVolumeController::isIgnored(std::uint32_t pid) const {
+    return std::ranges::any_of(MVCommCopyConnectedProcesses(comm_), [&](const auto& process) {
+        return process.pid == pid && ignoredApps_.isAppIgnored(process.name);
+    });
 }
 
 void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
@@ -234,7 +249,8 @@ void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
 }
 
 void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
-    news_.setReason(pid, reason);
+    constexpr qsizetype longest = 500;
+    news_.setReason(pid, reason.left(longest));
     if (const qsizetype index = list_.indexOfPid(pid); index >= 0)
         tellItem(*apps()[index]);
 }
@@ -299,10 +315,13 @@ void AppVolumeController::showProblem(const QString& text) {
         view_->showProblem(text);
 }
 
-void AppVolumeController::shutdown() {
+bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
     if (view_ != nullptr)
         defaults_.set(PreferenceKeys::mainWindowFrame, WindowSize::frameText(view_->frame()));
-    copies_.finish();
+    const bool isSaved = copies_.finish(bound);
+    if (!isSaved)
+        QNLog(qnlog_error, "Saving and copying the preferences takes too long to wait for");
+    return isSaved;
 }
 
 void AppVolumeController::tellItem(const MVCommAppValue& app) {

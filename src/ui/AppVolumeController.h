@@ -11,6 +11,7 @@
 #include <QSizeF>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -111,9 +112,10 @@ class AppVolumeController {
 
     void showProblem(const QString& text);
 
-    /// Remembers where the window is, and saves and copies the preferences. Waits for that, 3 s at
-    /// most.
-    void shutdown();
+    /// Remembers where the window is, and saves and copies the preferences. Waits for that, but no
+    /// longer than `bound`: a disk may hang. False, with a line in the log, when it has not ended
+    /// by then.
+    bool shutdown(std::chrono::milliseconds bound = std::chrono::seconds(3));
 
   private:
     enum class First { connections, runningApps };
@@ -122,6 +124,7 @@ class AppVolumeController {
     void mergeRunning();
     void useNews();
     void restore(MVCommAppValue& app) const;
+    bool isIgnored(std::uint32_t pid) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
     void freeIgnoredApps();

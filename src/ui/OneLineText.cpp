@@ -1,5 +1,9 @@
 #include "ui/OneLineText.h"
 
+#include "platform/PrintableText.h"
+
+#include <algorithm>
+
 namespace {
 
 bool isBreak(QChar character) {
@@ -8,9 +12,8 @@ bool isBreak(QChar character) {
            category == QChar::Separator_Paragraph;
 }
 
-bool turnsDirection(QChar character) {
-    const char16_t code = character.unicode();
-    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+bool leavesNoInk(QChar character) {
+    return character.isSpace() || isBreak(character) || character.category() == QChar::Other_Format;
 }
 
 } // namespace
@@ -21,8 +24,12 @@ QString oneLineText(const QString& text) {
     for (const QChar character : text) {
         if (isBreak(character))
             line += QLatin1Char(' ');
-        else if (!turnsDirection(character))
+        else if (!platform::turnsDirection(character.unicode()))
             line += character;
     }
     return line;
+}
+
+bool isInvisible(const QString& text) {
+    return std::ranges::all_of(text, &leavesNoInk);
 }

@@ -7,3 +7,6 @@
 /// beside it (embeddings, overrides, isolates) is left out. Marks that belong to right-to-left
 /// writing stay. For the eye only: never compare or store it.
 QString oneLineText(const QString& text);
+
+/// Whether nothing of a text would be seen: blanks, controls and marks, or nothing at all.
+bool isInvisible(const QString& text);

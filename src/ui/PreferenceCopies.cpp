@@ -6,6 +6,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/DispatchTimer.h"
 #include "platform/FileDescriptor.h"
+#include "platform/PrintableText.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
@@ -205,8 +206,9 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     void tell(const std::string& target, int error, const std::string& line) {
         mayPass_ = mayPass_ || mayPass(error);
-        if (const auto said = std::pair(error, line); std::exchange(told_[target], said) != said)
-            platform::systemLog(platform::LogPriority::error, "%s", line.c_str());
+        if (told_[target].emplace(error, line).second)
+            platform::systemLog(platform::LogPriority::error, "%s",
+                                platform::printableText(line).c_str());
     }
 
     std::string targetIn(const std::string& folder) const {
@@ -221,7 +223,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
         DispatchQueue::makeSerial("com.quarnel.preference-copies");
 
     // The queue's blocks only.
-    std::map<std::string, std::pair<int, std::string>> told_; // by target: what was logged last
+    std::map<std::string, std::set<std::pair<int, std::string>>> told_; // by target: what is logged
     bool mayPass_ = false; // whether what failed is worth being tried again
     std::chrono::seconds retryDelay_{firstRetry};
 

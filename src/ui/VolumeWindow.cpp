@@ -4,6 +4,7 @@
 #include "ui/AppVolumeController.h"
 #include "ui/OneLineText.h"
 #include "ui/VolumeNumbers.h"
+#include "ui/WindowSize.h"
 
 #include <QCheckBox>
 #include <QGuiApplication>
@@ -15,9 +16,11 @@
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSlider>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace {
@@ -26,12 +29,22 @@ constexpr int rowHeight = 44;
 constexpr int iconSize = 32;
 constexpr int margin = 9;
 constexpr QSize usualSize(640, 320);
+constexpr qsizetype longestText = 500;
+constexpr std::chrono::milliseconds restOfResizing{100};
+
+/// What a stranger chose, for the eye.
+QString shownText(const QString& text) {
+    return oneLineText(text.left(longestText));
+}
+
+QString nameOf(const MVCommAppValue& app) {
+    QString name = shownText(app.displayName());
+    return isInvisible(name) ? VolumeWindow::tr("Process %1").arg(app.pid()) : name;
+}
 
 QString tipText(const QString& text) {
-    constexpr qsizetype longest = 500;
-    return text.isEmpty()
-               ? QString()
-               : QStringLiteral("<p>%1</p>").arg(oneLineText(text.left(longest)).toHtmlEscaped());
+    return text.isEmpty() ? QString()
+                          : QStringLiteral("<p>%1</p>").arg(shownText(text).toHtmlEscaped());
 }
 
 } // namespace
@@ -46,10 +59,10 @@ class VolumeWindow::Row final : public QWidget {
         , mute_(new QCheckBox(VolumeWindow::tr("Mute"))) {
         auto* const icon = new QLabel;
         icon->setPixmap(app.icon().pixmap(iconSize));
-        auto* const name = new QLabel(oneLineText(app.displayName()));
+        auto* const name = new QLabel(nameOf(app));
         name->setObjectName(QStringLiteral("name"));
         name->setTextFormat(Qt::PlainText); // it is somebody else's text
-        name->setToolTip(tipText(app.displayName()));
+        name->setToolTip(tipText(name->text()) + tipText(app.path()));
         name->setFixedWidth(180);
         setFixedHeight(rowHeight);
         auto* const layout = new QHBoxLayout(this);
@@ -118,9 +131,21 @@ VolumeWindow::VolumeWindow(AppVolumeController& controller)
     layout->setContentsMargins(margin, margin, margin, margin);
     layout->addWidget(notice_);
     layout->addWidget(scrollArea, 1);
+    keepToWholeRows();
     controller_.setView(this);
-    if (!testAttribute(Qt::WA_Resized))
-        resize(controller_.windowWillResize(usualSize).toSize());
+}
+
+/// In the middle at first. Window managers that know of steps keep to them while a person pulls,
+/// the others are corrected afterwards.
+void VolumeWindow::keepToWholeRows() {
+    const QSize size = WindowSize::snapped(usualSize, {itemHeight(), titleBarHeight()}).toSize();
+    setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size,
+                                    QWidget::screen()->availableGeometry()));
+    setBaseSize(0, static_cast<int>(titleBarHeight()));
+    setSizeIncrement(1, rowHeight);
+    endOfResizing_.setSingleShot(true);
+    endOfResizing_.setInterval(restOfResizing);
+    connect(&endOfResizing_, &QTimer::timeout, this, &VolumeWindow::snap);
 }
 
 VolumeWindow::~VolumeWindow() {
@@ -160,6 +185,24 @@ void VolumeWindow::itemDidChange(qsizetype index) {
 
 void VolumeWindow::showProblem(const QString& text) {
     notice_->setText(text);
+}
+
+void VolumeWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    endOfResizing_.start();
+}
+
+/// Once for a size, since a window manager may insist on it.
+void VolumeWindow::snap() {
+    const QSize wanted = controller_.windowWillResize(size()).toSize();
+    if (wanted == size() || size() == insistedSize_ || isMaximized() || isFullScreen())
+        return;
+    insistedSize_ = size();
+    resize(wanted);
+}
+
+QRect VolumeWindow::frame() const {
+    return isMaximized() || isFullScreen() ? normalGeometry() : geometry();
 }
 
 double VolumeWindow::itemHeight() const {

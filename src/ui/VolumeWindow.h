@@ -2,6 +2,8 @@
 
 #include "ui/AppVolumeView.h"
 
+#include <QSize>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -29,16 +31,23 @@ class VolumeWindow final : public QWidget, public AppVolumeView {
     double itemHeight() const override;
     double titleBarHeight() const override;
     void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) override;
-    QRect frame() const override { return geometry(); }
+    QRect frame() const override;
     void setFrame(const QRect& frame) override;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     class Row;
 
+    void keepToWholeRows();
+    void snap();
     std::unique_ptr<Row> takeRow(const MVCommAppValue* app);
 
     AppVolumeController& controller_;
     QLabel* notice_;
     QVBoxLayout* rowsLayout_;
     std::vector<std::unique_ptr<Row>> rows_; // in the order of the records
+    QTimer endOfResizing_;
+    QSize insistedSize_; // the last one that had to be corrected
 };

@@ -49,6 +49,7 @@ TEST_F(MVCommAppValueTest, IsMadeFromAConnectedProcess) {
     EXPECT_EQ(value->icon().cacheKey(), icon.cacheKey());
     EXPECT_EQ(value->processName(), "Player");
     EXPECT_EQ(value->displayName(), "Player");
+    EXPECT_EQ(value->path(), "/usr/bin/x");
     EXPECT_EQ(value->pid(), 4711U);
     EXPECT_FALSE(value->isBeeps());
     EXPECT_FALSE(value->isRunningApp());
@@ -61,6 +62,7 @@ TEST_F(MVCommAppValueTest, IsMadeFromARunningProgramWithTheIconOfItsBundleIfItHa
         MVCommAppValue::initWithRunningApp({12, "Player", "/opt/Player.app"}, workspace_);
     EXPECT_EQ(bundled->icon().cacheKey(), icon.cacheKey());
     EXPECT_EQ(bundled->processName(), "Player");
+    EXPECT_EQ(bundled->path(), "/opt/Player.app");
     EXPECT_EQ(bundled->pid(), 12U);
     EXPECT_TRUE(bundled->isRunningApp());
     EXPECT_FALSE(bundled->isBeeps());

@@ -123,6 +123,44 @@ TEST_F(MVCommContainersTest, ServesNewContainersAndAnnouncesABurstOnce) {
     EXPECT_EQ(noise(), std::vector<std::string>{});
 }
 
+TEST_F(MVCommContainersTest, NewContainersArePreparedBeforeTheyAreServedButNotForever) {
+    start();
+    std::vector<std::function<void()>> ready;
+    comm_->setContainerPreparation(
+        [&](const std::function<void()>& call) { ready.push_back(call); });
+    makeFolders(container("a/Data"));
+    settle();
+    makeFolders(container("b/Data"));
+    settle();
+    ASSERT_EQ(ready.size(), 2U);
+    ready[0](); // what it has prepared is not b
+    EXPECT_FALSE(fs::exists(socketOf("a")));
+    ready[1]();
+    EXPECT_TRUE(fs::exists(socketOf("a")) && fs::exists(socketOf("b")));
+    const auto plugin = checkedIn(socketOf("a"), 1);
+    ready[1]();
+    fs::remove_all(container("b"));
+    settle();
+    EXPECT_EQ(ready.size(), 2U) << "there is nothing to prepare";
+
+    makeFolders(container("late/Data"));
+    settle();
+    advance(199ms);
+    makeFolders(container("later/Data"));
+    settle();
+    EXPECT_FALSE(fs::exists(socketOf("late")));
+    advance(1ms);
+    EXPECT_TRUE(fs::exists(socketOf("late"))) << "0.3 s after the first of them";
+    ready[2]();
+    EXPECT_FALSE(plugin->isEnded());
+    makeFolders(container("last/Data"));
+    settle();
+    comm_->shutdown();
+    ready.back()();
+    advance(1s);
+    EXPECT_FALSE(fs::exists(socketOf("last")));
+}
+
 TEST_F(MVCommContainersTest, AContainerThatVanishesTakesItsServerWithIt) {
     makeFolders(container("a/Data"));
     makeFolders(container("b/Data"));

@@ -324,10 +324,11 @@ TEST_F(MVCommunicationTest, ReplacesAStaleSocketFileAndRemovesItsOwnAtShutdown) 
     EXPECT_EQ(std::filesystem::status(socketPath()).permissions(), std::filesystem::perms(0777));
     auto successor = MVCommunication::create(*this, QString::fromStdString(socketPath()));
     ASSERT_NE(successor, nullptr);
+    server_->shutdown();
+    EXPECT_TRUE(std::filesystem::exists(socketPath())) << "it is the successor's by now";
     successor->shutdown();
     EXPECT_FALSE(std::filesystem::exists(socketPath()));
 
-    server_->shutdown();
     EXPECT_TRUE(plugin->isEnded());
     EXPECT_TRUE(server_->connectionProcesses().isEmpty());
     server_->shutdown();

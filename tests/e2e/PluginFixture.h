@@ -36,6 +36,24 @@ class PluginFixture : public testing::Test {
         return support::runCommand(options);
     }
 
+    /// How often the running plug-in's status has `text` in it.
+    static std::size_t timesTold(const std::string& text) {
+        const std::string status = runPlugin({"--status"}).output;
+        std::size_t times = 0;
+        for (auto at = status.find(text); at != std::string::npos; at = status.find(text, at + 1))
+            ++times;
+        return times;
+    }
+
+    /// How many connections the running plug-in has to the sound server.
+    static std::size_t serverConnections() {
+        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    }
+
     /// Waits until the running plug-in's status has `text` in it.
     static bool tells(const std::string& text) {
         std::string status;
@@ -45,6 +63,18 @@ class PluginFixture : public testing::Test {
         });
         EXPECT_TRUE(told) << text << " is not in\n" << status;
         return told;
+    }
+
+    /// Those that a plug-in with nothing to do has: its own, and one that is at hand.
+    static constexpr std::size_t idleConnections = 2;
+
+    /// The plug-in's connections to the sound server.
+    static std::size_t connections() {
+        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
     }
 
     /// Waits until exactly one program of that name has checked in, and answers it.

@@ -1,4 +1,5 @@
 #include "e2e/PluginFixture.h"
+#include "e2e/Sandbox.h"
 
 #include "support/PrivateFolder.h"
 
@@ -13,46 +14,6 @@ using support::waitUntil;
 using testing::UnorderedElementsAreArray;
 
 namespace {
-
-using Arguments = std::vector<std::string>;
-
-bool mayMakeNamespaces() {
-    return support::runCommand({"unshare", "--user", "--map-root-user", "--mount", "--pid",
-                                "--fork", "--mount-proc", "true"})
-               .status == 0;
-}
-
-/// The command in a pid namespace of its own, where it is number 1, behind the process of unshare.
-Arguments inOwnNamespace(const Arguments& command) {
-    Arguments whole{"unshare", "--user", "--map-root-user", "--mount",
-                    "--pid",   "--fork", "--kill-child",    "--mount-proc"};
-    whole.insert(whole.end(), command.begin(), command.end());
-    return whole;
-}
-
-/// The command as a flatpak runs it: in a pid namespace, and with the description of the
-/// application in its root folder, which is otherwise like ours. `root` is an empty folder.
-Arguments asFlatpak(const std::string& application, const std::filesystem::path& root,
-                    const Arguments& command) {
-    const char* const script = R"(
-        set -e
-        mount -t tmpfs sandbox "$1"
-        printf '[Application]\nname=%s\n' "$2" >"$1/.flatpak-info"
-        for entry in /*; do
-            if [ -L "$entry" ]; then
-                cp -P "$entry" "$1$entry"
-            elif [ -d "$entry" ]; then
-                mkdir "$1$entry"
-                mount --rbind "$entry" "$1$entry"
-            fi
-        done
-        root=$1
-        shift 2
-        exec chroot "$root" "$@")";
-    Arguments whole{"sh", "-c", script, "sh", root, application};
-    whole.insert(whole.end(), command.begin(), command.end());
-    return inOwnNamespace(whole);
-}
 
 /// A process of the sound server that is a sink whose sound goes through a filter to the next.
 constexpr const char* filterConfiguration = R"(
@@ -80,14 +41,7 @@ class Player {
     ChildProcess& process() noexcept { return process_; }
     std::uint32_t pid() const { return static_cast<std::uint32_t>(process_.pid()); }
 
-    /// The number of its only child; 0 when there is none.
-    std::uint32_t childPid() const {
-        const std::string number = std::to_string(process_.pid());
-        std::ifstream children("/proc/" + number + "/task/" + number + "/children");
-        std::uint32_t child = 0;
-        children >> child;
-        return child;
-    }
+    std::uint32_t childPid() const { return static_cast<std::uint32_t>(childOf(process_.pid())); }
 
   private:
     ChildProcess process_;

@@ -114,6 +114,7 @@ TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     const auto program = awaitProgram(player);
     ASSERT_TRUE(isMeasured(program.pid));
+    ASSERT_TRUE(waitUntil([] { return connections() == idleConnections; }));
     const std::size_t before = openDescriptors();
     const std::string file = [] {
         static const support::PrivateFolder folder;
@@ -151,6 +152,7 @@ TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
         const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
         const auto program = awaitProgram(player);
         ASSERT_TRUE(isMeasured(program.pid));
+        ASSERT_TRUE(waitUntil([] { return connections() == idleConnections; }));
         if (i == 0) // the first time may load what then stays
             before = openDescriptors();
         EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; })) << i;
@@ -167,10 +169,12 @@ TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
 }
 
 TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
-    const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
-    application_->setVolume(awaitProgram(player).pid, 40);
+    // The first one: programs of its name that come after the command get that volume too.
     const Tone untouched(Tone::Player::pwCat, 1000, 0.01);
     awaitProcess(untouched.pid());
+    const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
+    awaitProcess(quiet.pid());
+    application_->setVolume(static_cast<std::uint32_t>(quiet.pid()), 40);
     ASSERT_TRUE(hears(tonePeak * gainOf(40)));
     // Longer than a new stream's volume is upheld.
     recorder_->record(std::chrono::milliseconds(600));
@@ -180,5 +184,29 @@ TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
     ASSERT_EQ(restored.status, 0) << restored.output;
     ASSERT_TRUE(tells("nothing wanted, has 90 %")) << "it has set what it remembers";
     EXPECT_TRUE(tells("wanted 40 %, has 40 %"));
+    restartServer();
+}
+
+TEST_F(PluginRestartTest, ANewSessionManagerChangesNothingOfWhatPlayedBeforeItCame) {
+    plugin_.reset();
+    const Tone first(Tone::Player::pwCat, toneFrequency, tonePeak);
+    ASSERT_TRUE(hears(tonePeak));
+    const auto setByPerson =
+        support::runCommand({"wpctl", "set-volume", "-p", std::to_string(first.pid()), "30%"});
+    ASSERT_EQ(setByPerson.status, 0) << setByPerson.output;
+    ASSERT_TRUE(hears(tonePeak * gainOf(30)));
+    const Tone second(Tone::Player::pwCat, 1000, 0.01);
+    startPlugin();
+    awaitProcess(first.pid());
+    awaitProcess(second.pid());
+    application_->setVolume(static_cast<std::uint32_t>(second.pid()), 40);
+    ASSERT_TRUE(tells("wanted 40 % not muted, has 40 %"));
+    recorder_->record(std::chrono::milliseconds(600));
+    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
+    const auto restored =
+        support::runCommand({TONVALE_RESTORING_MANAGER, std::to_string(gainOf(90))});
+    ASSERT_EQ(restored.status, 0) << restored.output;
+    EXPECT_TRUE(tells("wanted 40 % not muted, has 40 %"));
+    EXPECT_TRUE(tells("wanted 30 % not muted, has 30 %"));
     restartServer();
 }

@@ -1,12 +1,8 @@
-#include "e2e/PluginFixture.h"
+#include "e2e/PlayerFixture.h"
 #include "platform/Timer.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "plugin/WriteLanes.h"
 
 #include <csignal>
-#include <map>
 
 using support::PrivateAudioSession;
 using support::runCommand;
@@ -14,67 +10,6 @@ using support::waitUntil;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr float level = 0.5F;      // of every sample that is played
-constexpr float inaudible = 1e-7F; // what the recorder makes of silence
-
-/// A program that begins new streams of constant samples when it is told to.
-class Player {
-  public:
-    explicit Player(int streams = 1, std::chrono::milliseconds duration = 0ms,
-                    float samples = level)
-        : process_({STREAM_PLAYER, std::to_string(streams), std::to_string(duration.count()),
-                    std::to_string(samples)}) {
-        EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
-    }
-
-    void play() { process_.signal(SIGUSR1); }
-    std::uint32_t pid() const { return static_cast<std::uint32_t>(process_.pid()); }
-    support::ChildProcess& process() { return process_; }
-
-  private:
-    support::ChildProcess process_;
-};
-
-/// A stream as another mixer shows it.
-struct ShownStream {
-    int index = 0;
-    std::vector<int> percents; ///< of its channels
-    bool muted = false;
-};
-
-/// The streams of a process that another mixer shows, the oldest first.
-std::vector<ShownStream> shownStreams(std::uint32_t pid) {
-    const auto answer = runCommand({"pactl", "-f", "json", "list", "sink-inputs"});
-    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(answer.output));
-    std::map<int, ShownStream> streams;
-    for (const auto& value : document.array()) {
-        const QJsonObject object = value.toObject();
-        const QJsonValue properties = object["properties"];
-        if (properties["application.process.id"].toString() != QString::number(pid) &&
-            properties["media.name"].toString() != QStringLiteral("of %1").arg(pid))
-            continue;
-        ShownStream stream{object["index"].toInt(), {}, object["mute"].toBool()};
-        const QJsonObject volumes = object["volume"].toObject();
-        for (const auto& volume : volumes)
-            stream.percents.push_back(
-                volume.toObject()["value_percent"].toString().chopped(1).toInt());
-        streams[stream.index] = stream;
-    }
-    std::vector<ShownStream> sorted;
-    sorted.reserve(streams.size());
-    for (const auto& [index, stream] : streams)
-        sorted.push_back(stream);
-    return sorted;
-}
-
-/// What the person does in another mixer.
-void setElsewhere(const ShownStream& stream, const std::vector<std::string>& volumes) {
-    std::vector<std::string> command{"pactl", "set-sink-input-volume",
-                                     std::to_string(stream.index)};
-    command.insert(command.end(), volumes.begin(), volumes.end());
-    EXPECT_EQ(runCommand(command).status, 0);
-}
 
 /// The greatest difference of two samples that follow each other. Silence is left out: a busy
 /// machine lets a program miss a cycle.
@@ -86,50 +21,8 @@ double greatestJump(std::vector<float> samples) {
     return jump;
 }
 
-class PluginVolumeTest : public PluginFixture {
+class PluginVolumeTest : public PlayerFixture {
   protected:
-    /// Waits until these samples are heard and none that are louder. A busy machine lets a program
-    /// miss many a cycle.
-    bool hearsConstant(double value) {
-        std::pair<double, double> last;
-        const bool heard = waitUntil([&] {
-            const auto recording = recorder_->record(100ms);
-            const auto& samples = recording.channels[0];
-            const double tolerance = 0.002 * value + inaudible;
-            const auto matching = std::count_if(samples.begin(), samples.end(), [&](float sample) {
-                return std::abs(sample - value) <= tolerance;
-            });
-            const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
-            last = {*least, *greatest};
-            return *greatest <= value + tolerance &&
-                   matching > static_cast<std::ptrdiff_t>(samples.size() / 4);
-        });
-        EXPECT_TRUE(heard) << "heard " << last.first << " to " << last.second << " instead of "
-                           << value << "\n"
-                           << (plugin_ ? plugin_->output() : "");
-        return heard;
-    }
-
-    void awaitCheckin(const Player& player) {
-        EXPECT_TRUE(waitUntil([&] {
-            const auto programs = application_->programs();
-            return std::any_of(programs.begin(), programs.end(),
-                               [&](const auto& program) { return program.pid == player.pid(); });
-        })) << plugin_->output();
-    }
-
-    /// Waits until a stream that has just begun is no longer held at its volume.
-    void outlastHold() { recorder_->record(700ms); }
-
-    ShownStream onlyStream(const Player& player) {
-        std::vector<ShownStream> streams;
-        EXPECT_TRUE(waitUntil([&] {
-            streams = shownStreams(player.pid());
-            return streams.size() == 1;
-        }));
-        return streams.empty() ? ShownStream{} : streams.front();
-    }
-
     /// Ends the plug-in's connection to the sound server, does something, and waits for the next.
     template <typename Action>
     void whileDisconnected(Action action) {
@@ -150,7 +43,9 @@ class PluginVolumeTest : public PluginFixture {
         EXPECT_TRUE(waitUntil([&] { return connections() > before; })) << plugin_->output();
     }
 
+    /// The connection that it watches the server over: the first that it made.
     std::string clientOfPlugin() {
+        std::map<int, int> ids; // by serial
         const auto document =
             QJsonDocument::fromJson(QByteArray::fromStdString(runCommand({"pw-dump"}).output));
         for (const auto& value : document.array()) {
@@ -158,50 +53,17 @@ class PluginVolumeTest : public PluginFixture {
             const QJsonValue properties = object["info"]["props"];
             if (object["type"].toString() == "PipeWire:Interface:Client" &&
                 properties["pipewire.sec.pid"].toInt() == plugin_->pid())
-                return std::to_string(object["id"].toInt());
+                ids[properties["object.serial"].toInt()] = object["id"].toInt();
         }
-        ADD_FAILURE() << "the plug-in has no connection";
-        return {};
+        EXPECT_FALSE(ids.empty()) << "the plug-in has no connection";
+        return ids.empty() ? "" : std::to_string(ids.begin()->second);
     }
 };
 
-/// With a session manager that restores to each stream the last volume of one of its kind.
-class PluginVolumeMemoryTest : public PluginVolumeTest {
-  protected:
-    static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
-};
+/// In a session of its own, which takes a while to recover from a crowd.
+class PluginCrowdTest : public PluginVolumeTest {};
 
 } // namespace
-
-TEST_F(PluginVolumeMemoryTest, AStreamsFirstSamplesHaveTheProgramsVolume) {
-    // Of the same kind, never heard: what is set for it, the session manager restores to others.
-    Player other(1, 0ms, 0.0F);
-    other.play();
-    awaitCheckin(other);
-    outlastHold();
-    setElsewhere(onlyStream(other), {"30%"});
-    Player player(1, 400ms);
-    player.play();
-    EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(30), 1e-4) << "it is restored";
-    awaitCheckin(player);
-
-    application_->setVolume(player.pid(), 50);
-    for (int i = 0; i < 10; ++i) {
-        setElsewhere(onlyStream(other), {i % 2 == 0 ? "100%" : "95%"});
-        player.play();
-        const auto samples = recorder_->record(900ms).channels[0];
-        const auto first = std::find_if(samples.begin(), samples.end(),
-                                        [](float sample) { return sample > inaudible; });
-        ASSERT_NE(first, samples.end()) << "nothing played";
-        EXPECT_NEAR(*first, level * gainOf(50), 1e-4);
-        EXPECT_NEAR(*std::max_element(samples.begin(), samples.end()), level * gainOf(50), 1e-4);
-    }
-    application_->setMute(player.pid(), true);
-    for (int i = 0; i < 3; ++i) {
-        player.play();
-        EXPECT_LE(recorder_->record(900ms).peak(), inaudible);
-    }
-}
 
 TEST_F(PluginVolumeTest, OutOfRangeIsClampedAndAllStreamsFollow) {
     Player player(2, 0ms, level / 2);
@@ -378,6 +240,46 @@ TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
     awaitCheckin(brief);
     application_->setVolume(crowd.pid(), 50);
     EXPECT_TRUE(hearsConstant(0.5 * gainOf(50)));
+    const std::string output = plugin_->output();
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
+}
+
+TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebodyIsStopped) {
+    constexpr int each = 100;
+    std::vector<std::unique_ptr<Player>> players;
+    while (players.size() < 3)
+        players.push_back(std::make_unique<Player>(each, 0ms, 0.0F));
+    Player stopped(2, 0ms, 0.0F);
+    // One to listen, those that all share, and one for each program that a busy machine keeps from
+    // answering soon.
+    const std::size_t few = 1 + WriteLanes::mostShared + players.size() + 1;
+    std::size_t connections = 0;
+    const auto allHave = [&](std::size_t streams, const std::string& percent) {
+        return waitUntil([&] {
+            connections = std::max(connections, serverConnections());
+            return timesTold(": wanted " + percent + " %, has " + percent + " %") == streams;
+        });
+    };
+    for (const auto& player : players)
+        player->play();
+    stopped.play();
+    awaitCheckin(stopped);
+    for (const auto& player : players) {
+        awaitCheckin(*player);
+        application_->setVolume(player->pid(), 50);
+    }
+    EXPECT_TRUE(allHave(3 * each, "50")) << runPlugin({"--status"}).output;
+    EXPECT_LE(connections, few);
+
+    stopped.process().signal(SIGSTOP);
+    application_->setVolume(stopped.pid(), 70);
+    for (const auto& player : players)
+        application_->setVolume(player->pid(), 60);
+    EXPECT_TRUE(allHave(3 * each, "60")) << runPlugin({"--status"}).output;
+    EXPECT_LE(connections, few);
+    stopped.process().signal(SIGCONT);
+    EXPECT_TRUE(allHave(2, "70")) << runPlugin({"--status"}).output;
+    EXPECT_TRUE(waitUntil([] { return serverConnections() == 2; })) << "what is of no use goes";
     const std::string output = plugin_->output();
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
 }

@@ -218,6 +218,23 @@ TEST_F(SoundEffectsTest, ASessionManagerThatForgotIsToldTheVolume) {
     expectNext(throughPulse, tonePeak * gainOf(50));
 }
 
+TEST_F(SoundEffectsTest, SettingsOfTheSameNameReplaceThoseThatAreThereOnlyWhenTheseGo) {
+    const std::uint32_t pid = awaitEffects();
+    support::ChildProcess others({SETTINGS_PUBLISHER, "route-settings"});
+    ASSERT_TRUE(waitUntil([&] { return others.output() == "ready\n"; })) << others.output();
+    application_->setVolume(pid, 40);
+    expectNext(throughPulse, tonePeak * gainOf(40));
+    EXPECT_EQ(others.output(), "ready\n") << "nothing is written there";
+
+    recorder_.reset();
+    session->stop(PrivateAudioSession::sessionManager);
+    EXPECT_TRUE(waitUntil([&] { return others.output().find("0.064") != std::string::npos; }))
+        << others.output();
+    others.stop();
+    session->restart(PrivateAudioSession::server);
+    recorder_.emplace();
+}
+
 TEST_F(SoundEffectsTest, TheyGoWithTheServerAndComeBackWithTheNextOne) {
     const std::uint32_t pid = awaitEffects();
     setVolume(50, "0.125");

@@ -8,6 +8,7 @@
 
 #include <QDBusMessage>
 
+#include <optional>
 #include <stdexcept>
 
 namespace {
@@ -57,6 +58,18 @@ TEST(ResumeObserver, HearsOfEachWakingFromLogindOnly) {
     EXPECT_EQ(log.count("from a handler"), 2U);
     for (const char* const name : {"logind", "pretender", "observing"})
         QDBusConnection::disconnectFromBus(QString::fromLatin1(name));
+}
+
+TEST(ResumeObserver, SaysOnceThatTheBusHasGone) {
+    std::optional<support::PrivateBus> bus(std::in_place);
+    const support::SystemLogRecorder log;
+    {
+        const platform::ResumeObserver observer([] {}, connectTo(*bus, "leaving"));
+        bus.reset();
+        EXPECT_TRUE(support::waitUntil([&] { return !log.lines().empty(); }));
+    }
+    EXPECT_EQ(log.count("The system bus has gone"), 1U);
+    QDBusConnection::disconnectFromBus(QStringLiteral("leaving"));
 }
 
 TEST(ResumeObserver, IsSilentWithoutABus) {

@@ -32,11 +32,13 @@ class Processes : public platform::StreamProcessFacts {
 
     explicit Processes(std::map<pid_t, Process> table) : table_(std::move(table)) {}
 
-    std::vector<pid_t> processes() const override {
-        std::vector<pid_t> all;
-        for (const auto& [process, facts] : table_)
-            all.push_back(process);
-        return all;
+    std::vector<pid_t> processesNumbered(pid_t own) const override {
+        std::vector<pid_t> found;
+        for (const auto& [process, facts] : table_) {
+            if ((facts.inner == 0 ? process : facts.inner) == own)
+                found.push_back(process);
+        }
+        return found;
     }
     std::vector<pid_t> numbers(pid_t process) const override {
         const Process* const found = find(process);
@@ -44,7 +46,6 @@ class Processes : public platform::StreamProcessFacts {
             return {};
         return found->inner == 0 ? std::vector{process} : std::vector{process, found->inner};
     }
-    bool countsAsWeDo(pid_t process) const override { return numbers(process).size() == 1; }
     std::optional<std::string> executablePath(pid_t process) const override {
         const Process* const found = find(process);
         return found != nullptr && !found->path.empty() ? std::optional(found->path) : std::nullopt;

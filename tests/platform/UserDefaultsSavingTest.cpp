@@ -11,6 +11,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <future>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -297,6 +298,33 @@ TEST_F(UserDefaultsSaving, AFullDiskLeavesTheFormerFileAndIsTriedAgainByItself) 
         ASSERT_TRUE(waitUntil([&] { return inFile()["key"] == value; }));
         ASSERT_TRUE(defaults.synchronize());
     }
+}
+
+TEST_F(UserDefaultsSaving, WhoSetsABoundIsNotHeldUpByADiskThatHangs) {
+    class HangingCalls : public platform::DefaultsFileCalls {
+      public:
+        std::promise<void> release;
+        int sync(int file) noexcept override {
+            released_.wait();
+            return DefaultsFileCalls::sync(file);
+        }
+
+      private:
+        const std::shared_future<void> released_{release.get_future()};
+    };
+    HangingCalls hanging;
+    UserDefaults defaults(path_, hanging);
+    defaults.set("key", 1);
+    EXPECT_FALSE(defaults.synchronize(5ms));
+    ASSERT_EQ(lines().size(), 1U);
+    EXPECT_NE(lines()[0].text.find("takes too long"), std::string::npos);
+    hanging.release.set_value();
+    EXPECT_TRUE(defaults.synchronize(support::patience));
+    EXPECT_EQ(inFile()["key"], 1);
+    calls_.renameError = ENOSPC;
+    UserDefaults failing(path_, calls_);
+    failing.set("key", 2);
+    EXPECT_FALSE(failing.synchronize(support::patience));
 }
 
 TEST_F(UserDefaultsSaving, SurvivesALimitOfTheKernelOnTheFilesSize) {

@@ -117,7 +117,7 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
     void programCommanded(Program&, const WantedVolume& change) override {
         commanded_.push_back(change);
     }
-    void programChangedElsewhere(Program& program) override {
+    void programChangedElsewhere(Program& program, const WantedVolume&) override {
         changedElsewhere_.push_back(program.wanted().percent());
     }
 

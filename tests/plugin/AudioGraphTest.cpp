@@ -140,3 +140,27 @@ TEST_F(AudioGraphTest, ARoleIsKnownAsFarAsItWasAnnounced) {
     graph_.add({23, Kind::node, {}});
     EXPECT_EQ(graph_.roleOf(23), "");
 }
+
+TEST_F(AudioGraphTest, NodesOfOneProcessHaveOneOwner) {
+    const auto addClient = [this](std::uint32_t id, AudioGlobal::Properties properties) {
+        graph_.add({id, Kind::client, std::move(properties)});
+    };
+    const auto addStreamOf = [this](std::uint32_t id, const std::string& client) {
+        graph_.add({id, Kind::node, {{"client.id", client}, {"object.serial", "7" + client}}});
+    };
+    addClient(40, {{"pipewire.sec.pid", "4711"}});
+    addClient(41, {{"pipewire.sec.pid", "4711"}});
+    addClient(42, {{"pipewire.sec.pid", "4712"}});
+    addClient(43, {});
+    for (std::uint32_t client = 40; client < 45; ++client)
+        addStreamOf(client + 10, std::to_string(client));
+    graph_.add({60, Kind::node, {}});
+    EXPECT_EQ(graph_.ownerOf(50), graph_.ownerOf(51));
+    const std::set<std::uint32_t> owners{graph_.ownerOf(50), graph_.ownerOf(52), graph_.ownerOf(53),
+                                         graph_.ownerOf(54), graph_.ownerOf(60)};
+    EXPECT_EQ(owners.size(), 5U) << "what is not known is nobody else's";
+    EXPECT_EQ(graph_.serialOf(52), 742U);
+    EXPECT_EQ(graph_.serialOf(60), 0U);
+    graph_.remove(54);
+    EXPECT_EQ(graph_.newestSerial(), 744U);
+}

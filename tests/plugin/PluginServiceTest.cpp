@@ -53,6 +53,7 @@ TEST(PluginService, AnswersForAsLongAsItIsThereAndLosesTheBusWithoutHarm) {
 
     bus.reset();
     ASSERT_TRUE(support::waitUntil([] { return !QDBusConnection::sessionBus().isConnected(); }));
+    Q_EMIT service->ChangedElsewhere(1, 50, false); // nobody hears it
     service.reset();
     service.emplace([] { return std::string(); });
     testing::internal::CaptureStderr();

@@ -17,36 +17,46 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
     status.programs.push_back(
         {{321, "player", "/opt/player/player", 7, "", StreamProcess::Proof::peer},
          {gainOfPercent(50), true},
+         {gainOfPercent(30), std::nullopt},
          true,
          {{45, true, {gainOfPercent(50), true}, propsOf({0.125F, 0.0625F}, true)},
           {46, false, {}, std::nullopt},
-          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}}});
-    status.programs.push_back(
-        {{StreamProcess::firstPseudoProcess, "radio", "", {}}, {}, false, {}});
+          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}},
+         false,
+         {}});
+    status.programs.push_back({{StreamProcess::firstPseudoProcess, "radio", "", {}},
+                               {},
+                               {{}, false},
+                               false,
+                               {},
+                               true,
+                               "It is \"odd\"."});
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
               "player (pid 321, /opt/player/player, vouched for by the kernel): "
-              "wanted 50 % muted\n"
+              "wanted 50 % muted, remembered 30 %\n"
               "    stream 45 plays: wanted 50 % muted, has 50 % muted\n"
               "    stream 46 pauses: nothing wanted, volume not known yet\n"
               "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
               "radio (pid 1073741824, path unknown, claimed only, number of our own): "
-              "nothing wanted, the application does not know of it\n");
+              "nothing wanted, remembered not muted, ignored, the application does not know of it; "
+              "can't be set: It is "
+              "\"odd\".\n");
 }
 
 TEST(PluginStatus, TellsWhatIsMissing) {
     EXPECT_EQ(describe({}), "sound server: not connected\n"
                             "application: no program to tell it of\n");
     PluginStatus status{true, {}};
-    status.programs.push_back({{1, "player", "/p", {}}, {}, false, {}});
+    status.programs.push_back({{1, "player", "/p", {}}, {}, {}, false, {}, false, {}});
     EXPECT_NE(describe(status).find("application: not connected\n"), std::string::npos);
 }
 
 TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
     PluginStatus status;
     status.programs.push_back(
-        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, true, {}});
+        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, {}, true, {}, false, {}});
     EXPECT_NE(describe(status).find("\na\\nsound server: gone\\u001b[2J (pid 1, /\\u202e\\xff, "),
               std::string::npos)
         << describe(status);

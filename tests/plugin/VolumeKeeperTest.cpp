@@ -131,7 +131,7 @@ TEST_F(VolumeKeeperTest, ARampJumpsToItsEndWhenItIsHeardNoMore) {
 TEST_F(VolumeKeeperTest, ALateChangeOfSomebodyElseIsAPersonsWill) {
     play(wantsHalf);
     changeElsewhere({0.4F, 0.2F});
-    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.4F, std::nullopt}));
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.4F, false})) << "seen and let be";
     stream_.mute = true;
     tell();
     EXPECT_EQ(keeper_->takeChangesElsewhere(), wantsMute);
@@ -144,6 +144,17 @@ TEST_F(VolumeKeeperTest, ALateChangeOfSomebodyElseIsAPersonsWill) {
     EXPECT_EQ(keeper_->takeChangesElsewhere(), nothing);
 }
 
+TEST_F(VolumeKeeperTest, WhatNobodyHadAskedForIsToldWithTheFirstChange) {
+    stream_.channelVolumes = {0.2F, 0.2F}; // restored
+    play();
+    stream_.mute = true;
+    tell();
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.2F, true}));
+    stream_.mute = false;
+    tell();
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), wantsSound);
+}
+
 TEST_F(VolumeKeeperTest, AChangeDuringARampEndsItAndIsNotOvertaken) {
     play(wantsFull);
     carryOut(keeper_->want(wantsHalf, now_));
@@ -154,7 +165,7 @@ TEST_F(VolumeKeeperTest, AChangeDuringARampEndsItAndIsNotOvertaken) {
     carryOut(keeper_->propsArrived(step, now_));
     tell();
     EXPECT_EQ(stream_.channelVolumes, (Volumes{0.3F, 0.3F}));
-    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.3F, std::nullopt}));
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{0.3F, false}));
 }
 
 TEST_F(VolumeKeeperTest, ValuesComeBackRoundedLateAndLeftOut) {
@@ -197,7 +208,8 @@ TEST_F(VolumeKeeperTest, WhatIsHeardAlreadyIsOnlyMadeQuieter) {
         tell();
         stepsToTheEnd();
         EXPECT_EQ(stream_, after) << name;
-        EXPECT_EQ(keeper_->takeChangesElsewhere(), found) << name;
+        EXPECT_EQ(keeper_->takeFound(), found) << name;
+        EXPECT_EQ(keeper_->takeChangesElsewhere(), nothing) << name;
         changeElsewhere({0.9F, 0.9F});
         EXPECT_EQ(stream_.channelVolumes, (Volumes{0.9F, 0.9F})) << "it has no hold";
     }
@@ -212,10 +224,31 @@ TEST_F(VolumeKeeperTest, WhatIsUpheldIsHeldLikeANewStreamAlsoIfItWasHeardAlready
     changeElsewhere({0.729F, 0.729F});
     EXPECT_THAT(stream_.channelVolumes,
                 ElementsAre(FloatNear(half, 1e-4F), FloatNear(half, 1e-4F)));
-    EXPECT_EQ(keeper_->takeChangesElsewhere().gain, half) << "what was found";
+    EXPECT_EQ(keeper_->takeFound().gain, half);
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), nothing);
     now_ += VolumeHold::duration;
     changeElsewhere({1.0F, 1.0F});
     EXPECT_EQ(keeper_->takeChangesElsewhere().gain, 1.0F);
+}
+
+TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
+    play(wantsHalf);
+    now_ += VolumeHold::duration;
+    carryOut(keeper_->want({1.0F, {}}, now_));
+    keeper_->letGo();
+    stepsToTheEnd();
+    EXPECT_EQ(stream_.channelVolumes, (Volumes{1.0F, 1.0F})) << "what was asked for before";
+    changeElsewhere({half, half});
+    EXPECT_EQ(keeper_->takeChangesElsewhere().gain, half);
+    keeper_->uphold(now_);
+    for (const Volumes& others : {Volumes{0.9F, 0.9F}, Volumes(6, 0.7F), Volumes(2, 0.3F)}) {
+        changeElsewhere(others);
+        EXPECT_EQ(stream_.channelVolumes, others);
+    }
+    carryOut(keeper_->adopt(wantsHalf, now_));
+    stepsToTheEnd();
+    changeElsewhere(Volumes(6, 0.7F));
+    EXPECT_EQ(stream_.channelVolumes, Volumes(6, half)) << "taken up again";
 }
 
 TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {

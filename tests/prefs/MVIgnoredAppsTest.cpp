@@ -5,6 +5,7 @@
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
 #include "platform/UserDefaults.h"
+#include "prefs/IgnoredNames.h"
 #include "prefs/MVIgnoredApp.h"
 #include "support/PrivateFolder.h"
 #include "support/ScriptedPlugin.h"
@@ -118,12 +119,18 @@ TEST_F(MVIgnoredAppsTest, MatchesWholeNamesInAnyCase) {
     MVIgnoredApps apps(defaults_);
     apps.addCustomIgnore("ÄRGER straße");
     apps.addCustomIgnore("iris");
+    apps.addCustomIgnore("ΟΔΟΣ");
+    const IgnoredNames plain{{"ÄRGER straße", "iris", "ΟΔΟΣ"}, {}}; // as plug-ins see it
     for (const char* const name :
-         {"Finder", "finder", "FINDER", "ärger STRAßE", "IRIS", "mdworker"})
+         {"Finder", "finder", "FINDER", "ärger STRAßE", "IRIS", "οδος", "mdworker"}) {
         EXPECT_TRUE(apps.isAppIgnored(name)) << name;
+        EXPECT_TRUE(plain.contains(name)) << name;
+    }
     for (const char* const name : {"Finder Helper", "Find", "/usr/bin/Finder", " Finder", "",
-                                   "ärger STRASSE", "ırıs", "mdworker3"})
+                                   "ärger STRASSE", "ırıs", "İris", "mdworker3"}) {
         EXPECT_FALSE(apps.isAppIgnored(name)) << name;
+        EXPECT_FALSE(plain.contains(name)) << name;
+    }
     entry(apps, "Finder").setEnabled(false);
     EXPECT_FALSE(apps.isAppIgnored("Finder"));
     apps.addCustomIgnore("finder");
@@ -216,11 +223,17 @@ TEST_F(MVIgnoredAppsTest, TheListOutlivesTheProcess) {
         MVIgnoredApps apps(defaults);
         entry(apps, "iCal").setEnabled(false);
         apps.addCustomIgnore("Größe & <b>\n\u202e🎵");
+        apps.addCustomIgnore("what XML\x01 can't hold");
+        EXPECT_TRUE(apps.isAppIgnored("What XML\x01 can't hold"));
     }
     UserDefaults defaults(path);
-    const MVIgnoredApps apps(defaults);
+    MVIgnoredApps apps(defaults);
     EXPECT_FALSE(apps.isAppIgnored("iCal"));
     EXPECT_TRUE(apps.isAppIgnored("GRÖßE & <B>\n\u202e🎵"));
+    EXPECT_TRUE(apps.isAppIgnored("what XML\x01 can't hold"));
+    EXPECT_FALSE(apps.isAppIgnored("what XML can't hold"));
+    apps.removeCustomIgnore("what XML\x01 can't hold");
+    EXPECT_EQ(apps.custom().size(), 1);
 }
 
 TEST_F(MVIgnoredAppsTest, LogsEachChangeInOneHarmlessLine) {

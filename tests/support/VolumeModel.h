@@ -6,12 +6,17 @@
 #include "support/PlainWorkspace.h"
 #include "ui/AppVolumeController.h"
 
+#include <filesystem>
+
 namespace support {
 
 /// A volume controller with surroundings of its own: a façade on the thread's run loop, a desktop
-/// on which runs what the test says, and preferences in memory, which nobody gets copies of.
+/// on which runs what the test says, and preferences in memory or a file, which nobody gets copies
+/// of.
 struct VolumeModel {
-    platform::UserDefaults defaults{""};
+    explicit VolumeModel(const std::filesystem::path& preferences = {}) : defaults(preferences) {}
+
+    platform::UserDefaults defaults;
     MVIgnoredApps ignoredApps{defaults};
     PlainWorkspace workspace;
     MVComm comm;

@@ -108,6 +108,7 @@ TEST_F(AppVolumeIgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNo
     ignored_.removeCustomIgnore("player");
     ASSERT_EQ(ignoring_.apps().size(), 1);
     EXPECT_EQ(sentTo(first), "") << "the plug-in reads what is remembered";
+    EXPECT_EQ(ignoring_.percentOf(*ignoring_.apps()[0]), 40) << "no report has touched that";
 }
 
 TEST_F(AppVolumeIgnoringTest, WhatIsRememberedOfAnIgnoredProgramStays) {

@@ -1,8 +1,12 @@
 #include "comm/MVCommAppValue.h"
+#include "comm/MVCommSocketPath.h"
+#include "platform/MainQueue.h"
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"
+#include "support/ScopedVariable.h"
+#include "support/SystemLogRecorder.h"
 #include "support/VolumeModel.h"
 #include "support/WaitUntil.h"
 
@@ -10,6 +14,9 @@
 
 #include <QFile>
 
+#include <future>
+
+using namespace std::chrono_literals;
 using support::waitUntil;
 
 // The clock stands still, so nothing that is put off is done.
@@ -40,4 +47,50 @@ TEST(AppVolumeSaving, ReleaseAndQuitDoNotWaitForThePace) {
     controller.setPercent(app, 40);
     controller.shutdown();
     EXPECT_EQ(percentInCopy(), 40);
+}
+
+TEST(AppVolumeSaving, AContainerHasItsCopyBeforeAPluginCanConnectInIt) {
+    const support::PrivateFolder folder;
+    const support::ScopedVariable home("HOME", folder.path() / "home");
+    platform::RunLoop loop;
+    const platform::MainQueueService mainQueue(loop);
+    support::VolumeModel model;
+    const auto file = folder.path() / "own/p.plist";
+    platform::UserDefaults defaults(file);
+    defaults.set("key", 1);
+    auto controller = std::make_unique<AppVolumeController>(AppVolumeController::Surroundings{
+        model.comm, model.ignoredApps, model.workspace, defaults, file});
+    const auto isServedIn = [&](const std::string& name, bool isCopyExpected) {
+        const auto data = folder.path() / "home/Library/Containers" / name / "Data";
+        std::filesystem::create_directories(data);
+        bool hadCopy = false;
+        EXPECT_TRUE(waitUntil([&] {
+            hadCopy = std::filesystem::exists(data / "p.plist");
+            return std::filesystem::exists(data / kMVCommSocketName);
+        }));
+        EXPECT_EQ(std::filesystem::exists(data / "p.plist"), isCopyExpected);
+        return hadCopy;
+    };
+    EXPECT_TRUE(isServedIn("a", true));
+    controller.reset();
+    EXPECT_FALSE(isServedIn("b", false)) << "nobody copies any more";
+}
+
+TEST(AppVolumeSaving, QuittingIsNotHeldUpByADiskThatHangs) {
+    const support::SystemLogRecorder log;
+    platform::RunLoop loop;
+    support::VolumeModel model;
+    const support::PrivateFolder folder;
+    platform::UserDefaults defaults(folder.path() / "p.plist");
+    std::promise<void> release;
+    AppVolumeController controller({model.comm, model.ignoredApps, model.workspace, defaults,
+                                    folder.path() / "p.plist",
+                                    [released = std::shared_future(release.get_future())] {
+                                        released.wait();
+                                        return std::vector<std::string>();
+                                    }});
+    EXPECT_FALSE(controller.shutdown(5ms));
+    EXPECT_TRUE(log.contains("Saving and copying the preferences takes too long to wait for"));
+    release.set_value();
+    EXPECT_TRUE(controller.shutdown(support::patience));
 }

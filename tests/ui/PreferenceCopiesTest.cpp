@@ -143,6 +143,9 @@ TEST_F(PreferenceCopiesTest, FailuresAreToldOnceForATargetAndErrorUntilItWorksAg
     calls_.createError = ENOSPC;
     save(3);
     EXPECT_EQ(log_.count(copying), 4U) << "another error";
+    calls_.createError = EACCES;
+    save(3);
+    EXPECT_EQ(log_.count(copying), 4U) << "the first one again";
     calls_.createError = 0;
     save(4);
     EXPECT_EQ(lines(), 4U);
@@ -179,6 +182,14 @@ TEST_F(PreferenceCopiesTest, AFolderThatFailsDoesNotHinderOthers) {
     EXPECT_EQ(valueIn(two_), 2);
     EXPECT_TRUE(
         log_.contains("Couldn't copy " + source_.string() + " to " + (one_ / name).string()));
+}
+
+TEST_F(PreferenceCopiesTest, TheNameOfAFolderDoesNotTurnTheLine) {
+    const fs::path odd = folder_.path() / "x\u202ey";
+    defaults_.set("key", 1);
+    PreferenceCopies copies(defaults_, source_, [&] { return std::vector<std::string>{odd}; });
+    EXPECT_TRUE(copies.finish());
+    EXPECT_TRUE(log_.contains("x\\u202ey/test.plist"));
 }
 
 TEST_F(PreferenceCopiesTest, WithoutAFileThereIsNothingToCopy) {

@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QProgressBar>
+#include <QScreen>
 #include <QSlider>
 #include <QTest>
 
@@ -56,11 +57,28 @@ TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
         {{1, QStringLiteral("two\nlines\u2028\u0085and \u202egnp.exe <b>"), {}},
          {2, QString(10000, QLatin1Char('z')), {}}});
     ASSERT_EQ(support::rowNames(window_).size(), 2);
+    EXPECT_LT(support::rowNames(window_)[1].size(), 1000);
     EXPECT_EQ(support::rowNames(window_)[0], QStringLiteral("two lines  and gnp.exe <b>"));
     const auto labels = window_.findChildren<QLabel*>(QStringLiteral("name"));
     ASSERT_EQ(labels.size(), 2);
     EXPECT_EQ(labels[0]->toolTip(), QStringLiteral("<p>two lines  and gnp.exe &lt;b&gt;</p>"));
     EXPECT_LT(labels[1]->toolTip().size(), 1000);
+}
+
+TEST_F(VolumeWindowTest, AProgramWhoseNameCannotBeSeenIsShownByItsNumber) {
+    model_.workspace.setRunningApplications(
+        {{12, QStringLiteral(" \t\n\u00a0\u200b\u202e\u200f"), {}},
+         {34, QStringLiteral("\u200fשם"), {}}});
+    EXPECT_EQ(support::rowNames(window_),
+              (QStringList{QStringLiteral("Process 12"), QStringLiteral("\u200fשם")}));
+}
+
+TEST_F(VolumeWindowTest, TheTipOfARowTellsTheProgramsPath) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player", "/opt/<b>\n/player");
+    ASSERT_TRUE(showsRows({QStringLiteral("player")}));
+    EXPECT_EQ(window_.findChild<QLabel*>(QStringLiteral("name"))->toolTip(),
+              QStringLiteral("<p>player</p><p>/opt/&lt;b&gt; /player</p>"));
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
@@ -155,10 +173,25 @@ TEST_F(VolumeWindowTest, KeepsToItsLimitsAndToAPlaceThatCanBeSeen) {
     EXPECT_EQ((window_.height() - static_cast<int>(window_.titleBarHeight())) %
                   static_cast<int>(window_.itemHeight()),
               0);
+    const QRect desktop = window_.screen()->availableGeometry();
+    EXPECT_LE((window_.frame().center() - desktop.center()).manhattanLength(), 4);
     window_.setFrame({10, 20, 500, 282});
     EXPECT_EQ(window_.frame(), QRect(10, 20, 500, 282));
     window_.setFrame({100000, 100000, 600, 326});
     EXPECT_EQ(window_.frame(), QRect(10, 20, 600, 326));
+}
+
+TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
+    const auto becomes = [&](int height, int expected) {
+        window_.resize(500, height);
+        return support::waitUntil([&] { return window_.size() == QSize(500, expected); });
+    };
+    EXPECT_TRUE(becomes(18 + 5 * 44 + 21, 18 + 5 * 44)) << window_.height();
+    EXPECT_TRUE(becomes(18 + 5 * 44 + 22, 18 + 6 * 44)) << window_.height();
+    EXPECT_TRUE(becomes(18 + 40 * 44, 18 + 30 * 44)) << "the most";
+    window_.setWindowState(Qt::WindowMaximized);
+    EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
+    EXPECT_EQ(window_.frame().size(), QSize(500, 18 + 30 * 44)) << "to be remembered";
 }
 
 TEST_F(VolumeWindowTest, ARowKeepsItsSettingsWhileOthersComeAndGo) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+/// What the nodes of a property list (PropertyListNode.h) hold, as plain values, without Qt. Each
+/// answers nothing, or calls nobody, for a node of another type. Any thread.
+
+bool isDictionary(void* node) noexcept;
+
+/// UTF-8 as it stands.
+std::optional<std::string> textOf(void* node);
+
+/// An integer, a real number that is finite, or a boolean, which is 1 or 0.
+std::optional<double> numberOf(void* node) noexcept;
+
+/// Calls `take` with each node of an array, which owns it.
+void forEachItem(void* array, const std::function<void(void* value)>& take);
+
+/// The node of a key in a dictionary, which owns it; null when there is none.
+void* entryOf(void* dictionary, const char* key) noexcept;
+
+} // namespace platform

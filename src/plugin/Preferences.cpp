@@ -1,0 +1,68 @@
+#include "plugin/Preferences.h"
+
+#include "comm/MVCommMessages.h"
+#include "platform/PropertyListNode.h"
+#include "platform/PropertyListValues.h"
+#include "platform/StorableText.h"
+
+#include <algorithm>
+
+namespace {
+
+/// What a person reads for the notification sounds, and so their key. The application translates
+/// it; so would we.
+constexpr std::string_view notificationSoundsTitle = "Sound Effects";
+
+ProgramSetting settingIn(void* dictionary) {
+    ProgramSetting setting;
+    void* const volume = platform::entryOf(dictionary, "Volume");
+    if (const auto percent = volume != nullptr ? platform::numberOf(volume) : std::nullopt)
+        setting.percent = static_cast<int>(static_cast<float>(std::clamp(*percent, 0.0, 100.0)));
+    void* const mute = platform::entryOf(dictionary, "Mute");
+    if (const auto muted = mute != nullptr ? platform::numberOf(mute) : std::nullopt)
+        setting.muted = *muted != 0;
+    return setting;
+}
+
+std::vector<std::string> textsIn(void* dictionary, const char* key) {
+    std::vector<std::string> texts;
+    if (void* const list = platform::entryOf(dictionary, key)) {
+        platform::forEachItem(list, [&texts](void* item) {
+            if (auto text = platform::textOf(item))
+                texts.push_back(*std::move(text));
+        });
+    }
+    return texts;
+}
+
+} // namespace
+
+ProgramSetting settingOf(const WantedVolume& wanted) noexcept {
+    return {wanted.percent().value_or(100), wanted.muted.value_or(false)};
+}
+
+std::optional<Preferences> parsePreferences(std::string_view bytes) {
+    const platform::PropertyListNode root = platform::readPropertyList(bytes);
+    if (root == nullptr || !platform::isDictionary(root.get()))
+        return std::nullopt;
+    Preferences preferences;
+    void* const apps = platform::entryOf(root.get(), "Apps");
+    if (apps != nullptr && platform::isDictionary(apps)) {
+        platform::forEachEntry(apps, [&preferences](const char* key, void* value) {
+            if (const ProgramSetting setting = settingIn(value); !setting.isPlain())
+                preferences.programs[platform::storableText(key)] = setting;
+        });
+    }
+    preferences.ignored.custom = textsIn(root.get(), "CustomIgnoredApps");
+    preferences.ignored.disabledBuiltIn = textsIn(root.get(), "DisabledBuiltInIgnoredApps");
+    return preferences;
+}
+
+std::string settingsKey(std::string_view name) {
+    return name == kMVCommNotificationSoundsName ? std::string(notificationSoundsTitle)
+                                                 : platform::storableText(name);
+}
+
+std::string_view checkinNameOfKey(std::string_view key) noexcept {
+    return key == notificationSoundsTitle ? kMVCommNotificationSoundsName : key;
+}

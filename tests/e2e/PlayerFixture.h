@@ -1,0 +1,121 @@
+#pragma once
+
+#include "e2e/PluginFixture.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <csignal>
+#include <map>
+
+using support::runCommand;
+using support::waitUntil;
+using namespace std::chrono_literals;
+
+inline constexpr float level = 0.5F;      // of every sample that is played
+inline constexpr float inaudible = 1e-7F; // what the recorder makes of silence
+
+/// A program that begins new streams of constant samples when it is told to.
+class Player {
+  public:
+    explicit Player(int streams = 1, std::chrono::milliseconds duration = 0ms,
+                    float samples = level)
+        : process_({STREAM_PLAYER, std::to_string(streams), std::to_string(duration.count()),
+                    std::to_string(samples)}) {
+        EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
+    }
+
+    void play() { process_.signal(SIGUSR1); }
+    std::uint32_t pid() const { return static_cast<std::uint32_t>(process_.pid()); }
+    support::ChildProcess& process() { return process_; }
+
+  private:
+    support::ChildProcess process_;
+};
+
+/// A stream as another mixer shows it.
+struct ShownStream {
+    int index = 0;
+    std::vector<int> percents; ///< of its channels
+    bool muted = false;
+};
+
+/// The streams of a process that another mixer shows, the oldest first.
+inline std::vector<ShownStream> shownStreams(std::uint32_t pid) {
+    const auto answer = runCommand({"pactl", "-f", "json", "list", "sink-inputs"});
+    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(answer.output));
+    std::map<int, ShownStream> streams;
+    for (const auto& value : document.array()) {
+        const QJsonObject object = value.toObject();
+        const QJsonValue properties = object["properties"];
+        if (properties["application.process.id"].toString() != QString::number(pid) &&
+            properties["media.name"].toString() != QStringLiteral("of %1").arg(pid))
+            continue;
+        ShownStream stream{object["index"].toInt(), {}, object["mute"].toBool()};
+        const QJsonObject volumes = object["volume"].toObject();
+        for (const auto& volume : volumes)
+            stream.percents.push_back(
+                volume.toObject()["value_percent"].toString().chopped(1).toInt());
+        streams[stream.index] = stream;
+    }
+    std::vector<ShownStream> sorted;
+    sorted.reserve(streams.size());
+    for (const auto& [index, stream] : streams)
+        sorted.push_back(stream);
+    return sorted;
+}
+
+/// What the person does in another mixer.
+inline void setElsewhere(const ShownStream& stream, const std::vector<std::string>& volumes) {
+    std::vector<std::string> command{"pactl", "set-sink-input-volume",
+                                     std::to_string(stream.index)};
+    command.insert(command.end(), volumes.begin(), volumes.end());
+    EXPECT_EQ(runCommand(command).status, 0);
+}
+
+/// For tests of what a person hears and sees of programs that play constant samples.
+class PlayerFixture : public PluginFixture {
+  protected:
+    /// Waits until these samples are heard and none that are louder. A busy machine lets a program
+    /// miss many a cycle.
+    bool hearsConstant(double value) {
+        std::pair<double, double> last;
+        const bool heard = waitUntil([&] {
+            const auto recording = recorder_->record(100ms);
+            const auto& samples = recording.channels[0];
+            const double tolerance = 0.002 * value + inaudible;
+            const auto matching = std::count_if(samples.begin(), samples.end(), [&](float sample) {
+                return std::abs(sample - value) <= tolerance;
+            });
+            const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
+            last = {*least, *greatest};
+            return *greatest <= value + tolerance &&
+                   matching > static_cast<std::ptrdiff_t>(samples.size() / 4);
+        });
+        EXPECT_TRUE(heard) << "heard " << last.first << " to " << last.second << " instead of "
+                           << value << "\n"
+                           << (plugin_ ? plugin_->output() : "");
+        return heard;
+    }
+
+    void awaitCheckin(const Player& player) {
+        EXPECT_TRUE(waitUntil([&] {
+            const auto programs = application_->programs();
+            return std::any_of(programs.begin(), programs.end(),
+                               [&](const auto& program) { return program.pid == player.pid(); });
+        })) << plugin_->output();
+    }
+
+    /// Waits until a stream that has just begun is no longer held at its volume.
+    void outlastHold() { recorder_->record(700ms); }
+
+    ShownStream onlyStream(const Player& player) {
+        std::vector<ShownStream> streams;
+        EXPECT_TRUE(waitUntil([&] {
+            streams = shownStreams(player.pid());
+            return streams.size() == 1;
+        }));
+        return streams.empty() ? ShownStream{} : streams.front();
+    }
+};

@@ -1,0 +1,248 @@
+#include "e2e/PluginFixture.h"
+#include "e2e/Sandbox.h"
+
+#include "platform/FileDescriptor.h"
+#include "support/PrivateFolder.h"
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <span>
+#include <sstream>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using platform::FileDescriptor;
+using support::ChildProcess;
+using support::PrivateAudioSession;
+using support::runCommand;
+using support::waitUntil;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr float level = 0.5F;      // of every sample that is played
+constexpr float inaudible = 1e-7F; // what the recorder makes of silence
+constexpr int rounds = 10;
+constexpr std::chrono::milliseconds duration{250};                            // of a stream
+constexpr std::size_t streamSamples = std::size_t{2} * 48 * duration.count(); // of both channels
+
+/// A program that begins a new stream of constant samples each time that it is told to.
+class Player {
+  public:
+    virtual ~Player() = default;
+    virtual void play() = 0;
+    virtual pid_t pid() const = 0;
+};
+
+/// One that plays on a signal.
+class SignalledPlayer : public Player {
+  public:
+    explicit SignalledPlayer(const std::vector<std::string>& command) : process_(command) {
+        EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
+    }
+    void play() override { process_.signal(SIGUSR1); }
+    pid_t pid() const override { return process_.pid(); }
+
+  private:
+    ChildProcess process_;
+};
+
+/// aplay, which makes a new stream for each of its files: here pipes, which it waits for.
+class AlsaPlayer : public Player {
+  public:
+    explicit AlsaPlayer(const std::string& device) {
+        std::vector<std::string> command{"aplay", "-q",     "-D", device, "-t", "raw",
+                                         "-f",    "S16_LE", "-c", "2",    "-r", "48000"};
+        for (int i = 0; i < 2 * rounds; ++i) {
+            pipes_.push_back(folder_.path() / std::to_string(i));
+            EXPECT_EQ(::mkfifo(pipes_.back().c_str(), 0600), 0);
+            command.push_back(pipes_.back());
+        }
+        process_ = std::make_unique<ChildProcess>(command);
+    }
+    ~AlsaPlayer() override { process_->stop(SIGKILL); } // it waits for the next of its pipes
+
+    void play() override {
+        FileDescriptor pipe;
+        EXPECT_TRUE(waitUntil([&] {
+            pipe.reset(::open(pipes_.at(played_).c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+            return static_cast<bool>(pipe);
+        }));
+        ++played_;
+        const std::vector<std::int16_t> samples(streamSamples,
+                                                static_cast<std::int16_t>(level * 32768));
+        const auto bytes = std::as_bytes(std::span(samples));
+        // All at once, so that closing it is the end of the stream.
+        EXPECT_GE(::fcntl(pipe.get(), F_SETPIPE_SZ, bytes.size()), 0);
+        EXPECT_EQ(::write(pipe.get(), bytes.data(), bytes.size()),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+    pid_t pid() const override { return process_->pid(); }
+
+  private:
+    const support::PrivateFolder folder_;
+    std::vector<std::string> pipes_;
+    std::size_t played_ = 0;
+    std::unique_ptr<ChildProcess> process_;
+};
+
+std::vector<std::string> paplay(const std::string& file) {
+    return {"paplay", "--raw", "--format=float32le", "--rate=48000", "--channels=2", file};
+}
+
+/// A sandboxed application, of which one process goes on while each sound is one of its own.
+class SandboxedPlayer : public Player {
+  public:
+    SandboxedPlayer() {
+        const std::vector<float> samples(streamSamples, level);
+        std::ofstream(sound_, std::ios::binary)
+            .write(reinterpret_cast<const char*>(samples.data()),
+                   static_cast<std::streamsize>(samples.size() * sizeof(float)));
+        start("/dev/zero");
+        EXPECT_TRUE(waitUntil([this] { return pid() != 0; }));
+    }
+    ~SandboxedPlayer() override {
+        for (const auto& process : processes_)
+            process->stop(SIGKILL);
+    }
+
+    void play() override { start(sound_); }
+    pid_t pid() const override { return childOf(processes_.front()->pid()); }
+
+  private:
+    void start(const std::string& file) {
+        roots_.push_back(std::make_unique<support::PrivateFolder>());
+        processes_.push_back(std::make_unique<ChildProcess>(
+            asFlatpak("org.example.Fox", roots_.back()->path(), paplay(file))));
+    }
+
+    const support::PrivateFolder folder_;
+    const std::string sound_ = folder_.path() / "sound";
+    std::vector<std::unique_ptr<support::PrivateFolder>> roots_;
+    std::vector<std::unique_ptr<ChildProcess>> processes_;
+};
+
+/// The streams that another mixer shows.
+std::vector<std::string> shownStreams() {
+    std::istringstream lines(runCommand({"pactl", "list", "short", "sink-inputs"}).output);
+    std::vector<std::string> streams;
+    for (std::string line; std::getline(lines, line);)
+        streams.push_back(line.substr(0, line.find('\t')));
+    return streams;
+}
+
+/// A kind of programs: how one of it is started, and a silent one of the same kind. What is set for
+/// that one, the session manager restores to others of the kind.
+struct Kind {
+    const char* name;
+    std::function<std::unique_ptr<Player>()> make;
+    std::vector<std::string> silent;
+};
+
+void PrintTo(const Kind& kind, std::ostream* stream) {
+    *stream << kind.name;
+}
+
+std::unique_ptr<Player> signalled(const std::vector<std::string>& command) {
+    return std::make_unique<SignalledPlayer>(command);
+}
+
+constexpr const char* sandboxed = "paplay_in_sandbox";
+const std::string milliseconds = std::to_string(duration.count());
+const std::string loud = std::to_string(level);
+
+std::vector<std::string> silentAplay(const char* device) {
+    return {"aplay", "-q", "-D", device, "-f", "S16_LE", "-c", "2", "-r", "48000", "/dev/zero"};
+}
+
+const std::array<Kind, 5> kinds{
+    {{"native",
+      [] {
+          return signalled({STREAM_PLAYER, "1", milliseconds, loud});
+      },
+      {STREAM_PLAYER, "1", "0", "0"}},
+     {"pulse",
+      [] {
+          return signalled({PULSE_PLAYER, milliseconds, loud});
+      },
+      {PULSE_PLAYER, "0", "0"}},
+     {"alsa", [] { return std::make_unique<AlsaPlayer>("pipewire"); }, silentAplay("pipewire")},
+     {"alsa_pulse", [] { return std::make_unique<AlsaPlayer>("pulse"); }, silentAplay("pulse")},
+     {sandboxed, [] { return std::make_unique<SandboxedPlayer>(); }, paplay("/dev/zero")}}};
+
+/// With a session manager that restores to each stream the last volume of one of its kind.
+class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamInterface<Kind> {
+  protected:
+    static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
+
+    /// Begins a stream of the kind that is never heard.
+    void beginSilentStream() {
+        silent_ = std::make_unique<ChildProcess>(GetParam().silent);
+        EXPECT_TRUE(waitUntil([&] {
+            if (shownStreams().empty() && silent_->outputSize() > 0)
+                silent_->signal(SIGUSR1);
+            return !shownStreams().empty();
+        }));
+        others_ = shownStreams();
+        ASSERT_EQ(others_.size(), 1U);
+        recorder_->record(700ms); // the volume of a new stream is held for a while
+    }
+
+    /// What the person sets in another mixer for the silent stream.
+    void setOther(int percent) {
+        EXPECT_EQ(runCommand({"pactl", "set-sink-input-volume", others_.front(),
+                              std::to_string(percent) + "%"})
+                      .status,
+                  0);
+    }
+
+    /// The samples that the player's next stream is heard with, all of them.
+    std::vector<float> nextStream(Player& player) {
+        player.play();
+        auto samples = recorder_->record(duration + 350ms).channels[0];
+        std::erase_if(samples, [](float sample) { return std::abs(sample) <= inaudible; });
+        return samples;
+    }
+
+    std::unique_ptr<ChildProcess> silent_;
+    std::vector<std::string> others_;
+};
+
+} // namespace
+
+TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
+    const bool isSandboxed = GetParam().name == std::string_view(sandboxed);
+    if (isSandboxed && !mayMakeNamespaces())
+        GTEST_SKIP() << "the system lets nobody make namespaces";
+    beginSilentStream();
+    setOther(30);
+    const auto player = GetParam().make();
+    if (isSandboxed)
+        awaitProcess(player->pid());
+    const auto restored = nextStream(*player);
+    ASSERT_FALSE(restored.empty());
+    EXPECT_NEAR(restored.front(), level * gainOf(30), 1e-4) << "it is restored";
+    awaitProcess(player->pid());
+
+    application_->setVolume(static_cast<std::uint32_t>(player->pid()), 50);
+    for (int i = 0; i < rounds; ++i) {
+        setOther(i % 2 == 0 ? 100 : 95);
+        const auto samples = nextStream(*player);
+        ASSERT_GT(samples.size(), 4800U) << "nothing played";
+        const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
+        EXPECT_NEAR(samples.front(), level * gainOf(50), 1e-4) << i;
+        EXPECT_NEAR(*greatest, level * gainOf(50), 1e-4) << i;
+        EXPECT_NEAR(*least, level * gainOf(50), 1e-4) << i;
+    }
+    application_->setMute(static_cast<std::uint32_t>(player->pid()), true);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(nextStream(*player).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Clients, PluginFirstSamplesTest, testing::ValuesIn(kinds),
+                         [](const auto& each) { return std::string(each.param.name); });

@@ -1,0 +1,152 @@
+#include "e2e/PreferencesFixture.h"
+#include "platform/MainQueue.h"
+#include "platform/PluginReports.h"
+#include "support/VolumeModel.h"
+#include "support/VolumeWindowProbe.h"
+#include "ui/VolumeWindow.h"
+
+#include <QCheckBox>
+#include <QSlider>
+
+using support::RowProbe;
+
+// What a person sees in the window and hears of it, with other mixers and with what is remembered.
+namespace {
+
+const QString name = QStringLiteral("stream_player");
+
+class RememberingWindowTest : public PreferencesFixture {
+  protected:
+    void SetUp() override {
+        PreferencesFixture::SetUp();
+        startApplication();
+        startPlugin();
+    }
+
+    void TearDown() override {
+        endApplication();
+        PreferencesFixture::TearDown();
+    }
+
+    void startApplication() {
+        model_.emplace(own_);
+        AppVolumeController& controller = model_->controller;
+        window_.emplace(controller);
+        reports_.emplace(
+            platform::PluginReports::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
+                                                  controller.changedElsewhere(pid, percent, muted);
+                                              },
+                                              [&](std::uint32_t pid, const QString& reason) {
+                                                  controller.notControllable(pid, reason);
+                                              },
+                                              [&] { controller.pluginHasGone(); }});
+        EXPECT_TRUE(model_->serve());
+        window_->show();
+    }
+
+    void endApplication() {
+        model_->controller.shutdown();
+        model_->comm.shutdown();
+        reports_.reset();
+        window_.reset();
+        model_.reset();
+    }
+
+    /// The player's row, once it is there.
+    RowProbe row() {
+        EXPECT_TRUE(waitUntil([&] { return RowProbe(*window_, name).slider != nullptr; }))
+            << plugin_->output();
+        return RowProbe(*window_, name);
+    }
+
+    bool shows(int percent, bool muted) {
+        const RowProbe shown = row();
+        const bool isShown = waitUntil(
+            [&] { return shown.slider->value() == percent && shown.mute->isChecked() == muted; });
+        EXPECT_TRUE(isShown) << shown.slider->value() << (shown.mute->isChecked() ? " muted" : "");
+        return isShown;
+    }
+
+    const platform::MainQueueService mainQueue_{loop_};
+    std::optional<support::VolumeModel> model_;
+    std::optional<VolumeWindow> window_;
+    std::optional<platform::PluginReports> reports_;
+};
+
+} // namespace
+
+TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) {
+    std::optional<Player> player(std::in_place);
+    player->play();
+    row().slider->setValue(50);
+    EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    outlastHold();
+    setElsewhereOnly(*player, 30);
+    EXPECT_TRUE(shows(30, false));
+    const std::string stream = std::to_string(onlyStream(*player).index);
+    runCommand({"pactl", "set-sink-input-mute", stream, "1"});
+    EXPECT_TRUE(shows(30, true));
+    runCommand({"pactl", "set-sink-input-mute", stream, "0"});
+    EXPECT_TRUE(shows(30, false));
+    EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+    EXPECT_EQ(onlyStream(*player).percents, (std::vector{30, 30})) << "and no command came of it";
+
+    row().slider->setValue(60);
+    EXPECT_TRUE(hearsConstant(level * gainOf(60))) << "the newest wins again";
+    outlastHold();
+    setElsewhereOnly(*player, 120);
+    EXPECT_TRUE(shows(100, false)) << "as far as it goes";
+    EXPECT_TRUE(hearsConstant(level * gainOf(120))) << "and is left as it is";
+    setElsewhereOnly(*player, 20);
+    EXPECT_TRUE(shows(20, false));
+    endApplication();
+    startApplication();
+    EXPECT_TRUE(shows(20, false));
+    player.emplace();
+    player->play();
+    EXPECT_TRUE(hearsConstant(level * gainOf(20)));
+    EXPECT_TRUE(shows(20, false));
+}
+
+TEST_F(RememberingWindowTest, IgnoringHidesAtOnceFreesAndIsTakenBack) {
+    Player player;
+    player.play();
+    row().slider->setValue(40);
+    row().mute->setChecked(true);
+    EXPECT_TRUE(hearsConstant(0));
+    outlastHold();
+    model_->ignoredApps.addCustomIgnore("Stream_Player");
+    EXPECT_FALSE(support::rowNames(*window_).contains(name)) << "before anybody had to be asked";
+    EXPECT_TRUE(hearsConstant(level));
+    ASSERT_TRUE(tells("nothing wanted, remembered 40 % muted, ignored"));
+    setElsewhereOnly(player, 70);
+    EXPECT_TRUE(hearsConstant(level * gainOf(70)));
+    Player next;
+    next.play();
+    EXPECT_TRUE(hearsConstant(level * (gainOf(70) + 1))) << "nothing of it is touched any more";
+    next.process().stop();
+
+    model_->ignoredApps.removeCustomIgnore("Stream_Player");
+    EXPECT_TRUE(shows(40, true));
+    EXPECT_TRUE(hearsConstant(0));
+    row().mute->setChecked(false);
+    EXPECT_TRUE(hearsConstant(level * gainOf(40)));
+}
+
+TEST_F(RememberingWindowTest, ASliderThatCanDoNothingIsDisabledAndSaysWhy) {
+    support::ChildProcess player({ODD_PLAYER, "iec958"});
+    const QString odd = QStringLiteral("odd_player");
+    const auto isEnabled = [&](bool enabled) {
+        return waitUntil([&] {
+            const QSlider* const slider = RowProbe(*window_, odd).slider;
+            return slider != nullptr && slider->isEnabled() == enabled &&
+                   slider->toolTip().isEmpty() == enabled;
+        });
+    };
+    EXPECT_TRUE(isEnabled(false));
+    player.signal(SIGUSR1);
+    EXPECT_TRUE(isEnabled(true)) << "one of its streams has a volume";
+    Player plain;
+    plain.play();
+    EXPECT_TRUE(row().slider->isEnabled());
+}

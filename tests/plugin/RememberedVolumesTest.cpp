@@ -1,0 +1,247 @@
+#include "plugin/RememberedVolumes.h"
+
+#include "comm/MVCommMessages.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::uint32_t pid = 10;
+constexpr std::uint32_t twin = 11; // of the same name
+constexpr WantedVolume nothing{};
+constexpr WantedVolume full{1.0F, false};
+
+WantedVolume volume(int percent) {
+    return {gainOfPercent(percent), std::nullopt};
+}
+
+WantedVolume both(int percent, bool muted) {
+    return {gainOfPercent(percent), muted};
+}
+
+/// A program "player", perhaps twice, whose host does as it is told.
+class RememberedVolumesTest : public testing::Test {
+  protected:
+    support::ManualClock clock_;
+    RememberedVolumes remembered_;
+    std::vector<RememberedVolumes::Program> programs_{{pid, "player", {}}};
+    std::vector<RememberedVolumes::Consequence> consequences_;
+
+    static Preferences says(const ProgramSetting& setting, IgnoredNames ignored = {}) {
+        Preferences preferences{{}, std::move(ignored)};
+        if (!setting.isPlain())
+            preferences.programs["player"] = setting;
+        return preferences;
+    }
+
+    /// Answers what the first program is to have now.
+    WantedVolume read(Preferences preferences) {
+        consequences_ = remembered_.read(std::move(preferences), programs_, clock_.now());
+        for (std::size_t i = 0; i < programs_.size(); ++i)
+            programs_[i].wanted.merge(consequences_[i].wanted);
+        return consequences_.empty() ? nothing : consequences_[0].wanted;
+    }
+    WantedVolume read(const ProgramSetting& setting) { return read(says(setting)); }
+
+    void command(const WantedVolume& change) {
+        programs_[0].wanted.merge(change);
+        remembered_.commanded(programs_[0], change, clock_.now());
+    }
+
+    std::optional<ProgramSetting> changeElsewhere(const WantedVolume& change,
+                                                  bool connected = true) {
+        const WantedVolume before = programs_[0].wanted;
+        programs_[0].wanted.merge(change);
+        return remembered_.changedElsewhere(programs_[0], before, connected, clock_.now());
+    }
+};
+
+} // namespace
+
+TEST_F(RememberedVolumesTest, TheFirstReadingIsForWhatComes) {
+    EXPECT_EQ(remembered_.of("player"), nothing);
+    EXPECT_EQ(read({40, true}), nothing) << "what plays may be quieter";
+    EXPECT_EQ(consequences_[0].forNext, both(40, true));
+    EXPECT_EQ(remembered_.of("player"), both(40, true));
+    EXPECT_EQ(remembered_.of("Player"), full) << "another one, which nobody has set";
+    EXPECT_EQ(remembered_.of(std::string(kMVCommNotificationSoundsName)), nothing);
+}
+
+TEST_F(RememberedVolumesTest, AnEntryCountsWhenItIsAnother) {
+    read(ProgramSetting{});
+    EXPECT_EQ(read({40, false}), volume(40));
+    EXPECT_EQ(read({40, false}), nothing);
+    EXPECT_EQ(read({40, true}), (WantedVolume{{}, true})) << "only what differs";
+    EXPECT_EQ(read(ProgramSetting{}), full) << "absent is full and not muted";
+    EXPECT_EQ(remembered_.of("player"), full) << "also for what comes";
+    EXPECT_EQ(consequences_[0].forNext, nothing);
+}
+
+TEST_F(RememberedVolumesTest, ForASecondAfterACommandTheFileSaysNothingAboutThatProgram) {
+    programs_.push_back({twin, "player", {}});
+    read(ProgramSetting{});
+    command(volume(50));
+    clock_.advance(100ms);
+    EXPECT_EQ(read({60, false}), nothing) << "an earlier step of a drag";
+    EXPECT_EQ(consequences_[1].wanted, volume(60)) << "the other one follows the file";
+    EXPECT_EQ(remembered_.of("player"), both(50, false));
+    clock_.advance(100ms);
+    EXPECT_EQ(read({50, false}), nothing);
+    EXPECT_EQ(consequences_[1].wanted, volume(50));
+    clock_.advance(799ms);
+    EXPECT_EQ(read({70, false}), nothing);
+    clock_.advance(1ms);
+    EXPECT_EQ(read({70, false}), nothing) << "it was read before";
+    EXPECT_EQ(read({80, false}), volume(80));
+    EXPECT_EQ(remembered_.of("player"), both(80, false));
+}
+
+TEST_F(RememberedVolumesTest, AChangeElsewhereIsReportedOnceAndOutlivesTheProgram) {
+    read({50, false});
+    programs_[0].wanted = both(50, false);
+    EXPECT_EQ(changeElsewhere(volume(30)), (ProgramSetting{30, false}));
+    EXPECT_EQ(remembered_.connected(programs_[0], clock_.now()), std::nullopt);
+    EXPECT_EQ(changeElsewhere({gainOfPercent(30) * 1.00001F, {}}), std::nullopt)
+        << "nobody sees it";
+    EXPECT_EQ(changeElsewhere({{}, true}, false), std::nullopt) << "the application is away";
+    EXPECT_EQ(changeElsewhere({1.728F, {}}, false), std::nullopt);
+    const RememberedVolumes::Program next{pid + 5, "player", remembered_.of("player")};
+    EXPECT_EQ(next.wanted, (WantedVolume{1.728F, true})) << "it is newer than the file";
+    EXPECT_EQ(remembered_.connected({7, "another", {}}, clock_.now()), std::nullopt);
+    EXPECT_EQ(remembered_.connected(next, clock_.now()), (ProgramSetting{120, true}));
+    EXPECT_EQ(remembered_.connected(next, clock_.now()), std::nullopt);
+}
+
+TEST_F(RememberedVolumesTest, WhatWasFoundAtFullVolumeIsNothingNew) {
+    EXPECT_EQ(changeElsewhere(full), std::nullopt);
+    EXPECT_EQ(remembered_.of("player"), nothing) << "no preferences, no say";
+    EXPECT_EQ(changeElsewhere(both(100, true)), (ProgramSetting{100, true}));
+}
+
+TEST_F(RememberedVolumesTest, WhatComesBackFromAReportIsNotTheFilesWord) {
+    read(ProgramSetting{});
+    const WantedVolume amplified{1.728F, {}}; // 120 percent
+    for (const WantedVolume& change : {volume(90), volume(80), volume(70), amplified})
+        EXPECT_TRUE(changeElsewhere(change));
+    clock_.advance(1900ms);
+    for (const int percent : {90, 70})
+        EXPECT_EQ(read({percent, false}), nothing) << "others are behind it";
+    EXPECT_EQ(read(ProgramSetting{}), nothing) << "as the application keeps it";
+    EXPECT_EQ(remembered_.of("player"), (WantedVolume{amplified.gain, false}));
+    EXPECT_EQ(read({60, false}), volume(60)) << "this is somebody's word";
+    EXPECT_TRUE(changeElsewhere(volume(65)));
+    clock_.advance(2s);
+    EXPECT_EQ(read({65, false}), nothing) << "it is as it should be";
+    EXPECT_EQ(read({60, false}), volume(60));
+}
+
+TEST_F(RememberedVolumesTest, TheNewestOfThreeWins) {
+    const auto byCommand = [this] { command(both(50, false)); };
+    const auto elsewhere = [this] { (void)changeElsewhere(both(30, false), false); };
+    const auto inFile = [this] { read({70, false}); };
+    struct Case {
+        std::vector<std::function<void()>> order;
+        int expected;
+    };
+    for (const auto& [order, expected] :
+         {Case{{byCommand, elsewhere, inFile}, 70}, Case{{byCommand, inFile, elsewhere}, 30},
+          Case{{elsewhere, inFile, byCommand}, 50}, Case{{inFile, elsewhere, byCommand}, 50},
+          Case{{elsewhere, byCommand, inFile}, 70}, Case{{inFile, byCommand, elsewhere}, 30}}) {
+        remembered_ = {};
+        programs_[0].wanted = {};
+        read({10, false});
+        for (const auto& step : order) {
+            clock_.advance(2s);
+            step();
+        }
+        EXPECT_EQ(settingOf(programs_[0].wanted), (ProgramSetting{expected, false}));
+        EXPECT_EQ(settingOf(remembered_.of("player")), (ProgramSetting{expected, false}));
+    }
+}
+
+TEST_F(RememberedVolumesTest, AnIgnoredProgramThatWasChangedIsFreedOnce) {
+    const IgnoredNames ignored{{"PLAYER"}, {}};
+    const auto freed = [this] {
+        EXPECT_TRUE(consequences_.at(0).ignored);
+        EXPECT_EQ(consequences_[0].wanted, nothing);
+        return consequences_[0].freed;
+    };
+    read({40, false});
+    EXPECT_EQ(read(says({40, false}, ignored)), nothing);
+    EXPECT_TRUE(freed());
+    read(says({30, false}, ignored));
+    EXPECT_FALSE(freed()) << "nothing of it is touched any more";
+    EXPECT_FALSE(remembered_.takeDebt("player"));
+    EXPECT_EQ(remembered_.of("player"), nothing);
+    EXPECT_EQ(changeElsewhere(volume(70)), std::nullopt);
+    command(volume(100));
+    EXPECT_EQ(read({30, false}), both(30, false)) << "taken up again at once";
+    EXPECT_EQ(remembered_.of("player"), both(30, false));
+}
+
+TEST_F(RememberedVolumesTest, OnlyWhatWeChangedIsFreed) {
+    const IgnoredNames ignored{{"player"}, {}};
+    struct Case {
+        const char* what;
+        std::function<void()> before;
+        bool expected;
+    };
+    for (const auto& [what, before, expected] :
+         {Case{"nothing", [] {}, false},
+          Case{"entry",
+               [this] {
+                   read({40, false});
+               },
+               true},
+          Case{"command",
+               [this] {
+                   command({{}, true});
+               },
+               true},
+          Case{"command to full", [this] { command(full); }, false},
+          Case{"elsewhere", [this] { (void)changeElsewhere(volume(40)); }, false},
+          Case{"both",
+               [this] {
+                   command(volume(50));
+                   (void)changeElsewhere(volume(40));
+               },
+               true}}) {
+        SCOPED_TRACE(what);
+        remembered_ = {};
+        programs_ = {{pid, "player", {}}};
+        read(ProgramSetting{});
+        before();
+        const RememberedVolumes asBefore = remembered_;
+        read(says({}, ignored));
+        EXPECT_EQ(consequences_[0].freed, expected);
+        // The same for a program that comes later.
+        remembered_ = asBefore;
+        programs_.clear();
+        read(says({}, ignored));
+        EXPECT_EQ(remembered_.takeDebt("player"), expected);
+        EXPECT_FALSE(remembered_.takeDebt("player"));
+    }
+}
+
+TEST_F(RememberedVolumesTest, WhatIsIgnoredFromTheStartIsLeftAlone) {
+    programs_.clear();
+    read(says({40, false}, {{"player"}, {}}));
+    EXPECT_EQ(remembered_.of("player"), nothing);
+    EXPECT_FALSE(remembered_.takeDebt("player")) << "that was long ago";
+    EXPECT_TRUE(remembered_.isIgnored("finder"));
+}
+
+TEST_F(RememberedVolumesTest, NotificationSoundsHaveTheirTitleInTheFile) {
+    programs_ = {{pid, "coreaudiod", {}}};
+    Preferences preferences;
+    preferences.programs["Sound Effects"] = {20, false};
+    read(Preferences{});
+    EXPECT_EQ(read(preferences), volume(20));
+    EXPECT_EQ(remembered_.of("coreaudiod"), both(20, false));
+    preferences.ignored.custom = {"coreaudiod"};
+    read(preferences);
+    EXPECT_TRUE(consequences_[0].freed);
+}
