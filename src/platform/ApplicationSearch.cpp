@@ -228,6 +228,8 @@ void ApplicationSearch::climb() {
         } else {
             isOver = true;
             unitAbove_ = systemdUnit(parent.process.controlGroups);
+            if (std::ranges::any_of(family_, [](const Member& each) { return each.entry; }))
+                return;
         }
     }
 }

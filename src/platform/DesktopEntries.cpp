@@ -114,7 +114,7 @@ bool DesktopEntries::scan(const std::string& path, const std::string& prefix) {
     subfolders_.push_back(path);
     bool changed = false;
     for (const std::string& name : namesIn(path)) {
-        const std::string filePath = path + "/" + name;
+        const std::string filePath = std::string(path).append("/").append(name);
         struct stat status {};
         if (::stat(filePath.c_str(), &status) != 0)
             continue;

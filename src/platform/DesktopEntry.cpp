@@ -34,13 +34,12 @@ std::vector<std::string> variantsOf(std::string language) {
     const std::string modifier = at == std::string::npos ? "" : language.substr(at);
     const std::string local = language.substr(0, std::min(language.find('.'), at));
     const std::string plain = local.substr(0, local.find('_'));
-    std::vector<std::string> variants{local + modifier, local, plain + modifier, plain};
-    const auto isRepeated = [&variants](const std::string& each) {
-        return &*std::ranges::find(variants, each) != &each;
-    };
-    std::vector<std::string> result;
-    std::ranges::copy_if(variants, std::back_inserter(result), std::not_fn(isRepeated));
-    return result;
+    std::vector<std::string> variants;
+    for (std::string each : {local + modifier, local, plain + modifier, plain}) {
+        if (std::ranges::find(variants, each) == variants.end())
+            variants.push_back(std::move(each));
+    }
+    return variants;
 }
 
 /// The main group of one file.
@@ -69,7 +68,7 @@ class EntryFile {
     std::string localText(const std::string& key, const std::string& languages) const {
         for (const std::string& language : split(languages, ':')) {
             for (const std::string& variant : variantsOf(language)) {
-                std::string found = text(key + "[" + variant + "]");
+                std::string found = text(std::string(key).append("[").append(variant).append("]"));
                 if (!found.empty())
                     return found;
                 if (variant == "en" || variant == "C")

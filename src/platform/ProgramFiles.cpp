@@ -48,7 +48,7 @@ std::string ProgramFiles::find(const std::string& word) const {
     if (word.find('/') != std::string::npos)
         return word.starts_with('/') && isExecutable(word) ? word : std::string();
     for (const std::string& folder : searchPath_) {
-        std::string path = folder + "/" + word;
+        std::string path = std::string(folder).append("/").append(word);
         if (isExecutable(path))
             return path;
     }
