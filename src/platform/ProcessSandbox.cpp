@@ -1,6 +1,6 @@
 #include "platform/ProcessSandbox.h"
 
-#include <charconv>
+#include "platform/SystemdUnit.h"
 
 namespace platform {
 
@@ -26,27 +26,6 @@ std::string flatpakIn(std::string_view description) {
     return {};
 }
 
-/// systemd writes characters that a unit's name may not have as \xHH.
-std::string unescaped(std::string_view unit) {
-    constexpr std::string_view mark = "\\x";
-    constexpr std::size_t length = 4;
-    constexpr int base = 16;
-    std::string result;
-    while (!unit.empty()) {
-        unsigned char code = 0;
-        if (unit.size() >= length && unit.starts_with(mark) &&
-            std::from_chars(unit.data() + mark.size(), unit.data() + length, code, base).ptr ==
-                unit.data() + length) {
-            result += static_cast<char>(code);
-            unit.remove_prefix(length);
-        } else {
-            result += unit.front();
-            unit.remove_prefix(1);
-        }
-    }
-    return result;
-}
-
 std::string sandboxOfUnit(std::string_view unit) {
     constexpr std::string_view flatpak = "app-flatpak-";
     constexpr std::string_view snap = "snap.";
@@ -56,11 +35,11 @@ std::string sandboxOfUnit(std::string_view unit) {
         // An instance number follows the id.
         const std::string_view body =
             unit.substr(flatpak.size(), unit.size() - flatpak.size() - scope.size());
-        return unescaped(body.substr(0, body.rfind('-')));
+        return unescapedUnit(body.substr(0, body.rfind('-')));
     }
     if (unit.starts_with(snap) && (isScope || unit.ends_with(".service"))) {
         const std::size_t end = unit.find('.', snap.size());
-        return unescaped(unit.substr(0, end));
+        return unescapedUnit(unit.substr(0, end));
     }
     return {};
 }

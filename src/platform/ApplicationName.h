@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+struct ProcessRecord;
+struct ProgramCommand;
+
+/// Names for programs. Any thread.
+
+/// No name of an application has more bytes.
+inline constexpr std::size_t longestApplicationName = 127;
+
+/// A text that a stranger chose as a name in one line: cut between two characters where it is too
+/// long, without blanks at its ends, and without what would disturb the line it stands in.
+std::string fittingName(std::string_view text);
+
+/// The name that a client of the sound server gives itself; of a name that a sound library gives
+/// the part that the program chose. Empty for one that says nothing about the program.
+std::string tellingName(std::string_view claimed);
+
+/// What to call a program that nobody has given a name: the file name of its executable, script or
+/// Windows program, or the folder of a game. Empty when the process is a bare interpreter.
+std::string programLabel(const ProgramCommand& command, const ProcessRecord& process);
+
+/// The folder of a program in one of Steam's libraries, which has the game's name; or empty.
+std::string gameFolder(std::string_view path);
+
+} // namespace platform
