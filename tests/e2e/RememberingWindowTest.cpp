@@ -3,10 +3,12 @@
 #include "platform/PluginReports.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
+#include "ui/VolumeNumbers.h"
 #include "ui/VolumeWindow.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
 
-#include <QCheckBox>
-#include <QSlider>
+#include <QTest>
 
 using support::RowProbe;
 
@@ -31,7 +33,10 @@ class RememberingWindowTest : public PreferencesFixture {
     void startApplication() {
         model_.emplace(own_);
         AppVolumeController& controller = model_->controller;
-        window_.emplace(controller);
+        window_.emplace(MVCollectionViewItem::Surroundings{
+            controller,
+            [this](const QString& ignored) { model_->ignoredApps.addCustomIgnore(ignored); },
+            [] { return false; }, [](float) {}});
         reports_.emplace(
             platform::PluginReports::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
                                                   controller.changedElsewhere(pid, percent, muted);
@@ -61,9 +66,13 @@ class RememberingWindowTest : public PreferencesFixture {
 
     bool shows(int percent, bool muted) {
         const RowProbe shown = row();
+        const auto percentShown = [&] {
+            return VolumeNumbers::percentOfFraction(
+                static_cast<double>(shown.slider->floatValue()));
+        };
         const bool isShown = waitUntil(
-            [&] { return shown.slider->value() == percent && shown.mute->isChecked() == muted; });
-        EXPECT_TRUE(isShown) << shown.slider->value() << (shown.mute->isChecked() ? " muted" : "");
+            [&] { return percentShown() == percent && shown.mute->app()->muted() == muted; });
+        EXPECT_TRUE(isShown) << percentShown() << (shown.mute->app()->muted() ? " muted" : "");
         return isShown;
     }
 
@@ -78,7 +87,7 @@ class RememberingWindowTest : public PreferencesFixture {
 TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) {
     std::optional<Player> player(std::in_place);
     player->play();
-    row().slider->setValue(50);
+    row().slideTo(50);
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
     outlastHold();
     setElsewhereOnly(*player, 30);
@@ -91,7 +100,7 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
     EXPECT_TRUE(hearsConstant(level * gainOf(30)));
     EXPECT_EQ(onlyStream(*player).percents, (std::vector{30, 30})) << "and no command came of it";
 
-    row().slider->setValue(60);
+    row().slideTo(60);
     EXPECT_TRUE(hearsConstant(level * gainOf(60))) << "the newest wins again";
     outlastHold();
     setElsewhereOnly(*player, 120);
@@ -111,8 +120,8 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
 TEST_F(RememberingWindowTest, IgnoringHidesAtOnceFreesAndIsTakenBack) {
     Player player;
     player.play();
-    row().slider->setValue(40);
-    row().mute->setChecked(true);
+    row().slideTo(40);
+    QTest::mouseClick(row().mute, Qt::LeftButton);
     EXPECT_TRUE(hearsConstant(0));
     outlastHold();
     model_->ignoredApps.addCustomIgnore("Stream_Player");
@@ -129,7 +138,7 @@ TEST_F(RememberingWindowTest, IgnoringHidesAtOnceFreesAndIsTakenBack) {
     model_->ignoredApps.removeCustomIgnore("Stream_Player");
     EXPECT_TRUE(shows(40, true));
     EXPECT_TRUE(hearsConstant(0));
-    row().mute->setChecked(false);
+    QTest::mouseClick(row().mute, Qt::LeftButton);
     EXPECT_TRUE(hearsConstant(level * gainOf(40)));
 }
 
@@ -138,9 +147,10 @@ TEST_F(RememberingWindowTest, ASliderThatCanDoNothingIsDisabledAndSaysWhy) {
     const QString odd = QStringLiteral("odd_player");
     const auto isEnabled = [&](bool enabled) {
         return waitUntil([&] {
-            const QSlider* const slider = RowProbe(*window_, odd).slider;
-            return slider != nullptr && slider->isEnabled() == enabled &&
-                   slider->toolTip().isEmpty() == enabled;
+            const RowProbe shown(*window_, odd);
+            return shown.slider != nullptr && shown.slider->isEnabled() == enabled &&
+                   model_->controller.reasonNotControllable(*shown.mute->app()).isEmpty() ==
+                       enabled;
         });
     };
     EXPECT_TRUE(isEnabled(false));
