@@ -1,7 +1,7 @@
 #include "BareWireServer.h"
 
 #include "framework/log/qnlog.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 
 #include <algorithm>
 #include <array>

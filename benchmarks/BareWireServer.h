@@ -1,8 +1,8 @@
 #pragma once
 
 #include "comm/MVCommCallbacks.h"
-#include "platform/FileDescriptor.h"
-#include "platform/MonotonicClock.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/MonotonicClock.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "Harness.h"
-#include "platform/PropertyList.h"
-#include "platform/UserDefaults.h"
+#include "platform/values/PropertyList.h"
+#include "platform/values/UserDefaults.h"
 #include "support/PrivateFolder.h"
 
 #include <QFile>

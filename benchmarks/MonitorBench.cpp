@@ -3,8 +3,8 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 #include "framework/monitor/RLBGTimer.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/DispatchQueue.h"
 
 #include <array>
 #include <atomic>

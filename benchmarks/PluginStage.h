@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MonotonicClock.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ChildProcess.h"
 #include "support/GraphStream.h"
 #include "support/ListeningApplication.h"

@@ -2,7 +2,7 @@
 #include "WindowProbe.h"
 
 #include "comm/MVCommSocketPath.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateAudioSession.h"
 #include "support/PrivateFolder.h"

@@ -1,7 +1,7 @@
 #include "Harness.h"
 
-#include "platform/RunLoop.h"
-#include "platform/Timer.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/Timer.h"
 
 #include <QBasicTimer>
 #include <QObject>

@@ -1,7 +1,7 @@
 #include "WirePlugins.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/ScriptedPlugin.h"
 
 #include <cerrno>

@@ -6,7 +6,7 @@
 #include "comm/MVCommCallbacks.h"
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 #include "support/PrivateFolder.h"
 
 #include <atomic>

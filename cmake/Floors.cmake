@@ -1,5 +1,5 @@
 # The floors of the house, enforced. Every library publishes an include folder of its own that
-# holds one link, FOLDER -> the source folder, so "platform/RunLoop.h" is found only by a target
+# holds one link, FOLDER -> the source folder, so "platform/loop/RunLoop.h" is found only by a target
 # that links the library of src/platform. A file that reaches up a floor does not build.
 #
 #   tonvale_library(NAME FOLDER platform SOURCES a.cpp b.cpp LINKS other libraries

@@ -1,7 +1,7 @@
 #include "app/CommandLine.h"
 
-#include "platform/Bundle.h"
-#include "platform/Localization.h"
+#include "platform/files/Bundle.h"
+#include "platform/text/Localization.h"
 
 #include <cstdio>
 

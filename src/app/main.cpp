@@ -1,11 +1,11 @@
 #include "app/CommandLine.h"
 #include "app/MVAppController.h"
 #include "framework/application/QNApplicationMain.h"
-#include "platform/Bundle.h"
-#include "platform/DescriptorLimit.h"
-#include "platform/SignalEvents.h"
-#include "platform/SingleInstance.h"
-#include "platform/SystemLog.h"
+#include "platform/bus/SingleInstance.h"
+#include "platform/files/Bundle.h"
+#include "platform/files/DescriptorLimit.h"
+#include "platform/loop/SignalEvents.h"
+#include "platform/processes/SystemLog.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

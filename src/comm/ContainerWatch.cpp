@@ -1,6 +1,6 @@
 #include "comm/ContainerWatch.h"
 
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 
 #include <filesystem>
 #include <system_error>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/monitor/QNItemContentChangeMonitor.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 
 #include <functional>
 #include <map>

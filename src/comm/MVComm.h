@@ -2,7 +2,7 @@
 
 #include "comm/MVCommCallbacks.h"
 #include "comm/MVCommConnectionProcess.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 
 #include <QList>
 #include <QSet>

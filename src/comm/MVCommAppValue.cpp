@@ -1,8 +1,8 @@
 #include "comm/MVCommAppValue.h"
 
 #include "comm/MVCommConnectedProcess.h"
-#include "platform/Localization.h"
-#include "platform/Workspace.h"
+#include "platform/desktop/Workspace.h"
+#include "platform/text/Localization.h"
 
 #include <utility>
 

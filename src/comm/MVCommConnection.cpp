@@ -1,9 +1,9 @@
 #include "comm/MVCommConnection.h"
 
-#include "platform/RunLoopSource.h"
-#include "platform/Socket.h"
-#include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/loop/RunLoopSource.h"
+#include "platform/loop/Socket.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/SystemLog.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "comm/MVCommLogText.h"
 
-#include "platform/PrintableText.h"
+#include "platform/text/PrintableText.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "comm/MVCommSocketPath.h"
 
-#include "platform/Directories.h"
+#include "platform/files/Directories.h"
 
 #include <cstdlib>
 #include <sys/stat.h>

@@ -4,13 +4,13 @@
 #include "comm/MVCommLogText.h"
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
-#include "platform/DispatchQueue.h"
-#include "platform/ExceptionReport.h"
-#include "platform/RunLoop.h"
-#include "platform/RunLoopSource.h"
-#include "platform/Socket.h"
-#include "platform/SystemLog.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopSource.h"
+#include "platform/loop/Socket.h"
+#include "platform/loop/UnixSocket.h"
+#include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
 
 #include <QFile>
 

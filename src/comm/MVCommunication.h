@@ -5,7 +5,7 @@
 #include "comm/MVCommLineLimit.h"
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommParser.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 
 #include <QList>
 #include <QString>

@@ -2,12 +2,12 @@
 
 #include "comm/MVCommLineLimit.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/ProcessInfo.h"
-#include "platform/RunLoopSource.h"
-#include "platform/Socket.h"
-#include "platform/StreamProcess.h"
-#include "platform/SystemLog.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/RunLoopSource.h"
+#include "platform/loop/Socket.h"
+#include "platform/loop/UnixSocket.h"
+#include "platform/processes/ProcessInfo.h"
+#include "platform/processes/StreamProcess.h"
+#include "platform/processes/SystemLog.h"
 
 #include <cerrno>
 #include <cstring>

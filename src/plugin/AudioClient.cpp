@@ -1,6 +1,6 @@
 #include "plugin/AudioClient.h"
 
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/ClientClaims.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/StreamProcess.h"
+#include "platform/processes/StreamProcess.h"
 #include "plugin/PipeWireHandles.h"
 
 #include <cstdint>

@@ -1,10 +1,10 @@
 #include "plugin/AudioServer.h"
 
-#include "platform/MonotonicClock.h"
-#include "platform/RunLoop.h"
-#include "platform/RunLoopSource.h"
-#include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopSource.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/SystemLog.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "plugin/AudioStream.h"
 
-#include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/AudioServer.h"
 #include "plugin/ClientClaims.h"
 #include "plugin/NodeWriter.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MonotonicClock.h"
-#include "platform/StreamProcess.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/processes/StreamProcess.h"
 #include "plugin/PipeWireHandles.h"
 #include "plugin/StreamObstacle.h"
 #include "plugin/StreamVolume.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/StreamProcess.h"
+#include "platform/processes/StreamProcess.h"
 
 #include <cstdint>
 #include <spa/utils/dict.h>

@@ -1,6 +1,6 @@
 #include "plugin/LevelMeter.h"
 
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 
 #include <algorithm>
 #include <map>

@@ -1,6 +1,6 @@
 #include "plugin/LevelReporter.h"
 
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 #include "plugin/AudioStream.h"
 #include "plugin/ProgramTable.h"
 

@@ -1,6 +1,6 @@
 #include "plugin/MeterFilter.h"
 
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/SamplePeak.h"
 

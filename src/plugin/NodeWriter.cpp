@@ -1,7 +1,7 @@
 #include "plugin/NodeWriter.h"
 
-#include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
 #include "plugin/StreamParam.h"

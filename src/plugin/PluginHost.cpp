@@ -1,7 +1,7 @@
 #include "plugin/PluginHost.h"
 
-#include "platform/ProcessInfo.h"
-#include "platform/SampleOutput.h"
+#include "platform/desktop/SampleOutput.h"
+#include "platform/processes/ProcessInfo.h"
 #include "plugin/ProgramName.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "plugin/PluginService.h"
 
-#include "platform/ExceptionReport.h"
-#include "platform/SessionBus.h"
-#include "platform/SystemLog.h"
+#include "platform/bus/SessionBus.h"
+#include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

@@ -1,6 +1,6 @@
 #include "plugin/PluginStatus.h"
 
-#include "platform/PrintableText.h"
+#include "platform/text/PrintableText.h"
 
 #include <algorithm>
 #include <cmath>

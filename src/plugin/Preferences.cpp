@@ -1,9 +1,9 @@
 #include "plugin/Preferences.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/PropertyListNode.h"
-#include "platform/PropertyListValues.h"
-#include "platform/StorableText.h"
+#include "platform/values/PropertyListNode.h"
+#include "platform/values/PropertyListValues.h"
+#include "platform/values/StorableText.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include "plugin/PreferencesFile.h"
 
-#include "platform/Directories.h"
-#include "platform/FileDescriptor.h"
-#include "platform/PropertyListNode.h"
-#include "platform/SystemLog.h"
+#include "platform/files/Directories.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/processes/SystemLog.h"
+#include "platform/values/PropertyListNode.h"
 
 #include <array>
 #include <cerrno>

@@ -1,8 +1,8 @@
 #include "plugin/PreferencesWatch.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/FileWatch.h"
-#include "platform/SystemLog.h"
+#include "platform/files/FileWatch.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/processes/SystemLog.h"
 
 #include <atomic>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "plugin/ProgramLife.h"
 
-#include "platform/ProcessInfo.h"
+#include "platform/processes/ProcessInfo.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "plugin/ProgramName.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/Utf8.h"
+#include "platform/text/Utf8.h"
 
 #include <algorithm>
 #include <span>

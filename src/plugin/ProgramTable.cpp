@@ -1,6 +1,6 @@
 #include "plugin/ProgramTable.h"
 
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "plugin/PseudoNumbers.h"
 
-#include "platform/StreamProcess.h"
+#include "platform/processes/StreamProcess.h"
 
 using platform::StreamProcess;
 

@@ -1,6 +1,6 @@
 #include "plugin/RouteSettings.h"
 
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 
 #include <pipewire/extensions/metadata.h>
 #include <string_view>

@@ -1,9 +1,9 @@
 #include "plugin/SoundEffects.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/AudioServerProcess.h"
-#include "platform/SystemLog.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/AudioServerProcess.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/ProgramTable.h"
 

@@ -1,6 +1,6 @@
 #include "plugin/StatusCommand.h"
 
-#include "platform/SessionBus.h"
+#include "platform/bus/SessionBus.h"
 #include "plugin/PluginService.h"
 
 #include <QDBusConnection>

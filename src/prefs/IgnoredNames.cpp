@@ -1,7 +1,7 @@
 #include "prefs/IgnoredNames.h"
 
-#include "platform/StorableText.h"
-#include "platform/Utf8.h"
+#include "platform/text/Utf8.h"
+#include "platform/values/StorableText.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommConnectedProcess.h"
-#include "platform/Workspace.h"
+#include "platform/desktop/Workspace.h"
 
 #include <QCollator>
 #include <QHash>

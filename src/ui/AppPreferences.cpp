@@ -1,6 +1,6 @@
 #include "ui/AppPreferences.h"
 
-#include "platform/PropertyList.h"
+#include "platform/values/PropertyList.h"
 #include "prefs/PreferenceKeys.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/NotificationCenter.h"
+#include "platform/bus/NotificationCenter.h"
 #include "ui/AppList.h"
 #include "ui/AppPreferences.h"
 #include "ui/PluginCommands.h"

@@ -1,6 +1,6 @@
 #include "ui/OneLineText.h"
 
-#include "platform/PrintableText.h"
+#include "platform/text/PrintableText.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "ui/PluginCommands.h"
 
 #include "comm/MVComm.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 
 #include <algorithm>
 #include <utility>

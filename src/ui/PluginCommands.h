@@ -1,8 +1,8 @@
 #pragma once
 
 #include "comm/MVCommMessages.h"
-#include "platform/MonotonicClock.h"
-#include "platform/Timer.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/loop/Timer.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,14 +1,14 @@
 #include "ui/PreferenceCopies.h"
 
 #include "comm/MVComm.h"
-#include "platform/CopyFolder.h"
-#include "platform/Directories.h"
-#include "platform/DispatchQueue.h"
-#include "platform/DispatchTimer.h"
-#include "platform/FileDescriptor.h"
-#include "platform/PrintableText.h"
-#include "platform/SystemLog.h"
-#include "platform/UserDefaults.h"
+#include "platform/files/CopyFolder.h"
+#include "platform/files/Directories.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/DispatchTimer.h"
+#include "platform/processes/SystemLog.h"
+#include "platform/text/PrintableText.h"
+#include "platform/values/UserDefaults.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/CopyFolderCalls.h"
-#include "platform/MonotonicClock.h"
+#include "platform/files/CopyFolderCalls.h"
+#include "platform/loop/MonotonicClock.h"
 
 #include <chrono>
 #include <filesystem>

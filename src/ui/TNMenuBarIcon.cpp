@@ -1,6 +1,6 @@
 #include "ui/TNMenuBarIcon.h"
 
-#include "platform/BundleImage.h"
+#include "platform/desktop/BundleImage.h"
 
 namespace {
 

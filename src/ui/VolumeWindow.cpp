@@ -1,7 +1,7 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVCommAppValue.h"
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 #include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/WindowSight.h"
+#include "platform/desktop/WindowSight.h"
 #include "ui/AppVolumeView.h"
 #include "ui/items/MVCollectionViewItem.h"
 

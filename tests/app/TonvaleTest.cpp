@@ -1,6 +1,6 @@
 #include "comm/MVCommSocketPath.h"
-#include "platform/DistributedNotification.h"
-#include "platform/UnixSocket.h"
+#include "platform/bus/DistributedNotification.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommCallbacks.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"

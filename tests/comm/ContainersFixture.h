@@ -2,7 +2,7 @@
 
 #include "CommFixture.h"
 #include "framework/monitor/QNItemContentChangeMonitor.h"
-#include "platform/MainQueue.h"
+#include "platform/loop/MainQueue.h"
 #include "support/ScopedVariable.h"
 #include "support/WaitUntil.h"
 

@@ -1,6 +1,6 @@
 #include "ServerFixture.h"
 
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "ServerFixture.h"
 
-#include "platform/FileDescriptor.h"
-#include "platform/Socket.h"
-#include "platform/Timer.h"
-#include "platform/UnixSocket.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/Socket.h"
+#include "platform/loop/Timer.h"
+#include "platform/loop/UnixSocket.h"
 
 #include "support/NoDescriptorsLeft.h"
 

@@ -1,7 +1,7 @@
 #include "comm/MVCommunication.h"
 
 #include "ServerFixture.h"
-#include "platform/Socket.h"
+#include "platform/loop/Socket.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
 

@@ -2,7 +2,7 @@
 
 #include "comm/MVCommSocketPath.h"
 #include "e2e/PreferencesFixture.h"
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 #include "plugin/Preferences.h"
 
 #include <iterator>

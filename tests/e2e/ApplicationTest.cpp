@@ -1,6 +1,6 @@
 #include "e2e/ApplicationFixture.h"
 
-#include "platform/DistributedNotification.h"
+#include "platform/bus/DistributedNotification.h"
 #include "support/ScriptedPlugin.h"
 
 namespace fs = std::filesystem;

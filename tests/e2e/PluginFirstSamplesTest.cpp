@@ -1,7 +1,7 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/Sandbox.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "support/PrivateFolder.h"
 
 #include <array>

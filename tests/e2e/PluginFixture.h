@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
 #include "support/ListeningApplication.h"
 #include "support/PrivateAudioSession.h"
 #include "support/SinkRecorder.h"

@@ -1,7 +1,7 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/SilentApplication.h"
 
-#include "platform/DistributedNotification.h"
+#include "platform/bus/DistributedNotification.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 

@@ -1,5 +1,5 @@
 #include "e2e/PlayerFixture.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
 #include "plugin/WriteLanes.h"
 
 #include <csignal>

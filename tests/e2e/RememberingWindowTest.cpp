@@ -1,6 +1,6 @@
 #include "e2e/PreferencesFixture.h"
-#include "platform/MainQueue.h"
-#include "platform/PluginReports.h"
+#include "platform/bus/PluginReports.h"
+#include "platform/loop/MainQueue.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
 #include "ui/VolumeNumbers.h"

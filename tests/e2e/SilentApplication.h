@@ -2,8 +2,8 @@
 
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/FileDescriptor.h"
-#include "platform/UnixSocket.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>

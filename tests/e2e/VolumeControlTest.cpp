@@ -1,5 +1,5 @@
-#include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
 #include "support/PrivateAudioSession.h"
 #include "support/SinkRecorder.h"
 #include "support/Tone.h"

@@ -1,6 +1,6 @@
-#include "platform/AudioServerProcess.h"
+#include "platform/processes/AudioServerProcess.h"
 
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 #include "support/WaitUntil.h"

@@ -1,4 +1,4 @@
-#include "platform/BackupExclusion.h"
+#include "platform/files/BackupExclusion.h"
 
 #include "support/PrivateFolder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/CopyFolder.h"
+#include "platform/files/CopyFolder.h"
 
 #include "support/FailingCopyCalls.h"
 #include "support/PrivateFolder.h"

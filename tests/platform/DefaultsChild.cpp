@@ -5,7 +5,7 @@
 //     defaults_child limited PATH             meets a full disk, which gets space again
 
 #include "DefaultsContent.h"
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 
 #include <csignal>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/DefaultsFileCalls.h"
-#include "platform/PropertyList.h"
-#include "platform/UserDefaults.h"
+#include "platform/values/DefaultsFileCalls.h"
+#include "platform/values/PropertyList.h"
+#include "platform/values/UserDefaults.h"
 #include "support/PrivateFolder.h"
 
 #include <QByteArray>

@@ -1,4 +1,4 @@
-#include "platform/DescriptorLimit.h"
+#include "platform/files/DescriptorLimit.h"
 
 #include <gtest/gtest.h>
 

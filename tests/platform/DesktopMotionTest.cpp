@@ -1,4 +1,4 @@
-#include "platform/DesktopMotion.h"
+#include "platform/desktop/DesktopMotion.h"
 
 #include "support/PrivateBus.h"
 #include "support/WaitUntil.h"

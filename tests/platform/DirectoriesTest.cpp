@@ -1,4 +1,4 @@
-#include "platform/Directories.h"
+#include "platform/files/Directories.h"
 
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"

@@ -5,12 +5,12 @@
 //     queue->sync([] { /* the same, and the caller waits; what it throws reaches the caller */ });
 //     queue->setTarget(DispatchQueue::main()); // from now on its blocks run on the main thread
 
-#include "platform/DispatchQueue.h"
+#include "platform/loop/DispatchQueue.h"
 
-#include "platform/DispatchTimer.h"
-#include "platform/ExceptionReport.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/DispatchTimer.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/processes/ExceptionReport.h"
 #include "support/ManualClock.h"
 #include "support/WaitUntil.h"
 

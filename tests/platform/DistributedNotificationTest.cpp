@@ -1,4 +1,4 @@
-#include "platform/DistributedNotification.h"
+#include "platform/bus/DistributedNotification.h"
 
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"

@@ -1,6 +1,6 @@
-#include "platform/Localization.h"
+#include "platform/text/Localization.h"
 
-#include "platform/ByteCount.h"
+#include "platform/text/ByteCount.h"
 
 #include <gtest/gtest.h>
 

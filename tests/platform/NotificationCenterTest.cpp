@@ -1,6 +1,6 @@
-#include "platform/NotificationCenter.h"
+#include "platform/bus/NotificationCenter.h"
 
-#include "platform/ExceptionReport.h"
+#include "platform/processes/ExceptionReport.h"
 
 #include <gtest/gtest.h>
 

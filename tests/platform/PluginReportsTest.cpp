@@ -1,4 +1,4 @@
-#include "platform/PluginReports.h"
+#include "platform/bus/PluginReports.h"
 
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"

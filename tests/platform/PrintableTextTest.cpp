@@ -1,4 +1,4 @@
-#include "platform/PrintableText.h"
+#include "platform/text/PrintableText.h"
 
 #include <gtest/gtest.h>
 

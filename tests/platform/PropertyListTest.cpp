@@ -1,6 +1,6 @@
-#include "platform/PropertyList.h"
+#include "platform/values/PropertyList.h"
 
-#include "platform/PropertyListNode.h"
+#include "platform/values/PropertyListNode.h"
 
 #include <QDateTime>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "platform/ResumeObserver.h"
+#include "platform/bus/ResumeObserver.h"
 
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"

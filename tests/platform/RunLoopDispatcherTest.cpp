@@ -1,7 +1,7 @@
-#include "platform/RunLoopDispatcher.h"
+#include "platform/loop/RunLoopDispatcher.h"
 
-#include "platform/RunLoop.h"
-#include "platform/Timer.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/Timer.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "platform/RunLoopNotifier.h"
+#include "platform/loop/RunLoopNotifier.h"
 
-#include "platform/RunLoop.h"
-#include "platform/Timer.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/Timer.h"
 
 #include <gtest/gtest.h>
 

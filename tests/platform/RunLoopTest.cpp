@@ -1,7 +1,7 @@
-#include "platform/RunLoop.h"
-#include "platform/ExceptionReport.h"
-#include "platform/RunLoopSource.h"
-#include "platform/Timer.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopSource.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/ExceptionReport.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>

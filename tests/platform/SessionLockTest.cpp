@@ -1,4 +1,4 @@
-#include "platform/SessionLock.h"
+#include "platform/bus/SessionLock.h"
 
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"

@@ -1,4 +1,4 @@
-#include "platform/SleepTimer.h"
+#include "platform/loop/SleepTimer.h"
 
 #include "support/PrivateBus.h"
 #include "support/WaitUntil.h"

@@ -1,6 +1,6 @@
-#include "platform/StreamProcess.h"
-#include "platform/ProcessInfo.h"
-#include "platform/ProcessSandbox.h"
+#include "platform/processes/StreamProcess.h"
+#include "platform/processes/ProcessInfo.h"
+#include "platform/processes/ProcessSandbox.h"
 
 #include <gtest/gtest.h>
 

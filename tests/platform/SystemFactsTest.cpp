@@ -1,6 +1,6 @@
-#include "platform/SystemFacts.h"
+#include "platform/processes/SystemFacts.h"
 
-#include "platform/SystemValue.h"
+#include "platform/values/SystemValue.h"
 #include "support/PrivateFolder.h"
 
 #include <gtest/gtest.h>

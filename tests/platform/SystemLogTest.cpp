@@ -1,6 +1,6 @@
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>

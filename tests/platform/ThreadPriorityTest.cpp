@@ -1,4 +1,4 @@
-#include "platform/ThreadPriority.h"
+#include "platform/loop/ThreadPriority.h"
 
 #include "support/PrivateBus.h"
 #include "support/WaitUntil.h"

@@ -1,4 +1,4 @@
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 
 #include "DefaultsContent.h"
 #include "DefaultsFixture.h"

@@ -7,10 +7,10 @@
 //     const auto token = defaults.observe("step", [] { /* on the main thread */ });
 //     defaults.synchronize(); // at the program's end
 
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 
 #include "DefaultsFixture.h"
-#include "platform/MainQueue.h"
+#include "platform/loop/MainQueue.h"
 #include "support/SystemLogRecorder.h"
 
 #include <QDateTime>

@@ -1,4 +1,4 @@
-#include "platform/WindowSight.h"
+#include "platform/desktop/WindowSight.h"
 
 #include "support/WaitUntil.h"
 

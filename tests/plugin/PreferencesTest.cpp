@@ -1,8 +1,8 @@
 #include "plugin/PreferencesFile.h"
 #include "plugin/PreferencesWatch.h"
 
-#include "platform/MainQueue.h"
-#include "platform/PropertyListNode.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/values/PropertyListNode.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"

@@ -1,6 +1,6 @@
 #include "plugin/ProgramLife.h"
-#include "platform/ProcessInfo.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/processes/ProcessInfo.h"
 #include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>

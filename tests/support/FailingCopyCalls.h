@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CopyFolderCalls.h"
+#include "platform/files/CopyFolderCalls.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "support/ManualClock.h"
 
-#include "platform/DispatchTimer.h"
+#include "platform/loop/DispatchTimer.h"
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MonotonicClock.h"
+#include "platform/loop/MonotonicClock.h"
 
 namespace support {
 

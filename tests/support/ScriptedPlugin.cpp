@@ -1,6 +1,6 @@
 #include "support/ScriptedPlugin.h"
 
-#include "platform/UnixSocket.h"
+#include "platform/loop/UnixSocket.h"
 
 #include <gtest/gtest.h>
 

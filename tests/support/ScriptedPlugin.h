@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommMessages.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <cstdint>
 #include <string>

@@ -3,7 +3,7 @@
 #include "support/SinkRecorder.h"
 #include "support/WaitUntil.h"
 
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 
 #include <cmath>
 #include <cstdlib>

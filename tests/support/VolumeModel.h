@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVComm.h"
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 #include "prefs/MVIgnoredApps.h"
 #include "support/PlainWorkspace.h"
 #include "ui/AppVolumeController.h"

@@ -1,6 +1,6 @@
 #include "support/WaitUntil.h"
 
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 
 #include <poll.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "ui/AppPreferences.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/values/UserDefaults.h"
 #include "support/PrivateFolder.h"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "RecordingView.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/MainQueue.h"
-#include "platform/NotificationCenter.h"
-#include "platform/RunLoop.h"
+#include "platform/bus/NotificationCenter.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ScriptedPlugin.h"
 #include "support/SystemLogRecorder.h"
 #include "support/VolumeModel.h"

@@ -1,5 +1,5 @@
 #include "AppVolumeFixture.h"
-#include "platform/PropertyList.h"
+#include "platform/values/PropertyList.h"
 #include "support/PrivateFolder.h"
 
 #include <QFile>

@@ -2,7 +2,7 @@
 
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"

@@ -1,9 +1,9 @@
 #include "ui/PreferenceCopies.h"
 
-#include "platform/MainQueue.h"
-#include "platform/PropertyList.h"
-#include "platform/RunLoop.h"
-#include "platform/UserDefaults.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/values/PropertyList.h"
+#include "platform/values/UserDefaults.h"
 #include "support/FailingCopyCalls.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"

@@ -1,9 +1,9 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVCommSocketPath.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
 #include "support/ScriptedPlugin.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"

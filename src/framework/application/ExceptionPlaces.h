@@ -1,7 +1,7 @@
 #pragma once
 
 /// Numbers that tell the places apart where the application object catches exceptions; those of
-/// platform/ExceptionReport.h end below.
+/// platform/processes/ExceptionReport.h end below.
 enum QNExceptionPlace : unsigned {
     kExceptionInOptions = 100,
     kExceptionInWillFinishLaunching = 101,

@@ -4,11 +4,11 @@
 #include "framework/application/QNGUIApplication.h"
 #include "framework/application/SignalTable.h"
 
-#include "platform/ExceptionReport.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
-#include "platform/SystemLog.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
+#include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
 
 #include <QApplication>
 #include <QTimer>

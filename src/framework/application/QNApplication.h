@@ -3,7 +3,7 @@
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNSignalProxy.h"
 
-#include "platform/Localization.h"
+#include "platform/text/Localization.h"
 
 #include <QDateTime>
 #include <QObject>

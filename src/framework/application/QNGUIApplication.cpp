@@ -2,9 +2,9 @@
 
 #include "framework/application/ApplicationClasses.h"
 
-#include "platform/Bundle.h"
-#include "platform/DispatchQueue.h"
-#include "platform/PropertyList.h"
+#include "platform/files/Bundle.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/values/PropertyList.h"
 
 #include <QApplication>
 #include <QEventLoop>

@@ -1,6 +1,6 @@
 #include "framework/application/QNSignalProxy.h"
 
-#include "platform/DispatchQueue.h"
+#include "platform/loop/DispatchQueue.h"
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include "framework/application/QNApplication.h"
 
-#include "platform/Directories.h"
+#include "platform/files/Directories.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "framework/async/ThreadLimit.h"
 
-#include "platform/SystemValue.h"
+#include "platform/values/SystemValue.h"
 
 #include <algorithm>
 #include <atomic>

@@ -3,8 +3,8 @@
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/qshuttle.h"
 
-#include "platform/CallStack.h"
-#include "platform/ThreadCalls.h"
+#include "platform/loop/ThreadCalls.h"
+#include "platform/processes/CallStack.h"
 
 #include <cstdio>
 #include <cstdlib>

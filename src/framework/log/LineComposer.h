@@ -2,7 +2,7 @@
 
 #include "framework/log/LocalTime.h"
 
-#include "platform/WallClock.h"
+#include "platform/loop/WallClock.h"
 
 #include <cstdint>
 #include <string>

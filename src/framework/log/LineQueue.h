@@ -2,7 +2,7 @@
 
 #include "framework/async/SpinFlag.h"
 
-#include "platform/WallClock.h"
+#include "platform/loop/WallClock.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "framework/log/LogBanner.h"
 
-#include "platform/Bundle.h"
+#include "platform/files/Bundle.h"
 
 namespace QN::log {
 

@@ -5,10 +5,10 @@
 #include "framework/log/LogRotation.h"
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/Bundle.h"
-#include "platform/SystemFacts.h"
-#include "platform/ThreadCalls.h"
-#include "platform/WallClock.h"
+#include "platform/files/Bundle.h"
+#include "platform/loop/ThreadCalls.h"
+#include "platform/loop/WallClock.h"
+#include "platform/processes/SystemFacts.h"
 
 #include <algorithm>
 #include <array>

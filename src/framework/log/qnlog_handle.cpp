@@ -1,6 +1,6 @@
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/SystemLog.h"
+#include "platform/processes/SystemLog.h"
 
 #include <utility>
 

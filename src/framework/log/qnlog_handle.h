@@ -7,8 +7,8 @@
 #include "framework/log/LogFile.h"
 #include "framework/log/qnlog.h"
 
-#include "platform/MonotonicClock.h"
-#include "platform/WallClock.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/loop/WallClock.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,9 +1,9 @@
 #include "framework/monitor/QNItemContentChangeProxy.h"
 
-#include "platform/ExceptionReport.h"
-#include "platform/FileWatch.h"
-#include "platform/MonotonicClock.h"
-#include "platform/SystemLog.h"
+#include "platform/files/FileWatch.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
 
 #include <chrono>
 #include <sstream>

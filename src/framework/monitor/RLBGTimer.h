@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DispatchQueue.h"
+#include "platform/loop/DispatchQueue.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "platform/SampleOutput.h"
+#include "platform/desktop/SampleOutput.h"
 #include "platform/sound/Recording.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SampleOutput.h"
+#include "platform/desktop/SampleOutput.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleMute.h"
 
-#include "platform/Localization.h"
+#include "platform/text/Localization.h"
 #include "ui/items/MVMuteImageView.h"
 
 AccessibleMute::AccessibleMute(MVMuteImageView& view)

@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleSlider.h"
 
-#include "platform/Localization.h"
+#include "platform/text/Localization.h"
 #include "ui/VolumeNumbers.h"
 #include "ui/items/TNVolumeSlider.h"
 

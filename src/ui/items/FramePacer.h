@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MonotonicClock.h"
-#include "platform/Timer.h"
+#include "platform/loop/MonotonicClock.h"
+#include "platform/loop/Timer.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "ui/items/MVCollectionItemBackgroundView.h"
 
-#include "platform/DesktopMotion.h"
-#include "platform/WallClock.h"
+#include "platform/desktop/DesktopMotion.h"
+#include "platform/loop/WallClock.h"
 #include "ui/AppVolumeController.h"
 #include "ui/items/ItemMotion.h"
 #include "ui/items/MVCollectionView.h"

@@ -1,7 +1,7 @@
 #include "ui/items/MVCollectionView.h"
 
-#include "platform/DesktopMotion.h"
-#include "platform/RunLoop.h"
+#include "platform/desktop/DesktopMotion.h"
+#include "platform/loop/RunLoop.h"
 #include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionViewItem.h"

@@ -1,7 +1,7 @@
 #include "ui/items/MVVolumeSlider.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/NotificationCenter.h"
+#include "platform/bus/NotificationCenter.h"
+#include "platform/loop/DispatchQueue.h"
 #include "ui/VolumeNumbers.h"
 #include "ui/items/SliderGeometry.h"
 #include "ui/theme/LighterColor.h"

@@ -1,7 +1,7 @@
 #include "ui/items/TNBeeper.h"
 
-#include "platform/Bundle.h"
-#include "platform/RunLoop.h"
+#include "platform/files/Bundle.h"
+#include "platform/loop/RunLoop.h"
 #include "ui/VolumeNumbers.h"
 
 #include <cstdlib>

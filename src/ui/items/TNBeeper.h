@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/SampleOutput.h"
-#include "platform/Timer.h"
+#include "platform/desktop/SampleOutput.h"
+#include "platform/loop/Timer.h"
 
 #include <array>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "ui/theme/MVBlackTheme.h"
 
-#include "platform/BundleImage.h"
+#include "platform/desktop/BundleImage.h"
 #include "ui/theme/LighterColor.h"
 
 #include <QPainter>

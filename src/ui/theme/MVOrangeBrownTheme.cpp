@@ -1,6 +1,6 @@
 #include "ui/theme/MVOrangeBrownTheme.h"
 
-#include "platform/BundleImage.h"
+#include "platform/desktop/BundleImage.h"
 #include "ui/theme/LighterColor.h"
 
 #include <QPainter>

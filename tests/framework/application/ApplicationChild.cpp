@@ -2,9 +2,9 @@
 #include "framework/application/QNApplication.h"
 #include "framework/application/QNApplicationMain.h"
 
-#include "platform/NotificationCenter.h"
-#include "platform/RunLoop.h"
-#include "platform/Timer.h"
+#include "platform/bus/NotificationCenter.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/Timer.h"
 
 #include <cstdio>
 #include <memory>

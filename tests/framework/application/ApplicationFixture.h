@@ -2,11 +2,11 @@
 
 #include "framework/application/QNGUIApplication.h"
 
-#include "platform/Directories.h"
-#include "platform/ExceptionReport.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
-#include "platform/RunLoopNotifier.h"
+#include "platform/files/Directories.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
+#include "platform/processes/ExceptionReport.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"

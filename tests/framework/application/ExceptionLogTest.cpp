@@ -1,7 +1,7 @@
 #include "ApplicationFixture.h"
 
-#include "platform/CallStack.h"
-#include "platform/Timer.h"
+#include "platform/loop/Timer.h"
+#include "platform/processes/CallStack.h"
 
 #include <stdexcept>
 

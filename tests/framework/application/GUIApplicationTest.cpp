@@ -1,6 +1,6 @@
 #include "ApplicationFixture.h"
 
-#include "platform/Alert.h"
+#include "platform/desktop/Alert.h"
 
 #include <QApplication>
 #include <QMessageBox>

@@ -2,8 +2,8 @@
 
 #include "framework/application/SupportPath.h"
 #include "framework/log/qnlog.h"
-#include "platform/BackupExclusion.h"
-#include "platform/ModifierKeys.h"
+#include "platform/desktop/ModifierKeys.h"
+#include "platform/files/BackupExclusion.h"
 #include "support/ScopedVariable.h"
 
 #include <filesystem>

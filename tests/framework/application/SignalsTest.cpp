@@ -7,8 +7,8 @@
 
 #include "ApplicationFixture.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/SignalEvents.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/SignalEvents.h"
 
 #include <atomic>
 #include <csignal>

@@ -6,11 +6,11 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 #include "framework/monitor/RLBGTimer.h"
 
-#include "platform/BackgroundLoop.h"
-#include "platform/DispatchQueue.h"
-#include "platform/RunLoop.h"
-#include "platform/SystemValue.h"
-#include "platform/ThreadCalls.h"
+#include "platform/loop/BackgroundLoop.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/ThreadCalls.h"
+#include "platform/values/SystemValue.h"
 #include "support/WaitUntil.h"
 
 #include <atomic>

@@ -2,9 +2,9 @@
 #include "framework/async/manager.h"
 #include "framework/async/worker.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
-#include "platform/SystemValue.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/values/SystemValue.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include "LogFixture.h"
 
-#include "platform/Bundle.h"
-#include "platform/SystemFacts.h"
+#include "platform/files/Bundle.h"
+#include "platform/processes/SystemFacts.h"
 
 #include <sys/utsname.h>
 #include <vector>

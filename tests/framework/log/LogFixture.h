@@ -3,7 +3,7 @@
 #include "framework/log/qnlog.h"
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/WallClock.h"
+#include "platform/loop/WallClock.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 #include "support/WaitUntil.h"

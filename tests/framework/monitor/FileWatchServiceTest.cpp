@@ -1,8 +1,8 @@
-#include "platform/FileWatchService.h"
+#include "platform/files/FileWatchService.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/FileWatch.h"
-#include "platform/RunLoop.h"
+#include "platform/files/FileWatch.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"

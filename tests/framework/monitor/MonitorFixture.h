@@ -2,10 +2,10 @@
 
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 
-#include "platform/BackgroundLoop.h"
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/BackgroundLoop.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "support/PrivateFolder.h"
 #include "support/WaitUntil.h"
 

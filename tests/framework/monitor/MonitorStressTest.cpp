@@ -1,6 +1,6 @@
 #include "MonitorFixture.h"
 
-#include "platform/ExceptionReport.h"
+#include "platform/processes/ExceptionReport.h"
 
 #include <random>
 #include <stdexcept>

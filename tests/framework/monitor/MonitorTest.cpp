@@ -11,7 +11,7 @@
 #include "MonitorFixture.h"
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 
-#include "platform/ExceptionReport.h"
+#include "platform/processes/ExceptionReport.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>

@@ -7,9 +7,9 @@
 
 #include "framework/monitor/RLBGTimer.h"
 
-#include "platform/BackgroundLoop.h"
-#include "platform/DispatchTimer.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/BackgroundLoop.h"
+#include "platform/loop/DispatchTimer.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 #include "support/WaitUntil.h"
 

@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleItems.h"
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "support/VolumeModel.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewItem.h"

@@ -1,4 +1,4 @@
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 #include "ui/items/TNBeeper.h"
 

@@ -1,5 +1,5 @@
 #include "ui/items/FramePacer.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>

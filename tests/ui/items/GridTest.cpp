@@ -1,7 +1,7 @@
 #include "ui/items/MVCollectionView.h"
 
-#include "platform/MainQueue.h"
-#include "platform/RunLoop.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
 #include "support/VolumeModel.h"
 #include "support/WaitUntil.h"

@@ -1,0 +1,225 @@
+#include "platform/applications/ApplicationName.h"
+
+#include "platform/applications/ProcessView.h"
+#include "platform/applications/ProgramCommand.h"
+#include "platform/applications/ProgramKinds.h"
+#include "platform/text/HarmlessText.h"
+#include "platform/text/PrintableText.h"
+#include "platform/text/Utf8.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+
+namespace platform {
+
+namespace {
+
+/// What sound libraries and runtimes say when the program says nothing.
+constexpr std::string_view emptyNames[] = {"ALSA plug-in",
+                                           "Audio Stream",
+                                           "AudioIPC Server",
+                                           "AudioStream",
+                                           "Chromium",
+                                           "Chromium input",
+                                           "CubebUtils",
+                                           "Electron",
+                                           "FMOD Ex App",
+                                           "FMOD Studio App",
+                                           "GStreamer",
+                                           "OpenAL Soft",
+                                           "PipeWire ALSA",
+                                           "Playback",
+                                           "PortAudio",
+                                           "SDL Application",
+                                           "WEBRTC VoiceEngine",
+                                           "aplay",
+                                           "audio stream",
+                                           "audio-src",
+                                           "electron",
+                                           "java",
+                                           "libcanberra",
+                                           "node",
+                                           "pacat",
+                                           "paplay",
+                                           "perl",
+                                           "playback",
+                                           "portaudio",
+                                           "pw-cat",
+                                           "pw-play",
+                                           "pulsesink",
+                                           "python",
+                                           "python3",
+                                           "ruby",
+                                           "unknown",
+                                           "wine-preloader",
+                                           "wine64-preloader"};
+
+bool isBlank(char each) noexcept {
+    return each == ' ' || each == '\t' || each == '\n' || each == '\r';
+}
+
+std::string_view trimmed(std::string_view text) noexcept {
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+/// Drops one of the endings, in any case of letters.
+std::string_view without(std::string_view name, std::initializer_list<std::string_view> endings) {
+    const auto isSame = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == b;
+    };
+    for (const std::string_view ending : endings) {
+        if (name.size() > ending.size() &&
+            std::ranges::equal(name.substr(name.size() - ending.size()), ending, isSame))
+            return name.substr(0, name.size() - ending.size());
+    }
+    return name;
+}
+
+/// A part of a file's name that tells the version or the machine, not the program.
+bool isVersionPart(std::string_view part) {
+    const bool isNumbered =
+        !part.empty() && (std::isdigit(static_cast<unsigned char>(part.front())) != 0 ||
+                          (part.size() > 1 && part.front() == 'v' &&
+                           std::isdigit(static_cast<unsigned char>(part[1])) != 0));
+    constexpr std::string_view parts[] = {"x86_64", "x86",   "amd64",  "arm64", "aarch64", "i386",
+                                          "linux",  "Linux", "stable", "x64",   "64bit"};
+    return isNumbered || std::ranges::find(parts, part) != std::end(parts);
+}
+
+std::string appImageLabel(std::string_view path) {
+    std::string_view name = without(fileName(path), {".appimage"});
+    for (bool isDone = false; !isDone;) {
+        isDone = true;
+        for (std::size_t at = name.find_last_of("-_ "); at != std::string_view::npos && at > 0;
+             at = at > 0 ? name.find_last_of("-_ ", at - 1) : std::string_view::npos) {
+            if (isVersionPart(name.substr(at + 1))) {
+                name = name.substr(0, at);
+                isDone = false;
+                break;
+            }
+        }
+    }
+    return std::string(name);
+}
+
+/// The part of a Java class's or module's name that means the program.
+std::string_view classLabel(std::string_view name) {
+    constexpr std::string_view general[] = {"App",  "Application", "Client",    "EntryPoint",
+                                            "Main", "Launcher",    "client",    "launcher",
+                                            "main", "desktop",     "Bootstrap", "__main__"};
+    name = name.substr(0, name.find('/'));
+    while (true) {
+        const std::size_t dot = name.rfind('.');
+        const std::string_view last = dot == std::string_view::npos ? name : name.substr(dot + 1);
+        if (dot == std::string_view::npos || std::ranges::find(general, last) == std::end(general))
+            return last;
+        name = name.substr(0, dot);
+    }
+}
+
+/// The part of a path that means an Electron program: its folder, above those that all have.
+std::string_view electronLabel(std::string_view path) {
+    constexpr std::string_view general[] = {"app", "app.asar", "dist", "main.js", "resources", "."};
+    std::string_view name = fileName(path);
+    while (std::ranges::find(general, name) != std::end(general)) {
+        path = folderName(path);
+        name = fileName(path);
+    }
+    return without(name, {".asar", ".js"});
+}
+
+std::string_view scriptLabel(const ProgramCommand& command) {
+    const std::string_view script = command.script;
+    switch (programRuntime(command.program)) {
+    case ProgramRuntime::electron:
+        return electronLabel(script);
+    case ProgramRuntime::java:
+        return script.ends_with(".jar") ? without(fileName(script), {".jar"}) : classLabel(script);
+    case ProgramRuntime::wine:
+        return without(fileName(script), {".exe", ".lnk", ".bat", ".msi"});
+    case ProgramRuntime::module:
+        if (script.find('/') == std::string_view::npos && !script.ends_with(".py"))
+            return classLabel(script);
+        break;
+    case ProgramRuntime::none:
+    case ProgramRuntime::script:
+    case ProgramRuntime::shell:
+        break;
+    }
+    const std::string_view name =
+        without(fileName(script), {".py", ".pyw", ".sh", ".bash", ".js", ".mjs", ".pl", ".rb",
+                                   ".lua", ".exe", ".dll", ".jar", ".php", ".qml"});
+    return name == "__main__" || name == "main" ? fileName(folderName(script)) : name;
+}
+
+} // namespace
+
+std::string fittingName(std::string_view text) {
+    std::string clean;
+    text = text.substr(0, text.find('\0'));
+    for (text = trimmed(text); !text.empty();) {
+        const std::size_t length = utf8Length(text);
+        const std::size_t taken = length != 0 ? length : 1;
+        const std::string_view bytes = text.substr(0, taken);
+        text.remove_prefix(taken);
+        if (length != 0 && bytes[0] != '\n' && disturbsLine(utf8Character(bytes)))
+            continue;
+        if (clean.size() + taken > longestApplicationName)
+            break;
+        clean += bytes;
+    }
+    clean.resize(trimmed(clean).size());
+    makeHarmless(clean, ControlsKept::none);
+    return clean;
+}
+
+std::string tellingName(std::string_view claimed) {
+    claimed = trimmed(claimed);
+    for (const std::string_view library : {"ALSA plug-in [", "PipeWire ALSA ["}) {
+        if (claimed.starts_with(library) && claimed.ends_with(']')) {
+            claimed.remove_prefix(library.size());
+            claimed.remove_suffix(1);
+        }
+    }
+    const bool isEmpty = std::ranges::find(emptyNames, claimed) != std::end(emptyNames) ||
+                         programRuntime(claimed) != ProgramRuntime::none;
+    return isEmpty ? std::string() : std::string(claimed);
+}
+
+std::string gameFolder(std::string_view path) {
+    // Windows programs of Steam see the library as a drive.
+    for (const std::string_view library :
+         {"/steamapps/common/", "\\steamapps\\common\\", "S:\\common\\"}) {
+        const std::size_t at = path.find(library);
+        if (at == std::string_view::npos)
+            continue;
+        const std::string_view rest = path.substr(at + library.size());
+        const std::size_t end = rest.find_first_of("/\\");
+        const std::string_view folder = rest.substr(0, end);
+        const bool isRuntime =
+            folder.starts_with("Proton") || folder.starts_with("SteamLinuxRuntime");
+        if (end != std::string_view::npos && !isRuntime)
+            return std::string(folder);
+    }
+    return {};
+}
+
+std::string programLabel(const ProgramCommand& command, const ProcessRecord& process) {
+    for (const std::string& path : {command.script, command.program}) {
+        if (std::string game = gameFolder(path); !game.empty())
+            return game;
+    }
+    if (!process.appImage.empty())
+        return appImageLabel(process.appImage);
+    if (command.isInterpreted)
+        return std::string(scriptLabel(command));
+    const std::string_view name = fileName(command.program);
+    return std::string(without(name, {".appimage", ".x86_64", ".x86", ".bin", "-bin", ".real"}));
+}
+
+} // namespace platform

@@ -1,0 +1,45 @@
+#include "platform/bus/NotificationCenter.h"
+
+#include "platform/processes/ExceptionReport.h"
+
+#include <utility>
+
+namespace platform {
+
+struct NotificationCenter::Entry {
+    std::function<void(const QVariant&)> handler;
+    bool active = true;
+};
+
+NotificationCenter& NotificationCenter::standard() {
+    static NotificationCenter center;
+    return center;
+}
+
+void NotificationCenter::post(const QString& name, const QVariant& object) {
+    // A copy, which keeps a handler alive that destroys its own observer.
+    const auto entries = entries_.value(name);
+    for (const auto& entry : entries) {
+        if (entry->active)
+            guarded(kExceptionInObserver, [&] { entry->handler(object); });
+    }
+}
+
+NotificationObserver::NotificationObserver(const QString& name,
+                                           std::function<void(const QVariant&)> handler)
+    : center_(NotificationCenter::standard())
+    , name_(name)
+    , entry_(std::make_shared<NotificationCenter::Entry>(
+          NotificationCenter::Entry{std::move(handler)})) {
+    center_.entries_[name_].push_back(entry_);
+}
+
+NotificationObserver::~NotificationObserver() {
+    entry_->active = false;
+    const auto found = center_.entries_.find(name_);
+    std::erase(*found, entry_);
+    if (found->empty())
+        center_.entries_.erase(found);
+}
+
+} // namespace platform

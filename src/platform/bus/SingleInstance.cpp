@@ -1,0 +1,164 @@
+#include "platform/bus/SingleInstance.h"
+
+#include "platform/bus/SessionBus.h"
+#include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QVariantMap>
+
+#include <chrono>
+#include <thread>
+
+namespace platform {
+
+namespace {
+
+/// How often, and at what distance, one that is about to end is given the time for it.
+constexpr int attempts = 30;
+constexpr std::chrono::milliseconds pause{100};
+
+constexpr int patienceForAnswer = 5000; // ms
+
+constexpr const char* applicationInterface = "org.freedesktop.Application";
+
+QString objectPath(const QString& name) {
+    return QLatin1Char('/') + QString(name).replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
+/// The token by which the desktop lets this start come to the front.
+QString ownToken() {
+    for (const char* const variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
+        QString token = qEnvironmentVariable(variable);
+        if (!token.isEmpty())
+            return token;
+    }
+    return {};
+}
+
+/// True when the other one has heard it.
+bool activateOther(const QDBusConnection& bus, const QString& name) {
+    const QString token = ownToken();
+    QVariantMap platformData;
+    if (!token.isEmpty()) {
+        platformData.insert(QStringLiteral("activation-token"), token);
+        platformData.insert(QStringLiteral("desktop-startup-id"), token);
+    }
+    auto call = QDBusMessage::createMethodCall(
+        name, objectPath(name), QLatin1String(applicationInterface), QStringLiteral("Activate"));
+    call.setArguments({platformData});
+    const QDBusMessage answer = bus.call(call, QDBus::Block, patienceForAnswer);
+    return answer.type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+/// The object that other starts, and the desktop, call.
+class SingleInstance::Service : public QDBusVirtualObject {
+  public:
+    explicit Service(QString name) : name_(std::move(name)) {}
+    ~Service() override {
+        auto bus = sessionBus();
+        bus.unregisterObject(objectPath(name_));
+        // Without waiting for an answer: the bus may be stuck.
+        auto release = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReleaseName"));
+        release.setArguments({name_});
+        bus.send(release);
+    }
+
+    enum class Start { first, second, refused };
+
+    Start start(QDBusConnection& bus) {
+        // The object comes first: whoever sees the name may call at once.
+        bus.registerVirtualObject(objectPath(name_), this);
+        const auto answer =
+            bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
+                                             QDBusConnectionInterface::DontAllowReplacement);
+        if (!answer.isValid())
+            return Start::refused;
+        return answer.value() == QDBusConnectionInterface::ServiceRegistered ? Start::first
+                                                                             : Start::second;
+    }
+
+    QString introspect(const QString& /*path*/) const override {
+        return QStringLiteral(R"(<interface name="org.freedesktop.Application">
+  <method name="Activate"><arg type="a{sv}" name="platform_data" direction="in"/></method>
+  <method name="Open"><arg type="as" name="uris" direction="in"/>
+    <arg type="a{sv}" name="platform_data" direction="in"/></method>
+  <method name="ActivateAction"><arg type="s" name="action_name" direction="in"/>
+    <arg type="av" name="parameter" direction="in"/>
+    <arg type="a{sv}" name="platform_data" direction="in"/></method>
+</interface>
+)");
+    }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        if (message.interface() != QLatin1String(applicationInterface))
+            return false;
+        connection.send(message.createReply());
+        QVariantMap data;
+        if (!message.arguments().isEmpty())
+            data = qdbus_cast<QVariantMap>(message.arguments().constLast());
+        QString token = data.value(QStringLiteral("activation-token")).toString();
+        if (token.isEmpty())
+            token = data.value(QStringLiteral("desktop-startup-id")).toString();
+        if (activated_)
+            guarded(kExceptionInNotification, [&] { activated_(token); });
+        return true;
+    }
+
+    Activated activated_;
+
+  private:
+    const QString name_;
+};
+
+SingleInstance::SingleInstance(const QString& name) : lock_(name.toStdString()) {}
+SingleInstance::~SingleInstance() = default;
+
+std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
+    std::unique_ptr<SingleInstance> made(new SingleInstance(name));
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (attempt > 0)
+            std::this_thread::sleep_for(pause);
+        switch (made->tryOnce(name)) {
+        case Outcome::acquired:
+            return made;
+        case Outcome::handedOver:
+            return nullptr;
+        case Outcome::otherIsSilent:
+            break;
+        }
+    }
+    systemLog(LogPriority::warning, "Another one is running, but can't be asked to show itself");
+    return nullptr;
+}
+
+/// The name says who is told of further starts, the lock also holds when the bus has been lost.
+SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
+    auto bus = sessionBus();
+    if (bus.isConnected()) {
+        auto service = std::make_unique<Service>(name);
+        const Service::Start start = service->start(bus);
+        if (start == Service::Start::second)
+            return activateOther(bus, name) ? Outcome::handedOver : Outcome::otherIsSilent;
+        if (start == Service::Start::first)
+            service_ = std::move(service);
+    }
+    if (lock_.take())
+        return Outcome::acquired;
+    service_.reset();
+    return Outcome::otherIsSilent;
+}
+
+void SingleInstance::onActivation(Activated activated) {
+    if (service_)
+        service_->activated_ = std::move(activated);
+}
+
+} // namespace platform

@@ -1,0 +1,43 @@
+#include "platform/files/DescriptorLimit.h"
+
+#include "platform/processes/SystemLog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sys/resource.h>
+
+namespace platform {
+
+namespace {
+
+constexpr rlim_t most = 65536;
+rlim_t limitAtStart = 0; // 0: not raised
+
+} // namespace
+
+void raiseDescriptorLimit() noexcept {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    const rlim_t wanted = std::min(limit.rlim_max, most);
+    if (limit.rlim_cur >= wanted)
+        return;
+    const rlim_t found = limit.rlim_cur;
+    limit.rlim_cur = wanted;
+    if (::setrlimit(RLIMIT_NOFILE, &limit) == 0)
+        limitAtStart = found;
+    else
+        systemLog(LogPriority::warning, "Couldn't raise the limit of descriptors: %s (%d)",
+                  std::strerror(errno), errno);
+}
+
+void restoreDescriptorLimit() noexcept {
+    rlimit limit{};
+    if (limitAtStart == 0 || ::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit.rlim_cur = std::min(limitAtStart, limit.rlim_max);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+} // namespace platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/loop/MonotonicClock.h"
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+class DispatchQueue;
+
+/// A one-shot timer that submits a block to a queue. No thread of its own; the clock is
+/// MonotonicClock, so a suspended machine makes it neither early nor lost. Any thread.
+class DispatchTimer {
+  public:
+    /// `block` is submitted to `queue` each time that the timer fires.
+    DispatchTimer(std::shared_ptr<DispatchQueue> queue, std::function<void()> block);
+
+    /// Cancels. A block that has been submitted already still runs.
+    ~DispatchTimer();
+    DispatchTimer(const DispatchTimer&) = delete;
+    DispatchTimer& operator=(const DispatchTimer&) = delete;
+
+    /// Fires once at `deadline`, in place of a deadline that was set before. Throws what
+    /// backgroundLoop() throws, and then keeps the former deadline.
+    void start(MonotonicClock::time_point deadline);
+
+    /// Makes no difference to a block that has been submitted already.
+    void cancel();
+
+    /// To be called by whoever moves a replaced clock: has all timers look at it again.
+    static void clockMoved();
+
+  private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace platform

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "platform/files/FileDescriptor.h"
+#include "platform/loop/MonotonicClock.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace platform {
+
+class RunLoopSource;
+class Timer;
+
+/// The event loop of one thread: descriptors (RunLoopSource), one-shot timers (Timer) and calls
+/// posted from other threads, all behind one epoll descriptor. A windowed program hands that
+/// descriptor to its toolkit's loop (RunLoopNotifier); a program without one calls run().
+///
+/// Every callback may run a loop of its own (a menu, a modal dialog) that calls turn() again, may
+/// destroy any source or timer including its own, and may throw: the exception is reported
+/// (ExceptionReport) and the loop goes on.
+///
+/// Belongs to the thread that made it; only post() and stop() may be called from others. It must
+/// outlive its sources and timers.
+class RunLoop {
+  public:
+    /// Throws std::system_error when the kernel has no descriptors left.
+    RunLoop();
+    ~RunLoop();
+    RunLoop(const RunLoop&) = delete;
+    RunLoop& operator=(const RunLoop&) = delete;
+
+    /// The newest run loop of the calling thread, or null. Not owned.
+    static RunLoop* current() noexcept;
+
+    /// Readable whenever turn() has something to do. Stays open as long as the loop lives.
+    int descriptor() const noexcept { return epoll_.get(); }
+
+    /// Serves what is ready now and returns without waiting: descriptors first, so that data that
+    /// has arrived restarts a timer before that timer can expire, then posted calls, then timers.
+    void turn();
+
+    /// Waits until there is something to serve, and serves what is ready.
+    void turnWhenReady();
+
+    /// Waits until there is something to serve, no longer than `bound`, and serves what is ready.
+    void turnWithin(MonotonicClock::duration bound);
+
+    /// Serves and waits until stop(). Blocks.
+    void run();
+
+    /// Makes the run() in progress, or the next one, return. Any thread.
+    void stop();
+
+    /// Has `call` made by a later turn, in the order of posting. Never blocks. Any thread.
+    void post(std::function<void()> call);
+
+  private:
+    friend class ReadBuffer;
+    friend class RunLoopSource;
+    friend class Timer;
+    struct Frame;
+
+    struct QueuedTimer {
+        MonotonicClock::time_point deadline;
+        std::uint64_t sequence;
+        Timer* timer;
+    };
+
+    /// What a turn has found besides sources.
+    struct Ready {
+        bool posted = false;
+        bool expired = false;
+    };
+
+    void serve(int timeout);
+    bool serveBatch(int timeout, Ready& found);
+    void servePostedCalls();
+    void serveTimers();
+    void settleFront();
+    bool takeStopRequest();
+
+    void forget(const RunLoopSource& source) noexcept;
+
+    void enqueue(Timer& timer);
+    void dequeue(Timer& timer) noexcept;
+    void siftUp(std::size_t index) noexcept;
+    void siftDown(std::size_t index) noexcept;
+    void place(std::size_t index, const QueuedTimer& entry) noexcept;
+    void armKernelTimer();
+    void disarmKernelTimer() noexcept;
+
+    const FileDescriptor epoll_;
+    const FileDescriptor wakeUp_;
+    const FileDescriptor kernelTimer_;
+
+    // The loop's thread only.
+    RunLoop* const previous_;
+    Frame* innermost_ = nullptr;
+    std::size_t sources_ = 0;
+    std::vector<QueuedTimer> timers_; // a binary heap, the earliest first
+    std::uint64_t timerSequence_ = 0;
+    MonotonicClock::time_point armedFor_ = MonotonicClock::time_point::max();
+    std::vector<std::vector<std::byte>> spareBuffers_;
+
+    std::mutex postedMutex_;
+    std::deque<std::function<void()>> posted_; // guarded by postedMutex_
+    bool stopRequested_ = false;               // guarded by postedMutex_
+};
+
+} // namespace platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/loop/SignalEvents.h"
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+class RunLoop;
+class RunLoopSource;
+
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
+/// failed writes (surviveFailedWrites()) end nothing. For a program without an application object.
+/// One at a time in a process.
+class TerminationSignals {
+  public:
+    /// `handler` gets the signal's number. The loop's thread only; throws std::system_error when
+    /// the kernel has no descriptors left.
+    TerminationSignals(RunLoop& loop, std::function<void(int)> handler);
+    ~TerminationSignals();
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
+
+  private:
+    SignalEvents events_;
+    std::unique_ptr<RunLoopSource> source_;
+};
+
+} // namespace platform

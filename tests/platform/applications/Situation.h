@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/applications/ApplicationResolver.h"
+#include "platform/applications/DesktopEntries.h"
+#include "platform/applications/ProcessView.h"
+#include "platform/applications/ProgramFiles.h"
+#include "platform/applications/RegularApplications.h"
+#include "support/PrivateFolder.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// What runs and what is installed at one moment, as a file tells it. README.md beside the files
+/// describes them.
+class Situation {
+  public:
+    /// A question about a process (or a client without one), and what a person would answer.
+    struct Question {
+        std::string title;
+        pid_t process = 0;
+        std::string sandbox;
+        platform::ClientProperties client;
+        platform::ApplicationIdentity expected;
+    };
+
+    /// Reads the file on top of the one that stands for the session in which it all happens.
+    /// Throws std::runtime_error when one of them says what nobody understands.
+    Situation(const std::filesystem::path& session, const std::filesystem::path& file);
+
+    const platform::DesktopEntries& entries() const { return *entries_; }
+    const platform::ProcessView& processes() const { return processes_; }
+    const std::vector<Question>& questions() const { return questions_; }
+
+    /// The names that a list of running applications should have; none: not asked.
+    const std::optional<std::vector<std::string>>& running() const { return running_; }
+
+    static constexpr uid_t user = 1000;
+
+  private:
+    class Files final : public platform::ProgramFiles {
+      public:
+        Files();
+        bool isExecutable(const std::string& path) const override;
+        std::string resolved(const std::string& path) const override;
+        bool isScript(const std::string& path) const override;
+
+        std::set<std::string> programs;
+        std::set<std::string> scripts;
+        std::map<std::string, std::string> links;
+    };
+
+    class Processes final : public platform::ProcessView {
+      public:
+        std::optional<platform::ProcessRecord> process(pid_t pid) const override;
+        std::optional<std::uint64_t> startTime(pid_t pid) const override;
+        std::vector<pid_t> processesOf(uid_t user) const override;
+
+        std::map<pid_t, platform::ProcessRecord> records;
+    };
+
+    class Reader;
+
+    const support::PrivateFolder folder_;
+    Files files_;
+    Processes processes_;
+    platform::DesktopSurroundings surroundings_;
+    std::unique_ptr<platform::DesktopEntries> entries_;
+    std::vector<Question> questions_;
+    std::optional<std::vector<std::string>> running_;
+};
