@@ -17,14 +17,14 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
 
 VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now) {
     wanted_.merge(change);
-    return props_ ? this->change(change, now) : VolumeWrite{};
+    return props_ ? bringAbout(change, now) : VolumeWrite{};
 }
 
 void VolumeKeeper::uphold(TimePoint now) noexcept {
     if (letGo_)
         return;
     hold_ = VolumeHold(now);
-    heardAlready_ = heardAlready_ && !adopted_; // what was found is wanted by now
+    heardAlready_ = false; // what was found is wanted by now
 }
 
 VolumeWrite VolumeKeeper::setRunning(bool running, TimePoint now) {
@@ -40,7 +40,7 @@ VolumeWrite VolumeKeeper::propsArrived(const StreamProps& props, TimePoint now) 
         return adopted_ ? apply(now) : VolumeWrite{};
     if (heardAlready_ || hold_.isOver(now))
         return changedElsewhere(*before, now);
-    return !isInEffect(wanted_, props) && hold_.takeWrite(now) ? change(wanted_, now)
+    return !isInEffect(wanted_, props) && hold_.takeWrite(now) ? bringAbout(wanted_, now)
                                                                : VolumeWrite{};
 }
 
@@ -60,7 +60,7 @@ VolumeWrite VolumeKeeper::finish(TimePoint now) {
 VolumeWrite VolumeKeeper::apply(TimePoint now) {
     if (heardAlready_)
         return applyQuietly(now);
-    return isInEffect(wanted_, *props_) ? VolumeWrite{} : change(wanted_, now);
+    return isInEffect(wanted_, *props_) ? VolumeWrite{} : bringAbout(wanted_, now);
 }
 
 /// Brings about what makes the stream quieter and takes the rest from what is in effect.
@@ -78,10 +78,10 @@ VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
         found.muted = props_->mute;
     wanted_.merge(found);
     found_.merge(found);
-    return change(quieter, now);
+    return bringAbout(quieter, now);
 }
 
-VolumeWrite VolumeKeeper::change(const WantedVolume& change, TimePoint now) {
+VolumeWrite VolumeKeeper::bringAbout(const WantedVolume& change, TimePoint now) {
     VolumeWrite write;
     if (needsRamp(change, now)) {
         if (change.gain)

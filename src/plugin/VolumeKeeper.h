@@ -14,7 +14,8 @@
 ///
 /// A new stream is held at what is wanted for a while, see VolumeHold. After that, a change that is
 /// not our own is a person's will. A stream that was already heard when we came is only ever made
-/// quieter by what is remembered; where it is quieter by itself, it stays as it was found.
+/// quieter by what is remembered; where it is quieter by itself, it stays as it was found. Before
+/// adopt() a stream is nobody's, and nothing is written.
 class VolumeKeeper {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -69,7 +70,7 @@ class VolumeKeeper {
   private:
     VolumeWrite apply(TimePoint now);
     VolumeWrite applyQuietly(TimePoint now);
-    VolumeWrite change(const WantedVolume& change, TimePoint now);
+    VolumeWrite bringAbout(const WantedVolume& change, TimePoint now);
     VolumeWrite changedElsewhere(const StreamProps& before, TimePoint now);
     void addUntouched(WantedVolume& will) const;
     bool needsRamp(const WantedVolume& change, TimePoint now);
@@ -81,7 +82,7 @@ class VolumeKeeper {
     VolumeHold hold_;
     bool heardAlready_ = false;
     bool adopted_ = false;
-    bool letGo_ = false;
+    bool letGo_ = true;
     bool running_ = false;
     WantedVolume wanted_;
     WantedVolume elsewhere_;

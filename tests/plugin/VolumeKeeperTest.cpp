@@ -251,6 +251,17 @@ TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
     EXPECT_EQ(stream_.channelVolumes, Volumes(6, half)) << "taken up again";
 }
 
+TEST_F(VolumeKeeperTest, AStreamThatBelongsToNoProgramIsNeverWritten) {
+    tell();
+    now_ += VolumeHold::duration;
+    changeElsewhere({half, half});
+    keeper_->uphold(now_);
+    changeElsewhere({0.9F, 0.9F});
+    now_ += VolumeHold::duration;
+    changeElsewhere(Volumes(6, 0.7F));
+    EXPECT_EQ(writes_, 0);
+}
+
 TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {
     stream_.channelVolumes = {};
     play(wantsHalf);
