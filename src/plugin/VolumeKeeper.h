@@ -42,7 +42,7 @@ class VolumeKeeper {
     void letGo() noexcept { letGo_ = true; }
 
     /// Whether the stream is heard. What is not heard needs no ramp.
-    [[nodiscard]] VolumeWrite setRunning(bool running, TimePoint now);
+    [[nodiscard]] VolumeWrite setRunning(bool running);
 
     /// The server told what is in effect.
     [[nodiscard]] VolumeWrite propsArrived(const StreamProps& props, TimePoint now);
@@ -53,7 +53,7 @@ class VolumeKeeper {
     [[nodiscard]] VolumeWrite step(TimePoint now);
 
     /// Ends a ramp with its last value.
-    [[nodiscard]] VolumeWrite finish(TimePoint now);
+    [[nodiscard]] VolumeWrite finish();
 
     /// What the server told last; nothing before the first time.
     const std::optional<StreamProps>& props() const noexcept { return props_; }
@@ -71,13 +71,13 @@ class VolumeKeeper {
     VolumeWrite apply(TimePoint now);
     VolumeWrite applyQuietly(TimePoint now);
     VolumeWrite bringAbout(const WantedVolume& change, TimePoint now);
-    VolumeWrite changedElsewhere(const StreamProps& before, TimePoint now);
+    VolumeWrite changedElsewhere(const StreamProps& before);
     void addUntouched(WantedVolume& will) const;
-    bool needsRamp(const WantedVolume& change, TimePoint now);
-    VolumeWrite written(VolumeWrite write, TimePoint now);
+    bool needsRamp(const WantedVolume& change, TimePoint now) const;
+    VolumeWrite written(VolumeWrite write);
     std::vector<float> volumesAt(float gain) const;
-    float newestGain(TimePoint now);
-    bool isMuted(TimePoint now);
+    float newestGain() const;
+    bool isMuted() const;
 
     VolumeHold hold_;
     bool heardAlready_ = false;
