@@ -170,12 +170,28 @@ void PluginHost::streamStateChanged(AudioStream&) {
 }
 
 void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
-    Program* const program = voices_.at(stream.id()).program;
+    const Voice& changed = voices_.at(stream.id());
+    Program* const program = changed.program;
     if (program == nullptr)
         return;
     program->changedElsewhere(change);
+    haveOthersFollow(changed, change);
     if (program == effects_.program() && !program->isLeftAlone())
         effects_.changedElsewhere();
+}
+
+/// The streams of one process may differ, but its further processes are the same item to a person.
+void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& change) {
+    if (!changed.player || changed.program->isLeftAlone())
+        return;
+    WantedVolume all = change;
+    if (all.gain)
+        all.gain = std::min(*all.gain, *kFullVolume.gain);
+    for (const auto& [id, voice] : voices_) {
+        if (voice.program == changed.program && voice.player &&
+            !voice.player->process.isSameProcess(changed.player->process))
+            voice.stream->want(all);
+    }
 }
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {

@@ -86,6 +86,7 @@ class PluginHost : private AudioServer::Listener,
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
+    void haveOthersFollow(const Voice& changed, const WantedVolume& change);
     void identify(Voice& voice);
     void identifyAgain();
     std::optional<StreamPlayer> playerOf(const AudioStream& stream);
