@@ -1,21 +1,34 @@
 #include "platform/desktop/Workspace.h"
 
-#include "platform/desktop/BundleImage.h"
-
+#include <QPainter>
 #include <QPixmap>
 
 namespace platform {
 
 namespace {
 
-/// For a desktop without an icon theme; nothing to see when the bundle lacks that too.
-const QIcon& ownIcon() {
-    static const auto& icon = *new QIcon([] {
-        const QIcon drawn = bundleIcon(QStringLiteral("application.icns"));
-        QPixmap blank(1, 1);
-        blank.fill(Qt::transparent);
-        return drawn.isNull() ? QIcon(blank) : drawn;
-    }());
+constexpr int iconSizes[] = {16, 32, 64, 128};
+
+/// A plain window, for a desktop without an icon theme.
+QPixmap drawnApplication(int size) {
+    const QColor frame(0x60, 0x68, 0x70);
+    const QColor content(0xe8, 0xea, 0xec);
+    const qreal unit = size / 16.0;
+    QPixmap pixmap(size, size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(frame);
+    painter.drawRoundedRect(QRectF(unit, 2 * unit, 14 * unit, 12 * unit), unit, unit);
+    painter.fillRect(QRectF(2 * unit, 5 * unit, 12 * unit, 8 * unit), content);
+    return pixmap;
+}
+
+QIcon drawnApplicationIcon() {
+    QIcon icon;
+    for (const int size : iconSizes)
+        icon.addPixmap(drawnApplication(size));
     return icon;
 }
 
@@ -28,8 +41,7 @@ class DesktopWorkspace final : public Workspace {
     QIcon genericApplicationIcon() const override {
         const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
         // A theme may name a file that is damaged or of a format without a reader.
-        constexpr int trial = 32;
-        return themed.pixmap(trial).isNull() ? ownIcon() : themed;
+        return themed.pixmap(iconSizes[1]).isNull() ? drawnApplicationIcon() : themed;
     }
 };
 
