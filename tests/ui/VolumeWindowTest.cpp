@@ -102,7 +102,6 @@ TEST_F(VolumeWindowTest, TheTipTellsThePathAndOverTheSliderThePercentOrWhyItCann
     model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
     EXPECT_EQ(row.item->tipAt(overSlider),
               QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
-    EXPECT_TRUE(row.item->tipAt({}).endsWith(row.item->tipAt(overSlider))) << "there too";
 }
 
 TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {

@@ -186,9 +186,9 @@ bool MVCollectionViewItem::event(QEvent* event) {
 QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (app_ == nullptr)
         return {};
-    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
     if (!slider_->geometry().contains(place))
-        return paragraph(label_->text()) + paragraph(app_->path()) + paragraph(reason);
+        return paragraph(label_->text()) + paragraph(app_->path());
+    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
     return paragraph(!reason.isEmpty() ? reason
                                        : formatted(QStringLiteral("%d %%"),
                                                    surroundings_.controller.percentOf(*app_)));

@@ -67,7 +67,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     QMenu* makeContextMenu(QWidget* parent);
 
     /// What the tool tip says there, as HTML: of the slider the percent, or why it cannot be moved;
-    /// elsewhere the program's name and path, and why it cannot be controlled, if so.
+    /// elsewhere the program's name and path.
     QString tipAt(const QPoint& place) const;
 
     /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away
