@@ -92,10 +92,9 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
     outlastHold();
     setElsewhereOnly(*player, 30);
     EXPECT_TRUE(shows(30, false));
-    const std::string stream = std::to_string(onlyStream(*player).index);
-    runCommand({"pactl", "set-sink-input-mute", stream, "1"});
+    muteElsewhere(onlyStream(*player), true);
     EXPECT_TRUE(shows(30, true));
-    runCommand({"pactl", "set-sink-input-mute", stream, "0"});
+    muteElsewhere(onlyStream(*player), false);
     EXPECT_TRUE(shows(30, false));
     EXPECT_TRUE(hearsConstant(level * gainOf(30)));
     EXPECT_EQ(onlyStream(*player).percents, (std::vector{30, 30})) << "and no command came of it";
