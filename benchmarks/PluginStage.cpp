@@ -35,6 +35,15 @@ Clock::duration processorTime(pid_t pid) {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+Clock::duration processorTime(PrivateAudioSession& session) {
+    Clock::duration sum{};
+    for (const char* const service :
+         {PrivateAudioSession::server, PrivateAudioSession::sessionManager,
+          PrivateAudioSession::pulseService})
+        sum += processorTime(session.processOf(service));
+    return sum;
+}
+
 std::uint32_t ownPid() {
     return static_cast<std::uint32_t>(::getpid());
 }
@@ -50,12 +59,7 @@ PluginStage::PluginStage(int programs) {
 }
 
 Clock::duration PluginStage::timeOfServices() {
-    Clock::duration sum{};
-    for (const char* const service :
-         {PrivateAudioSession::server, PrivateAudioSession::sessionManager,
-          PrivateAudioSession::pulseService})
-        sum += processorTime(session_.processOf(service));
-    return sum;
+    return processorTime(session_);
 }
 
 bool PluginStage::hearsAll() {

@@ -35,6 +35,9 @@ double milliseconds(platform::MonotonicClock::duration duration);
 /// Processor time that a process has had, all threads, those included that have ended.
 platform::MonotonicClock::duration processorTime(pid_t pid);
 
+/// Of an audio session's three services together.
+platform::MonotonicClock::duration processorTime(support::PrivateAudioSession& session);
+
 std::uint32_t ownPid();
 
 /// An audio session, the application's side of the socket, and programs that play noise. One at a

@@ -1,15 +1,10 @@
+#include "Desktop.h"
 #include "Harness.h"
 #include "WindowProbe.h"
 
-#include "comm/MVCommSocketPath.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
-#include "support/NamedCopy.h"
-#include "support/PrivateAudioSession.h"
-#include "support/PrivateFolder.h"
-#include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
-#include "support/VirtualDisplay.h"
 #include "support/WaitUntil.h"
 
 #include <algorithm>
@@ -27,6 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
+using bench::Desktop;
 using bench::Picture;
 using support::ChildProcess;
 using Clock = bench::WindowProbe::Clock;
@@ -39,81 +35,10 @@ constexpr const char* qtPeer = "pavucontrol-qt";
     throw std::runtime_error(what + "; the program said: " + program.output());
 }
 
-/// The home of one program: no other reads its settings, and what it caches lasts for a figure.
-class Home {
-  public:
-    Home() {
-        environment_.emplace_back("HOME", folder_.path());
-        for (const auto& [variable, name] : {std::pair{"XDG_CONFIG_HOME", "config"},
-                                             {"XDG_DATA_HOME", "data"},
-                                             {"XDG_STATE_HOME", "state"},
-                                             {"XDG_CACHE_HOME", "cache"},
-                                             {"TONVALE_SOCKET_DIR", "sockets"},
-                                             {"TONVALE_LOCAL_LIBRARY", "library"}}) {
-            const fs::path path = folder_.path() / name;
-            fs::create_directory(path);
-            fs::permissions(path, fs::perms::owner_all);
-            environment_.emplace_back(variable, path);
-        }
-    }
-
-    ChildProcess::Options options() const { return {.environment = environment_}; }
-    std::string log() const { return folder_.path() / "state/Tonvale/Tonvale.log"; }
-    std::string socket() const { return folder_.path() / "sockets" / kMVCommSocketName; }
-
-  private:
-    const support::PrivateFolder folder_;
-    std::vector<std::pair<std::string, std::string>> environment_;
-};
-
-/// A display without a window manager, a session bus and an audio server with five programs that
-/// play silence. One at a time.
-class Desktop {
-  public:
-    Desktop() {
-        for (int i = 0; i < streams; ++i) {
-            const support::NamedCopy& program =
-                *copies_.emplace_back(std::make_unique<support::NamedCopy>(
-                    "/usr/bin/pacat", "player-" + std::to_string(i)));
-            players_.push_back(std::make_unique<ChildProcess>(
-                std::vector<std::string>{program.path(), "--playback", "--raw", "/dev/zero"}));
-        }
-        if (!support::waitUntil([] { return playing() == streams; }))
-            throw std::runtime_error("the programs do not play");
-        current_ = this;
-    }
-    ~Desktop() { current_ = nullptr; }
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
-
-    static Desktop& current() { return *current_; }
-
-    bench::WindowProbe& probe() { return probe_; }
-    Home& homeOf(const std::string& program) { return homes_[program]; }
-
-  private:
-    static std::ptrdiff_t playing() {
-        const auto answer = support::runCommand({"pactl", "list", "short", "sink-inputs"});
-        return std::ranges::count(answer.output, '\n');
-    }
-
-    /// These would have programs use another session or look different.
-    const support::ScopedVariable unset_[8] = {
-        {"WAYLAND_DISPLAY", {}},      {"PULSE_SERVER", {}},     {"PULSE_SINK", {}},
-        {"PIPEWIRE_REMOTE", {}},      {"GTK_THEME", {}},        {"GTK_MODULES", {}},
-        {"QT_QPA_PLATFORMTHEME", {}}, {"QT_STYLE_OVERRIDE", {}}};
-    const support::VirtualDisplay display_;
-    const support::PrivateAudioSession audio_;
-    std::vector<std::unique_ptr<support::NamedCopy>> copies_; // each name is a program
-    std::vector<std::unique_ptr<ChildProcess>> players_;
-    bench::WindowProbe probe_;
-    std::map<std::string, Home> homes_;
-
-    static inline Desktop* current_ = nullptr;
-};
-
+/// Five programs play silence.
 std::shared_ptr<void> makeDesktop() {
-    return std::make_shared<Desktop>();
+    const std::vector<std::string> player{"/usr/bin/pacat", "--playback", "--raw", "/dev/zero"};
+    return std::make_shared<Desktop>("1280x800", std::vector(streams, player));
 }
 
 /// A program whose window is awaited, started by the constructor.

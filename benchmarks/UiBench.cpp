@@ -1,21 +1,23 @@
+#include "Desktop.h"
 #include "Harness.h"
 #include "PluginStage.h"
 #include "WindowProbe.h"
 
 #include "support/ChildProcess.h"
-#include "support/PrivateAudioSession.h"
 #include "support/PrivateFolder.h"
-#include "support/ScopedVariable.h"
-#include "support/VirtualDisplay.h"
 #include "support/WaitUntil.h"
+#include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionView.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <numbers>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -27,8 +29,9 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
+using bench::Desktop;
+using bench::Picture;
 using support::ChildProcess;
-using support::PrivateAudioSession;
 using Clock = platform::MonotonicClock;
 using bench::processorTime;
 
@@ -52,106 +55,65 @@ void writeTone(const fs::path& file) {
                static_cast<std::streamsize>(samples.size() * sizeof samples[0]));
 }
 
-/// A display high enough for every program's controls, a sound server, and programs that play.
-class Desktop {
-  public:
-    explicit Desktop(int programs) {
-        writeTone(tone());
-        for (int i = 0; i < programs; ++i)
-            players_.push_back(std::make_unique<ChildProcess>(
-                std::vector<std::string>{player(i), "--playback", "--raw", "--rate=8000",
-                                         "--channels=1", "--format=s16le", tone()}));
-        const auto playing = [] {
-            return std::ranges::count(
-                support::runCommand({"pactl", "list", "short", "sink-inputs"}).output, '\n');
-        };
-        if (!support::waitUntil([&] { return playing() == programs; }))
-            throw std::runtime_error("the programs do not play");
-        current_ = this;
-    }
-    ~Desktop() { current_ = nullptr; }
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
+std::vector<std::vector<std::string>> playersIn(const fs::path& folder, std::size_t count) {
+    const fs::path tone = folder / "tone.raw";
+    writeTone(tone);
+    return std::vector(count, std::vector<std::string>{"/usr/bin/pacat", "--playback", "--raw",
+                                                       "--rate=8000", "--channels=1",
+                                                       "--format=s16le", tone});
+}
 
-    static Desktop& current() { return *current_; }
+/// A display high enough for every program's controls, and programs that play.
+struct Surroundings {
+    explicit Surroundings(std::size_t programs)
+        : desktop("1000x7000", playersIn(folder.path(), programs)) {}
 
-    bench::WindowProbe& probe() { return probe_; }
-    std::size_t programs() const { return players_.size(); }
-    const fs::path& folder() const { return folder_.path(); }
-
-    /// Of the services of sound and the display together.
-    Clock::duration timeOfServices() {
-        Clock::duration sum = processorTime(display_.pid());
-        for (const char* const service :
-             {PrivateAudioSession::server, PrivateAudioSession::sessionManager,
-              PrivateAudioSession::pulseService})
-            sum += processorTime(audio_.processOf(service));
-        return sum;
-    }
-
-  private:
-    /// A program of its own name, so that each is one of its own in the window.
-    std::string player(int number) const {
-        const fs::path copy = folder_.path() / ("Player " + std::to_string(number));
-        fs::copy_file("/usr/bin/pacat", copy);
-        return copy;
-    }
-    std::string tone() const { return folder_.path() / "tone.raw"; }
-
-    const support::PrivateFolder folder_;
-    const support::ScopedVariable variables_[7] = {
-        {"WAYLAND_DISPLAY", {}},  {"PULSE_SERVER", {}}, {"PULSE_SINK", {}},
-        {"PIPEWIRE_REMOTE", {}},  {"GTK_THEME", {}},    {"QT_QPA_PLATFORMTHEME", {}},
-        {"QT_STYLE_OVERRIDE", {}}};
-    const support::VirtualDisplay display_{"1000x7000"};
-    support::PrivateAudioSession audio_;
-    std::vector<std::unique_ptr<ChildProcess>> players_;
-    bench::WindowProbe probe_;
-
-    static inline Desktop* current_ = nullptr;
+    support::PrivateFolder folder;
+    Desktop desktop;
 };
 
 template <int programs>
 std::shared_ptr<void> makeDesktop() {
-    return std::make_shared<Desktop>(programs);
+    return std::make_shared<Surroundings>(programs);
 }
+
+constexpr std::uint32_t width = 920;
 
 /// A program with a window that is wide and high enough for all that it shows.
 class Shown {
   public:
-    Shown(const std::vector<std::string>& arguments, const ChildProcess::Options& options)
-        : process_((Desktop::current().probe().reset(), arguments), options) {
-        const auto isPainted = [](const bench::Picture& picture) { return !picture.isOneColour(); };
-        if (!Desktop::current().probe().waitFor(isPainted, support::patience))
-            throw std::runtime_error("the window of " + arguments[0] +
-                                     " does not come: " + process_.output());
-        constexpr std::uint32_t width = 800;
-        constexpr std::uint32_t heightOfOne = 110;
+    explicit Shown(const std::vector<std::string>& arguments)
+        : process_((Desktop::current().probe().reset(), arguments),
+                   Desktop::current().homeOf(arguments[0]).options()) {
+        await([](const Picture& picture) { return !picture.isOneColour(); },
+              "the window does not come");
+        constexpr std::uint32_t heightOfOne = 110; // of the peer; ours is smaller and takes less
         Desktop::current().probe().resize(
             width, static_cast<std::uint32_t>(Desktop::current().programs() + 1) * heightOfOne);
     }
 
-    ChildProcess& process() { return process_; }
+    void await(const std::function<bool(const Picture&)>& shows, const std::string& what) {
+        if (!Desktop::current().probe().waitFor(shows, support::patience))
+            throw std::runtime_error(what + "; the program said: " + process_.output());
+    }
+
+    /// What would be drawn for nobody is not what is to be measured.
+    void awaitMovement() {
+        std::optional<Picture> first;
+        await(
+            [&first](const Picture& picture) {
+                if (!first)
+                    first = picture;
+                return picture != *first;
+            },
+            "no level moves in the window");
+    }
+
+    pid_t pid() const { return process_.pid(); }
 
   private:
     ChildProcess process_;
 };
-
-ChildProcess::Options homeIn(const std::string& name) {
-    const fs::path home = Desktop::current().folder() / name;
-    ChildProcess::Options options{.environment = {{"HOME", home}}};
-    for (const auto& [variable, folder] : {std::pair{"XDG_CONFIG_HOME", "config"},
-                                           {"XDG_DATA_HOME", "data"},
-                                           {"XDG_STATE_HOME", "state"},
-                                           {"XDG_CACHE_HOME", "cache"},
-                                           {"TONVALE_SOCKET_DIR", "sockets"},
-                                           {"TONVALE_LOCAL_LIBRARY", "library"}}) {
-        fs::create_directories(home / folder);
-        fs::permissions(home / folder, fs::perms::owner_all);
-        options.environment.emplace_back(variable, home / folder);
-    }
-    return options;
-}
 
 /// How many percent of a processor `time` grows by.
 double shareOf(const std::function<Clock::duration()>& time) {
@@ -180,37 +142,46 @@ double shareWith(const std::vector<pid_t>& programs) {
 }
 
 bool logTellsOf(std::size_t programs) {
-    std::ifstream log(Desktop::current().folder() / "ours/state/Tonvale/Tonvale.log");
+    std::ifstream log(Desktop::current().homeOf(TONVALE_PROGRAM).log());
     std::size_t count = 0;
     for (std::string line; std::getline(log, line);)
         count += line.find("' gained activity") != std::string::npos ? 1 : 0;
     return count >= programs;
 }
 
+/// Whether the window is high enough for all programs and the sound effects.
+bool showsAll(const Picture& picture) {
+    const auto columns = static_cast<std::size_t>(MVCollectionView::columnsFor(width));
+    const std::size_t rows = (Desktop::current().programs() + columns) / columns;
+    return picture.height() >= rows * static_cast<std::size_t>(ItemLayout::height);
+}
+
 double ours(bool isMinimised) {
     const double alone = shareOfServicesAlone();
-    const ChildProcess::Options home = homeIn("ours");
-    fs::remove(Desktop::current().folder() / "ours/state/Tonvale/Tonvale.log");
-    const ChildProcess plugin({TONVALE_PLUGIN}, home);
-    Shown application({TONVALE_PROGRAM}, home);
+    bench::Home& home = Desktop::current().homeOf(TONVALE_PROGRAM);
+    fs::remove(home.log());
+    const ChildProcess plugin({TONVALE_PLUGIN}, home.options());
+    Shown application({TONVALE_PROGRAM});
+    application.await(&showsAll, "not every program can be seen");
     if (!support::waitUntil([] { return logTellsOf(Desktop::current().programs()); }))
-        throw std::runtime_error("not every program's level comes: " +
-                                 application.process().output());
+        throw std::runtime_error("not every program's level comes");
+    application.awaitMovement();
     if (isMinimised)
         Desktop::current().probe().iconify();
     std::this_thread::sleep_for(settling);
-    return shareWith({plugin.pid(), application.process().pid()}) - alone;
+    return shareWith({plugin.pid(), application.pid()}) - alone;
 }
 
 double pavucontrol() {
     const double alone = shareOfServicesAlone();
-    Shown application({peer, "--tab=1"}, homeIn("peer"));
+    Shown application({peer, "--tab=1"});
+    application.awaitMovement();
     std::this_thread::sleep_for(settling);
     const auto meters = std::ranges::count(
         support::runCommand({"pactl", "list", "short", "source-outputs"}).output, '\n');
     if (meters < static_cast<std::ptrdiff_t>(Desktop::current().programs()))
         throw std::runtime_error("the peer's meters are not on");
-    return shareWith({application.process().pid()}) - alone;
+    return shareWith({application.pid()}) - alone;
 }
 
 constexpr int rounds = 3;

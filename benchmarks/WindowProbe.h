@@ -26,6 +26,8 @@ class Picture {
 
     bool isOneColour() const;
 
+    bool operator==(const Picture&) const = default;
+
   private:
     std::vector<std::uint32_t> pixels_;
     std::size_t width_;

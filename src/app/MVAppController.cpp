@@ -8,6 +8,7 @@
 #include "platform/bus/PluginReports.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
+#include "platform/desktop/BundleImage.h"
 #include "platform/files/Bundle.h"
 #include "platform/files/Directories.h"
 #include "platform/loop/DispatchQueue.h"
@@ -158,6 +159,7 @@ void MVAppController::makeWindow() {
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
+    window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);

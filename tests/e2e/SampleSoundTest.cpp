@@ -1,6 +1,7 @@
 #include "platform/desktop/SampleOutput.h"
 #include "platform/files/Bundle.h"
 #include "platform/loop/RunLoop.h"
+#include "platform/loop/Timer.h"
 #include "support/ListeningApplication.h"
 #include "support/PrivateAudioSession.h"
 #include "support/ScopedVariable.h"
@@ -43,6 +44,10 @@ bool isLoaded(const char* library) {
     return text.find(library) != std::string::npos;
 }
 
+bool isHeard(float sample) {
+    return std::fabs(sample) > 1e-4F;
+}
+
 double squares(const std::vector<float>& samples) {
     double sum = 0;
     for (const float sample : samples)
@@ -66,6 +71,16 @@ class SampleSoundTest : public testing::Test {
         });
         EXPECT_TRUE(isOver);
         return energy;
+    }
+
+    /// From the first to the last sample of what is heard from now on.
+    double secondsHeard() {
+        const support::Recording all = recorder_.record(2s);
+        const std::vector<float>& sound = all.channels[0];
+        const auto first = std::ranges::find_if(sound, &isHeard);
+        const auto last = std::find_if(sound.rbegin(), sound.rend(), &isHeard).base();
+        return first == sound.end() ? 0
+                                    : static_cast<double>(last - first) / support::Recording::rate;
     }
 
     /// The nodes of this process.
@@ -110,6 +125,20 @@ TEST_F(SampleSoundTest, IsLoadedWithTheFirstOneAndHeardInItsCube) {
     output->play(start, length, 0.125F);
     EXPECT_NEAR(std::sqrt(heard() / loud), 0.125, 0.01);
     EXPECT_TRUE(support::waitUntil([] { return ownNodes().isEmpty(); })) << "nothing lingers";
+}
+
+TEST_F(SampleSoundTest, APieceThatIsStoppedAtItsEndIsHeardToItsEnd) {
+    const auto one = SampleOutput::load(recording());
+    one->play(start, length, 1.0F);
+    const double whole = secondsHeard();
+    EXPECT_NEAR(whole, length.count(), 0.05);
+    const auto output = SampleOutput::load(recording()); // which has to read and to connect first
+    platform::Timer end(loop_, [&output] { output->stop(); });
+    output->play(start, length, 1.0F);
+    end.start(std::chrono::duration_cast<platform::MonotonicClock::duration>(length));
+    const double stopped = secondsHeard();
+    EXPECT_FALSE(end.isActive());
+    EXPECT_NEAR(stopped, whole, 0.01);
 }
 
 TEST_F(SampleSoundTest, ThePluginLeavesThemAlone) {

@@ -33,7 +33,7 @@ RowProbe::RowProbe(const VolumeWindow& window, const QString& name) {
 }
 
 void RowProbe::slideTo(int percent) const {
-    slider->setSliderValue(VolumeNumbers::fractionForPercent(percent), false);
+    slider->setSliderValue_(VolumeNumbers::fractionForPercent(percent), false);
 }
 
 int RowProbe::level() const {

@@ -1,3 +1,4 @@
+#include "platform/desktop/BundleImage.h"
 #include "ui/TNMenuBarIcon.h"
 #include "ui/theme/LighterColor.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
@@ -36,6 +37,18 @@ TEST(Theme, TheOneInUseTintsTheSpeakerOnlyWhileItIsNotMuted) {
     EXPECT_EQ(theme.collectionViewBackgroundPattern(2.0).deviceIndependentSize(), QSizeF(8, 6));
     EXPECT_EQ(theme.muteOnImage(false, 2.0).size(), QSize(40, 40));
     EXPECT_EQ(theme.collectionViewBackgroundColor1().alpha(), 0);
+}
+
+TEST(BundleIcon, IsDrawnAnewForEverySize) {
+    const QIcon icon = platform::bundleIcon(QStringLiteral("soundEffects.icns"));
+    for (const int size : {13, 48, 100}) {
+        EXPECT_EQ(icon.pixmap(QSize(size, size), 1.0).size(), QSize(size, size));
+        const QPixmap dense = icon.pixmap(QSize(size, size), 2.0);
+        EXPECT_EQ(dense.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied),
+                  platform::bundleImage(QStringLiteral("soundEffects"), QSizeF(size, size), 2.0));
+        EXPECT_EQ(dense.deviceIndependentSize(), QSizeF(size, size));
+    }
+    EXPECT_TRUE(platform::bundleIcon(QStringLiteral("nothing")).isNull());
 }
 
 TEST(MenuBarIcon, HasASharpImageForEachScreen) {

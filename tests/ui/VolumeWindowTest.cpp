@@ -16,6 +16,7 @@
 #include "ui/items/MVVolumeSlider.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QScreen>
 #include <QTest>
 
@@ -101,6 +102,19 @@ TEST_F(VolumeWindowTest, TheTipTellsThePathAndOverTheSliderThePercentOrWhyItCann
     model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
     EXPECT_EQ(row.item->tipAt(overSlider),
               QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
+}
+
+TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {
+    model_.workspace.setRunningApplications(
+        {{1, QStringLiteral("b"), {}}, {2, QStringLiteral("d"), {}}});
+    MVCollectionViewItem& item = *RowProbe(window_, QStringLiteral("b")).item;
+    QContextMenuEvent event(QContextMenuEvent::Mouse, {}, item.mapToGlobal(QPoint()));
+    QApplication::sendEvent(&item, &event);
+    QWidget* const menu = QApplication::activePopupWidget();
+    ASSERT_NE(menu, nullptr);
+    QTest::mouseMove(menu, menu->rect().center());
+    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->rect().center());
+    EXPECT_TRUE(showsRows({QStringLiteral("d")}));
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {

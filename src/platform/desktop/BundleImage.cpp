@@ -3,13 +3,14 @@
 #include "platform/files/Bundle.h"
 #include "platform/processes/SystemLog.h"
 
+#include <QIconEngine>
 #include <QImageReader>
 #include <QPainter>
+#include <QPixmap>
 #include <QSet>
 #include <QSvgRenderer>
 
-#include <algorithm>
-#include <array>
+#include <utility>
 
 namespace platform {
 
@@ -43,6 +44,30 @@ bool drawFile(const QString& file, QImage& image) {
     return !picture.isNull();
 }
 
+/// Draws the image anew for each size that is asked for, and keeps the last one.
+class BundleIconEngine final : public QIconEngine {
+  public:
+    explicit BundleIconEngine(QString name) : name_(std::move(name)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
+               QIcon::State state) override {
+        const qreal ratio = painter->device()->devicePixelRatioF();
+        painter->drawPixmap(rect, pixmap((QSizeF(rect.size()) * ratio).toSize(), mode, state));
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
+        if (kept_.size() != size)
+            kept_ = QPixmap::fromImage(bundleImage(name_, size, 1.0));
+        return kept_;
+    }
+
+    QIconEngine* clone() const override { return new BundleIconEngine(name_); }
+
+  private:
+    const QString name_;
+    QPixmap kept_;
+};
+
 } // namespace
 
 QImage bundleImage(const QString& name, const QSizeF& size, qreal pixelRatio) {
@@ -58,15 +83,8 @@ QImage bundleImage(const QString& name, const QSizeF& size, qreal pixelRatio) {
 }
 
 QIcon bundleIcon(const QString& name) {
-    constexpr std::array sizes{16, 19, 22, 24, 32, 36, 38, 48, 64, 72, 96, 128, 256};
-    QIcon icon;
-    for (const int size : sizes) {
-        const QImage image = bundleImage(name, QSizeF(size, size), 1.0);
-        if (image.isNull())
-            return {};
-        icon.addPixmap(QPixmap::fromImage(image));
-    }
-    return icon;
+    constexpr QSizeF trial(16, 16);
+    return bundleImage(name, trial, 1.0).isNull() ? QIcon() : QIcon(new BundleIconEngine(name));
 }
 
 } // namespace platform

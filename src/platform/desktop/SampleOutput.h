@@ -34,7 +34,7 @@ class SampleOutput {
     /// `gain`, 0 to 1.
     virtual void play(Seconds start, Seconds length, float gain) = 0;
 
-    /// Plays nothing more than what the server already has.
+    /// Plays nothing more than the end of a piece that began late, a quarter of a second at most.
     virtual void stop() = 0;
 
   protected:

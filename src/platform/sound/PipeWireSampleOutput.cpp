@@ -57,6 +57,7 @@ class Player {
     void serve();
     void play(const Order& order);
     bool prepare();
+    void endSoon();
     void fill();
     void drained();
 
@@ -76,6 +77,7 @@ class Player {
     bool broken_ = false;
     std::unique_ptr<pw_stream, StreamDeleter> stream_;
     spa_hook streamHook_{};
+    std::size_t start_ = 0;    // of the piece
     std::size_t position_ = 0; // of the next sample
     std::size_t end_ = 0;
     float gain_ = 0;
@@ -133,7 +135,15 @@ void Player::serve() {
     if (order && order->length > 0)
         play(*order);
     else if (order)
-        end_ = position_;
+        endSoon();
+}
+
+/// A stream is late by the time that it takes to come up. What is missing of the piece by then is
+/// its end, without which it would break off.
+void Player::endSoon() {
+    constexpr std::size_t shareOfSecond = 4;
+    const std::size_t late = position_ == start_ ? 0 : recording_->rate / shareOfSecond;
+    end_ = std::min(end_, position_ + late);
 }
 
 void Player::play(const Order& order) {
@@ -146,7 +156,7 @@ void Player::play(const Order& order) {
         const double number = std::max(0.0, time) * recording_->rate;
         return std::min(static_cast<std::size_t>(number), recording_->samples.size());
     };
-    position_ = sample(order.start);
+    start_ = position_ = sample(order.start);
     end_ = sample(order.start + order.length);
     gain_ = order.gain;
     // The volume that is heard is in the samples; the session manager is to keep out of it.

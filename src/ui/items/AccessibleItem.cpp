@@ -1,20 +1,15 @@
 #include "ui/items/AccessibleItem.h"
 
-#include "ui/OneLineText.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
 
 AccessibleItem::AccessibleItem(MVCollectionViewItem& item)
-    : QAccessibleWidget(&item, QAccessible::ListItem), item_(item) {}
+    : QAccessibleWidget(&item, QAccessible::ListItem, item.label().text()), item_(item) {}
 
 QList<QWidget*> AccessibleItem::parts() const {
     return {&item_.label(), &item_.muteView(), &item_.slider()};
-}
-
-QString AccessibleItem::text(QAccessible::Text kind) const {
-    return kind == QAccessible::Name ? item_.label().text() : QAccessibleWidget::text(kind);
 }
 
 int AccessibleItem::childCount() const {

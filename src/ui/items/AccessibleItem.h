@@ -11,7 +11,6 @@ class AccessibleItem final : public QAccessibleWidget {
   public:
     explicit AccessibleItem(MVCollectionViewItem& item);
 
-    QString text(QAccessible::Text kind) const override;
     int childCount() const override;
     QAccessibleInterface* child(int index) const override;
     int indexOfChild(const QAccessibleInterface* child) const override;

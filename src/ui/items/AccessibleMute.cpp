@@ -4,12 +4,8 @@
 #include "ui/items/MVMuteImageView.h"
 
 AccessibleMute::AccessibleMute(MVMuteImageView& view)
-    : QAccessibleWidget(&view, QAccessible::CheckBox), view_(view) {}
-
-QString AccessibleMute::text(QAccessible::Text kind) const {
-    return kind == QAccessible::Name ? platform::localized(QStringLiteral("Mute"))
-                                     : QAccessibleWidget::text(kind);
-}
+    : QAccessibleWidget(&view, QAccessible::CheckBox, platform::localized(QStringLiteral("Mute")))
+    , view_(view) {}
 
 QAccessible::State AccessibleMute::state() const {
     QAccessible::State state = QAccessibleWidget::state();

@@ -5,12 +5,8 @@
 #include "ui/items/TNVolumeSlider.h"
 
 AccessibleSlider::AccessibleSlider(TNVolumeSlider& slider)
-    : QAccessibleWidget(&slider, QAccessible::Slider), slider_(slider) {}
-
-QString AccessibleSlider::text(QAccessible::Text kind) const {
-    return kind == QAccessible::Name ? platform::localized(QStringLiteral("Volume"))
-                                     : QAccessibleWidget::text(kind);
-}
+    : QAccessibleWidget(&slider, QAccessible::Slider, platform::localized(QStringLiteral("Volume")))
+    , slider_(slider) {}
 
 void* AccessibleSlider::interface_cast(QAccessible::InterfaceType type) {
     if (type == QAccessible::ValueInterface)
@@ -25,7 +21,7 @@ QVariant AccessibleSlider::currentValue() const {
 void AccessibleSlider::setCurrentValue(const QVariant& value) {
     if (!slider_.isEnabled())
         return;
-    slider_.setSliderValue(VolumeNumbers::clampedLevel(value.toFloat()), true);
+    slider_.setSliderValue_(VolumeNumbers::clampedLevel(value.toFloat()), true);
     slider_.update();
 }
 

@@ -10,7 +10,6 @@ class AccessibleSlider final : public QAccessibleWidget, public QAccessibleValue
   public:
     explicit AccessibleSlider(TNVolumeSlider& slider);
 
-    QString text(QAccessible::Text kind) const override;
     void* interface_cast(QAccessible::InterfaceType type) override;
 
     QVariant currentValue() const override;

@@ -5,11 +5,10 @@
 namespace {
 
 constexpr int margin = 12;
-constexpr int iconSize = 40;
+constexpr int iconSize = 48; // which most icon themes have drawn
 constexpr int textStart = margin + iconSize + margin;
 constexpr int nameTop = 5;
-constexpr int nameHeight = 22;
-constexpr int controlsTop = 27;
+constexpr int controlsTop = 33;
 constexpr int muteWidth = 24;
 constexpr int controlHeight = 24;
 constexpr int gap = 6;

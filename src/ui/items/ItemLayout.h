@@ -7,8 +7,9 @@
 /// slider. Mirrored for languages that are written from right to left.
 struct ItemLayout {
     /// All items are of this height, in pixels, and at least this wide.
-    static constexpr int height = 56;
+    static constexpr int height = 64;
     static constexpr int leastWidth = 300;
+    static constexpr int nameHeight = 28;
 
     ItemLayout(const QSize& size, Qt::LayoutDirection direction) noexcept;
 

@@ -71,7 +71,7 @@ MVCollectionViewItem::MVCollectionViewItem(const Surroundings& surroundings, MVC
     updateControls();
     slider_->setHandler([this] { sliderAction(); });
     connect(&app, &MVCommAppValue::hasActivityChanged, this,
-            &MVCollectionViewItem::announceTextColor);
+            &MVCollectionViewItem::activityCameOrWent);
     connect(&app, &MVCommAppValue::mutedChanged, this, &MVCollectionViewItem::wasMuted);
 }
 
@@ -86,7 +86,8 @@ QIcon MVCollectionViewItem::displayIcon() const {
         return {};
     if (!app_->isBeeps())
         return app_->icon();
-    static const QIcon soundEffects = platform::bundleIcon(QStringLiteral("soundEffects.icns"));
+    static const auto& soundEffects =
+        *new QIcon(platform::bundleIcon(QStringLiteral("soundEffects.icns")));
     return soundEffects.isNull() ? app_->icon() : soundEffects;
 }
 
@@ -95,6 +96,15 @@ QColor MVCollectionViewItem::displayNameTextColor() const {
     if (app_ == nullptr || !app_->hasActivity())
         return theme.displayNameNoActivityColor();
     return app_->muted() ? theme.displayNameActivityMutedColor() : theme.displayNameActivityColor();
+}
+
+/// By a level, or by a merge that has found another process behind the record.
+void MVCollectionViewItem::activityCameOrWent(bool hasActivity) {
+    const char* const format = hasActivity ? "'%@' gained activity" : "'%@' lost activity";
+    QNLog(qnlog_information, format, MVCommLogText(displayName()));
+    if (!hasActivity)
+        slider_->setActivity(0.0F);
+    announceTextColor();
 }
 
 void MVCollectionViewItem::announceTextColor() {
@@ -141,12 +151,8 @@ void MVCollectionViewItem::handleActivity(qint64 level100, float level) {
     if (app_ == nullptr)
         return;
     const MVCommActivityChange change = app_->setActivity(level100);
-    if (change == kMVCommActivityEnded)
-        QNLog(qnlog_information, "'%@' lost activity", MVCommLogText(displayName()));
-    if (change == kMVCommActivityBegan)
-        QNLog(qnlog_information, "'%@' gained activity", MVCommLogText(displayName()));
-    if (change != kMVCommActivityUnchanged)
-        slider_->setActivity(change == kMVCommActivityEnded ? 0.0F : level);
+    if (change == kMVCommActivityBegan || change == kMVCommActivityMoved)
+        slider_->setActivity(level);
 }
 
 void MVCollectionViewItem::ignore() {
@@ -157,7 +163,9 @@ void MVCollectionViewItem::ignore() {
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     auto* const menu = new QMenu(parent);
     const QString title = formatted(localized(QStringLiteral("Ignore \"%@\"")), label_->text());
-    menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore);
+    // Not while the menu handles its event, for it goes with the item.
+    menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore,
+                    Qt::QueuedConnection);
     return menu;
 }
 
@@ -186,7 +194,7 @@ QString MVCollectionViewItem::tipAt(const QPoint& place) const {
                                                    surroundings_.controller.percentOf(*app_)));
 }
 
-void MVCollectionViewItem::showSandboxHint() const {
+void MVCollectionViewItem::mouseEntered() const {
     const QString text = formatted(
         localized(QStringLiteral(
             "%@ cannot work with \"%@\" because it's a sandboxed application.\n\nSandboxed apps "
@@ -195,7 +203,7 @@ void MVCollectionViewItem::showSandboxHint() const {
     QToolTip::showText(QCursor::pos(), text);
 }
 
-void MVCollectionViewItem::hideSandboxHint() {
+void MVCollectionViewItem::mouseExited() {
     QToolTip::hideText();
 }
 

@@ -52,6 +52,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     MVVolumeSlider& slider() const noexcept { return *slider_; }
     MVMuteImageView& muteView() const noexcept { return *muteView_; }
     MVCollectionViewTextField& label() const noexcept { return *label_; }
+    MVCollectionViewImageView& iconView() const noexcept { return *iconView_; }
 
     /// Shows the record as it is now, without calling anybody.
     void updateControls();
@@ -69,10 +70,10 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// elsewhere the program's name and path.
     QString tipAt(const QPoint& place) const;
 
-    /// That programs in a sandbox cannot be controlled, beside the mouse; for whoever knows that of
-    /// this one.
-    void showSandboxHint() const;
-    static void hideSandboxHint();
+    /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away
+    /// again; for whoever knows it of this one.
+    void mouseEntered() const;
+    static void mouseExited();
 
   Q_SIGNALS:
     void displayNameTextColorChanged();
@@ -86,6 +87,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     void sliderAction();
     void volumeSliderDidReleaseMouse();
     void wasMuted();
+    void activityCameOrWent(bool hasActivity);
     void announceTextColor();
 
     const Surroundings surroundings_;

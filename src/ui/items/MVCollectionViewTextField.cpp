@@ -1,5 +1,8 @@
 #include "ui/items/MVCollectionViewTextField.h"
 
+#include "ui/items/ItemLayout.h"
+
+#include <QFontInfo>
 #include <QPainter>
 
 MVCollectionViewTextField::MVCollectionViewTextField(QWidget* parent) : QWidget(parent) {
@@ -8,6 +11,8 @@ MVCollectionViewTextField::MVCollectionViewTextField(QWidget* parent) : QWidget(
     if (named.pointSizeF() > 0)
         named.setPointSizeF(named.pointSizeF() * larger);
     named.setWeight(QFont::Medium);
+    if (const int height = QFontMetrics(named).height(); height > ItemLayout::nameHeight)
+        named.setPixelSize(QFontInfo(named).pixelSize() * ItemLayout::nameHeight / height);
     setFont(named);
 }
 

@@ -4,9 +4,9 @@
 #include <QString>
 #include <QWidget>
 
-/// One line of plain text, a little larger and heavier than others, cut with an ellipsis where it
-/// does not fit. A click with the secondary
-/// button is for what it lies on. Main thread only.
+/// One line of plain text, a little larger and heavier than others as far as an item is high enough
+/// for that, cut with an ellipsis where it does not fit. A click with the secondary button is for
+/// what it lies on. Main thread only.
 class MVCollectionViewTextField final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)

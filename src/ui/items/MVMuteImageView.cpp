@@ -50,7 +50,7 @@ const QPixmap& pictureOf(const Look& look) {
 
 } // namespace
 
-MVMuteImageView::MVMuteImageView(QWidget* parent) : QWidget(parent) {
+MVMuteImageView::MVMuteImageView(QWidget* parent) : ItemControl(parent) {
     setFocusPolicy(Qt::TabFocus);
 }
 
@@ -99,19 +99,6 @@ void MVMuteImageView::keyPressEvent(QKeyEvent* event) {
         event->ignore();
 }
 
-void MVMuteImageView::focusInEvent(QFocusEvent* /*event*/) {
-    showKeyFocus(true);
-}
-
-void MVMuteImageView::focusOutEvent(QFocusEvent* /*event*/) {
-    showKeyFocus(false);
-}
-
-void MVMuteImageView::showKeyFocus(bool hasKeyFocus) {
-    hasKeyFocus_ = hasKeyFocus;
-    update();
-}
-
 QSize MVMuteImageView::sizeHint() const {
     return usualSize;
 }
@@ -124,10 +111,10 @@ void MVMuteImageView::paintEvent(QPaintEvent* /*event*/) {
     place.moveCenter(QRectF(rect()).center());
     painter.drawPixmap(place.topLeft(),
                        pictureOf({app_->muted(), app_->hasActivity(), devicePixelRatioF()}));
-    if (!hasKeyFocus_)
+    if (!hasKeyFocus())
         return;
     constexpr double radius = 4;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(MVOrangeBrownTheme::sharedTheme().displayNameActivityColor(), 2));
+    painter.setPen(focusPen());
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
 }

@@ -2,13 +2,14 @@
 
 #include "comm/MVCommAppValue.h"
 
+#include "ui/items/ItemControl.h"
+
 #include <QPointer>
-#include <QWidget>
 
 /// The mute button of an item: a speaker that is coloured while its program plays, and struck
 /// through while it is muted. A press, or Space, toggles the record's mute, from where everybody
 /// else learns it, and is a line of the log. Main thread only.
-class MVMuteImageView final : public QWidget {
+class MVMuteImageView final : public ItemControl {
     Q_OBJECT
 
   public:
@@ -27,13 +28,9 @@ class MVMuteImageView final : public QWidget {
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
   private:
     void wasMuted();
-    void showKeyFocus(bool hasKeyFocus);
 
     QPointer<MVCommAppValue> app_;
-    bool hasKeyFocus_ = false;
 };

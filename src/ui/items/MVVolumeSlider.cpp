@@ -50,7 +50,7 @@ std::optional<int> percentAfter(int key, int percent) {
 
 } // namespace
 
-MVVolumeSlider::MVVolumeSlider(QWidget* parent) : QWidget(parent) {
+MVVolumeSlider::MVVolumeSlider(QWidget* parent) : ItemControl(parent) {
     setFocusPolicy(Qt::StrongFocus);
 }
 
@@ -91,7 +91,7 @@ void MVVolumeSlider::showValue(float value) {
     update();
 }
 
-void MVVolumeSlider::setSliderValue(float value, bool sendTargetAction) {
+void MVVolumeSlider::setSliderValue_(float value, bool sendTargetAction) {
     setFloatValue(value);
     announceRelease();
     if (const auto handler = handler_; sendTargetAction && handler)
@@ -192,7 +192,7 @@ void MVVolumeSlider::endDrag() {
         return;
     highlighted_ = false;
     drag_.reset();
-    setSliderValue(value_, false);
+    setSliderValue_(value_, false);
     update();
 }
 
@@ -235,19 +235,9 @@ void MVVolumeSlider::finishKeys() {
         announceRelease();
 }
 
-/// What the mouse has given the focus is under the mouse anyway.
-void MVVolumeSlider::focusInEvent(QFocusEvent* event) {
-    showKeyFocus(event->reason() != Qt::MouseFocusReason);
-}
-
-void MVVolumeSlider::focusOutEvent(QFocusEvent* /*event*/) {
+void MVVolumeSlider::focusOutEvent(QFocusEvent* event) {
     finishKeys();
-    showKeyFocus(false);
-}
-
-void MVVolumeSlider::showKeyFocus(bool hasKeyFocus) {
-    if (std::exchange(hasKeyFocus_, hasKeyFocus) != hasKeyFocus)
-        update();
+    ItemControl::focusOutEvent(event);
 }
 
 void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
@@ -258,15 +248,16 @@ void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
     drawTrack(painter);
     const QRectF knob = geometryOfParts().knobRect(static_cast<double>(value_));
     drawKnob(painter, knob);
-    if (hasKeyFocus_)
+    if (hasKeyFocus())
         drawFocus(painter, knob);
 }
 
 void MVVolumeSlider::drawFocus(QPainter& painter, const QRectF& knob) const {
-    constexpr double width = 2;
+    const QPen pen = focusPen();
+    const double inside = pen.widthF() / 2;
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme().displayNameActivityColor(), width));
-    painter.drawEllipse(knob.adjusted(width / 2, width / 2, -width / 2, -width / 2));
+    painter.setPen(pen);
+    painter.drawEllipse(knob.adjusted(inside, inside, -inside, -inside));
 }
 
 double MVVolumeSlider::levelEnd() const {

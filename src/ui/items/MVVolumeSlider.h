@@ -1,9 +1,9 @@
 #pragma once
 
 #include "ui/items/FramePacer.h"
+#include "ui/items/ItemControl.h"
 
 #include <QPointF>
-#include <QWidget>
 
 #include <functional>
 #include <optional>
@@ -15,7 +15,7 @@ class SliderGeometry;
 /// in its track. It lies along its longer side. The mouse moves the knob relative to where it took
 /// hold of it, and a press beside the knob makes it jump there; keys move it by whole percents.
 /// Volume and level are fractions, 0 to 1. Main thread only.
-class MVVolumeSlider : public QWidget, private FramePacer::Client {
+class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     Q_OBJECT
 
   public:
@@ -37,7 +37,7 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
 
     /// Sets the value as at the end of a drag; with `sendTargetAction` the handler is called once
     /// more at last.
-    void setSliderValue(float value, bool sendTargetAction);
+    void setSliderValue_(float value, bool sendTargetAction);
 
     /// Drawn with the pacer's next frame; not at all while the window cannot be seen.
     float activity() const noexcept { return activity_; }
@@ -67,7 +67,6 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -94,7 +93,6 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     void endDrag();
     void announceRelease();
     void finishKeys();
-    void showKeyFocus(bool hasKeyFocus);
     QRect levelChange(float before, float after) const;
     void drawLevel(QPainter& painter, const QRectF& track) const;
     void drawFocus(QPainter& painter, const QRectF& knob) const;
@@ -104,7 +102,6 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     float shownActivity_ = 0.0F; // what is drawn
     FramePacer* pacer_ = nullptr;
     bool keysMove_ = false; // a key that has moved the knob is down
-    bool hasKeyFocus_ = false;
     bool muted_ = false;
     bool highlighted_ = false;
     std::optional<Drag> drag_;

@@ -128,12 +128,12 @@ void TNVolumeSlider::drawKnob(QPainter& painter, const QRectF& rect) {
 
 void TNVolumeSlider::increment() {
     const float value = floatValue() + 0.1F;
-    setSliderValue(value < 1.0F ? value : 1.0F, true);
+    setSliderValue_(value < 1.0F ? value : 1.0F, true);
     update();
 }
 
 void TNVolumeSlider::decrement() {
     const float value = floatValue() - 0.1F;
-    setSliderValue(value > 0.0F ? value : 0.0F, true);
+    setSliderValue_(value > 0.0F ? value : 0.0F, true);
     update();
 }

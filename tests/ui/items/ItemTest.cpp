@@ -6,6 +6,7 @@
 #include "support/VolumeModel.h"
 #include "support/WaitUntil.h"
 #include "ui/items/ItemLayout.h"
+#include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
@@ -15,6 +16,7 @@
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -89,6 +91,35 @@ TEST_F(ItemTest, ActivityThatComesAndGoesIsLoggedOnce) {
     EXPECT_EQ(log_.lines().size(), 2U);
 }
 
+TEST_F(ItemTest, NoBarIsLeftWhenAnotherProcessIsBehindTheRecord) {
+    item_->handleActivity(37, 0.375F);
+    model_.workspace.setRunningApplications({{2, QStringLiteral("Safari"), {}}});
+    ASSERT_EQ(item_->representedObject(), app_);
+    EXPECT_EQ(item_->slider().activity(), 0.0F);
+    EXPECT_EQ(log_.count("'Safari' lost activity"), 1U);
+}
+
+TEST_F(ItemTest, TheHintOnSandboxesNamesTheProgram) {
+    item_->mouseEntered();
+    EXPECT_TRUE(QToolTip::text().contains(
+        QStringLiteral(" cannot work with \"Safari\" because it's a sandboxed application.\n\n"
+                       "Sandboxed apps can be hidden via \"Hide sandboxed applications\" in the "
+                       "Preferences.")));
+    MVCollectionViewItem::mouseExited();
+    EXPECT_TRUE(support::waitUntil([] { return !QToolTip::isVisible(); }));
+}
+
+TEST_F(ItemTest, ANameFitsItsLineInALargeFontToo) {
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSize(40);
+    QApplication::setFont(large);
+    const MVCollectionViewTextField name;
+    EXPECT_LE(name.fontMetrics().height(), ItemLayout::nameHeight);
+    EXPECT_GT(name.fontMetrics().height(), ItemLayout::nameHeight / 2);
+    QApplication::setFont(usual);
+}
+
 TEST_F(ItemTest, AClickOnTheSpeakerMutesAndUnmutes) {
     QTest::mouseClick(&item_->muteView(), Qt::LeftButton);
     EXPECT_TRUE(app_->muted());
@@ -140,9 +171,11 @@ TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
         QApplication::sendEvent(&part, &event);
         return qobject_cast<QMenu*>(QApplication::activePopupWidget());
     };
+    item_->slider().setEnabled(false); // as one is that cannot be controlled
     for (QWidget* const part :
          {static_cast<QWidget*>(item_.get()), static_cast<QWidget*>(&item_->label()),
-          static_cast<QWidget*>(&item_->slider()), static_cast<QWidget*>(&item_->muteView())}) {
+          static_cast<QWidget*>(&item_->iconView()), static_cast<QWidget*>(&item_->slider()),
+          static_cast<QWidget*>(&item_->muteView())}) {
         QMenu* const menu = menuAt(*part);
         ASSERT_NE(menu, nullptr);
         ASSERT_EQ(menu->actions().size(), 1);
@@ -150,6 +183,7 @@ TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
         menu->close();
         ignored_.clear();
         menu->actions()[0]->trigger();
+        support::serveEvents();
         EXPECT_EQ(ignored_, QStringLiteral("Safari"));
     }
     const auto effects =
