@@ -5,6 +5,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,14 @@ struct Preferences {
     /// What was set for programs, by settingsKey(); plain ones are left out.
     std::map<std::string, ProgramSetting, std::less<>> programs;
     IgnoredNames ignored;
+
+    /// Who has been seen before, by settingsKey(), and the percent that others begin with.
+    std::set<std::string, std::less<>> seen;
+    std::optional<int> forNew;
+
+    /// What a program has that was never set: full volume, unless it is one that has never been
+    /// seen.
+    ProgramSetting settingOfUnset(const std::string& key) const;
 
     bool operator==(const Preferences&) const = default;
 };

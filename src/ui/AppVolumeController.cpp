@@ -53,6 +53,7 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , initTime_(
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
+    , seen_(defaults_)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
@@ -135,6 +136,8 @@ void AppVolumeController::merge(First first) {
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
+    welcomeNew();
+    tellObserver();
 }
 
 void AppVolumeController::mergeRunning() {
@@ -153,6 +156,32 @@ void AppVolumeController::useNews() {
     news_.forgetGone([this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0; });
 }
 
+/// What the plug-in holds meanwhile becomes a setting like any other. Whoever was forgotten while
+/// it runs is new when it comes again.
+void AppVolumeController::welcomeNew() {
+    QSet<QString> connected;
+    for (MVCommAppValue* const app : apps()) {
+        if (app->isBeeps() || list_.connectedPids(app->processName()).isEmpty())
+            continue;
+        connected.insert(app->processName());
+        if (!connected_.contains(app->processName()) && seen_.add(app->displayName()))
+            welcome(*app);
+    }
+    connected_ = std::move(connected);
+}
+
+void AppVolumeController::welcome(MVCommAppValue& app) {
+    savePrefs();
+    const auto percent = seen_.defaultVolume();
+    if (!percent || appPrefs_.contains(app.displayName()))
+        return;
+    QNLog(qnlog_information, "'%@' is new and begins at %d %%", MVCommLogText(app.displayName()),
+          *percent);
+    commands_.setVolume(app.pid(), *percent);
+    setFromElsewhere(app, {*percent, false});
+    tellItem(app);
+}
+
 void AppVolumeController::restore(MVCommAppValue& app) const {
     app.setVolume(static_cast<double>(appPrefs_.volume(app.displayName())));
     app.setMuted(appPrefs_.isMuted(app.displayName()));
@@ -167,9 +196,12 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
     MVCommAppValue* const app = apps()[index];
     if (level100 == app->activity())
         return;
+    const bool wasHeard = app->hasActivity();
     if (view_ != nullptr)
         view_->handleActivity(index, level100, level);
     app->setActivity(level100);
+    if (app->hasActivity() != wasHeard)
+        tellObserver();
 }
 
 void AppVolumeController::sliderChanged(MVCommAppValue& app) {
@@ -178,8 +210,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
@@ -187,8 +218,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
         return;
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
@@ -221,6 +251,53 @@ QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) co
     return news_.reason(app.pid());
 }
 
+QList<AppVolumeController::Remembered> AppVolumeController::remembered() const {
+    QStringList names = appPrefs_.dictionary().keys() + seen_.names();
+    names.sort();
+    names.removeDuplicates();
+    QList<Remembered> all;
+    for (const QString& name : std::as_const(names))
+        all.append({name, appPrefs_.percent(name), appPrefs_.isMuted(name)});
+    return all;
+}
+
+void AppVolumeController::setRemembered(const QString& displayName, int percent, bool muted) {
+    if (MVCommAppValue* const app = displayed(displayName)) {
+        if (percentOf(*app) != percent)
+            setPercent(*app, percent);
+        if (app->muted() != muted)
+            setMuted(*app, muted);
+        return;
+    }
+    appPrefs_.setPercent(displayName, percent);
+    appPrefs_.setMuted(displayName, muted);
+    keepSetting(displayName);
+}
+
+bool AppVolumeController::forget(const QString& displayName) {
+    if (!seen_.contains(displayName) && !appPrefs_.contains(displayName))
+        return false;
+    if (appPrefs_.contains(displayName))
+        setRemembered(displayName, VolumeNumbers::full, false);
+    appPrefs_.remove(displayName);
+    seen_.remove(displayName);
+    storePrefs();
+    savePrefs();
+    tellObserver();
+    return true;
+}
+
+MVCommAppValue* AppVolumeController::displayed(const QString& name) const {
+    const auto found = std::ranges::find(apps(), name, &MVCommAppValue::displayName);
+    return found != apps().end() ? *found : nullptr;
+}
+
+void AppVolumeController::setDefaultVolume(std::optional<int> percent) {
+    seen_.setDefaultVolume(percent);
+    savePrefs();
+    tellObserver();
+}
+
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
     const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
     const qsizetype index = list_.indexOfPid(pid);
@@ -248,8 +325,7 @@ void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
         const QScopedValueRollback restoring(isRestoring_, true);
         restore(app);
     }
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
@@ -261,6 +337,7 @@ void AppVolumeController::notControllable(std::uint32_t pid, const QString& reas
 
 void AppVolumeController::pluginHasGone() {
     news_.clear();
+    tellObserver();
     if (view_ == nullptr)
         return;
     for (qsizetype index = 0; index < apps().size(); ++index)
@@ -299,6 +376,14 @@ void AppVolumeController::copyThenTellPlugins() {
     });
 }
 
+/// After it has become another.
+void AppVolumeController::keepSetting(const QString& displayName) {
+    seen_.add(displayName);
+    storePrefs();
+    savePrefs();
+    tellObserver();
+}
+
 void AppVolumeController::storePrefs() {
     if (appPrefs_.dictionary().isEmpty())
         defaults_.remove(PreferenceKeys::apps);
@@ -328,7 +413,13 @@ bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
     return isSaved;
 }
 
+void AppVolumeController::tellObserver() const {
+    if (observer_)
+        observer_();
+}
+
 void AppVolumeController::tellItem(const MVCommAppValue& app) {
+    tellObserver();
     if (view_ == nullptr)
         return;
     if (const qsizetype index = apps().indexOf(&app); index >= 0)

@@ -6,15 +6,19 @@
 #include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
+#include "ui/SeenApps.h"
 
 #include <QList>
+#include <QSet>
 #include <QSizeF>
 #include <QString>
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 
 class AppVolumeView;
 class MVComm;
@@ -69,6 +73,11 @@ class AppVolumeController {
     /// taken away before it goes.
     void setView(AppVolumeView* view);
 
+    /// Has `observer` be called after each change of apps(), of what can be asked about one of
+    /// them here, and of whether one is heard; also for a change that leaves all as it was. In
+    /// place of the one before; null for none.
+    void setObserver(std::function<void()> observer) { observer_ = std::move(observer); }
+
     /// In order; valid until the next merge.
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
@@ -98,6 +107,29 @@ class AppVolumeController {
     /// Why the volume of `app` cannot be set, for people; empty when it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
 
+    /// All that is remembered of a program, whether it runs or not.
+    struct Remembered {
+        QString name; ///< as it is displayed
+        int percent;
+        bool muted;
+    };
+
+    /// Of every program that has ever been seen or set, by name.
+    QList<Remembered> remembered() const;
+
+    /// Sets what is remembered of a program, and all that it has when it is running. `percent` is
+    /// clamped to 0 to 100.
+    void setRemembered(const QString& displayName, int percent, bool muted);
+
+    /// Has a program be as if it had never been seen; one that is running goes to full volume, not
+    /// muted. False when nothing was remembered.
+    bool forget(const QString& displayName);
+
+    /// The percent that a program begins with that checks in and has never been seen or set;
+    /// nothing when it keeps full volume. A change is for programs to come.
+    std::optional<int> defaultVolume() const { return seen_.defaultVolume(); }
+    void setDefaultVolume(std::optional<int> percent);
+
     /// What the plug-in reports beside its socket. A setting of a process that has no record yet
     /// waits a minute for it.
     void changedElsewhere(std::uint32_t pid, int percent, bool muted);
@@ -123,13 +155,18 @@ class AppVolumeController {
     void merge(First first);
     void mergeRunning();
     void useNews();
+    void welcomeNew();
+    void welcome(MVCommAppValue& app);
+    MVCommAppValue* displayed(const QString& name) const;
     void restore(MVCommAppValue& app) const;
     bool isIgnored(std::uint32_t pid) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
     void freeIgnoredApps();
     void copyThenTellPlugins();
+    void keepSetting(const QString& displayName);
     void storePrefs();
+    void tellObserver() const;
     void placeWindow();
     void tellItem(const MVCommAppValue& app);
 
@@ -140,10 +177,13 @@ class AppVolumeController {
     platform::UserDefaults& defaults_;
     const double initTime_;
     AppPreferences appPrefs_;
+    SeenApps seen_;
+    QSet<QString> connected_; // process names of records, by the merge before
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
     AppVolumeView* view_ = nullptr;
+    std::function<void()> observer_;
     bool isRestoring_ = false; // what changes in a record now is no gesture
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;
