@@ -30,3 +30,10 @@ Variant BusClient::call(const std::string& path, const char* interface, const ch
         throw failureOf(error);
     return answer;
 }
+
+bool BusClient::isThere() {
+    return Variant(g_dbus_connection_call_sync(connection_, "org.freedesktop.DBus",
+                                               "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                               "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
+                                               patience, nullptr, nullptr)) != nullptr;
+}

@@ -29,6 +29,9 @@ class BusClient {
     Variant call(const std::string& path, const char* interface, const char* method,
                  GVariant* arguments = nullptr);
 
+    /// Whether the bus itself answers.
+    bool isThere();
+
     GDBusConnection* connection() noexcept { return connection_; }
 
   private:

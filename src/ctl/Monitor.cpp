@@ -42,6 +42,8 @@ void Monitor::run() {
                            "GetManagedObjects", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
                            -1, nullptr, &listed, this);
     g_main_loop_run(loop_);
+    if (!failure_ && !bus_.isThere())
+        failure_.emplace(busHasGone()); // all programs seemed to end before it
     if (failure_)
         throw Failure(*failure_);
 }
