@@ -45,7 +45,7 @@ MixerInterface::MixerInterface(AppVolumeController& controller, MVIgnoredApps& i
 
 QVariantMap MixerInterface::properties() const {
     return {{ignoredProperty, ignoredNames()},
-            {defaultVolume, controller_.defaultVolume().value_or(noDefault)}};
+            {defaultVolume, controller_.rememberedApps().defaultVolume().value_or(noDefault)}};
 }
 
 std::optional<BusError> MixerInterface::set(const QString& property, const QVariant& value) {
@@ -55,8 +55,9 @@ std::optional<BusError> MixerInterface::set(const QString& property, const QVari
     const int percent = value.toInt();
     if (percent != noDefault && !isPercent(percent))
         return notInRange();
-    controller_.setDefaultVolume(percent == noDefault ? std::nullopt : std::optional(percent));
-    ControlLog::defaultVolume(controller_.defaultVolume());
+    controller_.rememberedApps().setDefaultVolume(percent == noDefault ? std::nullopt
+                                                                       : std::optional(percent));
+    ControlLog::defaultVolume(controller_.rememberedApps().defaultVolume());
     return std::nullopt;
 }
 
@@ -97,7 +98,7 @@ QStringList MixerInterface::ignoredNames() const {
 
 QVariant MixerInterface::remembered() const {
     RememberedPrograms programs;
-    for (const auto& each : controller_.remembered())
+    for (const auto& each : controller_.rememberedApps().all())
         programs.append({each.name, each.percent, each.muted});
     return QVariant::fromValue(programs);
 }
@@ -108,14 +109,14 @@ std::optional<BusError> MixerInterface::setRemembered(const QString& name, int p
         return noSuchProgram();
     if (!isPercent(percent))
         return notInRange();
-    controller_.setRemembered(name, percent, muted);
+    controller_.rememberedApps().set(name, percent, muted);
     ControlLog::volume(name, percent);
     ControlLog::muted(name, muted);
     return std::nullopt;
 }
 
 std::optional<BusError> MixerInterface::forget(const QString& name) {
-    if (!controller_.forget(name))
+    if (!controller_.rememberedApps().forget(name))
         return noSuchProgram();
     ControlLog::forgotten(name);
     return std::nullopt;

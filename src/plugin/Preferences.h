@@ -37,8 +37,8 @@ struct Preferences {
     IgnoredNames ignored;
 
     /// Who has been seen before, by settingsKey(), and the percent that others begin with.
-    std::set<std::string, std::less<>> seen;
-    std::optional<int> forNew;
+    std::set<std::string, std::less<>> seen = {};
+    std::optional<int> forNew = std::nullopt;
 
     /// What a program has that was never set: full volume, unless it is one that has never been
     /// seen.

@@ -54,6 +54,7 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
     , seen_(defaults_)
+    , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
@@ -251,53 +252,6 @@ QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) co
     return news_.reason(app.pid());
 }
 
-QList<AppVolumeController::Remembered> AppVolumeController::remembered() const {
-    QStringList names = appPrefs_.dictionary().keys() + seen_.names();
-    names.sort();
-    names.removeDuplicates();
-    QList<Remembered> all;
-    for (const QString& name : std::as_const(names))
-        all.append({name, appPrefs_.percent(name), appPrefs_.isMuted(name)});
-    return all;
-}
-
-void AppVolumeController::setRemembered(const QString& displayName, int percent, bool muted) {
-    if (MVCommAppValue* const app = displayed(displayName)) {
-        if (percentOf(*app) != percent)
-            setPercent(*app, percent);
-        if (app->muted() != muted)
-            setMuted(*app, muted);
-        return;
-    }
-    appPrefs_.setPercent(displayName, percent);
-    appPrefs_.setMuted(displayName, muted);
-    keepSetting(displayName);
-}
-
-bool AppVolumeController::forget(const QString& displayName) {
-    if (!seen_.contains(displayName) && !appPrefs_.contains(displayName))
-        return false;
-    if (appPrefs_.contains(displayName))
-        setRemembered(displayName, VolumeNumbers::full, false);
-    appPrefs_.remove(displayName);
-    seen_.remove(displayName);
-    storePrefs();
-    savePrefs();
-    tellObserver();
-    return true;
-}
-
-MVCommAppValue* AppVolumeController::displayed(const QString& name) const {
-    const auto found = std::ranges::find(apps(), name, &MVCommAppValue::displayName);
-    return found != apps().end() ? *found : nullptr;
-}
-
-void AppVolumeController::setDefaultVolume(std::optional<int> percent) {
-    seen_.setDefaultVolume(percent);
-    savePrefs();
-    tellObserver();
-}
-
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
     const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
     const qsizetype index = list_.indexOfPid(pid);
@@ -379,6 +333,10 @@ void AppVolumeController::copyThenTellPlugins() {
 /// After it has become another.
 void AppVolumeController::keepSetting(const QString& displayName) {
     seen_.add(displayName);
+    settingsChanged();
+}
+
+void AppVolumeController::settingsChanged() {
     storePrefs();
     savePrefs();
     tellObserver();

@@ -6,6 +6,7 @@
 #include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
+#include "ui/RememberedApps.h"
 #include "ui/SeenApps.h"
 
 #include <QList>
@@ -18,7 +19,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 
 class AppVolumeView;
 class MVComm;
@@ -107,28 +107,8 @@ class AppVolumeController {
     /// Why the volume of `app` cannot be set, for people; empty when it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
 
-    /// All that is remembered of a program, whether it runs or not.
-    struct Remembered {
-        QString name; ///< as it is displayed
-        int percent;
-        bool muted;
-    };
-
-    /// Of every program that has ever been seen or set, by name.
-    QList<Remembered> remembered() const;
-
-    /// Sets what is remembered of a program, and all that it has when it is running. `percent` is
-    /// clamped to 0 to 100.
-    void setRemembered(const QString& displayName, int percent, bool muted);
-
-    /// Has a program be as if it had never been seen; one that is running goes to full volume, not
-    /// muted. False when nothing was remembered.
-    bool forget(const QString& displayName);
-
-    /// The percent that a program begins with that checks in and has never been seen or set;
-    /// nothing when it keeps full volume. A change is for programs to come.
-    std::optional<int> defaultVolume() const { return seen_.defaultVolume(); }
-    void setDefaultVolume(std::optional<int> percent);
+    /// What there is to know of programs that have no record, too.
+    RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
 
     /// What the plug-in reports beside its socket. A setting of a process that has no record yet
     /// waits a minute for it.
@@ -157,7 +137,6 @@ class AppVolumeController {
     void useNews();
     void welcomeNew();
     void welcome(MVCommAppValue& app);
-    MVCommAppValue* displayed(const QString& name) const;
     void restore(MVCommAppValue& app) const;
     bool isIgnored(std::uint32_t pid) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
@@ -165,6 +144,7 @@ class AppVolumeController {
     void freeIgnoredApps();
     void copyThenTellPlugins();
     void keepSetting(const QString& displayName);
+    void settingsChanged();
     void storePrefs();
     void tellObserver() const;
     void placeWindow();
@@ -178,6 +158,7 @@ class AppVolumeController {
     const double initTime_;
     AppPreferences appPrefs_;
     SeenApps seen_;
+    RememberedApps rememberedApps_;
     QSet<QString> connected_; // process names of records, by the merge before
     PreferenceCopies copies_;
     AppList list_;
