@@ -28,6 +28,7 @@ void lookUp(GVariant* properties, const char* key, bool& value) {
 template <typename Named>
 std::vector<std::string> namesOf(const std::vector<Named>& programs) {
     std::vector<std::string> names;
+    names.reserve(programs.size());
     for (const Named& program : programs)
         names.push_back(program.name);
     return names;

@@ -36,6 +36,7 @@ void list(Mixer& mixer, const Command& command) {
     }
     if (command.names) {
         std::vector<std::string> names;
+        names.reserve(programs.size());
         for (const CtlProgram& program : programs)
             names.push_back(program.name);
         printNames(names, command.json);
