@@ -8,7 +8,6 @@
 
 class AppVolumeController;
 class ControlService;
-class MVComm;
 class VolumeWindow;
 
 namespace platform {
@@ -73,7 +72,6 @@ class MVAppController final : public QNGUIApplication {
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
-    MVComm& comm_;
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;

@@ -110,8 +110,8 @@ class AppVolumeController {
     /// What there is to know of programs that have no record, too.
     RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
 
-    /// What the plug-in reports beside its socket. A setting of a process that has no record yet
-    /// waits a minute for it.
+    /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
+    /// and waits a minute for a process that is not known yet.
     void changedElsewhere(std::uint32_t pid, int percent, bool muted);
     void notControllable(std::uint32_t pid, const QString& reason);
     void pluginHasGone();
@@ -138,10 +138,10 @@ class AppVolumeController {
     void welcomeNew();
     void welcome(MVCommAppValue& app);
     void restore(MVCommAppValue& app) const;
-    bool isIgnored(std::uint32_t pid) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
-    void freeIgnoredApps();
+    void markIgnoredApps();
+    void freeMarkedApps();
     void copyThenTellPlugins();
     void keepSetting(const QString& displayName);
     void settingsChanged();
@@ -163,6 +163,7 @@ class AppVolumeController {
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
+    QSet<QString> toBeFreed_; // process names of ignored programs that are not connected yet
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
     bool isRestoring_ = false; // what changes in a record now is no gesture
