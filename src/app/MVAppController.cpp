@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
+#include "control/ControlService.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
 #include "platform/bus/PluginReports.h"
@@ -14,6 +15,7 @@
 #include "platform/loop/DispatchQueue.h"
 #include "platform/processes/ExceptionReport.h"
 #include "platform/values/UserDefaults.h"
+#include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
 #include "ui/VolumeWindow.h"
@@ -147,6 +149,7 @@ void MVAppController::applicationDidFinishLaunching() {
     step([this] { hearPlugin(); }); // which tells what it has to as soon as it can connect
     step([this] { connectPlugins(); });
     step([this] { volumeController_->update(); });
+    step([this] { serveBus(); });
     step([this] { updateWhenActive(); });
     step([this] {
         helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
@@ -165,6 +168,13 @@ void MVAppController::makeWindow() {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });
     showMainWindow();
+}
+
+void MVAppController::serveBus() {
+    control_ = std::make_unique<ControlService>(ControlService::Surroundings{
+        *volumeController_, MVIgnoredApps::sharedInstance(), UserDefaults::standard(),
+        [this] { applicationShouldHandleReopen(window_->isVisible(), {}); }});
+    instance_->serve(control_.get());
 }
 
 void MVAppController::tellEarlyErrors() {
@@ -254,6 +264,8 @@ void MVAppController::applicationWillTerminate() {
         saveScreenshot();
     saveAndDisconnect();
     pluginReports_.reset();
+    instance_->serve(nullptr);
+    control_.reset();
     window_.reset();
     volumeController_.reset();
 }

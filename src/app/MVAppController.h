@@ -7,6 +7,7 @@
 #include <memory>
 
 class AppVolumeController;
+class ControlService;
 class VolumeWindow;
 
 namespace platform {
@@ -61,6 +62,7 @@ class MVAppController final : public QNGUIApplication {
 
     void observeSignals();
     void makeWindow();
+    void serveBus();
     void connectPlugins();
     void hearPlugin();
     void updateWhenActive();
@@ -72,6 +74,7 @@ class MVAppController final : public QNGUIApplication {
     const std::unique_ptr<platform::SingleInstance> instance_;
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
+    std::unique_ptr<ControlService> control_;
     std::unique_ptr<platform::PluginReports> pluginReports_;
     std::unique_ptr<platform::BusNameWatch> helper_;
     QString earlyError_; // what could not be read before there was a window

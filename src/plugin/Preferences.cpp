@@ -13,11 +13,18 @@ namespace {
 /// it; so would we.
 constexpr std::string_view notificationSoundsTitle = "Sound Effects";
 
+std::optional<int> percentIn(void* dictionary, const char* key) {
+    void* const entry = platform::entryOf(dictionary, key);
+    const auto percent = entry != nullptr ? platform::numberOf(entry) : std::nullopt;
+    if (!percent)
+        return std::nullopt;
+    return static_cast<int>(static_cast<float>(std::clamp(*percent, 0.0, 100.0)));
+}
+
 ProgramSetting settingIn(void* dictionary) {
     ProgramSetting setting;
-    void* const volume = platform::entryOf(dictionary, "Volume");
-    if (const auto percent = volume != nullptr ? platform::numberOf(volume) : std::nullopt)
-        setting.percent = static_cast<int>(static_cast<float>(std::clamp(*percent, 0.0, 100.0)));
+    if (const auto percent = percentIn(dictionary, "Volume"))
+        setting.percent = *percent;
     void* const mute = platform::entryOf(dictionary, "Mute");
     if (const auto muted = mute != nullptr ? platform::numberOf(mute) : std::nullopt)
         setting.muted = *muted != 0;
@@ -41,6 +48,10 @@ ProgramSetting settingOf(const WantedVolume& wanted) noexcept {
     return {wanted.percent().value_or(100), wanted.muted.value_or(false)};
 }
 
+ProgramSetting Preferences::settingOfUnset(const std::string& key) const {
+    return forNew && !seen.contains(key) ? ProgramSetting{*forNew, false} : ProgramSetting{};
+}
+
 std::optional<Preferences> parsePreferences(std::string_view bytes) {
     const platform::PropertyListNode root = platform::readPropertyList(bytes);
     if (root == nullptr || !platform::isDictionary(root.get()))
@@ -56,6 +67,9 @@ std::optional<Preferences> parsePreferences(std::string_view bytes) {
     }
     if (void* const language = platform::entryOf(root.get(), "MessageLanguage"))
         preferences.language = platform::textOf(language).value_or("");
+    for (const std::string& name : textsIn(root.get(), "SeenApps"))
+        preferences.seen.insert(platform::storableText(name));
+    preferences.forNew = percentIn(root.get(), "NewAppVolume");
     preferences.ignored.custom = textsIn(root.get(), "CustomIgnoredApps");
     preferences.ignored.disabledBuiltIn = textsIn(root.get(), "DisabledBuiltInIgnoredApps");
     return preferences;

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,14 @@ struct Preferences {
     /// The name of the locale whose language the application's messages have; empty when it has not
     /// said.
     std::string language = {};
+
+    /// Who has been seen before, by settingsKey(), and the percent that others begin with.
+    std::set<std::string, std::less<>> seen = {};
+    std::optional<int> forNew = std::nullopt;
+
+    /// What a program has that was never set: full volume, unless it is one that has never been
+    /// seen.
+    ProgramSetting settingOfUnset(const std::string& key) const;
 
     bool operator==(const Preferences&) const = default;
 };

@@ -45,6 +45,7 @@ RememberedVolumes::read(Preferences preferences, std::span<const Program> progra
         if (!isFirst)
             updateLatest(key, settingIn(preferences_, key));
     }
+    forgetUnseen(before);
     forgetWhatIsWritten();
     std::vector<Consequence> consequences;
     for (const Program& program : programs) {
@@ -105,6 +106,14 @@ void RememberedVolumes::updateLatest(const std::string& key, const ProgramSettin
         latest_[key].wanted = kFullVolume; // which an absent entry does not say
 }
 
+/// A program that the application forgets is new when it comes again.
+void RememberedVolumes::forgetUnseen(const Preferences& before) {
+    for (const std::string& key : before.seen) {
+        if (!preferences_.seen.contains(key) && !preferences_.programs.contains(key))
+            latest_.erase(key);
+    }
+}
+
 void RememberedVolumes::forgetWhatIsWritten() {
     std::erase_if(latest_, [this](const auto& entry) {
         const auto written = preferences_.programs.find(entry.first);
@@ -160,7 +169,7 @@ WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name) const {
     const std::string key = settingsKey(name);
     // A session manager would else restore what some other program of its kind had.
     WantedVolume wanted = preferences_.written && name != kMVCommNotificationSoundsName
-                              ? kFullVolume
+                              ? preferences_.settingOfUnset(key).wanted()
                               : WantedVolume{};
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())
         wanted = found->second.wanted();

@@ -18,6 +18,9 @@
 /// what it hears of other mixers into the preferences a moment later; that is nothing new. Owns no
 /// clock, timer or file. Any thread, one at a time.
 ///
+/// A program that has never been seen or set may begin at a volume of its own. The application
+/// makes a setting of that when it gets to know it; until then it is a default, not a change.
+///
 /// Of a program that is ignored nothing is remembered or touched. One that had been changed before
 /// is freed once: it goes to full volume, not muted. What was set in another mixer only stays.
 class RememberedVolumes {
@@ -52,9 +55,10 @@ class RememberedVolumes {
 
     bool isIgnored(std::string_view name) const { return preferences_.ignored.contains(name); }
 
-    /// What a program that comes now is to have. A program without an entry is at full volume, not
-    /// muted, as its slider shows. Nothing before the preferences have been written for the first
-    /// time, and for notification sounds without an entry: their setting is their own, and lasts.
+    /// What a program that comes now is to have. A program without an entry is at full volume, or
+    /// that of new ones, not muted, as its slider shows. Nothing before the preferences have been
+    /// written for the first time, and for notification sounds without an entry: their setting is
+    /// their own, and lasts.
     WantedVolume of(std::string_view name) const;
 
     /// What is remembered of a program; one that is ignored gets it when that ends.
@@ -98,6 +102,7 @@ class RememberedVolumes {
     void forgetOld(TimePoint now);
     void ignoreNewly(const Preferences& before);
     void updateLatest(const std::string& key, const ProgramSetting& setting);
+    void forgetUnseen(const Preferences& before);
     Consequence consequenceFor(const Program& program, const Preferences& before) const;
     WantedVolume changeFor(const Program& program, const std::string& key,
                            const Preferences& before) const;

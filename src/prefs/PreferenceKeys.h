@@ -27,6 +27,14 @@ inline const QString apps = QStringLiteral("Apps");
 inline const QString appVolume = QStringLiteral("Volume");
 inline const QString appMute = QStringLiteral("Mute");
 
+/// Array of texts: the displayed names of programs that have been seen, see SeenApps. Absent when
+/// there are none.
+inline const QString seenApps = QStringLiteral("SeenApps");
+
+/// Number: the percent that a program gets that has never been seen. Absent: such a program keeps
+/// full volume.
+inline const QString newAppVolume = QStringLiteral("NewAppVolume");
+
 /// Text: where the volume window was, "x y width height".
 inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 

@@ -60,12 +60,20 @@ bool AppPreferences::isMuted(const QString& displayName) const {
     return preferencesOf(displayName).value(appMute).toBool();
 }
 
+bool AppPreferences::contains(const QString& displayName) const {
+    return apps_.contains(keyForDisplayName(displayName));
+}
+
 void AppPreferences::setPercent(const QString& displayName, int percent) {
     set(displayName, appVolume, static_cast<double>(std::clamp(percent, 0, fullVolume)));
 }
 
 void AppPreferences::setMuted(const QString& displayName, bool muted) {
     set(displayName, appMute, muted);
+}
+
+void AppPreferences::remove(const QString& displayName) {
+    apps_.remove(keyForDisplayName(displayName));
 }
 
 std::optional<QVariantMap> AppPreferences::tidyAppPref(QVariantMap preferences) {

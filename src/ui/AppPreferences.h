@@ -26,9 +26,13 @@ class AppPreferences {
     int percent(const QString& displayName) const;
     bool isMuted(const QString& displayName) const;
 
+    /// Whether it differs from what a program has that is not there.
+    bool contains(const QString& displayName) const;
+
     /// `percent` is clamped to 0 to 100.
     void setPercent(const QString& displayName, int percent);
     void setMuted(const QString& displayName, bool muted);
+    void remove(const QString& displayName);
 
     /// One program's dictionary without what need not be kept; nothing when nothing is left.
     static std::optional<QVariantMap> tidyAppPref(QVariantMap preferences);

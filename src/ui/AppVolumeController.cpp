@@ -53,6 +53,8 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , initTime_(
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
+    , seen_(defaults_)
+    , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
@@ -136,6 +138,8 @@ void AppVolumeController::merge(First first) {
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
+    welcomeNew();
+    tellObserver();
 }
 
 void AppVolumeController::mergeRunning() {
@@ -158,6 +162,32 @@ void AppVolumeController::useNews() {
         [this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0 || list_.isConnected(pid); });
 }
 
+/// What the plug-in holds meanwhile becomes a setting like any other. Whoever was forgotten while
+/// it runs is new when it comes again.
+void AppVolumeController::welcomeNew() {
+    QSet<QString> connected;
+    for (MVCommAppValue* const app : apps()) {
+        if (app->isBeeps() || list_.connectedPids(app->processName()).isEmpty())
+            continue;
+        connected.insert(app->processName());
+        if (!connected_.contains(app->processName()) && seen_.add(app->displayName()))
+            welcome(*app);
+    }
+    connected_ = std::move(connected);
+}
+
+void AppVolumeController::welcome(MVCommAppValue& app) {
+    savePrefs();
+    const auto percent = seen_.defaultVolume();
+    if (!percent || appPrefs_.contains(app.displayName()))
+        return;
+    QNLog(qnlog_information, "'%@' is new and begins at %d %%", MVCommLogText(app.displayName()),
+          *percent);
+    commands_.setVolume(app.pid(), *percent);
+    setFromElsewhere(app, {*percent, false});
+    tellItem(app);
+}
+
 void AppVolumeController::restore(MVCommAppValue& app) const {
     app.setVolume(static_cast<double>(appPrefs_.volume(app.displayName())));
     app.setMuted(appPrefs_.isMuted(app.displayName()));
@@ -172,9 +202,12 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
     MVCommAppValue* const app = apps()[index];
     if (level100 == app->activity())
         return;
+    const bool wasHeard = app->hasActivity();
     if (view_ != nullptr)
         view_->handleActivity(index, level100, level);
     app->setActivity(level100);
+    if (app->hasActivity() != wasHeard)
+        tellObserver();
 }
 
 void AppVolumeController::sliderChanged(MVCommAppValue& app) {
@@ -183,8 +216,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
@@ -192,8 +224,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
         return;
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
@@ -244,8 +275,7 @@ void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
         const QScopedValueRollback restoring(isRestoring_, true);
         restore(app);
     }
-    storePrefs();
-    savePrefs();
+    keepSetting(app.displayName());
 }
 
 void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
@@ -257,6 +287,7 @@ void AppVolumeController::notControllable(std::uint32_t pid, const QString& reas
 
 void AppVolumeController::pluginHasGone() {
     news_.clear();
+    tellObserver();
     if (view_ == nullptr)
         return;
     for (qsizetype index = 0; index < apps().size(); ++index)
@@ -302,6 +333,18 @@ void AppVolumeController::copyThenTellPlugins() {
     });
 }
 
+/// After it has become another.
+void AppVolumeController::keepSetting(const QString& displayName) {
+    seen_.add(displayName);
+    settingsChanged();
+}
+
+void AppVolumeController::settingsChanged() {
+    storePrefs();
+    savePrefs();
+    tellObserver();
+}
+
 void AppVolumeController::storePrefs() {
     if (appPrefs_.dictionary().isEmpty())
         defaults_.remove(PreferenceKeys::apps);
@@ -331,7 +374,13 @@ bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
     return isSaved;
 }
 
+void AppVolumeController::tellObserver() const {
+    if (observer_)
+        observer_();
+}
+
 void AppVolumeController::tellItem(const MVCommAppValue& app) {
+    tellObserver();
     if (view_ == nullptr)
         return;
     if (const qsizetype index = apps().indexOf(&app); index >= 0)

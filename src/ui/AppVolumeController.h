@@ -6,6 +6,8 @@
 #include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
+#include "ui/RememberedApps.h"
+#include "ui/SeenApps.h"
 
 #include <QList>
 #include <QSet>
@@ -15,6 +17,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 class AppVolumeView;
@@ -70,6 +73,11 @@ class AppVolumeController {
     /// taken away before it goes.
     void setView(AppVolumeView* view);
 
+    /// Has `observer` be called after each change of apps(), of what can be asked about one of
+    /// them here, and of whether one is heard; also for a change that leaves all as it was. In
+    /// place of the one before; null for none.
+    void setObserver(std::function<void()> observer) { observer_ = std::move(observer); }
+
     /// In order; valid until the next merge.
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
@@ -99,6 +107,9 @@ class AppVolumeController {
     /// Why the volume of `app` cannot be set, for people; empty when it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
 
+    /// What there is to know of programs that have no record, too.
+    RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
+
     /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
     /// and waits a minute for a process that is not known yet.
     void changedElsewhere(std::uint32_t pid, int percent, bool muted);
@@ -124,13 +135,18 @@ class AppVolumeController {
     void merge(First first);
     void mergeRunning();
     void useNews();
+    void welcomeNew();
+    void welcome(MVCommAppValue& app);
     void restore(MVCommAppValue& app) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
     void markIgnoredApps();
     void freeMarkedApps();
     void copyThenTellPlugins();
+    void keepSetting(const QString& displayName);
+    void settingsChanged();
     void storePrefs();
+    void tellObserver() const;
     void placeWindow();
     void tellItem(const MVCommAppValue& app);
 
@@ -141,11 +157,15 @@ class AppVolumeController {
     platform::UserDefaults& defaults_;
     const double initTime_;
     AppPreferences appPrefs_;
+    SeenApps seen_;
+    RememberedApps rememberedApps_;
+    QSet<QString> connected_; // process names of records, by the merge before
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
     QSet<QString> toBeFreed_; // process names of ignored programs that are not connected yet
     AppVolumeView* view_ = nullptr;
+    std::function<void()> observer_;
     bool isRestoring_ = false; // what changes in a record now is no gesture
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;

@@ -133,6 +133,32 @@ TEST_F(ApplicationTest, WhatChangesWhileItIsAwayIsRememberedWhenItComes) {
     EXPECT_TRUE(hearsConstant(level));
 }
 
+TEST_F(ApplicationTest, AProgramThatWasNeverSeenBeginsAtTheVolumeOfNewOnes) {
+    const auto ctl = [](std::vector<std::string> words) {
+        words.insert(words.begin(), TONVALECTL);
+        const auto result = runCommand(words);
+        EXPECT_EQ(result.status, 0) << result.output;
+    };
+    writeFile(own_, R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
+                    "<key>NewAppVolume</key><integer>30</integer></dict></plist>");
+    startPlugin();
+    ASSERT_TRUE(tells("sound server: connected"));
+    EXPECT_TRUE(beginsAt(30)) << "also while nobody is there to remember it";
+    startTonvale();
+    EXPECT_TRUE(beginsAt(30));
+    EXPECT_TRUE(isRemembered({30, false}));
+    ctl({"set", "stream_player", "100"});
+    EXPECT_TRUE(isRemembered({100, false}));
+    EXPECT_TRUE(beginsAt(100)) << "it has been seen";
+    ctl({"forget", "stream_player"});
+    EXPECT_TRUE(waitUntil([&] {
+        std::ifstream file(own_, std::ios::binary);
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        return text.find("stream_player") == std::string::npos;
+    }));
+    EXPECT_TRUE(beginsAt(30)) << "as if it had never been seen";
+}
+
 TEST_F(ApplicationTest, NewContainersAreServedAndAnnouncedOnceForABurst) {
     constexpr int burst = 5;
     const auto socketIn = [this](int container) {

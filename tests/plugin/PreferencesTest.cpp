@@ -132,6 +132,20 @@ TEST(Preferences, TheLanguageIsATextOrNotSaid) {
     EXPECT_EQ(parsePreferences(plist(""))->language, "");
 }
 
+TEST(Preferences, NewProgramsHaveTheirVolumeAndSeenOnesHaveNot) {
+    const std::string seen = "<key>SeenApps</key><array><string>a</string><integer>3</integer>"
+                             "<string>Sound Effects</string></array>";
+    const auto preferences =
+        parsePreferences(plist(seen + "<key>NewAppVolume</key><integer>30</integer>"));
+    ASSERT_TRUE(preferences);
+    EXPECT_EQ(preferences->settingOfUnset("a"), ProgramSetting{});
+    EXPECT_EQ(preferences->settingOfUnset("b"), (ProgramSetting{30, false}));
+    for (const char* const none :
+         {"", "<key>NewAppVolume</key><string>30</string>", "<key>NewAppVolume</key><array/>"})
+        EXPECT_EQ(parsePreferences(plist(none))->settingOfUnset("b"), ProgramSetting{}) << none;
+    EXPECT_EQ(parsePreferences(plist("<key>NewAppVolume</key><real>-7</real>"))->forNew, 0);
+}
+
 TEST(Preferences, NamesAreFoundAsTheApplicationKeepsThem) {
     EXPECT_EQ(settingsKey("coreaudiod"), "Sound Effects");
     EXPECT_EQ(settingsKey("Rock & Röll\n"), "Rock & Röll\n");

@@ -245,3 +245,56 @@ TEST_F(RememberedVolumesTest, NotificationSoundsHaveTheirTitleInTheFile) {
     read(preferences);
     EXPECT_TRUE(consequences_[0].freed);
 }
+
+TEST_F(RememberedVolumesTest, AProgramThatWasNeverSeenBeginsAtTheVolumeOfNewOnes) {
+    Preferences preferences = says({});
+    preferences.forNew = 30;
+    preferences.seen = {"other"};
+    read(preferences);
+    EXPECT_EQ(remembered_.of("player"), both(30, false));
+    EXPECT_EQ(remembered_.of("other"), full);
+    EXPECT_EQ(remembered_.of("coreaudiod"), nothing) << "is no program";
+    preferences.forNew.reset();
+    EXPECT_EQ(read(preferences), nothing);
+    EXPECT_EQ(remembered_.of("player"), full);
+
+    preferences.forNew = 30;
+    read(preferences);
+    programs_[0].wanted = both(30, false);
+    command(volume(30)); // the application has got to know it
+    preferences.seen.insert("player");
+    preferences.programs["player"] = {30, false};
+    EXPECT_EQ(read(preferences), nothing);
+    clock_.advance(2s);
+    preferences.programs.clear();
+    EXPECT_EQ(read(preferences), volume(100));
+    EXPECT_EQ(remembered_.of("player"), full) << "it is known, and was set to that";
+}
+
+TEST_F(RememberedVolumesTest, WhoIsForgottenIsNewWhenItComesAgain) {
+    for (const bool isRunning : {true, false}) {
+        SCOPED_TRACE(isRunning);
+        remembered_ = {};
+        Preferences preferences = says({60, true});
+        preferences.forNew = 30;
+        preferences.seen = {"player"};
+        read(preferences);
+        programs_[0].wanted = both(60, true);
+        if (isRunning)
+            command(full);
+        preferences = says({});
+        preferences.forNew = 30;
+        EXPECT_EQ(read(preferences), isRunning ? nothing : full);
+        EXPECT_EQ(remembered_.of("player"), both(30, false));
+        clock_.advance(2s);
+    }
+    Preferences preferences = says({});
+    preferences.forNew = 30;
+    preferences.seen = {"player"};
+    read(preferences);
+    preferences.seen.clear(); // of one at full volume there was nothing else
+    EXPECT_EQ(read(preferences), nothing) << "what plays stays as it is";
+    EXPECT_EQ(remembered_.of("player"), both(30, false));
+    EXPECT_EQ(changeElsewhere(volume(50), false), std::nullopt);
+    EXPECT_EQ(remembered_.of("player"), both(50, false)) << "somebody has set it by now";
+}

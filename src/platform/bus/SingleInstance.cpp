@@ -1,5 +1,7 @@
 #include "platform/bus/SingleInstance.h"
 
+#include "platform/bus/BusCallers.h"
+#include "platform/bus/BusObjects.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/processes/ExceptionReport.h"
 #include "platform/processes/SystemLog.h"
@@ -12,6 +14,8 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace platform {
 
@@ -24,6 +28,7 @@ constexpr std::chrono::milliseconds pause{100};
 constexpr int patienceForAnswer = 5000; // ms
 
 constexpr const char* applicationInterface = "org.freedesktop.Application";
+constexpr const char* introspectableInterface = "org.freedesktop.DBus.Introspectable";
 
 QString objectPath(const QString& name) {
     return QLatin1Char('/') + QString(name).replace(QLatin1Char('.'), QLatin1Char('/'));
@@ -56,13 +61,13 @@ bool activateOther(const QDBusConnection& bus, const QString& name) {
 
 } // namespace
 
-/// The object that other starts, and the desktop, call.
+/// The object that other starts, and the desktop, call, and the way to all others.
 class SingleInstance::Service : public QDBusVirtualObject {
   public:
-    explicit Service(QString name) : name_(std::move(name)) {}
+    Service(const QDBusConnection& bus, QString name) : name_(std::move(name)), callers_(bus) {}
     ~Service() override {
         auto bus = sessionBus();
-        bus.unregisterObject(objectPath(name_));
+        bus.unregisterObject(objectPath(name_), QDBusConnection::UnregisterTree);
         // Without waiting for an answer: the bus may be stuck.
         auto release = QDBusMessage::createMethodCall(
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
@@ -75,7 +80,7 @@ class SingleInstance::Service : public QDBusVirtualObject {
 
     Start start(QDBusConnection& bus) {
         // The object comes first: whoever sees the name may call at once.
-        bus.registerVirtualObject(objectPath(name_), this);
+        bus.registerVirtualObject(objectPath(name_), this, QDBusConnection::SubPath);
         const auto answer =
             bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
                                              QDBusConnectionInterface::DontAllowReplacement);
@@ -85,7 +90,35 @@ class SingleInstance::Service : public QDBusVirtualObject {
                                                                              : Start::second;
     }
 
-    QString introspect(const QString& /*path*/) const override {
+    QString introspect(const QString& path) const override {
+        QString xml = path == objectPath(name_) ? applicationXml() : QString();
+        if (objects_ != nullptr)
+            guarded(kExceptionInNotification, [&] { xml += objects_->introspect(path); });
+        return xml;
+    }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        callers_.ask(message.service(), [this, message, bus](bool isOurs) {
+            if (!isOurs)
+                send(bus, message,
+                     message.createErrorReply(QDBusError::AccessDenied,
+                                              QStringLiteral("Another user's")));
+            else
+                take(message, bus);
+        });
+        return true;
+    }
+
+    void serve(BusObjects* objects) {
+        objects_ = objects;
+        for (const auto& [message, bus] : std::exchange(early_, {}))
+            take(message, bus);
+    }
+
+    Activated activated_;
+
+  private:
+    static QString applicationXml() {
         return QStringLiteral(R"(<interface name="org.freedesktop.Application">
   <method name="Activate"><arg type="a{sv}" name="platform_data" direction="in"/></method>
   <method name="Open"><arg type="as" name="uris" direction="in"/>
@@ -97,10 +130,46 @@ class SingleInstance::Service : public QDBusVirtualObject {
 )");
     }
 
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.interface() != QLatin1String(applicationInterface))
-            return false;
-        connection.send(message.createReply());
+    static void send(const QDBusConnection& bus, const QDBusMessage& call,
+                     const QDBusMessage& answer) {
+        if (call.isReplyRequired())
+            bus.send(answer);
+    }
+
+    void take(const QDBusMessage& message, const QDBusConnection& bus) {
+        constexpr std::size_t bound = 256;
+        if (message.interface() == QLatin1String(applicationInterface) &&
+            message.path() == objectPath(name_)) {
+            send(bus, message, message.createReply());
+            activate(message);
+        } else if (message.interface() == QLatin1String(introspectableInterface)) {
+            send(bus, message, introspection(message));
+        } else if (objects_ != nullptr) {
+            guarded(kExceptionInNotification,
+                    [&] { send(bus, message, objects_->answer(message)); });
+        } else if (early_.size() < bound) {
+            early_.emplace_back(message, bus); // a start, and what it serves, takes a moment
+        }
+    }
+
+    QDBusMessage introspection(const QDBusMessage& call) const {
+        const QString inside = introspect(call.path());
+        if (inside.isEmpty())
+            return call.createErrorReply(QDBusError::UnknownObject,
+                                         QStringLiteral("There is no such object"));
+        return call.createReply(QStringLiteral(R"(<!DOCTYPE node PUBLIC
+ "-//freedesktop//DTD D-BUS Object Introspection 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/introspect.dtd">
+<node>
+<interface name="org.freedesktop.DBus.Introspectable">
+  <method name="Introspect"><arg type="s" name="xml_data" direction="out"/></method>
+</interface>
+%1</node>
+)")
+                                    .arg(inside));
+    }
+
+    void activate(const QDBusMessage& message) const {
         QVariantMap data;
         if (!message.arguments().isEmpty())
             data = qdbus_cast<QVariantMap>(message.arguments().constLast());
@@ -109,13 +178,12 @@ class SingleInstance::Service : public QDBusVirtualObject {
             token = data.value(QStringLiteral("desktop-startup-id")).toString();
         if (activated_)
             guarded(kExceptionInNotification, [&] { activated_(token); });
-        return true;
     }
 
-    Activated activated_;
-
-  private:
     const QString name_;
+    BusCallers callers_;
+    BusObjects* objects_ = nullptr;
+    std::vector<std::pair<QDBusMessage, QDBusConnection>> early_; // from before there were objects
 };
 
 SingleInstance::SingleInstance(const QString& name) : lock_(name.toStdString()) {}
@@ -143,7 +211,7 @@ std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
 SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
     auto bus = sessionBus();
     if (bus.isConnected()) {
-        auto service = std::make_unique<Service>(name);
+        auto service = std::make_unique<Service>(bus, name);
         const Service::Start start = service->start(bus);
         if (start == Service::Start::second)
             return activateOther(bus, name) ? Outcome::handedOver : Outcome::otherIsSilent;
@@ -159,6 +227,11 @@ SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
 void SingleInstance::onActivation(Activated activated) {
     if (service_)
         service_->activated_ = std::move(activated);
+}
+
+void SingleInstance::serve(BusObjects* objects) {
+    if (service_)
+        service_->serve(objects);
 }
 
 } // namespace platform

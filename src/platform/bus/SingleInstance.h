@@ -9,11 +9,13 @@
 
 namespace platform {
 
+class BusObjects;
+
 /// Sees to it that a program runs once in a login session. The first one holds a lock file in the
 /// runtime directory, and a name on the session bus, by which it is told when another is started
 /// (the desktop's own interface for that, org.freedesktop.Application). Without a session bus the
 /// other start is not told to anybody; without bus and runtime directory every start is the first.
-/// Main thread only.
+/// Whoever calls there must be of this user. Main thread only.
 class SingleInstance {
   public:
     /// Called with the activation token of the second start, which lets a window come to the front;
@@ -28,6 +30,11 @@ class SingleInstance {
     SingleInstance& operator=(const SingleInstance&) = delete;
 
     void onActivation(Activated activated);
+
+    /// Has calls at and below the program's object path, the bus name with slashes, answered by
+    /// `objects`, which must outlive this or be taken away with null; so are those that came before
+    /// the first. Does nothing without a session bus.
+    void serve(BusObjects* objects);
 
   private:
     class Service;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "comm/MVCommLogText.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+
+#include <optional>
+
+/// The lines that a person's changes leave in the log, worded as in the window.
+namespace ControlLog {
+
+inline void volume(const QString& name, int percent) {
+    QNLog(qnlog_user, "'%@' volume changed to %.2f", MVCommLogText(name), percent / 100.0);
+}
+
+inline void muted(const QString& name, bool muted) {
+    QNLog(qnlog_user, "'%@' %@", MVCommLogText(name), muted ? "muted" : "unmuted");
+}
+
+inline void forgotten(const QString& name) {
+    QNLog(qnlog_user, "'%@' forgotten", MVCommLogText(name));
+}
+
+inline void defaultVolume(std::optional<int> percent) {
+    if (percent)
+        QNLog(qnlog_user, "New programs begin at %d %%", *percent);
+    else
+        QNLog(qnlog_user, "New programs begin at full volume");
+}
+
+} // namespace ControlLog

@@ -1,0 +1,150 @@
+#include "control/MixerInterface.h"
+
+#include "comm/MVCommAppValue.h"
+#include "control/ControlLog.h"
+#include "control/ControlTypes.h"
+#include "prefs/MVIgnoredApp.h"
+#include "prefs/MVIgnoredApps.h"
+#include "ui/AppVolumeController.h"
+
+#include <QDBusError>
+
+#include <algorithm>
+
+namespace {
+
+const QString ignoredProperty = QStringLiteral("Ignored");
+const QString defaultVolume = QStringLiteral("DefaultVolume");
+constexpr int noDefault = -1;
+
+BusError noSuchProgram() {
+    return {QStringLiteral("com.quarnel.Tonvale.Error.NoSuchProgram"),
+            QStringLiteral("There is no program of that name")};
+}
+
+bool isPercent(int number) {
+    return number >= 0 && number <= 100;
+}
+
+BusError notInRange() {
+    return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
+}
+
+bool isSameName(const QString& one, const QString& other) {
+    return QString::compare(one, other, Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+MixerInterface::MixerInterface(AppVolumeController& controller, MVIgnoredApps& ignored,
+                               const std::function<void()>& showWindow)
+    : BusInterface(interfaceName())
+    , controller_(controller)
+    , ignored_(ignored)
+    , showWindow_(showWindow) {}
+
+QVariantMap MixerInterface::properties() const {
+    return {{ignoredProperty, ignoredNames()},
+            {defaultVolume, controller_.rememberedApps().defaultVolume().value_or(noDefault)}};
+}
+
+std::optional<BusError> MixerInterface::set(const QString& property, const QVariant& value) {
+    if (property != defaultVolume)
+        return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
+                        QStringLiteral("It can only be read")};
+    const int percent = value.toInt();
+    if (percent != noDefault && !isPercent(percent))
+        return notInRange();
+    controller_.rememberedApps().setDefaultVolume(percent == noDefault ? std::nullopt
+                                                                       : std::optional(percent));
+    ControlLog::defaultVolume(controller_.rememberedApps().defaultVolume());
+    return std::nullopt;
+}
+
+std::optional<QString> MixerInterface::signature(const QString& method) const {
+    if (method == QLatin1String("ShowWindow") || method == QLatin1String("GetRemembered"))
+        return QString();
+    if (method == QLatin1String("SetRemembered"))
+        return QStringLiteral("sib");
+    if (method == QLatin1String("Forget") || method == QLatin1String("Ignore") ||
+        method == QLatin1String("Unignore"))
+        return QStringLiteral("s");
+    return std::nullopt;
+}
+
+BusInterface::Outcome MixerInterface::call(const QString& method, const QVariantList& arguments) {
+    if (method == QLatin1String("GetRemembered"))
+        return {{remembered()}};
+    if (method == QLatin1String("ShowWindow")) {
+        showWindow_();
+        return {};
+    }
+    const QString name = arguments[0].toString();
+    if (method == QLatin1String("SetRemembered"))
+        return {{}, setRemembered(name, arguments[1].toInt(), arguments[2].toBool())};
+    if (method == QLatin1String("Forget"))
+        return {{}, forget(name)};
+    return {{}, method == QLatin1String("Ignore") ? ignore(name) : unignore(name)};
+}
+
+QStringList MixerInterface::ignoredNames() const {
+    QStringList names = ignored_.custom();
+    for (const auto& entry : ignored_.builtIn()) {
+        if (entry->enabled())
+            names.append(entry->name());
+    }
+    return names;
+}
+
+QVariant MixerInterface::remembered() const {
+    RememberedPrograms programs;
+    for (const auto& each : controller_.rememberedApps().all())
+        programs.append({each.name, each.percent, each.muted});
+    return QVariant::fromValue(programs);
+}
+
+std::optional<BusError> MixerInterface::setRemembered(const QString& name, int percent,
+                                                      bool muted) {
+    if (name.isEmpty())
+        return noSuchProgram();
+    if (!isPercent(percent))
+        return notInRange();
+    controller_.rememberedApps().set(name, percent, muted);
+    ControlLog::volume(name, percent);
+    ControlLog::muted(name, muted);
+    return std::nullopt;
+}
+
+std::optional<BusError> MixerInterface::forget(const QString& name) {
+    if (!controller_.rememberedApps().forget(name))
+        return noSuchProgram();
+    ControlLog::forgotten(name);
+    return std::nullopt;
+}
+
+/// The list holds the names of processes, people know what is displayed.
+std::optional<BusError> MixerInterface::ignore(const QString& name) {
+    const auto& apps = controller_.apps();
+    const auto app = std::ranges::find(apps, name, &MVCommAppValue::displayName);
+    const QString process = app != apps.end() ? (*app)->processName() : name;
+    if (process.isEmpty())
+        return noSuchProgram();
+    if (!ignored_.isAppIgnored(process))
+        ignored_.addCustomIgnore(process);
+    return std::nullopt;
+}
+
+std::optional<BusError> MixerInterface::unignore(const QString& name) {
+    if (!ignored_.isAppIgnored(name))
+        return noSuchProgram();
+    const QStringList custom = ignored_.custom();
+    for (const QString& each : custom) {
+        if (isSameName(each, name))
+            ignored_.removeCustomIgnore(each);
+    }
+    for (const auto& entry : ignored_.builtIn()) {
+        if (isSameName(entry->name(), name))
+            entry->setEnabled(false);
+    }
+    return std::nullopt;
+}

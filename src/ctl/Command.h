@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the arguments of tonvalectl ask for.
+struct Command {
+    enum class Verb {
+        list,
+        get,
+        set,
+        mute,
+        unmute,
+        toggle,
+        ignore,
+        unignore,
+        forget,
+        defaultVolume,
+        show,
+        monitor,
+        help,
+        version,
+    };
+
+    Verb verb;
+    std::string name;                 ///< of a program, as it was written; empty without
+    std::optional<std::string> value; ///< of a volume, likewise
+    bool json = false;
+    bool all = false;     ///< those that do not run, too
+    bool names = false;   ///< nothing but names
+    bool ignored = false; ///< of those that are ignored
+
+    /// `arguments` are without the program's own name. Throws Failure when they make no sense.
+    static Command parse(const std::vector<std::string>& arguments);
+};

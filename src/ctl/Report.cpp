@@ -1,0 +1,157 @@
+#include "ctl/Report.h"
+
+#include "ctl/Messages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace {
+
+using Row = std::array<std::string, 5>;
+
+/// Of columns of a terminal.
+std::size_t width(const std::string& text) {
+    std::size_t columns = 0;
+    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+        const gunichar character = g_utf8_get_char(at);
+        if (g_unichar_iszerowidth(character) == FALSE)
+            columns += g_unichar_iswide(character) != FALSE ? 2 : 1;
+    }
+    return columns;
+}
+
+std::string percent(int number) {
+    return std::to_string(number) + "%";
+}
+
+/// In the order of the columns.
+Row rowOf(const CtlProgram& program) {
+    const bool runs = program.isRunning();
+    return {Messages::shown(program.name), percent(program.volume),
+            program.muted ? Messages::text("yes") : Messages::text("no"),
+            runs ? percent(program.activity) : "-", runs ? std::to_string(program.pid) : "-"};
+}
+
+std::string aligned(const std::vector<Row>& rows) {
+    std::array<std::size_t, 5> widths{};
+    for (const Row& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], width(row[i]));
+    }
+    std::string text;
+    for (const Row& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const std::string gap(widths[i] - width(row[i]), ' ');
+            text += i == 0 ? row[i] + gap : "  " + gap + row[i]; // numbers stand to the right
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+std::string quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        if (character == '"' || character == '\\') {
+            quoted += '\\';
+            quoted += character;
+        } else if (code < 0x20 || code == 0x7F) {
+            std::array<char, 7> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\u%04x", code);
+            quoted += escape.data();
+        } else {
+            quoted += character;
+        }
+    }
+    return quoted + '"';
+}
+
+std::string member(const char* key, const std::string& value) {
+    return quoted(key) + ": " + value;
+}
+
+const char* truth(bool value) {
+    return value ? "true" : "false";
+}
+
+std::string members(const CtlProgram& program) {
+    const bool runs = program.isRunning();
+    std::string text;
+    for (const auto& [key, value] : std::initializer_list<std::pair<const char*, std::string>>{
+             {"name", quoted(program.name)},
+             {"volume", std::to_string(program.volume)},
+             {"muted", truth(program.muted)},
+             {"activity", std::to_string(program.activity)},
+             {"playing", truth(program.playing)},
+             {"pid", runs ? std::to_string(program.pid) : "null"},
+             {"running", truth(runs)},
+             {"icon", quoted(program.icon)},
+             {"controllable", truth(program.controllable)},
+             {"reason", quoted(program.reason)}})
+        text += (text.empty() ? "" : ", ") + member(key, value);
+    return text;
+}
+
+template <typename Items, typename ToText>
+std::string array(const Items& items, const ToText& toText) {
+    std::string text;
+    for (const auto& item : items)
+        text += (text.empty() ? "\n  " : ",\n  ") + toText(item);
+    return "[" + text + (text.empty() ? "]\n" : "\n]\n");
+}
+
+} // namespace
+
+std::string Report::table(const std::vector<CtlProgram>& programs) {
+    std::vector<Row> rows{{Messages::text("NAME"), Messages::text("VOLUME"),
+                           Messages::text("MUTED"), Messages::text("ACTIVITY"),
+                           Messages::text("PID")}};
+    for (const CtlProgram& program : programs)
+        rows.push_back(rowOf(program));
+    return aligned(rows);
+}
+
+std::string Report::line(const CtlProgram& program) {
+    std::string text = percent(program.volume);
+    if (program.muted)
+        text += ' ' + Messages::text("muted");
+    return text + '\n';
+}
+
+std::string Report::names(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names)
+        text += Messages::shown(name) + '\n';
+    return text;
+}
+
+std::string Report::json(const CtlProgram& program) {
+    return "{" + members(program) + "}\n";
+}
+
+std::string Report::json(const std::vector<CtlProgram>& programs) {
+    return array(programs, [](const CtlProgram& each) { return "{" + members(each) + "}"; });
+}
+
+std::string Report::json(const std::vector<std::string>& names) {
+    return array(names, [](const std::string& each) { return quoted(each); });
+}
+
+std::string Report::event(std::string_view what, const CtlProgram& program) {
+    std::string text =
+        Messages::text(std::string(what).c_str()) + ' ' + Messages::shown(program.name);
+    if (what == "removed")
+        return text + '\n';
+    text += ' ' + percent(program.volume);
+    if (program.muted)
+        text += ' ' + Messages::text("muted");
+    if (program.playing)
+        text += ' ' + Messages::text("playing");
+    return text + '\n';
+}
+
+std::string Report::jsonEvent(std::string_view what, const CtlProgram& program) {
+    return "{" + member("event", quoted(what)) + ", " + members(program) + "}\n";
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ctl/Mixer.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What tonvalectl prints: tables and lines for people, JSON for programs. Whole lines.
+namespace Report {
+
+/// Columns with a title each; "-" stands for the process and activity of what does not run.
+std::string table(const std::vector<CtlProgram>& programs);
+
+/// "40% muted"
+std::string line(const CtlProgram& program);
+
+/// A name a line.
+std::string names(const std::vector<std::string>& names);
+
+/// An object, an array of such, an array of texts.
+std::string json(const CtlProgram& program);
+std::string json(const std::vector<CtlProgram>& programs);
+std::string json(const std::vector<std::string>& names);
+
+/// What has happened to a program: "added", "changed" or "removed".
+std::string event(std::string_view what, const CtlProgram& program);
+std::string jsonEvent(std::string_view what, const CtlProgram& program);
+
+} // namespace Report

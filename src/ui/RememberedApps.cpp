@@ -1,0 +1,66 @@
+#include "ui/RememberedApps.h"
+
+#include "comm/MVCommAppValue.h"
+#include "ui/AppPreferences.h"
+#include "ui/AppVolumeController.h"
+#include "ui/SeenApps.h"
+
+#include <algorithm>
+#include <utility>
+
+RememberedApps::RememberedApps(AppVolumeController& controller, AppPreferences& preferences,
+                               SeenApps& seen, std::function<void()> changed)
+    : controller_(controller)
+    , preferences_(preferences)
+    , seen_(seen)
+    , changed_(std::move(changed)) {}
+
+QList<RememberedApps::App> RememberedApps::all() const {
+    QStringList names = preferences_.dictionary().keys() + seen_.names();
+    names.sort();
+    names.removeDuplicates();
+    QList<App> apps;
+    for (const QString& name : std::as_const(names))
+        apps.append({name, preferences_.percent(name), preferences_.isMuted(name)});
+    return apps;
+}
+
+void RememberedApps::set(const QString& displayName, int percent, bool muted) {
+    if (MVCommAppValue* const app = recordOf(displayName)) {
+        if (controller_.percentOf(*app) != percent)
+            controller_.setPercent(*app, percent);
+        if (app->muted() != muted)
+            controller_.setMuted(*app, muted);
+        return;
+    }
+    preferences_.setPercent(displayName, percent);
+    preferences_.setMuted(displayName, muted);
+    seen_.add(displayName);
+    changed_();
+}
+
+bool RememberedApps::forget(const QString& displayName) {
+    if (!seen_.contains(displayName) && !preferences_.contains(displayName))
+        return false;
+    if (preferences_.contains(displayName))
+        set(displayName, AppPreferences::fullVolume, false);
+    preferences_.remove(displayName);
+    seen_.remove(displayName);
+    changed_();
+    return true;
+}
+
+std::optional<int> RememberedApps::defaultVolume() const {
+    return seen_.defaultVolume();
+}
+
+void RememberedApps::setDefaultVolume(std::optional<int> percent) {
+    seen_.setDefaultVolume(percent);
+    changed_();
+}
+
+MVCommAppValue* RememberedApps::recordOf(const QString& displayName) const {
+    const auto& apps = controller_.apps();
+    const auto found = std::ranges::find(apps, displayName, &MVCommAppValue::displayName);
+    return found != apps.end() ? *found : nullptr;
+}

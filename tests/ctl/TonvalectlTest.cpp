@@ -1,0 +1,269 @@
+#include "ctl/CtlFixture.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+
+#include <algorithm>
+#include <csignal>
+
+namespace {
+
+constexpr std::uint32_t pid = 4711;
+constexpr std::uint32_t otherPid = 4712;
+
+using TonvalectlTest = CtlFixture;
+
+/// The audio plug-in's side of the bus.
+class PluginOnBus {
+  public:
+    explicit PluginOnBus(const std::string& address)
+        : bus_(QDBusConnection::connectToBus(QString::fromStdString(address), connection())) {
+        EXPECT_TRUE(bus_.registerService("com.quarnel.Tonvale.Plugin"));
+    }
+    ~PluginOnBus() { QDBusConnection::disconnectFromBus(connection()); }
+    PluginOnBus(const PluginOnBus&) = delete;
+    PluginOnBus& operator=(const PluginOnBus&) = delete;
+
+    void tell(const char* member, const QVariantList& arguments) {
+        auto signal = QDBusMessage::createSignal("/com/quarnel/Tonvale/Plugin",
+                                                 "com.quarnel.Tonvale.Plugin", member);
+        signal.setArguments(arguments);
+        EXPECT_TRUE(bus_.send(signal));
+    }
+
+  private:
+    static QString connection() { return QStringLiteral("plug-in"); }
+
+    QDBusConnection bus_;
+};
+
+std::ptrdiff_t lines(const std::string& text) {
+    return std::ranges::count(text, '\n');
+}
+
+} // namespace
+
+TEST_F(TonvalectlTest, HelpAndVersionNeedNobody) {
+    bus_.reset();
+    const Result version = ctl({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "tonvalectl " TONVALE_VERSION "\n");
+    const Result help = ctl({"set", "--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* const word : {"list", "get", "set", "mute", "unmute", "toggle", "ignore",
+                                   "unignore", "forget", "default", "show", "monitor", "--json"})
+        EXPECT_NE(help.output.find(word), std::string::npos) << word;
+}
+
+TEST_F(TonvalectlTest, ListsWhatIsThereForPeopleAndForPrograms) {
+    startTonvale();
+    EXPECT_EQ(ctl({"list", "--json"}).output, "[]\n");
+    checkIn(pid, "A \"quoted\"\\\x1b[31m name");
+    checkIn(otherPid, "coreaudiod");
+    const QJsonObject program = programJson("A \"quoted\"\\\x1b[31m name");
+    EXPECT_EQ(program["volume"], 100);
+    EXPECT_EQ(program["muted"], false);
+    EXPECT_EQ(program["activity"], 0);
+    EXPECT_EQ(program["pid"], static_cast<int>(pid));
+    EXPECT_EQ(program["controllable"], true);
+    EXPECT_EQ(program["running"], true);
+    const Result table = ctl({"list"});
+    EXPECT_EQ(lines(table.output), 3) << table.output;
+    EXPECT_NE(table.output.find("\nSound Effects"), std::string::npos);
+    EXPECT_NE(table.output.find("A \"quoted\"\\?[31m name"), std::string::npos);
+    EXPECT_EQ(ctl({"list", "--names"}).output, "A \"quoted\"\\?[31m name\nSound Effects\n");
+}
+
+TEST_F(TonvalectlTest, ALevelIsReadOnRequest) {
+    startTonvale();
+    auto& plugin = checkIn(pid, "player");
+    EXPECT_TRUE(support::waitUntil([&] {
+        plugin.reportLevel(pid, 0.456F);
+        const QJsonObject program = programJson("player");
+        return program["activity"] == 45 && program["playing"] == true;
+    }));
+    EXPECT_TRUE(support::waitUntil([&] { return programJson("player")["playing"] == false; }));
+}
+
+TEST_F(TonvalectlTest, EveryChangeTakesTheRoadOfTheSlider) {
+    startTonvale();
+    auto& plugin = checkIn(pid, "Music Player");
+    const struct {
+        std::vector<std::string> arguments;
+        std::string commands;
+        QVariantMap apps;
+        std::string line; // of the log
+        std::string told; // by get
+    } steps[] = {
+        {{"set", "Music Player", "40"}, "9,40 ", setting(40), "volume changed to 0.40", "40%\n"},
+        {{"set", "music", "+5%"}, "9,45 ", setting(45), "volume changed to 0.45", "45%\n"},
+        {{"set", "MUSIC P", "-50"}, "9,0 ", setting(0), "volume changed to 0.00", "0%\n"},
+        {{"mute", "mu"}, "10,1 ", setting(0, true), "' muted", "0% muted\n"},
+        {{"set", "mu", "30%"}, "9,30 ", setting(30, true), "volume changed to 0.30", "30% muted\n"},
+        {{"unmute", "mu"}, "10,0 ", setting(30), "' unmuted", "30%\n"},
+        {{"toggle", "mu"}, "10,1 ", setting(30, true), "' muted", "30% muted\n"},
+        {{"toggle", "mu"}, "10,0 ", setting(30), "' unmuted", "30%\n"},
+        {{"set", "mu", "100"}, "9,100 ", {}, "volume changed to 1.00", "100%\n"}};
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.arguments[0] + " " + step.arguments.back());
+        EXPECT_TRUE(does(step.arguments));
+        EXPECT_TRUE(receives(plugin, pid, step.commands));
+        EXPECT_TRUE(isStored(
+            "Apps", step.apps.isEmpty() ? QVariant() : QVariantMap{{"Music Player", step.apps}}));
+        EXPECT_TRUE(logs(step.line));
+        EXPECT_EQ(ctl({"get", "Music Player"}).output, step.told);
+    }
+    EXPECT_EQ(json({"get", "mu", "--json"}).object()["name"], "Music Player");
+}
+
+TEST_F(TonvalectlTest, WhatDoesNotRunIsRememberedSetAndForgottenWithoutAMessage) {
+    startTonvale();
+    auto& other = checkIn(otherPid, "other");
+    checkIn(pid, "player");
+    EXPECT_TRUE(does({"set", "player", "40"}));
+    leave("player");
+    EXPECT_TRUE(programJson("player").isEmpty());
+    const QJsonObject remembered = programJson("player", "--all");
+    EXPECT_EQ(remembered["volume"], 40);
+    EXPECT_EQ(remembered["running"], false);
+    EXPECT_TRUE(remembered["pid"].isNull() && !remembered["pid"].isUndefined());
+    takeCommands(other, pid);
+
+    EXPECT_TRUE(does({"set", "pla", "+10"}));
+    EXPECT_TRUE(isStored("Apps", QVariantMap{{"player", setting(50)}}));
+    EXPECT_TRUE(does({"mute", "player"}));
+    EXPECT_TRUE(isStored("Apps", QVariantMap{{"player", setting(50, true)}}));
+    EXPECT_EQ(ctl({"get", "player"}).output, "50% muted\n");
+    EXPECT_EQ(takeCommands(other, pid), "") << "nobody to send anything to";
+    EXPECT_TRUE(logs("'player' volume changed to 0.50"));
+    auto& back = checkIn(pid, "player");
+    EXPECT_EQ(ctl({"get", "player"}).output, "50% muted\n");
+
+    EXPECT_TRUE(does({"forget", "player"}));
+    EXPECT_TRUE(receives(back, pid, "9,100 10,0 ")) << "it is full and not muted";
+    EXPECT_TRUE(isStored("Apps", QVariant()));
+    EXPECT_TRUE(isStored("SeenApps", QVariantList{"other"}));
+    EXPECT_EQ(ctl({"forget", "player"}).status, 4) << "there is nothing to forget";
+    leave("player");
+    EXPECT_TRUE(programJson("player", "--all").isEmpty());
+    EXPECT_TRUE(logs("'player' forgotten"));
+}
+
+TEST_F(TonvalectlTest, IgnoresAndUnignores) {
+    startTonvale();
+    auto& plugin = checkIn(pid, "player");
+    EXPECT_TRUE(does({"set", "player", "40"}));
+    EXPECT_TRUE(does({"ignore", "pl"}));
+    EXPECT_TRUE(support::waitUntil([&] { return programJson("player").isEmpty(); }));
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariantList{"player"}));
+    EXPECT_TRUE(receives(plugin, pid, "9,40 9,100 10,0 ")) << "as if it had never been touched";
+    const auto ignored = ctl({"list", "--ignored"}).output;
+    EXPECT_TRUE(ignored.starts_with("player\n")) << ignored;
+    EXPECT_TRUE(does({"unignore", "PLAYER"}));
+    EXPECT_EQ(programJson("player")["volume"], 40) << "as it was";
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariant()));
+    EXPECT_EQ(ctl({"unignore", "player"}).status, 4);
+    EXPECT_TRUE(does({"unignore", "xcode"}));
+    EXPECT_TRUE(isStored("DisabledBuiltInIgnoredApps", QVariantList{"Xcode"}));
+    leave("player");
+    EXPECT_TRUE(does({"ignore", "player"})) << "it is remembered, and so has a name";
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariantList{"player"}));
+}
+
+TEST_F(TonvalectlTest, RefusesWithACodeAndOneLine) {
+    EXPECT_EQ(ctl({"list"}).status, 3) << "nobody is there";
+    EXPECT_EQ(ctl({"monitor"}).status, 3);
+    EXPECT_EQ(ctl({"set", "player", "fast"}).status, 6) << "which is wrong whoever is there";
+    startTonvale();
+    checkIn(pid, "Firefox");
+    checkIn(otherPid, "Firewatch");
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        const char* why;
+    } cases[] = {{{}, 2, "--help"},
+                 {{"play"}, 2, "play"},
+                 {{"set", "Firefox"}, 2, "set"},
+                 {{"get", "nobody"}, 4, "nobody"},
+                 {{"get", ""}, 4, "program"},
+                 {{"toggle", "fire"}, 5, "Firefox, Firewatch"},
+                 {{"forget", "Fire"}, 5, "Firefox, Firewatch"},
+                 {{"set", "fire", "50"}, 5, "Firefox, Firewatch"},
+                 {{"set", "Firefox", "101"}, 6, "101"},
+                 {{"set", "Firefox", ""}, 6, "0 to 100"},
+                 {{"default", "+5"}, 6, "+5"}};
+    for (const auto& each : cases) {
+        const Result result = ctl(each.arguments);
+        SCOPED_TRACE(result.errors);
+        EXPECT_EQ(result.status, each.status);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(lines(result.errors), 1);
+        EXPECT_TRUE(result.errors.starts_with("tonvalectl: "));
+        EXPECT_NE(result.errors.find(each.why), std::string::npos);
+    }
+    EXPECT_EQ(programJson("Firefox")["volume"], 100);
+    const std::string address = bus_->address();
+    bus_.reset();
+    EXPECT_EQ(ctl({"list"}).status, 8) << "no bus at all";
+    const support::ScopedVariable gone("DBUS_SESSION_BUS_ADDRESS", address);
+    EXPECT_EQ(ctl({"list"}).status, 8);
+}
+
+TEST_F(TonvalectlTest, SaysWhyAProgramCannotBeControlled) {
+    startTonvale();
+    auto& plugin = checkIn(pid, "player");
+    PluginOnBus reports(bus_->address());
+    EXPECT_TRUE(support::waitUntil([&] {
+        reports.tell("NotControllable", {pid, "it plays past everybody"});
+        return programJson("player")["controllable"] == false;
+    }));
+    for (const auto& arguments : std::vector<std::vector<std::string>>{
+             {"set", "player", "50"}, {"mute", "player"}, {"toggle", "player"}}) {
+        const Result result = ctl(arguments);
+        EXPECT_EQ(result.status, 7);
+        EXPECT_NE(result.errors.find("it plays past everybody"), std::string::npos);
+    }
+    EXPECT_EQ(takeCommands(plugin, pid), "");
+    reports.tell("NotControllable", {pid, ""});
+    EXPECT_TRUE(support::waitUntil([&] { return ctl({"mute", "player"}).status == 0; }));
+}
+
+TEST_F(TonvalectlTest, WhoCallsDuringTheStartIsAnswered) {
+    for (int i = 0; i < 3; ++i) {
+        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
+        Result result{3, {}, {}};
+        EXPECT_TRUE(support::waitUntil([&] {
+            result = ctl({"list", "--json"});
+            return result.status != 3;
+        }));
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(tonvale_->stop(), 0);
+    }
+}
+
+TEST_F(TonvalectlTest, BringsTheWindowToTheFront) {
+    startTonvale();
+    EXPECT_TRUE(does({"show"}));
+    EXPECT_TRUE(logs("shows the window"));
+}
+
+TEST_F(TonvalectlTest, TheShellCompletesNames) {
+    startTonvale();
+    checkIn(pid, "Music Player");
+    checkIn(otherPid, "Firefox");
+    const auto complete = [](const std::string& words, const std::string& count) {
+        return support::runCommand({"bash", "-c",
+                                    "PATH=${2%/*}:$PATH; . \"$1\"; COMP_WORDS=(" + words +
+                                        ") COMP_CWORD=" + count +
+                                        "; _tonvalectl; printf '%s\\n' \"${COMPREPLY[@]}\"",
+                                    "bash", TONVALECTL_COMPLETION, TONVALECTL})
+            .output;
+    };
+    EXPECT_EQ(complete("tonvalectl un", "1"), "unmute\nunignore\n");
+    EXPECT_EQ(complete("tonvalectl set ''", "2"), "Firefox\nMusic\\ Player\n");
+    EXPECT_EQ(complete("tonvalectl --json get mu", "3"), "Music\\ Player\n");
+    EXPECT_EQ(complete("tonvalectl set '\"mu'", "2"), "Music Player\n") << "within a quote";
+    EXPECT_EQ(complete("tonvalectl unignore xc", "2"), "Xcode\n");
+    EXPECT_EQ(complete("tonvalectl list --a", "2"), "--all\n");
+}
