@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 #include <unistd.h>
 
 namespace {
@@ -74,7 +75,10 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
         else
             ready();
     });
-    workspace_.setRunningApplicationsHandler([this] { updateRunningApps(); });
+    workspace_.setRunningApplicationsHandler([this] {
+        updateRunningApps();
+        list_.updateIcons();
+    });
 }
 
 AppVolumeController::~AppVolumeController() {
@@ -109,6 +113,7 @@ void AppVolumeController::placeWindow() {
 }
 
 void AppVolumeController::updateConnections() {
+    workspace_.lookAgain();
     merge(First::connections);
 }
 
@@ -117,6 +122,7 @@ void AppVolumeController::updateRunningApps() {
 }
 
 void AppVolumeController::update() {
+    workspace_.lookAgain();
     merge(First::connections);
 }
 
@@ -138,9 +144,11 @@ void AppVolumeController::merge(First first) {
 }
 
 void AppVolumeController::mergeRunning() {
+    auto running = workspace_.runningApplications();
+    if (!running)
+        return;
     const auto own = static_cast<std::uint32_t>(::getpid());
-    for (const AppList::Change& change :
-         list_.mergeRunningApps(workspace_.runningApplications(), own))
+    for (const AppList::Change& change : list_.mergeRunningApps(std::move(*running), own))
         log(change);
 }
 
@@ -219,6 +227,11 @@ void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
 
 QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) const {
     return news_.reason(app.pid());
+}
+
+QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
+    return app.isBeeps() ? QString()
+                         : workspace_.whyNamed({app.pid(), app.processName(), app.path()});
 }
 
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {

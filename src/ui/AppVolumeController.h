@@ -73,7 +73,8 @@ class AppVolumeController {
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
     /// Each merges both the connected and the running programs into the records, and then tells the
-    /// view; the names say which come first.
+    /// view; the names say which come first. All but updateRunningApps(), which a change of what
+    /// runs calls, have the desktop look what runs.
     void updateConnections();
     void updateRunningApps();
     void update();
@@ -97,6 +98,9 @@ class AppVolumeController {
 
     /// Why the volume of `app` cannot be set, for people; empty when it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
+
+    /// Why `app` has its name, for people; empty when that is not known.
+    QString whyNamed(const MVCommAppValue& app) const;
 
     /// What the plug-in reports beside its socket. A setting of a process that has no record yet
     /// waits a minute for it.

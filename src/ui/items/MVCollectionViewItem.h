@@ -66,7 +66,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     QMenu* makeContextMenu(QWidget* parent);
 
     /// What the tool tip says there, as HTML: of the slider the percent, or why it cannot be moved;
-    /// elsewhere the program's name and path.
+    /// elsewhere the program's name and path, why it is called so, and that too.
     QString tipAt(const QPoint& place) const;
 
     /// That programs in a sandbox cannot be controlled, beside the mouse; for whoever knows that of
