@@ -32,8 +32,8 @@ QString MVCommAppValue::displayNameForProcessName(const QString& name) {
                : name;
 }
 
-MVCommAppValue::MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid,
-                               bool isBeeps, bool isRunningApp)
+MVCommAppValue::MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path,
+                               std::uint32_t pid, bool isBeeps, bool isRunningApp)
     : icon_(std::move(icon))
     , isGeneric_(isGeneric)
     , processName_(std::move(processName))

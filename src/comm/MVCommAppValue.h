@@ -93,8 +93,8 @@ class MVCommAppValue final : public QObject {
   private:
     friend class AppList; // which finds out that a name belongs to another process now
 
-    MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid, bool isBeeps,
-                   bool isRunningApp);
+    MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid,
+                   bool isBeeps, bool isRunningApp);
     void setPid(std::uint32_t pid) noexcept { pid_ = pid; }
 
     QIcon icon_;

@@ -18,8 +18,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <utility>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 

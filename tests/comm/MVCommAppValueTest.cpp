@@ -74,7 +74,8 @@ TEST_F(MVCommAppValueTest, IsMadeFromARunningProgramWithTheIconOfItsBundleIfItHa
 
 TEST_F(MVCommAppValueTest, TakesAnotherIconWhenTheDesktopHasOneAndSaysSoThen) {
     const auto value = connected("Player");
-    const auto bare = MVCommAppValue::initWithRunningApp({13, "Bare", "", "/usr/bin/x"}, workspace_);
+    const auto bare =
+        MVCommAppValue::initWithRunningApp({13, "Bare", "", "/usr/bin/x"}, workspace_);
     QSignalSpy changes(value.get(), &MVCommAppValue::iconChanged);
     value->updateIcon(workspace_);
     EXPECT_EQ(changes.count(), 0);

@@ -61,8 +61,8 @@ class WorkspaceTest : public testing::Test {
     }
 
     void begin(const QDBusConnection& bus = QDBusConnection(QStringLiteral("no such bus"))) {
-        auto scan = std::make_shared<platform::ApplicationScan>(
-            platform::ApplicationScan::Surroundings{
+        auto scan =
+            std::make_shared<platform::ApplicationScan>(platform::ApplicationScan::Surroundings{
                 {entries_}, {"de_DE", {}}, platform::SessionOfUser::current()});
         workspace_.emplace(loop_, std::move(scan), bus);
         workspace_->setTileColors({Qt::yellow, Qt::black});
@@ -109,10 +109,10 @@ TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItK
     ASSERT_TRUE(comesToRun({"Der player"}));
     EXPECT_EQ(changes_, 1);
     const platform::RunningApplication& first = workspace_->runningApplications()->front();
-    EXPECT_EQ(first, (platform::RunningApplication{
-                         static_cast<std::uint32_t>(player.pid()), "Der player",
-                         QString::fromStdString(entries_ / "player.desktop"),
-                         QString::fromStdString(program)}));
+    EXPECT_EQ(first,
+              (platform::RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
+                                            QString::fromStdString(entries_ / "player.desktop"),
+                                            QString::fromStdString(program)}));
     const platform::ProgramOfName asked{first.pid, first.localizedName, first.executablePath};
     EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), Qt::red);
     EXPECT_EQ(workspace_->whyNamed(asked), "This application starts the program.");

@@ -35,8 +35,8 @@ class WindowedProcesses final : public ProcessView {
 
 std::shared_ptr<ApplicationScan> ApplicationScan::live() {
     return std::make_shared<ApplicationScan>(
-        Surroundings{DesktopEntries::usualFolders(), DesktopSurroundings::current(messageLanguage()),
-                     SessionOfUser::current()});
+        Surroundings{DesktopEntries::usualFolders(),
+                     DesktopSurroundings::current(messageLanguage()), SessionOfUser::current()});
 }
 
 ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<ProcessView> processes)

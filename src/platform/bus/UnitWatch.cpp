@@ -84,8 +84,8 @@ class UnitWatch::Receiver : public QObject {
     }
 
     void take(const QString& unit, const QDBusMessage& message) {
-        const bool hasProcesses = unit.endsWith(QLatin1String(".scope")) ||
-                                  unit.endsWith(QLatin1String(".service"));
+        const bool hasProcesses =
+            unit.endsWith(QLatin1String(".scope")) || unit.endsWith(QLatin1String(".service"));
         if (hasProcesses && isListening() && message.service() == manager_)
             guarded(kExceptionInNotification, changed_);
     }

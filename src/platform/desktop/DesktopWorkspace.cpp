@@ -48,8 +48,8 @@ QIcon drawnApplicationIcon() {
 }
 
 RunningApplication runningApplication(const ApplicationIdentity& identity) {
-    return {static_cast<std::uint32_t>(identity.mainProcess),
-            QString::fromStdString(identity.name), QString::fromStdString(identity.entryPath),
+    return {static_cast<std::uint32_t>(identity.mainProcess), QString::fromStdString(identity.name),
+            QString::fromStdString(identity.entryPath),
             QString::fromStdString(identity.executable)};
 }
 
@@ -90,9 +90,9 @@ void DesktopWorkspace::look() {
     hasNews_ = isLooking_;
     if (std::exchange(isLooking_, true))
         return;
-    inBackground([windows = windows_.owners()](
-                     ApplicationScan& scan) { return scan.running(windows); },
-                 &DesktopWorkspace::take);
+    inBackground(
+        [windows = windows_.owners()](ApplicationScan& scan) { return scan.running(windows); },
+        &DesktopWorkspace::take);
 }
 
 void DesktopWorkspace::take(const Identities& running) {
