@@ -13,7 +13,7 @@
 #include "platform/files/Directories.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/processes/ExceptionReport.h"
-#include "platform/text/MessageLanguage.h"
+#include "platform/text/MessageLanguages.h"
 #include "platform/values/UserDefaults.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"

@@ -1,7 +1,7 @@
 #include "platform/applications/ApplicationScan.h"
 
 #include "platform/applications/ApplicationName.h"
-#include "platform/text/MessageLanguage.h"
+#include "platform/text/MessageLanguages.h"
 
 #include <utility>
 

@@ -33,9 +33,7 @@ class ApplicationScan {
     explicit ApplicationScan(Surroundings surroundings,
                              std::unique_ptr<ProcessView> processes = nullptr);
 
-    /// The regular applications. Of processes `withWindows` none is taken for a service. What
-    /// windows call themselves gives no name: the audio plug-in, which has to come to the same one,
-    /// sees no windows.
+    /// The regular applications. Of processes `withWindows` none is taken for a service.
     std::vector<ApplicationIdentity> running(const std::set<pid_t>& withWindows);
 
     /// What is known of a program that the audio plug-in has named. The plug-in may know it by what
