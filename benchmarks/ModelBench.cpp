@@ -37,8 +37,13 @@ class BareWorkspace final : public platform::Workspace {
   public:
     QList<platform::RunningApplication> running;
 
-    QList<platform::RunningApplication> runningApplications() const override { return running; }
-    QIcon iconForPath(const QString& /*path*/) const override { return {}; }
+    std::optional<QList<platform::RunningApplication>> runningApplications() const override {
+        return running;
+    }
+    void lookAgain() override {}
+    QIcon iconForProgram(const platform::ProgramOfName& /*program*/) const override { return {}; }
+    QString whyNamed(const platform::ProgramOfName& /*program*/) const override { return {}; }
+    void setTileColors(const platform::TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return {}; }
 };
 

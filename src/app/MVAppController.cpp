@@ -10,15 +10,18 @@
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/desktop/BundleImage.h"
+#include "platform/desktop/Workspace.h"
 #include "platform/files/Bundle.h"
 #include "platform/files/Directories.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/processes/ExceptionReport.h"
+#include "platform/text/MessageLanguages.h"
 #include "platform/values/UserDefaults.h"
 #include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
 #include "ui/VolumeWindow.h"
+#include "ui/theme/MVOrangeBrownTheme.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -145,6 +148,7 @@ void MVAppController::applicationDidFinishLaunching() {
     UserDefaults::standard().set(
         PreferenceKeys::lastLaunchPath,
         QString::fromStdString(platform::Bundle::main().contents().parent_path()));
+    step([] { storeMessageLanguage(); });
     makeWindow();
     step([this] { hearPlugin(); }); // which tells what it has to as soon as it can connect
     step([this] { connectPlugins(); });
@@ -157,7 +161,20 @@ void MVAppController::applicationDidFinishLaunching() {
     step([this] { tellEarlyErrors(); });
 }
 
+/// A plug-in that connects finds it on the disk.
+void MVAppController::storeMessageLanguage() {
+    UserDefaults& defaults = UserDefaults::standard();
+    const QString language = QString::fromStdString(platform::messageLanguage());
+    if (defaults.text(PreferenceKeys::messageLanguage) == language)
+        return;
+    defaults.set(PreferenceKeys::messageLanguage, language);
+    defaults.synchronize(longestSaving);
+}
+
 void MVAppController::makeWindow() {
+    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    platform::Workspace::shared().setTileColors(
+        {theme.displayNameNoActivityColor(), theme.windowTitleBarTextColor()});
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due

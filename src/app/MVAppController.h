@@ -61,6 +61,7 @@ class MVAppController final : public QNGUIApplication {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     void observeSignals();
+    static void storeMessageLanguage();
     void makeWindow();
     void serveBus();
     void connectPlugins();

@@ -10,18 +10,20 @@ std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithApp(const MVCommConnecte
                                                             const platform::Workspace& workspace) {
     if (app == nullptr)
         return nullptr;
-    return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(workspace.iconForPath(app->path),
-                                                              app->name, app->path, app->pid,
-                                                              app->isAudioDaemon, false));
+    return std::unique_ptr<MVCommAppValue>(
+        new MVCommAppValue(workspace.iconForProgram({app->pid, app->name, app->path}), false,
+                           app->name, app->path, app->pid, app->isAudioDaemon, false));
 }
 
 std::unique_ptr<MVCommAppValue>
 MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
                                    const platform::Workspace& workspace) {
-    QIcon icon = app.bundlePath.isEmpty() ? workspace.genericApplicationIcon()
-                                          : workspace.iconForPath(app.bundlePath);
+    const bool isGeneric = app.bundlePath.isEmpty();
+    const QString& path = app.executablePath.isEmpty() ? app.bundlePath : app.executablePath;
+    QIcon icon = isGeneric ? workspace.genericApplicationIcon()
+                           : workspace.iconForProgram({app.pid, app.localizedName, path});
     return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(
-        std::move(icon), app.localizedName, app.bundlePath, app.pid, false, true));
+        std::move(icon), isGeneric, app.localizedName, path, app.pid, false, true));
 }
 
 QString MVCommAppValue::displayNameForProcessName(const QString& name) {
@@ -30,14 +32,23 @@ QString MVCommAppValue::displayNameForProcessName(const QString& name) {
                : name;
 }
 
-MVCommAppValue::MVCommAppValue(QIcon icon, QString processName, QString path, std::uint32_t pid,
-                               bool isBeeps, bool isRunningApp)
+MVCommAppValue::MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path,
+                               std::uint32_t pid, bool isBeeps, bool isRunningApp)
     : icon_(std::move(icon))
+    , isGeneric_(isGeneric)
     , processName_(std::move(processName))
     , path_(std::move(path))
     , pid_(pid)
     , isBeeps_(isBeeps)
     , isRunningApp_(isRunningApp) {}
+
+void MVCommAppValue::updateIcon(const platform::Workspace& workspace) {
+    QIcon icon = isGeneric_ ? icon_ : workspace.iconForProgram({pid_, processName_, path_});
+    if (icon.cacheKey() == icon_.cacheKey())
+        return;
+    icon_ = std::move(icon);
+    Q_EMIT iconChanged();
+}
 
 void MVCommAppValue::setVolume(double volume) {
     const bool isAnother = volume < volume_ || volume > volume_;

@@ -27,7 +27,7 @@ enum MVCommActivityChange : int {
 /// only. Main thread only.
 class MVCommAppValue final : public QObject {
     Q_OBJECT
-    Q_PROPERTY(QIcon icon READ icon CONSTANT)
+    Q_PROPERTY(QIcon icon READ icon NOTIFY iconChanged)
     Q_PROPERTY(QString processName READ processName CONSTANT)
     Q_PROPERTY(QString displayName READ displayName CONSTANT)
     Q_PROPERTY(bool isBeeps READ isBeeps CONSTANT)
@@ -56,8 +56,7 @@ class MVCommAppValue final : public QObject {
     QString displayName() const { return displayNameForProcessName(processName_); }
     std::uint32_t pid() const noexcept { return pid_; }
 
-    /// Of its executable, or of the bundle or desktop entry of a program that was not connected at
-    /// first; empty when that is not known.
+    /// Of its executable, else of its bundle or desktop entry; empty when that is not known.
     const QString& path() const noexcept { return path_; }
 
     /// Whether it stands for the system's sound effects.
@@ -81,7 +80,11 @@ class MVCommAppValue final : public QObject {
     /// Whether the activity is above 0.
     bool hasActivity() const noexcept { return hasActivity_; }
 
+    /// Has it take the icon that the workspace has for it by now.
+    void updateIcon(const platform::Workspace& workspace);
+
   Q_SIGNALS:
+    void iconChanged();
     void volumeChanged(double volume);
     void mutedChanged(bool muted);
     void activityChanged(qint64 activity);
@@ -90,11 +93,12 @@ class MVCommAppValue final : public QObject {
   private:
     friend class AppList; // which finds out that a name belongs to another process now
 
-    MVCommAppValue(QIcon icon, QString processName, QString path, std::uint32_t pid, bool isBeeps,
-                   bool isRunningApp);
+    MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid,
+                   bool isBeeps, bool isRunningApp);
     void setPid(std::uint32_t pid) noexcept { pid_ = pid; }
 
-    const QIcon icon_;
+    QIcon icon_;
+    const bool isGeneric_; // the icon, since nothing says which one it has
     const QString processName_;
     const QString path_;
     std::uint32_t pid_;

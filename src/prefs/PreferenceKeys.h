@@ -41,6 +41,10 @@ inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 /// Text: the path of the bundle that was started last.
 inline const QString lastLaunchPath = QStringLiteral("LastLaunchPath");
 
+/// Text: the language that the person reads, "de_DE"; the audio plug-in gives programs their names
+/// in it. Written at each start, before a plug-in can connect.
+inline const QString messageLanguage = QStringLiteral("MessageLanguage");
+
 /// What holds where a person has set nothing.
 QVariantMap defaults();
 

@@ -88,6 +88,11 @@ void AppList::settle() {
         rules_.restore(*record);
 }
 
+void AppList::updateIcons() {
+    for (MVCommAppValue* const record : std::as_const(apps_))
+        record->updateIcon(workspace_);
+}
+
 QList<std::uint32_t> AppList::connectedPids(const QString& processName) const {
     return connectedPids_.value(processName);
 }

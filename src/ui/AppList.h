@@ -59,6 +59,9 @@ class AppList {
     /// running program of its name. It is silent after a change of process.
     void settle();
 
+    /// Has each record take the icon that the workspace has for it by now.
+    void updateIcons();
+
     /// In order; owned by the list, until it is settled.
     const QList<MVCommAppValue*>& apps() const noexcept { return apps_; }
 

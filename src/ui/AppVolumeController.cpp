@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <chrono>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -76,7 +77,10 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
         else
             ready();
     });
-    workspace_.setRunningApplicationsHandler([this] { updateRunningApps(); });
+    workspace_.setRunningApplicationsHandler([this] {
+        updateRunningApps();
+        list_.updateIcons();
+    });
 }
 
 AppVolumeController::~AppVolumeController() {
@@ -111,6 +115,7 @@ void AppVolumeController::placeWindow() {
 }
 
 void AppVolumeController::updateConnections() {
+    workspace_.lookAgain();
     merge(First::connections);
 }
 
@@ -119,6 +124,7 @@ void AppVolumeController::updateRunningApps() {
 }
 
 void AppVolumeController::update() {
+    workspace_.lookAgain();
     merge(First::connections);
 }
 
@@ -143,9 +149,11 @@ void AppVolumeController::merge(First first) {
 }
 
 void AppVolumeController::mergeRunning() {
+    auto running = workspace_.runningApplications();
+    if (!running)
+        return;
     const auto own = static_cast<std::uint32_t>(::getpid());
-    for (const AppList::Change& change :
-         list_.mergeRunningApps(workspace_.runningApplications(), own))
+    for (const AppList::Change& change : list_.mergeRunningApps(std::move(*running), own))
         log(change);
 }
 
@@ -255,6 +263,11 @@ void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
 
 QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) const {
     return news_.reason(app.pid());
+}
+
+QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
+    return app.isBeeps() ? QString()
+                         : workspace_.whyNamed({app.pid(), app.processName(), app.path()});
 }
 
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {

@@ -82,7 +82,8 @@ class AppVolumeController {
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
     /// Each merges both the connected and the running programs into the records, and then tells the
-    /// view; the names say which come first.
+    /// view; the names say which come first. All but updateRunningApps(), which a change of what
+    /// runs calls, have the desktop look what runs.
     void updateConnections();
     void updateRunningApps();
     void update();
@@ -109,6 +110,9 @@ class AppVolumeController {
 
     /// What there is to know of programs that have no record, too.
     RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
+
+    /// Why `app` has its name, for people; empty when that is not known.
+    QString whyNamed(const MVCommAppValue& app) const;
 
     /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
     /// and waits a minute for a process that is not known yet.

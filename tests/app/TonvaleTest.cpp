@@ -106,6 +106,34 @@ TEST_F(TonvaleTest, GoesOnAndTellsThePersonWhenTheSocketCannotBeServed) {
     EXPECT_NE(QImage(told), QImage(usual)) << "the window says something else";
 }
 
+TEST_F(TonvaleTest, ThePreferencesHoldTheMessageLanguageBeforeAPluginCanConnect) {
+    const std::string preferences = path("config/com.quarnel.Tonvale.plist");
+    for (const char* const language : {"de_DE", "fr_FR"}) {
+        const support::ScopedVariable all("LC_ALL", std::string(language) + ".UTF-8");
+        const auto program = start();
+        EXPECT_NE(contentOf(preferences).find(std::string("<string>") + language),
+                  std::string::npos);
+    }
+}
+
+TEST_F(TonvaleTest, LogsWhatAPersonStartsAndEnds) {
+    const support::ScopedVariable data("XDG_DATA_HOME", path("data"));
+    const support::ScopedVariable all("LC_ALL", "de_DE.UTF-8");
+    std::filesystem::create_directories(path("data/applications"));
+    std::filesystem::copy_file("/bin/sleep", path("quiet"));
+    std::ofstream(path("data/applications/quiet.desktop"))
+        << "[Desktop Entry]\nType=Application\nName=Quiet\nName[de]=Still\nExec=" << path("quiet")
+        << " 600\n";
+    const auto program = start();
+    ChildProcess quiet({path("quiet"), "600"});
+    support::ScriptedPlugin plugin(socket_);
+    plugin.checkIn(4711, "player"); // which is a reason to look
+    EXPECT_TRUE(logs("'Still' launched"));
+    quiet.stop();
+    EXPECT_TRUE(logs("'Still' quit"));
+    endWell(*program);
+}
+
 TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
     const std::string file = folder_.path() / "window.png";
     const auto program = start({"--screenshot", file});

@@ -72,6 +72,22 @@ TEST_F(MVCommAppValueTest, IsMadeFromARunningProgramWithTheIconOfItsBundleIfItHa
     EXPECT_FALSE(bare->isBeeps()) << "only a connection is the system's sound";
 }
 
+TEST_F(MVCommAppValueTest, TakesAnotherIconWhenTheDesktopHasOneAndSaysSoThen) {
+    const auto value = connected("Player");
+    const auto bare =
+        MVCommAppValue::initWithRunningApp({13, "Bare", "", "/usr/bin/x"}, workspace_);
+    QSignalSpy changes(value.get(), &MVCommAppValue::iconChanged);
+    value->updateIcon(workspace_);
+    EXPECT_EQ(changes.count(), 0);
+    const QIcon icon = workspace_.addIcon("/usr/bin/x");
+    value->updateIcon(workspace_);
+    bare->updateIcon(workspace_);
+    EXPECT_EQ(changes.count(), 1);
+    EXPECT_EQ(value->icon().cacheKey(), icon.cacheKey());
+    EXPECT_EQ(bare->icon().cacheKey(), workspace_.genericApplicationIcon().cacheKey());
+    EXPECT_EQ(bare->path(), "/usr/bin/x") << "as of one that is connected";
+}
+
 TEST_F(MVCommAppValueTest, TheSystemsSoundIsDisplayedInThePersonsLanguage) {
     const auto value = connected("coreaudiod", true);
     EXPECT_TRUE(value->isBeeps());

@@ -26,17 +26,21 @@ TEST(MessageLanguages, FollowTheEnvironmentAsMessagesDo) {
         const char* lang;
         const char* language;
         const char* languages;
+        const char* first;
     };
     for (const Case& each :
-         {Case{"", "", "de_DE.UTF-8", "", "de_DE.UTF-8"}, Case{"", "fr_FR", "de_DE", "", "fr_FR"},
-          Case{"pt_BR", "fr_FR", "de_DE", "", "pt_BR"},
-          Case{"", "", "de_DE.UTF-8", "de_AT:de:en", "de_AT:de:en"},
-          Case{"C.UTF-8", "fr_FR", "de_DE", "de", ""}, Case{"", "POSIX", "de_DE", "de", ""},
-          Case{"", "", "", "de", ""}}) {
+         {Case{"", "", "de_DE.UTF-8", "", "de_DE.UTF-8", "de_DE"},
+          Case{"", "fr_FR", "de_DE", "", "fr_FR", "fr_FR"},
+          Case{"pt_BR", "fr_FR", "de_DE", "", "pt_BR", "pt_BR"},
+          Case{"sr_RS.UTF-8@latin", "", "", "", "sr_RS.UTF-8@latin", "sr_RS@latin"},
+          Case{"", "", "de_DE.UTF-8", "de_AT.UTF-8:de:en", "de_AT.UTF-8:de:en", "de_AT"},
+          Case{"C.UTF-8", "fr_FR", "de_DE", "de", "", "C"},
+          Case{"", "POSIX", "de_DE", "de", "", "C"}, Case{"", "", "", "de", "", "C"}}) {
         const support::ScopedVariable all("LC_ALL", each.all);
         const support::ScopedVariable messages("LC_MESSAGES", each.messages);
         const support::ScopedVariable lang("LANG", each.lang);
         const support::ScopedVariable language("LANGUAGE", each.language);
         EXPECT_EQ(platform::messageLanguages(), each.languages) << each.lang;
+        EXPECT_EQ(platform::messageLanguage(), each.first) << each.lang;
     }
 }

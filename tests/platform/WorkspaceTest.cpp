@@ -1,70 +1,183 @@
-#include "platform/desktop/Workspace.h"
+#include "platform/desktop/DesktopWorkspace.h"
 
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "platform/loop/RunLoopNotifier.h"
+#include "support/ChildProcess.h"
+#include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"
+#include "support/SystemdManager.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QImage>
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
+
+namespace fs = std::filesystem;
+using support::ChildProcess;
+using support::waitUntil;
 
 namespace {
 
-QColor middleOf(const QIcon& icon, int size) {
-    const QImage image = icon.pixmap(size).toImage();
-    return image.isNull() ? QColor(Qt::transparent) : image.pixelColor(image.rect().center());
-}
-
+/// A workspace with desktop entries of its own. The processes are real ones.
 class WorkspaceTest : public testing::Test {
   public:
     ~WorkspaceTest() override {
+        workspace_.reset();
+        QDBusConnection::disconnectFromBus("workspace");
         QIcon::setThemeSearchPaths(searchPaths_);
         QIcon::setThemeName(themeName_);
     }
 
   protected:
-    WorkspaceTest() { QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())}); }
+    WorkspaceTest() {
+        fs::create_directory(entries_);
+        const auto theme = folder_.path() / "ours" / "apps";
+        fs::create_directories(theme);
+        std::ofstream(theme.parent_path() / "index.theme")
+            << "[Icon Theme]\nName=x\nDirectories=apps\n[apps]\nSize=32\n";
+        for (const char* const icon : {"red", "application-x-executable"}) {
+            QImage image(32, 32, QImage::Format_ARGB32);
+            image.fill(Qt::red);
+            EXPECT_TRUE(image.save(QString::fromStdString(theme / icon) + ".png"));
+        }
+        QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())});
+        QIcon::setThemeName("ours");
+    }
 
-    /// A theme with the generic icon, and uses it.
-    std::string makeTheme(const char* name) const {
-        const auto folder = folder_.path() / name / "apps";
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder.parent_path() / "index.theme")
-            << "[Icon Theme]\nName=x\nDirectories=apps\n[apps]\nSize=32\nType=Scalable\n"
-               "MinSize=8\nMaxSize=512\n";
-        std::string file = folder / "application-x-executable.png";
-        QImage image(32, 32, QImage::Format_ARGB32);
-        image.fill(Qt::red);
-        EXPECT_TRUE(image.save(QString::fromStdString(file)));
-        return file;
+    /// A program that only waits, with a desktop entry.
+    std::string install(const std::string& name, const std::string& more = {}) const {
+        const std::string program = folder_.path() / name;
+        fs::copy_file("/bin/sleep", program);
+        std::ofstream(entries_ / (name + ".desktop"))
+            << "[Desktop Entry]\nType=Application\nName=The " << name << "\nName[de]=Der " << name
+            << "\nIcon=red\nExec=" << program << " 600\n"
+            << more;
+        return program;
+    }
+
+    void begin(const QDBusConnection& bus = QDBusConnection(QStringLiteral("no such bus"))) {
+        auto scan =
+            std::make_shared<platform::ApplicationScan>(platform::ApplicationScan::Surroundings{
+                {entries_}, {"de_DE", {}}, platform::SessionOfUser::current()});
+        workspace_.emplace(loop_, std::move(scan), bus);
+        workspace_->setTileColors({Qt::yellow, Qt::black});
+        workspace_->setRunningApplicationsHandler([this] { ++changes_; });
+        ASSERT_FALSE(workspace_->runningApplications()) << "not known yet";
+        ASSERT_TRUE(waitUntil([&] { return workspace_->runningApplications().has_value(); }));
+    }
+
+    QStringList running() const {
+        QStringList names;
+        for (const auto& each : *workspace_->runningApplications())
+            names += each.localizedName;
+        return names;
+    }
+
+    bool comesToRun(const QStringList& names) const {
+        return waitUntil([&] { return running() == names; });
+    }
+
+    static QColor middleOf(const QIcon& icon) {
+        return icon.pixmap(32).toImage().pixelColor(16, 4);
     }
 
     const QStringList searchPaths_ = QIcon::themeSearchPaths();
     const QString themeName_ = QIcon::themeName();
     const support::PrivateFolder folder_;
+    const fs::path entries_ = folder_.path() / "applications";
+    platform::RunLoop loop_;
+    const platform::RunLoopNotifier notifier_{loop_};
+    const platform::MainQueueService mainQueue_{loop_};
+    std::optional<platform::DesktopWorkspace> workspace_;
+    int changes_ = 0;
 };
 
 } // namespace
 
-TEST_F(WorkspaceTest, TheGenericIconIsTheThemes) {
-    makeTheme("ours");
-    QIcon::setThemeName("ours");
-    EXPECT_EQ(middleOf(platform::Workspace::shared().genericApplicationIcon(), 32), Qt::red);
+TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItKnows) {
+    const std::string program = install("player");
+    const std::string hidden = install("agent", "NoDisplay=true\n");
+    const std::string waiting = install("waiter");
+    ChildProcess player({program, "600"});
+    ChildProcess agent({hidden, "600"});
+    begin();
+    ASSERT_TRUE(comesToRun({"Der player"}));
+    EXPECT_EQ(changes_, 1);
+    const platform::RunningApplication& first = workspace_->runningApplications()->front();
+    EXPECT_EQ(first,
+              (platform::RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
+                                            QString::fromStdString(entries_ / "player.desktop"),
+                                            QString::fromStdString(program)}));
+    const platform::ProgramOfName asked{first.pid, first.localizedName, first.executablePath};
+    EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), Qt::red);
+    EXPECT_EQ(workspace_->whyNamed(asked), "This application starts the program.");
+    EXPECT_EQ(middleOf(workspace_->genericApplicationIcon()), Qt::red);
 }
 
-TEST_F(WorkspaceTest, ThereIsAnIconWhateverTheThemeLacks) {
-    std::ofstream(makeTheme("damaged")) << "no picture";
-    const platform::Workspace& workspace = platform::Workspace::shared();
-    for (const char* const theme : {"damaged", "missing", ""}) {
-        SCOPED_TRACE(theme);
-        QIcon::setThemeName(theme);
-        for (const QIcon& icon :
-             {workspace.genericApplicationIcon(), workspace.iconForPath("/no/such/program"),
-              workspace.iconForPath("")}) {
-            for (const int size : {16, 32, 128})
-                EXPECT_EQ(middleOf(icon, size).alpha(), 255) << size;
-        }
+TEST_F(WorkspaceTest, HearsFromSystemdThatAnApplicationHasComeAndFromTheKernelThatItHasGone) {
+    const support::PrivateBus bus;
+    support::SystemdManager manager(QString::fromStdString(bus.address()));
+    const std::string program = install("player");
+    begin(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "workspace"));
+    ASSERT_TRUE(waitUntil([&] { return workspace_->hearsOfUnits(); }));
+    ChildProcess player({program, "600"});
+    manager.say("UnitNew", "app-player-1.scope");
+    EXPECT_TRUE(comesToRun({"Der player"}));
+    player.stop();
+    EXPECT_TRUE(comesToRun({}));
+}
+
+TEST_F(WorkspaceTest, LooksWhenItIsAskedToAndReadsEntriesThatHaveComeMeanwhile) {
+    begin();
+    EXPECT_TRUE(running().isEmpty());
+    const std::string program = install("player");
+    ChildProcess player({program, "600"});
+    for (int i = 0; i < 100; ++i)
+        workspace_->lookAgain();
+    EXPECT_TRUE(comesToRun({"Der player"}));
+    EXPECT_EQ(changes_, 2);
+    workspace_->lookAgain();
+    ChildProcess second({program, "600"});
+    workspace_->lookAgain();
+    support::serveEvents();
+    EXPECT_EQ(running(), QStringList{"Der player"}) << "once";
+}
+
+TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
+    const std::string program = install("agent", "NoDisplay=true\n");
+    ChildProcess agent({program, "600"});
+    begin();
+    const auto pid = static_cast<std::uint32_t>(agent.pid());
+    const QString path = QString::fromStdString(program);
+    const struct {
+        platform::ProgramOfName program;
+        QColor color;
+        const char* reason;
+    } cases[] = {
+        {{pid, "Der agent", path}, Qt::red, "This application starts the program."},
+        {{0, "Der agent", {}}, Qt::red, "This application starts the program."},
+        {{pid, "What it says", path}, Qt::yellow, "The program calls itself so."},
+        {{4711, "gone", "/usr/bin/gone"}, Qt::yellow, "The program calls itself so."},
+    };
+    for (const auto& [asked, color, reason] : cases) {
+        EXPECT_FALSE(workspace_->iconForProgram(asked).isNull());
+        EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(asked).isEmpty(); }));
+        EXPECT_EQ(workspace_->whyNamed(asked), reason);
+        EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), color);
     }
+    EXPECT_EQ(changes_, 4) << "the first look, and each name once";
+}
+
+TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
+    install("player");
+    begin();
+    const platform::ProgramOfName inside{2, "Der player", "/app/bin/player"};
+    EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(inside).isEmpty(); }));
+    EXPECT_EQ(workspace_->whyNamed(inside), "The program says that it is this application.");
+    EXPECT_EQ(middleOf(workspace_->iconForProgram(inside)), Qt::red);
 }

@@ -15,13 +15,26 @@ class PlainWorkspace final : public platform::Workspace {
         tellRunningApplications();
     }
 
-    /// The icon that the path has from now on.
+    /// The icon that programs of the path have from now on.
     QIcon addIcon(const QString& path) { return icons_[path] = someIcon(); }
 
-    QList<platform::RunningApplication> runningApplications() const override {
+    /// The reason that programs of the name have theirs.
+    void setReason(const QString& name, const QString& reason) { reasons_[name] = reason; }
+
+    /// How often somebody has wanted to know what runs now.
+    int looks() const noexcept { return looks_; }
+
+    std::optional<QList<platform::RunningApplication>> runningApplications() const override {
         return applications_;
     }
-    QIcon iconForPath(const QString& path) const override { return icons_.value(path, generic_); }
+    void lookAgain() override { ++looks_; }
+    QIcon iconForProgram(const platform::ProgramOfName& program) const override {
+        return icons_.value(program.path, generic_);
+    }
+    QString whyNamed(const platform::ProgramOfName& program) const override {
+        return reasons_.value(program.name);
+    }
+    void setTileColors(const platform::TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return generic_; }
 
   private:
@@ -29,6 +42,8 @@ class PlainWorkspace final : public platform::Workspace {
 
     QList<platform::RunningApplication> applications_;
     QHash<QString, QIcon> icons_;
+    QHash<QString, QString> reasons_;
+    int looks_ = 0;
     const QIcon generic_ = someIcon();
 };
 

@@ -32,6 +32,20 @@ TEST_F(AppVolumeControllerTest, ASlidersValueIsCutOffSentAndRemembered) {
     EXPECT_TRUE(view_.told.filter("item").isEmpty()) << "items know their own gestures";
 }
 
+TEST_F(AppVolumeControllerTest, TheDesktopIsAskedWhatRunsAndItsIconsAreTaken) {
+    const int looks = model_.workspace.looks();
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    MVCommAppValue& app = connected(plugin, 4711, "player");
+    EXPECT_GT(model_.workspace.looks(), looks) << "when a plug-in connects";
+    const int connects = model_.workspace.looks();
+    controller_.update();
+    EXPECT_EQ(model_.workspace.looks(), connects + 1) << "when the window is activated";
+    const QIcon icon = model_.workspace.addIcon(app.path());
+    model_.workspace.setRunningApplications({{4711, "player", {}}});
+    EXPECT_EQ(model_.workspace.looks(), connects + 1) << "but it need not be told its own news";
+    EXPECT_EQ(app.icon().cacheKey(), icon.cacheKey());
+}
+
 TEST_F(AppVolumeControllerTest, ANotificationAboutAnythingButARecordIsIgnored) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     connected(plugin, 1, "player");

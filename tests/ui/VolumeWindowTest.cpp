@@ -91,7 +91,7 @@ TEST_F(VolumeWindowTest, AProgramWhoseNameCannotBeSeenIsShownByItsNumber) {
               (QStringList{QStringLiteral("Process 12"), QStringLiteral("\u200fשם")}));
 }
 
-TEST_F(VolumeWindowTest, TheTipTellsThePathAndOverTheSliderThePercentOrWhyItCannotBeMoved) {
+TEST_F(VolumeWindowTest, TheTipTellsPathAndReasonAndOverTheSliderThePercentOrWhyItCannotBeMoved) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     plugin.checkIn(1, "player", "/opt/<b>\n/player");
     ASSERT_TRUE(showsRows({QStringLiteral("player")}));
@@ -102,6 +102,10 @@ TEST_F(VolumeWindowTest, TheTipTellsThePathAndOverTheSliderThePercentOrWhyItCann
     model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
     EXPECT_EQ(row.item->tipAt(overSlider),
               QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
+    model_.workspace.setReason(QStringLiteral("player"), QStringLiteral("For a <reason>."));
+    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("<p>player</p><p>/opt/&lt;b&gt; /player</p>"
+                                                  "<p>For a &lt;reason&gt;.</p>"
+                                                  "<p>It plays &lt;past&gt; the mixer</p>"));
 }
 
 TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {

@@ -1,5 +1,6 @@
 #include "platform/applications/DesktopEntries.h"
 
+#include "platform/applications/ApplicationName.h"
 #include "platform/applications/ProgramFiles.h"
 #include "platform/applications/ProgramKinds.h"
 #include "platform/files/Directories.h"
@@ -225,6 +226,12 @@ DesktopEntries::Found DesktopEntries::ofFolder(std::string_view path) const {
 
 DesktopEntries::Found DesktopEntries::ofName(std::string_view name) const {
     return in(byName_, name);
+}
+
+const DesktopEntry* DesktopEntries::called(std::string_view name) const {
+    const auto found = std::ranges::find_if(
+        entries_, [name](const DesktopEntry* each) { return fittingName(each->name) == name; });
+    return found != entries_.end() ? *found : nullptr;
 }
 
 DesktopEntries::Found DesktopEntries::ofWindow(std::string_view application) const {

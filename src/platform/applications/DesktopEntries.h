@@ -58,6 +58,9 @@ class DesktopEntries {
     /// The one that was read from the file, or that a link leads to it from; or null.
     const DesktopEntry* ofFile(std::string_view path) const;
 
+    /// The first one that a person knows by this name, cut as names of applications are; or null.
+    const DesktopEntry* called(std::string_view name) const;
+
     /// Those whose program or script is the file, whatever links lead there.
     Found ofProgram(std::string_view path) const;
 

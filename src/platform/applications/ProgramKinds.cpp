@@ -7,7 +7,9 @@ namespace platform {
 
 namespace {
 
+// The tables are never destroyed, since other threads may ask until the process has ended.
 using Kinds = std::unordered_map<std::string_view, ProgramKind>;
+using Runtimes = std::unordered_map<std::string_view, ProgramRuntime>;
 
 constexpr std::string_view shells[] = {"ash",  "bash", "csh",  "dash", "elvish", "fish",  "ksh",
                                        "mksh", "nu",   "pwsh", "sh",   "tcsh",   "xonsh", "zsh"};
@@ -238,7 +240,7 @@ std::string_view unversioned(std::string_view name) noexcept {
 } // namespace
 
 ProgramKind programKind(std::string_view executable) {
-    static const Kinds kinds = allKinds();
+    static const auto& kinds = *new Kinds(allKinds());
     const std::string_view name = fileName(executable);
     if (const auto found = kinds.find(name); found != kinds.end())
         return found->second;
@@ -254,17 +256,17 @@ bool startsOthers(ProgramKind kind) noexcept {
 }
 
 ProgramRuntime programRuntime(std::string_view executable) {
-    static const std::unordered_map<std::string_view, ProgramRuntime> runtimes{
-        {"deno", ProgramRuntime::script},        {"dotnet", ProgramRuntime::script},
-        {"electron", ProgramRuntime::electron},  {"gjs", ProgramRuntime::script},
-        {"gjs-console", ProgramRuntime::script}, {"guile", ProgramRuntime::script},
-        {"java", ProgramRuntime::java},          {"lua", ProgramRuntime::script},
-        {"luajit", ProgramRuntime::script},      {"mono", ProgramRuntime::script},
-        {"mono-sgen", ProgramRuntime::script},   {"node", ProgramRuntime::script},
-        {"nodejs", ProgramRuntime::script},      {"perl", ProgramRuntime::script},
-        {"php", ProgramRuntime::script},         {"pypy", ProgramRuntime::module},
-        {"python", ProgramRuntime::module},      {"qml", ProgramRuntime::script},
-        {"ruby", ProgramRuntime::script},        {"wish", ProgramRuntime::script}};
+    static const auto& runtimes =
+        *new Runtimes{{"deno", ProgramRuntime::script},        {"dotnet", ProgramRuntime::script},
+                      {"electron", ProgramRuntime::electron},  {"gjs", ProgramRuntime::script},
+                      {"gjs-console", ProgramRuntime::script}, {"guile", ProgramRuntime::script},
+                      {"java", ProgramRuntime::java},          {"lua", ProgramRuntime::script},
+                      {"luajit", ProgramRuntime::script},      {"mono", ProgramRuntime::script},
+                      {"mono-sgen", ProgramRuntime::script},   {"node", ProgramRuntime::script},
+                      {"nodejs", ProgramRuntime::script},      {"perl", ProgramRuntime::script},
+                      {"php", ProgramRuntime::script},         {"pypy", ProgramRuntime::module},
+                      {"python", ProgramRuntime::module},      {"qml", ProgramRuntime::script},
+                      {"ruby", ProgramRuntime::script},        {"wish", ProgramRuntime::script}};
     const std::string_view name = fileName(executable);
     const auto found = runtimes.find(unversioned(name));
     if (found != runtimes.end())

@@ -127,7 +127,7 @@ bool sharesProcessNumbers(pid_t process) {
         const ssize_t size = ::readlink(link.c_str(), name.data(), name.size());
         return std::string(name.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
     };
-    static const std::string ours = namespaceOf("/proc/self/ns/pid");
+    static const auto& ours = *new std::string(namespaceOf("/proc/self/ns/pid"));
     return !ours.empty() && namespaceOf(processFile(process, "ns/pid")) == ours;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/text/MessageLanguages.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -29,6 +30,15 @@ std::string messageLanguages() {
         return {};
     const std::string_view languages = variable("LANGUAGE");
     return std::string(languages.empty() ? locale : languages);
+}
+
+std::string messageLanguage() {
+    const std::string languages = messageLanguages();
+    const std::string first = languages.substr(0, languages.find(':'));
+    if (first.empty())
+        return "C";
+    const std::size_t modifier = std::min(first.find('@'), first.size());
+    return first.substr(0, std::min(first.find('.'), modifier)) + first.substr(modifier);
 }
 
 } // namespace platform

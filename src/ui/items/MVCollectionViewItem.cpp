@@ -70,6 +70,8 @@ MVCollectionViewItem::MVCollectionViewItem(const Surroundings& surroundings, MVC
     muteView_->setApp(&app);
     updateControls();
     slider_->setHandler([this] { sliderAction(); });
+    connect(&app, &MVCommAppValue::iconChanged, this,
+            [this] { iconView_->setIcon(displayIcon()); });
     connect(&app, &MVCommAppValue::hasActivityChanged, this,
             &MVCollectionViewItem::activityCameOrWent);
     connect(&app, &MVCommAppValue::mutedChanged, this, &MVCollectionViewItem::wasMuted);
@@ -186,9 +188,10 @@ bool MVCollectionViewItem::event(QEvent* event) {
 QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (app_ == nullptr)
         return {};
-    if (!slider_->geometry().contains(place))
-        return paragraph(label_->text()) + paragraph(app_->path());
     const QString reason = surroundings_.controller.reasonNotControllable(*app_);
+    if (!slider_->geometry().contains(place))
+        return paragraph(label_->text()) + paragraph(app_->path()) +
+               paragraph(surroundings_.controller.whyNamed(*app_)) + paragraph(reason);
     return paragraph(!reason.isEmpty() ? reason
                                        : formatted(QStringLiteral("%d %%"),
                                                    surroundings_.controller.percentOf(*app_)));

@@ -67,7 +67,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     QMenu* makeContextMenu(QWidget* parent);
 
     /// What the tool tip says there, as HTML: of the slider the percent, or why it cannot be moved;
-    /// elsewhere the program's name and path.
+    /// elsewhere the program's name and path, why it is called so, and that too.
     QString tipAt(const QPoint& place) const;
 
     /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away

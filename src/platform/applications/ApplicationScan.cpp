@@ -1,0 +1,83 @@
+#include "platform/applications/ApplicationScan.h"
+
+#include "platform/applications/ApplicationName.h"
+#include "platform/text/MessageLanguages.h"
+
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+/// Processes, some of which have windows that say nothing.
+class WindowedProcesses final : public ProcessView {
+  public:
+    WindowedProcesses(const ProcessView& source, const std::set<pid_t>& withWindows)
+        : source_(source), withWindows_(withWindows) {}
+
+    std::optional<ProcessRecord> process(pid_t pid) const override {
+        auto record = source_.process(pid);
+        if (record && withWindows_.contains(pid))
+            record->windows.emplace_back();
+        return record;
+    }
+    std::optional<std::uint64_t> startTime(pid_t pid) const override {
+        return source_.startTime(pid);
+    }
+    std::vector<pid_t> processesOf(uid_t user) const override { return source_.processesOf(user); }
+
+  private:
+    const ProcessView& source_;
+    const std::set<pid_t>& withWindows_;
+};
+
+} // namespace
+
+std::shared_ptr<ApplicationScan> ApplicationScan::live() {
+    return std::make_shared<ApplicationScan>(
+        Surroundings{DesktopEntries::usualFolders(),
+                     DesktopSurroundings::current(messageLanguage()), SessionOfUser::current()});
+}
+
+ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<ProcessView> processes)
+    : surroundings_(std::move(surroundings))
+    , processes_(processes != nullptr ? std::move(processes) : std::make_unique<ProcessView>()) {}
+
+std::vector<ApplicationIdentity> ApplicationScan::running(const std::set<pid_t>& withWindows) {
+    prepare();
+    entries_->refresh();
+    return regularApplications(*entries_, WindowedProcesses(*processes_, withWindows),
+                               surroundings_.session);
+}
+
+ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& name,
+                                              const std::string& executable) {
+    prepare();
+    if (const auto start = processes_->startTime(process)) {
+        resolver_->forget(process); // it may have become another program
+        const ApplicationIdentity& found = resolver_->resolve(process, *start);
+        if (found.name == name)
+            return found;
+    }
+    ApplicationIdentity identity;
+    identity.name = name;
+    identity.mainProcess = process;
+    identity.executable = executable;
+    identity.evidence = NameEvidence::clientName;
+    if (const DesktopEntry* const entry = entries_->called(name)) {
+        identity.entry = entry->id;
+        identity.entryPath = entry->path;
+        identity.icon = entry->icon;
+        identity.evidence = NameEvidence::clientId;
+    }
+    return identity;
+}
+
+void ApplicationScan::prepare() {
+    if (entries_)
+        return;
+    entries_.emplace(surroundings_.folders, surroundings_.desktop, files_);
+    resolver_.emplace(*entries_, *processes_);
+}
+
+} // namespace platform

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QString>
+
+namespace platform {
+
+/// What letter tiles are painted with.
+struct TileColors {
+    QColor tile = {0x60, 0x68, 0x70};
+    QColor letter = {0xe8, 0xea, 0xec};
+};
+
+/// An icon for a program that has none: the first letter of its name on a tile. Sharp at every
+/// size. The main thread only, with an application object.
+QIcon letterTile(const QString& name, const TileColors& colors);
+
+} // namespace platform
