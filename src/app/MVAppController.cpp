@@ -174,7 +174,7 @@ void MVAppController::storeMessageLanguage() {
 void MVAppController::makeWindow() {
     const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
     platform::Workspace::shared().setTileColors(
-        {theme.displayNameNoActivityColor(), theme.windowTitleBarTextColor()});
+        {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due

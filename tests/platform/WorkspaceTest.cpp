@@ -73,7 +73,9 @@ class WorkspaceTest : public testing::Test {
 
     QStringList running() const {
         QStringList names;
-        for (const auto& each : *workspace_->runningApplications())
+        const auto applications =
+            workspace_->runningApplications().value_or(QList<platform::RunningApplication>());
+        for (const auto& each : applications)
             names += each.localizedName;
         return names;
     }
@@ -108,7 +110,7 @@ TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItK
     begin();
     ASSERT_TRUE(comesToRun({"Der player"}));
     EXPECT_EQ(changes_, 1);
-    const platform::RunningApplication& first = workspace_->runningApplications()->front();
+    const platform::RunningApplication first = workspace_->runningApplications()->front();
     EXPECT_EQ(first,
               (platform::RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
                                             QString::fromStdString(entries_ / "player.desktop"),
