@@ -174,18 +174,26 @@ void AppVolumeController::useNews() {
 /// it runs is new when it comes again.
 void AppVolumeController::welcomeNew() {
     QSet<QString> connected;
+    QList<MVCommAppValue*> arrived;
+    QStringList names;
     for (MVCommAppValue* const app : apps()) {
         if (app->isBeeps() || list_.connectedPids(app->processName()).isEmpty())
             continue;
         connected.insert(app->processName());
-        if (!connected_.contains(app->processName()) && seen_.add(app->displayName()))
-            welcome(*app);
+        if (!connected_.contains(app->processName()) && !seen_.contains(app->displayName())) {
+            arrived.append(app);
+            names.append(app->displayName());
+        }
     }
     connected_ = std::move(connected);
+    if (!seen_.add(names))
+        return;
+    savePrefs();
+    for (MVCommAppValue* const app : std::as_const(arrived))
+        welcome(*app);
 }
 
 void AppVolumeController::welcome(MVCommAppValue& app) {
-    savePrefs();
     const auto percent = seen_.defaultVolume();
     if (!percent || appPrefs_.contains(app.displayName()))
         return;
@@ -348,7 +356,7 @@ void AppVolumeController::copyThenTellPlugins() {
 
 /// After it has become another.
 void AppVolumeController::keepSetting(const QString& displayName) {
-    seen_.add(displayName);
+    seen_.add({displayName});
     settingsChanged();
 }
 

@@ -35,7 +35,7 @@ void RememberedApps::set(const QString& displayName, int percent, bool muted) {
     }
     preferences_.setPercent(displayName, percent);
     preferences_.setMuted(displayName, muted);
-    seen_.add(displayName);
+    seen_.add({displayName});
     changed_();
 }
 

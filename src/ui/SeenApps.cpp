@@ -25,16 +25,21 @@ bool SeenApps::contains(const QString& displayName) const {
     return known_.contains(AppPreferences::keyForDisplayName(displayName));
 }
 
-bool SeenApps::add(const QString& displayName) {
-    const QString name = AppPreferences::keyForDisplayName(displayName);
-    if (known_.contains(name))
-        return false;
-    known_.insert(name);
-    names_.append(name);
+bool SeenApps::add(const QStringList& displayNames) {
+    bool isNew = false;
+    for (const QString& displayName : displayNames) {
+        const QString name = AppPreferences::keyForDisplayName(displayName);
+        if (known_.contains(name))
+            continue;
+        known_.insert(name);
+        names_.append(name);
+        isNew = true;
+    }
     while (names_.size() > bound)
         known_.remove(names_.takeFirst());
-    store();
-    return true;
+    if (isNew)
+        store();
+    return isNew;
 }
 
 bool SeenApps::remove(const QString& displayName) {

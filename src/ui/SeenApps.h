@@ -24,7 +24,7 @@ class SeenApps {
     bool contains(const QString& displayName) const;
 
     /// Each answers whether that has changed the list, which then is in the defaults.
-    bool add(const QString& displayName);
+    bool add(const QStringList& displayNames);
     bool remove(const QString& displayName);
 
     /// The percent, 0 to 100, that a program gets that is not among them; nothing when it keeps

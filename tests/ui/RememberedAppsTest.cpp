@@ -62,9 +62,9 @@ TEST_F(RememberedAppsTest, TheListOfSeenOnesHasAnEndAndSurvivesNonsense) {
     SeenApps seen(defaults);
     EXPECT_EQ(seen.names(), QStringList({"a", "b\uFFFD"}));
     EXPECT_TRUE(seen.contains("b\x01")) << "as a property list has it";
-    EXPECT_FALSE(seen.add("a"));
+    EXPECT_FALSE(seen.add({"a"}));
     for (int i = 0; i < 2000; ++i)
-        EXPECT_TRUE(seen.add(QString::number(i)));
+        EXPECT_TRUE(seen.add({QString::number(i)}));
     EXPECT_EQ(seen.names().size(), 2000);
     EXPECT_FALSE(seen.contains("a")) << "the oldest goes";
     EXPECT_TRUE(seen.contains("0"));
