@@ -158,6 +158,7 @@ void MVAppController::makeWindow() {
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
     window_->installEventFilter(this);
+    connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });

@@ -175,11 +175,14 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
 void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     if (isRestoring_)
         return;
+    const int before = percentOf(app);
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
     storePrefs();
     savePrefs();
+    if (gestures_.volumeChanged)
+        gestures_.volumeChanged(app, before, percent);
 }
 
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
@@ -189,6 +192,8 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     appPrefs_.setMuted(app.displayName(), app.muted());
     storePrefs();
     savePrefs();
+    if (gestures_.muteChanged)
+        gestures_.muteChanged(app, app.muted());
 }
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
@@ -196,11 +201,15 @@ void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
     if (percentOf(app) != VolumeNumbers::percentOfFraction(fraction))
         sliderChanged(app); // somebody has set another one meanwhile
     copies_.saveNow();
+    if (gestures_.volumeReleased)
+        gestures_.volumeReleased(app);
 }
 
 void AppVolumeController::setPercent(MVCommAppValue& app, int percent) {
     app.setVolume(static_cast<double>(VolumeNumbers::fractionForPercent(percent)));
     sliderChanged(app);
+    if (gestures_.volumeReleased)
+        gestures_.volumeReleased(app);
     tellItem(app);
 }
 

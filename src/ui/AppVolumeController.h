@@ -14,7 +14,9 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <utility>
 
 class AppVolumeView;
 class MVComm;
@@ -50,6 +52,14 @@ class AppVolumeController {
         PreferenceCopies::Folders copyFolders = PreferenceCopies::standardFolders();
     };
 
+    /// Told of what a person changes, here or by a program that asks for it, when it has been sent
+    /// and saved; not of what comes from other mixers. Each may be null.
+    struct GestureObserver {
+        std::function<void(const MVCommAppValue& app, int before, int after)> volumeChanged;
+        std::function<void(const MVCommAppValue& app)> volumeReleased; ///< that was one change
+        std::function<void(const MVCommAppValue& app, bool muted)> muteChanged;
+    };
+
     /// Those of the process.
     static Surroundings sharedSurroundings();
 
@@ -68,6 +78,9 @@ class AppVolumeController {
     /// window's limits and the place that is remembered. It must outlive the controller, or be
     /// taken away before it goes.
     void setView(AppVolumeView* view);
+
+    /// In place of the one before. What it calls must outlive the controller, or be taken away.
+    void setGestureObserver(GestureObserver observer) { gestures_ = std::move(observer); }
 
     /// In order; valid until the next merge.
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
@@ -144,6 +157,7 @@ class AppVolumeController {
     AppList list_;
     PluginNews news_;
     AppVolumeView* view_ = nullptr;
+    GestureObserver gestures_;
     bool isRestoring_ = false; // what changes in a record now is no gesture
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;

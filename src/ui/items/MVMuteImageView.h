@@ -31,7 +31,7 @@ class MVMuteImageView final : public QWidget {
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
-    void wasMuted();
+    void announce();
     void showKeyFocus(bool hasKeyFocus);
 
     QPointer<MVCommAppValue> app_;

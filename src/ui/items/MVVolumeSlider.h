@@ -12,7 +12,7 @@ class MVBlackTheme;
 class SliderGeometry;
 
 /// A slider that shows two things: the volume, by its knob, and how loud the program is, by a bar
-/// in its track. It lies along its longer side. The mouse moves the knob relative to where it took
+/// in its track. It lies along its longer side, and begins where lines of text do. The mouse moves the knob relative to where it took
 /// hold of it, and a press beside the knob makes it jump there; keys move it by whole percents.
 /// Volume and level are fractions, 0 to 1. Main thread only.
 class MVVolumeSlider : public QWidget, private FramePacer::Client {
@@ -38,6 +38,12 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     /// Sets the value as at the end of a drag; with `sendTargetAction` the handler is called once
     /// more at last.
     void setSliderValue(float value, bool sendTargetAction);
+
+    /// As keys and the wheel do: moves the knob to `percent`, 0 to 100 or the nearest of these, and
+    /// calls the handler. finishMove() then is the end of a drag; it does nothing without a move.
+    void moveTo(int percent);
+    void finishMove();
+    int percent() const;
 
     /// Drawn with the pacer's next frame; not at all while the window cannot be seen.
     float activity() const noexcept { return activity_; }
@@ -93,7 +99,9 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     void calcValue(const QPointF& point);
     void endDrag();
     void announceRelease();
-    void finishKeys();
+    std::optional<int> stepOfKey(int key) const;
+    bool isMirrored() const;
+    QPointF fromStart(const QPointF& point) const;
     void showKeyFocus(bool hasKeyFocus);
     QRect levelChange(float before, float after) const;
     void drawLevel(QPainter& painter, const QRectF& track) const;
@@ -103,7 +111,7 @@ class MVVolumeSlider : public QWidget, private FramePacer::Client {
     float activity_ = 0.0F;
     float shownActivity_ = 0.0F; // what is drawn
     FramePacer* pacer_ = nullptr;
-    bool keysMove_ = false; // a key that has moved the knob is down
+    bool isMoved_ = false; // since the last end of a drag, without one
     bool hasKeyFocus_ = false;
     bool muted_ = false;
     bool highlighted_ = false;
