@@ -105,7 +105,7 @@ QString MVAppController::logURL() {
 }
 
 MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> instance)
-    : instance_(std::move(instance)), comm_(MVComm::sharedComm()) {
+    : instance_(std::move(instance)) {
     const QString file = logURL();
     if (!file.isEmpty()) {
         const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
@@ -156,6 +156,7 @@ void MVAppController::applicationDidFinishLaunching() {
 void MVAppController::makeWindow() {
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
+    volumeController_->savePrefs(); // containers are served by now, so their copies are due
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
     window_->installEventFilter(this);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
@@ -187,9 +188,10 @@ void MVAppController::terminationSignal(int signal) {
 }
 
 void MVAppController::connectPlugins() {
-    comm_.setAppConnectCallback(&updateCallback);
-    comm_.setAppDisconnectCallback(&updateCallback);
-    if (comm_.setupPluginConnectionWithCallBack(&dataCallback))
+    MVComm& comm = MVComm::sharedComm();
+    comm.setAppConnectCallback(&updateCallback);
+    comm.setAppDisconnectCallback(&updateCallback);
+    if (comm.setupPluginConnectionWithCallBack(&dataCallback))
         return;
     volumeController_->showProblem(platform::formatted(
         localized(QStringLiteral("No audio plug-in can connect, since the socket “%@” can't be "
@@ -240,7 +242,8 @@ void MVAppController::endWithoutDisplay() {
 void MVAppController::saveAndDisconnect() {
     if (volumeController_ && !volumeController_->shutdown(longestSaving))
         return;
-    comm_.shutdown();
+    if (volumeController_) // else there are no sockets yet
+        MVComm::sharedComm().shutdown();
     UserDefaults::standard().synchronize(longestSaving);
 }
 

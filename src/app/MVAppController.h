@@ -7,7 +7,6 @@
 #include <memory>
 
 class AppVolumeController;
-class MVComm;
 class VolumeWindow;
 
 namespace platform {
@@ -71,7 +70,6 @@ class MVAppController final : public QNGUIApplication {
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
-    MVComm& comm_;
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<platform::PluginReports> pluginReports_;

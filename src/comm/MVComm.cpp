@@ -22,6 +22,10 @@ constexpr std::chrono::milliseconds additionDelay{100};
 constexpr std::chrono::milliseconds announcementDelay{100};
 constexpr std::chrono::milliseconds longestPreparation{300};
 
+bool isTooLong(const QString& path) {
+    return QFile::encodeName(path).size() > static_cast<qsizetype>(kMVCommLongestSocketPath);
+}
+
 } // namespace
 
 MVComm& MVComm::sharedComm() {
@@ -53,7 +57,7 @@ bool MVComm::setupPluginConnectionWithCallBack(MVCommDataCallback callback) {
 }
 
 bool MVComm::addCommForPath(const QString& path) {
-    if (QFile::encodeName(path).size() > static_cast<qsizetype>(kMVCommLongestSocketPath)) {
+    if (isTooLong(path)) {
         platform::systemLog(platform::LogPriority::error,
                             "Couldn't serve %s: the path has more than %zu bytes",
                             qUtf8Printable(MVCommLogText(path)), kMVCommLongestSocketPath);
@@ -95,8 +99,8 @@ QStringList MVComm::containerLibraries(const QString& containers) {
 void MVComm::containersDidChange() {
     const QStringList paths = containerSockets();
     dropContainersExcept(paths);
-    const bool isAnyNew = std::ranges::any_of(
-        paths, [this](const QString& path) { return !containerPaths_.contains(path); });
+    const bool isAnyNew =
+        std::ranges::any_of(paths, [this](const QString& path) { return isToBeServed(path); });
     if (!isAnyNew)
         return;
     if (prepareContainers_ == nullptr) {
@@ -118,9 +122,17 @@ void MVComm::injectIntoContainers() {
     const QStringList paths = containerSockets();
     dropContainersExcept(paths);
     for (const QString& path : paths) {
-        if (!containerPaths_.contains(path) && addCommForPath(path))
-            containerPaths_.insert(path);
+        if (isToBeServed(path))
+            (addCommForPath(path) ? containerPaths_ : refusedPaths_).insert(path);
     }
+}
+
+bool MVComm::isToBeServed(const QString& containerPath) const {
+    const auto isHopeless = [&] {
+        return isTooLong(containerPath) || QFileInfo(containerPath).isDir();
+    };
+    return !containerPaths_.contains(containerPath) &&
+           !(refusedPaths_.contains(containerPath) && isHopeless());
 }
 
 /// Of several paths to one folder only one counts, the one that is served already: another server
@@ -141,6 +153,7 @@ QStringList MVComm::containerSockets() const {
 /// old one goes too.
 void MVComm::dropContainersExcept(const QStringList& paths) {
     const QSet<QString> wanted(paths.begin(), paths.end());
+    refusedPaths_.intersect(wanted);
     std::erase_if(comms_, [&](const auto& server) {
         const QString& path = server->socketPath();
         if (!containerPaths_.contains(path) || (wanted.contains(path) && QFileInfo::exists(path)))

@@ -60,7 +60,8 @@ class MVComm final : public MVCommCallbacks {
     static QString containersFolder();
 
     /// Has every container that may be written to be served, and ends the servers of those that
-    /// have gone. Called whenever the containers change, and have been prepared.
+    /// have gone. Called whenever the containers change, and have been prepared. One whose socket
+    /// cannot be served is tried again then, unless it would fail for the same reason.
     void injectIntoContainers();
 
     using ContainerPreparation = std::function<void(std::function<void()> ready)>;
@@ -105,6 +106,7 @@ class MVComm final : public MVCommCallbacks {
     void broadcastDidLaunchNotificationDelayed();
     void containersDidChange();
     QStringList containerSockets() const;
+    bool isToBeServed(const QString& containerPath) const;
     void dropContainersExcept(const QStringList& paths);
     void endNextServer();
 
@@ -116,6 +118,7 @@ class MVComm final : public MVCommCallbacks {
 
     std::vector<std::shared_ptr<MVCommunication>> comms_; // the main one, then the containers'
     QSet<QString> containerPaths_; // of those in comms_ that are a container's
+    QSet<QString> refusedPaths_;   // of containers' sockets that could not be served
     std::deque<Ending> ending_;
     MVCommDataCallback dataCallback_ = [](const MVCommActivityMessage*) {};
     MVCommCallback connectionCallback_ = nullptr;

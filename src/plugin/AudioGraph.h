@@ -97,14 +97,14 @@ class AudioGraph {
         std::uint32_t destination;
     };
 
-    std::uint64_t newestSerial_ = 0;
-    std::map<std::uint32_t, Node> nodes_;
-    std::map<std::uint32_t, std::uint32_t> processes_; // by client, as the kernel told the server
     using PortKey = std::tuple<std::uint32_t, bool, std::uint32_t, std::uint32_t>;
     static PortKey keyOf(std::uint32_t id, const Port& port) {
         return {port.node, port.isOutput, port.number, id};
     }
 
+    std::uint64_t newestSerial_ = 0;
+    std::map<std::uint32_t, Node> nodes_;
+    std::map<std::uint32_t, std::uint32_t> processes_; // by client, as the kernel told the server
     std::map<std::uint32_t, Port> ports_;
     std::map<std::uint32_t, Link> links_;
 

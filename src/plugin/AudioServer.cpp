@@ -118,11 +118,14 @@ const pw_core_events AudioServer::coreEvents = [] {
         static_cast<AudioServer*>(data)->failed(id, result, message);
     };
     events.done = [](void* data, std::uint32_t id, int sequence) {
-        Connection& connection = *static_cast<AudioServer*>(data)->connection_;
+        AudioServer& server = *static_cast<AudioServer*>(data);
         if (id != PW_ID_CORE)
             return;
-        connection.answered = sequence;
-        connection.listed = connection.listed || sequence == connection.listing;
+        server.connection_->answered = sequence;
+        if (sequence != server.connection_->listing)
+            return;
+        server.connection_->listed = true;
+        server.pauses_.reset(); // not before it works: it may take connections and never serve them
     };
     return events;
 }();
@@ -193,7 +196,6 @@ void AudioServer::serveEvents(std::chrono::milliseconds wait) {
 void AudioServer::connect() {
     if (openConnection()) {
         absenceLogged_ = false;
-        pauses_.reset();
         systemLog(LogPriority::info, "Connected to the sound server");
         listener_.serverConnected();
         return;

@@ -78,7 +78,7 @@ void AudioStream::informed(const pw_node_info& info) {
     noteParameters(info);
     const bool stateChanges = std::exchange(running_, running) != running;
     if (stateChanges)
-        write(keeper_.setRunning(running, MonotonicClock::now()));
+        write(keeper_.setRunning(running));
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
         platform::StreamClaims claims = claimsIn(*info.props);
         const bool internal = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
@@ -144,7 +144,7 @@ void AudioStream::uphold() {
 }
 
 void AudioStream::finish() {
-    write(keeper_.finish(MonotonicClock::now()));
+    write(keeper_.finish());
 }
 
 void AudioStream::write(const VolumeWrite& write) {

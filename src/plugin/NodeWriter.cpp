@@ -4,11 +4,11 @@
 #include "platform/processes/SystemLog.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/AudioServer.h"
+#include "plugin/ClientClaims.h"
 #include "plugin/StreamParam.h"
 
 #include <cerrno>
 #include <cstring>
-#include <spa/utils/string.h>
 #include <utility>
 
 using platform::MonotonicClock;
@@ -41,10 +41,8 @@ struct NodeWriter::Connection {
     }
 
     void told(const spa_dict* properties) {
-        const char* const text =
-            properties != nullptr ? spa_dict_lookup(properties, PW_KEY_OBJECT_SERIAL) : nullptr;
-        std::uint64_t serial = 0;
-        if (text == nullptr || !spa_atou64(text, &serial, 10) || serial <= newestSerial)
+        const std::uint64_t serial = serialIn(properties);
+        if (serial <= newestSerial)
             return;
         newestSerial = serial;
         writer.lanes_.heard(MonotonicClock::now());

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/loop/MonotonicClock.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <deque>
@@ -9,30 +7,27 @@
 
 /// Our writes of one value that the server has yet to tell about. It tells of a change whoever made
 /// it, so this is how others' changes are known. The server may leave out a value that was soon
-/// followed by another. Any thread, one at a time.
+/// followed by another. There is no time after which a write counts as lost: a program that is
+/// stopped, or one of a crowd, takes its new volume late. Any thread, one at a time.
 template <typename Value>
 class OwnWrites {
   public:
-    using TimePoint = platform::MonotonicClock::time_point;
-
-    static constexpr std::chrono::seconds longestWay{1};
     static constexpr std::size_t most = 64;
 
     /// Expects the server to tell of `value`, which is written now. The oldest of too many is
     /// expected no more.
-    void add(Value value, TimePoint now) {
+    void add(Value value) {
         if (writes_.size() == most)
             writes_.pop_front();
-        writes_.push_back({std::move(value), now});
+        writes_.push_back(std::move(value));
     }
 
     /// Whether the value that the server told is one of ours, which `same` decides. Those written
     /// before it are not expected any more.
     template <typename Same>
-    [[nodiscard]] bool takeEcho(const Value& told, TimePoint now, Same same) {
-        dropLost(now);
+    [[nodiscard]] bool takeEcho(const Value& told, Same same) {
         const auto ours = std::find_if(writes_.begin(), writes_.end(),
-                                       [&](const Write& each) { return same(each.value, told); });
+                                       [&](const Value& each) { return same(each, told); });
         if (ours == writes_.end())
             return false;
         writes_.erase(writes_.begin(), ours + 1);
@@ -40,24 +35,11 @@ class OwnWrites {
     }
 
     /// What we wrote last; null when the server has told of all.
-    const Value* newest(TimePoint now) noexcept {
-        dropLost(now);
-        return writes_.empty() ? nullptr : &writes_.back().value;
-    }
+    const Value* newest() const noexcept { return writes_.empty() ? nullptr : &writes_.back(); }
 
     /// Expects nothing any more: what the server tells next is somebody else's.
     void clear() noexcept { writes_.clear(); }
 
   private:
-    struct Write {
-        Value value;
-        TimePoint written;
-    };
-
-    void dropLost(TimePoint now) noexcept {
-        while (!writes_.empty() && now - writes_.front().written >= longestWay)
-            writes_.pop_front();
-    }
-
-    std::deque<Write> writes_; // the oldest first
+    std::deque<Value> writes_; // the oldest first
 };

@@ -195,6 +195,7 @@ void PluginHost::identify(Voice& voice) {
     if (last != nullptr && last != next) {
         last->remove(stream);
         stream.adopt({}); // what that finds is nobody's will
+        stream.letGo();
     }
     voice.program = next;
     if (next != nullptr && last != next)

@@ -3,7 +3,7 @@
 #include <functional>
 
 VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
-    VolumeWrite write = finish(now);
+    VolumeWrite write = finish();
     wanted_ = all;
     adopted_ = true;
     letGo_ = false;
@@ -17,19 +17,19 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
 
 VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now) {
     wanted_.merge(change);
-    return props_ ? this->change(change, now) : VolumeWrite{};
+    return props_ ? bringAbout(change, now) : VolumeWrite{};
 }
 
 void VolumeKeeper::uphold(TimePoint now) noexcept {
     if (letGo_)
         return;
     hold_ = VolumeHold(now);
-    heardAlready_ = heardAlready_ && !adopted_; // what was found is wanted by now
+    heardAlready_ = false; // what was found is wanted by now
 }
 
-VolumeWrite VolumeKeeper::setRunning(bool running, TimePoint now) {
+VolumeWrite VolumeKeeper::setRunning(bool running) {
     running_ = running;
-    return running ? VolumeWrite{} : finish(now);
+    return running ? VolumeWrite{} : finish();
 }
 
 VolumeWrite VolumeKeeper::propsArrived(const StreamProps& props, TimePoint now) {
@@ -39,28 +39,30 @@ VolumeWrite VolumeKeeper::propsArrived(const StreamProps& props, TimePoint now) 
     if (!before)
         return adopted_ ? apply(now) : VolumeWrite{};
     if (heardAlready_ || hold_.isOver(now))
-        return changedElsewhere(*before, now);
-    return !isInEffect(wanted_, props) && hold_.takeWrite(now) ? change(wanted_, now)
-                                                               : VolumeWrite{};
+        return changedElsewhere(*before);
+    if (!isInEffect(wanted_, props))
+        return hold_.takeWrite(now) ? bringAbout(wanted_, now) : VolumeWrite{};
+    ownVolumes_.clear();
+    ownMutes_.clear();
+    return {};
 }
 
 VolumeWrite VolumeKeeper::step(TimePoint now) {
-    return ramp_.isRunning() ? written({volumesAt(ramp_.step(now)), std::nullopt}, now)
-                             : VolumeWrite{};
+    return ramp_.isRunning() ? written({volumesAt(ramp_.step(now)), std::nullopt}) : VolumeWrite{};
 }
 
-VolumeWrite VolumeKeeper::finish(TimePoint now) {
+VolumeWrite VolumeKeeper::finish() {
     if (!ramp_.isRunning())
         return {};
     ramp_.stop();
-    return written({volumesAt(wanted_.gain.value()), std::nullopt}, now);
+    return written({volumesAt(wanted_.gain.value()), std::nullopt});
 }
 
 /// Brings about all that is wanted.
 VolumeWrite VolumeKeeper::apply(TimePoint now) {
     if (heardAlready_)
         return applyQuietly(now);
-    return isInEffect(wanted_, *props_) ? VolumeWrite{} : change(wanted_, now);
+    return isInEffect(wanted_, *props_) ? VolumeWrite{} : bringAbout(wanted_, now);
 }
 
 /// Brings about what makes the stream quieter and takes the rest from what is in effect.
@@ -78,14 +80,14 @@ VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
         found.muted = props_->mute;
     wanted_.merge(found);
     found_.merge(found);
-    return change(quieter, now);
+    return bringAbout(quieter, now);
 }
 
-VolumeWrite VolumeKeeper::change(const WantedVolume& change, TimePoint now) {
+VolumeWrite VolumeKeeper::bringAbout(const WantedVolume& change, TimePoint now) {
     VolumeWrite write;
     if (needsRamp(change, now)) {
         if (change.gain)
-            ramp_.aim(newestGain(now), *change.gain, now);
+            ramp_.aim(newestGain(), *change.gain, now);
         if (ramp_.isRunning() && ramp_.due() <= now)
             write.channelVolumes = volumesAt(ramp_.step(now));
     } else if (change.gain || ramp_.isRunning()) {
@@ -93,11 +95,11 @@ VolumeWrite VolumeKeeper::change(const WantedVolume& change, TimePoint now) {
         write.channelVolumes = volumesAt(wanted_.gain.value());
     }
     write.mute = change.muted;
-    return written(std::move(write), now);
+    return written(std::move(write));
 }
 
 /// Takes what is in effect now for a person's will, as far as it is not our own doing.
-VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before, TimePoint now) {
+VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before) {
     WantedVolume will;
     VolumeWrite write;
     const std::vector<float>& volumes = props_->channelVolumes;
@@ -107,18 +109,17 @@ VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before, TimePoint 
         ownVolumes_.clear();
         if (!letGo_ && wanted_.gain && !volumes.empty() &&
             !isSameGain(loudestOf(volumes), *wanted_.gain))
-            write = written({volumesAt(*wanted_.gain), std::nullopt}, now);
+            write = written({volumesAt(*wanted_.gain), std::nullopt});
     } else if (!areSameGains(volumes, before.channelVolumes) &&
-               !ownVolumes_.takeEcho(volumes, now, areSameGains)) {
+               !ownVolumes_.takeEcho(volumes, areSameGains)) {
         will.gain = loudestOf(volumes);
-        const bool overtaken = ramp_.isRunning() && ownVolumes_.newest(now) != nullptr;
+        const bool overtaken = ramp_.isRunning() && ownVolumes_.newest() != nullptr;
         ramp_.stop();
         ownVolumes_.clear();
         if (overtaken) // by a step on its way
-            write = written({volumes, std::nullopt}, now);
+            write = written({volumes, std::nullopt});
     }
-    if (props_->mute != before.mute &&
-        !ownMutes_.takeEcho(props_->mute, now, std::equal_to<bool>())) {
+    if (props_->mute != before.mute && !ownMutes_.takeEcho(props_->mute, std::equal_to<bool>())) {
         will.muted = props_->mute;
         ownMutes_.clear();
     }
@@ -137,16 +138,16 @@ void VolumeKeeper::addUntouched(WantedVolume& will) const {
         will.muted = props_->mute;
 }
 
-bool VolumeKeeper::needsRamp(const WantedVolume& change, TimePoint now) {
-    return running_ && (heardAlready_ || hold_.isOver(now)) && !isMuted(now) &&
+bool VolumeKeeper::needsRamp(const WantedVolume& change, TimePoint now) const {
+    return running_ && (heardAlready_ || hold_.isOver(now)) && !isMuted() &&
            !change.muted.value_or(false);
 }
 
-VolumeWrite VolumeKeeper::written(VolumeWrite write, TimePoint now) {
+VolumeWrite VolumeKeeper::written(VolumeWrite write) {
     if (write.channelVolumes)
-        ownVolumes_.add(*write.channelVolumes, now);
+        ownVolumes_.add(*write.channelVolumes);
     if (write.mute)
-        ownMutes_.add(*write.mute, now);
+        ownMutes_.add(*write.mute);
     return write;
 }
 
@@ -156,12 +157,12 @@ std::vector<float> VolumeKeeper::volumesAt(float gain) const {
                            gain);
 }
 
-float VolumeKeeper::newestGain(TimePoint now) {
-    const std::vector<float>* const ours = ownVolumes_.newest(now);
+float VolumeKeeper::newestGain() const {
+    const std::vector<float>* const ours = ownVolumes_.newest();
     return loudestOf(ours != nullptr ? *ours : props_->channelVolumes);
 }
 
-bool VolumeKeeper::isMuted(TimePoint now) {
-    const bool* const ours = ownMutes_.newest(now);
+bool VolumeKeeper::isMuted() const {
+    const bool* const ours = ownMutes_.newest();
     return ours != nullptr ? *ours : props_->mute;
 }

@@ -14,7 +14,8 @@
 ///
 /// A new stream is held at what is wanted for a while, see VolumeHold. After that, a change that is
 /// not our own is a person's will. A stream that was already heard when we came is only ever made
-/// quieter by what is remembered; where it is quieter by itself, it stays as it was found.
+/// quieter by what is remembered; where it is quieter by itself, it stays as it was found. Before
+/// adopt() a stream is nobody's, and nothing is written.
 class VolumeKeeper {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -41,7 +42,7 @@ class VolumeKeeper {
     void letGo() noexcept { letGo_ = true; }
 
     /// Whether the stream is heard. What is not heard needs no ramp.
-    [[nodiscard]] VolumeWrite setRunning(bool running, TimePoint now);
+    [[nodiscard]] VolumeWrite setRunning(bool running);
 
     /// The server told what is in effect.
     [[nodiscard]] VolumeWrite propsArrived(const StreamProps& props, TimePoint now);
@@ -52,7 +53,7 @@ class VolumeKeeper {
     [[nodiscard]] VolumeWrite step(TimePoint now);
 
     /// Ends a ramp with its last value.
-    [[nodiscard]] VolumeWrite finish(TimePoint now);
+    [[nodiscard]] VolumeWrite finish();
 
     /// What the server told last; nothing before the first time.
     const std::optional<StreamProps>& props() const noexcept { return props_; }
@@ -69,19 +70,19 @@ class VolumeKeeper {
   private:
     VolumeWrite apply(TimePoint now);
     VolumeWrite applyQuietly(TimePoint now);
-    VolumeWrite change(const WantedVolume& change, TimePoint now);
-    VolumeWrite changedElsewhere(const StreamProps& before, TimePoint now);
+    VolumeWrite bringAbout(const WantedVolume& change, TimePoint now);
+    VolumeWrite changedElsewhere(const StreamProps& before);
     void addUntouched(WantedVolume& will) const;
-    bool needsRamp(const WantedVolume& change, TimePoint now);
-    VolumeWrite written(VolumeWrite write, TimePoint now);
+    bool needsRamp(const WantedVolume& change, TimePoint now) const;
+    VolumeWrite written(VolumeWrite write);
     std::vector<float> volumesAt(float gain) const;
-    float newestGain(TimePoint now);
-    bool isMuted(TimePoint now);
+    float newestGain() const;
+    bool isMuted() const;
 
     VolumeHold hold_;
     bool heardAlready_ = false;
     bool adopted_ = false;
-    bool letGo_ = false;
+    bool letGo_ = true;
     bool running_ = false;
     WantedVolume wanted_;
     WantedVolume elsewhere_;

@@ -92,6 +92,23 @@ QList<std::uint32_t> AppList::connectedPids(const QString& processName) const {
     return connectedPids_.value(processName);
 }
 
+bool AppList::isConnected(std::uint32_t pid) const {
+    return std::ranges::any_of(connectedPids_,
+                               [pid](const auto& pids) { return pids.contains(pid); });
+}
+
+MVCommAppValue* AppList::appOfProcess(std::uint32_t pid) const {
+    const qsizetype index = indexOfPid(pid);
+    MVCommAppValue* const first = index >= 0 ? apps_[index] : nullptr;
+    if (first != nullptr && connectedPids_.value(first->processName()).contains(pid))
+        return first;
+    for (auto each = connectedPids_.cbegin(); each != connectedPids_.cend(); ++each) {
+        if (MVCommAppValue* const app = byName_.value(each.key()); app && each->contains(pid))
+            return app;
+    }
+    return first;
+}
+
 void AppList::add(std::unique_ptr<MVCommAppValue> record) {
     byName_.insert(record->processName(), record.get());
     const QCollatorSortKey key = collator_.sortKey(record->displayName());

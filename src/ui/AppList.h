@@ -70,6 +70,13 @@ class AppList {
     /// The processes that the connections of that name stand for.
     QList<std::uint32_t> connectedPids(const QString& processName) const;
 
+    /// Whether a connection stands for that process, with a record or without.
+    bool isConnected(std::uint32_t pid) const;
+
+    /// The record of the connection that stands for that process, be it the record's own or that of
+    /// another program of its name; else the first one of that process; null when there is none.
+    MVCommAppValue* appOfProcess(std::uint32_t pid) const;
+
   private:
     struct Entry {
         std::unique_ptr<MVCommAppValue> record;

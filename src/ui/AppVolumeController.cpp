@@ -132,6 +132,7 @@ void AppVolumeController::merge(First first) {
         const QScopedValueRollback restoring(isRestoring_, true);
         list_.settle();
     }
+    freeMarkedApps();
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
@@ -144,13 +145,17 @@ void AppVolumeController::mergeRunning() {
         log(change);
 }
 
-/// What has been reported of processes that have a record by now.
+/// What has been reported of processes that are known by now. Of one that is ignored nothing is
+/// remembered.
 void AppVolumeController::useNews() {
-    for (MVCommAppValue* const app : apps()) {
-        if (const auto setting = news_.take(app->pid()))
-            setFromElsewhere(*app, *setting);
-    }
-    news_.forgetGone([this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0; });
+    news_.offer([this](std::uint32_t pid, const PluginNews::Setting& setting) {
+        MVCommAppValue* const app = list_.appOfProcess(pid);
+        if (app != nullptr)
+            setFromElsewhere(*app, setting);
+        return app != nullptr || list_.isConnected(pid);
+    });
+    news_.forgetGone(
+        [this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0 || list_.isConnected(pid); });
 }
 
 void AppVolumeController::restore(MVCommAppValue& app) const {
@@ -232,21 +237,12 @@ QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) co
 
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
     const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
-    const qsizetype index = list_.indexOfPid(pid);
-    if (index < 0) {
-        if (!isIgnored(pid))
-            news_.keep(pid, setting);
-        return;
+    if (MVCommAppValue* const app = list_.appOfProcess(pid)) {
+        setFromElsewhere(*app, setting);
+        tellItem(*app);
+    } else if (!list_.isConnected(pid)) { // else it is ignored
+        news_.keep(pid, setting);
     }
-    setFromElsewhere(*apps()[index], setting);
-    tellItem(*apps()[index]);
-}
-
-/// Of a program without a record, whether it has none because it is ignored.
-bool AppVolumeController::isIgnored(std::uint32_t pid) const {
-    return std::ranges::any_of(MVCommCopyConnectedProcesses(comm_), [&](const auto& process) {
-        return process.pid == pid && ignoredApps_.isAppIgnored(process.name);
-    });
 }
 
 void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
@@ -277,28 +273,35 @@ void AppVolumeController::pluginHasGone() {
 }
 
 void AppVolumeController::ignoredAppsDidChange() {
-    freeIgnoredApps();
+    markIgnoredApps();
     savePrefs();
     update();
 }
 
 /// Programs that are about to lose their record are as if we had never touched them. What is
 /// remembered of them stays, for the day when they are not ignored any more.
-void AppVolumeController::freeIgnoredApps() {
+void AppVolumeController::markIgnoredApps() {
     for (const MVCommAppValue* const app : apps()) {
-        if (!ignoredApps_.isAppIgnored(app->processName()))
-            continue;
         const QString name = app->displayName();
-        if (appPrefs_.percent(name) == VolumeNumbers::full && !appPrefs_.isMuted(name))
-            continue;
-        QList<std::uint32_t> pids = list_.connectedPids(app->processName());
-        if (!pids.contains(app->pid()))
-            pids.prepend(app->pid());
-        for (const std::uint32_t pid : std::as_const(pids)) {
+        const bool isPlain =
+            appPrefs_.percent(name) == VolumeNumbers::full && !appPrefs_.isMuted(name);
+        if (!isPlain && ignoredApps_.isAppIgnored(app->processName()))
+            toBeFreed_.insert(app->processName());
+    }
+}
+
+/// Those that are not connected, since the plug-in is away, wait for that.
+void AppVolumeController::freeMarkedApps() {
+    toBeFreed_.removeIf([this](const QString& processName) {
+        if (!ignoredApps_.isAppIgnored(processName))
+            return true;
+        const QList<std::uint32_t> pids = list_.connectedPids(processName);
+        for (const std::uint32_t pid : pids) {
             commands_.setVolume(pid, VolumeNumbers::full);
             commands_.setMute(pid, false);
         }
-    }
+        return !pids.isEmpty();
+    });
 }
 
 void AppVolumeController::copyThenTellPlugins() {

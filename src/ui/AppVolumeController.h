@@ -8,6 +8,7 @@
 #include "ui/PreferenceCopies.h"
 
 #include <QList>
+#include <QSet>
 #include <QSizeF>
 #include <QString>
 
@@ -111,8 +112,8 @@ class AppVolumeController {
     /// Why the volume of `app` cannot be set, for people; empty when it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
 
-    /// What the plug-in reports beside its socket. A setting of a process that has no record yet
-    /// waits a minute for it.
+    /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
+    /// and waits a minute for a process that is not known yet.
     void changedElsewhere(std::uint32_t pid, int percent, bool muted);
     void notControllable(std::uint32_t pid, const QString& reason);
     void pluginHasGone();
@@ -137,10 +138,10 @@ class AppVolumeController {
     void mergeRunning();
     void useNews();
     void restore(MVCommAppValue& app) const;
-    bool isIgnored(std::uint32_t pid) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
-    void freeIgnoredApps();
+    void markIgnoredApps();
+    void freeMarkedApps();
     void copyThenTellPlugins();
     void storePrefs();
     void placeWindow();
@@ -156,6 +157,7 @@ class AppVolumeController {
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
+    QSet<QString> toBeFreed_; // process names of ignored programs that are not connected yet
     AppVolumeView* view_ = nullptr;
     GestureObserver gestures_;
     bool isRestoring_ = false; // what changes in a record now is no gesture

@@ -1,6 +1,7 @@
 #include "ui/PluginNews.h"
 
 #include <algorithm>
+#include <utility>
 
 using platform::MonotonicClock;
 
@@ -24,19 +25,14 @@ void append(Entries& entries, typename Entries::value_type entry) {
 } // namespace
 
 void PluginNews::keep(std::uint32_t pid, const Setting& setting) {
-    take(pid);
+    std::erase_if(kept_, [pid](const Kept& each) { return each.pid == pid; });
     append(kept_, Kept{pid, setting, MonotonicClock::now() + lifetime});
 }
 
-std::optional<PluginNews::Setting> PluginNews::take(std::uint32_t pid) {
+void PluginNews::offer(const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed) {
     while (!kept_.empty() && kept_.front().end <= MonotonicClock::now())
         kept_.pop_front();
-    const auto found = find(kept_, pid);
-    if (found == kept_.end())
-        return std::nullopt;
-    const Setting setting = found->setting;
-    kept_.erase(found);
-    return setting;
+    std::erase_if(kept_, [&](const Kept& each) { return isUsed(each.pid, each.setting); });
 }
 
 void PluginNews::setReason(std::uint32_t pid, const QString& reason) {
@@ -54,12 +50,10 @@ QString PluginNews::reason(std::uint32_t pid) const {
     return found != reasons_.end() ? found->text : QString();
 }
 
-void PluginNews::forgetGone(const std::function<bool(std::uint32_t pid)>& hasRecord) {
+void PluginNews::forgetGone(const std::function<bool(std::uint32_t pid)>& isKnown) {
     std::erase_if(reasons_, [&](Reason& reason) {
-        const bool has = hasRecord(reason.pid);
-        const bool isGone = reason.hadRecord && !has;
-        reason.hadRecord = has;
-        return isGone;
+        const bool wasKnown = std::exchange(reason.wasKnown, isKnown(reason.pid));
+        return wasKnown && !reason.wasKnown;
     });
 }
 

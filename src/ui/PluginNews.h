@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <optional>
 
 /// What the audio plug-in has told about processes beside its socket, until it can be used.
 /// Bounded: what is too much costs the oldest. Main thread only.
@@ -22,16 +21,17 @@ class PluginNews {
     /// Keeps a setting, in place of an older one of the process, for a minute.
     void keep(std::uint32_t pid, const Setting& setting);
 
-    /// What is kept for the process, once.
-    std::optional<Setting> take(std::uint32_t pid);
+    /// Shows `isUsed` all settings that are kept, the oldest first. Those for which it answers true
+    /// are kept no longer.
+    void offer(const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed);
 
     /// Why the volume of a process cannot be set; empty when it can.
     void setReason(std::uint32_t pid, const QString& reason);
     QString reason(std::uint32_t pid) const;
 
-    /// To be called when processes have come or gone: the reason of one that had a record and has
-    /// none any more goes, for another process may get its number.
-    void forgetGone(const std::function<bool(std::uint32_t pid)>& hasRecord);
+    /// To be called when processes have come or gone: the reason of one that was known and is not
+    /// any more goes, for another process may get its number.
+    void forgetGone(const std::function<bool(std::uint32_t pid)>& isKnown);
 
     void clear();
 
@@ -44,7 +44,7 @@ class PluginNews {
     struct Reason {
         std::uint32_t pid;
         QString text;
-        bool hadRecord;
+        bool wasKnown;
     };
 
     std::deque<Kept> kept_;      // the oldest first

@@ -79,11 +79,13 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     controller.updateApps();
     const MVCommActivityMessage early{kMVCommActivity, 1, 0.5F};
     controller.handleActivity(&early); // both before there is anything behind it
+    EXPECT_FALSE(std::filesystem::exists(container / kMVCommSocketName));
     controller.applicationDidFinishLaunching();
     EXPECT_TRUE(controller.launchComplete());
     VolumeWindow* const window = volumeWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(std::filesystem::exists(container / kMVCommSocketName));
     showThatItUpdates();
 
     auto session = QDBusConnection::sessionBus();

@@ -259,6 +259,23 @@ TEST_F(MVCommContainersTest, ContainersThatCannotBeServedDoNotHinderOthers) {
         EXPECT_FALSE(entry.is_socket()) << entry.path();
     const auto plugin = checkedIn(socketOf("z"), 1);
     EXPECT_EQ(pids(), Pids{1});
+
+    int prepared = 0;
+    comm_->setContainerPreparation([&](const std::function<void()>& ready) {
+        ++prepared;
+        ready();
+    });
+    makeFolders(container("z/other"));
+    settle();
+    EXPECT_EQ(noise().size(), 4U) << "it would fail for the same reasons";
+    EXPECT_EQ(prepared, 0);
+    fs::remove(socketOf("occupied"));
+    makeFolders(container("z/another"));
+    settle();
+    EXPECT_EQ(prepared, 1);
+    const auto free = checkedIn(socketOf("occupied"), 2);
+    EXPECT_EQ(pids(), (Pids{1, 2}));
+    EXPECT_EQ(noise().size(), 4U);
 }
 
 TEST_F(MVCommContainersTest, AnotherWayToTheSameContainerDoesNotTakeItsSocketAway) {

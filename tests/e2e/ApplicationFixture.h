@@ -55,11 +55,5 @@ class ApplicationFixture : public PreferencesFixture {
         });
     }
 
-    void setMuteElsewhere(const Player& player, bool muted) {
-        const std::string stream = std::to_string(onlyStream(player).index);
-        EXPECT_EQ(runCommand({"pactl", "set-sink-input-mute", stream, muted ? "1" : "0"}).status,
-                  0);
-    }
-
     std::optional<support::ChildProcess> tonvale_;
 };

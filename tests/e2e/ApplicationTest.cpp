@@ -29,16 +29,6 @@ class ApplicationTest : public ApplicationFixture {
         EXPECT_TRUE(hearsConstant(0));
     }
 
-    /// Whether all that a new program's first stream plays within a second has this volume.
-    bool beginsAt(int percent) {
-        Player player(1, 600ms);
-        player.play();
-        const auto [first, greatest] = firstAndGreatest();
-        EXPECT_NEAR(first, level * gainOf(percent), 1e-4);
-        EXPECT_NEAR(greatest, level * gainOf(percent), 1e-4);
-        return !HasFailure();
-    }
-
     void restartSound() {
         for (const char* service :
              {session->pulseService, session->sessionManager, session->server})
@@ -105,7 +95,7 @@ TEST_F(ApplicationTest, AMuteSurvivesAndEndsAsItBegan) {
     ASSERT_TRUE(isKnown(player));
     outlastHold();
     setElsewhereOnly(player, 60);
-    setMuteElsewhere(player, true);
+    muteElsewhere(onlyStream(player), true);
     EXPECT_TRUE(isRemembered({60, true}));
     quitTonvale();
     plugin_->stop();
@@ -120,7 +110,7 @@ TEST_F(ApplicationTest, AMuteSurvivesAndEndsAsItBegan) {
     EXPECT_LE(recorder_->record(300ms).peak(), inaudible);
     startTonvale();
     ASSERT_TRUE(isKnown(next));
-    setMuteElsewhere(next, false);
+    muteElsewhere(onlyStream(next), false);
     EXPECT_TRUE(isRemembered({60, false}));
     EXPECT_TRUE(hearsConstant(level * gainOf(60)));
 }

@@ -74,6 +74,11 @@ inline void setElsewhere(const ShownStream& stream, const std::vector<std::strin
     EXPECT_EQ(runCommand(command).status, 0);
 }
 
+inline void muteElsewhere(const ShownStream& stream, bool muted) {
+    const std::string index = std::to_string(stream.index);
+    EXPECT_EQ(runCommand({"pactl", "set-sink-input-mute", index, muted ? "1" : "0"}).status, 0);
+}
+
 /// For tests of what a person hears and sees of programs that play constant samples.
 class PlayerFixture : public PluginFixture {
   protected:
@@ -99,13 +104,7 @@ class PlayerFixture : public PluginFixture {
         return heard;
     }
 
-    void awaitCheckin(const Player& player) {
-        EXPECT_TRUE(waitUntil([&] {
-            const auto programs = application_->programs();
-            return std::any_of(programs.begin(), programs.end(),
-                               [&](const auto& program) { return program.pid == player.pid(); });
-        })) << plugin_->output();
-    }
+    void awaitCheckin(const Player& player) { awaitProcess(static_cast<pid_t>(player.pid())); }
 
     /// Waits until a stream that has just begun is no longer held at its volume.
     void outlastHold() { recorder_->record(700ms); }

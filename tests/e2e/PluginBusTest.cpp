@@ -10,35 +10,32 @@ using PluginBusTest = PreferencesFixture;
 
 TEST_F(PluginBusTest, AnotherMixersChangesAreTold) {
     save({50, false});
-    application_.emplace();
-    startPlugin();
-    Player player;
-    player.play();
-    awaitCheckin(player);
+    startAll();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    const std::uint32_t pid = player_->pid();
     const BusReports reports;
-    application_->setVolume(player.pid(), 60);
+    application_->setVolume(pid, 60);
     EXPECT_TRUE(hearsConstant(level * gainOf(60)));
     outlastHold();
-    setElsewhereOnly(player, 30);
-    EXPECT_TRUE(reports.tellLast(player.pid(), 30, false));
-    runCommand({"pactl", "set-sink-input-mute", std::to_string(onlyStream(player).index), "1"});
-    EXPECT_TRUE(reports.tellLast(player.pid(), 30, true));
+    setElsewhereOnly(*player_, 30);
+    EXPECT_TRUE(reports.tellLast(pid, 30, false));
+    muteElsewhere(onlyStream(*player_), true);
+    EXPECT_TRUE(reports.tellLast(pid, 30, true));
     save({30, true}); // as the application does with what it hears
-    runCommand({"pactl", "set-sink-input-mute", std::to_string(onlyStream(player).index), "0"});
-    EXPECT_TRUE(reports.tellLast(player.pid(), 30, false));
+    muteElsewhere(onlyStream(*player_), false);
+    EXPECT_TRUE(reports.tellLast(pid, 30, false));
     save({30, false});
     EXPECT_EQ(reports.changes.size(), 3U);
 
     application_.reset();
-    setElsewhereOnly(player, 70);
+    setElsewhereOnly(*player_, 70);
     EXPECT_TRUE(hearsConstant(level * gainOf(70)));
     ASSERT_TRUE(tells("wanted 70 %"));
     EXPECT_EQ(reports.changes.size(), 3U) << "nobody is there to hear it";
     application_.emplace();
-    EXPECT_TRUE(reports.tellLast(player.pid(), 70, false));
+    EXPECT_TRUE(reports.tellLast(pid, 70, false));
     EXPECT_TRUE(hearsConstant(level * gainOf(70))) << "although the file says another";
-    player.process().stop();
+    player_.reset();
     Player next;
     next.play();
     EXPECT_TRUE(hearsConstant(level * gainOf(70)));

@@ -36,23 +36,26 @@ class PluginFixture : public testing::Test {
         return support::runCommand(options);
     }
 
-    /// How often the running plug-in's status has `text` in it.
-    static std::size_t timesTold(const std::string& text) {
-        const std::string status = runPlugin({"--status"}).output;
+    /// How often `part` is in `text`.
+    static std::size_t timesIn(const std::string& text, const std::string& part) {
         std::size_t times = 0;
-        for (auto at = status.find(text); at != std::string::npos; at = status.find(text, at + 1))
+        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
             ++times;
         return times;
     }
 
+    /// How often the running plug-in's status has `text` in it.
+    static std::size_t timesTold(const std::string& text) {
+        return timesIn(runPlugin({"--status"}).output, text);
+    }
+
     /// How many connections the running plug-in has to the sound server.
     static std::size_t serverConnections() {
-        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
-            ++count;
-        return count;
+        return timesIn(support::runCommand({"pw-cli", "ls", "Client"}).output, "\"Tonvale\"");
     }
+
+    /// Those that a plug-in with nothing to do has: its own, and one that is at hand.
+    static constexpr std::size_t idleConnections = 2;
 
     /// Waits until the running plug-in's status has `text` in it.
     static bool tells(const std::string& text) {
@@ -63,18 +66,6 @@ class PluginFixture : public testing::Test {
         });
         EXPECT_TRUE(told) << text << " is not in\n" << status;
         return told;
-    }
-
-    /// Those that a plug-in with nothing to do has: its own, and one that is at hand.
-    static constexpr std::size_t idleConnections = 2;
-
-    /// The plug-in's connections to the sound server.
-    static std::size_t connections() {
-        const auto clients = support::runCommand({"pw-cli", "ls", "Client"}).output;
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = clients.find("\"Tonvale\"", at)) != std::string::npos; ++at)
-            ++count;
-        return count;
     }
 
     /// Waits until exactly one program of that name has checked in, and answers it.
@@ -95,7 +86,9 @@ class PluginFixture : public testing::Test {
         EXPECT_TRUE(support::waitUntil([&] {
             return std::ranges::any_of(application_->programs(),
                                        [pid](const auto& each) { return each.pid == pid; });
-        }));
+        })) << pid
+            << "\n"
+            << (plugin_ ? plugin_->output() : "");
     }
 
     /// Waits until the recorder hears the tone at this peak, to a twentieth.

@@ -51,15 +51,6 @@ std::string listedStreams() {
     return support::runCommand({"pactl", "list", "sink-inputs"}).output;
 }
 
-/// How often the list of streams has the text.
-std::size_t countStreams(std::string_view text) {
-    const std::string all = listedStreams();
-    std::size_t found = 0;
-    for (std::size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1))
-        ++found;
-    return found;
-}
-
 class PluginIdentityTest : public PluginFixture {
   protected:
     void SetUp() override {
@@ -67,6 +58,11 @@ class PluginIdentityTest : public PluginFixture {
                 {"sox", "-n", "-r", "48000", "-c", "2", file_, "synth", "120", "sine", "440"})
                 .status != 0)
             GTEST_FAIL() << "no sound to play";
+    }
+
+    /// How often the list of streams has the text.
+    static std::size_t countStreams(const std::string& text) {
+        return timesIn(listedStreams(), text);
     }
 
     std::vector<std::uint32_t> pids() const {

@@ -16,16 +16,9 @@ class PluginPreferencesMemoryTest : public PluginPreferencesTest {
 } // namespace
 
 TEST_F(PluginPreferencesMemoryTest, RememberedVolumesHoldWithoutTheApplication) {
-    save({50, false});
-    startPlugin();
-    ASSERT_TRUE(tells("sound server: connected"));
-    for (int i = 0; i < 3; ++i) {
-        Player player(1, 600ms);
-        player.play();
-        const auto [first, greatest] = firstAndGreatest();
-        EXPECT_NEAR(first, level * gainOf(50), 1e-4);
-        EXPECT_NEAR(greatest, level * gainOf(50), 1e-4);
-    }
+    startPluginWith({50, false});
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(beginsAt(50));
     save({50, true});
     Player muted(1, 600ms);
     muted.play();
@@ -43,18 +36,12 @@ TEST_F(PluginPreferencesMemoryTest, AProgramWithoutAnEntryIsAtFullVolumeFromTheF
     EXPECT_TRUE(hearsConstant(0)) << "until it has ended";
     player.play();
     EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(30), 1e-4) << "it is restored";
-    save({});
-    startPlugin();
-    ASSERT_TRUE(tells("sound server: connected"));
-    player.play();
-    const auto [first, greatest] = firstAndGreatest();
-    EXPECT_NEAR(first, level, 1e-4);
-    EXPECT_NEAR(greatest, level, 1e-4);
+    startPluginWith({});
+    EXPECT_TRUE(beginsAt(100));
 }
 
 TEST_F(PluginPreferencesTest, WhatPlaysFollowsTheFileAndDamageDoesNoHarm) {
-    save({50, false});
-    startPlugin();
+    startPluginWith({50, false});
     Player player;
     player.play();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
@@ -89,11 +76,7 @@ TEST_F(PluginPreferencesTest, ItReadsTheFileWhenTheApplicationSaysOrComes) {
     writeFile(end.path() / "70", textOf({70, false}));
     lead(70);
     fs::create_symlink(middle.path() / "link", own_);
-    application_.emplace();
-    startPlugin();
-    Player player;
-    player.play();
-    awaitCheckin(player);
+    startAll();
     EXPECT_TRUE(hearsConstant(level * gainOf(70)));
     writeFile(end.path() / "50", textOf({50, false})); // and no new file below
     recorder_->record(200ms);
@@ -110,17 +93,13 @@ TEST_F(PluginPreferencesTest, ItReadsTheFileWhenTheApplicationSaysOrComes) {
 
 TEST_F(PluginPreferencesTest, TheNewestOfCommandAndFileWins) {
     save({50, false});
-    application_.emplace();
-    startPlugin();
-    Player player;
-    player.play();
-    awaitCheckin(player);
-    application_->setVolume(player.pid(), 80);
+    startAll();
+    application_->setVolume(player_->pid(), 80);
     EXPECT_TRUE(hearsConstant(level * gainOf(80)));
     recorder_->record(1100ms);
     save({30, false});
     EXPECT_TRUE(hearsConstant(level * gainOf(30)));
-    application_->setVolume(player.pid(), 60);
+    application_->setVolume(player_->pid(), 60);
     EXPECT_TRUE(hearsConstant(level * gainOf(60)));
     application_.reset();
     recorder_->record(1100ms);
@@ -130,21 +109,17 @@ TEST_F(PluginPreferencesTest, TheNewestOfCommandAndFileWins) {
 
 TEST_F(PluginPreferencesTest, AnIgnoredProgramIsFreedAndThenLeftAlone) {
     save({50, false});
-    application_.emplace();
-    startPlugin();
-    Player player;
-    player.play();
-    awaitCheckin(player);
+    startAll();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
     outlastHold();
     const BusReports reports;
     save({50, false, "STREAM_PLAYER"});
     EXPECT_TRUE(hearsConstant(level));
     ASSERT_TRUE(tells("nothing wanted, remembered 50 % not muted, ignored"));
-    setElsewhereOnly(player, 40);
+    setElsewhereOnly(*player_, 40);
     EXPECT_TRUE(hearsConstant(level * gainOf(40)));
     save({20, true, "stream_player"});
-    player.play();
+    player_->play();
     EXPECT_TRUE(hearsConstant(level * gainOf(40) + level)) << "its next stream is as it comes";
     EXPECT_TRUE(reports.changes.empty());
     save({20, false});
@@ -152,9 +127,7 @@ TEST_F(PluginPreferencesTest, AnIgnoredProgramIsFreedAndThenLeftAlone) {
 }
 
 TEST_F(PluginPreferencesTest, AProgramIgnoredWhileItIsAwayIsFreedWhenItComes) {
-    save({50, false});
-    startPlugin();
-    ASSERT_TRUE(tells("sound server: connected"));
+    startPluginWith({50, false});
     save({50, false, "stream_player"});
     Player player(1, 400ms);
     player.play();
@@ -163,8 +136,7 @@ TEST_F(PluginPreferencesTest, AProgramIgnoredWhileItIsAwayIsFreedWhenItComes) {
 }
 
 TEST_F(PluginPreferencesTest, NotificationSoundsHaveWhatIsRemembered) {
-    save({50, false, nullptr, "Sound Effects"});
-    startPlugin();
+    startPluginWith({50, false, nullptr, "Sound Effects"});
     const auto remembers = [](const std::string& text) {
         return waitUntil([&] {
             return runCommand({"pw-metadata", "-n", "route-settings"}).output.find(text) !=

@@ -114,7 +114,7 @@ TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     const auto program = awaitProgram(player);
     ASSERT_TRUE(isMeasured(program.pid));
-    ASSERT_TRUE(waitUntil([] { return connections() == idleConnections; }));
+    ASSERT_TRUE(waitUntil([] { return serverConnections() == idleConnections; }));
     const std::size_t before = openDescriptors();
     const std::string file = [] {
         static const support::PrivateFolder folder;
@@ -152,7 +152,7 @@ TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
         const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
         const auto program = awaitProgram(player);
         ASSERT_TRUE(isMeasured(program.pid));
-        ASSERT_TRUE(waitUntil([] { return connections() == idleConnections; }));
+        ASSERT_TRUE(waitUntil([] { return serverConnections() == idleConnections; }));
         if (i == 0) // the first time may load what then stays
             before = openDescriptors();
         EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; })) << i;

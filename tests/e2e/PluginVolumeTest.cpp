@@ -26,16 +26,10 @@ class PluginVolumeTest : public PlayerFixture {
     /// Ends the plug-in's connection to the sound server, does something, and waits for the next.
     template <typename Action>
     void whileDisconnected(Action action) {
-        const std::string line = "Connected to the sound server";
         const auto connections = [&] {
-            int count = 0;
-            const std::string output = plugin_->output();
-            for (auto at = output.find(line); at != std::string::npos;
-                 at = output.find(line, at + 1))
-                ++count;
-            return count;
+            return timesIn(plugin_->output(), "Connected to the sound server");
         };
-        const int before = connections();
+        const std::size_t before = connections();
         plugin_->signal(SIGSTOP);
         EXPECT_EQ(runCommand({"pw-cli", "destroy", clientOfPlugin()}).status, 0);
         action();
@@ -124,8 +118,7 @@ TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFoug
     application_->setVolume(player.pid(), 20);
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(20))) << "the application's word is for all";
 
-    EXPECT_EQ(runCommand({"pactl", "set-sink-input-mute", std::to_string(first.index), "1"}).status,
-              0);
+    muteElsewhere(first, true);
     EXPECT_TRUE(hearsConstant(level * gainOf(20)));
     player.play();
     EXPECT_TRUE(waitUntil([&] { return shownStreams(player.pid()).size() == 3; }));
@@ -279,7 +272,8 @@ TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebod
     EXPECT_LE(connections, few);
     stopped.process().signal(SIGCONT);
     EXPECT_TRUE(allHave(2, "70")) << runPlugin({"--status"}).output;
-    EXPECT_TRUE(waitUntil([] { return serverConnections() == 2; })) << "what is of no use goes";
+    EXPECT_TRUE(waitUntil([] { return serverConnections() == idleConnections; }))
+        << "what is of no use goes";
     const std::string output = plugin_->output();
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
 }

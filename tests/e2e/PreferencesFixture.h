@@ -57,15 +57,37 @@ class PreferencesFixture : public PlayerFixture {
         std::filesystem::rename(own_.string() + ".new", own_);
     }
 
-    /// What the first sample that is heard within a second is, and the greatest.
-    std::pair<double, double> firstAndGreatest() {
+    /// Whether all that a new program's first stream plays within a second has this volume.
+    bool beginsAt(int percent) {
+        Player player(1, 600ms);
+        player.play();
         const auto samples = recorder_->record(900ms).channels[0];
         const auto first = std::find_if(samples.begin(), samples.end(),
                                         [](float sample) { return sample > inaudible; });
-        if (first == samples.end())
-            return {};
-        return {*first, *std::max_element(samples.begin(), samples.end())};
+        const double wanted = level * gainOf(percent);
+        EXPECT_NEAR(first != samples.end() ? *first : 0, wanted, 1e-4);
+        EXPECT_NEAR(*std::max_element(samples.begin(), samples.end()), wanted, 1e-4);
+        return !HasFailure();
     }
+
+    /// With the preferences that there are: the application, the plug-in, and `player_`, which
+    /// plays.
+    void startAll() {
+        application_.emplace();
+        startPlugin();
+        player_.emplace();
+        player_->play();
+        awaitCheckin(*player_);
+    }
+
+    /// The plug-in without the application; waits until it is at work.
+    void startPluginWith(const Entry& entry) {
+        save(entry);
+        startPlugin();
+        EXPECT_TRUE(tells("sound server: connected"));
+    }
+
+    std::optional<Player> player_;
 
     void setElsewhereOnly(const Player& player, int percent) {
         setElsewhere(onlyStream(player), {std::to_string(percent) + "%"});

@@ -92,10 +92,9 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
     outlastHold();
     setElsewhereOnly(*player, 30);
     EXPECT_TRUE(shows(30, false));
-    const std::string stream = std::to_string(onlyStream(*player).index);
-    runCommand({"pactl", "set-sink-input-mute", stream, "1"});
+    muteElsewhere(onlyStream(*player), true);
     EXPECT_TRUE(shows(30, true));
-    runCommand({"pactl", "set-sink-input-mute", stream, "0"});
+    muteElsewhere(onlyStream(*player), false);
     EXPECT_TRUE(shows(30, false));
     EXPECT_TRUE(hearsConstant(level * gainOf(30)));
     EXPECT_EQ(onlyStream(*player).percents, (std::vector{30, 30})) << "and no command came of it";
@@ -140,6 +139,37 @@ TEST_F(RememberingWindowTest, IgnoringHidesAtOnceFreesAndIsTakenBack) {
     EXPECT_TRUE(hearsConstant(0));
     QTest::mouseClick(row().mute, Qt::LeftButton);
     EXPECT_TRUE(hearsConstant(level * gainOf(40)));
+}
+
+TEST_F(RememberingWindowTest, WhatIsIgnoredWhileThePluginIsAwayIsFreedWhenThatComes) {
+    Player player;
+    player.play();
+    model_->workspace.setRunningApplications({{player.pid(), name, {}}});
+    row().slideTo(40);
+    EXPECT_TRUE(hearsConstant(level * gainOf(40)));
+    plugin_->stop();
+    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_->comm).isEmpty(); }));
+    model_->ignoredApps.addCustomIgnore(name);
+    ASSERT_TRUE(model_->defaults.synchronize()) << "the plug-in sees no change, only the list";
+    startPlugin();
+    ASSERT_TRUE(tells("nothing wanted, remembered 40 % not muted, ignored"));
+    EXPECT_TRUE(hearsConstant(level));
+    outlastHold();
+    setElsewhereOnly(player, 70);
+    EXPECT_TRUE(hearsConstant(level * gainOf(70))) << "once";
+}
+
+TEST_F(RememberingWindowTest, ProgramsOfOneNameShareWhatIsSetInAnotherMixer) {
+    Player first;
+    first.play();
+    row().slideTo(60);
+    Player second;
+    second.play();
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(60)));
+    recorder_->record(1100ms); // the file says nothing about the first one for a second
+    setElsewhereOnly(second, 30);
+    EXPECT_TRUE(shows(30, false));
+    EXPECT_TRUE(hearsConstant(2 * level * gainOf(30))) << "also the one whose slider it is";
 }
 
 TEST_F(RememberingWindowTest, ASliderThatCanDoNothingIsDisabledAndSaysWhy) {

@@ -58,7 +58,7 @@ class VolumeKeeperTest : public testing::Test {
     void play(const WantedVolume& wanted = {}) {
         carryOut(keeper_->adopt(wanted, now_));
         tell();
-        carryOut(keeper_->setRunning(true, now_));
+        carryOut(keeper_->setRunning(true));
         now_ += VolumeHold::duration;
         writes_ = 0;
     }
@@ -103,7 +103,7 @@ TEST_F(VolumeKeeperTest, OnlyWhatIsHeardNeedsARamp) {
     EXPECT_EQ(stream_, (StreamProps{{1.0F, 1.0F}, true, 1.0F})) << "muted";
     obey(keeper_->want(wantsSound, now_));
     EXPECT_EQ(stream_, (StreamProps{{1.0F, 1.0F}, false, 1.0F}));
-    obey(keeper_->setRunning(false, now_));
+    obey(keeper_->setRunning(false));
     obey(keeper_->want(wantsHalf, now_));
     EXPECT_EQ(stream_.channelVolumes, (Volumes{half, half})) << "not running";
     EXPECT_FALSE(keeper_->isRamping());
@@ -113,15 +113,15 @@ TEST_F(VolumeKeeperTest, ARampJumpsToItsEndWhenItIsHeardNoMore) {
     for (int way = 0; way < 3; ++way) {
         obey(keeper_->adopt(wantsFull, now_));
         play(wantsFull);
-        obey(keeper_->setRunning(true, now_));
+        obey(keeper_->setRunning(true));
         obey(keeper_->want(wantsHalf, now_));
         EXPECT_TRUE(keeper_->isRamping());
         if (way == 0)
-            obey(keeper_->setRunning(false, now_));
+            obey(keeper_->setRunning(false));
         else if (way == 1)
             obey(keeper_->want(wantsMute, now_));
         else
-            obey(keeper_->finish(now_));
+            obey(keeper_->finish());
         EXPECT_EQ(stream_.channelVolumes, (Volumes{half, half})) << way;
         EXPECT_FALSE(keeper_->isRamping());
         obey(keeper_->want(wantsSound, now_));
@@ -176,7 +176,8 @@ TEST_F(VolumeKeeperTest, ValuesComeBackRoundedLateAndLeftOut) {
         carryOut(keeper_->step(now_));
     }
     stream_.channelVolumes[0] *= 1.00001F;
-    tell();
+    now_ += 1min; // the program was stopped
+    carryOut(keeper_->propsArrived(stream_, now_));
     EXPECT_EQ(keeper_->takeChangesElsewhere(), nothing);
     EXPECT_TRUE(keeper_->isRamping());
 }
@@ -203,7 +204,7 @@ TEST_F(VolumeKeeperTest, WhatIsHeardAlreadyIsOnlyMadeQuieter) {
         keeper_.emplace(now_);
         keeper_->heardAlready();
         stream_ = before;
-        carryOut(keeper_->setRunning(true, now_));
+        carryOut(keeper_->setRunning(true));
         carryOut(keeper_->adopt(remembered, now_));
         tell();
         stepsToTheEnd();
@@ -249,6 +250,26 @@ TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
     stepsToTheEnd();
     changeElsewhere(Volumes(6, 0.7F));
     EXPECT_EQ(stream_.channelVolumes, Volumes(6, half)) << "taken up again";
+}
+
+TEST_F(VolumeKeeperTest, WhatWasWrittenWhileTheStreamWasNewIsNoExcuseLater) {
+    play(wantsHalf);
+    now_ -= VolumeHold::duration;
+    obey(keeper_->want(wantsFull, now_));
+    now_ += VolumeHold::duration;
+    changeElsewhere({half, half});
+    EXPECT_EQ(keeper_->takeChangesElsewhere(), (WantedVolume{half, false}));
+}
+
+TEST_F(VolumeKeeperTest, AStreamThatBelongsToNoProgramIsNeverWritten) {
+    tell();
+    now_ += VolumeHold::duration;
+    changeElsewhere({half, half});
+    keeper_->uphold(now_);
+    changeElsewhere({0.9F, 0.9F});
+    now_ += VolumeHold::duration;
+    changeElsewhere(Volumes(6, 0.7F));
+    EXPECT_EQ(writes_, 0);
 }
 
 TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {

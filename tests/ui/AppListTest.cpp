@@ -177,6 +177,21 @@ TEST_F(AppListTest, OfRecordsWithOneProcessTheFirstCounts) {
     EXPECT_EQ(list_.indexOfPid(1), 0);
 }
 
+TEST_F(AppListTest, AProcessBelongsToTheRecordOfItsConnectionsName) {
+    ignored_ = {"hidden"};
+    connect({connected(1, "player"), connected(2, "player"), connected(3, "zoom"),
+             connected(4, "hidden")});
+    run({{3, "Conference", {}}, {5, "Editor", {}}});
+    EXPECT_EQ(list_.appOfProcess(1), find("player"));
+    EXPECT_EQ(list_.appOfProcess(2), find("player")) << "another one of that name";
+    EXPECT_EQ(list_.appOfProcess(3), find("zoom")) << "whatever its window is called";
+    EXPECT_EQ(list_.appOfProcess(4), nullptr);
+    EXPECT_EQ(list_.appOfProcess(5), find("Editor"));
+    EXPECT_EQ(list_.appOfProcess(6), nullptr);
+    EXPECT_TRUE(list_.isConnected(2) && list_.isConnected(4));
+    EXPECT_FALSE(list_.isConnected(5));
+}
+
 TEST_F(AppListTest, LaunchesAndQuitsAreToldButNotWhatWasThereAtFirst) {
     ignored_ = {"hidden"};
     EXPECT_EQ(run({{1, "first", {}}, {2, "hidden", {}}}), QList<Change>());

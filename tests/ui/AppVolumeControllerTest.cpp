@@ -187,6 +187,31 @@ TEST_F(AppVolumeControllerTest, WhatIsChangedElsewhereIsTakenOverWithoutACommand
     EXPECT_EQ(sentTo(plugin), "");
 }
 
+TEST_F(AppVolumeControllerTest, WhatAnotherProgramOfTheNameIsGivenElsewhereIsTakenOverToo) {
+    ScriptedPlugin first(MVCommMainSocketPath());
+    ScriptedPlugin second(MVCommMainSocketPath());
+    MVCommAppValue& app = connected(first, 1, "player");
+    controller_.changedElsewhere(2, 70, true); // has no connection yet
+    controller_.notControllable(2, "why");
+    second.checkIn(2, "player");
+    EXPECT_TRUE(waitUntil([&] { return controller_.percentOf(app) == 70; }));
+    EXPECT_TRUE(app.muted());
+    view_.told.clear();
+    controller_.changedElsewhere(2, 30, false);
+    EXPECT_DOUBLE_EQ(app.volume(), 30.0);
+    EXPECT_EQ(view_.told, QStringList{"item 0"});
+    EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Volume", 30.0}}}}));
+    EXPECT_EQ(sentTo(first), "");
+
+    EXPECT_EQ(controller_.reasonNotControllable(app), "") << "the first one can be set";
+    second.disconnect();
+    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 1; }));
+    controller_.update();
+    ScriptedPlugin next(MVCommMainSocketPath());
+    EXPECT_EQ(controller_.reasonNotControllable(connected(next, 2, "zoom")), "")
+        << "the number is another program's now";
+}
+
 TEST_F(AppVolumeControllerTest, TheWindowGetsItsLimitsAndItsPlace) {
     EXPECT_EQ(view_.minimum, QSizeF(400, 102));
     EXPECT_DOUBLE_EQ(view_.maximum.height(), 1222);

@@ -111,6 +111,37 @@ TEST_F(AppVolumeIgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNo
     EXPECT_EQ(ignoring_.percentOf(*ignoring_.apps()[0]), 40) << "no report has touched that";
 }
 
+TEST_F(AppVolumeIgnoringTest, AProgramThatIsIgnoredWhileThePluginIsAwayIsFreedWhenThatComes) {
+    model_.workspace.setRunningApplications({{1, "player", {}}, {2, "other", {}}});
+    ASSERT_EQ(ignoring_.apps().size(), 2);
+    for (MVCommAppValue* const app : ignoring_.apps())
+        ignoring_.setPercent(*app, 40);
+    for (const char* const name : {"player", "other"})
+        ignored_.addCustomIgnore(name);
+    ignored_.removeCustomIgnore("other");
+    ScriptedPlugin first(MVCommMainSocketPath());
+    ScriptedPlugin second(MVCommMainSocketPath());
+    first.checkIn(1, "player");
+    second.checkIn(2, "other");
+    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 2; }));
+    ignoring_.update();
+    EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 ");
+    ignoring_.update();
+    EXPECT_EQ(sentTo(first), "") << "once";
+}
+
+TEST_F(AppVolumeIgnoringTest, AReportOfAProgramThatTurnsOutToBeIgnoredIsForgotten) {
+    ignored_.addCustomIgnore("player");
+    ignoring_.changedElsewhere(1, 70, false);
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "player");
+    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 1; }));
+    ignoring_.update();
+    ignored_.removeCustomIgnore("player");
+    ASSERT_EQ(ignoring_.apps().size(), 1);
+    EXPECT_EQ(ignoring_.percentOf(*ignoring_.apps()[0]), 100);
+}
+
 TEST_F(AppVolumeIgnoringTest, WhatIsRememberedOfAnIgnoredProgramStays) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     plugin.checkIn(1, "player");
