@@ -29,7 +29,8 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
 
     QMenu* const edit = addPart(localized(QStringLiteral("&Edit")));
     undo_ = addEntry(edit, {}, {Qt::CTRL | Qt::Key_Z}, &VolumeMenu::undoWanted);
-    redo_ = addEntry(edit, {}, {Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y}, &VolumeMenu::redoWanted);
+    redo_ = addEntry(edit, {}, {Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y},
+                     &VolumeMenu::redoWanted);
     edit->addSeparator();
     // The key itself is the grid's.
     ignore_ = addEntry(edit, {}, {}, &VolumeMenu::ignoreWanted);

@@ -138,8 +138,8 @@ GestureHistory::Road VolumeWindow::road() {
 
 MVCollectionViewItem* VolumeWindow::itemOf(const QString& program) const {
     const auto& items = grid_->items();
-    const auto found = std::ranges::find(
-        items, program, [](const auto& item) { return item->displayName(); });
+    const auto found =
+        std::ranges::find(items, program, [](const auto& item) { return item->displayName(); });
     return found != items.end() ? found->get() : nullptr;
 }
 

@@ -106,9 +106,8 @@ TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {
 TEST_F(AccessibilityTest, OnlyAPersonsChangesAreAnnounced) {
     Listener listener(tool_);
     plugin_->reportLevel(4711, 0.5F);
-    QDBusMessage report = QDBusMessage::createSignal("/com/quarnel/Tonvale/Plugin",
-                                                     "com.quarnel.Tonvale.Plugin",
-                                                     "ChangedElsewhere");
+    QDBusMessage report = QDBusMessage::createSignal(
+        "/com/quarnel/Tonvale/Plugin", "com.quarnel.Tonvale.Plugin", "ChangedElsewhere");
     report.setArguments({4711U, 42, true});
     auto session =
         QDBusConnection::connectToBus(QString::fromStdString(session_.address()), "plug-in");

@@ -57,8 +57,7 @@ class DesktopFixture : public testing::Test {
         std::ifstream file(preferences_, std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         std::smatch found;
-        return std::regex_search(text, found,
-                                 std::regex("MainWindow</key>\\s*<string>([^<]*)<"))
+        return std::regex_search(text, found, std::regex("MainWindow</key>\\s*<string>([^<]*)<"))
                    ? found[1].str()
                    : std::string();
     }

@@ -28,22 +28,21 @@ class DesktopWindowTest : public DesktopFixture {
 
     /// The root window names a window of the manager, perhaps of one that has gone.
     static bool isManaged() {
-        const std::string text =
-            runCommand({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).output;
+        const std::string text = runCommand({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).output;
         const auto place = text.find("# ");
         if (place == std::string::npos)
             return false;
         const std::string window = text.substr(place + 2, text.find('\n') - place - 2);
-        return runCommand({"xprop", "-id", window, "_NET_WM_NAME"})
-                   .output.find("Openbox") != std::string::npos;
+        return runCommand({"xprop", "-id", window, "_NET_WM_NAME"}).output.find("Openbox") !=
+               std::string::npos;
     }
 
     /// Answers when the window is there.
     void openWindow(const Variables& environment = {}) {
         startTonvale(environment);
         EXPECT_TRUE(waitUntil([&] {
-            window_ = runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"})
-                          .output;
+            window_ =
+                runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"}).output;
             window_ = window_.substr(0, window_.find('\n'));
             return !window_.empty() && !frame().isEmpty();
         })) << tonvale_->output();

@@ -22,7 +22,9 @@ class WaylandWindowTest : public DesktopFixture {
             << compositor_.output();
     }
 
-    void open() { startTonvale({{"QT_QPA_PLATFORM", "wayland"}, {"WAYLAND_DISPLAY", "tonvale-0"}}); }
+    void open() {
+        startTonvale({{"QT_QPA_PLATFORM", "wayland"}, {"WAYLAND_DISPLAY", "tonvale-0"}});
+    }
 
     bool becomes(const QSize& size) const {
         return waitUntil([&] {

@@ -169,8 +169,8 @@ std::optional<AccessibleObject> AssistiveTool::window(const QString& title) cons
 QString AssistiveTool::outline() const {
     const std::function<QString(const AccessibleObject&, int)> of = [&](const auto& object,
                                                                         int depth) {
-        QString text = QString(2 * depth, QLatin1Char(' ')) + object.role() + " \"" +
-                       object.name() + "\"\n";
+        QString text =
+            QString(2 * depth, QLatin1Char(' ')) + object.role() + " \"" + object.name() + "\"\n";
         for (const AccessibleObject& child : object.children())
             text += of(child, depth + 1);
         return text;
@@ -179,9 +179,9 @@ QString AssistiveTool::outline() const {
 }
 
 void AssistiveTool::listen(const QString& event) const {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        registry, QStringLiteral("/org/a11y/atspi/registry"), registry,
-        QStringLiteral("RegisterEvent"));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(registry, QStringLiteral("/org/a11y/atspi/registry"),
+                                       registry, QStringLiteral("RegisterEvent"));
     call << event;
     bus_.call(call);
 }

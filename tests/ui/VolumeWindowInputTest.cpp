@@ -45,11 +45,11 @@ class VolumeWindowInputTest : public VolumeWindowFixture {
     }
 
     void turnWheel(QWidget* over, int angle, int pixels = 0) {
-        const QPoint place = over->rect().center();
-        QWheelEvent event(place, over->mapToGlobal(place), {0, pixels}, {0, angle}, Qt::NoButton,
+        const QPoint place = over->mapTo(&window_, over->rect().center());
+        QWheelEvent event(place, window_.mapToGlobal(place), {0, pixels}, {0, angle}, Qt::NoButton,
                           {}, Qt::NoScrollPhase, false);
-        QSpontaneKeyEvent::setSpontaneous(&event); // as the window system's are
-        QApplication::sendEvent(over, &event);
+        QSpontaneKeyEvent::setSpontaneous(&event); // which sendEvent() would undo
+        qApp->notify(window_.windowHandle(), &event);
     }
 
     int scrolled() const {
@@ -167,10 +167,15 @@ TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
     EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
     clock_.emplace();
     player.slider->setFocus();
-    press(Qt::Key_Home); // settles with the key
-    clock_->advance(2s);
+    const auto settle = [&] {
+        support::serveEvents();
+        clock_->advance(2s);
+    };
+    press(Qt::Key_Home);
+    settle();
     turnWheel(player.slider, 240);
-    clock_->advance(2s);
+    turnWheel(player.mute, 120); // which lets go of the slider
+    settle();
     model_.controller.setPercent(*model_.controller.apps()[0], 70); // as another program asks
     press(Qt::Key_Space);
     EXPECT_EQ(sentUntil(plugin, "10,4711,1 "), "9,4711,0 9,4711,10 9,4711,70 10,4711,1 ");

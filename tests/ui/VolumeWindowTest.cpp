@@ -190,7 +190,8 @@ TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     const int titleBar = static_cast<int>(window_.titleBarHeight());
     const auto becomes = [&](int height, int expected) {
         window_.resize(500, titleBar + height);
-        return support::waitUntil([&] { return window_.size() == QSize(500, titleBar + expected); });
+        return support::waitUntil(
+            [&] { return window_.size() == QSize(500, titleBar + expected); });
     };
     EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
     EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();

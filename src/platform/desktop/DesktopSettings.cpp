@@ -34,8 +34,8 @@ DesktopSettings::DesktopSettings(QDBusConnection bus) : bus_(bus) {
     qDBusRegisterMetaType<Groups>();
     bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                  SLOT(settingChanged(QDBusMessage)));
-    watcher_ = new QDBusServiceWatcher(service, bus_,
-                                       QDBusServiceWatcher::WatchForRegistration, this);
+    watcher_ =
+        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher_, &QDBusServiceWatcher::serviceRegistered, this, &DesktopSettings::ask);
     ask();
 }

@@ -49,7 +49,8 @@ void TitleBarHabits::placeButtons(const QString& layout) {
 
 TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings) {
     const auto text = [&](const char* key) {
-        return settings.value(QStringLiteral("org.gnome.desktop.wm.preferences"), QLatin1String(key))
+        return settings
+            .value(QStringLiteral("org.gnome.desktop.wm.preferences"), QLatin1String(key))
             .toString();
     };
     TitleBarHabits habits;

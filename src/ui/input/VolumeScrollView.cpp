@@ -41,8 +41,7 @@ void VolumeScrollView::keyPressEvent(QKeyEvent* event) {
 }
 
 MVVolumeSlider* VolumeScrollView::sliderAt(const QPointF& place) const {
-    return qobject_cast<MVVolumeSlider*>(
-        grid_.childAt(grid_.mapFrom(viewport(), place).toPoint()));
+    return qobject_cast<MVVolumeSlider*>(grid_.childAt(grid_.mapFrom(viewport(), place).toPoint()));
 }
 
 void VolumeScrollView::wheelEvent(QWheelEvent* event) {

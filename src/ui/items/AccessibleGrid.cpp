@@ -7,8 +7,7 @@
 #include <QLabel>
 
 AccessibleGrid::AccessibleGrid(MVCollectionView& grid)
-    : QAccessibleWidget(&grid, QAccessible::List,
-                        platform::localized(QStringLiteral("Programs")))
+    : QAccessibleWidget(&grid, QAccessible::List, platform::localized(QStringLiteral("Programs")))
     , grid_(grid) {}
 
 QList<QWidget*> AccessibleGrid::parts() const {

@@ -12,9 +12,9 @@ class MVBlackTheme;
 class SliderGeometry;
 
 /// A slider that shows two things: the volume, by its knob, and how loud the program is, by a bar
-/// in its track. It lies along its longer side, and begins where lines of text do. The mouse moves the knob relative to where it took
-/// hold of it, and a press beside the knob makes it jump there; keys move it by whole percents.
-/// Volume and level are fractions, 0 to 1. Main thread only.
+/// in its track. It lies along its longer side, and begins where lines of text do. The mouse moves
+/// the knob relative to where it took hold of it, and a press beside the knob makes it jump there;
+/// keys move it by whole percents. Volume and level are fractions, 0 to 1. Main thread only.
 class MVVolumeSlider : public QWidget, private FramePacer::Client {
     Q_OBJECT
 

@@ -103,9 +103,9 @@ void MVCustomWindow::openMenu(QAction* chosen) {
         return;
     const WindowButton* const button = titleView_->button(TitleBarHabits::Button::menu);
     const bool isLeftwards = layoutDirection() == Qt::RightToLeft;
-    const QPoint corner = isLeftwards ? button->rect().bottomRight() -
-                                            QPoint(menu_->sizeHint().width(), 0)
-                                      : button->rect().bottomLeft();
+    const QPoint corner = isLeftwards
+                              ? button->rect().bottomRight() - QPoint(menu_->sizeHint().width(), 0)
+                              : button->rect().bottomLeft();
     menu_->popup(button->mapToGlobal(corner));
     if (chosen == nullptr)
         chooseFirst(*menu_);

@@ -63,9 +63,9 @@ void MVCustomWindowTitleView::paintEvent(QPaintEvent* /*event*/) {
     color.setAlphaF(isActiveWindow() ? 1.0F : 0.6F);
     painter.setPen(color);
     const QRect room = roomForTitle();
-    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(window()->windowTitle(), Qt::ElideRight,
-                                              room.width()));
+    painter.drawText(
+        room, Qt::AlignCenter | Qt::TextSingleLine,
+        fontMetrics().elidedText(window()->windowTitle(), Qt::ElideRight, room.width()));
 }
 
 void MVCustomWindowTitleView::mousePressEvent(QMouseEvent* event) {

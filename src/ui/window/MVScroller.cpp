@@ -52,7 +52,8 @@ void MVScroller::paintEvent(QPaintEvent* /*event*/) {
                                                        QStyle::SC_ScrollBarSlider, this))
                             .adjusted(margin, margin, -margin, -margin);
     const double radius = std::min(knob.width(), knob.height()) / 2;
-    painter.setPen(QPen(lighterBy(theme.scrollerKnobGradientColor1(), underMouse() ? 0.3 : 0.15), 1));
+    painter.setPen(
+        QPen(lighterBy(theme.scrollerKnobGradientColor1(), underMouse() ? 0.3 : 0.15), 1));
     painter.setBrush(across(knob, orientation(), theme.scrollerKnobGradientColor1(),
                             theme.scrollerKnobGradientColor2()));
     painter.drawRoundedRect(knob, radius, radius);

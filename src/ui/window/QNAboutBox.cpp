@@ -35,8 +35,7 @@ class AboutContent final : public QWidget {
         icon->setAlignment(Qt::AlignCenter);
         layout->addWidget(icon);
         layout->addWidget(line(name, 1.5));
-        layout->addWidget(
-            line(formatted(localized(QStringLiteral("Version %@")), version), 1.0));
+        layout->addWidget(line(formatted(localized(QStringLiteral("Version %@")), version), 1.0));
         layout->addSpacing(8);
         layout->addWidget(
             line(localized(QStringLiteral("The volume of each program, separately.")), 1.0));
@@ -63,8 +62,7 @@ class AboutContent final : public QWidget {
         font.setBold(size > 1);
         label->setFont(font);
         QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText,
-                         CurrentTheme::theme().windowTitleBarTextColor());
+        palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
         label->setPalette(palette);
         return label;
     }

@@ -38,8 +38,7 @@ UndoNotice::UndoNotice(QWidget* parent)
 
 void UndoNotice::tell(const QString& text) {
     QPalette palette = label_->palette();
-    palette.setColor(QPalette::WindowText,
-                     CurrentTheme::theme().windowTitleBarTextColor());
+    palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
     label_->setPalette(palette);
     label_->setText(text);
     place();

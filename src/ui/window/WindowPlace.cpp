@@ -26,7 +26,6 @@ QRect WindowPlace::broughtBack(const QRect& frame, int titleBar, const QList<QRe
     QRect result(frame.topLeft(), frame.size().boundedTo(nearest.size()));
     result.moveLeft(
         std::clamp(result.left(), nearest.left(), nearest.right() + 1 - result.width()));
-    result.moveTop(
-        std::clamp(result.top(), nearest.top(), nearest.bottom() + 1 - result.height()));
+    result.moveTop(std::clamp(result.top(), nearest.top(), nearest.bottom() + 1 - result.height()));
     return result;
 }

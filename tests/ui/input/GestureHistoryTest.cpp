@@ -26,21 +26,21 @@ class GestureHistoryTest : public testing::Test {
     support::ManualClock clock_;
     std::string done_;
     int changes_ = 0;
-    GestureHistory history_{
-        {[this](const QString& program, int percent) {
-             done_ += program.toStdString() + std::to_string(percent) + " ";
-             history_.volumeChanged(program, 1, percent);
-             history_.volumeReleased(program);
-         },
-         [this](const QString& program, bool muted) {
-             done_ += program.toStdString() + (muted ? " muted " : " unmuted ");
-             history_.muteChanged(program, muted);
-         },
-         [this](const QString& process, bool ignored) {
-             done_ += process.toStdString() + (ignored ? " ignored " : " shown ");
-             history_.ignoredChanged(process, ignored);
-         }},
-        [this] { ++changes_; }};
+    GestureHistory history_{{[this](const QString& program, int percent) {
+                                 done_ += program.toStdString() + std::to_string(percent) + " ";
+                                 history_.volumeChanged(program, 1, percent);
+                                 history_.volumeReleased(program);
+                             },
+                             [this](const QString& program, bool muted) {
+                                 done_ += program.toStdString() + (muted ? " muted " : " unmuted ");
+                                 history_.muteChanged(program, muted);
+                             },
+                             [this](const QString& process, bool ignored) {
+                                 done_ +=
+                                     process.toStdString() + (ignored ? " ignored " : " shown ");
+                                 history_.ignoredChanged(process, ignored);
+                             }},
+                            [this] { ++changes_; }};
 };
 
 } // namespace

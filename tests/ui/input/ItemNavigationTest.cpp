@@ -16,13 +16,12 @@ TEST(ItemNavigation, KeysLeadThroughTheGridAndNotOut) {
         Qt::Key key;
         int from;
         int to;
-    } cases[] = {
-        {Qt::Key_Right, 0, 1}, {Qt::Key_Right, 2, 3},    {Qt::Key_Right, 7, 7},
-        {Qt::Key_Left, 3, 2},  {Qt::Key_Left, 0, 0},     {Qt::Key_Down, 1, 4},
-        {Qt::Key_Down, 4, 7},  {Qt::Key_Down, 5, 7},     {Qt::Key_Down, 6, 6},
-        {Qt::Key_Up, 4, 1},    {Qt::Key_Up, 2, 2},       {Qt::Key_Home, 5, 0},
-        {Qt::Key_End, 0, 7},   {Qt::Key_PageDown, 1, 7}, {Qt::Key_PageDown, 3, 7},
-        {Qt::Key_PageUp, 7, 1}};
+    } cases[] = {{Qt::Key_Right, 0, 1}, {Qt::Key_Right, 2, 3},    {Qt::Key_Right, 7, 7},
+                 {Qt::Key_Left, 3, 2},  {Qt::Key_Left, 0, 0},     {Qt::Key_Down, 1, 4},
+                 {Qt::Key_Down, 4, 7},  {Qt::Key_Down, 5, 7},     {Qt::Key_Down, 6, 6},
+                 {Qt::Key_Up, 4, 1},    {Qt::Key_Up, 2, 2},       {Qt::Key_Home, 5, 0},
+                 {Qt::Key_End, 0, 7},   {Qt::Key_PageDown, 1, 7}, {Qt::Key_PageDown, 3, 7},
+                 {Qt::Key_PageUp, 7, 1}};
     for (const auto& each : cases)
         EXPECT_EQ(grid.after(each.key, each.from), each.to) << each.key << " from " << each.from;
     EXPECT_EQ(grid.after(Qt::Key_Down, std::nullopt), 0) << "the first one to begin with";

@@ -33,8 +33,7 @@ class CustomWindowTest : public testing::Test {
         QTest::mousePress(handle, Qt::LeftButton, {}, from);
         for (int step = 1; step <= 2; ++step)
             QTest::mouseMove(handle, start + way * step / 2 - window_.geometry().topLeft());
-        QTest::mouseRelease(handle, Qt::LeftButton, {},
-                            start + way - window_.geometry().topLeft());
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, start + way - window_.geometry().topLeft());
     }
 
     void clickTitle(Qt::MouseButton button) {
