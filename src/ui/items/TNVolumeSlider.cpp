@@ -79,7 +79,7 @@ void drawBrightKnob(QPainter& painter, const QRectF& knob, bool isPressed) {
         painter.setBrush(theme.sliderTrackTopBaseColor());
         painter.drawEllipse(knob);
         painter.setBrush(theme.sliderKnobGradientColor1());
-        painter.drawEllipse(knob.adjusted(2, 2, -2, -2));
+        painter.drawEllipse(knob.adjusted(4, 4, -4, -4)); // with room for the focus around it
         return;
     }
     painter.drawEllipse(knob);
