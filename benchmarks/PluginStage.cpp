@@ -40,9 +40,12 @@ std::uint32_t ownPid() {
 }
 
 PluginStage::PluginStage(int programs) {
-    for (int i = 0; i < programs; ++i)
+    for (int i = 0; i < programs; ++i) {
+        const support::NamedCopy& program = *copies_.emplace_back(
+            std::make_unique<support::NamedCopy>("/usr/bin/pacat", "player-" + std::to_string(i)));
         players_.push_back(std::make_unique<ChildProcess>(
-            std::vector<std::string>{"paplay", "--raw", "/dev/urandom"}));
+            std::vector<std::string>{program.path(), "--playback", "--raw", "/dev/urandom"}));
+    }
     current_ = this;
 }
 

@@ -5,6 +5,7 @@
 #include "support/ChildProcess.h"
 #include "support/GraphStream.h"
 #include "support/ListeningApplication.h"
+#include "support/NamedCopy.h"
 #include "support/PrivateAudioSession.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -63,6 +64,7 @@ class PluginStage {
     platform::RunLoop loop_;
     support::PrivateAudioSession session_;
     support::ListeningApplication application_;
+    std::vector<std::unique_ptr<support::NamedCopy>> copies_; // each name is a program
     std::vector<std::unique_ptr<support::ChildProcess>> players_;
 
     static inline PluginStage* current_ = nullptr;

@@ -4,6 +4,7 @@
 #include "comm/MVCommSocketPath.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
+#include "support/NamedCopy.h"
 #include "support/PrivateAudioSession.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -70,9 +71,13 @@ class Home {
 class Desktop {
   public:
     Desktop() {
-        for (int i = 0; i < streams; ++i)
+        for (int i = 0; i < streams; ++i) {
+            const support::NamedCopy& program =
+                *copies_.emplace_back(std::make_unique<support::NamedCopy>(
+                    "/usr/bin/pacat", "player-" + std::to_string(i)));
             players_.push_back(std::make_unique<ChildProcess>(
-                std::vector<std::string>{"paplay", "--raw", "/dev/zero"}));
+                std::vector<std::string>{program.path(), "--playback", "--raw", "/dev/zero"}));
+        }
         if (!support::waitUntil([] { return playing() == streams; }))
             throw std::runtime_error("the programs do not play");
         current_ = this;
@@ -99,6 +104,7 @@ class Desktop {
         {"QT_QPA_PLATFORMTHEME", {}}, {"QT_STYLE_OVERRIDE", {}}};
     const support::VirtualDisplay display_;
     const support::PrivateAudioSession audio_;
+    std::vector<std::unique_ptr<support::NamedCopy>> copies_; // each name is a program
     std::vector<std::unique_ptr<ChildProcess>> players_;
     bench::WindowProbe probe_;
     std::map<std::string, Home> homes_;

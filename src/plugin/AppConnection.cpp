@@ -6,8 +6,8 @@
 #include "platform/loop/Socket.h"
 #include "platform/loop/UnixSocket.h"
 #include "platform/processes/ProcessInfo.h"
-#include "platform/processes/StreamProcess.h"
 #include "platform/processes/SystemLog.h"
+#include "plugin/ProgramProcess.h"
 
 #include <cerrno>
 #include <cstring>
@@ -82,21 +82,20 @@ AppConnection::AppConnection(std::uint32_t process, Listener& listener) noexcept
 
 AppConnection::~AppConnection() = default;
 
-std::unique_ptr<AppConnection> AppConnection::open(platform::RunLoop& loop,
-                                                   const platform::StreamProcess& program,
-                                                   Listener& listener) {
+std::unique_ptr<AppConnection>
+AppConnection::open(platform::RunLoop& loop, const ProgramProcess& program, Listener& listener) {
     std::unique_ptr<AppConnection> connection(new AppConnection(program.pid, listener));
     return connection->start(loop, program) ? std::move(connection) : nullptr;
 }
 
-bool AppConnection::isServedBy(const platform::StreamProcess& program) {
+bool AppConnection::isServedBy(const ProgramProcess& program) {
     const platform::FileDescriptor socket = connectToApplication();
     const auto peer = socket ? platform::peerProcess(socket.get()) : std::nullopt;
     return peer && program.startTime && static_cast<std::uint32_t>(*peer) == program.pid &&
            platform::processStartTime(*peer) == program.startTime;
 }
 
-bool AppConnection::start(platform::RunLoop& loop, const platform::StreamProcess& program) {
+bool AppConnection::start(platform::RunLoop& loop, const ProgramProcess& program) {
     platform::FileDescriptor descriptor = connectToApplication();
     if (!descriptor)
         return false;

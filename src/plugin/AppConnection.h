@@ -11,8 +11,9 @@ namespace platform {
 class DataSocket;
 class RunLoop;
 class RunLoopSource;
-struct StreamProcess;
 } // namespace platform
+
+struct ProgramProcess;
 
 /// The connection that stands for one program in the application: checked in from the beginning to
 /// the end. Never waits for the application. The run loop's thread only.
@@ -35,10 +36,10 @@ class AppConnection {
     /// Connects to the application and checks `program` in. Null when no application of ours, or of
     /// the administrator, answers.
     [[nodiscard]] static std::unique_ptr<AppConnection>
-    open(platform::RunLoop& loop, const platform::StreamProcess& program, Listener& listener);
+    open(platform::RunLoop& loop, const ProgramProcess& program, Listener& listener);
 
     /// Whether `program` is the very process that serves the socket.
-    [[nodiscard]] static bool isServedBy(const platform::StreamProcess& program);
+    [[nodiscard]] static bool isServedBy(const ProgramProcess& program);
 
     ~AppConnection();
     AppConnection(const AppConnection&) = delete;
@@ -50,7 +51,7 @@ class AppConnection {
 
   private:
     AppConnection(std::uint32_t process, Listener& listener) noexcept;
-    bool start(platform::RunLoop& loop, const platform::StreamProcess& program);
+    bool start(platform::RunLoop& loop, const ProgramProcess& program);
     void delivered(std::span<const std::byte> bytes);
     void take(const MVCommConsoleMessage& command);
 

@@ -19,6 +19,8 @@ platform::StreamClaims claimsIn(const spa_dict& properties) {
     return {.process = textIn(properties, PW_KEY_APP_PROCESS_ID),
             .binary = textIn(properties, PW_KEY_APP_PROCESS_BINARY),
             .name = textIn(properties, PW_KEY_APP_NAME),
+            .id = textIn(properties, PW_KEY_APP_ID),
+            .icon = textIn(properties, PW_KEY_APP_ICON_NAME),
             .host = textIn(properties, PW_KEY_APP_PROCESS_HOST),
             .machine = textIn(properties, PW_KEY_APP_PROCESS_MACHINE_ID),
             .api = textIn(properties, PW_KEY_CLIENT_API),

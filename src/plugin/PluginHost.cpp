@@ -2,10 +2,10 @@
 
 #include "platform/desktop/SampleOutput.h"
 #include "platform/processes/ProcessInfo.h"
-#include "plugin/ProgramName.h"
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -18,17 +18,20 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
 
 /// The application's own sample sounds have the volume that they are to show. Who else calls itself
 /// like it is a program like any other.
-bool isSampleSound(const platform::StreamEvidence& evidence,
-                   const platform::StreamProcess& process) {
+bool isSampleSound(const platform::StreamEvidence& evidence, const ProgramProcess& process) {
     return evidence.client.name == platform::SampleOutput::clientName &&
            process.proof == platform::StreamProcess::Proof::peer &&
            AppConnection::isServedBy(process);
 }
 
 /// Whether what was found out before is a process that is certain, and still the same.
-bool isThere(const std::optional<platform::StreamProcess>& process) {
-    return process && process->startTime &&
-           platform::processStartTime(static_cast<pid_t>(process->pid)) == process->startTime;
+bool isThere(const ProgramProcess& process) {
+    return process.startTime &&
+           platform::processStartTime(static_cast<pid_t>(process.pid)) == process.startTime;
+}
+
+bool isThere(const std::optional<StreamPlayer>& player) {
+    return player && isThere(player->process) && (!player->main || isThere(*player->main));
 }
 
 } // namespace
@@ -36,9 +39,11 @@ bool isThere(const std::optional<platform::StreamProcess>& process) {
 PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
     : loop_(loop)
     , reports_(std::move(reports))
+    , identifier_(loop, [this] { identifyAgain(); })
     , programs_(loop, *this)
     , effects_(loop, programs_)
-    , memory_(PreferencesFile::standard(), programs_, effects_, reports_)
+    , memory_(PreferencesFile::standard(), programs_, effects_, reports_,
+              [this](const std::string& language) { identifier_.setLanguage(language); })
     , server_(loop, *this)
     , writer_(loop, server_, graph_)
     , levels_(loop, graph_, programs_) {
@@ -75,7 +80,7 @@ PluginStatus PluginHost::status() const {
 }
 
 void PluginHost::serverConnected() {
-    facts_.prepare(); // a new stream is waited for by its first samples
+    identifier_.prepare(); // a new stream is waited for by its first samples
     levels_.attach(*server_.core());
     effects_.serverConnected();
     writer_.prepare();
@@ -165,12 +170,28 @@ void PluginHost::streamStateChanged(AudioStream&) {
 }
 
 void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
-    Program* const program = voices_.at(stream.id()).program;
+    const Voice& changed = voices_.at(stream.id());
+    Program* const program = changed.program;
     if (program == nullptr)
         return;
     program->changedElsewhere(change);
+    haveOthersFollow(changed, change);
     if (program == effects_.program() && !program->isLeftAlone())
         effects_.changedElsewhere();
+}
+
+/// The streams of one process may differ, but its further processes are the same item to a person.
+void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& change) {
+    if (!changed.player || changed.program->isLeftAlone())
+        return;
+    WantedVolume all = change;
+    if (all.gain)
+        all.gain = std::min(*all.gain, *kFullVolume.gain);
+    for (const auto& [id, voice] : voices_) {
+        if (voice.program == changed.program && voice.player &&
+            !voice.player->process.isSameProcess(changed.player->process))
+            voice.stream->want(all);
+    }
 }
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
@@ -184,13 +205,13 @@ void PluginHost::identify(Voice& voice) {
     AudioStream& stream = *voice.stream;
     const auto client = graph_.clientOf(stream.id());
     const bool isSoundEffect = effects_.program() != nullptr && isNotification(stream);
-    const auto process = isSoundEffect ? std::nullopt : processOf(stream);
+    const auto player = isSoundEffect ? std::nullopt : playerOf(stream);
     // The new one first, so that one and the same program does not end in between.
     Program* const next = isSoundEffect ? effects_.program()
-                          : process     ? &programs_.join(*process, *client)
+                          : player      ? &programs_.join(*player, *client)
                                         : nullptr;
     Program* const last = std::exchange(voice.program, nullptr);
-    const auto lastProcess = std::exchange(voice.process, process);
+    const auto lastPlayer = std::exchange(voice.player, player);
     voice.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
         last->remove(stream);
@@ -204,8 +225,30 @@ void PluginHost::identify(Voice& voice) {
         if (program != nullptr && last != next)
             reviewObstacle(*program);
     }
-    if (last != nullptr && lastProcess)
-        programs_.withdraw(*last, *lastProcess, *client);
+    if (last != nullptr && lastPlayer)
+        programs_.withdraw(*last, *lastPlayer, *client);
+}
+
+/// Names may be others now, and with them the programs.
+void PluginHost::identifyAgain() {
+    for (auto& [id, client] : clients_)
+        client.identified = {};
+    std::vector<Voice*> moved;
+    for (auto& [id, voice] : voices_) {
+        if (voice.program == nullptr || !voice.player)
+            continue;
+        const auto player = playerOf(*voice.stream);
+        if (player && player->process.name == voice.program->process().name)
+            continue;
+        release(voice);
+        voice.stream->adopt({}); // what that finds is nobody's will
+        moved.push_back(&voice);
+    }
+    for (Voice* const voice : moved)
+        identify(*voice);
+    programs_.rename(
+        [this](const ProgramProcess& process) { return identifier_.namedAgain(process); });
+    levels_.review();
 }
 
 bool PluginHost::isNotification(const AudioStream& stream) const {
@@ -215,7 +258,7 @@ bool PluginHost::isNotification(const AudioStream& stream) const {
     return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
 }
 
-std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& stream) {
+std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
     const auto owner = graph_.clientOf(stream.id());
     const auto client = owner ? clients_.find(*owner) : clients_.end();
     if (client == clients_.end() || client->second.watched == nullptr ||
@@ -224,16 +267,23 @@ std::optional<platform::StreamProcess> PluginHost::processOf(const AudioStream& 
     platform::StreamEvidence evidence;
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
-    auto& [known, process] = client->second.identified;
-    if (known != evidence || !isThere(process)) {
+    auto& [known, player] = client->second.identified;
+    if (known != evidence || !isThere(player)) {
         known = evidence;
-        process = platform::identifyStream(evidence, facts_);
-        if (process)
-            process->name = checkinName(std::move(process->name));
+        player = named(evidence);
     }
-    if (process && isSampleSound(evidence, *process))
+    if (player && isSampleSound(evidence, player->process))
         return std::nullopt;
-    return process;
+    return player;
+}
+
+std::optional<StreamPlayer> PluginHost::named(const platform::StreamEvidence& evidence) {
+    const auto process = identifier_.processOf(evidence);
+    if (!process)
+        return std::nullopt;
+    // A process has one name, whatever its further clients claim.
+    const auto known = process->startTime ? programs_.find(*process) : std::nullopt;
+    return identifier_.named(*process, known ? known->client : clientProperties(evidence));
 }
 
 void PluginHost::release(Voice& voice) {

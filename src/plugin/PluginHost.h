@@ -8,6 +8,7 @@
 #include "plugin/LevelReporter.h"
 #include "plugin/NodeWriter.h"
 #include "plugin/PluginStatus.h"
+#include "plugin/ProgramIdentifier.h"
 #include "plugin/ProgramTable.h"
 #include "plugin/SoundEffects.h"
 #include "plugin/VolumeMemory.h"
@@ -47,7 +48,7 @@ class PluginHost : private AudioServer::Listener,
     struct Voice {
         std::unique_ptr<AudioStream> stream;
         Program* program = nullptr;
-        std::optional<platform::StreamProcess> process; // by which it joined the program
+        std::optional<StreamPlayer> player; // as which it joined the program
         bool orphaned = false;
     };
 
@@ -59,7 +60,7 @@ class PluginHost : private AudioServer::Listener,
         /// What was found out last, since all streams of a client mostly say the same.
         struct {
             platform::StreamEvidence evidence;
-            std::optional<platform::StreamProcess> process;
+            std::optional<StreamPlayer> player;
         } identified;
     };
 
@@ -85,17 +86,20 @@ class PluginHost : private AudioServer::Listener,
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
+    void haveOthersFollow(const Voice& changed, const WantedVolume& change);
     void identify(Voice& voice);
-    std::optional<platform::StreamProcess> processOf(const AudioStream& stream);
+    void identifyAgain();
+    std::optional<StreamPlayer> playerOf(const AudioStream& stream);
+    std::optional<StreamPlayer> named(const platform::StreamEvidence& evidence);
     bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 
     platform::RunLoop& loop_;
     const ApplicationReports reports_;
-    const platform::StreamProcessFacts facts_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, Voice> voices_; // by node
+    ProgramIdentifier identifier_;
     ProgramTable programs_;
     SoundEffects effects_;
     VolumeMemory memory_;

@@ -53,15 +53,25 @@ const char* proofText(Proof proof) {
     return "claimed only, number of our own";
 }
 
+/// Empty for a program that has its name from us.
+std::string evidenceText(const ProgramProcess& process) {
+    if (!process.evidence)
+        return {};
+    const std::string entry =
+        process.entryPath.empty() ? "" : " (" + platform::printableText(process.entryPath) + ")";
+    return std::string("    ") + platform::describe(*process.evidence) + entry + "\n";
+}
+
 std::string programText(const ProgramStatus& program) {
-    const platform::StreamProcess& process = program.process;
+    const ProgramProcess& process = program.process;
     return platform::printableText(process.name) + " (pid " + std::to_string(process.pid) + ", " +
            (process.path.empty() ? "path unknown" : platform::printableText(process.path)) + ", " +
            proofText(process.proof) + "): " + wantedText(program.wanted) +
            (program.remembered.isEmpty() ? "" : ", remembered " + textOf(program.remembered)) +
            (program.leftAlone ? ", ignored" : "") +
            (program.connected ? "" : ", the application does not know of it") +
-           (program.obstacle.empty() ? "" : "; can't be set: " + program.obstacle) + "\n";
+           (program.obstacle.empty() ? "" : "; can't be set: " + program.obstacle) + "\n" +
+           evidenceText(process);
 }
 
 std::string streamText(const StreamStatus& stream) {

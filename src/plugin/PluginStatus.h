@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/processes/StreamProcess.h"
+#include "plugin/ProgramProcess.h"
 #include "plugin/StreamVolume.h"
 
 #include <cstdint>
@@ -19,7 +19,7 @@ struct StreamStatus {
 };
 
 struct ProgramStatus {
-    platform::StreamProcess process;
+    ProgramProcess process;
     WantedVolume wanted;     ///< what its next stream will get
     WantedVolume remembered; ///< what the next program of its name will get, unless it is ignored
     bool connected = false;

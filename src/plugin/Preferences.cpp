@@ -54,6 +54,8 @@ std::optional<Preferences> parsePreferences(std::string_view bytes) {
                 preferences.programs[platform::storableText(key)] = setting;
         });
     }
+    if (void* const language = platform::entryOf(root.get(), "MessageLanguage"))
+        preferences.language = platform::textOf(language).value_or("");
     preferences.ignored.custom = textsIn(root.get(), "CustomIgnoredApps");
     preferences.ignored.disabledBuiltIn = textsIn(root.get(), "DisabledBuiltInIgnoredApps");
     return preferences;

@@ -35,6 +35,10 @@ struct Preferences {
     std::map<std::string, ProgramSetting, std::less<>> programs;
     IgnoredNames ignored;
 
+    /// The name of the locale whose language the application's messages have; empty when it has not
+    /// said.
+    std::string language = {};
+
     bool operator==(const Preferences&) const = default;
 };
 

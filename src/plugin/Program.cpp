@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-Program::Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener)
+Program::Program(platform::RunLoop& loop, ProgramProcess process, Listener& listener)
     : loop_(loop)
     , process_(std::move(process))
     , listener_(listener)
@@ -125,13 +125,13 @@ void Program::connectionLost() {
 }
 
 void Program::lifeChanged() {
-    const platform::StreamProcess* const first = life_.first();
+    if (life_.contains(process_))
+        return;
+    const ProgramProcess* const first = life_.first();
     if (first == nullptr) {
         listener_.programEnded(*this);
         return;
     }
-    if (first->pid == process_.pid && first->name == process_.name && first->path == process_.path)
-        return;
     report(0.0F);
     process_ = *first;
     if (connection_ == nullptr)

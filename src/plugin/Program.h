@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/processes/StreamProcess.h"
 #include "plugin/AppConnection.h"
 #include "plugin/ProgramLife.h"
+#include "plugin/ProgramProcess.h"
 #include "plugin/StreamVolume.h"
 
 #include <functional>
@@ -16,9 +16,10 @@ namespace platform {
 class RunLoop;
 } // namespace platform
 
-/// One program that has had an output stream: its processes, its streams, its volume, and its
-/// connection to the application. It checks in with its first process; when that has ended while
-/// others go on, it checks in anew with the next. The run loop's thread only.
+/// One program that has had an output stream, all processes of which have the same name for a
+/// person: its processes, its streams, its volume, and its connection to the application. It checks
+/// in with its first main process; when that has ended while others go on, it checks in anew with
+/// the next. The run loop's thread only.
 class Program : private AppConnection::Listener {
   public:
     class Listener {
@@ -43,17 +44,18 @@ class Program : private AppConnection::Listener {
     };
 
     /// `process` is what checks in; it does not make the program last.
-    Program(platform::RunLoop& loop, platform::StreamProcess process, Listener& listener);
+    Program(platform::RunLoop& loop, ProgramProcess process, Listener& listener);
 
     /// Leaves the application with a last zero if the program played.
     ~Program() override;
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    const platform::StreamProcess& process() const noexcept { return process_; }
+    const ProgramProcess& process() const noexcept { return process_; }
 
     /// What decides how long the program lasts.
     ProgramLife& life() noexcept { return life_; }
+    const ProgramLife& life() const noexcept { return life_; }
 
     /// Gives the stream the program's volume, from now on too. The stream must be removed before it
     /// goes.
@@ -118,7 +120,7 @@ class Program : private AppConnection::Listener {
     void lifeChanged();
 
     platform::RunLoop& loop_;
-    platform::StreamProcess process_;
+    ProgramProcess process_;
     Listener& listener_;
     std::unordered_set<AudioStream*> streams_; // not owned
     WantedVolume wanted_;

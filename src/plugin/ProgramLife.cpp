@@ -5,14 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-
-bool isSame(const platform::StreamProcess& a, const platform::StreamProcess& b) noexcept {
-    return a.pid == b.pid && a.startTime == b.startTime;
-}
-
-} // namespace
-
 ProgramLife::ProgramLife(platform::RunLoop& loop, std::function<void()> changed)
     : loop_(loop), changed_(std::move(changed)) {}
 
@@ -26,14 +18,16 @@ void ProgramLife::drop(const Condition& condition) {
     call();
 }
 
-void ProgramLife::join(const platform::StreamProcess& process, std::uint32_t client) {
+void ProgramLife::join(const ProgramProcess& process, std::uint32_t client, Role role) {
     auto part = find(process, client);
     if (part == parts_.end())
-        part = parts_.insert(part, makePart(process, client));
+        part = parts_.insert(part, makePart(process, client, role));
+    if (role == Role::main)
+        part->member.role = role;
     ++part->streams;
 }
 
-void ProgramLife::withdraw(const platform::StreamProcess& process, std::uint32_t client) {
+void ProgramLife::withdraw(const ProgramProcess& process, std::uint32_t client) {
     const auto part = find(process, client);
     if (part == parts_.end())
         return;
@@ -41,39 +35,65 @@ void ProgramLife::withdraw(const platform::StreamProcess& process, std::uint32_t
     drop([](const Part& each) { return each.streams == 0; });
 }
 
-void ProgramLife::endPredecessor(const platform::StreamProcess& process) {
+void ProgramLife::release(const ProgramProcess& process, std::uint32_t client) {
+    drop([&](const Part& part) { return isOf(part, process, client); });
+}
+
+void ProgramLife::endPredecessor(const ProgramProcess& process) {
     drop([&process](const Part& part) {
-        return part.process.pid == process.pid && !isSame(part.process, process);
+        return part.member.process.pid == process.pid &&
+               !part.member.process.isSameProcess(process);
     });
 }
 
 void ProgramLife::clientGone(std::uint32_t client) {
-    drop([client](const Part& part) { return part.client == client; });
+    drop(
+        [client](const Part& part) { return part.endsWithClient && part.member.client == client; });
 }
 
-const platform::StreamProcess* ProgramLife::first() const noexcept {
-    return parts_.empty() ? nullptr : &parts_.front().process;
+bool ProgramLife::contains(const ProgramProcess& process) const {
+    return std::ranges::any_of(
+        parts_, [&](const Part& part) { return part.member.process.isSameProcess(process); });
 }
 
-std::vector<ProgramLife::Part>::iterator ProgramLife::find(const platform::StreamProcess& process,
+const ProgramProcess* ProgramLife::first() const noexcept {
+    const auto main =
+        std::ranges::find(parts_, Role::main, [](const Part& part) { return part.member.role; });
+    const auto found = main != parts_.end() ? main : parts_.begin();
+    return found != parts_.end() ? &found->member.process : nullptr;
+}
+
+std::vector<ProgramLife::Member> ProgramLife::members() const {
+    std::vector<Member> members;
+    for (const Part& part : parts_)
+        members.push_back(part.member);
+    return members;
+}
+
+bool ProgramLife::isOf(const Part& part, const ProgramProcess& process, std::uint32_t client) {
+    return part.member.process.isSameProcess(process) &&
+           (!part.endsWithClient || part.member.client == client);
+}
+
+std::vector<ProgramLife::Part>::iterator ProgramLife::find(const ProgramProcess& process,
                                                            std::uint32_t client) {
-    return std::find_if(parts_.begin(), parts_.end(), [&](const Part& part) {
-        return isSame(part.process, process) && part.client.value_or(client) == client;
-    });
+    return std::ranges::find_if(parts_,
+                                [&](const Part& part) { return isOf(part, process, client); });
 }
 
-ProgramLife::Part ProgramLife::makePart(const platform::StreamProcess& process,
-                                        std::uint32_t client) {
-    Part part{process, std::nullopt, nullptr, 0};
+ProgramLife::Part ProgramLife::makePart(const ProgramProcess& process, std::uint32_t client,
+                                        Role role) {
+    Part part{{process, role, client}, false, nullptr, 0};
     const auto pid = static_cast<pid_t>(process.pid);
     if (process.startTime)
         part.watch = platform::ProcessWatch::create(loop_, pid, [this, process] {
-            drop([&process](const Part& each) { return isSame(each.process, process); });
+            drop([&process](const Part& each) {
+                return each.member.process.isSameProcess(process);
+            });
         });
     // The number may have gone to another process just before the watch began.
     if (part.watch != nullptr && platform::processStartTime(pid) != process.startTime)
         part.watch.reset();
-    if (part.watch == nullptr)
-        part.client = client;
+    part.endsWithClient = part.watch == nullptr;
     return part;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/processes/StreamProcess.h"
+#include "plugin/ProgramProcess.h"
 
 #include <cstdint>
 #include <functional>
@@ -13,12 +13,22 @@ class ProcessWatch;
 class RunLoop;
 } // namespace platform
 
-/// How long a program lasts: until the last of its processes that ever had a stream has ended.
-/// Processes are watched, not streams, which programs drop and make whenever they pause. A process
-/// that cannot be watched, because it is not here or has ended already, counts as ended when the
-/// client of the sound server that stands for it goes. The run loop's thread only.
+/// How long a program lasts: until the last of its processes has ended, those that ever had a
+/// stream and the main ones of the application. Processes are watched, not streams, which programs
+/// drop and make whenever they pause. A process that cannot be watched, because it is not here or
+/// has ended already, counts as ended when the client of the sound server that stands for it goes.
+/// The run loop's thread only.
 class ProgramLife {
   public:
+    /// What a process is to its application.
+    enum class Role { main, helper };
+
+    struct Member {
+        ProgramProcess process;
+        Role role;
+        std::uint32_t client; ///< by which it has joined first
+    };
+
     /// `changed` is called when a process has ended, from the loop or from any function below but
     /// join(): first() may be another now. The life may be destroyed in there.
     ProgramLife(platform::RunLoop& loop, std::function<void()> changed);
@@ -26,31 +36,41 @@ class ProgramLife {
     ProgramLife(const ProgramLife&) = delete;
     ProgramLife& operator=(const ProgramLife&) = delete;
 
-    /// A stream of this process, owned by this client of the sound server, has come.
-    void join(const platform::StreamProcess& process, std::uint32_t client);
+    /// A stream of this process, owned by this client of the sound server, has come; or of a helper
+    /// of it.
+    void join(const ProgramProcess& process, std::uint32_t client, Role role);
 
     /// A join() was an error: the stream is of another process.
-    void withdraw(const platform::StreamProcess& process, std::uint32_t client);
+    void withdraw(const ProgramProcess& process, std::uint32_t client);
+
+    /// The process, or what the client stands for, is of another program.
+    void release(const ProgramProcess& process, std::uint32_t client);
 
     /// The number of the process is that of an earlier one no more.
-    void endPredecessor(const platform::StreamProcess& process);
+    void endPredecessor(const ProgramProcess& process);
 
     /// The client of the sound server has gone. What is not watched and came with it has ended.
     void clientGone(std::uint32_t client);
 
-    /// The process that has been there longest; null when all have ended.
-    const platform::StreamProcess* first() const noexcept;
+    bool contains(const ProgramProcess& process) const;
+
+    /// The main process that has been there longest, or else any process; null when all have ended.
+    const ProgramProcess* first() const noexcept;
+
+    /// All processes, in the order of their coming.
+    std::vector<Member> members() const;
 
   private:
     struct Part {
-        platform::StreamProcess process;
-        std::optional<std::uint32_t> client; // set when there is no watch
+        Member member;
+        bool endsWithClient = false; // there is no watch
         std::unique_ptr<platform::ProcessWatch> watch;
         int streams = 0; // all that it ever had
     };
 
-    std::vector<Part>::iterator find(const platform::StreamProcess& process, std::uint32_t client);
-    Part makePart(const platform::StreamProcess& process, std::uint32_t client);
+    static bool isOf(const Part& part, const ProgramProcess& process, std::uint32_t client);
+    std::vector<Part>::iterator find(const ProgramProcess& process, std::uint32_t client);
+    Part makePart(const ProgramProcess& process, std::uint32_t client, Role role);
     template <typename Condition>
     void drop(const Condition& condition);
 

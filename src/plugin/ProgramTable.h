@@ -5,15 +5,19 @@
 #include "plugin/PseudoNumbers.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace platform {
 class Timer;
 } // namespace platform
 
-/// The programs that are or have been heard, and their connections to the application: tried again
-/// with growing pauses as long as one is missing. The run loop's thread only.
+/// The programs that are or have been heard, one for each name, and their connections to the
+/// application: tried again with growing pauses as long as one is missing. A process belongs to one
+/// program only, the one that it has joined last. The run loop's thread only.
 class ProgramTable : private Program::Listener {
   public:
     class Listener {
@@ -42,18 +46,29 @@ class ProgramTable : private Program::Listener {
     ProgramTable(const ProgramTable&) = delete;
     ProgramTable& operator=(const ProgramTable&) = delete;
 
-    /// The program of a process that has a new stream, which this client of the sound server owns.
+    /// The program of that name, or null.
+    Program* find(const std::string& name) const;
+
+    /// What is known of the process, or null when it is of no program.
+    std::optional<ProgramProcess> find(const platform::StreamProcess& process) const;
+
+    /// The program of a player that has a new stream, which this client of the sound server owns.
     /// Made and announced when it is new. Stays the table's.
-    Program& join(platform::StreamProcess process, std::uint32_t client);
+    Program& join(StreamPlayer player, std::uint32_t client);
 
     /// A join() was an error. Drops the program if that was all that held it.
-    void withdraw(Program& program, platform::StreamProcess process, std::uint32_t client);
+    void withdraw(Program& program, StreamPlayer player, std::uint32_t client);
+
+    /// Names may have changed: has each process in the program whose name it has now. `named`
+    /// tells that; programs that nothing is left of are dropped, others are made. Streams have to
+    /// be moved before.
+    void rename(const std::function<StreamPlayer(const ProgramProcess&)>& named);
 
     /// Drops the programs that have nothing but this client of the sound server.
     void clientGone(std::uint32_t client);
 
     /// Makes and announces a program that lasts until drop(). Stays the table's.
-    Program& add(const platform::StreamProcess& process);
+    Program& add(const ProgramProcess& process);
 
     /// Drops a program that has no streams.
     void drop(Program& program) { programEnded(program); }
@@ -75,8 +90,9 @@ class ProgramTable : private Program::Listener {
     }
     void ignoreListChanged() override { listener_.ignoreListChanged(); }
     void connectMissing();
-    void endPredecessors(const platform::StreamProcess& process);
-    void giveNumber(platform::StreamProcess& process);
+    bool hasHelpers(const std::string& program) const;
+    void takeFromOthers(const ProgramProcess& process, std::uint32_t client);
+    void giveNumber(ProgramProcess& process);
     std::vector<Program*> all() const;
 
     platform::RunLoop& loop_;

@@ -1,27 +1,37 @@
 #include "plugin/PseudoNumbers.h"
 
-#include "platform/processes/StreamProcess.h"
+#include <string_view>
 
-using platform::StreamProcess;
+namespace {
 
-std::uint32_t PseudoNumbers::take(const std::string& identity, std::uint32_t natural) {
-    const auto displaced = displaced_.find(identity);
+std::uint32_t naturalNumber(std::string_view program) {
+    // FNV-1a, since it has to be the same in each run.
+    std::uint32_t hash = 2166136261U;
+    for (const char each : program)
+        hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;
+    return PseudoNumbers::first + hash % (PseudoNumbers::last - PseudoNumbers::first + 1);
+}
+
+} // namespace
+
+std::uint32_t PseudoNumbers::take(const std::string& program) {
+    const auto displaced = displaced_.find(program);
     if (displaced != displaced_.end())
         return displaced->second;
+    const std::uint32_t natural = naturalNumber(program);
     std::uint32_t number = natural;
     for (;;) {
-        const auto [owner, isFree] = owners_.emplace(number, identity);
-        if (isFree || owner->second == identity)
+        const auto [owner, isFree] = owners_.emplace(number, program);
+        if (isFree || owner->second == program)
             break;
-        number = number == StreamProcess::lastPseudoProcess ? StreamProcess::firstPseudoProcess
-                                                            : number + 1;
+        number = number == last ? first : number + 1;
     }
     if (number != natural)
-        displaced_[identity] = number;
+        displaced_[program] = number;
     return number;
 }
 
-void PseudoNumbers::release(const std::string& identity) {
-    if (!displaced_.contains(identity))
-        std::erase_if(owners_, [&identity](const auto& owner) { return owner.second == identity; });
+void PseudoNumbers::release(const std::string& program) {
+    if (!displaced_.contains(program))
+        std::erase_if(owners_, [&program](const auto& owner) { return owner.second == program; });
 }

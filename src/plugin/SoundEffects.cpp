@@ -6,6 +6,7 @@
 #include "platform/processes/SystemLog.h"
 #include "plugin/AudioGraph.h"
 #include "plugin/ProgramTable.h"
+#include "plugin/PseudoNumbers.h"
 
 #include <algorithm>
 #include <array>
@@ -16,15 +17,16 @@ using platform::MonotonicClock;
 namespace {
 
 // For a server whose process can't be seen: the last of the numbers that no process has.
-constexpr std::uint32_t numberWithoutProcess = platform::StreamProcess::lastPseudoProcess + 1;
+constexpr std::uint32_t numberWithoutProcess = PseudoNumbers::last + 1;
 
-platform::StreamProcess serverProcess() {
-    const std::string name(kMVCommNotificationSoundsName);
-    platform::StreamProcess process{numberWithoutProcess, name, "", std::nullopt, name};
+ProgramProcess serverProcess() {
+    ProgramProcess process;
+    process.pid = numberWithoutProcess;
+    process.name = kMVCommNotificationSoundsName;
     if (const auto server = platform::findAudioServer()) {
         process.pid = static_cast<std::uint32_t>(server->pid);
         process.proof = platform::StreamProcess::Proof::peer;
-        if (server->path.size() <= platform::StreamProcess::longestPath)
+        if (server->path.size() <= ProgramProcess::longestPath)
             process.path = server->path;
     } else {
         platform::systemLog(platform::LogPriority::info,

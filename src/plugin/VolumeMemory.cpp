@@ -17,10 +17,12 @@ RememberedVolumes::Program describedFor(const Program& program) {
 } // namespace
 
 VolumeMemory::VolumeMemory(PreferencesFile file, ProgramTable& programs, SoundEffects& effects,
-                           const ApplicationReports& reports)
+                           const ApplicationReports& reports,
+                           std::function<void(const std::string&)> languageRead)
     : programs_(programs)
     , effects_(effects)
     , reports_(reports)
+    , languageRead_(std::move(languageRead))
     , preferences_(std::move(file), [this](const Preferences& preferences) { read(preferences); }) {
 }
 
@@ -72,6 +74,7 @@ void VolumeMemory::read(const Preferences& preferences) {
     const auto consequences = remembered_.read(preferences, programs, MonotonicClock::now());
     for (std::size_t i = 0; i < consequences.size(); ++i)
         follow(*programs_.programs()[i], consequences[i]);
+    languageRead_(preferences.language);
 }
 
 void VolumeMemory::follow(Program& program, const RememberedVolumes::Consequence& consequence) {

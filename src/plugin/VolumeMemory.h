@@ -4,6 +4,9 @@
 #include "plugin/PreferencesWatch.h"
 #include "plugin/RememberedVolumes.h"
 
+#include <functional>
+#include <string>
+
 class Program;
 class ProgramTable;
 class SoundEffects;
@@ -13,9 +16,11 @@ class SoundEffects;
 /// and carries out what that decides. The run loop's thread only.
 class VolumeMemory {
   public:
-    /// Watches the preferences. All of these must outlive the object.
+    /// Watches the preferences. All of these must outlive the object. `languageRead` is told the
+    /// language that each reading has, after what the reading says of programs has been followed.
     VolumeMemory(PreferencesFile file, ProgramTable& programs, SoundEffects& effects,
-                 const ApplicationReports& reports);
+                 const ApplicationReports& reports,
+                 std::function<void(const std::string&)> languageRead);
     VolumeMemory(const VolumeMemory&) = delete;
     VolumeMemory& operator=(const VolumeMemory&) = delete;
 
@@ -47,6 +52,7 @@ class VolumeMemory {
     ProgramTable& programs_;
     SoundEffects& effects_;
     const ApplicationReports& reports_;
+    const std::function<void(const std::string&)> languageRead_;
     RememberedVolumes remembered_;
     PreferencesWatch preferences_;
 };

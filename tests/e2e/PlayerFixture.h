@@ -1,6 +1,7 @@
 #pragma once
 
 #include "e2e/PluginFixture.h"
+#include "support/NamedCopy.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -19,9 +20,11 @@ inline constexpr float inaudible = 1e-7F; // what the recorder makes of silence
 /// A program that begins new streams of constant samples when it is told to.
 class Player {
   public:
+    /// Players of one name are one program.
     explicit Player(int streams = 1, std::chrono::milliseconds duration = 0ms,
-                    float samples = level)
-        : process_({STREAM_PLAYER, std::to_string(streams), std::to_string(duration.count()),
+                    float samples = level, const std::string& name = "stream_player")
+        : copy_(STREAM_PLAYER, name)
+        , process_({copy_.path(), std::to_string(streams), std::to_string(duration.count()),
                     std::to_string(samples)}) {
         EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
     }
@@ -31,6 +34,7 @@ class Player {
     support::ChildProcess& process() { return process_; }
 
   private:
+    const support::NamedCopy copy_;
     support::ChildProcess process_;
 };
 

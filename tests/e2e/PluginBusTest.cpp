@@ -58,10 +58,10 @@ TEST_F(PluginBusTest, WhatIsFoundAtItsComingIsNotMadeLouderAndIsNoChange) {
     EXPECT_TRUE(reports.changes.empty()) << "what is remembered would be lost";
     Player next;
     next.play();
-    EXPECT_TRUE(hearsConstant(level * (2 * gainOf(30) + gainOf(50))));
+    EXPECT_TRUE(hearsConstant(3 * level * gainOf(30))) << "so is its next process";
     outlastHold();
     setElsewhereOnly(next, 20);
-    EXPECT_TRUE(reports.tellLast(next.pid(), 20, false));
+    EXPECT_TRUE(reports.tellLast(quiet.pid(), 20, false));
     EXPECT_EQ(reports.changes.size(), 1U);
 }
 

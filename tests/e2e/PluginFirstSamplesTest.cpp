@@ -2,6 +2,7 @@
 #include "e2e/Sandbox.h"
 
 #include "platform/files/FileDescriptor.h"
+#include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 
 #include <array>
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <sstream>
 #include <string_view>
@@ -136,12 +138,21 @@ std::vector<std::string> shownStreams() {
     return streams;
 }
 
+/// A silent program of a kind.
+struct SilentProgram {
+    std::vector<std::string> command;
+
+    /// What makes another program of it, although it calls itself as all of the kind do.
+    enum class As { itself, copy, flatpak };
+    As as;
+};
+
 /// A kind of programs: how one of it is started, and a silent one of the same kind. What is set for
 /// that one, the session manager restores to others of the kind.
 struct Kind {
     const char* name;
     std::function<std::unique_ptr<Player>()> make;
-    std::vector<std::string> silent;
+    SilentProgram silent;
 };
 
 void PrintTo(const Kind& kind, std::ostream* stream) {
@@ -156,8 +167,9 @@ constexpr const char* sandboxed = "paplay_in_sandbox";
 const std::string milliseconds = std::to_string(duration.count());
 const std::string loud = std::to_string(level);
 
-std::vector<std::string> silentAplay(const char* device) {
-    return {"aplay", "-q", "-D", device, "-f", "S16_LE", "-c", "2", "-r", "48000", "/dev/zero"};
+SilentProgram silentAplay(const char* device) {
+    return {{"aplay", "-q", "-D", device, "-f", "S16_LE", "-c", "2", "-r", "48000", "/dev/zero"},
+            SilentProgram::As::flatpak};
 }
 
 const std::array<Kind, 5> kinds{
@@ -165,15 +177,17 @@ const std::array<Kind, 5> kinds{
       [] {
           return signalled({STREAM_PLAYER, "1", milliseconds, loud});
       },
-      {STREAM_PLAYER, "1", "0", "0"}},
+      {{STREAM_PLAYER, "1", "0", "0"}, SilentProgram::As::copy}},
      {"pulse",
       [] {
           return signalled({PULSE_PLAYER, milliseconds, loud});
       },
-      {PULSE_PLAYER, "0", "0"}},
+      {{PULSE_PLAYER, "0", "0"}, SilentProgram::As::copy}},
      {"alsa", [] { return std::make_unique<AlsaPlayer>("pipewire"); }, silentAplay("pipewire")},
      {"alsa_pulse", [] { return std::make_unique<AlsaPlayer>("pulse"); }, silentAplay("pulse")},
-     {sandboxed, [] { return std::make_unique<SandboxedPlayer>(); }, paplay("/dev/zero")}}};
+     {sandboxed,
+      [] { return std::make_unique<SandboxedPlayer>(); },
+      {paplay("/dev/zero"), SilentProgram::As::itself}}}};
 
 /// With a session manager that restores to each stream the last volume of one of its kind.
 class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamInterface<Kind> {
@@ -182,7 +196,12 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
 
     /// Begins a stream of the kind that is never heard.
     void beginSilentStream() {
-        silent_ = std::make_unique<ChildProcess>(GetParam().silent);
+        auto [command, as] = GetParam().silent;
+        if (as == SilentProgram::As::copy)
+            command.front() = copy_.emplace(command.front(), "silent").path();
+        else if (as == SilentProgram::As::flatpak)
+            command = asFlatpak("org.example.Silent", root_.path(), command);
+        silent_ = std::make_unique<ChildProcess>(command);
         EXPECT_TRUE(waitUntil([&] {
             if (shownStreams().empty() && silent_->outputSize() > 0)
                 silent_->signal(SIGUSR1);
@@ -209,6 +228,8 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
         return samples;
     }
 
+    const support::PrivateFolder root_;
+    std::optional<support::NamedCopy> copy_;
     std::unique_ptr<ChildProcess> silent_;
     std::vector<std::string> others_;
 };
@@ -217,7 +238,8 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
 
 TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
     const bool isSandboxed = GetParam().name == std::string_view(sandboxed);
-    if (isSandboxed && !mayMakeNamespaces())
+    const bool needsNamespaces = isSandboxed || GetParam().silent.as == SilentProgram::As::flatpak;
+    if (needsNamespaces && !mayMakeNamespaces())
         GTEST_SKIP() << "the system lets nobody make namespaces";
     beginSilentStream();
     setOther(30);

@@ -1,10 +1,13 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/Sandbox.h"
 
+#include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -85,6 +88,13 @@ class PluginIdentityTest : public PluginFixture {
                << plugin_->output();
     }
 
+    static std::uint32_t pidOf(const Tone& tone) { return static_cast<std::uint32_t>(tone.pid()); }
+
+    static void write(const std::filesystem::path& file, const std::string& content) {
+        std::ofstream(file.string() + ".new") << content;
+        std::filesystem::rename(file.string() + ".new", file);
+    }
+
     testing::AssertionResult awaitPrograms(std::size_t count) {
         if (waitUntil([&] { return pids().size() == count; }))
             return testing::AssertionSuccess();
@@ -95,7 +105,7 @@ class PluginIdentityTest : public PluginFixture {
 
     /// Time enough for the plug-in to have seen all that is there: another program checks in.
     void letItSee() {
-        const Tone tone(Tone::Player::pwCat, 1000, 0.1);
+        const Tone tone("another", 1000, 0.1);
         EXPECT_TRUE(waitUntil([&] {
             return std::ranges::count(pids(), static_cast<std::uint32_t>(tone.pid())) == 1;
         })) << plugin_->output();
@@ -213,17 +223,102 @@ TEST_F(PluginIdentityTest, AClientFromElsewhereHasTheSameNumberEachTime) {
     ChildProcess::Options remote;
     remote.environment = {{"PULSE_SERVER", "tcp:127.0.0.1:" + port}};
     std::optional<Player> one(std::in_place, Arguments{"paplay", file_}, remote);
-    const Player other({"paplay", file_}, remote);
-    EXPECT_TRUE(awaitPrograms(2));
-    auto numbers = pids();
+    std::optional<Player> other(std::in_place, Arguments{"paplay", file_}, remote);
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 2; })) << listedStreams();
+    letItSee();
+    EXPECT_TRUE(awaitPrograms(1));
+    const auto numbers = pids();
     for (const std::uint32_t number : numbers)
         EXPECT_GE(number, 0x40000000U);
     plugin_.reset();
     startPlugin();
     EXPECT_TRUE(awaitPids([&] { return numbers; }));
     one.reset();
-    EXPECT_TRUE(awaitPrograms(1));
+    letItSee();
+    EXPECT_TRUE(awaitPids([&] { return numbers; }));
+    other.reset();
+    EXPECT_TRUE(awaitPrograms(0));
     support::runCommand({"pactl", "unload-module", module.output});
+}
+
+TEST_F(PluginIdentityTest, TheProcessesOfAnApplicationFollowOneSlider) {
+    std::optional<Tone> first(std::in_place, Tone::Player::pwCat, toneFrequency, 0.2);
+    EXPECT_TRUE(awaitPids([&] { return std::vector{pidOf(*first)}; }));
+    const std::uint32_t firstPid = pidOf(*first);
+    constexpr unsigned otherFrequency = 1000;
+    std::optional<Tone> second(std::in_place, Tone::Player::pwCat, otherFrequency, tonePeak);
+    EXPECT_TRUE(hears(tonePeak, otherFrequency));
+    letItSee();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{firstPid}; }));
+    application_->forgetLevels();
+    EXPECT_TRUE(waitUntil([&] {
+        const auto& levels = application_->levelsOf(firstPid);
+        return !levels.empty() && std::abs(levels.back().level - tonePeak) < 0.05;
+    })) << "the loudest counts";
+    application_->setVolume(firstPid, 50);
+    EXPECT_TRUE(hears(0.2 * gainOf(50)) && hears(tonePeak * gainOf(50), otherFrequency));
+
+    const std::uint32_t secondPid = pidOf(*second);
+    first.reset();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{secondPid}; }));
+    application_->setVolume(secondPid, 70);
+    EXPECT_TRUE(hears(tonePeak * gainOf(70), otherFrequency));
+    const Tone third(Tone::Player::pwCat, toneFrequency, 0.2);
+    EXPECT_TRUE(hears(0.2 * gainOf(70))) << "the next process as well";
+    second.reset();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{pidOf(third)}; }));
+}
+
+TEST_F(PluginIdentityTest, NamesAreInTheLanguageOfTheApplicationAndFollowTheEntries) {
+    const std::filesystem::path config = std::getenv("XDG_CONFIG_HOME");
+    const std::filesystem::path entries =
+        std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+    const auto speak = [&](const std::string& language) {
+        write(config / "com.quarnel.Tonvale.plist",
+              R"(<plist version="1.0"><dict><key>MessageLanguage</key><string>)" + language +
+                  "</string></dict></plist>");
+    };
+    const support::NamedCopy program("/usr/bin/pw-cat", "jukebox-bin");
+    const auto describe = [&](const std::string& german) {
+        std::filesystem::create_directories(entries);
+        write(entries / "org.example.Jukebox.desktop",
+              "[Desktop Entry]\nType=Application\nName=Jukebox\nName[de]=" + german +
+                  "\nExec=" + program.path() + " %U\n");
+    };
+    speak("de_DE");
+    describe("Musiktruhe");
+    plugin_.reset();
+    const Player player({program.path(), "--playback", file_});
+    startPlugin(); // all tests run in the language C
+    EXPECT_EQ(awaitProgram(QStringLiteral("Musiktruhe")).pid, player.pid());
+    EXPECT_TRUE(tells("Musiktruhe (pid " + std::to_string(player.pid()) + ", " + program.path()));
+    EXPECT_TRUE(tells("    This application starts the program. (" +
+                      (entries / "org.example.Jukebox.desktop").string() + ")\n"));
+    speak("fr_FR");
+    EXPECT_EQ(awaitProgram(QStringLiteral("Jukebox")).pid, player.pid());
+    speak("de_AT.UTF-8");
+    awaitProgram(QStringLiteral("Musiktruhe"));
+    describe("Musikschrank");
+    EXPECT_EQ(awaitProgram(QStringLiteral("Musikschrank")).pid, player.pid());
+    application_->setVolume(player.pid(), 50);
+    EXPECT_TRUE(tells("wanted 50 % not muted, has 50 % not muted"));
+    std::filesystem::remove_all(entries);
+    EXPECT_EQ(awaitProgram(QStringLiteral("jukebox")).pid, player.pid());
+    EXPECT_TRUE(awaitPrograms(1));
+    EXPECT_TRUE(tells("    The program's file has this name.\n"));
+    std::filesystem::remove(config / "com.quarnel.Tonvale.plist");
+}
+
+TEST_F(PluginIdentityTest, APlayerThatAScriptHasStartedIsThatPlayer) {
+    const support::NamedCopy program("/usr/bin/pw-cat", "singer");
+    const auto script = folder_.path() / "evening";
+    write(script, "#!/bin/sh\n" + program.path() + " --playback " + file_ + "\ntrue\n");
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    const Player shell({script});
+    const auto found = awaitProgram(QStringLiteral("singer"));
+    EXPECT_EQ(found.pid, shell.childPid());
+    EXPECT_EQ(found.path.toStdString(), program.path());
+    ::kill(static_cast<pid_t>(found.pid), SIGKILL);
 }
 
 TEST_F(PluginIdentityTest, NoProgramIsCalledLikeTheNotificationSounds) {

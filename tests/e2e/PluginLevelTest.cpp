@@ -3,6 +3,7 @@
 #include "plugin/PluginHost.h"
 #include "support/GraphStream.h"
 #include "support/ManualClock.h"
+#include "support/NamedCopy.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -324,10 +325,14 @@ TEST_F(PluginLevelTest, AfterSleepMetersAreMadeAnewAndTheApplicationNoticesNothi
 TEST_F(PluginLevelTest, ManyProgramsPlayAtOnce) {
     constexpr std::size_t programs = 64;
     recorder_.reset(); // the machine has enough to do
+    std::vector<std::unique_ptr<support::NamedCopy>> copies;
     std::vector<std::unique_ptr<ChildProcess>> players;
-    while (players.size() < programs)
-        players.push_back(std::make_unique<ChildProcess>(
-            std::vector<std::string>{"paplay", "--raw", "/dev/urandom"}));
+    while (players.size() < programs) {
+        copies.push_back(std::make_unique<support::NamedCopy>(
+            "/usr/bin/pacat", "player-" + std::to_string(players.size())));
+        players.push_back(std::make_unique<ChildProcess>(std::vector<std::string>{
+            copies.back()->path(), "--playback", "--raw", "/dev/urandom"}));
+    }
     for (const auto& each : players)
         EXPECT_TRUE(isHeard(each->pid(), 1)) << plugin_->output();
     players.clear();

@@ -225,7 +225,7 @@ TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
     stopped.process().signal(SIGSTOP);
     application_->setVolume(static_cast<std::uint32_t>(stopped.pid()), 80);
     // Not of the PulseAudio service: that waits for the stopped one, plug-in or not.
-    const Tone other(Tone::Player::pwCat, 1000, 0.2);
+    const Tone other("other", 1000, 0.2);
     awaitProcess(other.pid());
     application_->setVolume(static_cast<std::uint32_t>(other.pid()), 60);
     EXPECT_TRUE(tells("wanted 60 %, has 60 %"));

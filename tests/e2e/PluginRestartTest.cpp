@@ -169,8 +169,7 @@ TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
 }
 
 TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
-    // The first one: programs of its name that come after the command get that volume too.
-    const Tone untouched(Tone::Player::pwCat, 1000, 0.01);
+    const Tone untouched("untouched", 1000, 0.01);
     awaitProcess(untouched.pid());
     const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
     awaitProcess(quiet.pid());
@@ -195,7 +194,7 @@ TEST_F(PluginRestartTest, ANewSessionManagerChangesNothingOfWhatPlayedBeforeItCa
         support::runCommand({"wpctl", "set-volume", "-p", std::to_string(first.pid()), "30%"});
     ASSERT_EQ(setByPerson.status, 0) << setByPerson.output;
     ASSERT_TRUE(hears(tonePeak * gainOf(30)));
-    const Tone second(Tone::Player::pwCat, 1000, 0.01);
+    const Tone second("second", 1000, 0.01);
     startPlugin();
     awaitProcess(first.pid());
     awaitProcess(second.pid());

@@ -222,7 +222,7 @@ TEST_F(PluginVolumeTest, AnEndInTheMiddleOfAChangeLeavesWhatWasAskedFor) {
 }
 
 TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
-    Player brief(20, 5ms);
+    Player brief(20, 5ms, level, "brief");
     Player crowd(60, 0ms, 0.5F / 60);
     crowd.play();
     awaitCheckin(crowd);
@@ -241,8 +241,9 @@ TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebod
     constexpr int each = 100;
     std::vector<std::unique_ptr<Player>> players;
     while (players.size() < 3)
-        players.push_back(std::make_unique<Player>(each, 0ms, 0.0F));
-    Player stopped(2, 0ms, 0.0F);
+        players.push_back(
+            std::make_unique<Player>(each, 0ms, 0.0F, "player-" + std::to_string(players.size())));
+    Player stopped(2, 0ms, 0.0F, "stopped");
     // One to listen, those that all share, and one for each program that a busy machine keeps from
     // answering soon.
     const std::size_t few = 1 + WriteLanes::mostShared + players.size() + 1;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 #include <unistd.h>
 
 using platform::StreamEvidence;
@@ -115,7 +114,6 @@ const Processes
                {100, {"/usr/bin/pacat", "paplay"}},
                {101, {"", "long-named-play"}},
                {102, {"/opt/x/player", "player", otherUser}},
-               {103, {"", ""}},
                {104, {"/usr/bin/pacat", "pacat", ::geteuid(), late}},
                // Two containers that count alike, the second of which came after the client.
                {200, {"/usr/bin/mpv", "mpv", ::geteuid(), early, "", 7}},
@@ -138,20 +136,20 @@ TEST(StreamProcess, ANativeClientIsTheProcessThatTheKernelNames) {
     const auto process = identifyStream(native("100"), processes);
     ASSERT_TRUE(process);
     EXPECT_EQ(process->pid, 100U);
-    EXPECT_EQ(process->name, "pacat");
-    EXPECT_EQ(process->path, "/usr/bin/pacat");
     EXPECT_EQ(process->startTime, early);
-    EXPECT_NE(process->identity, identifyStream(native("101"), processes)->identity);
+    EXPECT_EQ(process->sandbox, "");
+    EXPECT_EQ(process->proof, StreamProcess::Proof::peer);
+    EXPECT_EQ(identifyStream(native("101"), processes)->pid, 101U) << "its executable is hidden";
 }
 
 TEST(StreamProcess, NobodyPassesForTheSoundServer) {
     for (const char* const daemon : {"50", "53"}) {
         const auto process = identifyStream(throughPulse(daemon, "pipewire-pulse"), processes);
         ASSERT_TRUE(process);
-        EXPECT_TRUE(process->isPseudo()) << process->pid;
+        EXPECT_FALSE(process->isKnown()) << process->pid;
     }
     const auto process = identifyStream(throughPulse("50", "pipewire"), processes);
-    EXPECT_TRUE(process && process->isPseudo());
+    EXPECT_TRUE(process && !process->isKnown());
 }
 
 TEST(StreamProcess, ANativeClientCannotPassForAnother) {
@@ -162,18 +160,14 @@ TEST(StreamProcess, ANativeClientCannotPassForAnother) {
     evidence.client.host = "elsewhere";
     const auto process = identifyStream(evidence, processes);
     EXPECT_EQ(process->pid, 100U);
-    EXPECT_EQ(process->identity, identifyStream(native("100"), processes)->identity);
+    EXPECT_EQ(process->sandbox, "");
 }
 
-TEST(StreamProcess, ANativeClientKeepsItsNumberWhenItsExecutableIsHiddenOrGone) {
-    EXPECT_EQ(identifyStream(native("101"), processes)->name, "long-named-play");
-    EXPECT_EQ(identifyStream(native("103"), processes)->name, "Some Player");
+TEST(StreamProcess, ANativeClientKeepsItsNumberWhenItHasGone) {
     const auto gone = identifyStream(native("999"), processes);
     EXPECT_EQ(gone->pid, 999U);
-    EXPECT_EQ(gone->name, "Some Player");
-    EXPECT_EQ(gone->path, "");
     EXPECT_FALSE(gone->startTime);
-    EXPECT_TRUE(identifyStream(native("104"), processes)->isPseudo())
+    EXPECT_FALSE(identifyStream(native("104"), processes)->isKnown())
         << "the number went to a process that came after the client";
 }
 
@@ -190,19 +184,17 @@ TEST(StreamProcess, AClaimIsBelievedIfExactlyOneProcessFits) {
         const char* process;
         const char* binary;
         std::uint32_t pid;
-        const char* name;
     };
     for (const Case& each :
-         {Case{"by executable", "100", "pacat", 100, "pacat"},
-          Case{"by short name", "101", "long-named-player", 101, "long-named-play"},
-          Case{"in a container", "7", "vlc", 202, "vlc"},
-          Case{"not in the container that came later", "7", "mpv", 200, "mpv"},
-          Case{"in the container, not what has the number here", "100", "mpv", 205, "mpv"},
-          Case{"a snap, which counts as we do", "400", "player", 400, "player"}}) {
+         {Case{"by executable", "100", "pacat", 100},
+          Case{"by short name", "101", "long-named-player", 101},
+          Case{"in a container", "7", "vlc", 202},
+          Case{"not in the container that came later", "7", "mpv", 200},
+          Case{"in the container, not what has the number here", "100", "mpv", 205},
+          Case{"a snap, which counts as we do", "400", "player", 400}}) {
         const auto process = identifyStream(throughPulse(each.process, each.binary), processes);
         ASSERT_TRUE(process) << each.what;
         EXPECT_EQ(process->pid, each.pid) << each.what;
-        EXPECT_EQ(process->name, each.name) << each.what;
         EXPECT_EQ(process->startTime, early) << each.what;
     }
     StreamEvidence evidence = throughPulse("102", "player");
@@ -211,33 +203,31 @@ TEST(StreamProcess, AClaimIsBelievedIfExactlyOneProcessFits) {
     evidence = throughPulse("", "");
     evidence.client = throughPulse("100", "pacat").node;
     EXPECT_EQ(identifyStream(evidence, processes)->pid, 100U) << "only the client claims";
+    EXPECT_EQ(identifyStream(evidence, processes)->proof, StreamProcess::Proof::claim);
 }
 
-TEST(StreamProcess, AClaimThatDoesNotHoldGetsAPseudoNumber) {
+TEST(StreamProcess, AClaimThatDoesNotHoldIsOfNoProcess) {
     struct Case {
         const char* what;
         const char* process;
         const char* binary;
-        const char* name;
     };
     for (const Case& each :
-         {Case{"number of an unknown namespace", "2", "firefox", "firefox"},
-          Case{"process of another user", "102", "player", "player"},
-          Case{"another user's container", "8", "mpv", "mpv"},
-          Case{"younger than the client", "104", "pacat", "pacat"},
-          Case{"number outside of the container", "202", "vlc", "vlc"},
-          Case{"two containers", "7", "twin", "twin"},
-          Case{"no such process", "999", "pacat", "pacat"},
-          Case{"no binary", "100", "", "Some Player"}, Case{"no number", "", "pacat", "pacat"},
-          Case{"rubbish", "100x", "pacat", "pacat"}, Case{"negative", "-100", "pacat", "pacat"},
-          Case{"too large", "99999999999999999999", "pacat", "pacat"}}) {
+         {Case{"number of an unknown namespace", "2", "firefox"},
+          Case{"process of another user", "102", "player"},
+          Case{"another user's container", "8", "mpv"},
+          Case{"younger than the client", "104", "pacat"},
+          Case{"number outside of the container", "202", "vlc"},
+          Case{"two containers", "7", "twin"}, Case{"no such process", "999", "pacat"},
+          Case{"no binary", "100", ""}, Case{"no number", "", "pacat"},
+          Case{"rubbish", "100x", "pacat"}, Case{"negative", "-100", "pacat"},
+          Case{"too large", "99999999999999999999", "pacat"}}) {
         const auto process = identifyStream(throughPulse(each.process, each.binary), processes);
         ASSERT_TRUE(process) << each.what;
-        EXPECT_TRUE(process->isPseudo()) << each.what;
-        EXPECT_LE(process->pid, StreamProcess::lastPseudoProcess) << each.what;
-        EXPECT_EQ(process->name, each.name) << each.what;
-        EXPECT_EQ(process->path, "") << each.what;
+        EXPECT_FALSE(process->isKnown()) << each.what;
         EXPECT_FALSE(process->startTime) << each.what;
+        EXPECT_EQ(process->sandbox, "") << each.what;
+        EXPECT_EQ(process->proof, StreamProcess::Proof::none) << each.what;
     }
 }
 
@@ -253,7 +243,7 @@ TEST(StreamProcess, AClientFromElsewhereIsNoProcessHere) {
     throughSsh.client.process = "100";
     StreamEvidence unseen = native("0");
     for (const StreamEvidence& evidence : {overTcp, otherMachine, otherHost, throughSsh, unseen})
-        EXPECT_TRUE(identifyStream(evidence, processes)->isPseudo());
+        EXPECT_FALSE(identifyStream(evidence, processes)->isKnown());
 
     StreamEvidence renamedHost = throughPulse("100", "pacat");
     renamedHost.node.host = "elsewhere";
@@ -266,42 +256,19 @@ TEST(StreamProcess, AClientFromElsewhereIsNoProcessHere) {
     EXPECT_EQ(identifyStream(ssh, processes)->pid, 52U);
 }
 
-TEST(StreamProcess, PseudoNumbersFollowFromWhatTheClientSays) {
-    StreamEvidence machine = throughPulse("2", "firefox");
-    machine.node.machine = "there";
-    std::set<std::uint32_t> numbers;
-    for (const StreamEvidence& evidence :
-         {throughPulse("2", "firefox"), throughPulse("3", "firefox"), throughPulse("2", "chrome"),
-          throughPulseOf("org.example.A", "2", "firefox"),
-          throughPulseOf("org.example.B", "2", "firefox"), machine}) {
-        const auto process = identifyStream(evidence, processes);
-        StreamEvidence again = evidence;
-        again.appeared = late;
-        EXPECT_EQ(identifyStream(again, processes)->pid, process->pid);
-        EXPECT_EQ(identifyStream(again, processes)->identity, process->identity);
-        numbers.insert(process->pid);
-    }
-    EXPECT_EQ(numbers.size(), 6U);
-}
-
-TEST(StreamProcess, ProcessesOfOneSandboxedApplicationAreOneProgram) {
+TEST(StreamProcess, ASandboxedApplicationIsKnownByWhatTheKernelShows) {
     const auto fox = identifyStream(native("300"), processes);
-    EXPECT_EQ(identifyStream(native("301"), processes)->identity, fox->identity);
-    EXPECT_NE(identifyStream(native("303"), processes)->identity, fox->identity);
-    EXPECT_EQ(identifyStream(native("400"), processes)->identity,
-              identifyStream(throughPulse("401", "helper"), processes)->identity);
+    EXPECT_EQ(fox->sandbox, "org.example.Fox");
+    EXPECT_EQ(fox->proof, StreamProcess::Proof::sandbox);
+    EXPECT_EQ(identifyStream(throughPulse("401", "helper"), processes)->sandbox, "snap.player");
 
     // Two flatpaks say 2.
-    const auto throughService =
-        identifyStream(throughPulseOf("org.example.Fox", "2", "fox"), processes);
-    EXPECT_EQ(throughService->pid, 300U);
-    EXPECT_EQ(throughService->identity, fox->identity);
-    const auto owl = identifyStream(throughPulseOf("org.example.Owl", "2", "fox"), processes);
-    EXPECT_EQ(owl->pid, 303U);
+    EXPECT_EQ(identifyStream(throughPulseOf("org.example.Fox", "2", "fox"), processes)->pid, 300U);
+    EXPECT_EQ(identifyStream(throughPulseOf("org.example.Owl", "2", "fox"), processes)->pid, 303U);
     // Which process it is stays open, but not of what.
     const auto either = identifyStream(throughPulseOf("org.example.Fox", "3", "fox"), processes);
-    EXPECT_TRUE(either->isPseudo());
-    EXPECT_EQ(either->identity, fox->identity);
+    EXPECT_FALSE(either->isKnown());
+    EXPECT_EQ(either->sandbox, "org.example.Fox");
     StreamEvidence throughPortal = throughPulseOf("org.example.Fox", "2", "fox");
     throughPortal.peer = "51";
     throughPortal.node.api = "";
@@ -309,36 +276,28 @@ TEST(StreamProcess, ProcessesOfOneSandboxedApplicationAreOneProgram) {
 }
 
 TEST(StreamProcess, AnApplicationIdThatTheKernelDoesNotConfirmIsNotBelieved) {
-    const auto fox = identifyStream(native("300"), processes);
-    const auto player = identifyStream(native("100"), processes);
     for (const char* const peer : {"50", "51"}) {
         StreamEvidence evidence = throughPulseOf("org.example.Fox", "100", "pacat");
         evidence.peer = peer;
-        EXPECT_EQ(identifyStream(evidence, processes)->identity, player->identity);
+        EXPECT_EQ(identifyStream(evidence, processes)->pid, 100U);
+        EXPECT_EQ(identifyStream(evidence, processes)->sandbox, "");
         evidence.node.process = "999";
-        EXPECT_NE(identifyStream(evidence, processes)->identity, fox->identity);
+        EXPECT_EQ(identifyStream(evidence, processes)->sandbox, "");
     }
 }
 
-TEST(StreamProcess, TextsAreCutBetweenCharactersAndMadeValid) {
-    struct Case {
-        std::string claimed;
-        std::string name;
-    };
-    const std::string full(126, 'a');
-    for (const auto& [claimed, name] :
-         {Case{full + "\xC3\xA4", full}, Case{full + "bc", full + "b"},
-          Case{std::string(125, 'a') + "\xC3\xA4z", std::string(125, 'a') + "\xC3\xA4"},
-          Case{"bad\xFF\xC3 end", "bad?? end"}, Case{"\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5"},
-          Case{"overlong \xC0\xAF", "overlong ??"}, Case{"surrogate \xED\xA0\x80", "surrogate ???"},
-          Case{"cut \xE2\x82", "cut ??"}})
-        EXPECT_EQ(identifyStream(throughPulse("", claimed), processes)->name, name);
-
-    const std::string path = "/" + std::string(2000, 'd') + "/player";
-    const Processes deep({{7, {path, "player"}}});
-    const auto process = identifyStream(native("7"), deep);
-    EXPECT_EQ(process->name, "player");
-    EXPECT_EQ(process->path, path.substr(0, StreamProcess::longestPath));
+TEST(StreamProcess, TheClientsClaimsCountWhereTheNodeMakesNone) {
+    StreamEvidence evidence;
+    evidence.node.name = "of the node";
+    evidence.client.name = "of the client";
+    evidence.client.id = "id";
+    evidence.client.icon = "icon";
+    evidence.node.application = "may be said by anybody";
+    const auto claims = mergedClaims(evidence);
+    EXPECT_EQ(claims.name, "of the node");
+    EXPECT_EQ(claims.id, "id");
+    EXPECT_EQ(claims.icon, "icon");
+    EXPECT_EQ(claims.application, "");
 }
 
 TEST(StreamProcess, TheKernelKnowsThisProcess) {
@@ -346,7 +305,7 @@ TEST(StreamProcess, TheKernelKnowsThisProcess) {
     evidence.appeared = platform::ticksSinceBoot();
     const auto process = identifyStream(evidence);
     ASSERT_TRUE(process);
-    EXPECT_TRUE(process->path.ends_with("/" + process->name));
+    EXPECT_EQ(process->pid, static_cast<std::uint32_t>(::getpid()));
     EXPECT_EQ(process->startTime, platform::processStartTime(::getpid()));
 }
 

@@ -1,10 +1,11 @@
 #include "plugin/AppConnection.h"
 
 #include "comm/MVCommSocketPath.h"
+#include "platform/applications/ApplicationName.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/UnixSocket.h"
 #include "platform/processes/ProcessInfo.h"
-#include "platform/processes/StreamProcess.h"
+#include "plugin/ProgramProcess.h"
 #include "plugin/ProgramTable.h"
 #include "support/ChildProcess.h"
 #include "support/ManualClock.h"
@@ -30,8 +31,12 @@ using testing::IsEmpty;
 
 namespace {
 
-platform::StreamProcess playerOf(std::uint32_t pid) {
-    return {pid, "player", "/opt/player/player", std::nullopt, std::to_string(pid)};
+ProgramProcess processOf(std::uint32_t pid, const std::string& name) {
+    return {.pid = pid, .name = name, .path = "/opt/player/player", .startTime = {}};
+}
+
+ProgramProcess playerOf(std::uint32_t pid) {
+    return processOf(pid, "player " + std::to_string(pid));
 }
 
 /// The application's side of the socket, in a folder of its own.
@@ -121,6 +126,15 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
         changedElsewhere_.push_back(program.wanted().percent());
     }
 
+    static std::uint32_t pidOf(const support::ChildProcess& child) {
+        return static_cast<std::uint32_t>(child.pid());
+    }
+    static ProgramProcess named(const std::string& name, const support::ChildProcess& child) {
+        ProgramProcess process = processOf(pidOf(child), name);
+        process.startTime = platform::processStartTime(child.pid());
+        return process;
+    }
+
     void advance(std::chrono::milliseconds time) {
         clock_.advance(time);
         for (int i = 0; i < 3; ++i)
@@ -141,9 +155,9 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
 
 TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
     application_.listen();
-    platform::StreamProcess process = playerOf(321);
-    process.name.assign(platform::StreamProcess::longestName, 'n');
-    process.path.assign(platform::StreamProcess::longestPath, 'p');
+    ProgramProcess process = playerOf(321);
+    process.name.assign(platform::longestApplicationName, 'n');
+    process.path.assign(ProgramProcess::longestPath, 'p');
     const auto connection = AppConnection::open(loop_, process, commands_);
     ASSERT_NE(connection, nullptr);
     const MVCommCheckinMessage checkin = checkinIn(received(application_.accept()));
@@ -231,7 +245,7 @@ TEST_F(AppConnectionTest, NoConnectionWithoutAnApplication) {
 
 TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
     application_.listen();
-    Program& program = table_.join(playerOf(321), client);
+    Program& program = table_.join({playerOf(321)}, client);
     advance({});
     const FileDescriptor peer = application_.accept();
     EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
@@ -246,7 +260,7 @@ TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
 
 TEST_F(ProgramTableTest, KnowsWhatIsWantedWhoeverAskedForIt) {
     application_.listen();
-    Program& program = table_.join(playerOf(321), client);
+    Program& program = table_.join({playerOf(321)}, client);
     advance({});
     const FileDescriptor peer = application_.accept();
     const std::array<MVCommConsoleMessage, 2> sent{
@@ -266,8 +280,8 @@ TEST_F(ProgramTableTest, KnowsWhatIsWantedWhoeverAskedForIt) {
 }
 
 TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {
-    table_.join(playerOf(1), client);
-    table_.join(playerOf(2), client);
+    table_.join({playerOf(1)}, client);
+    table_.join({playerOf(2)}, client);
     advance({});
     application_.listen();
     advance(Backoff::longest);
@@ -288,22 +302,18 @@ TEST_F(ProgramTableTest, ComesBackToAnApplicationThatWasStartedAgain) {
     EXPECT_FALSE(application_.accept());
 }
 
-TEST_F(ProgramTableTest, TheProgramChecksInAnewWithTheNextOfItsProcessesAndEndsWithTheLast) {
+TEST_F(ProgramTableTest, AllProcessesOfOneNameAreOneProgramThatChecksInWithTheNextMainOne) {
     application_.listen();
-    const auto partOf = [](const support::ChildProcess& child) {
-        platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(child.pid()));
-        process.startTime = platform::processStartTime(child.pid());
-        process.identity = "one and the same";
-        return process;
-    };
     support::ChildProcess first({"sleep", "60"});
     support::ChildProcess second({"sleep", "60"});
-    Program& program = table_.join(partOf(first), client);
-    EXPECT_EQ(&table_.join(partOf(second), client), &program);
+    support::ChildProcess helper({"sleep", "60"});
+    Program& program = table_.join({named("Fox", first)}, client);
+    EXPECT_EQ(&table_.join({named("Fox", helper), named("Fox", second)}, client + 1), &program);
+    EXPECT_EQ(table_.programs().size(), 1U);
     table_.clientGone(client);
     advance({});
     const FileDescriptor peer = application_.accept();
-    EXPECT_EQ(checkinIn(received(peer)).pid, static_cast<std::uint32_t>(first.pid()));
+    EXPECT_EQ(checkinIn(received(peer)).pid, pidOf(first));
     EXPECT_FALSE(application_.accept());
     program.report(0.5F);
 
@@ -312,44 +322,113 @@ TEST_F(ProgramTableTest, TheProgramChecksInAnewWithTheNextOfItsProcessesAndEndsW
     EXPECT_THAT(levelsReceived(peer), ElementsAre(0.5F, 0.0F));
     EXPECT_EQ(::recv(peer.get(), nullptr, 0, MSG_DONTWAIT), 0);
     const FileDescriptor next = application_.accept();
-    EXPECT_EQ(checkinIn(received(next)).pid, static_cast<std::uint32_t>(second.pid()));
-    EXPECT_THAT(gone_, IsEmpty());
+    const auto checkin = checkinIn(received(next));
+    EXPECT_EQ(checkin.pid, pidOf(second)) << "the main process, although it has no stream";
+    EXPECT_STREQ(checkin.name, "Fox");
+    const MVCommConsoleMessage command{kMVCommSetVolume, static_cast<std::int32_t>(pidOf(second)),
+                                       0, 50};
+    ASSERT_EQ(::send(next.get(), &command, sizeof command, 0), ssize_t{sizeof command});
+    advance({});
+    EXPECT_EQ(program.wanted().percent(), 50);
 
     second.stop(SIGKILL);
     advance({});
-    EXPECT_EQ(::recv(next.get(), nullptr, 0, MSG_DONTWAIT), 0);
-    EXPECT_THAT(gone_, ElementsAre(static_cast<std::uint32_t>(second.pid())));
+    const FileDescriptor last = application_.accept();
+    EXPECT_EQ(checkinIn(received(last)).pid, pidOf(helper));
+    EXPECT_THAT(gone_, IsEmpty());
+    EXPECT_EQ(program.wanted().percent(), 50) << "it is the program's";
+
+    helper.stop(SIGKILL);
+    advance({});
+    EXPECT_EQ(::recv(last.get(), nullptr, 0, MSG_DONTWAIT), 0);
+    EXPECT_THAT(gone_, ElementsAre(pidOf(helper)));
+}
+
+TEST_F(ProgramTableTest, AProcessIsOfTheProgramThatItHasJoinedLast) {
+    support::ChildProcess main({"sleep", "60"});
+    support::ChildProcess helper({"sleep", "60"});
+    Program& fox = table_.join({named("Fox", helper), named("Fox", main)}, client);
+    EXPECT_EQ(fox.process().pid, pidOf(main));
+    Program& owl = table_.join({named("Owl", main)}, client + 1);
+    EXPECT_EQ(owl.process().pid, pidOf(main));
+    EXPECT_EQ(fox.process().pid, pidOf(helper)) << "two programs of one number get each command";
+    const auto known = table_.find(platform::StreamProcess{pidOf(main), named("", main).startTime});
+    EXPECT_TRUE(known && known->name == "Owl");
+    EXPECT_FALSE(table_.find(platform::StreamProcess{pidOf(main), 1}));
+}
+
+TEST_F(ProgramTableTest, ANewNameMovesTheProcesses) {
+    support::ChildProcess main({"sleep", "60"});
+    support::ChildProcess helper({"sleep", "60"});
+    support::ChildProcess alone({"sleep", "60"});
+    table_.join({named("Fox", helper), named("Fox", main)}, client);
+    table_.join({named("Fox", alone)}, client);
+    Program& owl = table_.join({{.pid = 0, .name = "Owl", .path = {}, .startTime = {}}}, client);
+    const auto renamed = [&](const std::string& fox) {
+        table_.rename([&](const ProgramProcess& process) {
+            StreamPlayer player{process};
+            if (process.name != "Owl")
+                player.process.name = fox;
+            if (process.pid == pidOf(helper))
+                player.main = named(fox, main);
+            if (process.pid == pidOf(main))
+                player.process.name = "not by itself";
+            return player;
+        });
+        std::vector<std::string> names;
+        for (const auto& program : table_.programs())
+            names.push_back(program->process().name);
+        return names;
+    };
+    EXPECT_THAT(renamed("Fox"), ElementsAre("Fox", "Owl")) << "nothing has changed";
+    EXPECT_THAT(renamed("Fuchs"), ElementsAre("Owl", "Fuchs"));
+    const Program* const fuchs = table_.find(std::string("Fuchs"));
+    ASSERT_NE(fuchs, nullptr);
+    EXPECT_EQ(fuchs->process().pid, pidOf(main));
+    EXPECT_EQ(fuchs->life().members().size(), 3U);
+    EXPECT_THAT(renamed("Owl"), ElementsAre("Owl"));
+    EXPECT_EQ(owl.life().members().size(), 4U);
 }
 
 TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {
-    platform::StreamProcess process = playerOf(static_cast<std::uint32_t>(::getpid()));
+    ProgramProcess process = playerOf(static_cast<std::uint32_t>(::getpid()));
     process.startTime = platform::processStartTime(::getpid());
-    Program& earlier = table_.join(process, client);
-    EXPECT_EQ(&table_.join(process, client), &earlier);
+    Program& earlier = table_.join({process}, client);
+    EXPECT_EQ(&table_.join({process}, client), &earlier);
     process.startTime = *process.startTime + 1;
-    process.identity += " later";
-    table_.join(process, client);
+    table_.join({process}, client);
     EXPECT_THAT(gone_, ElementsAre(process.pid));
     EXPECT_EQ(table_.programs().size(), 1U);
 }
 
 TEST_F(ProgramTableTest, AProgramWithoutAProcessGoesWithItsLastClientAndComesBackAsItWas) {
-    platform::StreamProcess remote = playerOf(platform::StreamProcess::lastPseudoProcess);
-    remote.identity = "one";
-    platform::StreamProcess other = remote;
-    other.identity = "two";
-    Program& one = table_.join(remote, client);
-    EXPECT_EQ(&table_.join(remote, client + 1), &one);
-    Program& two = table_.join(other, client + 2);
-    EXPECT_EQ(one.process().pid, remote.pid);
-    EXPECT_EQ(two.process().pid, platform::StreamProcess::firstPseudoProcess);
+    const ProgramProcess remote = processOf(0, "one");
+    Program& one = table_.join({remote}, client);
+    EXPECT_EQ(&table_.join({remote}, client + 1), &one);
+    const std::uint32_t number = one.process().pid;
+    const std::uint32_t other = table_.join({processOf(0, "two")}, client + 2).process().pid;
+    EXPECT_TRUE(PseudoNumbers::isOne(number) && PseudoNumbers::isOne(other));
+    EXPECT_NE(number, other);
     table_.clientGone(client);
     EXPECT_THAT(gone_, IsEmpty());
     table_.clientGone(client + 1);
     table_.clientGone(client + 2);
-    EXPECT_THAT(gone_, ElementsAre(remote.pid, platform::StreamProcess::firstPseudoProcess));
+    EXPECT_THAT(gone_, ElementsAre(number, other));
+    EXPECT_EQ(table_.join({processOf(0, "two")}, client).process().pid, other);
+    EXPECT_EQ(table_.join({remote}, client).process().pid, number);
+}
 
-    EXPECT_EQ(table_.join(other, client).process().pid,
-              platform::StreamProcess::firstPseudoProcess);
-    EXPECT_EQ(table_.join(remote, client).process().pid, remote.pid);
+TEST(PseudoNumbers, AreOfOneProgramEachAlsoWhereTheirNamesSuggestTheSame) {
+    // Two names of one hash.
+    const std::string name = "name 210927";
+    const std::string twin = "name 389256";
+    PseudoNumbers numbers;
+    const std::uint32_t first = numbers.take(name);
+    const std::uint32_t second = numbers.take(twin);
+    EXPECT_EQ(second, first + 1);
+    EXPECT_EQ(numbers.take(name), first);
+    EXPECT_EQ(numbers.take(twin), second);
+    numbers.release(name);
+    numbers.release(twin);
+    EXPECT_EQ(numbers.take(twin), second) << "it keeps what it has been known by";
 }

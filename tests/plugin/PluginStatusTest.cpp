@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using platform::StreamProcess;
+using Proof = platform::StreamProcess::Proof;
+using Evidence = platform::NameEvidence;
 
 namespace {
 
@@ -15,7 +16,8 @@ StreamProps propsOf(std::vector<float> volumes, bool mute, float volume = 1.0F) 
 TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
     PluginStatus status{true, {}};
     status.programs.push_back(
-        {{321, "player", "/opt/player/player", 7, "", StreamProcess::Proof::peer},
+        {{321, "Player", "/opt/player/player", 7, Proof::peer, Evidence::program,
+          "/usr/share/applications/player.desktop"},
          {gainOfPercent(50), true},
          {gainOfPercent(30), std::nullopt},
          true,
@@ -24,7 +26,7 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
           {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}},
          false,
          {}});
-    status.programs.push_back({{StreamProcess::firstPseudoProcess, "radio", "", {}},
+    status.programs.push_back({{1073741824, "radio", "", {}, Proof::none, Evidence::clientName},
                                {},
                                {{}, false},
                                false,
@@ -34,15 +36,17 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
-              "player (pid 321, /opt/player/player, vouched for by the kernel): "
+              "Player (pid 321, /opt/player/player, vouched for by the kernel): "
               "wanted 50 % muted, remembered 30 %\n"
+              "    This application starts the program. (/usr/share/applications/player.desktop)\n"
               "    stream 45 plays: wanted 50 % muted, has 50 % muted\n"
               "    stream 46 pauses: nothing wanted, volume not known yet\n"
               "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
               "radio (pid 1073741824, path unknown, claimed only, number of our own): "
               "nothing wanted, remembered not muted, ignored, the application does not know of it; "
               "can't be set: It is "
-              "\"odd\".\n");
+              "\"odd\".\n"
+              "    The program calls itself so.\n");
 }
 
 TEST(PluginStatus, TellsWhatIsMissing) {
@@ -55,9 +59,21 @@ TEST(PluginStatus, TellsWhatIsMissing) {
 
 TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
     PluginStatus status;
-    status.programs.push_back(
-        {{1, "a\nsound server: gone\x1b[2J", "/\u202e\xff", {}}, {}, {}, true, {}, false, {}});
+    status.programs.push_back({{1,
+                                "a\nsound server: gone\x1b[2J",
+                                "/\u202e\xff",
+                                {},
+                                Proof::peer,
+                                Evidence::program,
+                                "/b\n.desktop"},
+                               {},
+                               {},
+                               true,
+                               {},
+                               false,
+                               {}});
     EXPECT_NE(describe(status).find("\na\\nsound server: gone\\u001b[2J (pid 1, /\\u202e\\xff, "),
               std::string::npos)
         << describe(status);
+    EXPECT_NE(describe(status).find("(/b\\n.desktop)\n"), std::string::npos) << describe(status);
 }

@@ -120,6 +120,18 @@ TEST(Preferences, ValuesThatMakeNoSenseCountAsMissing) {
     }
 }
 
+TEST(Preferences, TheLanguageIsATextOrNotSaid) {
+    const auto languageIn = [](const char* value) {
+        const auto preferences =
+            parsePreferences(plist(std::string("<key>MessageLanguage</key>") + value));
+        return preferences ? preferences->language : "damaged";
+    };
+    EXPECT_EQ(languageIn("<string>de_DE</string>"), "de_DE");
+    EXPECT_EQ(languageIn("<string/>"), "");
+    EXPECT_EQ(languageIn("<integer>3</integer>"), "");
+    EXPECT_EQ(parsePreferences(plist(""))->language, "");
+}
+
 TEST(Preferences, NamesAreFoundAsTheApplicationKeepsThem) {
     EXPECT_EQ(settingsKey("coreaudiod"), "Sound Effects");
     EXPECT_EQ(settingsKey("Rock & Röll\n"), "Rock & Röll\n");

@@ -11,9 +11,11 @@ namespace {
 
 constexpr std::uint32_t client = 40;
 constexpr std::uint32_t otherClient = 41;
+constexpr auto main = ProgramLife::Role::main;
+constexpr auto helper = ProgramLife::Role::helper;
 
-platform::StreamProcess processOf(const support::ChildProcess& child) {
-    platform::StreamProcess process;
+ProgramProcess processOf(const support::ChildProcess& child) {
+    ProgramProcess process;
     process.pid = static_cast<std::uint32_t>(child.pid());
     process.startTime = platform::processStartTime(child.pid());
     return process;
@@ -28,12 +30,13 @@ class ProgramLifeTest : public testing::Test {
     std::unique_ptr<ProgramLife> life_ =
         std::make_unique<ProgramLife>(loop_, [this] { ++changes_; });
     support::ChildProcess child_{{"sleep", "60"}};
+    support::ChildProcess other_{{"sleep", "60"}};
 };
 
 } // namespace
 
 TEST_F(ProgramLifeTest, AProcessIsWatchedWhateverBecomesOfItsClients) {
-    life_->join(processOf(child_), client);
+    life_->join(processOf(child_), client, main);
     life_->clientGone(client);
     EXPECT_EQ(first(), processOf(child_).pid);
     child_.stop(SIGKILL);
@@ -42,14 +45,27 @@ TEST_F(ProgramLifeTest, AProcessIsWatchedWhateverBecomesOfItsClients) {
     EXPECT_EQ(changes_, 1);
 }
 
+TEST_F(ProgramLifeTest, AMainProcessComesFirstWheneverItHasJoined) {
+    life_->join(processOf(child_), client, helper);
+    EXPECT_EQ(first(), processOf(child_).pid);
+    life_->join(processOf(other_), client, main);
+    EXPECT_EQ(first(), processOf(other_).pid);
+    const ProgramProcess ended = processOf(other_);
+    other_.stop(SIGKILL);
+    loop_.turn();
+    EXPECT_EQ(first(), processOf(child_).pid) << "the helper plays on";
+    EXPECT_FALSE(life_->contains(ended));
+    EXPECT_TRUE(life_->contains(processOf(child_)));
+}
+
 TEST_F(ProgramLifeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
-    platform::StreamProcess ended = processOf(child_);
+    const ProgramProcess ended = processOf(child_);
     child_.stop(SIGKILL);
-    platform::StreamProcess numberUsedAgain = ended;
+    ProgramProcess numberUsedAgain = ended;
     numberUsedAgain.pid = static_cast<std::uint32_t>(::getpid());
-    for (const platform::StreamProcess& process : {ended, numberUsedAgain}) {
-        life_->join(process, client);
-        life_->join(process, otherClient);
+    for (const ProgramProcess& process : {ended, numberUsedAgain}) {
+        life_->join(process, client, main);
+        life_->join(process, otherClient, main);
         loop_.turn();
         life_->clientGone(client);
         EXPECT_EQ(first(), process.pid);
@@ -58,16 +74,22 @@ TEST_F(ProgramLifeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
     }
 }
 
-TEST_F(ProgramLifeTest, OnlyTheErrorIsWithdrawn) {
-    const platform::StreamProcess process = processOf(child_);
-    life_->join(process, client);
-    life_->join(process, client);
+TEST_F(ProgramLifeTest, OnlyTheErrorIsWithdrawnAndOnlyTheProcessReleased) {
+    const ProgramProcess process = processOf(child_);
+    life_->join(process, client, main);
+    life_->join(process, client, main);
     life_->withdraw(process, client);
     EXPECT_EQ(first(), process.pid);
     life_->withdraw(process, client);
     EXPECT_EQ(first(), 0U);
     life_->withdraw(process, client);
     EXPECT_EQ(changes_, 1);
+
+    life_->join(process, client, main);
+    life_->join(process, client, main);
+    life_->join(processOf(other_), client, main);
+    life_->release(process, otherClient);
+    EXPECT_EQ(first(), processOf(other_).pid) << "whichever client it is by";
 }
 
 TEST_F(ProgramLifeTest, MayBeDestroyedWhenItEnds) {
@@ -75,7 +97,7 @@ TEST_F(ProgramLifeTest, MayBeDestroyedWhenItEnds) {
         ++changes_;
         life_.reset();
     });
-    life_->join(processOf(child_), client);
+    life_->join(processOf(child_), client, main);
     child_.stop(SIGKILL);
     loop_.turn();
     EXPECT_EQ(life_, nullptr);

@@ -77,6 +77,11 @@ std::vector<std::string> commandLine(Tone::Player player, const std::string& fil
 
 } // namespace
 
+Tone::Tone(const std::string& name, unsigned frequency, double peak)
+    : copy_(std::in_place, executable(Player::pwCat), name)
+    , player_(
+          {copy_->path(), "--playback", writeWave(folder_.path() / "tone.wav", frequency, peak)}) {}
+
 Tone::Tone(Player player, unsigned frequency, double peak, const std::string& target,
            const std::string& role)
     : player_(commandLine(player, writeWave(folder_.path() / "tone.wav", frequency, peak), target,

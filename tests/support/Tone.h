@@ -1,9 +1,11 @@
 #pragma once
 
 #include "support/ChildProcess.h"
+#include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace support {
@@ -15,6 +17,9 @@ class Tone {
     /// pwCat speaks to PipeWire itself, paplay through its PulseAudio service. They are different
     /// executables, hence different applications.
     enum class Player { pwCat, paplay };
+
+    /// A copy of pw-cat under another name, which is another application.
+    Tone(const std::string& name, unsigned frequency, double peak);
 
     /// `peak` is linear, 0 to 1. `target` is the node.name of a sink; empty: the default one.
     /// `role` is the media.role of the stream; empty: the player's own.
@@ -29,6 +34,7 @@ class Tone {
 
   private:
     const PrivateFolder folder_;
+    const std::optional<NamedCopy> copy_;
     ChildProcess player_;
 };
 

@@ -36,8 +36,6 @@ const char* describe(NameEvidence evidence) noexcept {
         return "The program runs in this application's sandbox.";
     case NameEvidence::program:
         return "This application starts the program.";
-    case NameEvidence::window:
-        return "The program's window belongs to this application.";
     case NameEvidence::launch:
         return "The desktop has started the program as this application.";
     case NameEvidence::family:

@@ -19,7 +19,6 @@ enum class NameEvidence {
     none,          ///< nothing is known
     sandbox,       ///< the sandbox that the process runs in
     program,       ///< the desktop entry that starts the executable or the script
-    window,        ///< what its own window calls the application
     launch,        ///< the desktop entry that the desktop has started this very process from
     family,        ///< the application that the process is a helper of
     unit,          ///< the systemd unit that a desktop has made for the application
@@ -56,6 +55,9 @@ struct ApplicationIdentity {
     /// question belongs to, or that one itself. 0 where no process is known.
     pid_t mainProcess = 0;
 
+    /// Of the main process, in clock ticks since boot: tells it from a later one of its number.
+    std::uint64_t mainStartTime = 0;
+
     std::string entry;     ///< the id of the desktop entry, without ".desktop"; empty without one
     std::string entryPath; ///< the entry's file
 
@@ -76,12 +78,15 @@ struct ApplicationIdentity {
 /// one that only runs.
 ///
 /// What a process is itself comes first: the application of its sandbox, the desktop entry that
-/// starts its executable or the script that it interprets, what its windows say. Only a process
-/// that is nothing by itself gets a name from others: from the process that it is a helper of, or
+/// starts its executable or the script that it interprets. Only a process that is nothing by itself
+/// gets a name from others: from the process that it is a helper of, or
 /// from the systemd unit that the desktop has made for it. Terminals, shells, editors, starters of
 /// games and the desktop itself lend their name to nobody: a player that somebody starts in a
 /// terminal is that player. What a client claims counts last, and not at all when it is what a
 /// sound library says by itself, or the tool that plays for another program.
+///
+/// Nothing counts that only some can see: what the process's windows say, which a service does not
+/// know, or which desktop it is. So whoever asks gets the same name.
 ///
 /// Answers are kept by process number and start time, until the desktop entries change. A process
 /// that runs another program than at the first question keeps its name; see forget(). One thread.

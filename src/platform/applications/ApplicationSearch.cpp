@@ -53,7 +53,7 @@ const DesktopEntry* bestOf(const Found& found, const ProcessRecord& process,
         };
         const auto given = std::ranges::count_if(wanted, isGiven);
         const auto missing = static_cast<std::ptrdiff_t>(wanted.size()) - given;
-        return std::tuple(entry == launched, -missing, given, entry->isShown,
+        return std::tuple(entry == launched, -missing, given, entry->isForPeople,
                           entry->id == fileName(entry->command.subject()));
     };
     const auto best = std::ranges::max_element(found, {}, rank);
@@ -96,6 +96,7 @@ ApplicationIdentity ApplicationSearch::answer() {
     const Member& main = family_.back();
     ApplicationIdentity identity;
     identity.mainProcess = main.process.pid;
+    identity.mainStartTime = main.process.startTime;
     identity.executable =
         main.process.appImage.empty() ? main.process.executable : main.process.appImage;
     if (!answerByEntry(identity) && !answerByGame(identity) && !answerByClaim(identity))
@@ -115,8 +116,7 @@ ApplicationSearch::Member ApplicationSearch::look(ProcessRecord process) const {
         return entry != nullptr;
     };
     if (have(sandboxEntry(member), NameEvidence::sandbox) ||
-        have(programEntry(member), NameEvidence::program) ||
-        have(windowEntry(member), NameEvidence::window))
+        have(programEntry(member), NameEvidence::program))
         return member;
     if (!member.process.launchedEntry.empty())
         have(entries_.ofFile(member.process.launchedEntry), NameEvidence::launch);
@@ -132,7 +132,7 @@ const DesktopEntry* ApplicationSearch::sandboxEntry(const Member& member) const 
         const std::string name =
             member.process.sandbox.substr(member.process.sandbox.find('.') + 1);
         const auto rank = [&](const DesktopEntry* entry) {
-            return std::tuple(entry->snapPart == part, entry->snapPart == name, entry->isShown);
+            return std::tuple(entry->snapPart == part, entry->snapPart == name, entry->isForPeople);
         };
         const auto best = std::ranges::max_element(found, {}, rank);
         return best != found.end() ? *best : nullptr;
@@ -189,14 +189,6 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
         std::erase_if(found, [](const DesktopEntry* entry) { return entry->startsOthers; });
     }
     return bestOf(found, member.process, entries_.ofFile(member.process.launchedEntry));
-}
-
-const DesktopEntry* ApplicationSearch::windowEntry(const Member& member) const {
-    for (const std::string& window : member.process.windows) {
-        if (const Found found = entries_.ofWindow(window); !found.empty())
-            return bestOf(found, member.process, nullptr);
-    }
-    return nullptr;
 }
 
 void ApplicationSearch::climb() {

@@ -32,7 +32,6 @@ class ApplicationSearch {
     bool isOfCarrier(const Member& member) const;
     const DesktopEntry* programEntry(const Member& member) const;
     const DesktopEntry* namedEntry(const Member& member) const;
-    const DesktopEntry* windowEntry(const Member& member) const;
 
     void climb();
     bool isFamily(const Member& child, const Member& parent) const;

@@ -169,6 +169,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
         return std::nullopt;
     entry.icon = file.localText("Icon", surroundings.languages);
     entry.windowClass = file.text("StartupWMClass");
+    entry.isForPeople = !file.isTrue("NoDisplay");
     entry.isShown = isShownOn(file, surroundings.desktops);
     entry.isTerminal = file.isTrue("Terminal");
     readCommand(file, files, entry);

@@ -41,7 +41,8 @@ struct DesktopEntry {
     std::string flatpak;     ///< the flatpak that it starts
     std::string snap;        ///< the snap that it starts, as "snap.name", and its part
     std::string snapPart;
-    bool isShown = false; ///< in the menus of this desktop
+    bool isShown = false;     ///< in the menus of this desktop
+    bool isForPeople = false; ///< in the menus of some desktop, whichever this is
     bool isTerminal = false;
 
     /// Whether the program is a terminal, an editor, a starter of games or a file manager.

@@ -28,7 +28,8 @@ struct ProcessRecord {
     std::string appImage;
 
     /// What the process's windows call their application (X11's class, Wayland's app id), where
-    /// somebody has seen windows.
+    /// somebody has seen windows. They tell that a person sees the program, not its name: see
+    /// ApplicationResolver.
     std::vector<std::string> windows = {};
 };
 

@@ -2,7 +2,6 @@
 
 #include "platform/processes/ProcessInfo.h"
 #include "platform/processes/ProcessSandbox.h"
-#include "platform/text/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +10,7 @@
 #include <fstream>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace platform {
 
@@ -36,71 +36,6 @@ std::optional<pid_t> processIn(std::string_view text) {
 
 std::string fileNameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
-}
-
-/// The beginning of `text` that fits; bytes that are no UTF-8 become question marks.
-std::string fitting(std::string_view text, std::size_t longest) {
-    std::string result;
-    while (!text.empty() && text.front() != '\0') {
-        const std::size_t length = utf8Length(text);
-        const std::size_t taken = std::max<std::size_t>(length, 1);
-        if (result.size() + taken > longest)
-            break;
-        if (length == 0)
-            result += '?';
-        else
-            result += text.substr(0, length);
-        text.remove_prefix(taken);
-    }
-    return result;
-}
-
-/// What the node claims, with the claims of its client where it has none.
-StreamClaims claimsOf(const StreamEvidence& evidence) {
-    StreamClaims claims = evidence.node;
-    for (const auto field :
-         {&StreamClaims::process, &StreamClaims::binary, &StreamClaims::name, &StreamClaims::host,
-          &StreamClaims::machine, &StreamClaims::api, &StreamClaims::serverType}) {
-        if ((claims.*field).empty())
-            claims.*field = evidence.client.*field;
-    }
-    claims.application = evidence.client.application;
-    return claims;
-}
-
-/// A name for a stream whose executable is unknown.
-std::string claimedName(const StreamClaims& claims) {
-    for (const std::string& claim : {claims.binary, claims.name, claims.application}) {
-        if (!claim.empty())
-            return claim;
-    }
-    return "unknown";
-}
-
-std::string claimedIdentity(const StreamClaims& claims) {
-    if (!claims.application.empty())
-        return "claim\n" + claims.application;
-    return "claim\n" + (claims.machine.empty() ? claims.host : claims.machine) + "\n" +
-           claims.process + "\n" + claimedName(claims);
-}
-
-std::string sandboxIdentity(const std::string& application) {
-    return "sandbox\n" + application;
-}
-
-std::uint32_t pseudoNumber(std::string_view identity) {
-    // FNV-1a, since it has to be the same in each run.
-    std::uint32_t hash = 2166136261U;
-    for (const char each : identity)
-        hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;
-    constexpr std::uint32_t first = StreamProcess::firstPseudoProcess;
-    return first + hash % (StreamProcess::lastPseudoProcess - first + 1);
-}
-
-StreamProcess pseudoProcess(const StreamClaims& claims, std::string identity) {
-    const std::uint32_t number = pseudoNumber(identity);
-    return {number, fitting(claimedName(claims), StreamProcess::longestName), "", std::nullopt,
-            std::move(identity)};
 }
 
 /// The file name of the executable, or what the kernel calls the process.
@@ -135,24 +70,13 @@ bool isOlderThanClient(pid_t process, const StreamEvidence& evidence,
     return start && (!evidence.appeared || *start <= *evidence.appeared);
 }
 
-StreamProcess certainProcess(pid_t process, StreamProcess::Proof proof, const StreamClaims& claims,
+StreamProcess certainProcess(pid_t process, StreamProcess::Proof proof,
                              const StreamProcessFacts& facts) {
-    const std::string path = facts.executablePath(process).value_or("");
-    std::string name = fileNameOf(path);
-    if (name.empty())
-        name = facts.commandName(process).value_or("");
-    if (name.empty())
-        name = claimedName(claims);
-    const auto start = facts.startTime(process);
-    const std::string application = facts.application(process);
-    return {static_cast<std::uint32_t>(process),
-            fitting(name, StreamProcess::longestName),
-            fitting(path, StreamProcess::longestPath),
-            start,
-            application.empty()
-                ? "process\n" + std::to_string(process) + "\n" + std::to_string(start.value_or(0))
-                : sandboxIdentity(application),
-            application.empty() ? proof : StreamProcess::Proof::sandbox};
+    std::string sandbox = facts.application(process);
+    if (!sandbox.empty())
+        proof = StreamProcess::Proof::sandbox;
+    return {static_cast<std::uint32_t>(process), facts.startTime(process), std::move(sandbox),
+            proof};
 }
 
 /// The processes that a claim may mean.
@@ -223,13 +147,14 @@ class Candidates {
 StreamProcess claimedProcess(const StreamEvidence& evidence, const StreamClaims& claims,
                              const StreamProcessFacts& facts) {
     if (claims.serverType == "tcp")
-        return pseudoProcess(claims, claimedIdentity(claims));
+        return {};
     const Candidates candidates(evidence, claims, facts);
     if (const auto process = candidates.only())
-        return certainProcess(*process, StreamProcess::Proof::claim, claims, facts);
-    return pseudoProcess(claims, candidates.isApplicationConfirmed()
-                                     ? sandboxIdentity(claims.application)
-                                     : claimedIdentity(claims));
+        return certainProcess(*process, StreamProcess::Proof::claim, facts);
+    StreamProcess unknown;
+    if (candidates.isApplicationConfirmed())
+        unknown.sandbox = claims.application;
+    return unknown;
 }
 
 /// Whether the client that the peer connected for is another process, as far as can be told.
@@ -249,6 +174,19 @@ std::string lineIn(const char* path) {
 }
 
 } // namespace
+
+StreamClaims mergedClaims(const StreamEvidence& evidence) {
+    StreamClaims claims = evidence.node;
+    for (const auto field :
+         {&StreamClaims::process, &StreamClaims::binary, &StreamClaims::name, &StreamClaims::id,
+          &StreamClaims::icon, &StreamClaims::host, &StreamClaims::machine, &StreamClaims::api,
+          &StreamClaims::serverType}) {
+        if ((claims.*field).empty())
+            claims.*field = evidence.client.*field;
+    }
+    claims.application = evidence.client.application;
+    return claims;
+}
 
 std::vector<pid_t> StreamProcessFacts::processesNumbered(pid_t own) const {
     return numbers_.find(own);
@@ -292,10 +230,10 @@ std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts) {
     if (evidence.peer.empty())
         return std::nullopt;
-    const StreamClaims claims = claimsOf(evidence);
+    const StreamClaims claims = mergedClaims(evidence);
     const auto peer = processIn(evidence.peer);
     if (!peer) // of a pid namespace that the server does not see into
-        return pseudoProcess(claims, claimedIdentity(claims));
+        return StreamProcess{};
     const std::string name = programName(*peer, facts);
     if (isSoundServer(name)) {
         if (claims.api != pulseApi)
@@ -306,8 +244,8 @@ std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
         return claimedProcess(evidence, claims, facts);
     const bool isReused = facts.startTime(*peer) && !isOlderThanClient(*peer, evidence, facts);
     if (isReused || isForwarded(*peer, name, claims, facts))
-        return pseudoProcess(claims, claimedIdentity(claims));
-    return certainProcess(*peer, StreamProcess::Proof::peer, claims, facts);
+        return StreamProcess{};
+    return certainProcess(*peer, StreamProcess::Proof::peer, facts);
 }
 
 } // namespace platform

@@ -16,6 +16,8 @@ struct StreamClaims {
     std::string process;     ///< application.process.id, as the process itself counts
     std::string binary;      ///< application.process.binary
     std::string name;        ///< application.name
+    std::string id;          ///< application.id
+    std::string icon;        ///< application.icon-name
     std::string host;        ///< application.process.host
     std::string machine;     ///< application.process.machine-id
     std::string api;         ///< client.api
@@ -37,40 +39,31 @@ struct StreamEvidence {
     bool operator==(const StreamEvidence&) const = default;
 };
 
-/// The program behind a stream, ready for a check-in. The texts are valid UTF-8; longer ones were
-/// cut between two characters.
-struct StreamProcess {
-    static constexpr std::size_t longestName = 127;
-    static constexpr std::size_t longestPath = 1023;
+/// What the node claims, with the claims of its client where it has none.
+StreamClaims mergedClaims(const StreamEvidence& evidence);
 
-    std::uint32_t pid = 0; ///< a process, or a number from firstPseudoProcess up
-    std::string name;      ///< file name of the executable, else what the stream calls itself
-    std::string path;      ///< full path of the executable; empty when unknown
+/// The process behind a stream, as far as there is one to be seen.
+struct StreamProcess {
+    std::uint32_t pid = 0; ///< 0: nobody knows the process
 
     /// Set for a process that is certain and can be looked at; tells it from a later one of the
     /// same number.
     std::optional<std::uint64_t> startTime;
 
-    /// The same for all processes that are one program: those of one sandboxed application;
-    /// otherwise each is one of its own. Without a process, what the client says of itself; the
-    /// pseudo number follows from it, so it comes out the same each time, but may be that of
-    /// another program too.
-    std::string identity = {};
+    /// The application of a sandbox that the kernel shows for it, also where several processes of
+    /// that application may be meant; see sandboxApplication().
+    std::string sandbox = {};
 
     /// What vouches for the process.
     enum class Proof {
-        none,    ///< nothing: the number is of our own making, the name claimed
+        none,    ///< nothing: it is not known, and its name is claimed
         peer,    ///< the kernel: it is the sound server's peer
         claim,   ///< a claim that turned out to be true
         sandbox, ///< the sandbox that it runs in
     };
     Proof proof = Proof::none;
 
-    /// No kernel gives a process such a number (its limit is 2^22).
-    static constexpr std::uint32_t firstPseudoProcess = 0x40000000;
-    static constexpr std::uint32_t lastPseudoProcess = 0x7FFFFFFE;
-
-    bool isPseudo() const noexcept { return pid >= firstPseudoProcess; }
+    bool isKnown() const noexcept { return pid != 0; }
 };
 
 /// The facts about processes and the machine that identifying a stream needs. The default asks the
@@ -97,7 +90,7 @@ class StreamProcessFacts {
     mutable ProcessNumbers numbers_;
 };
 
-/// Finds the program that plays a stream.
+/// Finds the process that plays a stream.
 ///
 /// The kernel vouches for the process of a client that speaks to the server directly, whatever the
 /// client says. A client of the PulseAudio protocol comes through a daemon, so that all there is is
@@ -106,8 +99,8 @@ class StreamProcessFacts {
 /// client. A sandboxed application is known by what the kernel shows of its process; that the
 /// server names one is not enough, because clients can make it say so.
 ///
-/// Clients from elsewhere, and those whose claim fits no process, get a pseudo number. Nothing for
-/// a stream that the sound server plays itself. Any thread; may read all of /proc.
+/// The process of clients from elsewhere, and of those whose claim fits none, is not known. Nothing
+/// for a stream that the sound server plays itself. Any thread; may read all of /proc.
 std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts = {});
 

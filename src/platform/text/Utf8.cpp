@@ -1,5 +1,6 @@
 #include "platform/text/Utf8.h"
 
+#include <algorithm>
 #include <array>
 
 namespace platform {
@@ -40,6 +41,22 @@ char32_t utf8Character(std::string_view bytes) noexcept {
     for (const char byte : bytes.substr(1))
         character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
     return character;
+}
+
+std::string fittingUtf8(std::string_view text, std::size_t longest) {
+    std::string result;
+    while (!text.empty() && text.front() != '\0') {
+        const std::size_t length = utf8Length(text);
+        const std::size_t taken = std::max<std::size_t>(length, 1);
+        if (result.size() + taken > longest)
+            break;
+        if (length == 0)
+            result += '?';
+        else
+            result += text.substr(0, length);
+        text.remove_prefix(taken);
+    }
+    return result;
 }
 
 } // namespace platform

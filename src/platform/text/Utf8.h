@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -12,5 +13,9 @@ std::size_t utf8Length(std::string_view text) noexcept;
 
 /// The character that `bytes`, those of one as utf8Length() tells them, stand for. Any thread.
 char32_t utf8Character(std::string_view bytes) noexcept;
+
+/// The beginning of a text that has at most so many bytes, cut between two characters and before
+/// any NUL. Bytes that are no UTF-8 become question marks. Any thread.
+std::string fittingUtf8(std::string_view text, std::size_t longest);
 
 } // namespace platform

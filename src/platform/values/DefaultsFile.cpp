@@ -11,8 +11,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -25,6 +27,13 @@ namespace fs = std::filesystem;
 
 bool isBusy(int result) {
     return result != 0 && (errno == EWOULDBLOCK || errno == EINTR);
+}
+
+/// Seconds and nanoseconds; each replacement of a file has one of its own.
+std::pair<std::time_t, long> lastChangeOf(const fs::path& file) {
+    struct stat facts {};
+    ::stat(file.c_str(), &facts);
+    return {facts.st_ctim.tv_sec, facts.st_ctim.tv_nsec};
 }
 
 std::string textOf(int error) {
@@ -171,18 +180,25 @@ std::optional<QByteArray> DefaultsFile::readAll(int file, const struct stat& sta
 }
 
 /// Empty when there is no lock to be had: a program that stands still with it, or a file system
-/// that knows none, must not cost our values.
+/// that knows none, must not cost our values. Nobody stands still while the file is being replaced:
+/// then another program is only busier than we are, and going on without the lock would lose what
+/// it saves.
 FileDescriptor DefaultsFile::lock() const {
     constexpr int attempts = 200;
+    constexpr int busyAttempts = 10 * attempts;
     constexpr std::chrono::milliseconds pause{5};
     const fs::path name = target_.parent_path() / ("." + target_.filename().string() + ".lock");
     FileDescriptor file(
         ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
     if (!file)
         return {};
+    auto seen = lastChangeOf(target_);
     int result = ::flock(file.get(), LOCK_EX | LOCK_NB);
-    for (int i = 0; i < attempts && isBusy(result); ++i) {
+    for (int i = 0, still = 0; i < busyAttempts && still < attempts && isBusy(result); ++i) {
         std::this_thread::sleep_for(pause);
+        const auto now = lastChangeOf(target_);
+        still = now == seen ? still + 1 : 0;
+        seen = now;
         result = ::flock(file.get(), LOCK_EX | LOCK_NB);
     }
     return result == 0 ? std::move(file) : FileDescriptor();

@@ -14,7 +14,6 @@ const std::map<std::string, NameEvidence> evidences{
     {"none", NameEvidence::none},
     {"sandbox", NameEvidence::sandbox},
     {"program", NameEvidence::program},
-    {"window", NameEvidence::window},
     {"launch", NameEvidence::launch},
     {"family", NameEvidence::family},
     {"unit", NameEvidence::unit},

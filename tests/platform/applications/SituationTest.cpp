@@ -60,6 +60,9 @@ TEST_P(SituationTest, IsSeenAsAPersonWouldSeeIt) {
     for (const Situation::Question& question : situation_.questions()) {
         platform::ApplicationIdentity found = answer(question);
         found.entryPath.clear(); // lies in the test's own folder
+        const auto start = situation_.processes().startTime(found.mainProcess);
+        EXPECT_EQ(found.mainStartTime, start.value_or(0)) << question.title;
+        found.mainStartTime = 0;
         EXPECT_EQ(found, question.expected) << question.title;
     }
 }
