@@ -21,7 +21,7 @@
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
 #include "ui/VolumeWindow.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/theme/CurrentTheme.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -172,7 +172,7 @@ void MVAppController::storeMessageLanguage() {
 }
 
 void MVAppController::makeWindow() {
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    const MVBlackTheme& theme = CurrentTheme::theme();
     platform::Workspace::shared().setTileColors(
         {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
     volumeController_ =
@@ -181,6 +181,7 @@ void MVAppController::makeWindow() {
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
+    connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });

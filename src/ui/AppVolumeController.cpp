@@ -229,10 +229,13 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
 void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     if (isRestoring_)
         return;
+    const int before = percentOf(app);
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
     keepSetting(app.displayName());
+    if (gestures_.volumeChanged)
+        gestures_.volumeChanged(app, before, percent);
 }
 
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
@@ -241,6 +244,8 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
     keepSetting(app.displayName());
+    if (gestures_.muteChanged)
+        gestures_.muteChanged(app, app.muted());
 }
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
@@ -248,11 +253,15 @@ void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
     if (percentOf(app) != VolumeNumbers::percentOfFraction(fraction))
         sliderChanged(app); // somebody has set another one meanwhile
     copies_.saveNow();
+    if (gestures_.volumeReleased)
+        gestures_.volumeReleased(app);
 }
 
 void AppVolumeController::setPercent(MVCommAppValue& app, int percent) {
     app.setVolume(static_cast<double>(VolumeNumbers::fractionForPercent(percent)));
     sliderChanged(app);
+    if (gestures_.volumeReleased)
+        gestures_.volumeReleased(app);
     tellItem(app);
 }
 

@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <utility>
 
 class AppVolumeView;
 class MVComm;
@@ -54,6 +55,14 @@ class AppVolumeController {
         PreferenceCopies::Folders copyFolders = PreferenceCopies::standardFolders();
     };
 
+    /// Told of what a person changes, here or by a program that asks for it, when it has been sent
+    /// and saved; not of what comes from other mixers. Each may be null.
+    struct GestureObserver {
+        std::function<void(const MVCommAppValue& app, int before, int after)> volumeChanged;
+        std::function<void(const MVCommAppValue& app)> volumeReleased; ///< that was one change
+        std::function<void(const MVCommAppValue& app, bool muted)> muteChanged;
+    };
+
     /// Those of the process.
     static Surroundings sharedSurroundings();
 
@@ -77,6 +86,9 @@ class AppVolumeController {
     /// them here, and of whether one is heard; also for a change that leaves all as it was. In
     /// place of the one before; null for none.
     void setObserver(std::function<void()> observer) { observer_ = std::move(observer); }
+
+    /// In place of the one before. What it calls must outlive the controller, or be taken away.
+    void setGestureObserver(GestureObserver observer) { gestures_ = std::move(observer); }
 
     /// In order; valid until the next merge.
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
@@ -170,6 +182,7 @@ class AppVolumeController {
     QSet<QString> toBeFreed_; // process names of ignored programs that are not connected yet
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
+    GestureObserver gestures_;
     bool isRestoring_ = false; // what changes in a record now is no gesture
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;

@@ -1,28 +1,44 @@
 #include "ui/VolumeWindow.h"
 
 #include "comm/MVCommAppValue.h"
+#include "platform/desktop/WindowPlaces.h"
+#include "platform/text/Localization.h"
 #include "platform/values/UserDefaults.h"
 #include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppVolumeController.h"
+#include "ui/OneLineText.h"
+#include "ui/VolumeMenu.h"
+#include "ui/VolumeNumbers.h"
 #include "ui/WindowSize.h"
+#include "ui/input/VolumeScrollView.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionView.h"
+#include "ui/items/MVCollectionViewTextField.h"
+#include "ui/items/MVMuteImageView.h"
+#include "ui/items/MVVolumeSlider.h"
 #include "ui/items/TNBeeper.h"
+#include "ui/theme/CurrentTheme.h"
+#include "ui/window/QNAboutBox.h"
+#include "ui/window/UndoNotice.h"
+#include "ui/window/WindowPlace.h"
 
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QScreen>
-#include <QScrollArea>
 #include <QStyle>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <chrono>
 #include <utility>
 
+using platform::formatted;
+using platform::localized;
+
 namespace {
 
-constexpr QSize usualSize(560, 6 * ItemLayout::height);
+constexpr int usualWidth = 560;
+constexpr int usualRows = 6;
 constexpr std::chrono::milliseconds restOfResizing{100};
 
 /// Takes the item of the record out of `items`; null when it has none.
@@ -44,53 +60,159 @@ VolumeWindow::sharedSurroundings(AppVolumeController& controller) {
                 const auto& defaults = platform::UserDefaults::standard();
                 return !defaults.boolean(PreferenceKeys::disableSoundEffects);
             },
-            [](float volume) { TNBeeper::sharedBeeper().beepAtVolume(volume); }};
+            [](float volume) { TNBeeper::sharedBeeper().beepAtVolume(volume); },
+            [](const QString& name) { MVIgnoredApps::sharedInstance().removeCustomIgnore(name); }};
 }
 
 VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings)
-    : surroundings_(surroundings), scrollArea_(new QScrollArea), grid_(new MVCollectionView) {
+    : MVCustomWindow(new VolumeScrollView(new MVCollectionView))
+    , history_(road(), [this] { updateMenu(); })
+    , surroundings_(surroundings)
+    , scrollView_(static_cast<VolumeScrollView*>(&contentView()))
+    , grid_(&scrollView_->grid())
+    , menu_(new VolumeMenu(*this))
+    , notice_(new UndoNotice(scrollView_)) {
     setWindowTitle(tr("Tonvale"));
-    scrollArea_->setFrameShape(QFrame::NoFrame);
-    scrollArea_->setWidgetResizable(true);
-    scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scrollArea_->setWidget(grid_);
-    auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins({});
-    layout->addWidget(scrollArea_);
+    makeMenu();
     connect(&sight_, &platform::WindowSight::changed, this, &QWidget::setUpdatesEnabled);
+    connect(notice_, &UndoNotice::undoWanted, this, [this] {
+        notice_->hide();
+        history_.undo();
+    });
     keepToWholeRows();
+    keepOnScreens();
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, [this] {
+        for (const auto& item : grid_->items())
+            item->updateControls();
+    });
+    surroundings_.controller.setGestureObserver(
+        {[this](const MVCommAppValue& app, int before, int after) {
+             history_.volumeChanged(app.displayName(), before, after);
+         },
+         [this](const MVCommAppValue& app) { history_.volumeReleased(app.displayName()); },
+         [this](const MVCommAppValue& app, bool muted) {
+             history_.muteChanged(app.displayName(), muted);
+         }});
     surroundings_.controller.setView(this);
+}
+
+/// Ignoring is undone by the window, since its item has gone by then.
+MVCollectionViewItem::Surroundings VolumeWindow::surroundingsOfItems() {
+    MVCollectionViewItem::Surroundings surroundings = surroundings_;
+    surroundings.ignore = [this](const QString& process) { ignore(process); };
+    return surroundings;
+}
+
+void VolumeWindow::ignore(const QString& process) {
+    surroundings_.ignore(process);
+    if (!surroundings_.stopIgnoring)
+        return;
+    history_.ignoredChanged(process, true);
+    notice_->tell(formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
+                            oneLineText(process)));
+}
+
+/// The controls themselves are moved, so that everything happens as if by the mouse. What has no
+/// item at the moment stays as it is.
+GestureHistory::Road VolumeWindow::road() {
+    return {[this](const QString& program, int percent) {
+                if (const MVCollectionViewItem* const item = itemOf(program)) {
+                    item->slider().setSliderValue_(VolumeNumbers::fractionForPercent(percent),
+                                                   false);
+                    item->slider().update();
+                }
+            },
+            [this](const QString& program, bool muted) {
+                const MVCollectionViewItem* const item = itemOf(program);
+                if (item != nullptr && item->representedObject()->muted() != muted)
+                    item->muteView().toggle();
+            },
+            [this](const QString& process, bool isIgnored) {
+                notice_->hide();
+                if (isIgnored)
+                    surroundings_.ignore(process);
+                else
+                    surroundings_.stopIgnoring(process);
+            }};
+}
+
+MVCollectionViewItem* VolumeWindow::itemOf(const QString& program) const {
+    const auto& items = grid_->items();
+    const auto found =
+        std::ranges::find(items, program, [](const auto& item) { return item->displayName(); });
+    return found != items.end() ? found->get() : nullptr;
+}
+
+void VolumeWindow::makeMenu() {
+    setMenu(menu_);
+    connect(menu_, &VolumeMenu::closeWanted, this, &QWidget::close);
+    connect(menu_, &VolumeMenu::quitWanted, this, &VolumeWindow::quitWanted);
+    connect(menu_, &VolumeMenu::undoWanted, this, [this] { history_.undo(); });
+    connect(menu_, &VolumeMenu::redoWanted, this, [this] { history_.redo(); });
+    connect(menu_, &VolumeMenu::ignoreWanted, this, [this] {
+        if (MVCollectionViewItem* const item = scrollView_->keyboard().current())
+            item->ignore();
+    });
+    connect(menu_, &VolumeMenu::minimizeWanted, this, &QWidget::showMinimized);
+    connect(menu_, &VolumeMenu::zoomWanted, this, &MVCustomWindow::zoom);
+    connect(menu_, &VolumeMenu::aboutWanted, this, [this] { (new QNAboutBox(this))->show(); });
+    connect(menu_, &VolumeMenu::openWanted, this, &MVCustomWindow::openMenu);
+    connect(menu_, &QMenu::aboutToShow, this, &VolumeWindow::updateMenu);
+    updateMenu();
+}
+
+void VolumeWindow::updateMenu() {
+    const MVCollectionViewItem* const item = scrollView_->keyboard().current();
+    menu_->showHistory(history_);
+    menu_->showSelection(item != nullptr ? item->label().text() : QString());
 }
 
 /// In the middle at first. Window managers that know of steps keep to them while a person pulls,
 /// the others are corrected afterwards.
 void VolumeWindow::keepToWholeRows() {
-    const QSize size = WindowSize::snapped(usualSize, {itemHeight(), titleBarHeight()}).toSize();
-    setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size,
+    const int titleBar = static_cast<int>(titleBarHeight());
+    const QSize usualSize(usualWidth, usualRows * ItemLayout::height + titleBar);
+    setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, usualSize,
                                     QWidget::screen()->availableGeometry()));
-    setBaseSize(0, static_cast<int>(titleBarHeight()));
+    setBaseSize(0, titleBar);
     setSizeIncrement(1, ItemLayout::height);
     endOfResizing_.setSingleShot(true);
     endOfResizing_.setInterval(restOfResizing);
     connect(&endOfResizing_, &QTimer::timeout, this, &VolumeWindow::snap);
+    connect(&pull(), &WindowPull::ended, this, &VolumeWindow::snap);
+}
+
+/// A screen that goes, or becomes smaller, may take the window with it.
+void VolumeWindow::keepOnScreens() {
+    const auto follow = [this](QScreen* screen) {
+        connect(screen, &QScreen::availableGeometryChanged, this, [this] { setFrame(frame()); });
+    };
+    for (QScreen* const screen : QGuiApplication::screens())
+        follow(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { setFrame(frame()); });
 }
 
 VolumeWindow::~VolumeWindow() {
+    surroundings_.controller.setGestureObserver({});
     surroundings_.controller.setView(nullptr);
 }
 
 void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
+    const auto focused = scrollView_->keyboard().currentIndex();
     MVCollectionView::Items before = grid_->takeItems();
     MVCollectionView::Items items;
     for (MVCommAppValue* const app : apps) {
         auto item = takeItem(before, app);
         if (item == nullptr)
-            item = std::make_unique<MVCollectionViewItem>(surroundings_, *app);
+            item = std::make_unique<MVCollectionViewItem>(surroundingsOfItems(), *app);
         else
             item->updateControls();
         items.push_back(std::move(item));
     }
     grid_->setItems(std::move(items));
+    before.clear();
+    scrollView_->keyboard().restoreFocus(focused);
     updateHint();
 }
 
@@ -124,21 +246,35 @@ void VolumeWindow::showProblem(const QString& text) {
 }
 
 void VolumeWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
+    MVCustomWindow::resizeEvent(event);
+    notice_->place();
     endOfResizing_.start();
 }
 
-/// Once for a size, since a window manager may insist on it.
+/// Keys that no part of the grid has had, as long as nothing in it has the focus.
+void VolumeWindow::keyPressEvent(QKeyEvent* event) {
+    scrollView_->keyPressEvent(event);
+}
+
+void VolumeWindow::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::WindowStateChange)
+        endOfResizing_.start();
+    MVCustomWindow::changeEvent(event);
+}
+
+/// Not while a person pulls. Once for a size, since a window manager may insist on it.
 void VolumeWindow::snap() {
     const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
-    if (wanted == size() || size() == insistedSize_ || isMaximized() || isFullScreen())
+    if (pull().isUnderWay() || wanted == size() || size() == insistedSize_ || isMaximized() ||
+        isFullScreen())
         return;
     insistedSize_ = size();
     resize(wanted);
 }
 
 QRect VolumeWindow::frame() const {
-    return isMaximized() || isFullScreen() ? normalGeometry() : geometry();
+    const QRect frame = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
+    return platform::windowsHavePlaces() ? frame : QRect(keptPlace_, frame.size());
 }
 
 double VolumeWindow::itemHeight() const {
@@ -146,7 +282,7 @@ double VolumeWindow::itemHeight() const {
 }
 
 double VolumeWindow::titleBarHeight() const {
-    return 0;
+    return MVCustomWindow::titleBarHeight();
 }
 
 void VolumeWindow::setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) {
@@ -156,12 +292,15 @@ void VolumeWindow::setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) {
 }
 
 void VolumeWindow::setFrame(const QRect& frame) {
-    const auto screens = QGuiApplication::screens();
-    const bool isSeen = std::ranges::any_of(screens, [&](const QScreen* screen) {
-        return screen->availableGeometry().intersects(frame);
-    });
-    if (isSeen)
-        setGeometry(frame);
-    else
+    keptPlace_ = frame.topLeft();
+    if (!platform::windowsHavePlaces()) {
         resize(frame.size());
+        return;
+    }
+    QList<QRect> places;
+    for (const QScreen* const screen : QGuiApplication::screens())
+        places += screen->availableGeometry();
+    const QRect place = WindowPlace::broughtBack(frame, static_cast<int>(titleBarHeight()), places);
+    if (place != geometry() && !isMaximized() && !isFullScreen())
+        setGeometry(place);
 }

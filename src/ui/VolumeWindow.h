@@ -2,19 +2,24 @@
 
 #include "platform/desktop/WindowSight.h"
 #include "ui/AppVolumeView.h"
+#include "ui/input/GestureHistory.h"
 #include "ui/items/MVCollectionViewItem.h"
+#include "ui/window/MVCustomWindow.h"
 
+#include <QPoint>
 #include <QSize>
 #include <QTimer>
-#include <QWidget>
 
 class AppVolumeController;
 class MVCollectionView;
-class QScrollArea;
+class UndoNotice;
+class VolumeMenu;
+class VolumeScrollView;
 
-/// The window: a grid with one item for each record of the controller, which scrolls. Shows whole
-/// rows, and draws nothing while nobody can see it. Main thread.
-class VolumeWindow final : public QWidget, public AppVolumeView {
+/// The window: a grid with one item for each record of the controller, which scrolls, and a menu.
+/// Shows whole rows, and draws nothing while nobody can see it. What a person does in it can be
+/// undone. Main thread.
+class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     Q_OBJECT
 
   public:
@@ -36,19 +41,39 @@ class VolumeWindow final : public QWidget, public AppVolumeView {
     QRect frame() const override;
     void setFrame(const QRect& frame) override;
 
+    VolumeMenu& menu() const noexcept { return *menu_; }
+    GestureHistory& history() noexcept { return history_; }
+
+  Q_SIGNALS:
+    /// A person wants the program to end.
+    void quitWanted();
+
   protected:
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
+    MVCollectionViewItem::Surroundings surroundingsOfItems();
+    GestureHistory::Road road();
+    MVCollectionViewItem* itemOf(const QString& program) const;
+    void ignore(const QString& process);
+    void makeMenu();
+    void updateMenu();
     void keepToWholeRows();
+    void keepOnScreens();
     void snap();
     void updateHint();
 
+    GestureHistory history_;
     const MVCollectionViewItem::Surroundings surroundings_;
-    QScrollArea* const scrollArea_;
+    VolumeScrollView* const scrollView_;
     MVCollectionView* const grid_;
+    VolumeMenu* const menu_;
+    UndoNotice* const notice_;
     platform::WindowSight sight_{*this};
     QTimer endOfResizing_;
     QSize insistedSize_; // the last one that had to be corrected
+    QPoint keptPlace_;   // what is remembered where windows have no places
     QString problem_;    // why nothing can be shown, if that is known
 };

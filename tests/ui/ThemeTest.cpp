@@ -1,5 +1,6 @@
 #include "platform/desktop/BundleImage.h"
 #include "ui/TNMenuBarIcon.h"
+#include "ui/theme/HighContrastTheme.h"
 #include "ui/theme/LighterColor.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
 
@@ -49,6 +50,24 @@ TEST(BundleIcon, IsDrawnAnewForEverySize) {
         EXPECT_EQ(dense.deviceIndependentSize(), QSizeF(size, size));
     }
     EXPECT_TRUE(platform::bundleIcon(QStringLiteral("nothing")).isNull());
+}
+
+TEST(HighContrastTheme, HasTheDesktopsColoursWhereTheyAreFarEnoughFromEachOther) {
+    EXPECT_NEAR(HighContrastTheme::contrast(Qt::black, Qt::white), 21, 1e-6);
+    EXPECT_NEAR(HighContrastTheme::contrast(Qt::red, Qt::red), 1, 1e-6);
+    QPalette palette;
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::Text, QColor(0, 0, 80));
+    palette.setColor(QPalette::Highlight, Qt::yellow);
+    const HighContrastTheme good(palette);
+    EXPECT_EQ(good.collectionViewBackgroundColor1(), QColor(Qt::white));
+    EXPECT_EQ(good.displayNameNoActivityColor(), QColor(0, 0, 80));
+    EXPECT_EQ(good.sliderTrackBottomActivityBaseColor(), QColor(0, 0, 80)) << "not yellow on white";
+    palette.setColor(QPalette::Text, Qt::lightGray);
+    const HighContrastTheme bad(palette);
+    EXPECT_EQ(bad.collectionViewBackgroundColor1(), QColor(Qt::black));
+    EXPECT_EQ(bad.displayNameNoActivityColor(), QColor(Qt::white));
+    EXPECT_EQ(bad.sliderTrackBottomActivityBaseColor(), QColor(Qt::yellow));
 }
 
 TEST(MenuBarIcon, HasASharpImageForEachScreen) {

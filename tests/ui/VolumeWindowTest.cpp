@@ -1,73 +1,14 @@
-#include "ui/VolumeWindow.h"
+#include "VolumeWindowFixture.h"
 
-#include "comm/MVCommSocketPath.h"
-#include "platform/loop/MainQueue.h"
-#include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
-#include "support/ScriptedPlugin.h"
-#include "support/VolumeModel.h"
-#include "support/VolumeWindowProbe.h"
-#include "support/WaitUntil.h"
-#include "ui/VolumeNumbers.h"
-#include "ui/items/ItemLayout.h"
-#include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewTextField.h"
-#include "ui/items/MVMuteImageView.h"
-#include "ui/items/MVVolumeSlider.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QScreen>
-#include <QTest>
-
-#include <gtest/gtest.h>
-
-using support::RowProbe;
-using support::ScriptedPlugin;
 
 namespace {
 
-class VolumeWindowTest : public testing::Test {
-  protected:
-    VolumeWindowTest() {
-        EXPECT_TRUE(model_.serve());
-        window_.show();
-    }
-
-    MVCollectionViewItem::Surroundings surroundings() {
-        return {model_.controller,
-                [this](const QString& name) { model_.ignoredApps.addCustomIgnore(name); },
-                [] { return false; }, [](float) {}};
-    }
-
-    bool showsRows(const QStringList& names) const {
-        return support::waitUntil([&] { return support::rowNames(window_) == names; });
-    }
-
-    /// With the row "player", of the process 4711.
-    RowProbe connected(ScriptedPlugin& plugin) const {
-        plugin.checkIn(4711, "player");
-        EXPECT_TRUE(showsRows({QStringLiteral("player")}));
-        return {window_, QStringLiteral("player")};
-    }
-
-    static std::string received(ScriptedPlugin& plugin) {
-        std::string text;
-        EXPECT_TRUE(support::waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands())
-                text += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
-                        std::to_string(command.value) + " ";
-            return !text.empty();
-        }));
-        return text;
-    }
-
-    platform::RunLoop loop_;
-    platform::RunLoopNotifier notifier_{loop_};
-    platform::MainQueueService mainQueue_{loop_};
-    support::VolumeModel model_;
-    VolumeWindow window_{surroundings()};
-};
+class VolumeWindowTest : public VolumeWindowFixture {};
 
 } // namespace
 
@@ -158,7 +99,7 @@ TEST_F(VolumeWindowTest, KeysAreGesturesInWholePercents) {
     EXPECT_EQ(pressed(row.slider, Qt::Key_Home), "9,4711,0 ");
     EXPECT_EQ(pressed(row.slider, Qt::Key_PageUp), "9,4711,10 ");
     EXPECT_EQ(pressed(row.slider, Qt::Key_Left), "9,4711,9 ");
-    EXPECT_EQ(pressed(row.slider, Qt::Key_Up), "9,4711,10 ");
+    EXPECT_EQ(pressed(row.slider, Qt::Key_Right), "9,4711,10 ");
     EXPECT_EQ(pressed(row.slider, Qt::Key_End), "9,4711,100 ");
     EXPECT_EQ(pressed(row.mute, Qt::Key_Space), "10,4711,1 ");
     EXPECT_EQ(pressed(row.mute, Qt::Key_Space), "10,4711,0 ");
@@ -251,28 +192,32 @@ TEST_F(VolumeWindowTest, TheFocusGoesFromItemToItemInTheirOrder) {
 }
 
 TEST_F(VolumeWindowTest, KeepsToItsLimitsAndToAPlaceThatCanBeSeen) {
-    EXPECT_EQ(window_.minimumSize(), QSize(400, 2 * ItemLayout::height));
-    EXPECT_EQ(window_.height() % ItemLayout::height, 0);
+    const int titleBar = static_cast<int>(window_.titleBarHeight());
+    EXPECT_EQ(window_.minimumSize(), QSize(400, 2 * ItemLayout::height + titleBar));
+    EXPECT_EQ((window_.height() - titleBar) % ItemLayout::height, 0);
     const QRect desktop = window_.screen()->availableGeometry();
     EXPECT_LE((window_.frame().center() - desktop.center()).manhattanLength(), 4);
     window_.setFrame({10, 20, 500, 280});
     EXPECT_EQ(window_.frame(), QRect(10, 20, 500, 280));
     window_.setFrame({100000, 100000, 600, 336});
-    EXPECT_EQ(window_.frame(), QRect(10, 20, 600, 336));
+    EXPECT_EQ(window_.frame().size(), QSize(600, 336));
+    EXPECT_TRUE(desktop.contains(window_.frame())) << "back from where no screen is";
 }
 
 TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     constexpr int row = ItemLayout::height;
+    const int titleBar = static_cast<int>(window_.titleBarHeight());
     const auto becomes = [&](int height, int expected) {
-        window_.resize(500, height);
-        return support::waitUntil([&] { return window_.size() == QSize(500, expected); });
+        window_.resize(500, titleBar + height);
+        return support::waitUntil(
+            [&] { return window_.size() == QSize(500, titleBar + expected); });
     };
     EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
     EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();
     EXPECT_TRUE(becomes(40 * row, 30 * row)) << "the most";
     window_.setWindowState(Qt::WindowMaximized);
     EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
-    EXPECT_EQ(window_.frame().size(), QSize(500, 30 * row)) << "to be remembered";
+    EXPECT_EQ(window_.frame().size(), QSize(500, titleBar + 30 * row)) << "to be remembered";
 }
 
 TEST_F(VolumeWindowTest, DrawsNothingWhileMinimisedAndEverythingAfterwards) {

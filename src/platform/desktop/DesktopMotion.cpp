@@ -1,58 +1,43 @@
 #include "platform/desktop/DesktopMotion.h"
 
-#include "platform/bus/SessionBus.h"
-
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusVariant>
+#include "platform/desktop/DesktopSettings.h"
 
 namespace platform {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-const QString settings = QStringLiteral("org.gnome.desktop.interface");
-const QString animations = QStringLiteral("enable-animations");
+const QString appearance = QStringLiteral("org.freedesktop.appearance");
+const QString interface = QStringLiteral("org.gnome.desktop.interface");
+
+bool isOff(const QVariant& value) {
+    return value.typeId() == QMetaType::Bool && !value.toBool();
+}
 
 } // namespace
 
 const DesktopMotion& DesktopMotion::shared() {
-    static const auto* const motion = new DesktopMotion(sessionBus());
-    return *motion;
+    static const DesktopMotion motion(DesktopSettings::shared());
+    return motion;
 }
 
-DesktopMotion::DesktopMotion(QDBusConnection bus) {
-    if (!bus.isConnected())
-        return;
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QDBusMessage)));
-    QDBusMessage question =
-        QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-    question << settings << animations;
-    question.setAutoStartService(false); // not for this
-    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        const QDBusPendingReply<QDBusVariant> answer = *watcher;
-        if (answer.isValid())
-            take(answer.value().variant());
-        watcher->deleteLater();
-    });
+bool DesktopMotion::isWanted() const {
+    constexpr unsigned reduced = 1;
+    return !isOff(settings_.value(interface, QStringLiteral("enable-animations"))) &&
+           settings_.value(appearance, QStringLiteral("reduced-motion")).toUInt() != reduced;
 }
 
-void DesktopMotion::settingChanged(const QDBusMessage& signal) {
-    const QVariantList arguments = signal.arguments();
-    if (arguments.size() == 3 && arguments[0] == settings && arguments[1] == animations)
-        take(arguments[2]);
-}
-
-/// The portal wraps an answer in one variant more than a signal.
-void DesktopMotion::take(QVariant value) {
-    while (value.canConvert<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
-    if (value.typeId() == QMetaType::Bool)
-        isWanted_ = value.toBool();
+/// Desktops tell it in three ways, the oldest by the name of a theme.
+bool isHighContrastWanted(const DesktopSettings& settings) {
+    constexpr unsigned higher = 1;
+    const auto theme = [&](const char* key) {
+        return settings.value(interface, QLatin1String(key)).toString();
+    };
+    return settings.value(appearance, QStringLiteral("contrast")).toUInt() == higher ||
+           settings
+               .value(QStringLiteral("org.gnome.desktop.a11y.interface"),
+                      QStringLiteral("high-contrast"))
+               .toBool() ||
+           theme("gtk-theme").startsWith(QLatin1String("HighContrast"));
 }
 
 } // namespace platform

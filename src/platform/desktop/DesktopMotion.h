@@ -1,34 +1,26 @@
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QObject>
-#include <QVariant>
-
 namespace platform {
 
-/// Whether a person wants things to move on the screen, by the desktop's settings
-/// (org.gnome.desktop.interface, enable-animations, which the desktop portal tells of many
-/// desktops). Asked without waiting, and followed. True until the desktop has answered, and where
-/// nobody knows. The main thread only.
-class DesktopMotion final : public QObject {
-    Q_OBJECT
+class DesktopSettings;
 
+/// Whether a person wants things to move on the screen, by the desktop's settings as they are now;
+/// true where nobody knows. The main thread only.
+class DesktopMotion {
   public:
-    /// On the session bus; made on first use, never destroyed.
+    /// By the settings of the session; the first call makes them be asked for.
     static const DesktopMotion& shared();
 
-    explicit DesktopMotion(QDBusConnection bus);
+    /// `settings` must outlive it.
+    explicit DesktopMotion(const DesktopSettings& settings) : settings_(settings) {}
 
-    bool isWanted() const noexcept { return isWanted_; }
-
-  private Q_SLOTS:
-    void settingChanged(const QDBusMessage& signal);
+    bool isWanted() const;
 
   private:
-    void take(QVariant value);
-
-    bool isWanted_ = true;
+    const DesktopSettings& settings_;
 };
+
+/// Whether a person wants strong contrast; false where nobody knows.
+bool isHighContrastWanted(const DesktopSettings& settings);
 
 } // namespace platform

@@ -1,8 +1,10 @@
 #include "ui/items/AccessibleItems.h"
 
+#include "ui/items/AccessibleGrid.h"
 #include "ui/items/AccessibleItem.h"
 #include "ui/items/AccessibleMute.h"
 #include "ui/items/AccessibleSlider.h"
+#include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVCollectionViewTextField.h"
@@ -31,6 +33,8 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         return new AccessibleSlider(*slider);
     if (auto* const mute = qobject_cast<MVMuteImageView*>(object))
         return new AccessibleMute(*mute);
+    if (auto* const grid = qobject_cast<MVCollectionView*>(object))
+        return new AccessibleGrid(*grid);
     if (auto* const item = qobject_cast<MVCollectionViewItem*>(object))
         return new AccessibleItem(*item);
     if (auto* const label = qobject_cast<MVCollectionViewTextField*>(object))

@@ -1,6 +1,6 @@
 #include "ui/items/ItemControl.h"
 
-#include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/theme/CurrentTheme.h"
 
 #include <QFocusEvent>
 
@@ -21,5 +21,5 @@ void ItemControl::showKeyFocus(bool hasKeyFocus) {
 
 QPen ItemControl::focusPen() {
     constexpr double width = 2;
-    return {MVOrangeBrownTheme::sharedTheme().displayNameActivityColor(), width};
+    return {CurrentTheme::theme().displayNameActivityColor(), width};
 }

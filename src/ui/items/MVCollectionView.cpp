@@ -7,6 +7,7 @@
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
+#include "ui/theme/CurrentTheme.h"
 #include "ui/theme/LighterColor.h"
 
 #include <QLabel>
@@ -28,7 +29,7 @@ int MVCollectionView::columnsFor(int width) noexcept {
     return std::max(1, width / ItemLayout::leastWidth);
 }
 
-MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme& theme)
+MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme* theme)
     : QWidget(parent)
     , theme_(theme)
     , pacer_(*platform::RunLoop::current())
@@ -48,6 +49,10 @@ MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme& theme)
 }
 
 MVCollectionView::~MVCollectionView() = default;
+
+const MVBlackTheme& MVCollectionView::theme() const {
+    return theme_ != nullptr ? *theme_ : CurrentTheme::theme();
+}
 
 MVCollectionView::Items MVCollectionView::takeItems() noexcept {
     return std::exchange(items_, {});
@@ -126,18 +131,23 @@ void MVCollectionView::resizeEvent(QResizeEvent* event) {
 void MVCollectionView::changeEvent(QEvent* event) {
     if (event->type() == QEvent::ActivationChange)
         updateCollectionViewColors();
+    if (event->type() == QEvent::PaletteChange) {
+        background_ = {};
+        updateCollectionViewColors();
+        update();
+    }
     if (event->type() == QEvent::LayoutDirectionChange)
         layOut();
     QWidget::changeEvent(event);
 }
 
 void MVCollectionView::updateCollectionViewColors() {
-    const double amount = isActiveWindow() ? 0.0 : theme_.windowNonKeyLightenBy();
+    const double amount = isActiveWindow() ? 0.0 : theme().windowNonKeyLightenBy();
     const QColor before[2] = {colors_[0], colors_[1]};
-    colors_[0] = lighterBy(theme_.collectionViewBackgroundColor1(), amount);
-    colors_[1] = lighterBy(theme_.collectionViewBackgroundColor2(), amount);
+    colors_[0] = lighterBy(theme().collectionViewBackgroundColor1(), amount);
+    colors_[1] = lighterBy(theme().collectionViewBackgroundColor2(), amount);
     QPalette palette = hint_->palette();
-    palette.setColor(QPalette::WindowText, theme_.displayNameActivityColor());
+    palette.setColor(QPalette::WindowText, theme().displayNameActivityColor());
     hint_->setPalette(palette);
     if (!std::ranges::equal(before, colors_))
         update();
@@ -147,8 +157,8 @@ void MVCollectionView::updateCollectionViewColors() {
 QPixmap MVCollectionView::background() const {
     constexpr int cells = 8;
     const qreal ratio = devicePixelRatioF();
-    const QPixmap cell = theme_.collectionViewBackgroundPattern(ratio);
-    const auto color = theme_.collectionViewBackgroundPatternColor();
+    const QPixmap cell = theme().collectionViewBackgroundPattern(ratio);
+    const auto color = theme().collectionViewBackgroundPatternColor();
     if (cell.isNull())
         return {};
     QPixmap background(cell.size() * cells);
@@ -168,7 +178,7 @@ void MVCollectionView::paintEvent(QPaintEvent* event) {
             painter.drawTiledPixmap(damage, background_, damage.topLeft());
         else
             painter.fillRect(damage,
-                             theme_.collectionViewBackgroundPatternColor().value_or(Qt::black));
+                             theme().collectionViewBackgroundPatternColor().value_or(Qt::black));
         const int last = damage.bottom() / ItemLayout::height;
         for (int row = damage.top() / ItemLayout::height; row <= last; ++row) {
             const QColor& color = colors_[row % 2];

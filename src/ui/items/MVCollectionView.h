@@ -2,7 +2,7 @@
 
 #include "platform/loop/MonotonicClock.h"
 #include "ui/items/FramePacer.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/theme/MVBlackTheme.h"
 
 #include <QPixmap>
 #include <QWidget>
@@ -26,9 +26,8 @@ class MVCollectionView final : public QWidget {
     /// How many columns of items fit, at least one.
     static int columnsFor(int width) noexcept;
 
-    /// On the thread's run loop. The theme must outlive the grid.
-    explicit MVCollectionView(QWidget* parent = nullptr,
-                              const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme());
+    /// On the thread's run loop. The theme must outlive the grid; null is the one in use.
+    explicit MVCollectionView(QWidget* parent = nullptr, const MVBlackTheme* theme = nullptr);
     ~MVCollectionView() override;
 
     const Items& items() const noexcept { return items_; }
@@ -59,7 +58,9 @@ class MVCollectionView final : public QWidget {
     void updateCollectionViewColors();
     QPixmap background() const;
 
-    const MVBlackTheme& theme_;
+    const MVBlackTheme& theme() const;
+
+    const MVBlackTheme* const theme_;
     FramePacer pacer_;
     Items items_;
     QLabel* const hint_;

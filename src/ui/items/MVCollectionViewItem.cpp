@@ -14,7 +14,7 @@
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/TNVolumeSlider.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/theme/CurrentTheme.h"
 
 #include <QContextMenuEvent>
 #include <QCoreApplication>
@@ -94,7 +94,7 @@ QIcon MVCollectionViewItem::displayIcon() const {
 }
 
 QColor MVCollectionViewItem::displayNameTextColor() const {
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    const MVBlackTheme& theme = CurrentTheme::theme();
     if (app_ == nullptr || !app_->hasActivity())
         return theme.displayNameNoActivityColor();
     return app_->muted() ? theme.displayNameActivityMutedColor() : theme.displayNameActivityColor();

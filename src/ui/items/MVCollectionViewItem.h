@@ -36,6 +36,8 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
         std::function<void(const QString& processName)> ignore;
         std::function<bool()> mayBeep;                  ///< whether the person wants sample sounds
         std::function<void(float volume)> beepAtVolume; ///< 0 to 1
+        /// What takes back `ignore`; null when nothing does.
+        std::function<void(const QString& processName)> stopIgnoring = {};
     };
 
     MVCollectionViewItem(const Surroundings& surroundings, MVCommAppValue& app,

@@ -4,7 +4,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "ui/items/KeptPixmaps.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/theme/CurrentTheme.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
@@ -21,11 +21,12 @@ struct Look {
     bool isMuted;
     bool isActive;
     qreal ratio;
+    unsigned theme = CurrentTheme::generation();
     bool operator==(const Look&) const = default;
 };
 
 QImage imageOf(const Look& look) {
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
+    const MVBlackTheme& theme = CurrentTheme::theme();
     QImage image = look.isMuted ? theme.muteOnImage(look.isActive, look.ratio)
                                 : theme.muteOffImage(look.isActive, look.ratio);
     const auto tint = theme.muteFilters(look.isMuted, look.isActive);
@@ -59,14 +60,14 @@ void MVMuteImageView::setApp(MVCommAppValue* app) {
         app_->disconnect(this);
     app_ = app;
     if (app != nullptr) {
-        connect(app, &MVCommAppValue::mutedChanged, this, &MVMuteImageView::wasMuted);
+        connect(app, &MVCommAppValue::mutedChanged, this, [this] { update(); });
         connect(app, &MVCommAppValue::hasActivityChanged, this, [this] { update(); });
     }
     update();
 }
 
-void MVMuteImageView::wasMuted() {
-    update();
+/// To assistive tools; what others change is no news of the person's.
+void MVMuteImageView::announce() {
     if (!QAccessible::isActive())
         return;
     QAccessible::State changed;
@@ -80,7 +81,10 @@ void MVMuteImageView::toggle() {
         return;
     const bool muted = !app_->muted();
     const QString name = app_->displayName(); // an observer may make the record go
+    const QPointer<MVMuteImageView> self(this);
     app_->setMuted(muted);
+    if (self != nullptr)
+        announce();
     QNLog(qnlog_user, "'%@' %@", MVCommLogText(name), muted ? "muted" : "unmuted");
 }
 

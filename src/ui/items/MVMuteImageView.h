@@ -30,7 +30,7 @@ class MVMuteImageView final : public ItemControl {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    void wasMuted();
+    void announce();
 
     QPointer<MVCommAppValue> app_;
 };

@@ -4,8 +4,8 @@
 #include "platform/loop/DispatchQueue.h"
 #include "ui/VolumeNumbers.h"
 #include "ui/items/SliderGeometry.h"
+#include "ui/theme/CurrentTheme.h"
 #include "ui/theme/LighterColor.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
@@ -24,23 +24,20 @@ constexpr double radius = 5;
 constexpr int usualLength = 220;
 constexpr int leastLength = 80;
 
-/// Where a key moves a slider that is at `percent`; nothing for any other key.
-std::optional<int> percentAfter(int key, int percent) {
+/// How many percents a key moves a slider, whose value grows in the direction of `more`; nothing
+/// for any other key.
+std::optional<int> stepOf(int key, Qt::Key more, Qt::Key less) {
     constexpr int step = 1;
     constexpr int page = 10;
+    if (key == more || key == less)
+        return key == more ? step : -step;
     switch (key) {
-    case Qt::Key_Left:
-    case Qt::Key_Down:
-        return percent - step;
-    case Qt::Key_Right:
-    case Qt::Key_Up:
-        return percent + step;
     case Qt::Key_PageDown:
-        return percent - page;
+        return -page;
     case Qt::Key_PageUp:
-        return percent + page;
+        return page;
     case Qt::Key_Home:
-        return 0;
+        return -VolumeNumbers::full;
     case Qt::Key_End:
         return VolumeNumbers::full;
     default:
@@ -59,11 +56,20 @@ MVVolumeSlider::~MVVolumeSlider() {
 }
 
 const MVBlackTheme& MVVolumeSlider::theme() {
-    return MVOrangeBrownTheme::sharedTheme();
+    return CurrentTheme::theme();
 }
 
 SliderGeometry MVVolumeSlider::geometryOfParts() const {
     return SliderGeometry(QRectF(rect()));
+}
+
+/// The geometry knows of one direction only.
+bool MVVolumeSlider::isMirrored() const {
+    return layoutDirection() == Qt::RightToLeft && !geometryOfParts().isVertical();
+}
+
+QPointF MVVolumeSlider::fromStart(const QPointF& point) const {
+    return isMirrored() ? QPointF(width() - point.x(), point.y()) : point;
 }
 
 QSize MVVolumeSlider::sizeHint() const {
@@ -146,7 +152,9 @@ QRect MVVolumeSlider::levelChange(float before, float after) const {
         std::minmax(center * static_cast<double>(before), center * static_cast<double>(after));
     const QRectF across = parts.trackRect(trackThickness + 4);
     const double start = std::max(0.0, least - radius - 2);
-    return parts.piece(across, start, most + 1).toAlignedRect();
+    const QRect change = parts.piece(across, start, most + 1).toAlignedRect();
+    return isMirrored() ? change.translated(width() - change.left() - change.right() - 1, 0)
+                        : change;
 }
 
 void MVVolumeSlider::calcValue(const QPointF& point) {
@@ -159,7 +167,7 @@ void MVVolumeSlider::mousePressEvent(QMouseEvent* event) {
         return;
     }
     const SliderGeometry parts = geometryOfParts();
-    const QPointF point = event->position();
+    const QPointF point = fromStart(event->position());
     if (!parts.knobRect(static_cast<double>(value_)).contains(point))
         setFloatValue(parts.valueAt(point));
     drag_ = Drag{static_cast<double>(value_), point};
@@ -174,7 +182,7 @@ void MVVolumeSlider::mouseMoveEvent(QMouseEvent* event) {
         return;
     }
     highlighted_ = true;
-    calcValue(event->position());
+    calcValue(fromStart(event->position()));
     update();
 }
 
@@ -183,7 +191,7 @@ void MVVolumeSlider::mouseReleaseEvent(QMouseEvent* event) {
         event->ignore();
         return;
     }
-    calcValue(event->position());
+    calcValue(fromStart(event->position()));
     endDrag();
 }
 
@@ -202,6 +210,8 @@ void MVVolumeSlider::changeEvent(QEvent* event) {
         endDrag();
         update();
     }
+    if (event->type() == QEvent::LayoutDirectionChange)
+        update();
     QWidget::changeEvent(event);
 }
 
@@ -209,34 +219,47 @@ void MVVolumeSlider::hideEvent(QHideEvent* /*event*/) {
     endDrag();
 }
 
-/// As a drag: the knob follows while the key is down, and is released with it.
-void MVVolumeSlider::keyPressEvent(QKeyEvent* event) {
-    const auto percent =
-        percentAfter(event->key(), VolumeNumbers::percentOfFraction(static_cast<double>(value_)));
-    if (!percent || isInDrag() || event->modifiers() & ~Qt::KeypadModifier) {
-        event->ignore();
-        return;
-    }
-    keysMove_ = true;
-    showKeyFocus(true);
-    setFloatValue(VolumeNumbers::fractionForPercent(*percent));
+int MVVolumeSlider::percent() const {
+    return VolumeNumbers::percentOfFraction(static_cast<double>(value_));
+}
+
+void MVVolumeSlider::moveTo(int percent) {
+    isMoved_ = true;
+    setFloatValue(VolumeNumbers::fractionForPercent(percent));
     update();
 }
 
+void MVVolumeSlider::finishMove() {
+    if (std::exchange(isMoved_, false))
+        announceRelease();
+}
+
+std::optional<int> MVVolumeSlider::stepOfKey(int key) const {
+    return geometryOfParts().isVertical() ? stepOf(key, Qt::Key_Up, Qt::Key_Down)
+           : isMirrored()                 ? stepOf(key, Qt::Key_Left, Qt::Key_Right)
+                                          : stepOf(key, Qt::Key_Right, Qt::Key_Left);
+}
+
+/// As a drag: the knob follows while the key is down, and is released with it.
+void MVVolumeSlider::keyPressEvent(QKeyEvent* event) {
+    const auto step = stepOfKey(event->key());
+    if (!step || isInDrag() || event->modifiers() & ~Qt::KeypadModifier) {
+        event->ignore();
+        return;
+    }
+    showKeyFocus(true);
+    moveTo(percent() + *step);
+}
+
 void MVVolumeSlider::keyReleaseEvent(QKeyEvent* event) {
-    if (!event->isAutoRepeat() && percentAfter(event->key(), 0))
-        finishKeys();
+    if (!event->isAutoRepeat() && stepOfKey(event->key()))
+        finishMove();
     else
         event->ignore();
 }
 
-void MVVolumeSlider::finishKeys() {
-    if (std::exchange(keysMove_, false))
-        announceRelease();
-}
-
 void MVVolumeSlider::focusOutEvent(QFocusEvent* event) {
-    finishKeys();
+    finishMove();
     ItemControl::focusOutEvent(event);
 }
 
@@ -245,6 +268,10 @@ void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     if (!isEnabled())
         painter.setOpacity(0.4);
+    if (isMirrored()) {
+        painter.translate(width(), 0);
+        painter.scale(-1, 1);
+    }
     drawTrack(painter);
     const QRectF knob = geometryOfParts().knobRect(static_cast<double>(value_));
     drawKnob(painter, knob);

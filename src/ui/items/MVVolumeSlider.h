@@ -12,9 +12,9 @@ class MVBlackTheme;
 class SliderGeometry;
 
 /// A slider that shows two things: the volume, by its knob, and how loud the program is, by a bar
-/// in its track. It lies along its longer side. The mouse moves the knob relative to where it took
-/// hold of it, and a press beside the knob makes it jump there; keys move it by whole percents.
-/// Volume and level are fractions, 0 to 1. Main thread only.
+/// in its track. It lies along its longer side, and begins where lines of text do. The mouse moves
+/// the knob relative to where it took hold of it, and a press beside the knob makes it jump there;
+/// keys move it by whole percents. Volume and level are fractions, 0 to 1. Main thread only.
 class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     Q_OBJECT
 
@@ -38,6 +38,12 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     /// Sets the value as at the end of a drag; with `sendTargetAction` the handler is called once
     /// more at last.
     void setSliderValue_(float value, bool sendTargetAction);
+
+    /// As keys and the wheel do: moves the knob to `percent`, 0 to 100 or the nearest of these, and
+    /// calls the handler. finishMove() then is the end of a drag; it does nothing without a move.
+    void moveTo(int percent);
+    void finishMove();
+    int percent() const;
 
     /// Drawn with the pacer's next frame; not at all while the window cannot be seen.
     float activity() const noexcept { return activity_; }
@@ -92,7 +98,9 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     void calcValue(const QPointF& point);
     void endDrag();
     void announceRelease();
-    void finishKeys();
+    std::optional<int> stepOfKey(int key) const;
+    bool isMirrored() const;
+    QPointF fromStart(const QPointF& point) const;
     QRect levelChange(float before, float after) const;
     void drawLevel(QPainter& painter, const QRectF& track) const;
     void drawFocus(QPainter& painter, const QRectF& knob) const;
@@ -101,7 +109,7 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     float activity_ = 0.0F;
     float shownActivity_ = 0.0F; // what is drawn
     FramePacer* pacer_ = nullptr;
-    bool keysMove_ = false; // a key that has moved the knob is down
+    bool isMoved_ = false; // since the last end of a drag, without one
     bool muted_ = false;
     bool highlighted_ = false;
     std::optional<Drag> drag_;

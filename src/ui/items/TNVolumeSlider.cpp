@@ -2,6 +2,7 @@
 
 #include "ui/items/KeptPixmaps.h"
 #include "ui/items/SliderGeometry.h"
+#include "ui/theme/CurrentTheme.h"
 #include "ui/theme/LighterColor.h"
 
 #include <QLinearGradient>
@@ -34,6 +35,11 @@ void drawEmptyTrack(QPainter& painter, const QRectF& track) {
     const double radius = thickness / 2;
     QPainterPath path;
     path.addRoundedRect(track, radius, radius);
+    if (const MVBlackTheme& theme = CurrentTheme::theme(); theme.isHighContrast()) {
+        painter.fillPath(path, theme.sliderTrackTopBaseColor());
+        painter.strokePath(path, QPen(theme.displayNameActivityColor(), 1.5));
+        return;
+    }
     painter.strokePath(path.translated(0, 1), QPen(whiteColor(1.0, 0.10), 1)); // the lit lower edge
     painter.fillPath(path, whiteColor(trackWhite));
     drawInnerShadow(painter, path, 1.5, 2);
@@ -46,6 +52,7 @@ struct Look {
     int height;
     qreal ratio;
     QRgb color; ///< of the level's bar; of a knob, whether it is pressed; else 0
+    unsigned theme = CurrentTheme::generation();
     bool operator==(const Look&) const = default;
 };
 
@@ -68,6 +75,13 @@ void drawBrightKnob(QPainter& painter, const QRectF& knob, bool isPressed) {
     gradient.setColorAt(1, whiteColor(172 / 255.0 * dim));
     painter.setPen(Qt::NoPen);
     painter.setBrush(gradient);
+    if (const MVBlackTheme& theme = CurrentTheme::theme(); theme.isHighContrast()) {
+        painter.setBrush(theme.sliderTrackTopBaseColor());
+        painter.drawEllipse(knob);
+        painter.setBrush(theme.sliderKnobGradientColor1());
+        painter.drawEllipse(knob.adjusted(4, 4, -4, -4)); // with room for the focus around it
+        return;
+    }
     painter.drawEllipse(knob);
 }
 
@@ -110,6 +124,10 @@ void TNVolumeSlider::drawFullLevel(QPainter& painter, const QRectF& track,
     QPainterPath bar;
     bar.addRoundedRect(geometryOfParts().piece(track, 0, geometryOfParts().length()), barRadius,
                        barRadius);
+    if (theme().isHighContrast()) {
+        painter.fillPath(bar, color);
+        return;
+    }
     fillTrackPath(painter, bar, color);
     painter.fillPath(bar, whiteColor(1.0, overlayWhite));
 }

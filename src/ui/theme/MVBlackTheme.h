@@ -17,6 +17,9 @@ class MVBlackTheme {
     MVBlackTheme(const MVBlackTheme&) = delete;
     MVBlackTheme& operator=(const MVBlackTheme&) = delete;
 
+    /// Whether shapes are to be outlined, and nothing is to be told by shades.
+    virtual bool isHighContrast() const { return false; }
+
     /// How much lighter the grid is while its window is not the active one: an amount for
     /// lighterBy().
     virtual double windowNonKeyLightenBy() const;

@@ -66,7 +66,7 @@ TEST_F(GridTest, ThereAreAsManyColumnsAsFitAndTheyShareTheWidth) {
 
 TEST_F(GridTest, RowsTakeTurnsInTheThemesColoursWhichAreLighterWithoutTheKeys) {
     const PlainTheme theme;
-    MVCollectionView grid(nullptr, theme);
+    MVCollectionView grid(nullptr, &theme);
     grid.resize(300, 2 * rowHeight);
     const auto colorAt = [&](int y) { return grid.grab().toImage().pixelColor(2, y).rgb(); };
     ASSERT_FALSE(grid.isActiveWindow());

@@ -79,6 +79,24 @@ class SliderTest : public testing::Test {
 
 } // namespace
 
+TEST_F(SliderTest, BeginsAtTheRightWhereTextDoes) {
+    slider_.setLayoutDirection(Qt::RightToLeft);
+    const auto click = [&](int x) {
+        QTest::mouseClick(&slider_, Qt::LeftButton, {}, QPoint(x, 12));
+        return slider_.floatValue();
+    };
+    EXPECT_EQ(click(210), 0.0F);
+    EXPECT_EQ(click(10), 1.0F);
+    EXPECT_EQ(click(60), 0.75F);
+    QTest::keyClick(&slider_, Qt::Key_Left);
+    EXPECT_EQ(slider_.percent(), 76);
+    QTest::keyClick(&slider_, Qt::Key_Right);
+    EXPECT_EQ(slider_.percent(), 75);
+    const QImage image = slider_.grab().toImage();
+    EXPECT_GT(image.pixelColor(60, 12).lightness(), 150) << "the knob is drawn there too";
+    EXPECT_LT(image.pixelColor(160, 12).lightness(), 100);
+}
+
 TEST_F(SliderTest, APressBesideTheKnobMovesItThereAndOneOnItDoesNot) {
     slider_.showValue(0.3F);
     EXPECT_TRUE(values_.empty()) << "shown, not set";

@@ -1,0 +1,65 @@
+#include "platform/desktop/TitleBarHabits.h"
+
+#include "platform/desktop/DesktopSettings.h"
+
+#include <QStringList>
+
+namespace platform {
+
+namespace {
+
+/// The menu is not among them: desktops mean another one.
+TitleBarHabits::Buttons buttonsFromText(const QString& text) {
+    TitleBarHabits::Buttons buttons;
+    for (const QString& name : text.split(QLatin1Char(','))) {
+        if (name == QLatin1String("close"))
+            buttons.push_back(TitleBarHabits::Button::close);
+        if (name == QLatin1String("minimize"))
+            buttons.push_back(TitleBarHabits::Button::minimize);
+    }
+    return buttons;
+}
+
+} // namespace
+
+TitleBarHabits::Action TitleBarHabits::actionFromText(const QString& text, Action otherwise) {
+    if (text.startsWith(QLatin1String("toggle-maximize")))
+        return Action::maximize;
+    if (text == QLatin1String("minimize"))
+        return Action::minimize;
+    if (text == QLatin1String("lower"))
+        return Action::lower;
+    if (text == QLatin1String("menu"))
+        return Action::menu;
+    return text == QLatin1String("none") || text == QLatin1String("toggle-shade") ? Action::none
+                                                                                  : otherwise;
+}
+
+void TitleBarHabits::placeButtons(const QString& layout) {
+    const QStringList ends = layout.split(QLatin1Char(':'));
+    if (ends.size() != 2)
+        return;
+    left = buttonsFromText(ends[0]);
+    right = buttonsFromText(ends[1]);
+    if (left.empty())
+        left.push_back(Button::menu);
+    else
+        right.insert(right.begin(), Button::menu);
+}
+
+TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings) {
+    const auto text = [&](const char* key) {
+        return settings
+            .value(QStringLiteral("org.gnome.desktop.wm.preferences"), QLatin1String(key))
+            .toString();
+    };
+    TitleBarHabits habits;
+    habits.doubleClick = actionFromText(text("action-double-click-titlebar"), habits.doubleClick);
+    habits.middleClick = actionFromText(text("action-middle-click-titlebar"), habits.middleClick);
+    habits.secondaryClick =
+        actionFromText(text("action-right-click-titlebar"), habits.secondaryClick);
+    habits.placeButtons(text("button-layout"));
+    return habits;
+}
+
+} // namespace platform

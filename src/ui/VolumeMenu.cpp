@@ -1,0 +1,86 @@
+#include "ui/VolumeMenu.h"
+
+#include "platform/text/Localization.h"
+#include "ui/input/GestureHistory.h"
+
+#include <QCoreApplication>
+
+using platform::formatted;
+using platform::localized;
+
+namespace {
+
+/// What stands in a menu is no mnemonic.
+QString plainTitle(QString text) {
+    return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+} // namespace
+
+VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
+    const QString name = QCoreApplication::applicationName();
+    const auto named = [&](const char* title) {
+        return formatted(localized(QString::fromLatin1(title)), plainTitle(name));
+    };
+    QMenu* const file = addPart(localized(QStringLiteral("&File")));
+    addEntry(file, localized(QStringLiteral("&Close Window")), {Qt::CTRL | Qt::Key_W},
+             &VolumeMenu::closeWanted);
+    addEntry(file, named("&Quit %@"), {Qt::CTRL | Qt::Key_Q}, &VolumeMenu::quitWanted);
+
+    QMenu* const edit = addPart(localized(QStringLiteral("&Edit")));
+    undo_ = addEntry(edit, {}, {Qt::CTRL | Qt::Key_Z}, &VolumeMenu::undoWanted);
+    redo_ = addEntry(edit, {}, {Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y},
+                     &VolumeMenu::redoWanted);
+    edit->addSeparator();
+    // The key itself is the grid's.
+    ignore_ = addEntry(edit, {}, {}, &VolumeMenu::ignoreWanted);
+    showHistory(GestureHistory({}));
+    showSelection({});
+
+    QMenu* const windows = addPart(localized(QStringLiteral("&Window")));
+    addEntry(windows, localized(QStringLiteral("&Minimize")), {Qt::CTRL | Qt::Key_M},
+             &VolumeMenu::minimizeWanted);
+    addEntry(windows, localized(QStringLiteral("&Zoom")), {}, &VolumeMenu::zoomWanted);
+
+    QMenu* const help = addPart(localized(QStringLiteral("&Help")));
+    addEntry(help, named("&About %@"), {}, &VolumeMenu::aboutWanted);
+    addOpening(Qt::Key_F10, nullptr);
+}
+
+QMenu* VolumeMenu::addPart(const QString& title) {
+    QMenu* const part = addMenu(title);
+    addOpening(QKeySequence::mnemonic(title), part->menuAction());
+    return part;
+}
+
+/// The window has the entry too, for its key.
+QAction* VolumeMenu::addEntry(QMenu* part, const QString& title, const QList<QKeySequence>& keys,
+                              void (VolumeMenu::*wanted)()) {
+    QAction* const entry = part->addAction(title, this, wanted);
+    entry->setShortcuts(keys);
+    window_.addAction(entry);
+    return entry;
+}
+
+void VolumeMenu::addOpening(const QKeySequence& key, QAction* chosen) {
+    auto* const opening = new QAction(this);
+    opening->setShortcut(key);
+    connect(opening, &QAction::triggered, this, [this, chosen] { Q_EMIT openWanted(chosen); });
+    window_.addAction(opening);
+}
+
+void VolumeMenu::showHistory(const GestureHistory& history) {
+    const auto show = [](QAction& entry, const QString& title, const QString& what) {
+        entry.setText(what.isEmpty() ? title : title + QLatin1Char(' ') + plainTitle(what));
+        entry.setEnabled(!what.isEmpty());
+    };
+    show(*undo_, localized(QStringLiteral("&Undo")), history.undoText());
+    show(*redo_, localized(QStringLiteral("&Redo")), history.redoText());
+}
+
+void VolumeMenu::showSelection(const QString& name) {
+    ignore_->setText(name.isEmpty()
+                         ? localized(QStringLiteral("&Ignore"))
+                         : formatted(localized(QStringLiteral("Ignore \"%@\"")), plainTitle(name)));
+    ignore_->setEnabled(!name.isEmpty());
+}

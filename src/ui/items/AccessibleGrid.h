@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QAccessibleWidget>
+
+class MVCollectionView;
+
+/// The grid to assistive tools: a list of the items in their order, or, while there are none, what
+/// is said in their place.
+class AccessibleGrid final : public QAccessibleWidget {
+  public:
+    explicit AccessibleGrid(MVCollectionView& grid);
+
+    int childCount() const override;
+    QAccessibleInterface* child(int index) const override;
+    int indexOfChild(const QAccessibleInterface* child) const override;
+
+  private:
+    QList<QWidget*> parts() const;
+
+    MVCollectionView& grid_;
+};

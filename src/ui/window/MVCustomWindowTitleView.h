@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/desktop/TitleBarHabits.h"
+
+#include <QWidget>
+
+class MVCustomWindowWidgetsView;
+class WindowButton;
+
+/// The title bar of a window that draws its own: the title, and buttons at both ends. Tells what a
+/// person does with it. Main thread only.
+class MVCustomWindowTitleView final : public QWidget {
+    Q_OBJECT
+
+  public:
+    /// Pixels; enough for the title in the usual font.
+    static constexpr int usualHeight = 32;
+
+    explicit MVCustomWindowTitleView(QWidget* parent = nullptr);
+
+    /// How it behaves from now on, and which buttons it has. Mirrored for languages that are
+    /// written from right to left.
+    void setHabits(const platform::TitleBarHabits& habits);
+
+    /// Null when there is no such button.
+    WindowButton* button(platform::TitleBarHabits::Button kind) const;
+
+  Q_SIGNALS:
+    /// A press that is being pulled away; the button of the mouse is still down.
+    void pulled();
+    void acted(platform::TitleBarHabits::Action action);
+    void buttonPressed(platform::TitleBarHabits::Button kind);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+
+  private:
+    QRect roomForTitle() const;
+
+    platform::TitleBarHabits habits_;
+    MVCustomWindowWidgetsView* const start_;
+    MVCustomWindowWidgetsView* const end_;
+    QPoint pressed_;
+    bool isHeld_ = false;
+};

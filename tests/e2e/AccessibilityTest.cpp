@@ -1,0 +1,126 @@
+#include "e2e/DesktopFixture.h"
+
+#include "support/AccessibleObject.h"
+#include "support/ScopedVariable.h"
+
+#include <QDBusMessage>
+#include <QObject>
+
+using support::AccessibleObject;
+using support::ScriptedPlugin;
+using support::waitUntil;
+
+// What assistive tools, which are other programs, see of the window and do in it.
+namespace {
+
+constexpr unsigned checked = 4;
+constexpr unsigned focusable = 11;
+
+/// The announcements that have arrived.
+class Listener : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit Listener(const support::AssistiveTool& tool) {
+        tool.listen(QStringLiteral("object:state-changed:checked"));
+        tool.listen(QStringLiteral("object:property-change:accessible-value"));
+        for (const char* const kind : {"StateChanged", "PropertyChange"})
+            tool.bus().connect({}, {}, QStringLiteral("org.a11y.atspi.Event.Object"),
+                               QLatin1String(kind), this, SLOT(take(QDBusMessage)));
+    }
+
+    QStringList events;
+
+  private Q_SLOTS:
+    void take(const QDBusMessage& signal) {
+        const QString what = signal.arguments().value(0).toString();
+        if (what == "checked" || what == "accessible-value")
+            events += what;
+    }
+};
+
+class AccessibilityTest : public DesktopFixture {
+  protected:
+    void SetUp() override {
+        startTonvale();
+        plugin_.emplace(MVCommMainSocketPath());
+        other_.emplace(MVCommMainSocketPath());
+        other_->checkIn(1, "coreaudiod");
+        plugin_->checkIn(4711, "player");
+        EXPECT_TRUE(waitUntil([&] {
+            item_ = tool_.desktop().find("list item", "player");
+            return item_ && tool_.desktop().find("list item", "Sound Effects");
+        })) << tonvale_->output();
+    }
+
+    AccessibleObject slider() const { return item_->find("slider", "Volume").value(); }
+    AccessibleObject mute() const { return item_->find("check box", "Mute").value(); }
+
+    support::AssistiveTool tool_{session_};
+    std::optional<ScriptedPlugin> plugin_;
+    std::optional<ScriptedPlugin> other_;
+    std::optional<AccessibleObject> item_;
+};
+
+} // namespace
+
+TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
+    const auto window = tool_.window(QStringLiteral("Tonvale"));
+    ASSERT_TRUE(window) << tool_.outline().toStdString();
+    const auto list = window->find("list", "Programs");
+    ASSERT_TRUE(list);
+    QStringList names;
+    for (const AccessibleObject& item : list->children()) {
+        EXPECT_EQ(item.role(), "list item");
+        names += item.name();
+    }
+    EXPECT_EQ(names, (QStringList{"Sound Effects", "player"}));
+    EXPECT_TRUE(window->find("button", "Menu") || window->find("push button", "Menu"));
+    for (const AccessibleObject& part : item_->children()) {
+        EXPECT_NE(part.role(), "progress bar");
+        EXPECT_NE(part.role(), "level bar");
+    }
+    EXPECT_EQ(item_->children().size(), 3) << "name, mute, slider";
+}
+
+TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {
+    EXPECT_TRUE(slider().hasState(focusable));
+    EXPECT_EQ(slider().value("MinimumValue"), 0.0);
+    EXPECT_EQ(slider().value("MaximumValue"), 1.0);
+    EXPECT_EQ(slider().value(), 1.0);
+    slider().setValue(0.5);
+    sentUntil(*plugin_, "9,4711,50 ");
+    EXPECT_EQ(slider().value(), 0.5);
+    ASSERT_EQ(slider().actions().mid(0, 2), (QStringList{"Increase", "Decrease"}));
+    slider().act("Increase");
+    sentUntil(*plugin_, "9,4711,60 ");
+    slider().act("Decrease");
+    sentUntil(*plugin_, "9,4711,50 ");
+    EXPECT_FALSE(mute().hasState(checked));
+    ASSERT_TRUE(mute().actions().contains("Press"));
+    mute().act("Press");
+    sentUntil(*plugin_, "10,4711,1 ");
+    EXPECT_TRUE(mute().hasState(checked));
+}
+
+TEST_F(AccessibilityTest, OnlyAPersonsChangesAreAnnounced) {
+    Listener listener(tool_);
+    plugin_->reportLevel(4711, 0.5F);
+    QDBusMessage report = QDBusMessage::createSignal(
+        "/com/quarnel/Tonvale/Plugin", "com.quarnel.Tonvale.Plugin", "ChangedElsewhere");
+    report.setArguments({4711U, 42, true});
+    auto session =
+        QDBusConnection::connectToBus(QString::fromStdString(session_.address()), "plug-in");
+    ASSERT_TRUE(session.registerService("com.quarnel.Tonvale.Plugin"));
+    session.send(report);
+    EXPECT_TRUE(waitUntil([&] { return mute().hasState(checked); }));
+    EXPECT_NEAR(slider().value(), 0.42, 1e-6);
+    EXPECT_EQ(listener.events, QStringList());
+    slider().setValue(0.25);
+    mute().act("Press");
+    EXPECT_TRUE(waitUntil([&] { return listener.events.size() >= 2; }));
+    EXPECT_EQ(listener.events, (QStringList{"accessible-value", "checked"}));
+    QDBusConnection::disconnectFromBus("plug-in");
+}
+
+#include "AccessibilityTest.moc"

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "comm/MVCommSocketPath.h"
+#include "platform/loop/UnixSocket.h"
+#include "support/ChildProcess.h"
+#include "support/PrivateBus.h"
+#include "support/ScriptedPlugin.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <QRect>
+#include <QStringList>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <regex>
+#include <string>
+
+/// For tests of the application's program on a display with nothing but itself, a session bus, and
+/// plug-ins that a test connects.
+class DesktopFixture : public testing::Test {
+  protected:
+    void TearDown() override {
+        tonvale_.reset();
+        std::filesystem::remove(preferences_);
+    }
+
+    using Variables = std::vector<std::pair<std::string, std::string>>;
+
+    /// Answers when it serves its socket.
+    void startTonvale(const Variables& environment = {}) {
+        support::ChildProcess::Options options;
+        options.environment = environment;
+        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM, "--screenshot", picture_},
+                         options);
+        const std::string socket = MVCommMainSocketPath();
+        EXPECT_TRUE(support::waitUntil([&] {
+            return std::filesystem::exists(socket) && platform::connectUnixSocket(socket);
+        })) << tonvale_->output();
+    }
+
+    void quitTonvale() {
+        EXPECT_EQ(tonvale_->stop(), 0) << tonvale_->output();
+        tonvale_.reset();
+    }
+
+    void rememberFrame(const std::string& frame) const {
+        std::ofstream(preferences_, std::ios::binary)
+            << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
+            << "<key>MainWindow</key><string>" << frame << "</string></dict></plist>";
+    }
+
+    std::string rememberedFrame() const {
+        std::ifstream file(preferences_, std::ios::binary);
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        std::smatch found;
+        return std::regex_search(text, found, std::regex("MainWindow</key>\\s*<string>([^<]*)<"))
+                   ? found[1].str()
+                   : std::string();
+    }
+
+    /// Everything that the plug-in gets up to what ends so.
+    static std::string sentUntil(support::ScriptedPlugin& plugin, const std::string& end) {
+        std::string all;
+        EXPECT_TRUE(support::waitUntil([&] {
+            for (const MVCommConsoleMessage& command : plugin.takeCommands())
+                all += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
+                       std::to_string(command.value) + " ";
+            return all.ends_with(end);
+        })) << all;
+        return all;
+    }
+
+    const std::filesystem::path preferences_ =
+        std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "com.quarnel.Tonvale.plist";
+    const std::string picture_ =
+        std::filesystem::path(std::getenv("TMPDIR")) / "window.png"; // at its end
+    const support::PrivateBus session_;
+    std::optional<support::ChildProcess> tonvale_;
+};

@@ -1,0 +1,229 @@
+#include "e2e/DesktopFixture.h"
+
+#include "support/DesktopPortal.h"
+#include "ui/items/ItemLayout.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPalette>
+#include <QPixmap>
+#include <QScreen>
+#include <QString>
+
+#include <chrono>
+#include <sstream>
+
+using support::runCommand;
+using support::ScriptedPlugin;
+using support::waitUntil;
+using namespace std::chrono_literals;
+
+// The window among others: an X server, a window manager, and a hand on mouse and keyboard that
+// the program cannot tell from a person's.
+namespace {
+
+constexpr int titleBar = 33;
+constexpr int rowHeight = ItemLayout::height;
+
+class DesktopWindowTest : public DesktopFixture {
+  protected:
+    void startManager() {
+        manager_.emplace(std::vector<std::string>{"openbox"});
+        EXPECT_TRUE(waitUntil([] { return isManaged(); })) << manager_->output();
+    }
+
+    /// The root window names a window of the manager, perhaps of one that has gone.
+    static bool isManaged() {
+        const std::string text = runCommand({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).output;
+        const auto place = text.find("# ");
+        if (place == std::string::npos)
+            return false;
+        const std::string window = text.substr(place + 2, text.find('\n') - place - 2);
+        return runCommand({"xprop", "-id", window, "_NET_WM_NAME"}).output.find("Openbox") !=
+               std::string::npos;
+    }
+
+    /// Answers when the window is there.
+    void openWindow(const Variables& environment = {}) {
+        startTonvale(environment);
+        EXPECT_TRUE(waitUntil([&] {
+            window_ =
+                runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"}).output;
+            window_ = window_.substr(0, window_.find('\n'));
+            return !window_.empty() && !frame().isEmpty();
+        })) << tonvale_->output();
+        const auto hasKeys = [&] {
+            return runCommand({"xdotool", "getwindowfocus"}).output == window_ + "\n";
+        };
+        EXPECT_TRUE(!manager_ || waitUntil(hasKeys));
+    }
+
+    QRect frame() const {
+        const std::string text =
+            runCommand({"xdotool", "getwindowgeometry", "--shell", window_}).output;
+        const auto number = [&text](const std::string& key) {
+            const auto place = text.find(key + "=");
+            return place == std::string::npos ? 0 : std::stoi(text.substr(place + key.size() + 1));
+        };
+        return {number("X"), number("Y"), number("WIDTH"), number("HEIGHT")};
+    }
+
+    bool becomes(const QRect& wanted) const {
+        const bool isThere = waitUntil([&] { return frame() == wanted; }, 5s);
+        const QRect is = frame();
+        EXPECT_TRUE(isThere) << is.x() << " " << is.y() << " " << is.width() << " " << is.height();
+        return isThere;
+    }
+
+    /// One call of the tool, so that its steps follow each other as a hand's do.
+    static void hand(const std::string& steps) {
+        std::vector<std::string> arguments{"xdotool"};
+        std::istringstream stream(steps);
+        for (std::string word; stream >> word;)
+            arguments.push_back(word);
+        const auto result = runCommand(arguments);
+        EXPECT_EQ(result.status, 0) << result.output;
+    }
+
+    static std::string to(const QPoint& place) {
+        return "mousemove --sync " + std::to_string(place.x()) + " " + std::to_string(place.y()) +
+               " ";
+    }
+
+    static void drag(const QPoint& from, const QPoint& way) {
+        std::string steps = to(from) + "mousedown 1 ";
+        for (int step = 1; step <= 4; ++step)
+            steps += to(from + way * step / 4) + "sleep 0.05 ";
+        hand(steps + "mouseup 1");
+    }
+
+    /// With the item "player", of the process 4711.
+    void connect() {
+        plugin_.emplace(MVCommMainSocketPath());
+        plugin_->checkIn(4711, "player");
+    }
+
+    /// What is done until the plug-in has been told something that ends so. The item may not be
+    /// there yet.
+    std::string done(const std::string& steps, const std::string& end) {
+        std::string all;
+        EXPECT_TRUE(waitUntil([&] {
+            hand(steps);
+            for (const MVCommConsoleMessage& command : plugin_->takeCommands())
+                all += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
+                       std::to_string(command.value) + " ";
+            return all.find(end) != std::string::npos;
+        })) << all;
+        return all;
+    }
+
+    /// Whether the free room of the window, as the screen shows it, has this colour.
+    bool isBackground(const QColor& color) const {
+        const QRect place = frame();
+        const QImage image =
+            QGuiApplication::primaryScreen()
+                ->grabWindow(0, place.x(), place.y(), place.width(), place.height())
+                .toImage();
+        return !image.isNull() && image.pixelColor(4, place.height() - 20) == color;
+    }
+
+    std::optional<support::ChildProcess> manager_;
+    std::string window_;
+    std::optional<ScriptedPlugin> plugin_;
+};
+
+} // namespace
+
+// The first one, since a window manager leaves marks on the display.
+TEST_F(DesktopWindowTest, WithoutAWindowManagerItFollowsThePointer) {
+    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
+    openWindow();
+    drag({450, 115}, {60, 40});
+    EXPECT_TRUE(becomes({260, 140, 500, titleBar + 4 * rowHeight}));
+    drag({260 + 1, 300}, {-50, 0});
+    EXPECT_TRUE(becomes({210, 140, 550, titleBar + 4 * rowHeight}));
+}
+
+TEST_F(DesktopWindowTest, ItIsMovedAndResizedByTheWindowManagerInWholeRows) {
+    startManager();
+    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
+    openWindow();
+    ASSERT_TRUE(becomes({200, 100, 500, titleBar + 4 * rowHeight}));
+    drag({450, 115}, {60, 40});
+    // A move begins when the hand has gone some way.
+    EXPECT_TRUE(waitUntil([&] { return frame().x() > 230; }));
+    EXPECT_GT(frame().y(), 115);
+    EXPECT_EQ(frame().size(), QSize(500, titleBar + 4 * rowHeight));
+    const QRect before = frame();
+    drag(before.bottomRight() - QPoint(1, 1), {40, rowHeight + rowHeight / 2 + 8});
+    EXPECT_TRUE(waitUntil([&] { return frame().width() > 515; })) << frame().width();
+    EXPECT_TRUE(waitUntil([&] {
+        const int content = frame().height() - titleBar;
+        return content % rowHeight == 0 && content > 4 * rowHeight;
+    })) << frame().height();
+    EXPECT_EQ(frame().topLeft(), before.topLeft());
+    const QRect last = frame();
+    quitTonvale();
+    EXPECT_EQ(rememberedFrame(), QStringLiteral("%1 %2 %3 %4")
+                                     .arg(last.x())
+                                     .arg(last.y())
+                                     .arg(last.width())
+                                     .arg(last.height())
+                                     .toStdString());
+    openWindow();
+    EXPECT_TRUE(becomes(last));
+}
+
+TEST_F(DesktopWindowTest, AFrameOnAScreenThatHasGoneComesBack) {
+    startManager();
+    rememberFrame("5000 300 500 " + std::to_string(titleBar + 4 * rowHeight));
+    openWindow();
+    const QRect screen(0, 0, 1280, 800);
+    EXPECT_TRUE(waitUntil([&] { return screen.contains(frame()); })) << frame().x();
+    EXPECT_EQ(frame().size(), QSize(500, titleBar + 4 * rowHeight));
+}
+
+TEST_F(DesktopWindowTest, ADoubleClickOnTheTitleZoomsAndTheUsualFrameIsRemembered) {
+    startManager();
+    const QRect usual(200, 100, 500, titleBar + 4 * rowHeight);
+    rememberFrame("200 100 500 " + std::to_string(usual.height()));
+    openWindow();
+    ASSERT_TRUE(becomes(usual));
+    hand(to({450, 115}) + "click --repeat 2 --delay 50 1");
+    EXPECT_TRUE(waitUntil([&] { return frame().width() == 1280; }));
+    quitTonvale();
+    EXPECT_EQ(rememberedFrame().substr(0, 12), "200 100 500 ");
+}
+
+TEST_F(DesktopWindowTest, StrongContrastIsFollowedWhileItRuns) {
+    support::DesktopPortal portal(session_);
+    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
+    openWindow();
+    connect();
+    const QColor contrast = QGuiApplication::palette().color(QPalette::Base);
+    EXPECT_TRUE(waitUntil([&] { return !isBackground(contrast); }));
+    portal.change("org.freedesktop.appearance", "contrast", 1U);
+    EXPECT_TRUE(waitUntil([&] { return isBackground(contrast); }));
+    portal.change("org.freedesktop.appearance", "contrast", 0U);
+    EXPECT_TRUE(waitUntil([&] { return !isBackground(contrast); }));
+}
+
+TEST_F(DesktopWindowTest, KeysAndTheWheelReachTheWire) {
+    startManager();
+    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
+    openWindow();
+    connect();
+    done("key Down key Left", "9,4711,9"); // the first ones may be too early
+    hand("key Home");
+    sentUntil(*plugin_, "9,4711,0 ");
+    hand("key Prior key End");
+    EXPECT_EQ(sentUntil(*plugin_, "9,4711,100 "), "9,4711,10 9,4711,100 ");
+    hand("key space");
+    sentUntil(*plugin_, "10,4711,1 ");
+    hand("key ctrl+z");
+    sentUntil(*plugin_, "10,4711,0 ");
+    hand(to({480, 100 + titleBar + rowHeight / 2 + 12}) + "click 5");
+    sentUntil(*plugin_, "9,4711,95 ");
+    hand("key F10 key Right key Down key Return"); // File, its second entry
+    EXPECT_EQ(tonvale_->wait(), 0) << tonvale_->output();
+}

@@ -1,0 +1,118 @@
+#include "platform/desktop/DesktopSettings.h"
+
+#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/TitleBarHabits.h"
+#include "support/DesktopPortal.h"
+#include "support/PrivateBus.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+using platform::DesktopSettings;
+using platform::TitleBarHabits;
+using Action = TitleBarHabits::Action;
+using Button = TitleBarHabits::Button;
+
+namespace {
+
+constexpr const char* appearance = "org.freedesktop.appearance";
+constexpr const char* interface = "org.gnome.desktop.interface";
+constexpr const char* preferences = "org.gnome.desktop.wm.preferences";
+
+class DesktopSettingsTest : public testing::Test {
+  protected:
+    ~DesktopSettingsTest() override { QDBusConnection::disconnectFromBus("settings"); }
+
+    void change(const char* group, const char* key, const QVariant& value) {
+        const int before = changes_;
+        portal_->change(group, key, value);
+        EXPECT_TRUE(support::waitUntil([&] { return changes_ > before; })) << key;
+    }
+
+    const support::PrivateBus bus_;
+    std::unique_ptr<support::DesktopPortal> portal_ =
+        std::make_unique<support::DesktopPortal>(bus_);
+    DesktopSettings settings_{
+        QDBusConnection::connectToBus(QString::fromStdString(bus_.address()), "settings")};
+    int changes_ = 0;
+    const QMetaObject::Connection counting_ =
+        QObject::connect(&settings_, &DesktopSettings::changed, [this] { ++changes_; });
+};
+
+} // namespace
+
+TEST_F(DesktopSettingsTest, MotionAndContrastAreWhatTheDesktopSaysNowAndLater) {
+    const platform::DesktopMotion motion(settings_);
+    support::serveEvents();
+    EXPECT_TRUE(motion.isWanted()) << "nobody has said anything";
+    change(interface, "enable-animations", false);
+    EXPECT_FALSE(motion.isWanted());
+    change(interface, "enable-animations", true);
+    EXPECT_TRUE(motion.isWanted());
+    change(appearance, "reduced-motion", 1U);
+    EXPECT_FALSE(motion.isWanted());
+    change(interface, "enable-animations", "yes");
+    change(appearance, "reduced-motion", 0U);
+    EXPECT_TRUE(motion.isWanted());
+
+    EXPECT_FALSE(isHighContrastWanted(settings_));
+    change(appearance, "contrast", 1U);
+    EXPECT_TRUE(isHighContrastWanted(settings_));
+    change(appearance, "contrast", 0U);
+    EXPECT_FALSE(isHighContrastWanted(settings_));
+    change("org.gnome.desktop.a11y.interface", "high-contrast", true);
+    EXPECT_TRUE(isHighContrastWanted(settings_));
+    change("org.gnome.desktop.a11y.interface", "high-contrast", false);
+    change(interface, "gtk-theme", "HighContrastInverse");
+    EXPECT_TRUE(isHighContrastWanted(settings_));
+}
+
+TEST_F(DesktopSettingsTest, APortalThatComesLaterIsAskedAndOneWithoutAnswersHarmsNobody) {
+    portal_->set(appearance, "contrast", 1U);
+    EXPECT_TRUE(support::waitUntil([&] { return isHighContrastWanted(settings_); }))
+        << "it was there first";
+    portal_ = nullptr;
+    portal_ = std::make_unique<support::DesktopPortal>(bus_, false);
+    portal_->set(appearance, "contrast", 0U);
+    support::serveEvents();
+    EXPECT_TRUE(isHighContrastWanted(settings_)) << "what was known last";
+    portal_ = nullptr;
+    portal_ = std::make_unique<support::DesktopPortal>(bus_);
+    portal_->set(appearance, "contrast", 0U);
+    EXPECT_TRUE(support::waitUntil([&] { return !isHighContrastWanted(settings_); }));
+    const DesktopSettings none(QDBusConnection("none"));
+    EXPECT_EQ(TitleBarHabits::of(none), TitleBarHabits());
+}
+
+TEST_F(DesktopSettingsTest, TitleBarsDoWhatTheDesktopsDo) {
+    change(preferences, "action-double-click-titlebar", "minimize");
+    change(preferences, "action-middle-click-titlebar", "lower");
+    change(preferences, "action-right-click-titlebar", "none");
+    change(preferences, "button-layout", "close,maximize,minimize:appmenu");
+    const TitleBarHabits habits = TitleBarHabits::of(settings_);
+    EXPECT_EQ(habits.doubleClick, Action::minimize);
+    EXPECT_EQ(habits.middleClick, Action::lower);
+    EXPECT_EQ(habits.secondaryClick, Action::none);
+    EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::close, Button::minimize}));
+    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu}));
+}
+
+TEST(TitleBarHabits, TextsThatSayNothingLeaveWhatIsUsual) {
+    TitleBarHabits habits;
+    for (const char* const layout : {"", "close", "a:b:c"}) {
+        habits.placeButtons(QLatin1String(layout));
+        EXPECT_EQ(habits, TitleBarHabits()) << layout;
+    }
+    habits.placeButtons(QStringLiteral("appmenu:close"));
+    EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::menu}));
+    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::close}));
+    habits.placeButtons(QStringLiteral("minimize:close"));
+    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu, Button::close}));
+    const auto action = [](const char* text) {
+        return TitleBarHabits::actionFromText(QLatin1String(text), Action::lower);
+    };
+    EXPECT_EQ(action("toggle-maximize-vertically"), Action::maximize);
+    EXPECT_EQ(action("none"), Action::none);
+    EXPECT_EQ(action("menu"), Action::menu);
+    EXPECT_EQ(action("dance"), Action::lower);
+}
