@@ -27,21 +27,6 @@ std::string fittingPath(const std::string& path) {
     return platform::fittingUtf8(path, ProgramProcess::longestPath);
 }
 
-/// The process that stands for the application, unless that is the same or has ended.
-std::optional<ProgramProcess> mainProcess(const platform::ApplicationIdentity& identity,
-                                          const ProgramProcess& process) {
-    const pid_t pid = identity.mainProcess;
-    const std::optional<std::uint64_t> startTime = identity.mainStartTime;
-    if (pid == 0 || static_cast<std::uint32_t>(pid) == process.pid ||
-        platform::processStartTime(pid) != startTime)
-        return std::nullopt;
-    ProgramProcess main = process;
-    main.pid = static_cast<std::uint32_t>(pid);
-    main.path = fittingPath(identity.executable);
-    main.startTime = startTime;
-    return main;
-}
-
 } // namespace
 
 platform::ClientProperties clientProperties(const platform::StreamEvidence& evidence) {
@@ -101,6 +86,30 @@ StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
             fittingPath(identity.mainProcess == pid ? identity.executable
                                                     : platform::executablePath(pid).value_or(""));
     return player;
+}
+
+/// The process that stands for the application, unless that is the same or has ended.
+std::optional<ProgramProcess>
+ProgramIdentifier::mainProcess(const platform::ApplicationIdentity& identity,
+                               const ProgramProcess& process) {
+    const pid_t pid = identity.mainProcess;
+    const std::uint64_t startTime = identity.mainStartTime;
+    if (pid == 0 || static_cast<std::uint32_t>(pid) == process.pid ||
+        platform::processStartTime(pid) != startTime)
+        return std::nullopt;
+    ProgramProcess main = process;
+    main.pid = static_cast<std::uint32_t>(pid);
+    main.path = fittingPath(identity.executable);
+    main.startTime = startTime;
+    if (identity.evidence == platform::NameEvidence::family) {
+        // It is no helper of itself.
+        const auto& own = resolver_.resolve(pid, startTime, process.client);
+        if (own.name == identity.name) {
+            main.evidence = own.evidence;
+            main.entryPath = own.entryPath;
+        }
+    }
+    return main;
 }
 
 StreamPlayer ProgramIdentifier::namedAgain(const ProgramProcess& process) {

@@ -51,6 +51,8 @@ class ProgramIdentifier {
 
   private:
     void watchEntries(platform::RunLoop& loop);
+    std::optional<ProgramProcess> mainProcess(const platform::ApplicationIdentity& identity,
+                                              const ProgramProcess& process);
 
     const std::function<void()> changed_;
     const platform::StreamProcessFacts facts_;

@@ -321,6 +321,22 @@ TEST_F(PluginIdentityTest, APlayerThatAScriptHasStartedIsThatPlayer) {
     ::kill(static_cast<pid_t>(found.pid), SIGKILL);
 }
 
+TEST_F(PluginIdentityTest, AToolThatPlaysForAnApplicationIsThatApplication) {
+    const std::filesystem::path entries =
+        std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+    const support::NamedCopy program("/bin/bash", "chatter");
+    std::filesystem::create_directories(entries);
+    write(entries / "org.example.Chatter.desktop",
+          "[Desktop Entry]\nType=Application\nName=Chatter\nExec=" + program.path() + "\n");
+    const Player chat({program.path(), "-c", "pw-cat --playback " + file_ + "; true"});
+    EXPECT_EQ(awaitProgram(QStringLiteral("Chatter")).pid, chat.pid());
+    EXPECT_TRUE(tells("    This application starts the program. (" +
+                      (entries / "org.example.Chatter.desktop").string() + ")\n"))
+        << "what is said of the application, not of its tool";
+    ::kill(static_cast<pid_t>(chat.childPid()), SIGKILL);
+    std::filesystem::remove_all(entries);
+}
+
 TEST_F(PluginIdentityTest, NoProgramIsCalledLikeTheNotificationSounds) {
     const auto copy = folder_.path() / "coreaudiod";
     std::filesystem::copy_file("/usr/bin/pw-cat", copy);

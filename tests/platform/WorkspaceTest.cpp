@@ -175,6 +175,21 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
     EXPECT_EQ(changes_, 4) << "the first look, and each name once";
 }
 
+TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
+    const std::string program = install("agent", "NoDisplay=true\n");
+    ChildProcess agent({program, "600"});
+    begin();
+    const auto why = [this](std::uint32_t pid) {
+        return workspace_->whyNamed({pid, "Der agent", {}});
+    };
+    constexpr std::uint32_t fromElsewhere = 0x40000000;
+    EXPECT_TRUE(waitUntil([&] { return !why(fromElsewhere).isEmpty(); }));
+    EXPECT_EQ(why(fromElsewhere), "The program says that it is this application.");
+    const auto pid = static_cast<std::uint32_t>(agent.pid());
+    EXPECT_TRUE(waitUntil([&] { return why(pid) == "This application starts the program."; }))
+        << why(pid).toStdString();
+}
+
 TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
     install("player");
     begin();

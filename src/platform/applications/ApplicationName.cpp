@@ -55,6 +55,12 @@ constexpr std::string_view emptyNames[] = {"ALSA plug-in",
                                            "wine-preloader",
                                            "wine64-preloader"};
 
+/// The icons that those give to every program.
+constexpr std::string_view commonIcons[] = {"applications-games", // SDL
+                                            "audio-card",         "audio-x-generic",
+                                            "chromium-browser", // Chromium, thus Electron
+                                            "electron",           "multimedia-player"};
+
 bool isBlank(char each) noexcept {
     return each == ' ' || each == '\t' || each == '\n' || each == '\r';
 }
@@ -189,6 +195,11 @@ std::string tellingName(std::string_view claimed) {
     const bool isEmpty = std::ranges::find(emptyNames, claimed) != std::end(emptyNames) ||
                          programRuntime(claimed) != ProgramRuntime::none;
     return isEmpty ? std::string() : std::string(claimed);
+}
+
+std::string tellingIcon(std::string_view claimed) {
+    const bool isCommon = std::ranges::find(commonIcons, claimed) != std::end(commonIcons);
+    return isCommon ? std::string() : std::string(claimed);
 }
 
 std::string gameFolder(std::string_view path) {

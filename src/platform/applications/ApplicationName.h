@@ -22,6 +22,10 @@ std::string fittingName(std::string_view text);
 /// the part that the program chose. Empty for one that says nothing about the program.
 std::string tellingName(std::string_view claimed);
 
+/// The icon that a client of the sound server gives itself. Empty for one that its sound library or
+/// runtime has given it, as it gives it to every program.
+std::string tellingIcon(std::string_view claimed);
+
 /// What to call a program that nobody has given a name: the file name of its executable, script or
 /// Windows program, or the folder of a game. Empty when the process is a bare interpreter.
 std::string programLabel(const ProgramCommand& command, const ProcessRecord& process);

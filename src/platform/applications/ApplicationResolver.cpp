@@ -89,9 +89,10 @@ ApplicationIdentity ApplicationResolver::resolveSandbox(std::string_view applica
 ApplicationIdentity ApplicationResolver::resolveClient(const ClientProperties& client) const {
     if (const DesktopEntry* const entry = entries_.find(client.id))
         return ofEntry(*entry, NameEvidence::clientId);
-    const DesktopEntry* entry = entries_.find(client.icon);
+    const std::string icon = tellingIcon(client.icon);
+    const DesktopEntry* entry = entries_.find(icon);
     if (entry == nullptr)
-        entry = entries_.ofIcon(client.icon);
+        entry = entries_.ofIcon(icon);
     if (entry != nullptr)
         return ofEntry(*entry, NameEvidence::clientIcon);
     const std::string binary = tellingName(client.binary);
@@ -108,7 +109,7 @@ ApplicationIdentity ApplicationResolver::resolveClient(const ClientProperties& c
     answer(tellingName(client.name), NameEvidence::clientName);
     answer(client.binary, NameEvidence::clientProgram);
     answer(client.name, NameEvidence::clientName);
-    identity.icon = client.icon.empty() ? identity.name : client.icon;
+    identity.icon = icon.empty() ? identity.name : icon;
     return identity;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/applications/ApplicationName.h"
 #include "platform/text/MessageLanguages.h"
 
+#include <unistd.h>
 #include <utility>
 
 namespace platform {
@@ -46,8 +47,25 @@ ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<Proc
 std::vector<ApplicationIdentity> ApplicationScan::running(const std::set<pid_t>& withWindows) {
     prepare();
     entries_->refresh();
-    return regularApplications(*entries_, WindowedProcesses(*processes_, withWindows),
-                               surroundings_.session);
+    auto applications = regularApplications(*entries_, WindowedProcesses(*processes_, withWindows),
+                                            surroundings_.session);
+    standForOurselves(applications);
+    return applications;
+}
+
+/// A tool of our own that was there before us has our name, but the application is this process.
+void ApplicationScan::standForOurselves(std::vector<ApplicationIdentity>& applications) const {
+    const auto self = processes_->process(::getpid());
+    if (!self)
+        return;
+    const std::string name = identifyApplication(*self, {}, *entries_, *processes_).name;
+    for (ApplicationIdentity& each : applications) {
+        if (each.name != name)
+            continue;
+        each.mainProcess = self->pid;
+        each.mainStartTime = self->startTime;
+        each.executable = self->executable;
+    }
 }
 
 ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& name,

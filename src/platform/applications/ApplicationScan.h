@@ -33,7 +33,8 @@ class ApplicationScan {
     explicit ApplicationScan(Surroundings surroundings,
                              std::unique_ptr<ProcessView> processes = nullptr);
 
-    /// The regular applications. Of processes `withWindows` none is taken for a service.
+    /// The regular applications. Of processes `withWindows` none is taken for a service. If this
+    /// one is of an application that is listed, it is the main process.
     std::vector<ApplicationIdentity> running(const std::set<pid_t>& withWindows);
 
     /// What is known of a program that the audio plug-in has named. The plug-in may know it by what
@@ -43,6 +44,7 @@ class ApplicationScan {
 
   private:
     void prepare();
+    void standForOurselves(std::vector<ApplicationIdentity>& applications) const;
 
     const Surroundings surroundings_;
     const ProgramFiles files_;

@@ -24,22 +24,29 @@ bool isHidden(std::string_view path) {
     return path.find("/.") != std::string_view::npos;
 }
 
+/// Whether the entry's program becomes another one that nobody knows from the entry.
+bool mayBecomeAnother(const DesktopEntry& entry) {
+    return entry.program.empty() || entry.programIsScript || entry.command.isInterpreted;
+}
+
 /// Where the program's own file lies, as far as that can be told.
 const std::string& located(const ProgramCommand& command) {
     return command.script.starts_with('/') ? command.script : command.program;
 }
 
 /// Whether an entry that has only the name in common with a program can mean it. An executable that
-/// lies elsewhere than the entry says is another version of it. A script may start anything, but
-/// one that the system has installed does not start what a person has unpacked somewhere.
+/// lies elsewhere than the entry says is another version of it, or a part of another package. A
+/// script may start anything, but one that the system has installed does not start what a person
+/// has unpacked somewhere.
 bool mayMean(const DesktopEntry& entry, const ProgramCommand& command) {
     const std::string& path = located(command);
     if (entry.program.empty() || entry.command.isInterpreted)
         return !entry.command.isRequest;
     if (entry.programIsScript)
         return isInHome(entry.program) || !isInHome(path) || isHidden(path);
-    return entry.program.starts_with("/usr/") && path.starts_with("/usr/") &&
-           !entry.program.starts_with("/usr/local/") && !path.starts_with("/usr/local/");
+    return packageFolder(entry.program).empty() && entry.program.starts_with("/usr/") &&
+           path.starts_with("/usr/") && !entry.program.starts_with("/usr/local/") &&
+           !path.starts_with("/usr/local/");
 }
 
 /// Of entries that all start the program the one that the process was started from, as far as that
@@ -180,9 +187,14 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
         found = entries_.ofName(label);
     if (found.empty())
         found = entries_.ofName(withoutRole(label));
-    std::erase_if(found, [&](const DesktopEntry* entry) { return !mayMean(*entry, command); });
-    if (found.empty() && programRuntime(command.program) == ProgramRuntime::wine)
-        found = entries_.ofWindow(fileName(command.script));
+    const auto isOther = [&](const DesktopEntry* entry) { return !mayMean(*entry, command); };
+    std::erase_if(found, isOther);
+    for (const std::string_view name : {fileName(command.subject()), std::string_view(label)}) {
+        // Toolkits call a program's windows like its file.
+        if (found.empty())
+            found = entries_.ofWindow(name);
+        std::erase_if(found, isOther);
+    }
     if (found.empty() && command.isInterpreted) {
         // A runtime of the program's own. What an editor runs with its own is the user's.
         found = entries_.ofFolder(command.program);
@@ -252,8 +264,8 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
     return isInFolder(inner, packageFolder(outer)) || isInFolder(outer, packageFolder(inner));
 }
 
-/// The entry of the unit that the desktop has made for the family, if the family is what it has
-/// started in it.
+/// The entry of the unit that the desktop has made for the family, if the family may be what it has
+/// started in it. What else runs there, the application has started and left.
 const DesktopEntry* ApplicationSearch::unitEntry() const {
     const Member& main = family_.back();
     const std::string unit = systemdUnit(main.process.controlGroups);
@@ -262,7 +274,7 @@ const DesktopEntry* ApplicationSearch::unitEntry() const {
     for (const std::string& id : unitApplications(unit)) {
         const DesktopEntry* const entry = entries_.find(id);
         if (entry != nullptr)
-            return entry->startsOthers ? nullptr : entry;
+            return !entry->startsOthers && mayBecomeAnother(*entry) ? entry : nullptr;
     }
     return nullptr;
 }
@@ -311,9 +323,10 @@ bool ApplicationSearch::answerByClaim(ApplicationIdentity& identity) const {
         take(*entry, NameEvidence::clientId, identity);
         return true;
     }
-    const DesktopEntry* entry = entries_.find(client_.icon);
+    const std::string icon = tellingIcon(client_.icon);
+    const DesktopEntry* entry = entries_.find(icon);
     if (entry == nullptr)
-        entry = entries_.ofIcon(client_.icon);
+        entry = entries_.ofIcon(icon);
     if (entry != nullptr)
         take(*entry, NameEvidence::clientIcon, identity);
     return entry != nullptr;
@@ -336,7 +349,9 @@ void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     }
     if (identity.name.empty())
         identity.evidence = NameEvidence::none;
-    identity.icon = client_.icon.empty() ? identity.name : client_.icon;
+    identity.icon = tellingIcon(client_.icon);
+    if (identity.icon.empty())
+        identity.icon = identity.name;
 }
 
 void ApplicationSearch::take(const DesktopEntry& entry, NameEvidence evidence,

@@ -28,10 +28,6 @@ std::string lowered(std::string_view text) {
     return result;
 }
 
-std::string_view lastPart(std::string_view id) {
-    return id.substr(id.rfind('.') + 1);
-}
-
 std::string_view withoutEnding(std::string_view id) {
     return id.ends_with(ending) ? id.substr(0, id.size() - ending.size()) : id;
 }
@@ -169,8 +165,6 @@ void DesktopEntries::index(const DesktopEntry& entry) {
     };
     byId_.emplace(entry.id, &entry);
     add(byWindow_, lowered(entry.windowClass));
-    add(byWindow_, lowered(entry.id));
-    add(byWindow_, lowered(lastPart(entry.id)));
     add(bySandbox_, entry.flatpak);
     add(bySandbox_, entry.snap);
     add(byGame_, entry.command.game);
@@ -235,7 +229,7 @@ const DesktopEntry* DesktopEntries::called(std::string_view name) const {
 }
 
 DesktopEntries::Found DesktopEntries::ofWindow(std::string_view application) const {
-    return in(byWindow_, lowered(withoutEnding(application)));
+    return in(byWindow_, lowered(application));
 }
 
 DesktopEntries::Found DesktopEntries::ofSandbox(std::string_view application) const {

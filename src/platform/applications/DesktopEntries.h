@@ -70,7 +70,7 @@ class DesktopEntries {
     /// Those whose command, or whose id, is the bare name of a program.
     Found ofName(std::string_view name) const;
 
-    /// Those that call their windows so, or whose id it is, in any case of letters.
+    /// Those that call their windows so, in any case of letters.
     Found ofWindow(std::string_view application) const;
 
     /// Those that start an application in a sandbox, named as by sandboxApplication().

@@ -171,7 +171,6 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
     entry.windowClass = file.text("StartupWMClass");
     entry.isForPeople = !file.isTrue("NoDisplay");
     entry.isShown = isShownOn(file, surroundings.desktops);
-    entry.isTerminal = file.isTrue("Terminal");
     readCommand(file, files, entry);
     readSandbox(file, entry);
     entry.startsOthers = isStarterOfOthers(file, entry);

@@ -43,7 +43,6 @@ struct DesktopEntry {
     std::string snapPart;
     bool isShown = false;     ///< in the menus of this desktop
     bool isForPeople = false; ///< in the menus of some desktop, whichever this is
-    bool isTerminal = false;
 
     /// Whether the program is a terminal, an editor, a starter of games or a file manager.
     bool startsOthers = false;

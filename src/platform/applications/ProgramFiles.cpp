@@ -17,6 +17,8 @@ constexpr std::array<const char*, 7> usualFolders{"/usr/local/bin",   "/usr/bin"
                                                   "/usr/local/games", "/usr/games", "/snap/bin",
                                                   "/usr/sbin"};
 
+constexpr std::array<const char*, 2> foldersInHome{"/.local/bin", "/bin"};
+
 std::vector<std::string> defaultSearchPath() {
     std::vector<std::string> folders;
     const auto add = [&folders](std::string folder) {
@@ -32,6 +34,10 @@ std::vector<std::string> defaultSearchPath() {
     }
     for (const char* const folder : usualFolders)
         add(folder);
+    if (const char* const home = std::getenv("HOME")) {
+        for (const char* const folder : foldersInHome)
+            add(std::string(home).append(folder));
+    }
     return folders;
 }
 

@@ -26,8 +26,8 @@ class ProgramFiles {
     virtual bool isScript(const std::string& path) const;
 
   private:
-    // $PATH, and where systems keep programs: services often have a shorter one than sessions, and
-    // both have to find the same.
+    // $PATH, and where systems and people keep programs: services often have a shorter one than
+    // sessions, and both have to find the same.
     std::vector<std::string> searchPath_;
 };
 

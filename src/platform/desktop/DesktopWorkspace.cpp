@@ -129,18 +129,20 @@ void DesktopWorkspace::watchEnds() {
     }
 }
 
-const ApplicationIdentity* DesktopWorkspace::find(const ProgramOfName& program) const {
-    for (const ByName* const each : {&known_, &identified_}) {
-        if (const auto found = each->constFind(program.name); found != each->cend())
-            return &*found;
-    }
-    return nullptr;
+/// What is known of the name. Another process of that name may be another program, so it is asked
+/// about as well; meanwhile the answer is that for the last one.
+const ApplicationIdentity* DesktopWorkspace::findOrAsk(const ProgramOfName& program) const {
+    if (const auto found = known_.constFind(program.name); found != known_.cend())
+        return &*found;
+    const auto found = identified_.constFind(program.name);
+    const bool isThere = found != identified_.cend();
+    if (!isThere || (program.pid != 0 && found->pid != program.pid))
+        askAbout(program);
+    return isThere ? &found->identity : nullptr;
 }
 
 QIcon DesktopWorkspace::iconForProgram(const ProgramOfName& program) const {
-    const ApplicationIdentity* const identity = find(program);
-    if (identity == nullptr)
-        askAbout(program);
+    const ApplicationIdentity* const identity = findOrAsk(program);
     const ApplicationIdentity& known = identity != nullptr ? *identity : ApplicationIdentity();
     return icons_.icon(QString::fromStdString(known.icon),
                        program.path.isEmpty() ? QString::fromStdString(known.executable)
@@ -155,12 +157,9 @@ QIcon DesktopWorkspace::genericApplicationIcon() const {
 }
 
 QString DesktopWorkspace::whyNamed(const ProgramOfName& program) const {
-    const ApplicationIdentity* const identity = find(program);
-    if (identity == nullptr) {
-        askAbout(program);
-        return {};
-    }
-    return localized(QString::fromLatin1(describe(identity->evidence)));
+    const ApplicationIdentity* const identity = findOrAsk(program);
+    return identity != nullptr ? localized(QString::fromLatin1(describe(identity->evidence)))
+                               : QString();
 }
 
 /// A burst of questions is one piece of work.
@@ -190,8 +189,8 @@ void DesktopWorkspace::identifyAsked() {
 void DesktopWorkspace::takeIdentified(const Identities& identified) {
     if (identified_.size() >= mostIdentified)
         identified_.clear();
-    for (const ApplicationIdentity& each : identified)
-        identified_.insert(QString::fromStdString(each.name), each);
+    for (std::size_t i = 0; i < identified.size(); ++i)
+        identified_.insert(underway_[i].name, {underway_[i].pid, identified[i]});
     underway_.clear();
     if (!asked_.empty())
         asking_.start(0ms);

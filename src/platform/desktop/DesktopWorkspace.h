@@ -48,13 +48,17 @@ class DesktopWorkspace final : public Workspace {
   private:
     using Identities = std::vector<ApplicationIdentity>;
     using ByName = QHash<QString, ApplicationIdentity>;
+    struct Identified {
+        std::uint32_t pid = 0; // that has been asked about
+        ApplicationIdentity identity;
+    };
     using TakeAnswer = void (DesktopWorkspace::*)(const Identities&);
 
     void hear();
     void look();
     void take(const Identities& running);
     void watchEnds();
-    const ApplicationIdentity* find(const ProgramOfName& program) const;
+    const ApplicationIdentity* findOrAsk(const ProgramOfName& program) const;
     void askAbout(const ProgramOfName& program) const;
     void identifyAsked();
     void takeIdentified(const Identities& identified);
@@ -66,8 +70,8 @@ class DesktopWorkspace final : public Workspace {
     mutable ProgramIcons icons_;
 
     std::optional<QList<RunningApplication>> running_;
-    ByName known_;      // what runs
-    ByName identified_; // what else has been asked about
+    ByName known_;                          // what runs
+    QHash<QString, Identified> identified_; // what else has been asked about
     mutable std::vector<ProgramOfName> asked_;
     std::vector<ProgramOfName> underway_; // of what has been asked
     std::map<pid_t, std::unique_ptr<ProcessWatch>> ends_;

@@ -75,6 +75,21 @@ TEST_F(DesktopEntriesTest, AreSearchedInTheOrderOfTheBaseDirectories) {
                                      "/var/lib/snapd/desktop/applications"));
 }
 
+TEST_F(DesktopEntriesTest, CountWhereTheirProgramIsAPersonsOwnWhateverTheSearchPath) {
+    const fs::path home = folder_.path() / "home";
+    fs::create_directories(home / ".local/bin");
+    fs::copy_file("/bin/true", home / ".local/bin/own-player");
+    write(first_ / "own.desktop", "own-player", "TryExec=own-player\n");
+    write(first_ / "missing.desktop", "missing-player", "TryExec=missing-player\n");
+    const support::ScopedVariable variable("HOME", home);
+    const support::ScopedVariable path("PATH", "/usr/bin");
+    const platform::ProgramFiles files;
+    const DesktopEntries entries({first_}, {}, files);
+    EXPECT_EQ(nameOf(entries, "own"), "own-player");
+    EXPECT_EQ(entries.ofProgram((home / ".local/bin/own-player").string()).size(), 1U);
+    EXPECT_EQ(entries.find("missing"), nullptr);
+}
+
 TEST_F(DesktopEntriesTest, OfAnEarlierFolderTakeThePlaceOfLaterOnes) {
     write(first_ / "a.desktop", "first-a");
     write(second_ / "a.desktop", "second-a");
