@@ -1,8 +1,8 @@
 # Completion of tonvalectl for bash.
 
 _tonvalectl_names() {
-    local IFS=$'\n' name quoted
-    for name in $(tonvalectl list --names "$@" 2>/dev/null); do
+    local name quoted
+    while IFS= read -r name; do
         [[ ${name,,} == "${typed,,}"* ]] || continue
         if [[ $open_quote ]]; then
             quoted=$name
@@ -10,7 +10,7 @@ _tonvalectl_names() {
             printf -v quoted %q "$name"
         fi
         COMPREPLY+=("$quoted")
-    done
+    done < <(tonvalectl list --names "$@" 2>/dev/null)
 }
 
 _tonvalectl() {

@@ -22,6 +22,10 @@ BusError BusError::invalid(const QString& text) {
     return {QDBusError::errorString(QDBusError::InvalidArgs), text};
 }
 
+BusError BusError::notControllable(const QString& reason) {
+    return {QStringLiteral("com.quarnel.Tonvale.Error.NotControllable"), reason};
+}
+
 QDBusMessage BusInterface::answer(const QDBusMessage& message) {
     const bool isUnaddressed = message.interface().isEmpty();
     if (message.interface() == name_ || isUnaddressed) {

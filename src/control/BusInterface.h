@@ -12,6 +12,7 @@ struct BusError {
     QString text; ///< for people
 
     static BusError invalid(const QString& text);
+    static BusError notControllable(const QString& reason);
 };
 
 /// One interface of one object: its properties and methods, and by way of them the standard

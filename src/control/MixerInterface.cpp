@@ -1,6 +1,7 @@
 #include "control/MixerInterface.h"
 
 #include "comm/MVCommAppValue.h"
+#include "comm/MVCommConnectedProcess.h"
 #include "control/ControlLog.h"
 #include "control/ControlTypes.h"
 #include "prefs/MVIgnoredApp.h"
@@ -30,8 +31,18 @@ BusError notInRange() {
     return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
 }
 
+/// The lists of ignored programs hold the names of processes, people know what is displayed.
+QString displayed(const QString& processName) {
+    return MVCommAppValue::displayNameForProcessName(processName);
+}
+
 bool isSameName(const QString& one, const QString& other) {
     return QString::compare(one, other, Qt::CaseInsensitive) == 0;
+}
+
+QString processNameOf(const QString& displayName) {
+    const QString sounds = kMVCommAudioDaemonName;
+    return isSameName(displayName, displayed(sounds)) ? sounds : displayName;
 }
 
 } // namespace
@@ -88,10 +99,12 @@ BusInterface::Outcome MixerInterface::call(const QString& method, const QVariant
 }
 
 QStringList MixerInterface::ignoredNames() const {
-    QStringList names = ignored_.custom();
+    QStringList names;
+    for (const QString& name : ignored_.custom())
+        names.append(displayed(name));
     for (const auto& entry : ignored_.builtIn()) {
         if (entry->enabled())
-            names.append(entry->name());
+            names.append(displayed(entry->name()));
     }
     return names;
 }
@@ -109,9 +122,19 @@ std::optional<BusError> MixerInterface::setRemembered(const QString& name, int p
         return noSuchProgram();
     if (!isPercent(percent))
         return notInRange();
-    controller_.rememberedApps().set(name, percent, muted);
-    ControlLog::volume(name, percent);
-    ControlLog::muted(name, muted);
+    const auto& running = controller_.apps();
+    if (const auto app = std::ranges::find(running, name, &MVCommAppValue::displayName);
+        app != running.end()) {
+        if (const QString reason = controller_.reasonNotControllable(**app); !reason.isEmpty())
+            return BusError::notControllable(reason);
+    }
+    RememberedApps& programs = controller_.rememberedApps();
+    const RememberedApps::App before = programs.of(name);
+    programs.set(name, percent, muted);
+    if (before.percent != percent)
+        ControlLog::volume(name, percent);
+    if (before.muted != muted)
+        ControlLog::muted(name, muted);
     return std::nullopt;
 }
 
@@ -122,11 +145,8 @@ std::optional<BusError> MixerInterface::forget(const QString& name) {
     return std::nullopt;
 }
 
-/// The list holds the names of processes, people know what is displayed.
 std::optional<BusError> MixerInterface::ignore(const QString& name) {
-    const auto& apps = controller_.apps();
-    const auto app = std::ranges::find(apps, name, &MVCommAppValue::displayName);
-    const QString process = app != apps.end() ? (*app)->processName() : name;
+    const QString process = processNameOf(name);
     if (process.isEmpty())
         return noSuchProgram();
     if (!ignored_.isAppIgnored(process))
@@ -135,15 +155,16 @@ std::optional<BusError> MixerInterface::ignore(const QString& name) {
 }
 
 std::optional<BusError> MixerInterface::unignore(const QString& name) {
-    if (!ignored_.isAppIgnored(name))
+    const QString process = processNameOf(name);
+    if (!ignored_.isAppIgnored(process))
         return noSuchProgram();
     const QStringList custom = ignored_.custom();
     for (const QString& each : custom) {
-        if (isSameName(each, name))
+        if (isSameName(each, process))
             ignored_.removeCustomIgnore(each);
     }
     for (const auto& entry : ignored_.builtIn()) {
-        if (isSameName(entry->name(), name))
+        if (isSameName(entry->name(), process))
             entry->setEnabled(false);
     }
     return std::nullopt;

@@ -36,7 +36,7 @@ std::optional<BusError> ProgramInterface::set(const QString& property, const QVa
         return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
                         QStringLiteral("It can only be read")};
     if (const QString reason = controller_.reasonNotControllable(app_); !reason.isEmpty())
-        return BusError{QStringLiteral("com.quarnel.Tonvale.Error.NotControllable"), reason};
+        return BusError::notControllable(reason);
     if (property == muted) {
         controller_.setMuted(app_, value.toBool());
         ControlLog::muted(app_.displayName(), value.toBool());

@@ -40,6 +40,8 @@ Failure meant(GError& error) {
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CLOSED) ||
         isBus(error, G_DBUS_ERROR_DISCONNECTED))
         return busHasGone();
+    if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT))
+        return {ExitCode::failed, Messages::text("Tonvale does not answer.")};
     return {ExitCode::failed, Messages::text("Tonvale refuses that: %1", {told(error)})};
 }
 

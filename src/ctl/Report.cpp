@@ -76,7 +76,10 @@ const char* truth(bool value) {
     return value ? "true" : "false";
 }
 
-std::string members(const CtlProgram& program) {
+/// An event has no level: of that only the moment of asking is known.
+enum class Level { told, leftOut };
+
+std::string members(const CtlProgram& program, Level level = Level::told) {
     const bool runs = program.isRunning();
     std::string text;
     for (const auto& [key, value] : std::initializer_list<std::pair<const char*, std::string>>{
@@ -89,8 +92,10 @@ std::string members(const CtlProgram& program) {
              {"running", truth(runs)},
              {"icon", quoted(program.icon)},
              {"controllable", truth(program.controllable)},
-             {"reason", quoted(program.reason)}})
-        text += (text.empty() ? "" : ", ") + member(key, value);
+             {"reason", quoted(program.reason)}}) {
+        if (level == Level::told || std::string_view(key) != "activity")
+            text += (text.empty() ? "" : ", ") + member(key, value);
+    }
     return text;
 }
 
@@ -153,5 +158,5 @@ std::string Report::event(std::string_view what, const CtlProgram& program) {
 }
 
 std::string Report::jsonEvent(std::string_view what, const CtlProgram& program) {
-    return "{" + member("event", quoted(what)) + ", " + members(program) + "}\n";
+    return "{" + member("event", quoted(what)) + ", " + members(program, Level::leftOut) + "}\n";
 }

@@ -38,7 +38,7 @@ Exit codes: 0 done, 1 refused, 2 wrong arguments, 3 Tonvale is not running, 4 no
 5 doubtful name, 6 bad number, 7 the volume can't be set, 8 no session bus. See tonvalectl(1).
 )";
 
-ExitCode carryOut(const std::vector<std::string>& arguments) {
+void carryOut(const std::vector<std::string>& arguments) {
     const Command command = Command::parse(arguments);
     if (command.verb == Command::Verb::help)
         std::fputs(Messages::text(help).c_str(), stdout);
@@ -46,7 +46,8 @@ ExitCode carryOut(const std::vector<std::string>& arguments) {
         std::puts("tonvalectl " TONVALE_VERSION);
     else
         run(command);
-    return std::fflush(stdout) == 0 ? ExitCode::success : ExitCode::failed;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw Failure(ExitCode::failed, Messages::text("The output can't be written."));
 }
 
 ExitCode tell(ExitCode code, const char* why) {
@@ -59,7 +60,8 @@ ExitCode tell(ExitCode code, const char* why) {
 int main(int argc, char** argv) {
     Messages::prepare();
     try {
-        return static_cast<int>(carryOut({argv + 1, argv + argc}));
+        carryOut({argv + 1, argv + argc});
+        return static_cast<int>(ExitCode::success);
     } catch (const Failure& failure) {
         return static_cast<int>(tell(failure.code(), failure.what()));
     } catch (const std::exception& exception) {

@@ -55,7 +55,9 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
     , seen_(defaults_)
+    , newApps_(seen_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
+    , toBeFreed_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
@@ -140,7 +142,7 @@ void AppVolumeController::merge(First first) {
         const QScopedValueRollback restoring(isRestoring_, true);
         list_.settle();
     }
-    freeMarkedApps();
+    toBeFreed_.freeConnected(list_);
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
@@ -170,29 +172,16 @@ void AppVolumeController::useNews() {
         [this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0 || list_.isConnected(pid); });
 }
 
-/// What the plug-in holds meanwhile becomes a setting like any other. Whoever was forgotten while
-/// it runs is new when it comes again.
 void AppVolumeController::welcomeNew() {
-    QSet<QString> connected;
-    QList<MVCommAppValue*> arrived;
-    QStringList names;
-    for (MVCommAppValue* const app : apps()) {
-        if (app->isBeeps() || list_.connectedPids(app->processName()).isEmpty())
-            continue;
-        connected.insert(app->processName());
-        if (!connected_.contains(app->processName()) && !seen_.contains(app->displayName())) {
-            arrived.append(app);
-            names.append(app->displayName());
-        }
-    }
-    connected_ = std::move(connected);
-    if (!seen_.add(names))
+    const auto arrived = newApps_.take(list_);
+    if (arrived.isEmpty())
         return;
     savePrefs();
-    for (MVCommAppValue* const app : std::as_const(arrived))
+    for (MVCommAppValue* const app : arrived)
         welcome(*app);
 }
 
+/// What the plug-in holds meanwhile becomes a setting like any other.
 void AppVolumeController::welcome(MVCommAppValue& app) {
     const auto percent = seen_.defaultVolume();
     if (!percent || appPrefs_.contains(app.displayName()))
@@ -325,35 +314,9 @@ void AppVolumeController::pluginHasGone() {
 }
 
 void AppVolumeController::ignoredAppsDidChange() {
-    markIgnoredApps();
+    toBeFreed_.mark(list_);
     savePrefs();
     update();
-}
-
-/// Programs that are about to lose their record are as if we had never touched them. What is
-/// remembered of them stays, for the day when they are not ignored any more.
-void AppVolumeController::markIgnoredApps() {
-    for (const MVCommAppValue* const app : apps()) {
-        const QString name = app->displayName();
-        const bool isPlain =
-            appPrefs_.percent(name) == VolumeNumbers::full && !appPrefs_.isMuted(name);
-        if (!isPlain && ignoredApps_.isAppIgnored(app->processName()))
-            toBeFreed_.insert(app->processName());
-    }
-}
-
-/// Those that are not connected, since the plug-in is away, wait for that.
-void AppVolumeController::freeMarkedApps() {
-    toBeFreed_.removeIf([this](const QString& processName) {
-        if (!ignoredApps_.isAppIgnored(processName))
-            return true;
-        const QList<std::uint32_t> pids = list_.connectedPids(processName);
-        for (const std::uint32_t pid : pids) {
-            commands_.setVolume(pid, VolumeNumbers::full);
-            commands_.setMute(pid, false);
-        }
-        return !pids.isEmpty();
-    });
 }
 
 void AppVolumeController::copyThenTellPlugins() {

@@ -3,6 +3,8 @@
 #include "platform/bus/NotificationCenter.h"
 #include "ui/AppList.h"
 #include "ui/AppPreferences.h"
+#include "ui/AppsToFree.h"
+#include "ui/NewApps.h"
 #include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
@@ -10,7 +12,6 @@
 #include "ui/SeenApps.h"
 
 #include <QList>
-#include <QSet>
 #include <QSizeF>
 #include <QString>
 
@@ -156,8 +157,6 @@ class AppVolumeController {
     void restore(MVCommAppValue& app) const;
     void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
     void ignoredAppsDidChange();
-    void markIgnoredApps();
-    void freeMarkedApps();
     void copyThenTellPlugins();
     void keepSetting(const QString& displayName);
     void settingsChanged();
@@ -174,12 +173,12 @@ class AppVolumeController {
     const double initTime_;
     AppPreferences appPrefs_;
     SeenApps seen_;
+    NewApps newApps_;
     RememberedApps rememberedApps_;
-    QSet<QString> connected_; // process names of records, by the merge before
+    AppsToFree toBeFreed_;
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
-    QSet<QString> toBeFreed_; // process names of ignored programs that are not connected yet
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
     GestureObserver gestures_;

@@ -5,6 +5,8 @@
 #include "ui/AppVolumeController.h"
 #include "ui/SeenApps.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <utility>
 
@@ -16,13 +18,20 @@ RememberedApps::RememberedApps(AppVolumeController& controller, AppPreferences& 
     , changed_(std::move(changed)) {}
 
 QList<RememberedApps::App> RememberedApps::all() const {
+    QHash<QString, QString> displayed; // what the preferences can hold of a name: the whole of it
+    for (const MVCommAppValue* const app : controller_.apps())
+        displayed.insert(AppPreferences::keyForDisplayName(app->displayName()), app->displayName());
     QStringList names = preferences_.dictionary().keys() + seen_.names();
     names.sort();
     names.removeDuplicates();
     QList<App> apps;
     for (const QString& name : std::as_const(names))
-        apps.append({name, preferences_.percent(name), preferences_.isMuted(name)});
+        apps.append(of(displayed.value(name, name)));
     return apps;
+}
+
+RememberedApps::App RememberedApps::of(const QString& displayName) const {
+    return {displayName, preferences_.percent(displayName), preferences_.isMuted(displayName)};
 }
 
 void RememberedApps::set(const QString& displayName, int percent, bool muted) {

@@ -29,6 +29,8 @@ class RememberedApps {
     /// Every program that has ever been seen or set, by name.
     QList<App> all() const;
 
+    App of(const QString& displayName) const;
+
     /// Also sets all that one that is running has, as its item would. `percent` is clamped to 0 to
     /// 100.
     void set(const QString& displayName, int percent, bool muted);

@@ -133,11 +133,10 @@ class CtlFixture : public testing::Test {
     }
 
     bool logs(const std::string& text) const {
-        return support::waitUntil([&] {
-            return contentOf(folder_.path() / "state/Tonvale/Tonvale.log").find(text) !=
-                   std::string::npos;
-        });
+        return support::waitUntil([&] { return log().find(text) != std::string::npos; });
     }
+
+    std::string log() const { return contentOf(folder_.path() / "state/Tonvale/Tonvale.log"); }
 
     static std::string contentOf(const std::filesystem::path& path) {
         std::ifstream stream(path, std::ios::binary);

@@ -65,6 +65,7 @@ TEST_F(MonitorTest, MissesNoneOfManyChanges) {
     constexpr int changes = 300; // at once, where a person's hand makes 60 a second
     support::ChildProcess monitor({TONVALECTL, "monitor", "--json"});
     ASSERT_TRUE(prints(monitor, "\"added\""));
+    EXPECT_EQ(monitor.output().find("activity"), std::string::npos) << "which would be an old one";
     const QString name = QStringLiteral("many");
     {
         QDBusConnection bus =
