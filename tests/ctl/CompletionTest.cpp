@@ -82,7 +82,7 @@ TEST_F(CompletionTest, OfZsh) {
 TEST_F(CompletionTest, OfFish) {
     if (!isInstalled("fish"))
         GTEST_SKIP() << "without fish";
-    EXPECT_EQ(inFish("tonvalectl unm"), "unmute\tMute or unmute a program\n");
+    EXPECT_EQ(inFish("tonvalectl unm"), "unmute\tUnmute a program\n");
     EXPECT_EQ(inFish("tonvalectl set "), "*\nFirefox\nMusic Player\n");
     EXPECT_EQ(inFish("tonvalectl get mu"), "Music Player\n");
     EXPECT_EQ(inFish("tonvalectl default o"), "off\n");

@@ -18,7 +18,8 @@ platform::ProcessRecord recordOf(const support::ChildProcess& child) {
     std::optional<platform::ProcessRecord> record;
     EXPECT_TRUE(support::waitUntil([&] {
         record = view.process(child.pid());
-        return record && record->executable.ends_with("/sleep");
+        // In the midst of its exec a process has the executable but no arguments or environment.
+        return record && record->executable.ends_with("/sleep") && !record->arguments.empty();
     }));
     return record.value_or(platform::ProcessRecord());
 }
