@@ -1,6 +1,8 @@
 #include "VolumeWindowFixture.h"
 
+#include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
+#include "ui/window/QNAboutBox.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -218,6 +220,29 @@ TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     window_.setWindowState(Qt::WindowMaximized);
     EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
     EXPECT_EQ(window_.frame().size(), QSize(500, titleBar + 30 * row)) << "to be remembered";
+}
+
+TEST_F(VolumeWindowTest, TheSamePullTwiceEndsInWholeRowsTwice) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    QWindow* const handle = window_.windowHandle();
+    const QSize before = window_.size();
+    for (int times = 0; times < 2; ++times) {
+        const QPoint edge(before.width() / 2, before.height() - 1);
+        QTest::mousePress(handle, Qt::LeftButton, {}, edge);
+        QTest::mouseMove(handle, edge + QPoint(0, 7));
+        EXPECT_EQ(window_.height(), before.height() + 7);
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, edge + QPoint(0, 7));
+        EXPECT_EQ(window_.size(), before);
+    }
+}
+
+TEST_F(VolumeWindowTest, ShowsOneAboutBox) {
+    for (int times = 0; times < 2; ++times)
+        Q_EMIT window_.menu().aboutWanted();
+    ASSERT_EQ(window_.findChildren<QNAboutBox*>().size(), 1);
+    auto* const box = window_.findChild<QNAboutBox*>();
+    QTest::keyClick(box, Qt::Key_Escape);
+    EXPECT_FALSE(box->isVisible());
 }
 
 TEST_F(VolumeWindowTest, DrawsNothingWhileMinimisedAndEverythingAfterwards) {
