@@ -171,10 +171,15 @@ void MVAppController::storeMessageLanguage() {
     defaults.synchronize(longestSaving);
 }
 
-void MVAppController::makeWindow() {
+void MVAppController::colorTiles() {
     const MVBlackTheme& theme = CurrentTheme::theme();
     platform::Workspace::shared().setTileColors(
         {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
+}
+
+void MVAppController::makeWindow() {
+    colorTiles();
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVAppController::colorTiles);
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due

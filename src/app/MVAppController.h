@@ -63,6 +63,7 @@ class MVAppController final : public QNGUIApplication {
     void observeSignals();
     static void storeMessageLanguage();
     void makeWindow();
+    static void colorTiles();
     void serveBus();
     void connectPlugins();
     void hearPlugin();

@@ -72,7 +72,7 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
     , grid_(&scrollView_->grid())
     , menu_(new VolumeMenu(*this))
     , notice_(new UndoNotice(scrollView_)) {
-    setWindowTitle(tr("Tonvale"));
+    setWindowTitle(QCoreApplication::applicationName());
     makeMenu();
     connect(&sight_, &platform::WindowSight::changed, this, &QWidget::setUpdatesEnabled);
     connect(notice_, &UndoNotice::undoWanted, this, [this] {
@@ -155,10 +155,20 @@ void VolumeWindow::makeMenu() {
     });
     connect(menu_, &VolumeMenu::minimizeWanted, this, &QWidget::showMinimized);
     connect(menu_, &VolumeMenu::zoomWanted, this, &MVCustomWindow::zoom);
-    connect(menu_, &VolumeMenu::aboutWanted, this, [this] { (new QNAboutBox(this))->show(); });
+    connect(menu_, &VolumeMenu::aboutWanted, this, &VolumeWindow::showAbout);
     connect(menu_, &VolumeMenu::openWanted, this, &MVCustomWindow::openMenu);
     connect(menu_, &QMenu::aboutToShow, this, &VolumeWindow::updateMenu);
     updateMenu();
+}
+
+/// There is one at most.
+void VolumeWindow::showAbout() {
+    auto* box = findChild<QNAboutBox*>();
+    if (box == nullptr)
+        box = new QNAboutBox(this);
+    box->show();
+    box->raise();
+    box->activateWindow();
 }
 
 void VolumeWindow::updateMenu() {
@@ -179,7 +189,10 @@ void VolumeWindow::keepToWholeRows() {
     endOfResizing_.setSingleShot(true);
     endOfResizing_.setInterval(restOfResizing);
     connect(&endOfResizing_, &QTimer::timeout, this, &VolumeWindow::snap);
-    connect(&pull(), &WindowPull::ended, this, &VolumeWindow::snap);
+    connect(&pull(), &WindowPull::ended, this, [this] {
+        insistedSize_ = {};
+        snap();
+    });
 }
 
 /// A screen that goes, or becomes smaller, may take the window with it.
@@ -262,7 +275,8 @@ void VolumeWindow::changeEvent(QEvent* event) {
     MVCustomWindow::changeEvent(event);
 }
 
-/// Not while a person pulls. Once for a size, since a window manager may insist on it.
+/// Not while a person pulls. Once for a size until the next pull, since a window manager may insist
+/// on it.
 void VolumeWindow::snap() {
     const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
     if (pull().isUnderWay() || wanted == size() || size() == insistedSize_ || isMaximized() ||

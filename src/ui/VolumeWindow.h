@@ -59,6 +59,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     MVCollectionViewItem* itemOf(const QString& program) const;
     void ignore(const QString& process);
     void makeMenu();
+    void showAbout();
     void updateMenu();
     void keepToWholeRows();
     void keepOnScreens();

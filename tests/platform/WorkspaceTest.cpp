@@ -173,6 +173,9 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
         EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), color);
     }
     EXPECT_EQ(changes_, 4) << "the first look, and each name once";
+    workspace_->setTileColors({Qt::green, Qt::black});
+    EXPECT_EQ(changes_, 5) << "told, so that what is shown can follow";
+    EXPECT_EQ(middleOf(workspace_->iconForProgram(cases[3].program)), Qt::green);
 }
 
 TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {

@@ -70,6 +70,20 @@ TEST(HighContrastTheme, HasTheDesktopsColoursWhereTheyAreFarEnoughFromEachOther)
     EXPECT_EQ(bad.sliderTrackBottomActivityBaseColor(), QColor(Qt::yellow));
 }
 
+TEST(HighContrastTheme, TellsMutedPlayingAndSilentByShape) {
+    const HighContrastTheme theme{QPalette()};
+    const QImage playing = theme.muteOffImage(true, 2.0);
+    const QImage silent = theme.muteOffImage(false, 2.0);
+    EXPECT_EQ(playing.size(), QSize(40, 40));
+    EXPECT_EQ(silent.size(), playing.size());
+    EXPECT_NE(silent, playing);
+    EXPECT_EQ(silent.copy(0, 0, 20, 40), playing.copy(0, 0, 20, 40)) << "the speaker";
+    for (const bool isActive : {true, false}) {
+        EXPECT_EQ(theme.muteOnImage(isActive, 2.0).size(), playing.size());
+        EXPECT_NE(theme.muteOnImage(isActive, 2.0), theme.muteOffImage(isActive, 2.0));
+    }
+}
+
 TEST(MenuBarIcon, HasASharpImageForEachScreen) {
     for (const auto& make : {&TNMenuBarIcon::colorIcon, &TNMenuBarIcon::grayscaleIcon,
                              &TNMenuBarIcon::alternativeIcon}) {

@@ -1,6 +1,8 @@
 #include "VolumeWindowFixture.h"
 
+#include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
+#include "ui/window/QNAboutBox.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -21,7 +23,7 @@ TEST_F(VolumeWindowTest, ANameStaysInItsLineWhateverItHolds) {
     EXPECT_EQ(names[0], QStringLiteral("two lines  and gnp.exe <b>"));
     EXPECT_LT(names[1].size(), 1000);
     EXPECT_EQ(RowProbe(window_, names[0]).item->tipAt({}),
-              QStringLiteral("<p>two lines  and gnp.exe &lt;b&gt;</p>"));
+              QStringLiteral("two lines  and gnp.exe <b>"));
 }
 
 TEST_F(VolumeWindowTest, AProgramWhoseNameCannotBeSeenIsShownByItsNumber) {
@@ -37,16 +39,14 @@ TEST_F(VolumeWindowTest, TheTipTellsPathAndReasonAndOverTheSliderThePercentOrWhy
     plugin.checkIn(1, "player", "/opt/<b>\n/player");
     ASSERT_TRUE(showsRows({QStringLiteral("player")}));
     const RowProbe row(window_, QStringLiteral("player"));
-    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("<p>player</p><p>/opt/&lt;b&gt; /player</p>"));
+    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("player\n/opt/<b> /player"));
     const QPoint overSlider = row.slider->geometry().center();
-    EXPECT_EQ(row.item->tipAt(overSlider), QStringLiteral("<p>100 %</p>"));
+    EXPECT_EQ(row.item->tipAt(overSlider), QStringLiteral("100 %"));
     model_.controller.notControllable(1, QStringLiteral("It plays <past> the mixer"));
-    EXPECT_EQ(row.item->tipAt(overSlider),
-              QStringLiteral("<p>It plays &lt;past&gt; the mixer</p>"));
+    EXPECT_EQ(row.item->tipAt(overSlider), QStringLiteral("It plays <past> the mixer"));
     model_.workspace.setReason(QStringLiteral("player"), QStringLiteral("For a <reason>."));
-    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("<p>player</p><p>/opt/&lt;b&gt; /player</p>"
-                                                  "<p>For a &lt;reason&gt;.</p>"
-                                                  "<p>It plays &lt;past&gt; the mixer</p>"));
+    EXPECT_EQ(row.item->tipAt({}), QStringLiteral("player\n/opt/<b> /player\nFor a <reason>.\n"
+                                                  "It plays <past> the mixer"));
 }
 
 TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {
@@ -218,6 +218,29 @@ TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     window_.setWindowState(Qt::WindowMaximized);
     EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
     EXPECT_EQ(window_.frame().size(), QSize(500, titleBar + 30 * row)) << "to be remembered";
+}
+
+TEST_F(VolumeWindowTest, TheSamePullTwiceEndsInWholeRowsTwice) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    QWindow* const handle = window_.windowHandle();
+    const QSize before = window_.size();
+    for (int times = 0; times < 2; ++times) {
+        const QPoint edge(before.width() / 2, before.height() - 1);
+        QTest::mousePress(handle, Qt::LeftButton, {}, edge);
+        QTest::mouseMove(handle, edge + QPoint(0, 7));
+        EXPECT_EQ(window_.height(), before.height() + 7);
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, edge + QPoint(0, 7));
+        EXPECT_EQ(window_.size(), before);
+    }
+}
+
+TEST_F(VolumeWindowTest, ShowsOneAboutBox) {
+    for (int times = 0; times < 2; ++times)
+        Q_EMIT window_.menu().aboutWanted();
+    ASSERT_EQ(window_.findChildren<QNAboutBox*>().size(), 1);
+    auto* const box = window_.findChild<QNAboutBox*>();
+    QTest::keyClick(box, Qt::Key_Escape);
+    EXPECT_FALSE(box->isVisible());
 }
 
 TEST_F(VolumeWindowTest, DrawsNothingWhileMinimisedAndEverythingAfterwards) {

@@ -156,6 +156,11 @@ QIcon DesktopWorkspace::genericApplicationIcon() const {
     return themed.pixmap(iconSizes[1]).isNull() ? drawnApplicationIcon() : themed;
 }
 
+void DesktopWorkspace::setTileColors(const TileColors& colors) {
+    icons_.setTileColors(colors);
+    tellRunningApplications();
+}
+
 QString DesktopWorkspace::whyNamed(const ProgramOfName& program) const {
     const ApplicationIdentity* const identity = findOrAsk(program);
     return identity != nullptr ? localized(QString::fromLatin1(describe(identity->evidence)))

@@ -40,7 +40,7 @@ class DesktopWorkspace final : public Workspace {
     QIcon iconForProgram(const ProgramOfName& program) const override;
     QIcon genericApplicationIcon() const override;
     QString whyNamed(const ProgramOfName& program) const override;
-    void setTileColors(const TileColors& colors) override { icons_.setTileColors(colors); }
+    void setTileColors(const TileColors& colors) override;
 
     /// Whether systemd tells of changes.
     bool hearsOfUnits() const noexcept { return units_.isListening(); }

@@ -58,7 +58,7 @@ class Workspace {
     /// A sentence for a person: why the program has its name. Empty as long as that is not known.
     virtual QString whyNamed(const ProgramOfName& program) const = 0;
 
-    /// For tiles that are made from now on.
+    /// For all tiles; a change of the icons, which is told.
     virtual void setTileColors(const TileColors& colors) = 0;
 
     /// Has `handler` be called after runningApplications(), or an icon, has changed, in place of

@@ -15,13 +15,13 @@
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/TNVolumeSlider.h"
 #include "ui/theme/CurrentTheme.h"
+#include "ui/window/QNToolTip.h"
 
 #include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QHelpEvent>
 #include <QMenu>
-#include <QToolTip>
 
 using platform::formatted;
 using platform::localized;
@@ -39,9 +39,14 @@ QString nameOf(const MVCommAppValue& app) {
     return isInvisible(name) ? formatted(localized(QStringLiteral("Process %d")), app.pid()) : name;
 }
 
-QString paragraph(const QString& text) {
-    return text.isEmpty() ? QString()
-                          : QStringLiteral("<p>%1</p>").arg(shownText(text).toHtmlEscaped());
+/// Those that say something, each on a line.
+QString lines(const QStringList& texts) {
+    QStringList shown;
+    for (const QString& text : texts) {
+        if (!text.isEmpty())
+            shown += shownText(text);
+    }
+    return shown.join(QLatin1Char('\n'));
 }
 
 QString withoutMnemonic(QString text) {
@@ -181,7 +186,8 @@ bool MVCollectionViewItem::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip || app_ == nullptr)
         return QWidget::event(event);
     const auto* const help = static_cast<QHelpEvent*>(event);
-    QToolTip::showText(help->globalPos(), tipAt(help->pos()), this);
+    QNToolTip::shared().setText(tipAt(help->pos()));
+    QNToolTip::shared().showAt(help->globalPos(), *this);
     return true;
 }
 
@@ -190,24 +196,25 @@ QString MVCollectionViewItem::tipAt(const QPoint& place) const {
         return {};
     const QString reason = surroundings_.controller.reasonNotControllable(*app_);
     if (!slider_->geometry().contains(place))
-        return paragraph(label_->text()) + paragraph(app_->path()) +
-               paragraph(surroundings_.controller.whyNamed(*app_)) + paragraph(reason);
-    return paragraph(!reason.isEmpty() ? reason
-                                       : formatted(QStringLiteral("%d %%"),
-                                                   surroundings_.controller.percentOf(*app_)));
+        return lines(
+            {label_->text(), app_->path(), surroundings_.controller.whyNamed(*app_), reason});
+    return !reason.isEmpty()
+               ? shownText(reason)
+               : formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
 }
 
-void MVCollectionViewItem::mouseEntered() const {
+void MVCollectionViewItem::mouseEntered() {
     const QString text = formatted(
         localized(QStringLiteral(
             "%@ cannot work with \"%@\" because it's a sandboxed application.\n\nSandboxed apps "
             "can be hidden via \"Hide sandboxed applications\" in the Preferences.")),
         QCoreApplication::applicationName(), label_->text());
-    QToolTip::showText(QCursor::pos(), text);
+    QNToolTip::shared().setText(text);
+    QNToolTip::shared().showAt(QCursor::pos(), *this);
 }
 
 void MVCollectionViewItem::mouseExited() {
-    QToolTip::hideText();
+    QNToolTip::shared().hide();
 }
 
 void MVCollectionViewItem::resizeEvent(QResizeEvent* /*event*/) {

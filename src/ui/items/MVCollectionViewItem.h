@@ -68,13 +68,13 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// What a click with the secondary button opens; belongs to the caller.
     QMenu* makeContextMenu(QWidget* parent);
 
-    /// What the tool tip says there, as HTML: of the slider the percent, or why it cannot be moved;
+    /// What the tool tip says there: of the slider the percent, or why it cannot be moved;
     /// elsewhere the program's name and path, why it is called so, and that too.
     QString tipAt(const QPoint& place) const;
 
     /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away
     /// again; for whoever knows it of this one.
-    void mouseEntered() const;
+    void mouseEntered();
     static void mouseExited();
 
   Q_SIGNALS:

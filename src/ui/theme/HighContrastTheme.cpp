@@ -3,6 +3,8 @@
 #include "ui/theme/LighterColor.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
 
+#include <QPainter>
+
 #include <algorithm>
 #include <cmath>
 
@@ -115,6 +117,20 @@ QColor HighContrastTheme::aboutWindowBackgroundGradientStartColor() const {
 
 QColor HighContrastTheme::aboutWindowBackgroundGradientEndColor() const {
     return background_;
+}
+
+/// A silent one gives out no waves, since colours do not tell it.
+QImage HighContrastTheme::muteOffImage(bool hasActivity, qreal pixelRatio) const {
+    QImage image = MVOrangeBrownTheme::sharedTheme().muteOffImage(hasActivity, pixelRatio);
+    if (hasActivity || image.isNull())
+        return image;
+    constexpr double endOfSpeaker = 0.56; // of the width
+    QRectF waves(QPointF(), image.deviceIndependentSize());
+    waves.setLeft(waves.width() * endOfSpeaker);
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.fillRect(waves, Qt::black);
+    return image;
 }
 
 /// Struck through, in one colour.

@@ -34,6 +34,7 @@ class HighContrastTheme final : public MVBlackTheme {
     QColor sliderKnobGradientColor1() const override;
     QColor aboutWindowBackgroundGradientStartColor() const override;
     QColor aboutWindowBackgroundGradientEndColor() const override;
+    QImage muteOffImage(bool hasActivity, qreal pixelRatio) const override;
     QImage muteOnImage(bool hasActivity, qreal pixelRatio) const override;
     std::optional<QColor> muteFilters(bool muted, bool active) const override;
 

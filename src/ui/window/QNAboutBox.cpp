@@ -40,6 +40,8 @@ class AboutContent final : public QWidget {
         layout->addWidget(
             line(localized(QStringLiteral("The volume of each program, separately.")), 1.0));
         layout->addStretch();
+        colorText();
+        connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &AboutContent::colorText);
     }
 
   protected:
@@ -61,10 +63,13 @@ class AboutContent final : public QWidget {
         font.setPointSizeF(font.pointSizeF() * size);
         font.setBold(size > 1);
         label->setFont(font);
-        QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
-        label->setPalette(palette);
         return label;
+    }
+
+    void colorText() {
+        QPalette palette;
+        palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
+        setPalette(palette);
     }
 };
 

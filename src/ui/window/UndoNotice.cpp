@@ -33,13 +33,18 @@ UndoNotice::UndoNotice(QWidget* parent)
     time_.setSingleShot(true);
     time_.setInterval(timeShown);
     connect(&time_, &QTimer::timeout, this, &UndoNotice::goUnlessUsed);
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &UndoNotice::colorText);
+    colorText();
     hide();
 }
 
-void UndoNotice::tell(const QString& text) {
-    QPalette palette = label_->palette();
+void UndoNotice::colorText() {
+    QPalette palette;
     palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
     label_->setPalette(palette);
+}
+
+void UndoNotice::tell(const QString& text) {
     label_->setText(text);
     place();
     show();

@@ -27,6 +27,7 @@ class UndoNotice final : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void colorText();
     void goUnlessUsed();
 
     QLabel* const label_;

@@ -2,7 +2,9 @@
 
 #include "platform/text/Localization.h"
 #include "ui/theme/CurrentTheme.h"
+#include "ui/window/QNToolTip.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 
 namespace {
@@ -45,11 +47,18 @@ WindowButton::WindowButton(Kind kind, QWidget* parent) : QAbstractButton(parent)
     setFocusPolicy(Qt::NoFocus); // the menu has keys for all of them
     setAttribute(Qt::WA_Hover);
     setAccessibleName(nameOf(kind));
-    setToolTip(nameOf(kind));
 }
 
 QSize WindowButton::sizeHint() const {
     return usualSize;
+}
+
+bool WindowButton::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QAbstractButton::event(event);
+    QNToolTip::shared().setText(accessibleName());
+    QNToolTip::shared().showAt(static_cast<const QHelpEvent*>(event)->globalPos(), *this);
+    return true;
 }
 
 void WindowButton::paintEvent(QPaintEvent* /*event*/) {

@@ -11,12 +11,12 @@
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
 #include "ui/theme/MVOrangeBrownTheme.h"
+#include "ui/window/QNToolTip.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QTest>
-#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -101,12 +101,13 @@ TEST_F(ItemTest, NoBarIsLeftWhenAnotherProcessIsBehindTheRecord) {
 
 TEST_F(ItemTest, TheHintOnSandboxesNamesTheProgram) {
     item_->mouseEntered();
-    EXPECT_TRUE(QToolTip::text().contains(
+    EXPECT_TRUE(QNToolTip::shared().isVisible());
+    EXPECT_TRUE(QNToolTip::shared().text().contains(
         QStringLiteral(" cannot work with \"Safari\" because it's a sandboxed application.\n\n"
                        "Sandboxed apps can be hidden via \"Hide sandboxed applications\" in the "
                        "Preferences.")));
     MVCollectionViewItem::mouseExited();
-    EXPECT_TRUE(support::waitUntil([] { return !QToolTip::isVisible(); }));
+    EXPECT_FALSE(QNToolTip::shared().isVisible());
 }
 
 TEST_F(ItemTest, ANameFitsItsLineInALargeFontToo) {
