@@ -2,7 +2,6 @@
 
 #include "ui/theme/CurrentTheme.h"
 
-#include <QEvent>
 #include <QLinearGradient>
 #include <QPainter>
 
@@ -29,10 +28,4 @@ void MVCustomWindowBackgroundView::paintEvent(QPaintEvent* /*event*/) {
     }
     if (theme.isHighContrast())
         painter.fillRect(0, titleBar_ - border, width(), border, line);
-}
-
-void MVCustomWindowBackgroundView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange)
-        update();
-    QWidget::changeEvent(event);
 }
