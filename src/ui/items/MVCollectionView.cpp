@@ -128,9 +128,13 @@ void MVCollectionView::resizeEvent(QResizeEvent* event) {
     layOut();
 }
 
-void MVCollectionView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange)
+bool MVCollectionView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
         updateCollectionViewColors();
+    return QWidget::event(event);
+}
+
+void MVCollectionView::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
         background_ = {};
         updateCollectionViewColors();

@@ -57,7 +57,10 @@ void MVCustomWindow::drawAnew() {
     update();
 }
 
+/// What lies in it is not told of these.
 bool MVCustomWindow::event(QEvent* event) {
+    if (event->type() == QEvent::ActivationChange || event->type() == QEvent::WindowTitleChange)
+        backgroundView_->update(); // with all that it holds
     if (event->type() == QEvent::ApplicationPaletteChange)
         CurrentTheme::shared().review();
     return QWidget::event(event);

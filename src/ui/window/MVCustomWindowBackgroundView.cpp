@@ -2,7 +2,6 @@
 
 #include "ui/theme/CurrentTheme.h"
 
-#include <QEvent>
 #include <QLinearGradient>
 #include <QPainter>
 
@@ -11,26 +10,22 @@ MVCustomWindowBackgroundView::MVCustomWindowBackgroundView(int titleBar, QWidget
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-/// The bar of the active window is the lighter one.
+/// The bar of the active window is the lighter one. Lines are filled, since a pen misses pixels at
+/// an edge of a dense screen.
 void MVCustomWindowBackgroundView::paintEvent(QPaintEvent* /*event*/) {
     const MVBlackTheme& theme = CurrentTheme::theme();
     QPainter painter(this);
-    painter.fillRect(rect(), theme.windowTitleBarGradientColor1());
+    const QRect inside = rect().adjusted(border, border, -border, -border);
+    const QColor line = theme.isHighContrast() ? theme.windowTitleBarTextColor()
+                                               : theme.windowTitleBarGradientColor2();
+    painter.fillRect(rect(), line);
+    painter.fillRect(inside, theme.windowTitleBarGradientColor1());
     if (isActiveWindow()) {
         QLinearGradient gradient(0, titleBar_, 0, 0);
         gradient.setColorAt(0, theme.windowTitleBarGradientColor1());
         gradient.setColorAt(1, theme.windowTitleBarGradientColor2());
-        painter.fillRect(QRect(0, 0, width(), titleBar_), gradient);
+        painter.fillRect(inside.intersected({0, 0, width(), titleBar_}), gradient);
     }
-    painter.setPen(theme.isHighContrast() ? theme.windowTitleBarTextColor()
-                                          : theme.windowTitleBarGradientColor2());
     if (theme.isHighContrast())
-        painter.drawLine(0, titleBar_ - 1, width(), titleBar_ - 1);
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
-}
-
-void MVCustomWindowBackgroundView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange)
-        update();
-    QWidget::changeEvent(event);
+        painter.fillRect(0, titleBar_ - border, width(), border, line);
 }

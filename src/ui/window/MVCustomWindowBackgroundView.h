@@ -16,7 +16,6 @@ class MVCustomWindowBackgroundView final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
   private:
     const int titleBar_;

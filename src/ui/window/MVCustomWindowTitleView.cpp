@@ -100,7 +100,5 @@ void MVCustomWindowTitleView::mouseDoubleClickEvent(QMouseEvent* event) {
 bool MVCustomWindowTitleView::event(QEvent* event) {
     if (event->type() == QEvent::LayoutDirectionChange)
         setHabits(habits_);
-    if (event->type() == QEvent::ActivationChange || event->type() == QEvent::WindowTitleChange)
-        update();
     return QWidget::event(event);
 }

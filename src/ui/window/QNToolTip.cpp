@@ -126,10 +126,9 @@ void QNToolTip::hideEvent(QHideEvent* /*event*/) {
 void QNToolTip::paintEvent(QPaintEvent* /*event*/) {
     const MVBlackTheme& theme = CurrentTheme::theme();
     QPainter painter(this);
-    painter.fillRect(rect(), theme.scrollerTrackBackgroundColor());
-    painter.setPen(theme.isHighContrast() ? theme.windowTitleBarTextColor()
-                                          : theme.windowTitleBarGradientColor2());
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    painter.fillRect(rect(), theme.isHighContrast() ? theme.windowTitleBarTextColor()
+                                                    : theme.windowTitleBarGradientColor2());
+    painter.fillRect(rect().adjusted(1, 1, -1, -1), theme.scrollerTrackBackgroundColor());
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette.setColor(QPalette::Text, theme.windowTitleBarTextColor());
     document_.documentLayout()->draw(&painter, context);

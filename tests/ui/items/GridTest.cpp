@@ -66,14 +66,15 @@ TEST_F(GridTest, ThereAreAsManyColumnsAsFitAndTheyShareTheWidth) {
 
 TEST_F(GridTest, RowsTakeTurnsInTheThemesColoursWhichAreLighterWithoutTheKeys) {
     const PlainTheme theme;
-    MVCollectionView grid(nullptr, &theme);
+    QWidget window;
+    MVCollectionView grid(&window, &theme);
     grid.resize(300, 2 * rowHeight);
     const auto colorAt = [&](int y) { return grid.grab().toImage().pixelColor(2, y).rgb(); };
     ASSERT_FALSE(grid.isActiveWindow());
     EXPECT_EQ(colorAt(2), lighterBy(whiteColor(0.1), 0.5).rgb());
     EXPECT_EQ(colorAt(rowHeight + 2), lighterBy(whiteColor(0.125), 0.5).rgb());
-    grid.show();
-    grid.activateWindow();
+    window.show();
+    window.activateWindow();
     ASSERT_TRUE(support::waitUntil([&] { return grid.isActiveWindow(); }));
     EXPECT_EQ(colorAt(2), whiteColor(0.1).rgb());
 }

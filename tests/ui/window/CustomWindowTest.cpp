@@ -16,6 +16,19 @@ using Button = TitleBarHabits::Button;
 
 namespace {
 
+/// Counts how often something is drawn.
+class PaintCounter : public QObject {
+  public:
+    explicit PaintCounter(QObject* painted) { painted->installEventFilter(this); }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        paints += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+    int paints = 0;
+};
+
 /// A window of 500 x 300 at 200, 100, where nothing but the toolkit manages windows.
 class CustomWindowTest : public testing::Test {
   protected:
@@ -71,6 +84,30 @@ TEST_F(CustomWindowTest, ItIsMovedAtTheTitleAndPulledAtItsEdges) {
     window_.setFixedSize(window_.size());
     drag({1, 150}, {-50, 0});
     EXPECT_EQ(place(), QRect(310, 140, 400, 360));
+}
+
+TEST_F(CustomWindowTest, ItsBarTellsWhetherItIsTheActiveWindow) {
+    window_.activateWindow();
+    ASSERT_TRUE(support::waitUntil([&] { return window_.isActiveWindow(); }));
+    QMenu menu;
+    window_.setMenu(&menu);
+    support::serveEvents();
+    QWidget& title = window_.titleView();
+    const PaintCounter titleBar(&title);
+    const PaintCounter background(title.parentWidget());
+    const PaintCounter button(title.findChild<WindowButton*>());
+    const auto areDrawn = [&](int times) {
+        return support::waitUntil([&] {
+            return titleBar.paints >= times && background.paints >= times && button.paints >= times;
+        });
+    };
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(support::waitUntil([&] { return !window_.isActiveWindow(); }));
+    EXPECT_TRUE(areDrawn(1)) << titleBar.paints << background.paints << button.paints;
+    window_.activateWindow();
+    EXPECT_TRUE(areDrawn(2)) << titleBar.paints << background.paints << button.paints;
 }
 
 TEST_F(CustomWindowTest, ThePointerTellsOfTheEdges) {
