@@ -251,8 +251,8 @@ TEST_F(PreferencesWatchTest, EveryWayToChangeAFileIsSeen) {
         {"it is there again", [this](const std::string& content) { write(own_, content); }},
         {"a new folder",
          [&](const std::string& content) {
+             fs::remove_all(copy_.parent_path()); // first, or it might be read in between
              fs::rename(own_.parent_path(), moved);
-             fs::remove_all(copy_.parent_path());
              fs::create_directory(own_.parent_path());
              write(own_, content);
          }},
