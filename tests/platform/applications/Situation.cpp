@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <glib.h>
+#include <iterator>
 #include <stdexcept>
 
 using platform::NameEvidence;
@@ -39,8 +40,11 @@ std::vector<std::string> parts(const std::string& text, char separator) {
 /// Takes one file apart, group by group. Each key must be used, so that a slip of the pen shows.
 class Situation::Reader {
   public:
-    Reader(Situation& situation, const std::filesystem::path& path)
-        : situation_(situation), path_(path), file_(g_key_file_new(), &g_key_file_unref) {
+    explicit Reader(Situation& situation) : situation_(situation) {}
+
+    void read(const std::filesystem::path& path) {
+        path_ = path;
+        file_.reset(g_key_file_new());
         if (g_key_file_load_from_file(file_.get(), path.c_str(), G_KEY_FILE_KEEP_TRANSLATIONS,
                                       nullptr) == FALSE)
             fail("cannot be read");
@@ -99,8 +103,6 @@ class Situation::Reader {
             readFiles();
         else if (kind == "expect")
             readQuestion(rest);
-        else if (kind == "running")
-            situation_.running_ = parts(take("names"), ';');
         else
             fail("is no kind of group");
         if (!keys_.empty())
@@ -111,6 +113,7 @@ class Situation::Reader {
         situation_.surroundings_.languages = take("language", situation_.surroundings_.languages);
         if (const std::string desktops = take("desktops"); !desktops.empty())
             situation_.surroundings_.desktops = parts(desktops, ';');
+        std::ranges::copy(parts(take("running"), ';'), std::back_inserter(situation_.running_));
         if (take("about").empty())
             fail("does not say what it is about");
     }
@@ -118,7 +121,7 @@ class Situation::Reader {
     void readProcess(pid_t pid) {
         ProcessRecord record;
         record.pid = pid;
-        record.parent = takeNumber("parent", 900);
+        record.parent = takeNumber("parent", 1000);
         record.user = static_cast<uid_t>(takeNumber("user", Situation::user));
         record.startTime = static_cast<std::uint64_t>(takeNumber("start", pid));
         record.executable = take("exe");
@@ -147,15 +150,16 @@ class Situation::Reader {
     }
 
     /// The keys as they stand make a desktop entry's file.
-    void writeEntry(const std::string& id) {
-        const bool isUsers = id.starts_with("user/");
+    void writeEntry(const std::string& place) {
+        const bool isUsers = place.starts_with("user/");
         const auto path =
-            situation_.folder_.path() / ((isUsers ? id : "system/" + id) + ".desktop");
+            situation_.folder_.path() / ((isUsers ? place : "system/" + place) + ".desktop");
         std::filesystem::create_directories(path.parent_path());
+        std::string id = isUsers ? place.substr(place.find('/') + 1) : place;
+        std::ranges::replace(id, '/', '-');
+        icons_[id] = keys_.try_emplace("Icon", id).first->second;
         std::ofstream file(path);
-        file << "[Desktop Entry]\n";
-        if (!keys_.contains("Type"))
-            file << "Type=Application\n";
+        file << "[Desktop Entry]\nType=Application\n";
         for (const auto& [key, value] : keys_)
             file << key << "=" << value << "\n";
         keys_.clear();
@@ -183,27 +187,31 @@ class Situation::Reader {
                            take("client-binary")};
         platform::ApplicationIdentity& expected = question.expected;
         expected.name = take("name");
+        if (expected.name.empty())
+            fail("needs a name");
         expected.mainProcess = takeNumber("pid", question.process);
-        expected.executable = take("path");
+        const auto& processes = situation_.processes_.records;
+        const auto main = processes.find(expected.mainProcess);
+        expected.executable = take("path", main != processes.end() ? main->second.executable : "");
         expected.entry = take("entry");
-        expected.icon = take("icon");
-        const auto evidence = evidences.find(take("evidence"));
-        if (evidence == evidences.end() || expected.name.empty())
-            fail("needs a name, and an evidence that there is");
-        expected.evidence = evidence->second;
+        const bool hasEntry = !expected.entry.empty();
+        expected.icon = take("icon", hasEntry ? icons_.at(expected.entry) : expected.name);
+        expected.evidence = evidences.at(take("evidence", hasEntry ? "program" : "file-name"));
         situation_.questions_.push_back(question);
     }
 
     Situation& situation_;
-    const std::filesystem::path path_;
-    const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file_;
+    std::map<std::string, std::string> icons_; // by the entry
+    std::filesystem::path path_;
+    std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file_{nullptr, &g_key_file_unref};
     std::string group_;
     Keys keys_;
 };
 
 Situation::Situation(const std::filesystem::path& session, const std::filesystem::path& file) {
-    const Reader base(*this, session);
-    const Reader own(*this, file);
+    Reader reader(*this);
+    reader.read(session);
+    reader.read(file);
     entries_ = std::make_unique<platform::DesktopEntries>(
         std::vector{(folder_.path() / "user").string(), (folder_.path() / "system").string()},
         surroundings_, files_);

@@ -36,8 +36,8 @@ class Situation {
     const platform::ProcessView& processes() const { return processes_; }
     const std::vector<Question>& questions() const { return questions_; }
 
-    /// The names that a list of running applications should have; none: not asked.
-    const std::optional<std::vector<std::string>>& running() const { return running_; }
+    /// The names that a list of running applications should have.
+    const std::vector<std::string>& running() const { return running_; }
 
     static constexpr uid_t user = 1000;
 
@@ -71,5 +71,5 @@ class Situation {
     platform::DesktopSurroundings surroundings_;
     std::unique_ptr<platform::DesktopEntries> entries_;
     std::vector<Question> questions_;
-    std::optional<std::vector<std::string>> running_;
+    std::vector<std::string> running_;
 };
