@@ -14,28 +14,23 @@ namespace support {
 
 namespace {
 
-const QString connectionName = QStringLiteral("assistive tool");
 const QString registry = QStringLiteral("org.a11y.atspi.Registry");
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* valueInterface = "org.a11y.atspi.Value";
 constexpr const char* actionInterface = "org.a11y.atspi.Action";
 
-QDBusConnection accessibilityBus(const PrivateBus& session) {
-    const QString name = QStringLiteral("session of the assistive tool");
-    QDBusConnection bus =
-        QDBusConnection::connectToBus(QString::fromStdString(session.address()), name);
+std::string accessibilityBus(const PrivateBus& session) {
+    BusConnection bus(session.address());
     QString address;
-    const bool isThere = waitUntil([&] {
-        const QDBusReply<QString> answer = bus.call(QDBusMessage::createMethodCall(
-            QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-            QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
-        address = answer.value();
-        return !address.isEmpty();
-    });
-    QDBusConnection::disconnectFromBus(name);
-    if (!isThere)
+    if (!waitUntil([&] {
+            const QDBusReply<QString> answer = bus->call(QDBusMessage::createMethodCall(
+                QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+            address = answer.value();
+            return !address.isEmpty();
+        }))
         throw std::runtime_error("the bus of assistive tools does not come up");
-    return QDBusConnection::connectToBus(address, connectionName);
+    return address.toStdString();
 }
 
 } // namespace
@@ -147,12 +142,8 @@ AssistiveTool::AssistiveTool(const PrivateBus& session)
     : launcher_({"/usr/libexec/at-spi-bus-launcher", "--launch-immediately"})
     , bus_(accessibilityBus(session)) {}
 
-AssistiveTool::~AssistiveTool() {
-    QDBusConnection::disconnectFromBus(connectionName);
-}
-
 AccessibleObject AssistiveTool::desktop() const {
-    return {bus_, registry, QStringLiteral("/org/a11y/atspi/accessible/root")};
+    return {*bus_, registry, QStringLiteral("/org/a11y/atspi/accessible/root")};
 }
 
 std::optional<AccessibleObject> AssistiveTool::window(const QString& title) const {
@@ -183,7 +174,7 @@ void AssistiveTool::listen(const QString& event) const {
         QDBusMessage::createMethodCall(registry, QStringLiteral("/org/a11y/atspi/registry"),
                                        registry, QStringLiteral("RegisterEvent"));
     call << event;
-    bus_.call(call);
+    bus_->call(call);
 }
 
 } // namespace support

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "support/BusConnection.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
 
-#include <QDBusConnection>
 #include <QList>
 #include <QSize>
 #include <QString>
@@ -56,11 +56,8 @@ class AccessibleObject {
 class AssistiveTool {
   public:
     explicit AssistiveTool(const PrivateBus& session);
-    ~AssistiveTool();
-    AssistiveTool(const AssistiveTool&) = delete;
-    AssistiveTool& operator=(const AssistiveTool&) = delete;
 
-    QDBusConnection bus() const { return bus_; }
+    QDBusConnection bus() const { return *bus_; }
 
     /// All programs that are on the bus.
     AccessibleObject desktop() const;
@@ -77,7 +74,7 @@ class AssistiveTool {
   private:
     ChildProcess launcher_;
     const ScopedVariable wanted_{"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"};
-    QDBusConnection bus_;
+    BusConnection bus_;
 };
 
 } // namespace support

@@ -1,6 +1,5 @@
 #include "support/DesktopPortal.h"
 
-#include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusVariant>
 
@@ -12,17 +11,11 @@ const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 
 } // namespace
 
-DesktopPortal::DesktopPortal(const PrivateBus& bus, bool answering)
-    : connectionName_(QStringLiteral("portal %1").arg(reinterpret_cast<quintptr>(this)))
-    , bus_(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), connectionName_)) {
+DesktopPortal::DesktopPortal(const PrivateBus& bus, bool answering) : bus_(bus.address()) {
     qDBusRegisterMetaType<Groups>();
     if (answering)
-        bus_.registerObject(path, this, QDBusConnection::ExportAllSlots);
-    bus_.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
-}
-
-DesktopPortal::~DesktopPortal() {
-    QDBusConnection::disconnectFromBus(connectionName_);
+        bus_->registerObject(path, this, QDBusConnection::ExportAllSlots);
+    bus_->registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
 }
 
 void DesktopPortal::set(const QString& group, const QString& key, const QVariant& value) {
@@ -31,10 +24,9 @@ void DesktopPortal::set(const QString& group, const QString& key, const QVariant
 
 void DesktopPortal::change(const QString& group, const QString& key, const QVariant& value) {
     set(group, key, value);
-    auto signal = QDBusMessage::createSignal(
-        path, QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
-    signal << group << key << QVariant::fromValue(QDBusVariant(value));
-    bus_.send(signal);
+    bus_.say(path, QStringLiteral("org.freedesktop.portal.Settings"),
+             QStringLiteral("SettingChanged"),
+             {group, key, QVariant::fromValue(QDBusVariant(value))});
 }
 
 QMap<QString, QVariantMap> DesktopPortal::ReadAll(const QStringList& groups) {

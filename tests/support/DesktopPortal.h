@@ -1,14 +1,12 @@
 #pragma once
 
+#include "support/BusConnection.h"
 #include "support/PrivateBus.h"
 
-#include <QDBusConnection>
 #include <QMap>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
-
-#include <memory>
 
 namespace support {
 
@@ -23,7 +21,6 @@ class DesktopPortal final : public QObject {
 
     /// One that is not `answering` has its name and nothing else.
     explicit DesktopPortal(const PrivateBus& bus, bool answering = true);
-    ~DesktopPortal() override;
 
     void set(const QString& group, const QString& key, const QVariant& value);
 
@@ -34,8 +31,7 @@ class DesktopPortal final : public QObject {
     QMap<QString, QVariantMap> ReadAll(const QStringList& groups);
 
   private:
-    const QString connectionName_;
-    QDBusConnection bus_;
+    BusConnection bus_;
     Groups groups_;
 };
 

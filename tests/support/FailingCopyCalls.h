@@ -16,7 +16,6 @@ class FailingCopyCalls : public platform::CopyFolderCalls {
     std::atomic<int> modeError = 0;
     std::atomic<int> closeError = 0;
     std::atomic<int> renameError = 0;
-    std::atomic<int> removeError = 0;
     std::atomic<uid_t> userOffset = 0; // to the user who runs the test
     std::atomic<unsigned> renames = 0;
 
@@ -37,9 +36,6 @@ class FailingCopyCalls : public platform::CopyFolderCalls {
     int rename(int folder, const char* from, const char* to) noexcept override {
         ++renames;
         return fails(renameError) ? -1 : CopyFolderCalls::rename(folder, from, to);
-    }
-    int remove(int folder, const char* name, int flags) noexcept override {
-        return fails(removeError) ? -1 : CopyFolderCalls::remove(folder, name, flags);
     }
     uid_t user() noexcept override { return CopyFolderCalls::user() + userOffset; }
 

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <numbers>
 #include <thread>
@@ -35,18 +34,6 @@ TEST(TestEnvironment, KeepsEveryFolderOfTheProgramInsideItsOwn) {
     EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
 }
 
-TEST(PrivateFolder, GoesAwayWithFilesThatNobodyMayRead) {
-    fs::path path;
-    {
-        const PrivateFolder folder;
-        path = folder.path();
-        fs::create_directories(path / "locked" / "inner");
-        std::ofstream(path / "locked" / "file") << "text";
-        fs::permissions(path / "locked", fs::perms::none);
-    }
-    EXPECT_FALSE(fs::exists(path));
-}
-
 TEST(WaitUntil, ServesTheRunLoopAndGivesUpAtItsBound) {
     platform::RunLoop loop;
     bool called = false;
@@ -54,18 +41,6 @@ TEST(WaitUntil, ServesTheRunLoopAndGivesUpAtItsBound) {
     EXPECT_TRUE(waitUntil([&] { return called; }));
     other.join();
     EXPECT_FALSE(waitUntil([] { return false; }, 1ms));
-}
-
-TEST(ChildProcess, AnswersStatusAndOutput) {
-    const CommandResult result =
-        runCommand({"sh", "-c", "echo out; echo err >&2; read line; echo \"$line.\"; exit 3"});
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.output, "out\nerr\n.\n");
-}
-
-TEST(ChildProcess, ThrowsWhenThereIsNoSuchProgram) {
-    EXPECT_THROW(ChildProcess({"/nowhere/at/all"}), std::system_error);
-    EXPECT_THROW(ChildProcess({"no-such-program-in-the-path"}), std::system_error);
 }
 
 TEST(ChildProcess, BeginsWithDefaultSignalsAndOnlyTheStandardDescriptors) {

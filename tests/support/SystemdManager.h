@@ -1,10 +1,9 @@
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusMessage>
+#include "support/BusConnection.h"
+
 #include <QDBusObjectPath>
 #include <QObject>
-#include <QString>
 
 namespace support {
 
@@ -15,23 +14,19 @@ class SystemdManager : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.systemd1.Manager")
 
   public:
-    explicit SystemdManager(const QString& address)
-        : bus_(QDBusConnection::connectToBus(address, connectionName())) {
-        bus_.registerObject(path(), this, QDBusConnection::ExportAllSlots);
-        bus_.registerService(QStringLiteral("org.freedesktop.systemd1"));
+    explicit SystemdManager(const QString& address) : bus_(address.toStdString()) {
+        bus_->registerObject(path(), this, QDBusConnection::ExportAllSlots);
+        bus_->registerService(QStringLiteral("org.freedesktop.systemd1"));
     }
-    ~SystemdManager() override { QDBusConnection::disconnectFromBus(connectionName()); }
 
     int subscribers() const noexcept { return subscribers_; }
 
     void say(const QString& signal, const QString& unit) { send(bus_, signal, unit); }
 
     /// UnitNew or UnitRemoved, from any connection.
-    static void send(QDBusConnection bus, const QString& signal, const QString& unit) {
-        auto message = QDBusMessage::createSignal(
-            path(), QStringLiteral("org.freedesktop.systemd1.Manager"), signal);
-        message << unit << QVariant::fromValue(QDBusObjectPath(path() + "/unit/x"));
-        bus.send(message);
+    static void send(BusConnection& bus, const QString& signal, const QString& unit) {
+        bus.say(path(), QStringLiteral("org.freedesktop.systemd1.Manager"), signal,
+                {unit, QVariant::fromValue(QDBusObjectPath(path() + "/unit/x"))});
     }
 
   public Q_SLOTS:
@@ -39,9 +34,8 @@ class SystemdManager : public QObject {
 
   private:
     static QString path() { return QStringLiteral("/org/freedesktop/systemd1"); }
-    static QString connectionName() { return QStringLiteral("systemd"); }
 
-    QDBusConnection bus_;
+    BusConnection bus_;
     int subscribers_ = 0;
 };
 

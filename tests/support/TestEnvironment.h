@@ -12,9 +12,6 @@ class TestEnvironment {
   public:
     TestEnvironment();
 
-    /// $TMPDIR, where every PrivateFolder of the program lies; short enough for socket names.
-    std::filesystem::path temporaryFolder() const { return folder_.path() / "tmp"; }
-
   private:
     const PrivateFolder folder_;
 };

@@ -8,12 +8,6 @@ namespace support {
 
 namespace {
 
-ChildProcess::Options quiet() {
-    ChildProcess::Options options;
-    options.keepErrors = false;
-    return options;
-}
-
 /// The server picks a free display and prints its number when it takes connections.
 std::string displayOf(ChildProcess& server) {
     if (!waitUntil([&] { return server.output().ends_with('\n') || !server.isRunning(); }) ||
@@ -27,9 +21,8 @@ std::string displayOf(ChildProcess& server) {
 
 VirtualDisplay::VirtualDisplay(const std::string& size)
     : server_({"Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp"},
-              quiet())
-    , name_(displayOf(server_))
-    , display_("DISPLAY", name_)
+              {.environment = {}, .keepErrors = false})
+    , display_("DISPLAY", displayOf(server_))
     , qtPlatform_("QT_QPA_PLATFORM", "xcb") {}
 
 } // namespace support

@@ -15,15 +15,11 @@ class VirtualDisplay {
     /// `size` is that of the screen, in pixels: "WIDTHxHEIGHT".
     explicit VirtualDisplay(const std::string& size = "1280x800");
 
-    /// ":N"
-    const std::string& name() const noexcept { return name_; }
-
     /// Of the server.
     pid_t pid() const noexcept { return server_.pid(); }
 
   private:
     ChildProcess server_;
-    const std::string name_;
     const ScopedVariable display_;
     const ScopedVariable qtPlatform_;
 };

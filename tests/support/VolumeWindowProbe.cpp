@@ -11,7 +11,7 @@
 
 namespace support {
 
-MVCollectionView& gridOf(const VolumeWindow& window) {
+static MVCollectionView& gridOf(const VolumeWindow& window) {
     return *window.findChild<MVCollectionView*>();
 }
 

@@ -3,15 +3,12 @@
 #include <QString>
 #include <QStringList>
 
-class MVCollectionView;
 class MVCollectionViewItem;
 class MVMuteImageView;
 class MVVolumeSlider;
 class VolumeWindow;
 
 namespace support {
-
-MVCollectionView& gridOf(const VolumeWindow& window);
 
 /// The names of the items that a volume window shows, in their order.
 QStringList rowNames(const VolumeWindow& window);
