@@ -7,14 +7,14 @@
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopNotifier.h"
 #include "platform/processes/ExceptionReport.h"
+#include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
+using support::contentOf;
 
 /// An application object in a program that Qt's event loop drives.
 class ApplicationTest : public testing::Test {
@@ -22,12 +22,6 @@ class ApplicationTest : public testing::Test {
     ~ApplicationTest() override { platform::replaceExceptionHook(nullptr); }
 
     std::string path(const std::string& name) const { return folder_.path() / name; }
-
-    /// Everything that has been logged to the file.
-    static std::string contentOf(const std::string& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
     support::SystemLogRecorder systemLog;
     platform::RunLoop loop;

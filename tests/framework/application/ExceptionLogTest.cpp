@@ -1,6 +1,5 @@
 #include "ApplicationFixture.h"
 
-#include "platform/loop/Timer.h"
 #include "platform/processes/CallStack.h"
 
 #include <stdexcept>
@@ -26,15 +25,4 @@ TEST_F(ApplicationTest, ExceptionsAreLoggedWithPlaceTextAndTheStackOfWhereTheyWe
     EXPECT_TRUE(systemLog.contains(
         "Exception @ 4712: foreign Backtrace: (of the place where it was caught)"));
     EXPECT_TRUE(systemLog.contains("Exception @ 4713: an object that is no std::exception"));
-}
-
-TEST_F(ApplicationTest, AnExceptionOfAnEventHandlerReachesTheLogAndWaitingGoesOn) {
-    int calls = 0;
-    platform::Timer timer(loop, [&] {
-        ++calls;
-        throw std::runtime_error("in a timer");
-    });
-    timer.start(std::chrono::nanoseconds(0));
-    EXPECT_TRUE(support::waitUntil([&] { return calls == 1; }));
-    EXPECT_TRUE(systemLog.contains("in a timer Backtrace: "));
 }

@@ -1,10 +1,3 @@
-// Signals are observed like this:
-//
-//     application.addObserver(&window, "reload", SIGHUP); // an invokable method that takes an int
-//     const auto proxy = application.addObserverForSignal(SIGUSR1, queue, [](int signal) { ... });
-//     ...
-//     application.removeObserverForSignal(SIGUSR1, proxy);
-
 #include "ApplicationFixture.h"
 
 #include "platform/loop/DispatchQueue.h"

@@ -2,7 +2,6 @@
 // with status 0 when it went as it should.
 #include "framework/async/manager.h"
 #include "framework/async/queue.h"
-#include "framework/async/worker.h"
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 #include "framework/monitor/RLBGTimer.h"
 
@@ -192,15 +191,6 @@ int noServiceForTimersAndFiles(int failures) {
     return isWell ? 0 : 1;
 }
 
-int notIdle(int) {
-    const auto queue = std::make_shared<qshuttle>("com.quarnel.log", true, -254);
-    worker lazy("lazy", [](worker&) { return worker::Bound(); });
-    lazy.start();
-    lazy.give(queue, {[] {}, nullptr});
-    lazy.give(queue, {[] {}, nullptr});
-    return 1;
-}
-
 bool endsWell(pid_t child) {
     int status = 0;
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
@@ -295,7 +285,6 @@ int main(int argc, char** argv) {
                               {"no-dispatch-thread", &noDispatchThread},
                               {"no-background-loop", &noBackgroundLoop},
                               {"no-service", &noServiceForTimersAndFiles},
-                              {"not-idle", &notIdle},
                               {"fork", &forkAndExec},
                               {"end", &endAgainAndAgain}};
     if (argc == 3) {

@@ -68,12 +68,6 @@ TEST(PoolProcess, DispatchQueuesAndTheBackgroundLoopGetTheirThreadOnALaterTry) {
     EXPECT_EQ(child("no-service", 3).status, 0);
 }
 
-TEST(PoolProcess, EndsWhenATaskIsGivenToAWorkerThatIsNotFree) {
-    const support::CommandResult result = child("not-idle", 0);
-    EXPECT_EQ(result.status, aborted);
-    EXPECT_EQ(result.output, "QN::async com.quarnel.log worker not idle!\n");
-}
-
 TEST(PoolProcess, AForkWithThePoolRunningGetsToItsExec) {
     const support::CommandResult result = child("fork", 50);
     EXPECT_EQ(result.status, 0) << result.output;

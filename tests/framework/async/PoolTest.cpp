@@ -77,30 +77,6 @@ struct Gate {
 
 } // namespace
 
-TEST(Manager, BeforeItsThreadExistsTheMainQueueRegistersQueuesAndRunsPasses) {
-    HandPool pool;
-    const auto queue = pool.makeQueue(true, 0);
-    std::atomic<bool> ran = false;
-    HandPool::append(*queue, [&] { ran = true; });
-    EXPECT_EQ(pool->statistics().additions, 0U);
-    platform::drainMainQueue();
-    EXPECT_EQ(pool->statistics().additions, 1U);
-    EXPECT_EQ(worker::current(), nullptr);
-    pool.passUntilIdle(*queue);
-    EXPECT_TRUE(ran);
-}
-
-TEST(Manager, RequestsWhileAPassIsPendingAddNoFurtherPass) {
-    HandPool pool;
-    for (int i = 0; i < 5; ++i)
-        pool->dispatch();
-    platform::drainMainQueue();
-    EXPECT_EQ(pool->statistics().passes, 1U);
-    EXPECT_EQ(pool->statistics().dispatchRequests, 5U);
-    pool.pass();
-    EXPECT_EQ(pool->statistics().passes, 2U);
-}
-
 TEST(Manager, ARequestForAQueueIsNotLostToAPassThatComesBeforeItsRegistration) {
     HandPool pool;
     pool->dispatch();

@@ -13,19 +13,6 @@
 
 using QN::async::queue;
 
-TEST(Queue, RunsWhatALogAppendsInOrderAndWaits) {
-    std::vector<std::string> lines;
-    queue log("com.quarnel.log", true, -254);
-    log.enqueue([&] { lines.emplace_back("first"); });
-    log.enqueue([&] { lines.emplace_back("second"); });
-    log.wait();
-    EXPECT_EQ(lines, (std::vector<std::string>{"first", "second"}));
-
-    std::future<void> done = log.enqueueWithFuture([&] { lines.clear(); });
-    done.get();
-    EXPECT_TRUE(lines.empty());
-}
-
 TEST(Queue, SerialNeverRunsTwoTasksAtOnceAndKeepsEachSubmittersOrder) {
     constexpr std::size_t submitters = 4;
     constexpr int each = 5000;
@@ -59,33 +46,6 @@ TEST(Queue, TasksThatWaitForEachOtherGetAThreadEach) {
         serial.back()->enqueue([&] { met.arrive_and_wait(); });
     }
     met.wait();
-}
-
-TEST(Queue, ABurstOfShortTasksRunsWithoutTroubleWhateverThePriority) {
-    for (const std::int32_t priority : {2, -254}) {
-        std::atomic<int> runs = 0;
-        queue concurrent("burst", false, priority);
-        for (int i = 0; i < 100000; ++i)
-            concurrent.enqueue([&] { runs.fetch_add(1, std::memory_order_relaxed); });
-        concurrent.wait();
-        EXPECT_EQ(runs, 100000);
-    }
-}
-
-TEST(Queue, EveryWaiterReturns) {
-    queue concurrent("waited for", false, 0);
-    std::vector<std::thread> waiters;
-    waiters.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        waiters.emplace_back([&] {
-            for (int n = 0; n < 500; ++n) {
-                concurrent.enqueue([] {});
-                concurrent.wait();
-            }
-        });
-    }
-    for (std::thread& waiter : waiters)
-        waiter.join();
 }
 
 TEST(Queue, RefusesWhatCannotRun) {
@@ -133,23 +93,6 @@ TEST(Queue, SuspendedStartsNothingUntilResumedOrDestroyed) {
         }
         EXPECT_EQ(runs, 1);
     }
-}
-
-TEST(Queue, ATaskMayDestroyItsOwnQueueAndWhatIsLeftRunsAfterwards) {
-    std::vector<int> order;
-    std::latch appended(1);
-    std::latch allRan(1);
-    auto serial = std::make_unique<queue>("own", true, 0);
-    serial->enqueue([&] {
-        appended.wait();
-        serial.reset();
-        order.push_back(1);
-    });
-    serial->enqueue([&] { order.push_back(2); });
-    serial->enqueue([&] { allRan.count_down(); });
-    appended.count_down();
-    allRan.wait();
-    EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
 TEST(Queue, ATaskThatDestroysItsOwnQueueReturnsAfterTheOthersThatRun) {

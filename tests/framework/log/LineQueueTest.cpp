@@ -59,32 +59,13 @@ TEST(LineQueue, AsksForAWriterOnceAndHurriesALingeringOneOnlyWhenItMatters) {
     EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"f", "g"}));
 }
 
-TEST(LineQueue, KeepsToItsBoundAndCountsWhatHasNoRoom) {
-    LineQueue queue(2 * chunk, 4);
+TEST(LineQueue, RemembersALevelThatHasNoRoom) {
+    LineQueue queue(chunk, 4);
     const std::string text(chunk / 2, 'x'); // one a chunk
-    EXPECT_EQ(queue.append(message(text), false), Demand::start);
     queue.append(message(text), false);
-    queue.append(message(text), false);
-    queue.append(message("small"), false); // has room behind the second
     EXPECT_FALSE(queue.wants(5));
     queue.append({true, 5, {}, text}, false);
     EXPECT_TRUE(queue.wants(5));
     EXPECT_EQ(queue.takeLostLevel(), 5U);
     EXPECT_EQ(queue.takeLostLevel(), std::nullopt);
-    EXPECT_EQ(queue.takeDropped(), 2U);
-    EXPECT_EQ(queue.takeDropped(), 0U);
-
-    LineQueue::Chunks beingWritten = queue.take();
-    EXPECT_EQ(beingWritten.size(), 2U);
-    queue.append(message(text), false); // they still count
-    EXPECT_EQ(queue.takeDropped(), 1U);
-    while (!beingWritten.empty()) {
-        LineQueue::Chunks one;
-        one.splice(one.end(), beingWritten, beingWritten.begin());
-        queue.giveBack(std::move(one));
-    }
-    queue.append(message(text), false);
-    queue.append(message(std::string(3 * chunk, 'x')), false);
-    EXPECT_EQ(takeAll(queue).size(), 1U);
-    EXPECT_EQ(queue.takeDropped(), 1U);
 }

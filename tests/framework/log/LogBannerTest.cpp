@@ -3,9 +3,7 @@
 #include "LogFixture.h"
 
 #include "platform/files/Bundle.h"
-#include "platform/processes/SystemFacts.h"
 
-#include <sys/utsname.h>
 #include <vector>
 
 TEST_F(LogTest, TheBannerNamesTheVersionsThatThereAre) {
@@ -25,16 +23,4 @@ TEST_F(LogTest, TheBannerNamesTheVersionsThatThereAre) {
         const platform::Bundle bundle(std::filesystem::path(path("Info.plist")).parent_path());
         EXPECT_EQ(QN::log::banner(bundle, "12", "6.1"), expected);
     }
-}
-
-TEST_F(LogTest, TheBannerIsTheFirstMessageAndNamesThisSystem) {
-    utsname system{};
-    ASSERT_EQ(::uname(&system), 0);
-    openLog(path("banner.log"), QNLOG_BANNER);
-    const std::string content = contentOf(path("banner.log"));
-    EXPECT_NE(content.find(": **** "), std::string::npos) << content;
-    EXPECT_NE(content.find("OS X Version " + platform::productVersion() + " (Build " +
-                           system.release + ") (Intel 64-bit) ****\n"),
-              std::string::npos)
-        << content;
 }

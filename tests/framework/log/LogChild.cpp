@@ -19,14 +19,6 @@ namespace {
 
 std::atomic<std::size_t> largestAllocation{SIZE_MAX};
 
-/// Leaves lines and the log open.
-int endWith(const char* path, int lines) {
-    qnlog_handle* const log = qnlog_open(path, 0);
-    for (int i = 0; i < lines; ++i)
-        qnlog_msg(log, qnlog_information, "line %d", i);
-    std::exit(log ? 0 : 1);
-}
-
 /// Forks while the writer writes or lingers, or none is there.
 int forkAndLog(const char* path) {
     qnlog_handle* const log = qnlog_open(path, 0);
@@ -69,7 +61,8 @@ int endWhilePoolIsBusy(const char* path) {
     for (int i = 0; i < 10'000; ++i)
         qnlog_msg(hanging, qnlog_error, "line %d", i);
     qnlog_handle* const good = qnlog_open((std::string(path) + ".good").c_str(), 0);
-    qnlog_msg(good, qnlog_information, "the last words");
+    for (int i = 0; i < 1000; ++i)
+        qnlog_msg(good, qnlog_information, "line %d", i);
     lastMessage.log = good;
     std::exit(hanging && good ? 0 : 1);
 }
@@ -113,10 +106,6 @@ int runOutOfMemory(const char* path) {
 int main(int argc, char** argv) {
     const std::string_view what = argc == 3 ? argv[1] : "";
     if (what == "exit")
-        return endWith(argv[2], 1000);
-    if (what == "exit-burst")
-        return endWith(argv[2], 100'000);
-    if (what == "exit-busy")
         return endWhilePoolIsBusy(argv[2]);
     if (what == "fork")
         return forkAndLog(argv[2]);

@@ -67,14 +67,6 @@ TEST_F(LogTest, ALostLineDoesNotTakeTheDateLineAlong) {
     EXPECT_EQ(contentOf(path("file")), "1970-01-01 00:00:00 +000\n:00:00.0  : [I] written\n");
 }
 
-TEST_F(LogTest, AFullDeviceLosesLinesAndNothingElse) {
-    const Log log = openLog("/dev/full", QNLOG_BANNER | QNLOG_BOM);
-    ASSERT_NE(log, nullptr);
-    for (int i = 0; i < 100; ++i)
-        qnlog_msg(log.get(), 3, "line %d", i);
-    drain(log);
-}
-
 TEST_F(LogTest, OpensNothingWhereNoFileCanBe) {
     ASSERT_EQ(::mkfifo(path("nobody reads").c_str(), 0600), 0);
     std::filesystem::create_directory(path("folder"));

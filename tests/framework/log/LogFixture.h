@@ -4,6 +4,7 @@
 #include "framework/log/qnlog_handle.h"
 
 #include "platform/loop/WallClock.h"
+#include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 #include "support/WaitUntil.h"
@@ -12,10 +13,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
+
+using support::contentOf;
 
 /// The time of day, which stands still until a test sets it.
 class ManualTimeOfDay {
@@ -48,11 +49,6 @@ inline Log openLog(const std::string& path, std::uint32_t flags = 0) {
 /// Returns when the file has everything.
 inline void drain(const Log& log) {
     log->flush();
-}
-
-inline std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 class LogTest : public testing::Test {

@@ -1,11 +1,3 @@
-// The log is used like this:
-//
-//     qnlog_handle* const log = qnlog_open(path, QNLOG_BANNER | QNLOG_ROTATE | QNLOG_BOM);
-//     qnlog_msg(log, qnlog_information, "%u programs make sound", count);
-//     qnlog_setlevel(log, qnlog_debug); // from now on details, too
-//     ...
-//     qnlog_close(log); // everything is in the file
-
 #include "LogFixture.h"
 #include "framework/log/LineComposer.h"
 #include "framework/log/LogPrefixes.h"
@@ -206,18 +198,6 @@ TEST_F(LogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
     EXPECT_EQ(contentOf(path("prefixes.log")), "2014-03-07 08:00:00 +000\n"
                                                ":41:05.0  : [I] import (2) begins\n"
                                                ":41:05.0  : [I] elsewhere\n");
-}
-
-TEST_F(LogTest, WritingGoesOnInTheOpenFileThatSomebodyDeletesOrRenames) {
-    const Log file = openLog(path("old.log"));
-    ASSERT_EQ(::rename(path("old.log").c_str(), path("new.log").c_str()), 0);
-    log(file, 3, "after renaming");
-    drain(file);
-    EXPECT_NE(contentOf(path("new.log")).find("after renaming"), std::string::npos);
-    ASSERT_EQ(::unlink(path("new.log").c_str()), 0);
-    log(file, 3, "after deleting");
-    drain(file);
-    EXPECT_EQ(::access(path("old.log").c_str(), F_OK), -1);
 }
 
 TEST_F(LogTest, LevelsBeyondTheTableHaveATagOfTheirOwn) {

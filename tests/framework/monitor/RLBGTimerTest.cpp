@@ -1,10 +1,3 @@
-// The timer is used like this:
-//
-//     RLBGTimer timer(nullptr);
-//     timer.setTargetQueue(queue);
-//     timer.afterDelay(1.0, [](void*) { /* on `queue`, a second later */ });
-//     timer.afterDelay(1.0, ...); // merged: nothing more happens
-
 #include "framework/monitor/RLBGTimer.h"
 
 #include "platform/loop/BackgroundLoop.h"
@@ -191,44 +184,4 @@ TEST_F(RLBGTimerTest, RunsInTurnWithTheTargetQueueAndCanBeUsedFromIt) {
     });
     advance(1s, timer);
     EXPECT_EQ(runs, 1);
-}
-
-namespace {
-
-/// The clock below it; tells when a chosen thread has read it.
-class WatchedClock : public platform::MonotonicClock::Source {
-  public:
-    platform::MonotonicClock::time_point now() const noexcept override {
-        const auto time = below->now();
-        if (std::this_thread::get_id() == watched.load())
-            read = true;
-        return time;
-    }
-
-    const Source* below = nullptr;
-    std::atomic<std::thread::id> watched;
-    mutable std::atomic<bool> read = false;
-};
-
-} // namespace
-
-TEST_F(RLBGTimerTest, TimeSpentWaitingForTheTurnCounts) {
-    static WatchedClock watchedClock; // other threads may be reading it when it is put back
-    watchedClock.watched = std::thread::id();
-    watchedClock.read = false;
-    watchedClock.below = platform::MonotonicClock::replaceSource(nullptr);
-    platform::MonotonicClock::replaceSource(&watchedClock);
-    RLBGTimer timer(nullptr);
-    std::thread requester;
-    timer.performWhileLocked([&] {
-        requester = std::thread([&] {
-            watchedClock.watched = std::this_thread::get_id();
-            timer.afterDelay(1, run());
-        });
-        EXPECT_TRUE(support::waitUntil([&] { return watchedClock.read.load(); }));
-        clock.advance(2s);
-    });
-    requester.join();
-    EXPECT_TRUE(support::waitUntil([&] { return runs == 1; })); // without the clock moving
-    platform::MonotonicClock::replaceSource(watchedClock.below);
 }

@@ -32,17 +32,3 @@ TEST(WatchedItem, AFileUrlStandsForAPath) {
     for (const auto& each : cases)
         EXPECT_EQ(WatchedItem::url(each.url).fileSystemPath(), each.path) << each.url;
 }
-
-TEST(WatchedItem, IsEqualToOneOfTheSameKindThatSaysTheSame) {
-    const WatchedItem items[] = {{},
-                                 WatchedItem::url("/a"),
-                                 WatchedItem::path("/a"),
-                                 WatchedItem::path("/b"),
-                                 WatchedItem::descriptor(0),
-                                 WatchedItem::descriptor(1)};
-    for (const WatchedItem& one : items) {
-        for (const WatchedItem& other : items)
-            EXPECT_EQ(one == WatchedItem(other), &one == &other)
-                << one.description() << " and " << other.description();
-    }
-}
