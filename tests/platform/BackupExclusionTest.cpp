@@ -1,26 +1,17 @@
 #include "platform/files/BackupExclusion.h"
 
+#include "support/Files.h"
 #include "support/PrivateFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/stat.h>
 
 using platform::excludeFromBackups;
 using platform::isExcludedFromBackups;
-
-namespace {
-
-std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream stream(file);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-} // namespace
+using support::contentOf;
 
 TEST(BackupExclusion, WritesTheMarkThatBackupToolsKnowOnce) {
     const support::PrivateFolder folder;

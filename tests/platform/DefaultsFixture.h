@@ -3,6 +3,7 @@
 #include "platform/values/DefaultsFileCalls.h"
 #include "platform/values/PropertyList.h"
 #include "platform/values/UserDefaults.h"
+#include "support/Files.h"
 #include "support/PrivateFolder.h"
 
 #include <QByteArray>
@@ -15,8 +16,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -91,8 +90,7 @@ class DefaultsFixture : public testing::Test {
     }
 
     static QByteArray readBytes(const std::filesystem::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return QByteArray::fromStdString({std::istreambuf_iterator<char>(stream), {}});
+        return QByteArray::fromStdString(support::contentOf(file));
     }
 
     /// What another program sees and does.

@@ -3,8 +3,6 @@
 #include "platform/desktop/DesktopMotion.h"
 #include "platform/desktop/TitleBarHabits.h"
 #include "support/DesktopPortal.h"
-#include "support/PrivateBus.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -21,8 +19,6 @@ constexpr const char* preferences = "org.gnome.desktop.wm.preferences";
 
 class DesktopSettingsTest : public testing::Test {
   protected:
-    ~DesktopSettingsTest() override { QDBusConnection::disconnectFromBus("settings"); }
-
     void change(const char* group, const char* key, const QVariant& value) {
         const int before = changes_;
         portal_->change(group, key, value);
@@ -32,8 +28,8 @@ class DesktopSettingsTest : public testing::Test {
     const support::PrivateBus bus_;
     std::unique_ptr<support::DesktopPortal> portal_ =
         std::make_unique<support::DesktopPortal>(bus_);
-    DesktopSettings settings_{
-        QDBusConnection::connectToBus(QString::fromStdString(bus_.address()), "settings")};
+    support::BusConnection connection_{bus_.address()};
+    DesktopSettings settings_{*connection_};
     int changes_ = 0;
     const QMetaObject::Connection counting_ =
         QObject::connect(&settings_, &DesktopSettings::changed, [this] { ++changes_; });

@@ -66,11 +66,6 @@ TEST(Directories, FollowTheVariablesThatHoldAbsolutePathsAndElseLieInTheHome) {
     }
 }
 
-TEST(Directories, PutTheUsersLibraryIntoTheHome) {
-    const ScopedVariable home("HOME", "/home/of me");
-    EXPECT_EQ(platform::userLibraryDirectory(), "/home/of me/Library");
-}
-
 TEST(Directories, TakeTheHomeOfTheUserEntryWhenTheVariableNamesNone) {
     const passwd* const entry = ::getpwuid(::getuid());
     const std::string expected = entry != nullptr ? entry->pw_dir : "";

@@ -1,17 +1,8 @@
-// Dispatch queues are used like this:
-//
-//     const auto queue = DispatchQueue::makeSerial("com.quarnel.settings");
-//     queue->async([] { /* on some thread, after what was submitted before */ });
-//     queue->sync([] { /* the same, and the caller waits; what it throws reaches the caller */ });
-//     queue->setTarget(DispatchQueue::main()); // from now on its blocks run on the main thread
-
 #include "platform/loop/DispatchQueue.h"
 
-#include "platform/loop/DispatchTimer.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/processes/ExceptionReport.h"
-#include "support/ManualClock.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -251,38 +242,4 @@ TEST(DispatchQueue, SyncFollowsItsQueueToANewTarget) {
     queue->sync([&] { order += "e"; });
     EXPECT_EQ(order, "abcde");
     platform::drainMainQueue();
-}
-
-TEST(DispatchTimer, SubmitsItsBlockOnceAtTheLastDeadlineThatWasSet) {
-    support::ManualClock clock;
-    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
-    std::atomic<int> fired = 0;
-    const auto now = [] { return platform::MonotonicClock::now(); };
-    {
-        platform::DispatchTimer timer(queue, [&] {
-            EXPECT_TRUE(queue->isCurrent());
-            ++fired;
-        });
-        timer.start(now() + 10s);
-        timer.start(now() + 20s); // later
-        clock.advance(19s);
-        timer.start(now() + 500ms); // sooner
-        platform::DispatchTimer witness(queue, [&] { fired += 100; });
-        witness.start(now() + 400ms);
-        clock.advance(400ms);
-        EXPECT_TRUE(support::waitUntil([&] { return fired == 100; })) << "not before its time";
-        clock.advance(100ms);
-        EXPECT_TRUE(support::waitUntil([&] { return fired == 101; }));
-
-        timer.start(now() + 1s);
-        timer.cancel();
-        witness.start(now() + 2s);
-        clock.advance(1h);
-        EXPECT_TRUE(support::waitUntil([&] { return fired == 201; })) << "cancelled";
-        timer.start(now() + 1s);
-    }
-    platform::DispatchTimer witness(queue, [&] { fired += 100; });
-    witness.start(now() + 2s);
-    clock.advance(1h);
-    EXPECT_TRUE(support::waitUntil([&] { return fired == 301; })) << "destroyed";
 }

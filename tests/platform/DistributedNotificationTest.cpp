@@ -1,13 +1,10 @@
 #include "platform/bus/DistributedNotification.h"
 
+#include "support/BusConnection.h"
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
-
-#include <QDBusConnection>
-#include <QDBusMessage>
 
 #include <stdexcept>
 
@@ -32,13 +29,10 @@ TEST(DistributedNotification, TravelsOverTheBusUnderTheNamesThatAnyProgramCanUse
         platform::postDistributedNotification(QStringLiteral("com.quarnel.mivo.guiDidLaunch")));
     ASSERT_TRUE(support::waitUntil([&] { return received == 1; }));
 
-    QDBusConnection stranger =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stranger"));
-    stranger.send(QDBusMessage::createSignal(QStringLiteral("/com/quarnel/mivo"),
-                                             QStringLiteral("com.quarnel.mivo"),
-                                             QStringLiteral("guiDidLaunch")));
+    support::BusConnection stranger(bus.address());
+    stranger.say(QStringLiteral("/com/quarnel/mivo"), QStringLiteral("com.quarnel.mivo"),
+                 QStringLiteral("guiDidLaunch"));
     ASSERT_TRUE(support::waitUntil([&] { return received == 2; }));
-    QDBusConnection::disconnectFromBus(QStringLiteral("stranger"));
     EXPECT_EQ(other, 0);
     EXPECT_EQ(log.count("from an observer"), 2U);
     EXPECT_FALSE(platform::postDistributedNotification(QStringLiteral("no name at all")));

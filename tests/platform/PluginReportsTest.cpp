@@ -1,13 +1,11 @@
 #include "platform/bus/PluginReports.h"
 
+#include "support/BusConnection.h"
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QStringList>
 
 #include <optional>
@@ -20,23 +18,16 @@ const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
 /// A program on the bus that may be the plug-in.
 class Peer {
   public:
-    explicit Peer(const QString& id)
-        : id_(id), bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, id)) {}
-    ~Peer() { QDBusConnection::disconnectFromBus(id_); }
-    Peer(const Peer&) = delete;
-    Peer& operator=(const Peer&) = delete;
+    explicit Peer(const support::PrivateBus& bus) : bus_(bus.address()) {}
 
-    void own() { EXPECT_TRUE(bus_.registerService(name)); }
+    void own() { EXPECT_TRUE(bus_->registerService(name)); }
     void say(const QString& member, const QVariantList& arguments,
              const QString& path = QStringLiteral("/com/quarnel/Tonvale/Plugin")) {
-        QDBusMessage signal = QDBusMessage::createSignal(path, name, member);
-        signal.setArguments(arguments);
-        EXPECT_TRUE(bus_.send(signal));
+        EXPECT_TRUE(bus_.say(path, name, member, arguments));
     }
 
   private:
-    const QString id_;
-    QDBusConnection bus_;
+    support::BusConnection bus_;
 };
 
 class PluginReportsTest : public testing::Test {
@@ -68,10 +59,10 @@ class PluginReportsTest : public testing::Test {
 
 TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
     const support::SystemLogRecorder log;
-    std::optional<Peer> plugin(std::in_place, QStringLiteral("plugin"));
+    std::optional<Peer> plugin(std::in_place, *bus);
     plugin->own();
     const platform::PluginReports reports(record());
-    Peer stranger(QStringLiteral("stranger"));
+    Peer stranger(*bus);
     const QString changed = QStringLiteral("ChangedElsewhere");
     const QString refused = QStringLiteral("NotControllable");
     // Also before it can be known who owns the name.
@@ -99,7 +90,7 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
 
 TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
     const platform::PluginReports reports(record());
-    Peer plugin(QStringLiteral("later"));
+    Peer plugin(*bus);
     plugin.say(QStringLiteral("ChangedElsewhere"), {1U, 1, false}); // not by that name yet
     plugin.own();
     plugin.say(QStringLiteral("ChangedElsewhere"), {2U, 2, false});

@@ -1,13 +1,6 @@
 #include "platform/desktop/ProgramIcons.h"
 
-#include "support/PrivateFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <QImage>
-
-#include <filesystem>
-#include <fstream>
+#include "IconTheme.h"
 
 namespace {
 
@@ -21,44 +14,24 @@ QColor middleOf(const QIcon& icon) {
 }
 
 class ProgramIconsTest : public testing::Test {
-  public:
-    ~ProgramIconsTest() override {
-        QIcon::setThemeSearchPaths(searchPaths_);
-        QIcon::setThemeName(themeName_);
-    }
-
   protected:
     ProgramIconsTest() {
-        const auto folder = folder_.path() / "ours" / "apps";
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder.parent_path() / "index.theme")
-            << "[Icon Theme]\nName=x\nDirectories=apps\n[apps]\nSize=32\nType=Scalable\n"
-               "MinSize=8\nMaxSize=512\n";
-        paint(folder / "org.example.Player.png", Qt::red);
-        paint(folder / "player.png", Qt::green);
-        paint(folder_.path() / "own.png", Qt::blue);
-        std::ofstream(folder / "damaged.png") << "no picture";
-        QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())});
-        QIcon::setThemeName("ours");
+        theme_.add("org.example.Player", Qt::red);
+        theme_.add("player", Qt::green);
+        std::ofstream(theme_.icons() / "damaged.png") << "no picture";
         icons_.setTileColors({Qt::yellow, Qt::black});
     }
 
-    static void paint(const std::string& file, QColor color) {
-        QImage image(32, 32, QImage::Format_ARGB32);
-        image.fill(color);
-        ASSERT_TRUE(image.save(QString::fromStdString(file)));
-    }
-
-    const QStringList searchPaths_ = QIcon::themeSearchPaths();
-    const QString themeName_ = QIcon::themeName();
-    const support::PrivateFolder folder_;
+    const IconTheme theme_;
     platform::ProgramIcons icons_;
 };
 
 } // namespace
 
 TEST_F(ProgramIconsTest, TheEntrysIconComesBeforeThatOfTheExecutable) {
-    const QString own = QString::fromStdString(folder_.path() / "own.png");
+    const support::PrivateFolder folder;
+    const QString own = QString::fromStdString(folder.path() / "own.png");
+    std::filesystem::copy_file(theme_.add("elsewhere", Qt::blue), own.toStdString());
     EXPECT_EQ(middleOf(icons_.icon("org.example.Player", "/usr/bin/player", "P")), Qt::red);
     EXPECT_EQ(middleOf(icons_.icon("org.example.Player.png", "", "P")), Qt::red);
     EXPECT_EQ(middleOf(icons_.icon(own, "/usr/bin/player", "P")), Qt::blue);

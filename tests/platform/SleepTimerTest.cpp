@@ -1,12 +1,11 @@
 #include "platform/loop/SleepTimer.h"
 
+#include "support/BusConnection.h"
 #include "support/PrivateBus.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
 #include <QDBusContext>
-#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QVariantMap>
 
@@ -35,24 +34,6 @@ class LoginManager : public QDBusVirtualObject {
     int questions = 0;
 };
 
-/// A named connection to the private bus.
-class Connection {
-  public:
-    Connection(const support::PrivateBus& bus, const QString& name)
-        : name_(name)
-        , connection_(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), name)) {}
-    ~Connection() { QDBusConnection::disconnectFromBus(name_); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
-    QDBusConnection& operator*() { return connection_; }
-    QDBusConnection* operator->() { return &connection_; }
-
-  private:
-    const QString name_;
-    QDBusConnection connection_;
-};
-
 class SleepTimer : public testing::Test {
   protected:
     /// Asks on another thread, so that this one can answer.
@@ -79,8 +60,8 @@ class SleepTimer : public testing::Test {
 
     const support::PrivateBus bus_;
     LoginManager manager_;
-    Connection asking_{bus_, QStringLiteral("asking")};
-    Connection answering_{bus_, QStringLiteral("answering")};
+    support::BusConnection asking_{bus_.address()};
+    support::BusConnection answering_{bus_.address()};
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <unistd.h>
 
@@ -40,38 +41,35 @@ class Processes : public platform::StreamProcessFacts {
         return found;
     }
     std::vector<pid_t> numbers(pid_t process) const override {
-        const Process* const found = find(process);
-        if (found == nullptr)
+        const pid_t inner = fact(process, &Process::inner).value_or(-1);
+        if (inner < 0)
             return {};
-        return found->inner == 0 ? std::vector{process} : std::vector{process, found->inner};
+        return inner == 0 ? std::vector{process} : std::vector{process, inner};
     }
     std::optional<std::string> executablePath(pid_t process) const override {
-        const Process* const found = find(process);
-        return found != nullptr && !found->path.empty() ? std::optional(found->path) : std::nullopt;
+        const std::string path = fact(process, &Process::path).value_or("");
+        return path.empty() ? std::nullopt : std::optional(path);
     }
     std::optional<std::string> commandName(pid_t process) const override {
-        const Process* const found = find(process);
-        return found != nullptr ? std::optional(found->command) : std::nullopt;
+        return fact(process, &Process::command);
     }
     std::optional<uid_t> user(pid_t process) const override {
-        const Process* const found = find(process);
-        return found != nullptr ? std::optional(found->user) : std::nullopt;
+        return fact(process, &Process::user);
     }
     std::optional<std::uint64_t> startTime(pid_t process) const override {
-        const Process* const found = find(process);
-        return found != nullptr ? std::optional(found->start) : std::nullopt;
+        return fact(process, &Process::start);
     }
     std::string application(pid_t process) const override {
-        const Process* const found = find(process);
-        return found != nullptr ? found->application : "";
+        return fact(process, &Process::application).value_or("");
     }
     std::string machine() const override { return "here"; }
     std::string host() const override { return "this-host"; }
 
   private:
-    const Process* find(pid_t process) const {
+    template <typename Fact>
+    std::optional<Fact> fact(pid_t process, Fact Process::*of) const {
         const auto found = table_.find(process);
-        return found != table_.end() ? &found->second : nullptr;
+        return found != table_.end() ? std::optional(found->second.*of) : std::nullopt;
     }
 
     const std::map<pid_t, Process> table_;
@@ -232,28 +230,35 @@ TEST(StreamProcess, AClaimThatDoesNotHoldIsOfNoProcess) {
 }
 
 TEST(StreamProcess, AClientFromElsewhereIsNoProcessHere) {
-    StreamEvidence overTcp = throughPulse("100", "pacat");
-    overTcp.node.serverType = "tcp";
-    StreamEvidence otherMachine = throughPulse("100", "pacat");
-    otherMachine.node.machine = "there";
-    StreamEvidence otherHost = throughPulse("100", "pacat");
-    otherHost.node.machine = "";
-    otherHost.node.host = "elsewhere";
-    StreamEvidence throughSsh = native("52");
-    throughSsh.client.process = "100";
-    StreamEvidence unseen = native("0");
-    for (const StreamEvidence& evidence : {overTcp, otherMachine, otherHost, throughSsh, unseen})
-        EXPECT_FALSE(identifyStream(evidence, processes)->isKnown());
-
-    StreamEvidence renamedHost = throughPulse("100", "pacat");
-    renamedHost.node.host = "elsewhere";
-    EXPECT_EQ(identifyStream(renamedHost, processes)->pid, 100U);
-    StreamEvidence container = throughPulse("7", "vlc");
-    container.node.machine = "a container may have an id of its own";
-    EXPECT_EQ(identifyStream(container, processes)->pid, 202U);
-    StreamEvidence ssh = native("52");
-    ssh.client.process = "52";
-    EXPECT_EQ(identifyStream(ssh, processes)->pid, 52U);
+    const struct {
+        const char* what;
+        StreamEvidence evidence;
+        std::function<void(StreamEvidence&)> change;
+        std::uint32_t pid; // 0: not known
+    } cases[] = {
+        {"over TCP", throughPulse("100", "pacat"), [](auto& of) { of.node.serverType = "tcp"; }, 0},
+        {"another machine", throughPulse("100", "pacat"), [](auto& of) { of.node.machine = "it"; },
+         0},
+        {"another host", throughPulse("100", "pacat"),
+         [](auto& of) {
+             of.node.machine = "";
+             of.node.host = "elsewhere";
+         },
+         0},
+        {"a host renamed", throughPulse("100", "pacat"), [](auto& of) { of.node.host = "it"; },
+         100},
+        {"a container's own id", throughPulse("7", "vlc"), [](auto& of) { of.node.machine = "it"; },
+         202},
+        {"through ssh", native("52"), [](auto& of) { of.client.process = "100"; }, 0},
+        {"ssh itself", native("52"), [](auto& of) { of.client.process = "52"; }, 52},
+        {"unseen", native("0"), [](auto&) {}, 0},
+    };
+    for (const auto& each : cases) {
+        StreamEvidence evidence = each.evidence;
+        each.change(evidence);
+        const auto process = identifyStream(evidence, processes);
+        EXPECT_EQ(process->isKnown() ? process->pid : 0, each.pid) << each.what;
+    }
 }
 
 TEST(StreamProcess, ASandboxedApplicationIsKnownByWhatTheKernelShows) {

@@ -1,11 +1,10 @@
 #include "platform/loop/ThreadPriority.h"
 
+#include "support/BusConnection.h"
 #include "support/PrivateBus.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <QDBusMessage>
 #include <QObject>
 
 #include <linux/capability.h>
@@ -45,27 +44,23 @@ void giveUpRights() {
 
 TEST(ThreadPriority, RealtimeKitIsAskedForItWhereTheSystemLetsUsNot) {
     const support::PrivateBus bus;
-    const auto connectTo = [&bus](const char* name) {
-        return QDBusConnection::connectToBus(QString::fromStdString(bus.address()),
-                                             QString::fromLatin1(name));
-    };
-    QDBusConnection service = connectTo("kit");
-    const QDBusConnection client = connectTo("asking");
+    support::BusConnection service(bus.address());
+    const support::BusConnection client(bus.address());
     RealtimeKit kit;
-    ASSERT_TRUE(service.registerObject(QStringLiteral("/org/freedesktop/RealtimeKit1"), &kit,
-                                       QDBusConnection::ExportAllSlots));
-    ASSERT_TRUE(service.registerService(QStringLiteral("org.freedesktop.RealtimeKit1")));
+    ASSERT_TRUE(service->registerObject(QStringLiteral("/org/freedesktop/RealtimeKit1"), &kit,
+                                        QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(service->registerService(QStringLiteral("org.freedesktop.RealtimeKit1")));
     qulonglong thread = 0;
     std::thread([&] {
         thread = static_cast<qulonglong>(::gettid());
+        const auto level = [&] { return ::getpriority(PRIO_PROCESS, static_cast<id_t>(thread)); };
+        const int before = level();
         giveUpRights();
-        platform::preferThisThread(client);
-        EXPECT_EQ(::getpriority(PRIO_PROCESS, static_cast<id_t>(::gettid())), 0);
+        platform::preferThisThread(*client);
+        EXPECT_EQ(level(), before);
     }).join();
     EXPECT_TRUE(support::waitUntil([&] { return kit.askedFor == thread; }));
     EXPECT_EQ(kit.level, platform::kSoundNiceLevel);
-    for (const char* const name : {"kit", "asking"})
-        QDBusConnection::disconnectFromBus(QString::fromLatin1(name));
 }
 
 #include "ThreadPriorityTest.moc"

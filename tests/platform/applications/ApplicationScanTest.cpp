@@ -1,43 +1,13 @@
 #include "platform/applications/ApplicationScan.h"
+
+#include "PlainProcesses.h"
 #include "support/PrivateFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <unistd.h>
-
-using platform::ProcessRecord;
-
-namespace {
-
-class Processes final : public platform::ProcessView {
-  public:
-    void add(pid_t pid, std::uint64_t startTime, const std::string& executable) {
-        ProcessRecord& record = records_[pid];
-        record.pid = pid;
-        record.startTime = startTime;
-        record.user = ::geteuid();
-        record.executable = executable;
-    }
-
-    std::optional<ProcessRecord> process(pid_t pid) const override {
-        const auto found = records_.find(pid);
-        return found != records_.end() ? std::optional(found->second) : std::nullopt;
-    }
-    std::vector<pid_t> processesOf(uid_t /*user*/) const override {
-        std::vector<pid_t> pids;
-        for (const auto& [pid, record] : records_)
-            pids.push_back(pid);
-        return pids;
-    }
-
-  private:
-    std::map<pid_t, ProcessRecord> records_;
-};
-
-} // namespace
 
 TEST(ApplicationScan, TakesThisProcessForItsApplicationEvenIfAToolOfThatWasThereBefore) {
     const support::PrivateFolder folder;
@@ -54,10 +24,17 @@ TEST(ApplicationScan, TakesThisProcessForItsApplicationEvenIfAToolOfThatWasThere
             << "\nExec=" << program << "\n";
     }
     const pid_t own = ::getpid();
-    auto processes = std::make_unique<Processes>();
-    processes->add(own + 1, 10, folder.path() / "mixer/mixerctl");
-    processes->add(own, 20, mixer);
-    processes->add(own + 2, 30, other);
+    auto processes = std::make_unique<PlainProcesses>();
+    const auto add = [&](pid_t pid, std::uint64_t start, const std::string& executable) {
+        auto& record = processes->records[pid];
+        record.pid = pid;
+        record.startTime = start;
+        record.user = ::geteuid();
+        record.executable = executable;
+    };
+    add(own + 1, 10, folder.path() / "mixer/mixerctl");
+    add(own, 20, mixer);
+    add(own + 2, 30, other);
     platform::ApplicationScan scan({{entries}, {}, {::geteuid(), ""}}, std::move(processes));
     const auto running = scan.running({});
     ASSERT_EQ(running.size(), 2U);

@@ -232,22 +232,3 @@ std::string Situation::Files::resolved(const std::string& path) const {
 bool Situation::Files::isScript(const std::string& path) const {
     return scripts.contains(path);
 }
-
-std::optional<ProcessRecord> Situation::Processes::process(pid_t pid) const {
-    const auto found = records.find(pid);
-    return found != records.end() ? std::optional(found->second) : std::nullopt;
-}
-
-std::optional<std::uint64_t> Situation::Processes::startTime(pid_t pid) const {
-    const auto found = records.find(pid);
-    return found != records.end() ? std::optional(found->second.startTime) : std::nullopt;
-}
-
-std::vector<pid_t> Situation::Processes::processesOf(uid_t user) const {
-    std::vector<pid_t> processes;
-    for (const auto& [pid, record] : records) {
-        if (record.user == user)
-            processes.push_back(pid);
-    }
-    return processes;
-}

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "PlainProcesses.h"
+
 #include "platform/applications/ApplicationResolver.h"
 #include "platform/applications/DesktopEntries.h"
-#include "platform/applications/ProcessView.h"
 #include "platform/applications/ProgramFiles.h"
 #include "platform/applications/RegularApplications.h"
 #include "support/PrivateFolder.h"
@@ -10,7 +11,6 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -54,20 +54,11 @@ class Situation {
         std::map<std::string, std::string> links;
     };
 
-    class Processes final : public platform::ProcessView {
-      public:
-        std::optional<platform::ProcessRecord> process(pid_t pid) const override;
-        std::optional<std::uint64_t> startTime(pid_t pid) const override;
-        std::vector<pid_t> processesOf(uid_t user) const override;
-
-        std::map<pid_t, platform::ProcessRecord> records;
-    };
-
     class Reader;
 
     const support::PrivateFolder folder_;
     Files files_;
-    Processes processes_;
+    PlainProcesses processes_;
     platform::DesktopSurroundings surroundings_;
     std::unique_ptr<platform::DesktopEntries> entries_;
     std::vector<Question> questions_;
