@@ -19,7 +19,6 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QTimer>
 
 #include <filesystem>
@@ -47,16 +46,6 @@ void showThatItUpdates() {
     app.setVolume(0.5);
     Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
     EXPECT_DOUBLE_EQ(app.volume(), 100.0) << "what is remembered, after a merge";
-
-    auto session = QDBusConnection::sessionBus();
-    const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
-    ASSERT_TRUE(session.registerService(name));
-    QDBusMessage report = QDBusMessage::createSignal(QStringLiteral("/com/quarnel/Tonvale/Plugin"),
-                                                     name, QStringLiteral("ChangedElsewhere"));
-    report.setArguments({4711U, 42, true});
-    session.send(report);
-    EXPECT_TRUE(support::waitUntil([&] { return volumes.percentOf(app) == 42; }));
-    EXPECT_TRUE(app.muted());
     plugin.disconnect();
     EXPECT_TRUE(support::waitUntil([&] { return volumes.apps().isEmpty(); }));
 }

@@ -2,6 +2,7 @@
 #include "platform/bus/DistributedNotification.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
+#include "support/Files.h"
 #include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -15,12 +16,11 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <sys/socket.h>
 
 using support::ChildProcess;
+using support::contentOf;
 
 // The real program, started as a person's desktop starts it, off screen.
 namespace {
@@ -52,11 +52,6 @@ class TonvaleTest : public testing::Test {
 
     static bool says(const ChildProcess& program, const std::string& text) {
         return support::waitUntil([&] { return program.output().find(text) != std::string::npos; });
-    }
-
-    static std::string contentOf(const std::string& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
     }
 
     bool logs(const std::string& text) const {
@@ -252,22 +247,8 @@ TEST_F(TonvaleTest, SaysThatThereIsNoDisplayAndEndsWithOne) {
     EXPECT_FALSE(std::filesystem::exists(path("state")));
 }
 
-class TonvaleOnABusTest : public TonvaleTest {
-  protected:
-    const support::PrivateBus bus_;
-};
-
-TEST_F(TonvaleOnABusTest, ASecondStartShowsTheWindowOfTheFirst) {
-    const auto first = start();
-    const support::ScopedVariable token("XDG_ACTIVATION_TOKEN", "a token");
-    ChildProcess second({TONVALE_PROGRAM, "--debug"});
-    EXPECT_EQ(second.wait(), 0) << second.output();
-    EXPECT_TRUE(logs("Started again: shows the window"));
-    EXPECT_TRUE(first->isRunning());
-    endWell(*first);
-}
-
-TEST_F(TonvaleOnABusTest, SurvivesTheEndOfTheBus) {
+TEST_F(TonvaleTest, SurvivesTheEndOfTheBus) {
+    const support::PrivateBus other;
     std::optional<support::PrivateBus> bus(std::in_place);
     const auto program = start();
     bus.reset();

@@ -4,6 +4,7 @@
 #include "platform/loop/UnixSocket.h"
 #include "platform/values/PropertyList.h"
 #include "support/ChildProcess.h"
+#include "support/Files.h"
 #include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -18,13 +19,13 @@
 #include <QVariantMap>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+using support::contentOf;
 
 /// For black-box tests of tonvalectl and of what it talks to: the real application, off screen, on
 /// a session bus of its own, and programs that check in.
@@ -117,8 +118,7 @@ class CtlFixture : public testing::Test {
     }
 
     static QVariantMap preferences(const std::filesystem::path& path) {
-        const std::string content = contentOf(path);
-        return platform::parsePropertyList(QByteArray::fromStdString(content))
+        return platform::parsePropertyList(QByteArray::fromStdString(contentOf(path)))
             .value_or(QVariant())
             .toMap();
     }
@@ -137,11 +137,6 @@ class CtlFixture : public testing::Test {
     }
 
     std::string log() const { return contentOf(folder_.path() / "state/Tonvale/Tonvale.log"); }
-
-    static std::string contentOf(const std::filesystem::path& path) {
-        std::ifstream stream(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
     static constexpr const char* file = "com.quarnel.Tonvale.plist";
     const support::PrivateFolder folder_;

@@ -1,7 +1,7 @@
 #include "ctl/CtlFixture.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
+#include "support/BusConnection.h"
+
 #include <QDBusVariant>
 
 #include <csignal>
@@ -66,13 +66,9 @@ TEST_F(MonitorTest, MissesNoneOfManyChanges) {
     support::ChildProcess monitor({TONVALECTL, "monitor", "--json"});
     ASSERT_TRUE(prints(monitor, "\"added\""));
     EXPECT_EQ(monitor.output().find("activity"), std::string::npos) << "which would be an old one";
-    const QString name = QStringLiteral("many");
-    {
-        QDBusConnection bus =
-            QDBusConnection::connectToBus(QString::fromStdString(bus_->address()), name);
-        for (int i = 0; i < changes; ++i)
-            bus.send(setVolume(i % 100));
-    }
+    support::BusConnection bus(bus_->address());
+    for (int i = 0; i < changes; ++i)
+        bus->send(setVolume(i % 100));
     std::vector<int> volumes;
     EXPECT_TRUE(support::waitUntil([&] {
         volumes.clear();
@@ -86,7 +82,6 @@ TEST_F(MonitorTest, MissesNoneOfManyChanges) {
     })) << volumes.size();
     for (std::size_t i = 0; i < volumes.size(); ++i)
         ASSERT_EQ(volumes[i], static_cast<int>(i) % 100);
-    QDBusConnection::disconnectFromBus(name);
     tonvale_->stop(SIGKILL);
     EXPECT_EQ(monitor.wait(), 0) << "also when it had no time to say so";
 }

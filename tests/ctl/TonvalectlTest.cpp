@@ -1,8 +1,6 @@
 #include "ctl/CtlFixture.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusReply>
+#include "support/BusConnection.h"
 
 #include <algorithm>
 #include <csignal>
@@ -13,30 +11,6 @@ constexpr std::uint32_t pid = 4711;
 constexpr std::uint32_t otherPid = 4712;
 
 using TonvalectlTest = CtlFixture;
-
-/// The audio plug-in's side of the bus.
-class PluginOnBus {
-  public:
-    explicit PluginOnBus(const std::string& address)
-        : bus_(QDBusConnection::connectToBus(QString::fromStdString(address), connection())) {
-        EXPECT_TRUE(bus_.registerService("com.quarnel.Tonvale.Plugin"));
-    }
-    ~PluginOnBus() { QDBusConnection::disconnectFromBus(connection()); }
-    PluginOnBus(const PluginOnBus&) = delete;
-    PluginOnBus& operator=(const PluginOnBus&) = delete;
-
-    void tell(const char* member, const QVariantList& arguments) {
-        auto signal = QDBusMessage::createSignal("/com/quarnel/Tonvale/Plugin",
-                                                 "com.quarnel.Tonvale.Plugin", member);
-        signal.setArguments(arguments);
-        EXPECT_TRUE(bus_.send(signal));
-    }
-
-  private:
-    static QString connection() { return QStringLiteral("plug-in"); }
-
-    QDBusConnection bus_;
-};
 
 std::ptrdiff_t lines(const std::string& text) {
     return std::ranges::count(text, '\n');
@@ -234,9 +208,14 @@ TEST_F(TonvalectlTest, RefusesWithACodeAndOneLine) {
 TEST_F(TonvalectlTest, SaysWhyAProgramCannotBeControlled) {
     startTonvale();
     auto& plugin = checkIn(pid, "player");
-    PluginOnBus reports(bus_->address());
+    support::BusConnection reports(bus_->address());
+    const QString name = "com.quarnel.Tonvale.Plugin";
+    EXPECT_TRUE(reports->registerService(name));
+    const auto tell = [&](const char* reason) {
+        reports.say("/com/quarnel/Tonvale/Plugin", name, "NotControllable", {pid, reason});
+    };
     EXPECT_TRUE(support::waitUntil([&] {
-        reports.tell("NotControllable", {pid, "it plays past everybody"});
+        tell("it plays past everybody");
         return programJson("player")["controllable"] == false;
     }));
     for (const auto& arguments : std::vector<std::vector<std::string>>{
@@ -251,7 +230,7 @@ TEST_F(TonvalectlTest, SaysWhyAProgramCannotBeControlled) {
                   .status,
               0);
     EXPECT_EQ(takeCommands(plugin, pid), "");
-    reports.tell("NotControllable", {pid, ""});
+    tell("");
     EXPECT_TRUE(support::waitUntil([&] { return ctl({"mute", "player"}).status == 0; }));
 }
 
