@@ -61,8 +61,7 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
     MVAppController::initialize();
-    MVAppController controller(
-        platform::SingleInstance::acquire(QStringLiteral("com.quarnel.Tonvale")));
+    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"));
     controller.awakeFromNib();
     ASSERT_EQ(MVAppController::sharedController(), &controller);
     controller.updateApps();
@@ -78,8 +77,8 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     showThatItUpdates();
 
     auto session = QDBusConnection::sessionBus();
-    ASSERT_TRUE(session.registerService(QStringLiteral("com.quarnel.TonvaleHelper")));
-    const platform::BusNameWatch helper(QStringLiteral("com.quarnel.TonvaleHelper"));
+    ASSERT_TRUE(session.registerService("com.quarnel.TonvaleHelper"));
+    const platform::BusNameWatch helper("com.quarnel.TonvaleHelper");
     ASSERT_TRUE(
         support::waitUntil([&] { return helper.isOwned(); })); // the controller knows it too
     EXPECT_FALSE(window->close());
@@ -88,7 +87,7 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     EXPECT_EQ(second.wait(), 0) << second.output();
     EXPECT_TRUE(window->isVisible());
 
-    ASSERT_TRUE(session.unregisterService(QStringLiteral("com.quarnel.TonvaleHelper")));
+    ASSERT_TRUE(session.unregisterService("com.quarnel.TonvaleHelper"));
     ASSERT_TRUE(support::waitUntil([&] { return !helper.isOwned(); }));
     QTimer::singleShot(0, window, [&] { EXPECT_TRUE(window->close()); });
     EXPECT_EQ(QApplication::exec(), 0);

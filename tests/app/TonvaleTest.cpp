@@ -162,8 +162,8 @@ TEST_F(TonvaleTest, PrintsTheVersionThatItsBundleStates) {
 TEST_F(TonvaleTest, AnnouncesItsLaunchOnTheSessionBus) {
     const support::PrivateBus bus;
     int announcements = 0;
-    const platform::DistributedNotificationObserver observer(
-        QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&] { ++announcements; });
+    const platform::DistributedNotificationObserver observer("com.quarnel.mivo.guiDidLaunch",
+                                                             [&] { ++announcements; });
     ASSERT_TRUE(observer.isActive());
     const auto program = start();
     EXPECT_TRUE(support::waitUntil([&] { return announcements == 1; })) << program->output();
@@ -175,7 +175,7 @@ TEST_F(TonvaleTest, TheFirstStartMakesPrivateFoldersAndALogAndTheNextOneKeepsTha
     const std::string mark = "\xEF\xBB\xBF";
     ASSERT_TRUE(first.starts_with(mark));
     // What waits for the socket connects to it, which may be noticed or not.
-    const QString probe = QStringLiteral("(:[^\n]*: \\[I\\] '' disconnected\n)*");
+    const QString probe = "(:[^\n]*: \\[I\\] '' disconnected\n)*";
     const QRegularExpression lines(QRegularExpression::anchoredPattern(
         QStringLiteral("\\d{4}-\\d\\d-\\d\\d \\d\\d:00:00 [+-]\\d+\n"
                        ":\\d\\d:\\d\\d\\.[\\d ]{3}: \\*{4} " TONVALE_VERSION

@@ -50,19 +50,17 @@ TEST_F(BusToolsTest, PropertiesAreReadAndSetByTheStandardInterface) {
     EXPECT_EQ(get(player, program, "Volume"), "i 100\n");
     EXPECT_EQ(get(player, program, "Name"), "s \"Music Player\"\n");
     EXPECT_EQ(get(player, program, "ProcessId"), "u 4711\n");
-    EXPECT_EQ(busctl({"set-property", "com.quarnel.Tonvale", player, program, "Volume", "i", "40"})
-                  .status,
-              0);
-    EXPECT_EQ(busctl({"set-property", "com.quarnel.Tonvale", player, program, "Muted", "b", "true"})
-                  .status,
-              0);
+    const auto set = [](const Words& words) {
+        Words all{"set-property", "com.quarnel.Tonvale"};
+        all.insert(all.end(), words.begin(), words.end());
+        return busctl(all).status == 0;
+    };
+    EXPECT_TRUE(set({player, program, "Volume", "i", "40"}));
+    EXPECT_TRUE(set({player, program, "Muted", "b", "true"}));
     EXPECT_TRUE(receives(*plugin_, pid, "9,40 10,1 "));
     EXPECT_EQ(get(player, program, "Volume"), "i 40\n");
     EXPECT_EQ(get(player, program, "Muted"), "b true\n");
-    EXPECT_EQ(busctl({"set-property", "com.quarnel.Tonvale", root, "com.quarnel.Tonvale.Mixer",
-                      "DefaultVolume", "i", "55"})
-                  .status,
-              0);
+    EXPECT_TRUE(set({root, "com.quarnel.Tonvale.Mixer", "DefaultVolume", "i", "55"}));
     EXPECT_EQ(get(root, "com.quarnel.Tonvale.Mixer", "DefaultVolume"), "i 55\n");
 }
 
@@ -109,37 +107,30 @@ TEST_F(BusToolsTest, ChangesAreSignalledOnceEach) {
 }
 
 TEST_F(BusToolsTest, WhatMakesNoSenseIsAStandardError) {
-    const std::string properties = "org.freedesktop.DBus.Properties.";
-    const std::string mixer = "com.quarnel.Tonvale.Mixer.";
+    const std::string set = "org.freedesktop.DBus.Properties.Set";
+    const std::string read = "org.freedesktop.DBus.Properties.Get";
+    const std::string mixer = "com.quarnel.Tonvale.Mixer";
+    const std::string nobody = "/com/quarnel/Tonvale/programs/nobody";
     const struct {
         std::string path;
         std::string method;
         Words arguments;
         const char* error;
-    } cases[] = {{player, properties + "Set", {program, "Volume", "<101>"}, "InvalidArgs"},
-                 {player, properties + "Set", {program, "Volume", "<-1>"}, "InvalidArgs"},
-                 {player, properties + "Set", {program, "Volume", "<'loud'>"}, "InvalidArgs"},
-                 {player, properties + "Set", {program, "Name", "<'other'>"}, "PropertyReadOnly"},
-                 {player, properties + "Set", {program, "Colour", "<1>"}, "UnknownProperty"},
-                 {player, properties + "Get", {program, "Colour"}, "UnknownProperty"},
-                 {player, properties + "GetAll", {"com.example"}, "UnknownInterface"},
-                 {player, "com.quarnel.Tonvale.Program.Explode", {}, "UnknownMethod"},
-                 {"/com/quarnel/Tonvale/programs/nobody",
-                  "com.quarnel.Tonvale.Program.Ignore",
-                  {},
-                  "UnknownObject"},
-                 {root, mixer + "Forget", {"nobody"}, "com.quarnel.Tonvale.Error.NoSuchProgram"},
-                 {root, mixer + "Unignore", {"nobody"}, "com.quarnel.Tonvale.Error.NoSuchProgram"},
-                 {root, mixer + "SetRemembered", {"x", "200", "false"}, "InvalidArgs"},
-                 {root, mixer + "SetRemembered", {"", "50", "false"}, "NoSuchProgram"},
-                 {root,
-                  properties + "Set",
-                  {"com.quarnel.Tonvale.Mixer", "DefaultVolume", "<101>"},
-                  "InvalidArgs"},
-                 {root,
-                  properties + "Set",
-                  {"com.quarnel.Tonvale.Mixer", "Ignored", "<['x']>"},
-                  "PropertyReadOnly"}};
+    } cases[] = {{player, set, {program, "Volume", "<101>"}, "InvalidArgs"},
+                 {player, set, {program, "Volume", "<-1>"}, "InvalidArgs"},
+                 {player, set, {program, "Volume", "<'loud'>"}, "InvalidArgs"},
+                 {player, set, {program, "Name", "<'other'>"}, "PropertyReadOnly"},
+                 {player, set, {program, "Colour", "<1>"}, "UnknownProperty"},
+                 {player, read, {program, "Colour"}, "UnknownProperty"},
+                 {player, read + "All", {"com.example"}, "UnknownInterface"},
+                 {player, program + std::string(".Explode"), {}, "UnknownMethod"},
+                 {nobody, program + std::string(".Ignore"), {}, "UnknownObject"},
+                 {root, mixer + ".Forget", {"nobody"}, "Tonvale.Error.NoSuchProgram"},
+                 {root, mixer + ".Unignore", {"nobody"}, "Tonvale.Error.NoSuchProgram"},
+                 {root, mixer + ".SetRemembered", {"x", "200", "false"}, "InvalidArgs"},
+                 {root, mixer + ".SetRemembered", {"", "50", "false"}, "NoSuchProgram"},
+                 {root, set, {mixer, "DefaultVolume", "<101>"}, "InvalidArgs"},
+                 {root, set, {mixer, "Ignored", "<['x']>"}, "PropertyReadOnly"}};
     for (const auto& each : cases) {
         const auto answer = gdbus(each.path, each.method, each.arguments);
         EXPECT_NE(answer.status, 0) << each.method;

@@ -13,6 +13,7 @@
 
 using platform::CopyFolder;
 using support::contentOf;
+using support::modeOf;
 
 namespace fs = std::filesystem;
 
@@ -30,10 +31,6 @@ class CopyFolderTest : public testing::Test {
 
     static void write(const fs::path& file, const std::string& bytes) {
         std::ofstream(file, std::ios::binary) << bytes;
-    }
-    static mode_t modeOf(const fs::path& file) {
-        struct stat status {};
-        return ::lstat(file.c_str(), &status) == 0 ? status.st_mode & ALLPERMS : 0;
     }
 
     std::vector<std::string> names() const {

@@ -99,10 +99,10 @@ TEST(TitleBarHabits, TextsThatSayNothingLeaveWhatIsUsual) {
         habits.placeButtons(QLatin1String(layout));
         EXPECT_EQ(habits, TitleBarHabits()) << layout;
     }
-    habits.placeButtons(QStringLiteral("appmenu:close"));
+    habits.placeButtons("appmenu:close");
     EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::menu}));
     EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::close}));
-    habits.placeButtons(QStringLiteral("minimize:close"));
+    habits.placeButtons("minimize:close");
     EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu, Button::close}));
     const auto action = [](const char* text) {
         return TitleBarHabits::actionFromText(QLatin1String(text), Action::lower);

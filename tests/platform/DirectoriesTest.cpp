@@ -1,5 +1,6 @@
 #include "platform/files/Directories.h"
 
+#include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 
@@ -16,6 +17,7 @@
 
 using platform::Domain;
 using platform::makeDirectories;
+using support::modeOf;
 using support::ScopedVariable;
 
 namespace {
@@ -31,23 +33,6 @@ const std::array homeFolders{
                "/.local/share"},
     HomeFolder{"XDG_STATE_HOME", &platform::logsDirectory, "/.local/state"},
     HomeFolder{"XDG_CONFIG_HOME", &platform::preferencesDirectory, "/.config"},
-};
-
-mode_t modeOf(const std::string& path) {
-    struct stat status {};
-    constexpr mode_t permissions = 07777;
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & permissions : 0;
-}
-
-class ScopedMask {
-  public:
-    explicit ScopedMask(mode_t mask) : before_(::umask(mask)) {}
-    ~ScopedMask() { ::umask(before_); }
-    ScopedMask(const ScopedMask&) = delete;
-    ScopedMask& operator=(const ScopedMask&) = delete;
-
-  private:
-    const mode_t before_;
 };
 
 } // namespace
@@ -91,10 +76,11 @@ TEST(Directories, MoveTheLocalLibraryWithItsVariable) {
 TEST(MakeDirectories, GivesNewFoldersTheModeAndLeavesOldOnesAlone) {
     const support::PrivateFolder folder;
     const std::string top = folder.path() / "top";
-    const ScopedMask mask(077);
+    const mode_t mask = ::umask(077);
     ASSERT_EQ(::mkdir(top.c_str(), 0700), 0);
     ASSERT_EQ(::chmod(top.c_str(), 02710), 0); // hands its group down
     EXPECT_TRUE(makeDirectories(top + "//new/inner/", 0775));
+    ::umask(mask);
     EXPECT_EQ(modeOf(top), 02710U);
     EXPECT_EQ(modeOf(top + "/new"), 02775U);
     EXPECT_EQ(modeOf(top + "/new/inner"), 02775U);

@@ -97,21 +97,6 @@ TEST(DispatchQueue, SyncRunsInPlaceFromWithinAndHandsExceptionsToItsCaller) {
     opener.join();
 }
 
-TEST(DispatchQueue, QueuesOfOneTargetNeverRunAtTheSameTime) {
-    const auto target = DispatchQueue::makeSerial("com.quarnel.test.target");
-    std::vector<std::shared_ptr<DispatchQueue>> queues;
-    for (int i = 0; i < 4; ++i) {
-        queues.push_back(DispatchQueue::makeSerial("com.quarnel.test.queue"));
-        queues.back()->setTarget(target);
-    }
-    int count = 0; // unguarded on purpose
-    for (int i = 0; i < 4000; ++i)
-        queues[static_cast<std::size_t>(i) % queues.size()]->async([&] { ++count; });
-    for (const auto& queue : queues)
-        queue->sync([&] { ++count; });
-    EXPECT_EQ(count, 4004);
-}
-
 TEST(DispatchQueue, ANewTargetTakesOverTheBlocksThatHaveNotBegun) {
     const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
     const auto first = DispatchQueue::makeSerial("com.quarnel.test.first");

@@ -15,26 +15,22 @@ TEST(DistributedNotification, TravelsOverTheBusUnderTheNamesThatAnyProgramCanUse
     const support::PrivateBus bus;
     int received = 0;
     int other = 0;
-    const DistributedNotificationObserver observer(QStringLiteral("com.quarnel.mivo.guiDidLaunch"),
-                                                   [&] {
-                                                       ++received;
-                                                       throw std::runtime_error("from an observer");
-                                                   });
-    const DistributedNotificationObserver otherObserver(QStringLiteral("com.quarnel.mivo.other"),
-                                                        [&] { ++other; });
+    const DistributedNotificationObserver observer("com.quarnel.mivo.guiDidLaunch", [&] {
+        ++received;
+        throw std::runtime_error("from an observer");
+    });
+    const DistributedNotificationObserver otherObserver("com.quarnel.mivo.other", [&] { ++other; });
     ASSERT_TRUE(observer.isActive());
 
     support::SystemLogRecorder log;
-    EXPECT_TRUE(
-        platform::postDistributedNotification(QStringLiteral("com.quarnel.mivo.guiDidLaunch")));
+    EXPECT_TRUE(platform::postDistributedNotification("com.quarnel.mivo.guiDidLaunch"));
     ASSERT_TRUE(support::waitUntil([&] { return received == 1; }));
 
     support::BusConnection stranger(bus.address());
-    stranger.say(QStringLiteral("/com/quarnel/mivo"), QStringLiteral("com.quarnel.mivo"),
-                 QStringLiteral("guiDidLaunch"));
+    stranger.say("/com/quarnel/mivo", "com.quarnel.mivo", "guiDidLaunch");
     ASSERT_TRUE(support::waitUntil([&] { return received == 2; }));
     EXPECT_EQ(other, 0);
     EXPECT_EQ(log.count("from an observer"), 2U);
-    EXPECT_FALSE(platform::postDistributedNotification(QStringLiteral("no name at all")));
+    EXPECT_FALSE(platform::postDistributedNotification("no name at all"));
     EXPECT_EQ(log.count("Couldn't post no name at all"), 1U);
 }

@@ -22,7 +22,7 @@ class OneText : public QTranslator {
   public:
     QString translate(const char* context, const char* source, const char*, int) const override {
         const bool known = qstrcmp(context, "Panes") == 0 && qstrcmp(source, "Größe: %@") == 0;
-        return known ? QStringLiteral("Size is %@") : QString();
+        return known ? "Size is %@" : QString();
     }
     bool isEmpty() const override { return false; }
 };

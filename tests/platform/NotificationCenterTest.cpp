@@ -14,7 +14,7 @@ using platform::NotificationObserver;
 
 namespace {
 
-const QString name = QStringLiteral("ListDidChange");
+const QString name = "ListDidChange";
 
 unsigned reportedPlace = 0;
 
@@ -32,11 +32,11 @@ TEST(NotificationCenter, CallsTheObserversOfTheNameInOrderThoughOneThrows) {
         calls += "1" + object.toString().toStdString();
         throw std::runtime_error("from an observer");
     });
-    const NotificationObserver other(QStringLiteral("Other"), [&](auto&) { calls += "other"; });
+    const NotificationObserver other("Other", [&](auto&) { calls += "other"; });
     {
         const NotificationObserver second(name, [&](auto&) { calls += "2"; });
         const NotificationObserver third(name, [&](auto&) { calls += "3"; });
-        post(QStringLiteral("x"));
+        post("x");
     }
     EXPECT_EQ(calls, "1x23");
     EXPECT_EQ(reportedPlace, platform::kExceptionInObserver);

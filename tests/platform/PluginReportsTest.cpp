@@ -13,7 +13,7 @@
 
 namespace {
 
-const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
+const QString name = "com.quarnel.Tonvale.Plugin";
 
 /// A program on the bus that may be the plug-in.
 class Peer {
@@ -22,7 +22,7 @@ class Peer {
 
     void own() { EXPECT_TRUE(bus_->registerService(name)); }
     void say(const QString& member, const QVariantList& arguments,
-             const QString& path = QStringLiteral("/com/quarnel/Tonvale/Plugin")) {
+             const QString& path = "/com/quarnel/Tonvale/Plugin") {
         EXPECT_TRUE(bus_.say(path, name, member, arguments));
     }
 
@@ -44,7 +44,7 @@ class PluginReportsTest : public testing::Test {
                     if (reason == QLatin1String("throw"))
                         throw std::runtime_error("from a handler");
                 },
-                [this] { heard_ += QStringLiteral("gone"); }};
+                [this] { heard_ += "gone"; }};
     }
 
     bool hears(const QStringList& expected) {
@@ -63,20 +63,20 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
     plugin->own();
     const platform::PluginReports reports(record());
     Peer stranger(*bus);
-    const QString changed = QStringLiteral("ChangedElsewhere");
-    const QString refused = QStringLiteral("NotControllable");
+    const QString changed = "ChangedElsewhere";
+    const QString refused = "NotControllable";
     // Also before it can be known who owns the name.
     stranger.say(changed, {1U, 1, true});
     plugin->say(changed, {4000000000U, 55, true});
-    plugin->say(refused, {2U, QStringLiteral("throw")});
+    plugin->say(refused, {2U, "throw"});
     plugin->say(refused, {2U, QString()});
     ASSERT_TRUE(hears({"4000000000 55 1", "2 throw", "2 "})) << heard_.join(' ').toStdString();
     EXPECT_TRUE(log.contains("from a handler"));
 
     heard_.clear();
     stranger.say(changed, {1U, 1, true});
-    plugin->say(changed, {QStringLiteral("1"), 1, true}); // of other types
-    plugin->say(changed, {3U, 3, true}, QStringLiteral("/elsewhere"));
+    plugin->say(changed, {"1", 1, true}); // of other types
+    plugin->say(changed, {3U, 3, true}, "/elsewhere");
     plugin->say(changed, {3U, -3, false});
     ASSERT_TRUE(hears({"3 -3 0"})) << heard_.join(' ').toStdString();
 
@@ -91,8 +91,8 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
 TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
     const platform::PluginReports reports(record());
     Peer plugin(*bus);
-    plugin.say(QStringLiteral("ChangedElsewhere"), {1U, 1, false}); // not by that name yet
+    plugin.say("ChangedElsewhere", {1U, 1, false}); // not by that name yet
     plugin.own();
-    plugin.say(QStringLiteral("ChangedElsewhere"), {2U, 2, false});
+    plugin.say("ChangedElsewhere", {2U, 2, false});
     EXPECT_TRUE(hears({"2 2 0"})) << heard_.join(' ').toStdString();
 }

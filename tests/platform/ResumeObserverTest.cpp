@@ -14,8 +14,7 @@ using support::BusConnection;
 namespace {
 
 void say(BusConnection& bus, bool fallsAsleep) {
-    bus.say(QStringLiteral("/org/freedesktop/login1"),
-            QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"),
+    bus.say("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
             {fallsAsleep});
 }
 
@@ -36,7 +35,7 @@ TEST(ResumeObserver, HearsOfEachWakingFromLogindOnly) {
             },
             *observing);
         say(stranger, false);
-        ASSERT_TRUE(logind->registerService(QStringLiteral("org.freedesktop.login1")));
+        ASSERT_TRUE(logind->registerService("org.freedesktop.login1"));
         for (const bool fallsAsleep : {true, false, true, false})
             say(logind, fallsAsleep);
         EXPECT_TRUE(support::waitUntil([&] { return resumed == 2; }));

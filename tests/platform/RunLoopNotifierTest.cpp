@@ -53,7 +53,7 @@ TEST_F(RunLoopNotifierTest, ServesTheRunLoopWhileAModalDialogIsOpen) {
 
 TEST_F(RunLoopNotifierTest, ServesTheRunLoopWhileAMenuIsOpen) {
     QMenu menu;
-    menu.addAction(QStringLiteral("entry"));
+    menu.addAction("entry");
     EXPECT_TRUE(servedWhile([&] { menu.exec(QPoint(10, 10)); }, [&] { menu.close(); }));
 }
 

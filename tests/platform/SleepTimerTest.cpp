@@ -47,15 +47,13 @@ class SleepTimer : public testing::Test {
     }
 
     unsigned askWith(const QString& action, quint64 microseconds) {
-        manager_.properties = {{QStringLiteral("IdleAction"), action},
-                               {QStringLiteral("IdleActionUSec"), microseconds}};
+        manager_.properties = {{"IdleAction", action}, {"IdleActionUSec", microseconds}};
         return ask();
     }
 
     void takeTheName() {
-        ASSERT_TRUE(answering_->registerVirtualObject(QStringLiteral("/org/freedesktop/login1"),
-                                                      &manager_));
-        ASSERT_TRUE(answering_->registerService(QStringLiteral("org.freedesktop.login1")));
+        ASSERT_TRUE(answering_->registerVirtualObject("/org/freedesktop/login1", &manager_));
+        ASSERT_TRUE(answering_->registerService("org.freedesktop.login1"));
     }
 
     const support::PrivateBus bus_;
@@ -76,19 +74,19 @@ TEST_F(SleepTimer, TellsTheMinutesAfterWhichTheMachineSleeps) {
     for (const char* const action : {"ignore", "lock", "poweroff", ""})
         EXPECT_EQ(askWith(QString::fromLatin1(action), 30 * minute), 0U) << action;
 
-    const QString suspend = QStringLiteral("suspend");
+    const QString suspend = "suspend";
     EXPECT_EQ(askWith(suspend, second), 1U) << "less than a minute is not never";
     EXPECT_EQ(askWith(suspend, minute + 1), 2U);
     EXPECT_EQ(askWith(suspend, 0), 0U);
     EXPECT_EQ(askWith(suspend, std::numeric_limits<quint64>::max()), 0U) << "infinity";
     EXPECT_EQ(askWith(suspend, std::numeric_limits<quint64>::max() - 1),
               std::numeric_limits<unsigned>::max());
-    manager_.properties.remove(QStringLiteral("IdleActionUSec"));
+    manager_.properties.remove("IdleActionUSec");
     EXPECT_EQ(ask(), 0U);
 }
 
 TEST_F(SleepTimer, IsZeroWithoutABusOrALogindThatAnswers) {
-    EXPECT_EQ(platform::machineSleepTimer(QDBusConnection(QStringLiteral("no such bus"))), 0U);
+    EXPECT_EQ(platform::machineSleepTimer(QDBusConnection("no such bus")), 0U);
     EXPECT_EQ(ask(), 0U) << "nobody has the name";
     ASSERT_NO_FATAL_FAILURE(takeTheName());
     manager_.silent = true;

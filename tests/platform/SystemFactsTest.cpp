@@ -1,11 +1,9 @@
 #include "platform/processes/SystemFacts.h"
 
-#include "platform/values/SystemValue.h"
 #include "support/PrivateFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
 #include <sched.h>
 #include <string_view>
@@ -30,14 +28,6 @@ class OtherMachine {
   private:
     const support::PrivateFolder folder_;
 };
-
-bool singleUserSystem(const char* name, void* buffer, std::size_t size) noexcept {
-    constexpr std::int32_t value = 1;
-    if (std::string_view(name) != "kern.singleuser" || size != sizeof(value))
-        return false;
-    std::memcpy(buffer, &value, size);
-    return true;
-}
 
 } // namespace
 
@@ -130,17 +120,4 @@ TEST(SystemFacts, NameTheModelWithoutWhatFirmwareMakersLeave) {
     machine.write("sys/firmware/devicetree/base/model",
                   std::string_view("Raspberry Pi 4 Model B Rev 1.4\0", 31));
     EXPECT_EQ(platform::machineModelName(machine.root()), "Raspberry Pi 4 Model B Rev 1.4");
-}
-
-TEST(SystemFacts, ReadTheSingleUserModeOnce) {
-    // In processes of their own, since the first answer stays.
-    const auto answersLater = [](platform::SystemValueSource first,
-                                 platform::SystemValueSource later) {
-        platform::replaceSystemValueSource(first);
-        const bool before = platform::isSingleUserMode();
-        platform::replaceSystemValueSource(later);
-        std::_Exit(platform::isSingleUserMode() == before ? static_cast<int>(before) : 2);
-    };
-    EXPECT_EXIT(answersLater(&singleUserSystem, nullptr), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(answersLater(nullptr, &singleUserSystem), testing::ExitedWithCode(0), "");
 }

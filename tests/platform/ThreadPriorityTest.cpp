@@ -47,9 +47,9 @@ TEST(ThreadPriority, RealtimeKitIsAskedForItWhereTheSystemLetsUsNot) {
     support::BusConnection service(bus.address());
     const support::BusConnection client(bus.address());
     RealtimeKit kit;
-    ASSERT_TRUE(service->registerObject(QStringLiteral("/org/freedesktop/RealtimeKit1"), &kit,
+    ASSERT_TRUE(service->registerObject("/org/freedesktop/RealtimeKit1", &kit,
                                         QDBusConnection::ExportAllSlots));
-    ASSERT_TRUE(service->registerService(QStringLiteral("org.freedesktop.RealtimeKit1")));
+    ASSERT_TRUE(service->registerService("org.freedesktop.RealtimeKit1"));
     qulonglong thread = 0;
     std::thread([&] {
         thread = static_cast<qulonglong>(::gettid());

@@ -40,7 +40,7 @@ TEST(UnitWatch, TellsOfScopesAndServicesOfTheManagerThatIsThere) {
 }
 
 TEST(UnitWatch, IsSilentWithoutAManagerAndWithoutABus) {
-    const platform::UnitWatch none([] {}, QDBusConnection(QStringLiteral("no such bus")));
+    const platform::UnitWatch none([] {}, QDBusConnection("no such bus"));
     EXPECT_FALSE(none.isListening());
     const support::PrivateBus bus;
     BusConnection alone(bus.address());

@@ -38,7 +38,7 @@ class WorkspaceTest : public testing::Test {
         return program;
     }
 
-    void begin(const QDBusConnection& bus = QDBusConnection(QStringLiteral("no such bus"))) {
+    void begin(const QDBusConnection& bus = QDBusConnection("no such bus")) {
         auto scan =
             std::make_shared<platform::ApplicationScan>(platform::ApplicationScan::Surroundings{
                 {entries_}, {"de_DE", {}}, platform::SessionOfUser::current()});

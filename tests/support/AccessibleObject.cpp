@@ -14,7 +14,7 @@ namespace support {
 
 namespace {
 
-const QString registry = QStringLiteral("org.a11y.atspi.Registry");
+const QString registry = "org.a11y.atspi.Registry";
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* valueInterface = "org.a11y.atspi.Value";
 constexpr const char* actionInterface = "org.a11y.atspi.Action";
@@ -24,8 +24,7 @@ std::string accessibilityBus(const PrivateBus& session) {
     QString address;
     if (!waitUntil([&] {
             const QDBusReply<QString> answer = bus->call(QDBusMessage::createMethodCall(
-                QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+                "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"));
             address = answer.value();
             return !address.isEmpty();
         }))
@@ -106,8 +105,7 @@ double AccessibleObject::value(const char* property) const {
 
 void AccessibleObject::setValue(double value) const {
     call("org.freedesktop.DBus.Properties", "Set",
-         {QLatin1String(valueInterface), QStringLiteral("CurrentValue"),
-          QVariant::fromValue(QDBusVariant(value))});
+         {QLatin1String(valueInterface), "CurrentValue", QVariant::fromValue(QDBusVariant(value))});
 }
 
 QSize AccessibleObject::size() const {
@@ -143,7 +141,7 @@ AssistiveTool::AssistiveTool(const PrivateBus& session)
     , bus_(accessibilityBus(session)) {}
 
 AccessibleObject AssistiveTool::desktop() const {
-    return {*bus_, registry, QStringLiteral("/org/a11y/atspi/accessible/root")};
+    return {*bus_, registry, "/org/a11y/atspi/accessible/root"};
 }
 
 std::optional<AccessibleObject> AssistiveTool::window(const QString& title) const {
@@ -170,9 +168,8 @@ QString AssistiveTool::outline() const {
 }
 
 void AssistiveTool::listen(const QString& event) const {
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(registry, QStringLiteral("/org/a11y/atspi/registry"),
-                                       registry, QStringLiteral("RegisterEvent"));
+    QDBusMessage call = QDBusMessage::createMethodCall(registry, "/org/a11y/atspi/registry",
+                                                       registry, "RegisterEvent");
     call << event;
     bus_->call(call);
 }

@@ -34,9 +34,8 @@ class BusConnection {
 
     /// Serves everything that has been sent to this connection until now.
     void settle() {
-        const QString bus = QStringLiteral("org.freedesktop.DBus");
-        bus_.call(
-            QDBusMessage::createMethodCall(bus, QStringLiteral("/"), bus, QStringLiteral("GetId")));
+        const QString bus = "org.freedesktop.DBus";
+        bus_.call(QDBusMessage::createMethodCall(bus, "/", bus, "GetId"));
         serveEvents();
     }
 

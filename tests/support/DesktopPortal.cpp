@@ -7,7 +7,7 @@ namespace support {
 
 namespace {
 
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString path = "/org/freedesktop/portal/desktop";
 
 } // namespace
 
@@ -15,7 +15,7 @@ DesktopPortal::DesktopPortal(const PrivateBus& bus, bool answering) : bus_(bus.a
     qDBusRegisterMetaType<Groups>();
     if (answering)
         bus_->registerObject(path, this, QDBusConnection::ExportAllSlots);
-    bus_->registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    bus_->registerService("org.freedesktop.portal.Desktop");
 }
 
 void DesktopPortal::set(const QString& group, const QString& key, const QVariant& value) {
@@ -24,8 +24,7 @@ void DesktopPortal::set(const QString& group, const QString& key, const QVariant
 
 void DesktopPortal::change(const QString& group, const QString& key, const QVariant& value) {
     set(group, key, value);
-    bus_.say(path, QStringLiteral("org.freedesktop.portal.Settings"),
-             QStringLiteral("SettingChanged"),
+    bus_.say(path, "org.freedesktop.portal.Settings", "SettingChanged",
              {group, key, QVariant::fromValue(QDBusVariant(value))});
 }
 

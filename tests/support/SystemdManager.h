@@ -16,7 +16,7 @@ class SystemdManager : public QObject {
   public:
     explicit SystemdManager(const QString& address) : bus_(address.toStdString()) {
         bus_->registerObject(path(), this, QDBusConnection::ExportAllSlots);
-        bus_->registerService(QStringLiteral("org.freedesktop.systemd1"));
+        bus_->registerService("org.freedesktop.systemd1");
     }
 
     int subscribers() const noexcept { return subscribers_; }
@@ -25,7 +25,7 @@ class SystemdManager : public QObject {
 
     /// UnitNew or UnitRemoved, from any connection.
     static void send(BusConnection& bus, const QString& signal, const QString& unit) {
-        bus.say(path(), QStringLiteral("org.freedesktop.systemd1.Manager"), signal,
+        bus.say(path(), "org.freedesktop.systemd1.Manager", signal,
                 {unit, QVariant::fromValue(QDBusObjectPath(path() + "/unit/x"))});
     }
 
@@ -33,7 +33,7 @@ class SystemdManager : public QObject {
     void Subscribe() { ++subscribers_; }
 
   private:
-    static QString path() { return QStringLiteral("/org/freedesktop/systemd1"); }
+    static QString path() { return "/org/freedesktop/systemd1"; }
 
     BusConnection bus_;
     int subscribers_ = 0;

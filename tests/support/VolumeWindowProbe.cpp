@@ -41,7 +41,7 @@ int RowProbe::level() const {
 }
 
 QString notice(const VolumeWindow& window) {
-    const auto* const label = window.findChild<QLabel*>(QStringLiteral("hint"));
+    const auto* const label = window.findChild<QLabel*>("hint");
     return label->isHidden() ? QString() : label->text();
 }
 

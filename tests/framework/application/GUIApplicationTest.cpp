@@ -33,25 +33,23 @@ class Answers : public platform::AlertPresenter {
 
 TEST_F(ApplicationTest, AlertsAreSheetsWhereAWindowCanTakeOne) {
     Answers answers;
-    const QString text = QStringLiteral("100 %@");
-    application.alertWithTitle(QStringLiteral("no window"), text, QStringLiteral("OK"));
+    const QString text = "100 %@";
+    application.alertWithTitle("no window", text, "OK");
     QWidget window;
     window.show();
-    application.criticalAlertWithTitle(QStringLiteral("sheet"), text, QStringLiteral("OK"));
+    application.criticalAlertWithTitle("sheet", text, "OK");
     QWidget above(&window, Qt::Dialog);
     above.show();
-    application.alertWithTitle(QStringLiteral("covered"), text, QStringLiteral("OK"));
-    EXPECT_EQ(application.criticalAlertWithTitle(QStringLiteral("asks"), text, QStringLiteral("A"),
-                                                 QStringLiteral("B"), QStringLiteral("C")),
-              Alert::other);
+    application.alertWithTitle("covered", text, "OK");
+    EXPECT_EQ(application.criticalAlertWithTitle("asks", text, "A", "B", "C"), Alert::other);
 
     ASSERT_EQ(answers.run_.size(), 3U);
-    EXPECT_EQ(answers.run_[0].title, QStringLiteral("no window"));
+    EXPECT_EQ(answers.run_[0].title, "no window");
     EXPECT_EQ(answers.run_[0].message, text);
     EXPECT_FALSE(answers.run_[0].isCritical);
-    EXPECT_EQ(answers.run_[1].title, QStringLiteral("covered"));
+    EXPECT_EQ(answers.run_[1].title, "covered");
     EXPECT_TRUE(answers.run_[2].isCritical);
-    EXPECT_EQ(answers.run_[2].otherButton, QStringLiteral("C"));
+    EXPECT_EQ(answers.run_[2].otherButton, "C");
     ASSERT_EQ(answers.sheets_.size(), 1U);
     EXPECT_TRUE(answers.sheets_[0].isCritical);
 }
@@ -59,7 +57,7 @@ TEST_F(ApplicationTest, AlertsAreSheetsWhereAWindowCanTakeOne) {
 TEST_F(ApplicationTest, ASheetDoesNotWaitAndAnAlertAnswersTheButton) {
     QWidget window;
     window.show();
-    application.alertWithTitle(QStringLiteral("sheet"), QString(), QStringLiteral("OK"));
+    application.alertWithTitle("sheet", QString(), "OK");
     auto* const sheet = window.findChild<QMessageBox*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_TRUE(sheet->isVisible());
@@ -77,12 +75,11 @@ TEST_F(ApplicationTest, ASheetDoesNotWaitAndAnAlertAnswersTheButton) {
                 }
             },
             Qt::QueuedConnection);
-        return application.alertWithTitle(QStringLiteral("asks"), QString(), QStringLiteral("A"),
-                                          QStringLiteral("B"), QStringLiteral("C"));
+        return application.alertWithTitle("asks", QString(), "A", "B", "C");
     };
-    EXPECT_EQ(answer(QStringLiteral("A")), Alert::standard);
-    EXPECT_EQ(answer(QStringLiteral("B")), Alert::alternate);
-    EXPECT_EQ(answer(QStringLiteral("C")), Alert::other);
+    EXPECT_EQ(answer("A"), Alert::standard);
+    EXPECT_EQ(answer("B"), Alert::alternate);
+    EXPECT_EQ(answer("C"), Alert::other);
 }
 
 TEST_F(ApplicationTest, WaitingServesEventsAndEndsAtItsTime) {
@@ -92,13 +89,4 @@ TEST_F(ApplicationTest, WaitingServesEventsAndEndsAtItsTime) {
     application.waitInEventLoopFor(0.01);
     EXPECT_TRUE(served);
     application.waitInEventLoopFor(-1);
-}
-
-TEST_F(ApplicationTest, TheMajorNumberOfAModel) {
-    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("Model6,2")), 6);
-    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("Model10,1")), 1);
-    EXPECT_EQ(QNGUIApplication::majorModelNumber(QStringLiteral("None")), 0);
-    EXPECT_FALSE(application.machineHasAutoSwitchingGPUs());
-    EXPECT_EQ(application.documentIdentifiers(), QStringList());
-    EXPECT_NE(application.universallyUniqueString(), application.universallyUniqueString());
 }

@@ -13,9 +13,9 @@ namespace fs = std::filesystem;
 using support::ScopedVariable;
 
 TEST_F(ApplicationTest, TheLogFileBeginsWithTheMachineAndTakesWhatIsLogged) {
-    application.createLogFile(QStringLiteral("test.log"), QString::fromStdString(path("a/b")));
+    application.createLogFile("test.log", QString::fromStdString(path("a/b")));
     ASSERT_NE(application.logHandle(), nullptr);
-    application.log("%@ has %u %% of %@", "one", 50U, QStringLiteral("ten"));
+    application.log("%@ has %u %% of %@", "one", 50U, "ten");
     application.logWithLevel(qnlog_warning, "literal %s", "percent %d");
     QNLog(qnlog_verbose, "not written");
     application.setLogHandle(application.logHandle()); // does nothing
@@ -45,7 +45,7 @@ TEST_F(ApplicationTest, BothModifiersAtTheStartRaiseTheLevel) {
         {[] { return Qt::ControlModifier | Qt::MetaModifier; }, qnlog_debug}};
     for (const Case& each : cases) {
         platform::replaceModifierKeys(each.keys);
-        application.createLogFile(QStringLiteral("keys.log"), QString::fromStdString(path("keys")));
+        application.createLogFile("keys.log", QString::fromStdString(path("keys")));
         platform::replaceModifierKeys(nullptr);
         EXPECT_TRUE(support::waitUntil(
             [&] { return qnlog_getlevel(application.logHandle()) == each.level; }));
@@ -53,30 +53,30 @@ TEST_F(ApplicationTest, BothModifiersAtTheStartRaiseTheLevel) {
 }
 
 TEST_F(ApplicationTest, ALogFileThatCannotBeOpenedLeavesTheOldOne) {
-    application.createLogFile(QStringLiteral("first.log"), QString::fromStdString(path("logs")));
+    application.createLogFile("first.log", QString::fromStdString(path("logs")));
     qnlog_handle* const first = application.logHandle();
     std::ofstream(path("file")) << "no folder";
-    application.createLogFile(QStringLiteral("x.log"), QString::fromStdString(path("file/logs")));
+    application.createLogFile("x.log", QString::fromStdString(path("file/logs")));
     EXPECT_EQ(application.logHandle(), first);
 }
 
 TEST_F(ApplicationTest, SupportFoldersAreMadeAndWhatIsWrongWithThemIsLogged) {
     const ScopedVariable data("XDG_DATA_HOME", path("data"));
     const ScopedVariable library("TONVALE_LOCAL_LIBRARY", path("library"));
-    EXPECT_EQ(makeSupportPath(QStringLiteral("Leaf"), false).toStdString(), path("data/Leaf"));
-    EXPECT_EQ(makeSupportPath(QStringLiteral("Leaf"), true).toStdString(),
+    EXPECT_EQ(makeSupportPath("Leaf", false).toStdString(), path("data/Leaf"));
+    EXPECT_EQ(makeSupportPath("Leaf", true).toStdString(),
               path("library/Application Support/Leaf"));
     EXPECT_EQ(fs::status(path("data/Leaf")).permissions(), fs::perms::owner_all);
     EXPECT_TRUE(fs::is_directory(path("library/Application Support/Leaf")));
     EXPECT_TRUE(systemLog.lines().empty());
 
     fs::permissions(path("data/Leaf"), fs::perms::owner_read);
-    makeSupportPath(QStringLiteral("Leaf"), false);
+    makeSupportPath("Leaf", false);
     EXPECT_TRUE(systemLog.contains("Support path has unexpected permissions! 256 (" +
                                    path("data/Leaf") + ")"));
     const ScopedVariable nowhere("XDG_DATA_HOME", path("none/such"));
     std::ofstream(path("none")) << "a file";
-    makeSupportPath(QStringLiteral("Leaf"), false);
+    makeSupportPath("Leaf", false);
     EXPECT_TRUE(
         systemLog.contains("Support path is not accessible! (" + path("none/such/Leaf") + ")"));
 }

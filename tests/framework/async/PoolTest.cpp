@@ -1,6 +1,5 @@
 #include "framework/async/ThreadLimit.h"
 #include "framework/async/manager.h"
-#include "framework/async/worker.h"
 
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/MainQueue.h"
@@ -175,24 +174,6 @@ TEST(Manager, ForgetsAQueueWhoseHandleIsGoneOnceItHasDrained) {
         return watch.expired();
     }));
     EXPECT_EQ(pool->statistics().completions, 1U);
-}
-
-TEST(Worker, WithAnIdleCallbackCallsItWhenNobodyWakesItAndPrintsWhatItThrows) {
-    std::atomic<int> calls = 0;
-    testing::internal::CaptureStdout();
-    {
-        worker idle(
-            "idle", [](worker&) { return worker::Bound(); },
-            [&] {
-                ++calls;
-                throw std::runtime_error("idle");
-            });
-        idle.start();
-        EXPECT_TRUE(support::waitUntil([&] { return calls >= 1; }));
-    }
-    const std::string output = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(output.starts_with("Exception @ ")) << output;
-    EXPECT_TRUE(output.ends_with(": idle\n")) << output;
 }
 
 namespace {

@@ -75,37 +75,6 @@ TEST_F(RLBGTimerTest, DelayingPushesTheDeadlineOutUntilRequestsStop) {
     EXPECT_EQ(runs, 1);
 }
 
-TEST_F(RLBGTimerTest, AnUnknownBehaviourIgnoresAllRequestsButTheFirst) {
-    RLBGTimer timer(nullptr, 7, RLBGTimer::defaultLabel);
-    timer.afterDelay(2, run());
-    timer.afterDelay(1, run());
-    advance(1s, timer);
-    EXPECT_EQ(runs, 0);
-    advance(1s, timer);
-    EXPECT_EQ(runs, 1);
-}
-
-TEST_F(RLBGTimerTest, ABlockGetsTheObjectAndMayRequestTheNextRun) {
-    int object = 0;
-    RLBGTimer timer(nullptr);
-    EXPECT_EQ(timer.queue()->label(), "com.rlwork.RLBGTimer");
-    RLBGTimer::Block block = [&](void* given) {
-        EXPECT_EQ(given, &object);
-        EXPECT_TRUE(timer.queue()->isCurrent());
-        if (++runs < 3)
-            timer.afterDelay(1, block);
-    };
-    timer.afterDelay(1, block);
-    timer.setObj(&object);
-    for (int expected = 1; expected <= 3; ++expected) {
-        advance(1s, timer);
-        EXPECT_EQ(runs, expected);
-    }
-    timer.afterDelay(1, block);
-    advance(1s, timer);
-    EXPECT_EQ(runs, 4);
-}
-
 TEST_F(RLBGTimerTest, OddDelaysAreAtOnceOrNever) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinite = std::numeric_limits<double>::infinity();
