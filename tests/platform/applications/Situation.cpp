@@ -51,8 +51,12 @@ class Situation::Reader {
         gchar** const groups = g_key_file_get_groups(file_.get(), nullptr);
         const std::vector<std::string> names(groups, groups + g_strv_length(groups));
         g_strfreev(groups);
-        for (const std::string& name : names)
-            readGroup(name);
+        for (const char* const kind : {"situation", "files", "entry", "process", "expect"}) {
+            for (const std::string& name : names) {
+                if (name.substr(0, name.find(' ')) == kind)
+                    readGroup(kind, name);
+            }
+        }
     }
 
   private:
@@ -88,23 +92,20 @@ class Situation::Reader {
         return text.empty() ? otherwise : std::stoi(text);
     }
 
-    void readGroup(const std::string& name) {
+    void readGroup(const std::string& kind, const std::string& name) {
         group_ = name;
         keys_ = keysOf(name);
-        const std::string kind = name.substr(0, name.find(' '));
         const std::string rest = name.size() > kind.size() ? name.substr(kind.size() + 1) : "";
         if (kind == "situation")
             readSituation();
-        else if (kind == "process")
-            readProcess(std::stoi(rest));
-        else if (kind == "entry")
-            writeEntry(rest);
         else if (kind == "files")
             readFiles();
-        else if (kind == "expect")
-            readQuestion(rest);
+        else if (kind == "entry")
+            writeEntry(rest);
+        else if (kind == "process")
+            readProcess(std::stoi(rest));
         else
-            fail("is no kind of group");
+            readQuestion(rest, 0);
         if (!keys_.empty())
             fail("has the unknown key " + keys_.begin()->first);
     }
@@ -130,23 +131,31 @@ class Situation::Reader {
         if (g_shell_parse_argv(take("command", record.executable).c_str(), &count, &words, nullptr))
             record.arguments.assign(words, words + count);
         g_strfreev(words);
-        record.controlGroups = controlGroups();
-        record.sandbox = take("sandbox");
+        const ProcessRecord parent =
+            situation_.processes_.process(record.parent).value_or(ProcessRecord());
+        record.controlGroups = controlGroups(parent);
+        record.sandbox = take("sandbox", parent.sandbox);
         record.launchedEntry = take("launched");
         record.appImage = take("appimage");
         record.windows = parts(take("windows"), ';');
         if (!record.executable.empty() && !situation_.files_.scripts.contains(record.executable))
             situation_.files_.programs.insert(record.executable);
         situation_.processes_.records[pid] = record;
+        if (keys_.contains("name"))
+            readQuestion(std::to_string(pid), pid);
     }
 
-    std::string controlGroups() {
+    std::string controlGroups(const ProcessRecord& parent) {
         const std::string session = take("session");
         const std::string unit = take("unit");
+        const std::string user = "0::/user.slice/user-1000.slice/";
         if (!session.empty())
-            return "0::/user.slice/user-1000.slice/session-" + session + ".scope\n";
-        return "0::/user.slice/user-1000.slice/user@1000.service/" +
-               (unit.empty() ? "session.slice/desktop.service" : "app.slice/" + unit) + "\n";
+            return user + "session-" + session + ".scope\n";
+        if (!unit.empty())
+            return user + "user@1000.service/app.slice/" + unit + "\n";
+        return parent.controlGroups.empty()
+                   ? user + "user@1000.service/session.slice/desktop.service\n"
+                   : parent.controlGroups;
     }
 
     /// The keys as they stand make a desktop entry's file.
@@ -176,12 +185,10 @@ class Situation::Reader {
         }
     }
 
-    void readQuestion(const std::string& title) {
+    void readQuestion(const std::string& title, pid_t process) {
         Question question;
         question.title = title;
-        const bool isNumber =
-            std::ranges::all_of(title, [](char c) { return c >= '0' && c <= '9'; });
-        question.process = takeNumber("process", isNumber ? std::stoi(title) : 0);
+        question.process = process;
         question.sandbox = take("sandbox");
         question.client = {take("client-name"), take("client-id"), take("client-icon"),
                            take("client-binary")};
