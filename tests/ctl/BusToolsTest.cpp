@@ -145,6 +145,9 @@ TEST_F(BusToolsTest, TheDesktopActivatesIt) {
         gdbus(root, "org.freedesktop.Application.Activate", {"{'activation-token': <'x'>}"}).status,
         0);
     EXPECT_TRUE(logs("shows the window"));
+    const std::string before = log();
+    EXPECT_TRUE(does({"show"}));
+    EXPECT_TRUE(support::waitUntil([&] { return has(log().substr(before.size()), "the window"); }));
 }
 
 TEST(BusStrangersTest, AnotherUserIsRefusedEvenWhereTheBusLetsItIn) {

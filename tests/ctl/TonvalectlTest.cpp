@@ -246,9 +246,3 @@ TEST_F(TonvalectlTest, WhoCallsDuringTheStartIsAnswered) {
         EXPECT_EQ(tonvale_->stop(), 0);
     }
 }
-
-TEST_F(TonvalectlTest, BringsTheWindowToTheFront) {
-    startTonvale();
-    EXPECT_TRUE(does({"show"}));
-    EXPECT_TRUE(logs("shows the window"));
-}

@@ -46,9 +46,3 @@ TEST(BackupExclusion, IsNotFooledByWhatOnlyHasTheName) {
     ASSERT_EQ(::mkfifo(tag.c_str(), 0600), 0);
     EXPECT_FALSE(isExcludedFromBackups(folder.path())) << "and does not wait for a writer";
 }
-
-TEST(BackupExclusion, SaysWhyItCannot) {
-    EXPECT_FALSE(isExcludedFromBackups("/proc/nothing"));
-    EXPECT_FALSE(excludeFromBackups("/proc/nothing"));
-    EXPECT_EQ(errno, ENOENT);
-}

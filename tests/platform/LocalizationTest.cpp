@@ -27,17 +27,6 @@ class OneText : public QTranslator {
     bool isEmpty() const override { return false; }
 };
 
-class DefaultLocale {
-  public:
-    explicit DefaultLocale(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~DefaultLocale() { QLocale::setDefault(before_); }
-    DefaultLocale(const DefaultLocale&) = delete;
-    DefaultLocale& operator=(const DefaultLocale&) = delete;
-
-  private:
-    const QLocale before_;
-};
-
 QString qs(const char* text) {
     return QString::fromUtf8(text);
 }
@@ -107,7 +96,8 @@ TEST(Formatted, LeavesWhatItCannotFillAsItStands) {
 
 TEST(BinaryByteCount, RoundsToOneDecimalOfTheUnitThatSuits) {
     constexpr std::uint64_t kilo = 1024;
-    const DefaultLocale english(QLocale(QLocale::English, QLocale::UnitedStates));
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     expectAll({
         {binaryByteCount(0), "0 bytes"},
         {binaryByteCount(1), "1 byte"},
@@ -120,6 +110,7 @@ TEST(BinaryByteCount, RoundsToOneDecimalOfTheUnitThatSuits) {
         {binaryByteCount(16 * kilo * kilo * kilo), "16 GB"},
         {binaryByteCount(std::numeric_limits<std::uint64_t>::max()), "16 EB"},
     });
-    const DefaultLocale german(QLocale(QLocale::German, QLocale::Germany));
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     EXPECT_EQ(binaryByteCount(1536), qs("1,5 KB"));
+    QLocale::setDefault(before);
 }

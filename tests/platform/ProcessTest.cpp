@@ -15,25 +15,6 @@
 #include <unistd.h>
 #include <vector>
 
-TEST(ProcessInfo, KnowsThisProcessAndNothingOfOneThatIsGone) {
-    EXPECT_EQ(platform::executablePath(::getpid()),
-              std::filesystem::read_symlink("/proc/self/exe").string());
-    EXPECT_EQ(platform::processUser(::getpid()), ::geteuid());
-    EXPECT_FALSE(platform::commandName(::getpid())->empty());
-
-    support::ChildProcess child({"sleep", "60"});
-    EXPECT_TRUE(support::waitUntil([&] { return platform::commandName(child.pid()) == "sleep"; }));
-    EXPECT_GE(platform::processStartTime(child.pid()), platform::processStartTime(::getpid()));
-    EXPECT_LE(platform::processStartTime(child.pid()), platform::ticksSinceBoot());
-    EXPECT_EQ(platform::processNumbers(child.pid()), std::vector{child.pid()});
-    EXPECT_FALSE(platform::controlGroups(child.pid()).empty());
-    child.stop(SIGKILL);
-    EXPECT_EQ(platform::executablePath(child.pid()), std::nullopt);
-    EXPECT_EQ(platform::processStartTime(child.pid()), std::nullopt);
-    EXPECT_EQ(platform::processUser(child.pid()), std::nullopt);
-    EXPECT_THAT(platform::processNumbers(child.pid()), testing::IsEmpty());
-}
-
 TEST(ProcessInfo, SeesTheFilesOfAProcessButWaitsForNone) {
     const support::PrivateFolder folder;
     const auto seen = [&folder](const char* name) {

@@ -1,5 +1,4 @@
 #include "platform/processes/StreamProcess.h"
-#include "platform/processes/ProcessInfo.h"
 #include "platform/processes/ProcessSandbox.h"
 
 #include <gtest/gtest.h>
@@ -303,15 +302,6 @@ TEST(StreamProcess, TheClientsClaimsCountWhereTheNodeMakesNone) {
     EXPECT_EQ(claims.id, "id");
     EXPECT_EQ(claims.icon, "icon");
     EXPECT_EQ(claims.application, "");
-}
-
-TEST(StreamProcess, TheKernelKnowsThisProcess) {
-    StreamEvidence evidence = native(std::to_string(::getpid()));
-    evidence.appeared = platform::ticksSinceBoot();
-    const auto process = identifyStream(evidence);
-    ASSERT_TRUE(process);
-    EXPECT_EQ(process->pid, static_cast<std::uint32_t>(::getpid()));
-    EXPECT_EQ(process->startTime, platform::processStartTime(::getpid()));
 }
 
 TEST(ProcessSandbox, IsReadFromItsDescriptionElseFromTheControlGroup) {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sched.h>
 #include <string_view>
 
 namespace {
@@ -59,23 +58,6 @@ TEST(SystemFacts, SurviveADamagedListOfProcessors) {
         machine.write("sys/devices/system/cpu/online", list);
         EXPECT_GE(platform::availableProcessorCount(machine.root()), 1U) << list;
     }
-}
-
-TEST(SystemFacts, KnowWhereThisProcessMayRun) {
-    cpu_set_t before;
-    ASSERT_EQ(::sched_getaffinity(0, sizeof(before), &before), 0);
-    EXPECT_EQ(platform::activeProcessorCount(), static_cast<unsigned>(CPU_COUNT(&before)));
-    EXPECT_LE(platform::activeProcessorCount(), platform::availableProcessorCount());
-    EXPECT_LE(platform::physicalProcessorCount(), platform::availableProcessorCount());
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    for (unsigned number = 0; CPU_COUNT(&one) == 0; ++number) {
-        if (CPU_ISSET(number, &before))
-            CPU_SET(number, &one);
-    }
-    ASSERT_EQ(::sched_setaffinity(0, sizeof(one), &one), 0);
-    EXPECT_EQ(platform::activeProcessorCount(), 1U);
-    ASSERT_EQ(::sched_setaffinity(0, sizeof(before), &before), 0);
 }
 
 TEST(SystemFacts, TellTheFrequencyThatTheFastestProcessorCanReach) {

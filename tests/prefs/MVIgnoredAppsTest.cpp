@@ -151,7 +151,6 @@ TEST_F(MVIgnoredAppsTest, TakesOverWhatIsStoredAndDropsWhatItDoesNotKnow) {
         {"other case", QVariantList{"finder"}, {}, {}, true, {}},
         {"unknown names", QVariantList{"Gone", "Finder"}, {}, {}, false, {"Finder"}},
         {"text", "Finder", "Player", {}, true, {}},
-        {"number", 1, 2.5, {}, true, {}},
         {"dictionary", QVariantMap{{"Finder", true}}, QVariantMap{{"a", "b"}}, {}, true, {}},
         {"mixed arrays",
          QVariantList{1, QVariantList{"Dock"}, "Finder"},

@@ -1,9 +1,6 @@
 #include "support/ChildProcess.h"
 #include "support/PrivateFolder.h"
 #include "support/SinkRecorder.h"
-#include "support/WaitUntil.h"
-
-#include "platform/loop/RunLoop.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -17,7 +14,6 @@
 namespace support {
 namespace {
 
-using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 TEST(TestEnvironment, KeepsEveryFolderOfTheProgramInsideItsOwn) {
@@ -34,15 +30,6 @@ TEST(TestEnvironment, KeepsEveryFolderOfTheProgramInsideItsOwn) {
     EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
 }
 
-TEST(WaitUntil, ServesTheRunLoopAndGivesUpAtItsBound) {
-    platform::RunLoop loop;
-    bool called = false;
-    std::thread other([&] { loop.post([&] { called = true; }); });
-    EXPECT_TRUE(waitUntil([&] { return called; }));
-    other.join();
-    EXPECT_FALSE(waitUntil([] { return false; }, 1ms));
-}
-
 TEST(ChildProcess, BeginsWithDefaultSignalsAndOnlyTheStandardDescriptors) {
     const PrivateFolder folder;
     const auto previous = std::signal(SIGTERM, SIG_IGN);
@@ -54,14 +41,6 @@ TEST(ChildProcess, BeginsWithDefaultSignalsAndOnlyTheStandardDescriptors) {
     EXPECT_EQ(result.status, 128 + SIGTERM);
     EXPECT_EQ(result.output.substr(0, 10), "/dev/null\n");
     EXPECT_EQ(result.output.find("leaked"), std::string::npos) << result.output;
-}
-
-TEST(ChildProcess, IsStoppedEvenWhenItIsSuspended) {
-    ChildProcess child({"sleep", "1000"});
-    EXPECT_TRUE(child.isRunning());
-    child.signal(SIGSTOP);
-    EXPECT_EQ(child.stop(), 128 + SIGTERM);
-    EXPECT_FALSE(child.isRunning());
 }
 
 TEST(ChildProcess, DiesWithTheThreadThatStartedIt) {

@@ -1,5 +1,4 @@
 #include "LogFixture.h"
-#include "framework/log/LineComposer.h"
 #include "framework/log/LogPrefixes.h"
 
 #include "support/ManualClock.h"
@@ -198,16 +197,6 @@ TEST_F(LogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
     EXPECT_EQ(contentOf(path("prefixes.log")), "2014-03-07 08:00:00 +000\n"
                                                ":41:05.0  : [I] import (2) begins\n"
                                                ":41:05.0  : [I] elsewhere\n");
-}
-
-TEST_F(LogTest, LevelsBeyondTheTableHaveATagOfTheirOwn) {
-    const ScopedVariable zone("TZ", "UTC0");
-    QN::log::LineComposer composer;
-    composer.compose(3, morning, "date line");
-    composer.confirm();
-    EXPECT_EQ(composer.compose(17, morning, "text"), ":41:05.0  : [T] text\n");
-    EXPECT_EQ(composer.compose(0xFFFFFFFE, morning, "text"), ":41:05.0  : [T] text\n");
-    EXPECT_EQ(composer.compose(16, morning, "text"), ":41:05.0  : text\n");
 }
 
 // Whoever closes writes what waits: the pool's threads may all be busy, with closing for example.

@@ -177,19 +177,6 @@ TEST_F(MonitorTest, TellsOnceThatAnItemCannotBeMonitoredAndForgetsTheObserverWhe
     }
 }
 
-TEST_F(MonitorTest, WatchesTheFileThatAUrlStandsFor) {
-    const std::string file = makeFile("with space");
-    Calls calls;
-    const auto observer =
-        Monitor::addObserverForItem("file://" + path("with%20space"), queue, calls.handler());
-    append(file);
-    settle();
-    EXPECT_EQ(calls.kinds(), Kinds{changed});
-    EXPECT_TRUE(observer->description().starts_with("QNItemContentChangeProxy<0x"));
-    EXPECT_TRUE(observer->description().ends_with(">: file://" + path("with%20space")));
-    remove(observer);
-}
-
 TEST_F(MonitorTest, ATriggeredChangeGoesToAllObserversOfAnEqualItemEachOnItsQueue) {
     const std::string file = makeFile("file");
     const auto otherQueue = platform::DispatchQueue::makeSerial("com.quarnel.test.other");

@@ -113,7 +113,7 @@ TEST_F(DesktopEntriesTest, OfAnEarlierFolderTakeThePlaceOfLaterOnes) {
 }
 
 TEST_F(DesktopEntriesTest, AreReadAgainOnlyWhenTheyHaveChangedOrTheLanguageHas) {
-    write(first_ / "a.desktop", "a", "Name[de]=ah\nName[pt_BR]=oh\n");
+    write(first_ / "a.desktop", "a", "Name[de]=ah\nName[de_AT]=eh\nName[pt_BR]=oh\n");
     DesktopEntries entries({first_}, {}, files_);
     const std::uint64_t before = entries.generation();
     const DesktopEntry* const entry = entries.find("a");
@@ -123,8 +123,13 @@ TEST_F(DesktopEntriesTest, AreReadAgainOnlyWhenTheyHaveChangedOrTheLanguageHas) 
     entries.setLanguages("de_CH.UTF-8");
     EXPECT_EQ(nameOf(entries, "a"), "ah");
     EXPECT_GT(entries.generation(), before);
-    for (const auto& [language, name] :
-         {std::pair("pt-BR", "oh"), {"en:de", "a"}, {"fr:de", "ah"}, {"C", "a"}, {"", "a"}}) {
+    for (const auto& [language, name] : {std::pair("pt-BR", "oh"),
+                                         {"de_AT:fr", "eh"},
+                                         {"de_AT@euro", "eh"},
+                                         {"en:de", "a"},
+                                         {"fr:de", "ah"},
+                                         {"C", "a"},
+                                         {"", "a"}}) {
         entries.setLanguages(language);
         EXPECT_EQ(nameOf(entries, "a"), name) << language;
     }
