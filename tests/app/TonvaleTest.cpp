@@ -1,5 +1,4 @@
 #include "comm/MVCommSocketPath.h"
-#include "platform/bus/DistributedNotification.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
 #include "support/Files.h"
@@ -77,13 +76,6 @@ TEST_F(TonvaleTest, EveryTerminationSignalEndsItCleanlyWithTheSocketGone) {
     }
 }
 
-TEST_F(TonvaleTest, ReplacesTheSocketOfAProgramThatWasKilled) {
-    start()->stop(SIGKILL);
-    ASSERT_TRUE(std::filesystem::exists(socket_));
-    ASSERT_FALSE(isServed());
-    start();
-}
-
 TEST_F(TonvaleTest, GoesOnAndTellsThePersonWhenTheSocketCannotBeServed) {
     const QString usual = QString::fromStdString(folder_.path() / "usual.png");
     const QString told = QString::fromStdString(folder_.path() / "told.png");
@@ -109,24 +101,6 @@ TEST_F(TonvaleTest, ThePreferencesHoldTheMessageLanguageBeforeAPluginCanConnect)
         EXPECT_NE(contentOf(preferences).find(std::string("<string>") + language),
                   std::string::npos);
     }
-}
-
-TEST_F(TonvaleTest, LogsWhatAPersonStartsAndEnds) {
-    const support::ScopedVariable data("XDG_DATA_HOME", path("data"));
-    const support::ScopedVariable all("LC_ALL", "de_DE.UTF-8");
-    std::filesystem::create_directories(path("data/applications"));
-    std::filesystem::copy_file("/bin/sleep", path("quiet"));
-    std::ofstream(path("data/applications/quiet.desktop"))
-        << "[Desktop Entry]\nType=Application\nName=Quiet\nName[de]=Still\nExec=" << path("quiet")
-        << " 600\n";
-    const auto program = start();
-    ChildProcess quiet({path("quiet"), "600"});
-    support::ScriptedPlugin plugin(socket_);
-    plugin.checkIn(4711, "player"); // which is a reason to look
-    EXPECT_TRUE(logs("'Still' launched"));
-    quiet.stop();
-    EXPECT_TRUE(logs("'Still' quit"));
-    endWell(*program);
 }
 
 TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
@@ -157,16 +131,6 @@ TEST_F(TonvaleTest, PrintsTheVersionThatItsBundleStates) {
     EXPECT_NE(help.output().find("--debug"), std::string::npos);
     EXPECT_FALSE(isServed()) << "nothing is started";
     EXPECT_FALSE(std::filesystem::exists(path("state"))) << "and nothing written";
-}
-
-TEST_F(TonvaleTest, AnnouncesItsLaunchOnTheSessionBus) {
-    const support::PrivateBus bus;
-    int announcements = 0;
-    const platform::DistributedNotificationObserver observer("com.quarnel.mivo.guiDidLaunch",
-                                                             [&] { ++announcements; });
-    ASSERT_TRUE(observer.isActive());
-    const auto program = start();
-    EXPECT_TRUE(support::waitUntil([&] { return announcements == 1; })) << program->output();
 }
 
 TEST_F(TonvaleTest, TheFirstStartMakesPrivateFoldersAndALogAndTheNextOneKeepsThat) {

@@ -45,15 +45,3 @@ TEST_F(DefaultVolumeTest, IsForProgramsThatWereNeverSeenOrSet) {
     EXPECT_EQ(programJson("last")["volume"], 100);
     EXPECT_EQ(programJson("late")["volume"], 30) << "what was set stays";
 }
-
-TEST_F(DefaultVolumeTest, WhoIsSeenIsKnownAfterARestart) {
-    startTonvale();
-    checkIn(pid, "player");
-    EXPECT_EQ(tonvale_->stop(), 0);
-    plugins_.clear();
-    startTonvale();
-    EXPECT_TRUE(does({"default", "0"}));
-    auto& plugin = checkIn(pid, "player");
-    EXPECT_EQ(programJson("player")["volume"], 100);
-    EXPECT_EQ(takeCommands(plugin, pid), "");
-}

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <stdexcept>
 
 using support::BusConnection;
@@ -45,14 +44,4 @@ TEST(ResumeObserver, HearsOfEachWakingFromLogindOnly) {
     observing.settle();
     EXPECT_EQ(resumed, 2);
     EXPECT_EQ(log.count("from a handler"), 2U);
-}
-
-TEST(ResumeObserver, SaysOnceThatTheBusHasGone) {
-    std::optional<support::PrivateBus> bus(std::in_place);
-    const BusConnection leaving(bus->address());
-    const support::SystemLogRecorder log;
-    const platform::ResumeObserver observer([] {}, *leaving);
-    bus.reset();
-    EXPECT_TRUE(support::waitUntil([&] { return !log.lines().empty(); }));
-    EXPECT_EQ(log.count("The system bus has gone"), 1U);
 }

@@ -5,8 +5,7 @@
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopNotifier.h"
 #include "support/ChildProcess.h"
-#include "support/PrivateBus.h"
-#include "support/SystemdManager.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -38,11 +37,11 @@ class WorkspaceTest : public testing::Test {
         return program;
     }
 
-    void begin(const QDBusConnection& bus = QDBusConnection("no such bus")) {
+    void begin() {
         auto scan =
             std::make_shared<platform::ApplicationScan>(platform::ApplicationScan::Surroundings{
                 {entries_}, {"de_DE", {}}, platform::SessionOfUser::current()});
-        workspace_.emplace(loop_, std::move(scan), bus);
+        workspace_.emplace(loop_, std::move(scan), QDBusConnection("no such bus"));
         workspace_->setTileColors({Qt::yellow, Qt::black});
         workspace_->setRunningApplicationsHandler([this] { ++changes_; });
         ASSERT_FALSE(workspace_->runningApplications()) << "not known yet";
@@ -96,21 +95,6 @@ TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItK
     EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), Qt::red);
     EXPECT_EQ(workspace_->whyNamed(asked), "This application starts the program.");
     EXPECT_EQ(middleOf(workspace_->genericApplicationIcon()), Qt::red);
-}
-
-TEST_F(WorkspaceTest, HearsFromSystemdThatAnApplicationHasComeAndFromTheKernelThatItHasGone) {
-    const support::PrivateBus bus;
-    support::SystemdManager manager(QString::fromStdString(bus.address()));
-    const std::string program = install("player");
-    const support::BusConnection connection(bus.address());
-    begin(*connection);
-    ASSERT_TRUE(waitUntil([&] { return workspace_->hearsOfUnits(); }));
-    ChildProcess player({program, "600"});
-    manager.say("UnitNew", "app-player-1.scope");
-    EXPECT_TRUE(comesToRun({"Der player"}));
-    player.stop();
-    EXPECT_TRUE(comesToRun({}));
-    workspace_.reset();
 }
 
 TEST_F(WorkspaceTest, LooksWhenItIsAskedToAndReadsEntriesThatHaveComeMeanwhile) {

@@ -1,16 +1,11 @@
 #include "prefs/MVIgnoredApps.h"
 
-#include "comm/MVComm.h"
 #include "platform/bus/NotificationCenter.h"
-#include "platform/loop/RunLoop.h"
-#include "platform/values/PropertyList.h"
 #include "platform/values/UserDefaults.h"
 #include "prefs/IgnoredNames.h"
 #include "prefs/MVIgnoredApp.h"
 #include "support/PrivateFolder.h"
-#include "support/ScriptedPlugin.h"
 #include "support/SystemLogRecorder.h"
-#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -122,21 +117,6 @@ TEST_F(MVIgnoredAppsTest, EveryChangeIsStoredAndToldAndSomeGoToThePlugins) {
     EXPECT_FALSE(defaults_.value(customKey).isValid());
 }
 
-TEST_F(MVIgnoredAppsTest, ThePreferencesAreInPlaceWhenAnybodyIsTold) {
-    MVIgnoredApps apps(defaults_);
-    int checked = 0;
-    const auto check = [&] {
-        EXPECT_EQ(defaults_.list(customKey), QVariantList{"Player"});
-        EXPECT_TRUE(apps.isAppIgnored("Player"));
-        ++checked;
-    };
-    const platform::NotificationObserver observer(MVIgnoredApps::didChangeNotification,
-                                                  [&](const QVariant&) { check(); });
-    MVIgnoredApps::setPluginNotifier(check);
-    apps.addCustomIgnore("Player");
-    EXPECT_EQ(checked, 2);
-}
-
 TEST_F(MVIgnoredAppsTest, TakesOverWhatIsStoredAndDropsWhatItDoesNotKnow) {
     const struct {
         const char* what;
@@ -207,28 +187,4 @@ TEST_F(MVIgnoredAppsTest, LogsEachChangeInOneHarmlessLine) {
     EXPECT_EQ(texts, (std::vector<std::string>{
                          "Added custom 'a\\nb\\u202e'", "Removed custom 'a\\nb\\u202e'",
                          "Disabled built-in 'Dock'", "Enabled built-in 'Dock'"}));
-}
-
-TEST_F(MVIgnoredAppsTest, WithoutANotifierEveryPluginIsTold) {
-    auto& loop = *new platform::RunLoop; // lives as long as the shared façade
-    const support::PrivateFolder folder;
-    const std::string path = folder.path() / "socket";
-    MVIgnoredApps::setPluginNotifier(nullptr);
-    MVComm& comm = MVComm::sharedComm();
-    ASSERT_TRUE(comm.addCommForPath(QString::fromStdString(path)));
-    support::ScriptedPlugin plugin(path);
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(support::waitUntil([&] { return !comm.connectionProcesses().isEmpty(); }));
-    loop.turn();
-
-    MVIgnoredApps apps(defaults_);
-    apps.addCustomIgnore("player");
-    apps.removeCustomIgnore("player");
-    comm.shutdown(); // waits for what is being sent
-    const auto commands = plugin.takeCommands();
-    ASSERT_EQ(commands.size(), 1U);
-    EXPECT_EQ(commands[0].type, 11);
-    EXPECT_EQ(commands[0].pid, 0);
-    EXPECT_EQ(commands[0].reserved, 0);
-    EXPECT_EQ(commands[0].value, 0);
 }
