@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <memory>
 #include <optional>
-#include <poll.h>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -281,37 +280,6 @@ TEST(RunLoop, ServesPostsOfOtherThreadsInTheirOrderUntilItIsStopped) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(next, (std::array<int, 2>{perThread, perThread}));
-}
-
-// The loop of a dialog waits on the descriptor; nothing else wakes it.
-TEST(RunLoop, WakesUpACallbacksOwnLoopForTimersStartedBefore) {
-    RunLoop loop;
-    bool reset = false;
-    Timer resetTimer(loop, [&] { reset = true; });
-    const auto openDialog = [&] {
-        pollfd wait{loop.descriptor(), POLLIN, 0};
-        while (!reset && ::poll(&wait, 1, 20000) == 1)
-            loop.turn();
-        loop.stop();
-    };
-    Timer opener(loop, openDialog);
-    resetTimer.start(20ms);
-    opener.start(1ms);
-    loop.run();
-    EXPECT_TRUE(reset) << "opened by a timer";
-
-    reset = false;
-    const Bell bell;
-    const auto source = RunLoopSource::create(loop, bell.descriptor(), RunLoopSource::reading, [&] {
-        bell.silence();
-        openDialog();
-    });
-    resetTimer.start(0ms);
-    pollfd due{loop.descriptor(), POLLIN, 0};
-    ASSERT_EQ(::poll(&due, 1, 20000), 1); // so that timer and source are ready in the same turn
-    bell.ring();
-    loop.run();
-    EXPECT_TRUE(reset) << "opened by a source";
 }
 
 TEST(RunLoop, ARefusedSourceLeavesTheOneThatWatchesTheDescriptorAlone) {

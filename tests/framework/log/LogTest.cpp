@@ -21,6 +21,12 @@ std::chrono::sys_seconds at(int year, unsigned month, unsigned day, std::chrono:
 
 const auto morning = at(2014, 3, 7, 8h + 41min + 5s); // UTC
 
+/// It is eight in the morning.
+class TimedLogTest : public LogTest {
+    const ScopedVariable zone_{"TZ", "UTC0"};
+    const ManualTimeOfDay time_{morning};
+};
+
 void log(const Log& to, std::uint32_t level, const char* text) {
     qnlog_msg(to.get(), level, "%s", text);
 }
@@ -105,9 +111,7 @@ TEST_F(LogTest, AChangeOfZoneGivesADateLineAndAnotherYearNone) {
 )");
 }
 
-TEST_F(LogTest, LevelsChangeInOrderWithTheMessages) {
-    const ScopedVariable zone("TZ", "UTC0");
-    ManualTimeOfDay time(morning);
+TEST_F(TimedLogTest, LevelsChangeInOrderWithTheMessages) {
     {
         const Log file = openLog(path("levels.log"));
         log(file, qnlog_debug, "not yet");
@@ -140,9 +144,7 @@ TEST_F(LogTest, LevelsChangeInOrderWithTheMessages) {
 )");
 }
 
-TEST_F(LogTest, AnOldFileIsContinuedAndTheFirstMessageHasADateLineAllTheSame) {
-    const ScopedVariable zone("TZ", "UTC0");
-    const ManualTimeOfDay time(morning);
+TEST_F(TimedLogTest, AnOldFileIsContinuedAndTheFirstMessageHasADateLineAllTheSame) {
     for (const char* const text : {"first run", "second run"})
         log(openLog(path("continued.log"), QNLOG_BOM), 3, text);
     EXPECT_EQ(contentOf(path("continued.log")), std::string(mark) + "2014-03-07 08:00:00 +000\n"
@@ -151,9 +153,7 @@ TEST_F(LogTest, AnOldFileIsContinuedAndTheFirstMessageHasADateLineAllTheSame) {
                                                                     ":41:05.0  : [I] second run\n");
 }
 
-TEST_F(LogTest, NoTextDisturbsALineOrATerminal) {
-    const ScopedVariable zone("TZ", "UTC0");
-    const ManualTimeOfDay time(morning);
+TEST_F(TimedLogTest, NoTextDisturbsALineOrATerminal) {
     const std::string big(100'000, 'x'); // more than a chunk
     {
         const Log file = openLog(path("hostile.log"));
@@ -179,10 +179,8 @@ TEST_F(LogTest, NoTextDisturbsALineOrATerminal) {
                   big + "\n");
 }
 
-TEST_F(LogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
+TEST_F(TimedLogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
     namespace prefixes = QN::log::prefixes;
-    const ScopedVariable zone("TZ", "UTC0");
-    const ManualTimeOfDay time(morning);
     std::uint64_t number = 0;
     {
         const Log file = openLog(path("prefixes.log"));

@@ -48,11 +48,32 @@ class Calls {
     std::vector<QNItemContentChangeKind> kinds_; // guarded by mutex_
 };
 
+/// An observer of an item, which keeps what it is told and goes with the object.
+class Watch : public Calls {
+  public:
+    Watch(WatchedItem item, const QNItemContentChangeMonitor::Queue& queue)
+        : observer_(QNItemContentChangeMonitor::addObserverForObject(std::move(item), queue,
+                                                                     handler())) {}
+    /// Waits until it can be told nothing any more.
+    ~Watch() {
+        QNItemContentChangeMonitor::removeObserver(observer_);
+        EXPECT_TRUE(support::waitUntil([&] {
+            platform::drainMainQueue();
+            return observer_.use_count() == 1; // the monitor has forgotten it
+        }));
+        observer_->queue()->sync([] {});
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    QNItemContentChangeProxy* operator->() const { return observer_.get(); }
+
+  private:
+    const QNItemContentChangeMonitor::Observer observer_;
+};
+
 /// A folder to work in and a queue for handlers.
 class MonitorTest : public testing::Test {
-  public:
-    ~MonitorTest() override { remove(sentinel_); }
-
   protected:
     std::string path(const std::string& name) const { return folder_.path() / name; }
 
@@ -74,22 +95,12 @@ class MonitorTest : public testing::Test {
     /// `queue`: events come in order, so a second file's are waited for.
     void settle() {
         for (int i = 0; i < 2; ++i) { // what is due by the clock is served after the events
-            const std::size_t before = sentinelCalls_.count(QNItemContentChanged);
+            const std::size_t before = sentinel_.count(QNItemContentChanged);
             append(sentinelFile_);
-            ASSERT_TRUE(support::waitUntil(
-                [&] { return sentinelCalls_.count(QNItemContentChanged) > before; }));
+            ASSERT_TRUE(
+                support::waitUntil([&] { return sentinel_.count(QNItemContentChanged) > before; }));
             queue->sync([] {});
         }
-    }
-
-    /// Removes an observer and waits until it can make no call any more.
-    static void remove(const QNItemContentChangeMonitor::Observer& observer) {
-        QNItemContentChangeMonitor::removeObserver(observer);
-        EXPECT_TRUE(support::waitUntil([&] {
-            platform::drainMainQueue();
-            return observer.use_count() == 1; // the monitor has forgotten it
-        }));
-        observer->queue()->sync([] {});
     }
 
     static std::ptrdiff_t openDescriptors() {
@@ -102,8 +113,5 @@ class MonitorTest : public testing::Test {
   private:
     const support::PrivateFolder folder_;
     const std::string sentinelFile_ = makeFile("sentinel");
-    Calls sentinelCalls_;
-    const QNItemContentChangeMonitor::Observer sentinel_ =
-        QNItemContentChangeMonitor::addObserverForPath(sentinelFile_, queue,
-                                                       sentinelCalls_.handler());
+    const Watch sentinel_{WatchedItem::path(sentinelFile_), queue};
 };

@@ -70,12 +70,10 @@ TEST_F(MonitorTest, TellsOnceWhenAFileLosesItsName) {
         SCOPED_TRACE(each.name);
         const std::string file = makeFile("file");
         const FileDescriptor holder = each.held ? openedForReading(file) : FileDescriptor();
-        Calls calls;
-        const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
+        const Watch watch(WatchedItem::path(file), queue);
         each.act(file);
         settle();
-        EXPECT_EQ(calls.kinds(), Kinds{gone});
-        remove(observer);
+        EXPECT_EQ(watch.kinds(), Kinds{gone});
     }
 }
 
@@ -98,54 +96,44 @@ TEST_F(MonitorTest, AFoldersContentIsItsEntries) {
         SCOPED_TRACE(each.name);
         const std::string folder = makeFolder("folder");
         append(folder + "/entry");
-        Calls calls;
-        const auto observer = Monitor::addObserverForPath(folder, queue, calls.handler());
+        const Watch watch(WatchedItem::path(folder), queue);
         each.act(folder);
         settle();
         if (each.kind == QNItemContentChangeKind{})
-            EXPECT_EQ(calls.kinds(), Kinds{});
+            EXPECT_EQ(watch.kinds(), Kinds{});
         else // a renaming inside may be told as one change or as two
-            EXPECT_TRUE(!calls.kinds().empty() && calls.count(each.kind) == calls.kinds().size());
-        remove(observer);
+            EXPECT_TRUE(!watch.kinds().empty() && watch.count(each.kind) == watch.kinds().size());
     }
 }
 
 TEST_F(MonitorTest, ARemovedFolderIsGoneAlthoughSomebodyWorksInIt) {
     const std::string folder = makeFolder("folder");
     FileDescriptor holder = openedForReading(folder);
-    Calls calls;
-    Calls descriptorCalls;
-    const Monitor::Observer observers[] = {
-        Monitor::addObserverForPath(folder, queue, calls.handler()),
-        Monitor::addObserverForFileDescriptor(holder.get(), queue, descriptorCalls.handler())};
+    const Watch byName(WatchedItem::path(folder), queue);
+    const Watch byDescriptor(WatchedItem::descriptor(holder.get()), queue);
     fs::remove(makeFolder("sibling")); // concerns nobody
     fs::remove(folder);
     settle();
-    EXPECT_EQ(descriptorCalls.kinds(), Kinds{gone});
+    EXPECT_EQ(byDescriptor.kinds(), Kinds{gone});
     holder.reset(); // now it is destroyed, which has been told
     settle();
-    EXPECT_EQ(calls.kinds(), Kinds{gone});
-    for (const auto& observer : observers)
-        remove(observer);
+    EXPECT_EQ(byName.kinds(), Kinds{gone});
 }
 
 TEST_F(MonitorTest, ADescriptorsFileIsGoneWithItsLastNameAndTheDescriptorStaysOpen) {
     const std::string file = makeFile("file");
     const FileDescriptor opened = openedForReading(file);
-    Calls calls;
-    const auto observer =
-        Monitor::addObserverForFileDescriptor(opened.get(), queue, calls.handler());
-    append(file);
-    settle();
-    EXPECT_EQ(calls.kinds(), Kinds{changed});
-    fs::create_hard_link(file, file + ".other");
-    fs::remove(file);
-    settle();
-    EXPECT_EQ(calls.kinds(), Kinds{changed}); // it has a name still
-    fs::remove(file + ".other");
-    settle();
-    EXPECT_EQ(calls.kinds(), (Kinds{changed, gone}));
-    remove(observer);
+    {
+        const Watch watch(WatchedItem::descriptor(opened.get()), queue);
+        append(file);
+        fs::create_hard_link(file, file + ".other");
+        fs::remove(file);
+        settle();
+        EXPECT_EQ(watch.kinds(), Kinds{changed}); // it has a name still
+        fs::remove(file + ".other");
+        settle();
+        EXPECT_EQ(watch.kinds(), (Kinds{changed, gone}));
+    }
     EXPECT_NE(::fcntl(opened.get(), F_GETFD), -1);
 }
 
@@ -169,49 +157,38 @@ TEST_F(MonitorTest, TellsOnceThatAnItemCannotBeMonitoredAndForgetsTheObserverWhe
     };
     for (const WatchedItem& item : items) {
         SCOPED_TRACE(item.description());
-        Calls calls;
-        const auto observer = Monitor::addObserverForObject(item, queue, calls.handler());
+        const Watch watch(item, queue);
         settle();
-        EXPECT_EQ(calls.kinds(), Kinds{notMonitored});
-        remove(observer);
+        EXPECT_EQ(watch.kinds(), Kinds{notMonitored});
     }
 }
 
-TEST_F(MonitorTest, ATriggeredChangeGoesToAllObserversOfAnEqualItemEachOnItsQueue) {
-    const std::string file = makeFile("file");
+TEST_F(MonitorTest, ATriggeredChangeGoesToAllObserversOfAnEqualItem) {
+    const WatchedItem item = WatchedItem::path(makeFile("file"));
     const auto otherQueue = platform::DispatchQueue::makeSerial("com.quarnel.test.other");
-    std::atomic<int> own = 0;
-    std::atomic<int> others = 0;
-    Calls unequal;
-    const Monitor::Observer observers[] = {
-        Monitor::addObserverForPath(file, queue, [&](auto&, auto) { own += queue->isCurrent(); }),
-        Monitor::addObserverForPath(file, otherQueue,
-                                    [&](auto&, auto) { others += otherQueue->isCurrent(); }),
-        Monitor::addObserverForItem("file://" + file, queue, unequal.handler()),
-    };
-    Monitor::triggerChangeForItem(WatchedItem::path(file));
-    EXPECT_TRUE(support::waitUntil([&] { return own == 1 && others == 1; }));
+    const Watch own(item, queue);
+    const Watch others(item, otherQueue);
+    const Watch unequal(WatchedItem::url("file://" + path("file")), queue);
+    Monitor::triggerChangeForItem(item);
+    EXPECT_TRUE(support::waitUntil(
+        [&] { return own.kinds() == Kinds{changed} && others.kinds() == Kinds{changed}; }));
     EXPECT_EQ(unequal.kinds(), Kinds{});
-    for (const auto& observer : observers)
-        remove(observer);
 }
 
 TEST_F(MonitorTest, RemovesAllObserversOfOneQueue) {
     const std::string file = makeFile("file");
     const auto otherQueue = platform::DispatchQueue::makeSerial("com.quarnel.test.other");
-    Calls ours;
+    const Watch left(WatchedItem::path(file), queue);
     Calls others;
-    std::weak_ptr<QNItemContentChangeProxy> removed =
+    const std::weak_ptr<QNItemContentChangeProxy> removed =
         Monitor::addObserverForPath(file, otherQueue, others.handler());
-    const auto left = Monitor::addObserverForPath(file, queue, ours.handler());
     Monitor::removeAllObserversUsingQueue(nullptr);
     Monitor::removeAllObserversUsingQueue(otherQueue);
     EXPECT_TRUE(support::waitUntil([&] { return removed.expired(); }));
     append(file);
     settle();
-    EXPECT_EQ(ours.kinds(), Kinds{changed});
+    EXPECT_EQ(left.kinds(), Kinds{changed});
     EXPECT_EQ(others.kinds(), Kinds{});
-    remove(left);
 }
 
 TEST_F(MonitorTest, AHandlerMayThrowAndRemoveItsOwnObserverTwice) {
@@ -244,29 +221,20 @@ TEST_F(MonitorTest, AHandlerMayThrowAndRemoveItsOwnObserverTwice) {
 
 TEST_F(MonitorTest, AnObserverWithoutAQueueIsCalledOnTheMainQueue) {
     const std::string file = makeFile("file");
-    Calls calls;
-    auto observer = Monitor::addObserverForPath(file, nullptr, calls.handler());
+    const Watch watch(WatchedItem::path(file), nullptr);
     append(file);
     settle();
-    EXPECT_EQ(calls.kinds(), Kinds{});
+    EXPECT_EQ(watch.kinds(), Kinds{});
     platform::drainMainQueue();
-    EXPECT_EQ(calls.kinds(), Kinds{changed});
-    const std::weak_ptr<QNItemContentChangeProxy> watcher = observer;
-    Monitor::removeObserver(std::exchange(observer, nullptr));
-    EXPECT_FALSE(watcher.expired()) << "it goes in its turn";
-    EXPECT_TRUE(support::waitUntil([&] {
-        platform::drainMainQueue();
-        return watcher.expired();
-    }));
+    EXPECT_EQ(watch.kinds(), Kinds{changed});
     Monitor::removeObserver(nullptr);
 }
 
 TEST_F(MonitorTest, CoalescingMakesOneCallOfABurstAtTheDeadlineOfItsFirstWrite) {
     support::ManualClock clock;
     const std::string file = makeFile("file");
-    Calls calls;
-    const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
-    observer->setContentChangeCoalesceInterval(1);
+    const Watch watch(WatchedItem::path(file), queue);
+    watch->setContentChangeCoalesceInterval(1);
     for (int burst = 1; burst <= 2; ++burst) {
         for (int i = 0; i < 10; ++i) {
             append(file);
@@ -274,28 +242,25 @@ TEST_F(MonitorTest, CoalescingMakesOneCallOfABurstAtTheDeadlineOfItsFirstWrite) 
             clock.advance(99ms);
         }
         settle();
-        EXPECT_EQ(calls.kinds().size(), burst - 1U);
+        EXPECT_EQ(watch.kinds().size(), burst - 1U);
         clock.advance(10ms);
-        EXPECT_TRUE(support::waitUntil([&] { return calls.count(changed) == std::size_t(burst); }));
+        EXPECT_TRUE(support::waitUntil([&] { return watch.count(changed) == std::size_t(burst); }));
         clock.advance(10s);
         settle();
-        EXPECT_EQ(calls.kinds().size(), std::size_t(burst));
+        EXPECT_EQ(watch.kinds().size(), std::size_t(burst));
     }
-    remove(observer);
 }
 
 TEST_F(MonitorTest, DeletionIsToldAtOnceWhileACoalescedCallIsPending) {
     support::ManualClock clock;
     const std::string file = makeFile("file");
-    Calls calls;
-    const auto observer = Monitor::addObserverForPath(file, queue, calls.handler());
-    observer->setContentChangeCoalesceInterval(1);
+    const Watch watch(WatchedItem::path(file), queue);
+    watch->setContentChangeCoalesceInterval(1);
     append(file);
     settle();
     fs::remove(file);
     settle();
-    EXPECT_EQ(calls.kinds(), Kinds{gone});
+    EXPECT_EQ(watch.kinds(), Kinds{gone});
     clock.advance(1s);
-    EXPECT_TRUE(support::waitUntil([&] { return calls.kinds() == Kinds{gone, changed}; }));
-    remove(observer);
+    EXPECT_TRUE(support::waitUntil([&] { return watch.kinds() == Kinds{gone, changed}; }));
 }
