@@ -52,6 +52,11 @@ class RunLoopTest : public testing::Test {
     std::function<void()> note(char letter) {
         return [this, letter] { order_ += letter; };
     }
+
+    std::unique_ptr<RunLoopSource> serve(const Bell& bell, std::function<void()> handler) {
+        return RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading,
+                                     std::move(handler));
+    }
 };
 
 std::vector<unsigned> reportedPlaces;
@@ -159,11 +164,10 @@ TEST_F(RunLoopTest, DataOfManySourcesIsServedBeforeTheirTimersToo) {
     std::vector<std::unique_ptr<RunLoopSource>> sources;
     for (Bell& bell : bells) {
         Timer& timeout = *timeouts.emplace_back(std::make_unique<Timer>(loop_, note('t')));
-        sources.push_back(RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading,
-                                                [&bell, &timeout] {
-                                                    bell.silence();
-                                                    timeout.start(100ms);
-                                                }));
+        sources.push_back(serve(bell, [&bell, &timeout] {
+            bell.silence();
+            timeout.start(100ms);
+        }));
         timeout.start(100ms);
         bell.ring();
     }
@@ -177,8 +181,7 @@ TEST_F(RunLoopTest, SourcesThatAreAlwaysReadyDoNotKeepTimersFromFiring) {
     std::vector<Bell> bells(count);
     std::vector<std::unique_ptr<RunLoopSource>> sources;
     for (Bell& bell : bells) {
-        sources.push_back(RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading,
-                                                [] { /* and stays ready */ }));
+        sources.push_back(serve(bell, [] { /* and stays ready */ }));
         bell.ring();
     }
     Timer timer(loop_, note('t'));
@@ -197,8 +200,8 @@ TEST_F(RunLoopTest, ASourceDestroyedWhileItsEventIsWaitingIsNotCalled) {
         sources[0].reset();
         sources[1].reset();
     };
-    sources[0] = RunLoopSource::create(loop_, first.descriptor(), RunLoopSource::reading, handler);
-    sources[1] = RunLoopSource::create(loop_, second.descriptor(), RunLoopSource::reading, handler);
+    sources[0] = serve(first, handler);
+    sources[1] = serve(second, handler);
     first.ring();
     second.ring();
     loop_.turn();
@@ -210,21 +213,19 @@ TEST_F(RunLoopTest, ACallbackThatRunsALoopOfItsOwnBlocksNobody) {
     const Bell dialog;
     const Bell other;
     Timer timer(loop_, note('t'));
-    const auto dialogSource =
-        RunLoopSource::create(loop_, dialog.descriptor(), RunLoopSource::reading, [&] {
-            dialog.silence();
-            timer.start(1ms);
-            loop_.post(note('p'));
-            other.ring();
-            clock_.advance(1ms);
-            loop_.turn();
-            order_ += '|';
-        });
-    const auto otherSource =
-        RunLoopSource::create(loop_, other.descriptor(), RunLoopSource::reading, [&] {
-            other.silence();
-            order_ += 'o';
-        });
+    const auto dialogSource = serve(dialog, [&] {
+        dialog.silence();
+        timer.start(1ms);
+        loop_.post(note('p'));
+        other.ring();
+        clock_.advance(1ms);
+        loop_.turn();
+        order_ += '|';
+    });
+    const auto otherSource = serve(other, [&] {
+        other.silence();
+        order_ += 'o';
+    });
     dialog.ring();
     loop_.turn();
     EXPECT_EQ(order_, "opt|");
@@ -246,8 +247,7 @@ TEST_F(RunLoopTest, ExceptionsOfCallbacksAreReportedAndTheLoopGoesOn) {
     const Bell bell;
     bell.ring();
     const auto thrower = [] { throw std::runtime_error("from a callback"); };
-    const auto source =
-        RunLoopSource::create(loop_, bell.descriptor(), RunLoopSource::reading, thrower);
+    const auto source = serve(bell, thrower);
     Timer timer(loop_, thrower);
     timer.start(0ms);
     loop_.post(thrower);
@@ -282,18 +282,16 @@ TEST(RunLoop, ServesPostsOfOtherThreadsInTheirOrderUntilItIsStopped) {
     EXPECT_EQ(next, (std::array<int, 2>{perThread, perThread}));
 }
 
-TEST(RunLoop, ARefusedSourceLeavesTheOneThatWatchesTheDescriptorAlone) {
-    RunLoop loop;
+TEST_F(RunLoopTest, ARefusedSourceLeavesTheOneThatWatchesTheDescriptorAlone) {
     const Bell bell;
     int calls = 0;
-    const auto source = RunLoopSource::create(loop, bell.descriptor(), RunLoopSource::reading, [&] {
+    const auto source = serve(bell, [&] {
         bell.silence();
         ++calls;
     });
-    EXPECT_EQ(RunLoopSource::create(loop, bell.descriptor(), RunLoopSource::reading, [] {}),
-              nullptr);
+    EXPECT_EQ(serve(bell, [] {}), nullptr);
     EXPECT_EQ(errno, EEXIST);
     bell.ring();
-    loop.turn();
+    loop_.turn();
     EXPECT_EQ(calls, 1);
 }

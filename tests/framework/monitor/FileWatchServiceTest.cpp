@@ -80,17 +80,19 @@ class FileWatchServiceTest : public testing::Test {
         return folder.path() / name;
     }
 
-    std::unique_ptr<FileWatch> watch(const std::string& path, std::vector<std::uint32_t>& told,
-                                     FileWatchService& service) const {
+    std::unique_ptr<FileWatch> watch(const std::string& path) { return watch(path, told, service); }
+
+    std::unique_ptr<FileWatch> watch(const std::string& path, std::vector<std::uint32_t>& all,
+                                     FileWatchService& by) const {
         return FileWatch::createForPath(
-            path, queue, [&told](std::uint32_t events) { told.push_back(events); }, service);
+            path, queue, [&all](std::uint32_t events) { all.push_back(events); }, by);
     }
 
-    /// Serves the loop until `told` has `count` entries.
-    bool waitForCalls(const std::vector<std::uint32_t>& told, std::size_t count) const {
+    /// Serves the loop until `all` has `count` entries.
+    bool waitForCalls(const std::vector<std::uint32_t>& all, std::size_t count) const {
         return support::waitUntil([&] {
             std::size_t now = 0;
-            queue->sync([&] { now = told.size(); });
+            queue->sync([&] { now = all.size(); });
             return now >= count;
         });
     }
@@ -98,39 +100,36 @@ class FileWatchServiceTest : public testing::Test {
     const support::PrivateFolder folder;
     const std::shared_ptr<DispatchQueue> queue = DispatchQueue::makeSerial("com.quarnel.test");
     platform::RunLoop loop;
+    ScriptedInotify kernel;
+    FileWatchService service{loop, kernel};
     using Told = std::vector<std::uint32_t>;
+    Told told;
 };
 
 } // namespace
 
 TEST_F(FileWatchServiceTest, RefusesWhenTheSystemHasNoInstancesOrWatchesLeftAndRecovers) {
-    ScriptedInotify kernel;
-    FileWatchService service(loop, kernel);
     const support::SystemLogRecorder log;
-    Told told;
     const std::string file = makeFile("file");
     kernel.instanceError = EMFILE;
-    EXPECT_EQ(watch(file, told, service), nullptr);
+    EXPECT_EQ(watch(file), nullptr);
     EXPECT_EQ(errno, EMFILE);
     kernel.instanceError = 0;
     kernel.watchError = ENOSPC;
-    EXPECT_EQ(watch(file, told, service), nullptr);
+    EXPECT_EQ(watch(file), nullptr);
     EXPECT_EQ(errno, ENOSPC);
     EXPECT_EQ(log.count("Couldn't watch a file"), 1U); // not one for each
     kernel.watchError = 0;
-    EXPECT_NE(watch(file, told, service), nullptr);
+    EXPECT_NE(watch(file), nullptr);
     kernel.watchError = ENOSPC;
-    EXPECT_EQ(watch(file, told, service), nullptr);
+    EXPECT_EQ(watch(file), nullptr);
     EXPECT_EQ(log.count("Couldn't watch a file"), 2U);
 }
 
 TEST_F(FileWatchServiceTest, AKernelWatchGoesWithTheLastObserverOfItsFile) {
-    ScriptedInotify kernel;
-    FileWatchService service(loop, kernel);
-    Told told;
     const std::string file = makeFile("file");
-    auto first = watch(file, told, service);
-    const auto second = watch(file, told, service);
+    auto first = watch(file);
+    const auto second = watch(file);
     EXPECT_EQ(kernel.watches.size(), 1U);
     first.reset();
     EXPECT_EQ(kernel.watches.size(), 1U);
@@ -141,10 +140,7 @@ TEST_F(FileWatchServiceTest, AKernelWatchGoesWithTheLastObserverOfItsFile) {
 }
 
 TEST_F(FileWatchServiceTest, AnUnmountedFileIsRevokedAndItsKernelWatchLeftAlone) {
-    ScriptedInotify kernel;
-    FileWatchService service(loop, kernel);
-    Told told;
-    const auto watched = watch(makeFile("file"), told, service);
+    const auto watched = watch(makeFile("file"));
     const int number = *kernel.watches.begin();
     kernel.send(number, IN_UNMOUNT);
     kernel.send(number, IN_IGNORED);
@@ -158,19 +154,19 @@ TEST_F(FileWatchServiceTest, AnUnmountedFileIsRevokedAndItsKernelWatchLeftAlone)
 
 // With the real kernel, whose queue overflows since nobody serves the loop meanwhile.
 TEST_F(FileWatchServiceTest, AfterAnOverflowEverythingMayHaveChanged) {
-    const platform::InotifyCalls kernel;
-    FileWatchService service(loop, kernel);
+    const platform::InotifyCalls real;
+    FileWatchService realService(loop, real);
     std::size_t limit = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
     ASSERT_GT(limit, 0U);
     Told untouched;
     Told removed;
     Told noise;
-    const auto first = watch(makeFile("untouched"), untouched, service);
-    const auto second = watch(makeFile("removed"), removed, service);
+    const auto first = watch(makeFile("untouched"), untouched, realService);
+    const auto second = watch(makeFile("removed"), removed, realService);
     const std::string noisy[] = {makeFile("noisy"), makeFile("noisier")};
-    const auto third = watch(noisy[0], noise, service);
-    const auto fourth = watch(noisy[1], noise, service);
+    const auto third = watch(noisy[0], noise, realService);
+    const auto fourth = watch(noisy[1], noise, realService);
     const FileDescriptor files[] = {FileDescriptor(::open(noisy[0].c_str(), O_WRONLY | O_CLOEXEC)),
                                     FileDescriptor(::open(noisy[1].c_str(), O_WRONLY | O_CLOEXEC))};
     for (std::size_t i = 0; i <= limit; ++i) // in turn, or the kernel would merge them
@@ -183,8 +179,6 @@ TEST_F(FileWatchServiceTest, AfterAnOverflowEverythingMayHaveChanged) {
 }
 
 TEST_F(FileWatchServiceTest, HandlersOfOneWatchNeverOverlapAndTheLastWordComesAfterThem) {
-    ScriptedInotify kernel;
-    FileWatchService service(loop, kernel);
     std::atomic<int> running = 0;
     std::atomic<int> calls = 0;
     std::atomic<bool> mayGoOn = false;
