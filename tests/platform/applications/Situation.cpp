@@ -39,43 +39,40 @@ std::vector<std::string> parts(const std::string& text, char separator) {
 
 /// Takes one file apart, group by group. Each key must be used, so that a slip of the pen shows.
 class Situation::Reader {
+    using Keys = std::map<std::string, std::string>;
+
   public:
     explicit Reader(Situation& situation) : situation_(situation) {}
 
     void read(const std::filesystem::path& path) {
         path_ = path;
-        file_.reset(g_key_file_new());
-        if (g_key_file_load_from_file(file_.get(), path.c_str(), G_KEY_FILE_KEEP_TRANSLATIONS,
-                                      nullptr) == FALSE)
-            fail("cannot be read");
-        gchar** const groups = g_key_file_get_groups(file_.get(), nullptr);
-        const std::vector<std::string> names(groups, groups + g_strv_length(groups));
-        g_strfreev(groups);
+        std::ifstream file(path);
+        std::vector<std::pair<std::string, Keys>> groups;
+        for (std::string line; std::getline(file, line);) {
+            const std::size_t equals = line.find('=');
+            if (line.starts_with('['))
+                groups.emplace_back(line.substr(1, line.size() - 2), Keys());
+            else if (equals != std::string::npos && !line.starts_with('#'))
+                groups.back().second[line.substr(0, equals)] = line.substr(equals + 1);
+        }
+        std::size_t known = 0;
         for (const char* const kind : {"situation", "files", "entry", "process", "expect"}) {
-            for (const std::string& name : names) {
-                if (name.substr(0, name.find(' ')) == kind)
-                    readGroup(kind, name);
+            for (const auto& [name, keys] : groups) {
+                if (name.substr(0, name.find(' ')) != kind)
+                    continue;
+                ++known;
+                group_ = name;
+                keys_ = keys;
+                readGroup(kind, name.substr(name.find(' ') + 1));
             }
         }
+        if (known == 0 || known < groups.size())
+            fail("is not all that there is, or nothing can be read");
     }
 
   private:
-    using Keys = std::map<std::string, std::string>;
-
     [[noreturn]] void fail(const std::string& reason) const {
         throw std::runtime_error(path_.string() + ": [" + group_ + "] " + reason);
-    }
-
-    Keys keysOf(const std::string& group) const {
-        Keys values;
-        gchar** const keys = g_key_file_get_keys(file_.get(), group.c_str(), nullptr, nullptr);
-        for (gchar** key = keys; *key != nullptr; ++key) {
-            gchar* const value = g_key_file_get_value(file_.get(), group.c_str(), *key, nullptr);
-            values[*key] = value;
-            g_free(value);
-        }
-        g_strfreev(keys);
-        return values;
     }
 
     std::string take(const std::string& key, const std::string& otherwise = {}) {
@@ -92,10 +89,7 @@ class Situation::Reader {
         return text.empty() ? otherwise : std::stoi(text);
     }
 
-    void readGroup(const std::string& kind, const std::string& name) {
-        group_ = name;
-        keys_ = keysOf(name);
-        const std::string rest = name.size() > kind.size() ? name.substr(kind.size() + 1) : "";
+    void readGroup(const std::string& kind, const std::string& rest) {
         if (kind == "situation")
             readSituation();
         else if (kind == "files")
@@ -210,7 +204,6 @@ class Situation::Reader {
     Situation& situation_;
     std::map<std::string, std::string> icons_; // by the entry
     std::filesystem::path path_;
-    std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file_{nullptr, &g_key_file_unref};
     std::string group_;
     Keys keys_;
 };
