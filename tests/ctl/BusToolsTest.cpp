@@ -173,14 +173,11 @@ TEST(BusStrangersTest, AnotherUserIsRefusedEvenWhereTheBusLetsItIn) {
         return support::runCommand({TONVALECTL, "list"}).status == 0;
     }));
     const auto asStranger = [&](const std::string& method, const Words& arguments) {
-        Words words{"setpriv",
-                    "--reuid=65534",
-                    "--regid=65534",
-                    "--clear-groups",
-                    "dbus-send",
-                    "--bus=" + address,
-                    "--print-reply",
-                    "--dest=com.quarnel.Tonvale",
+        Words words{"sh",
+                    "-c",
+                    "setpriv --reuid=65534 --regid=65534 --clear-groups dbus-send --bus=\"$0\" "
+                    "--print-reply --dest=com.quarnel.Tonvale \"$@\"",
+                    address,
                     root,
                     method};
         words.insert(words.end(), arguments.begin(), arguments.end());

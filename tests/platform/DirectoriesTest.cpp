@@ -42,9 +42,8 @@ TEST(Directories, FollowTheVariablesThatHoldAbsolutePathsAndElseLieInTheHome) {
     for (const auto& [variable, folder, inHome] : homeFolders) {
         const ScopedVariable moved(variable, "/else where");
         EXPECT_EQ(folder(), "/else where");
-        for (const std::optional<std::string>& unusable :
-             {std::optional<std::string>(), std::optional<std::string>(""),
-              std::optional<std::string>("relative/folder"), std::optional<std::string>("~/x")}) {
+        using Value = std::optional<std::string>;
+        for (const Value& unusable : {Value(), Value(""), Value("relative/folder"), Value("~/x")}) {
             const ScopedVariable value(variable, unusable);
             EXPECT_EQ(folder(), std::string("/home/of me") + inHome) << unusable.value_or("unset");
         }
@@ -54,8 +53,7 @@ TEST(Directories, FollowTheVariablesThatHoldAbsolutePathsAndElseLieInTheHome) {
 TEST(Directories, TakeTheHomeOfTheUserEntryWhenTheVariableNamesNone) {
     const passwd* const entry = ::getpwuid(::getuid());
     const std::string expected = entry != nullptr ? entry->pw_dir : "";
-    for (const std::optional<std::string>& unusable :
-         {std::optional<std::string>(), std::optional<std::string>("here")}) {
+    for (const char* const unusable : {"", "here"}) {
         const ScopedVariable home("HOME", unusable);
         for (const auto& [variable, folder, inHome] : homeFolders) {
             const ScopedVariable unset(variable, std::nullopt);

@@ -140,21 +140,13 @@ TEST(PropertyList, IsReadAsAPersonOrAnotherProgramMayHaveWrittenIt) {
     }
 }
 
-TEST(PropertyList, CutOffAnywhereHoldsNothingOrAllOfIt) {
-    const QByteArray xml = propertyListXml(everything());
-    for (const QByteArray& whole : {xml, binaryFrom(xml)}) {
-        for (qsizetype size = 0; size < whole.size(); ++size) {
-            const auto value = parsePropertyList(whole.first(size));
-            ASSERT_TRUE(!value || isSameValue(*value, everything())) << size;
-        }
-    }
-}
-
 TEST(PropertyList, DamageDoesNoHarm) {
     const QByteArray xml = propertyListXml(everything());
     unsigned refused = 0;
     for (const QByteArray& whole : {xml, binaryFrom(xml)}) {
         for (qsizetype at = 0; at < whole.size(); ++at) {
+            const auto cutOff = parsePropertyList(whole.first(at));
+            ASSERT_TRUE(!cutOff || isSameValue(*cutOff, everything())) << at;
             for (const char byte : {'\0', '<', '\x7F', '\xFF'}) {
                 QByteArray damaged = whole;
                 damaged[at] = byte;

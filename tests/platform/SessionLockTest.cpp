@@ -28,9 +28,9 @@ TEST(SessionLock, IsHeldByOneAtATimeUntilItGoes) {
 TEST(SessionLock, HoldsNobodyUpWhereNoFileCanBe) {
     const support::PrivateFolder folder;
     std::filesystem::create_symlink("elsewhere", folder.path() / "com.example.One.lock");
-    for (const std::optional<std::string>& runtime :
-         {std::optional<std::string>(), std::optional<std::string>(folder.path() / "absent"),
-          std::optional<std::string>(folder.path())}) {
+    using Value = std::optional<std::string>;
+    for (const Value& runtime :
+         {Value(), Value(folder.path() / "absent"), Value(folder.path().string())}) {
         const support::ScopedVariable variable("XDG_RUNTIME_DIR", runtime);
         SessionLock first("com.example.One");
         SessionLock second("com.example.One");

@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <latch>
 #include <limits>
 #include <memory>
@@ -191,7 +192,14 @@ int noServiceForTimersAndFiles(int failures) {
     return isWell ? 0 : 1;
 }
 
-bool endsWell(pid_t child) {
+/// Whether a forked child in which `body` runs ends with 0 before long.
+bool endsWell(const std::function<void()>& body) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20);
+        body();
+        ::_exit(1);
+    }
     int status = 0;
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
            WEXITSTATUS(status) == 0;
@@ -214,9 +222,7 @@ int forkAndExec(int times) {
     }
     bool allWell = true;
     for (int i = 0; i < times && allWell; ++i) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            ::alarm(20);
+        allWell = endsWell([&] {
             {
                 queue own("own", true, 0);
                 own.enqueue([] {});
@@ -225,9 +231,7 @@ int forkAndExec(int times) {
                 busy.wait();
             }
             ::execlp("true", "true", nullptr);
-            ::_exit(1);
-        }
-        allWell = endsWell(child);
+        });
     }
     ends = true;
     for (std::thread& submitter : submitters)
@@ -261,12 +265,7 @@ int forkAndExec(int times) {
 
 int endAgainAndAgain(int times) {
     for (int i = 0; i < times; ++i) {
-        const pid_t child = ::fork(); // without a thread so far
-        if (child == 0) {
-            ::alarm(20);
-            endWithWorkInFlight(i);
-        }
-        if (!endsWell(child))
+        if (!endsWell([i] { endWithWorkInFlight(i); })) // without a thread so far
             return 1;
     }
     return 0;
