@@ -109,6 +109,7 @@ TEST_F(VolumeWindowTest, LevelsAreShownUntilTheyEnd) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     const RowProbe row = connected(plugin);
     plugin.reportLevel(4711, 0.5F);
+        part->setFocus();
     EXPECT_TRUE(support::waitUntil([&] { return row.level() == 50; }));
     EXPECT_TRUE(support::waitUntil([&] { return row.level() == 0; })) << "silence again";
 }
