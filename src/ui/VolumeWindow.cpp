@@ -109,7 +109,7 @@ void VolumeWindow::ignore(const QString& process) {
         return;
     history_.ignoredChanged(process, true);
     notice_->tell(formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
-                            oneLineText(process)));
+                            oneLineText(MVCommAppValue::displayNameForProcessName(process))));
 }
 
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no

@@ -3,9 +3,11 @@
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/window/QNAboutBox.h"
+#include "ui/window/UndoNotice.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLabel>
 #include <QScreen>
 
 namespace {
@@ -87,6 +89,20 @@ TEST_F(VolumeWindowTest, SaysThatNothingPlaysWhenThereAreOnlyTheSoundEffects) {
     plugin.checkIn(1, "coreaudiod");
     ASSERT_TRUE(showsRows({QStringLiteral("Sound Effects")}));
     EXPECT_TRUE(support::notice(window_).contains(QStringLiteral("when it plays")));
+}
+
+TEST_F(VolumeWindowTest, TheSoundEffectsAreIgnoredByTheNameThatIsShown) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "coreaudiod");
+    const QString shown = QStringLiteral("Sound Effects");
+    ASSERT_TRUE(showsRows({shown}));
+    RowProbe(window_, shown).item->ignore();
+    EXPECT_TRUE(showsRows({}));
+    EXPECT_EQ(window_.findChild<UndoNotice*>()->findChild<QLabel*>()->text(),
+              QStringLiteral("\"Sound Effects\" is ignored from now on."));
+    EXPECT_EQ(window_.history().undoText(), QStringLiteral("Ignore \"Sound Effects\""));
+    window_.history().undo();
+    EXPECT_TRUE(showsRows({shown}));
 }
 
 TEST_F(VolumeWindowTest, KeysAreGesturesInWholePercents) {
