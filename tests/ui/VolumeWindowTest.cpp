@@ -109,6 +109,7 @@ TEST_F(VolumeWindowTest, KeysAreGesturesInWholePercents) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     const RowProbe row = connected(plugin);
     const auto pressed = [&](QWidget* part, Qt::Key key) {
+        part->setFocus();
         QTest::keyClick(part, key);
         return received(plugin);
     };
@@ -125,7 +126,6 @@ TEST_F(VolumeWindowTest, LevelsAreShownUntilTheyEnd) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     const RowProbe row = connected(plugin);
     plugin.reportLevel(4711, 0.5F);
-        part->setFocus();
     EXPECT_TRUE(support::waitUntil([&] { return row.level() == 50; }));
     EXPECT_TRUE(support::waitUntil([&] { return row.level() == 0; })) << "silence again";
 }
@@ -231,6 +231,9 @@ TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     };
     EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
     EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row));
+    window_.resize(500, titleBar + 5 * row + 2);
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row)) << "nobody has insisted on it";
     EXPECT_TRUE(becomes(40 * row, 30 * row)) << "the most";
     window_.setWindowState(Qt::WindowMaximized);
     EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));
