@@ -14,10 +14,10 @@
 namespace {
 
 template <typename Value>
-concept PidCanBeSet = requires(Value& value) {
-    value.setPid(1U);
+concept ProcessCanBeSet = requires(Value& value) {
+    value.setProcess(1U, QString());
 };
-static_assert(!PidCanBeSet<MVCommAppValue>);
+static_assert(!ProcessCanBeSet<MVCommAppValue>);
 
 class SoundEffectsTranslator : public QTranslator {
   public:

@@ -81,6 +81,8 @@ TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
         EXPECT_NE(part.role(), "level bar");
     }
     EXPECT_EQ(item_->children().size(), 3) << "name, mute, slider";
+    EXPECT_TRUE(item_->description().startsWith("/usr/bin/x"))
+        << "the path, and why it is so called";
 }
 
 TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {

@@ -16,7 +16,6 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <regex>
 #include <string>
 
 /// For tests of the application's program on a display with nothing but itself, a session bus, and
@@ -56,10 +55,10 @@ class DesktopFixture : public testing::Test {
     std::string rememberedFrame() const {
         std::ifstream file(preferences_, std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
-        std::smatch found;
-        return std::regex_search(text, found, std::regex("MainWindow</key>\\s*<string>([^<]*)<"))
-                   ? found[1].str()
-                   : std::string();
+        const QStringList values =
+            QString::fromStdString(text).section("MainWindow</key>", 1).split("<string>");
+        return values.size() > 1 ? values[1].section("</string>", 0, 0).toStdString()
+                                 : std::string();
     }
 
     /// Everything that the plug-in gets up to what ends so.

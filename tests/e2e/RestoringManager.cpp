@@ -1,4 +1,4 @@
-#include "plugin/PipeWireHandles.h"
+#include "plugin/server/PipeWireHandles.h"
 
 #include <pipewire/extensions/metadata.h>
 #include <spa/param/audio/format-utils.h>

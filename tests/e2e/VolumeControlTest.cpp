@@ -124,6 +124,7 @@ TEST_F(VolumeControlTest, TheWindowSetsWhatIsHeardOfEachProgramAlone) {
     EXPECT_TRUE(waitUntil([&] { return row.level() == 1; })) << "it plays, though unheard";
     row.slideTo(100);
     EXPECT_TRUE(hears(lowPeak, highPeak));
+    row.mute->setFocus();
     QTest::keyClick(row.mute, Qt::Key_Space);
     EXPECT_TRUE(hears(0, highPeak));
     RowProbe(*window_, highName).slideTo(50);

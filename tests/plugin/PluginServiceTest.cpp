@@ -1,5 +1,5 @@
-#include "plugin/PluginService.h"
-#include "plugin/StatusCommand.h"
+#include "plugin/host/PluginService.h"
+#include "plugin/host/StatusCommand.h"
 
 #include "support/PrivateBus.h"
 #include "support/SystemLogRecorder.h"

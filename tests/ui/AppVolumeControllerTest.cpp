@@ -86,13 +86,19 @@ TEST_F(AppVolumeControllerTest, TheReleaseHasTheLastWordWhateverAMergeDid) {
 TEST_F(AppVolumeControllerTest, MutesAreSentAndRemembered) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     MVCommAppValue& app = connected(plugin, 7, "coreaudiod");
+    int gestures = 0;
+    controller_.setGestureObserver(
+        {nullptr, nullptr, [&](const MVCommAppValue&, bool) { ++gestures; }});
     app.setMuted(true);
     controller_.appWasMuted(app);
     EXPECT_EQ(sentTo(plugin), "10,7,0,1 ");
+    controller_.setMuted(app, true);
+    EXPECT_EQ(gestures, 1) << "that has changed nothing";
     EXPECT_EQ(stored(), (QVariantMap{{"Sound Effects", QVariantMap{{"Mute", true}}}}));
     controller_.setMuted(app, false);
     EXPECT_EQ(sentTo(plugin), "10,7,0,0 ");
     EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(gestures, 2);
 }
 
 TEST_F(AppVolumeControllerTest, RestoringTellsRealChangesAndSendsNothing) {

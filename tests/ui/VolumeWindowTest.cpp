@@ -3,9 +3,11 @@
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/window/QNAboutBox.h"
+#include "ui/window/UndoNotice.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLabel>
 #include <QScreen>
 
 namespace {
@@ -89,10 +91,25 @@ TEST_F(VolumeWindowTest, SaysThatNothingPlaysWhenThereAreOnlyTheSoundEffects) {
     EXPECT_TRUE(support::notice(window_).contains(QStringLiteral("when it plays")));
 }
 
+TEST_F(VolumeWindowTest, TheSoundEffectsAreIgnoredByTheNameThatIsShown) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "coreaudiod");
+    const QString shown = QStringLiteral("Sound Effects");
+    ASSERT_TRUE(showsRows({shown}));
+    RowProbe(window_, shown).item->ignore();
+    EXPECT_TRUE(showsRows({}));
+    EXPECT_EQ(window_.findChild<UndoNotice*>()->findChild<QLabel*>()->text(),
+              QStringLiteral("\"Sound Effects\" is ignored from now on."));
+    EXPECT_EQ(window_.history().undoText(), QStringLiteral("Ignore \"Sound Effects\""));
+    window_.history().undo();
+    EXPECT_TRUE(showsRows({shown}));
+}
+
 TEST_F(VolumeWindowTest, KeysAreGesturesInWholePercents) {
     ScriptedPlugin plugin(MVCommMainSocketPath());
     const RowProbe row = connected(plugin);
     const auto pressed = [&](QWidget* part, Qt::Key key) {
+        part->setFocus();
         QTest::keyClick(part, key);
         return received(plugin);
     };
@@ -214,6 +231,9 @@ TEST_F(VolumeWindowTest, ShowsWholeRowsWhateverHeightItIsGiven) {
     };
     EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
     EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row));
+    window_.resize(500, titleBar + 5 * row + 2);
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row)) << "nobody has insisted on it";
     EXPECT_TRUE(becomes(40 * row, 30 * row)) << "the most";
     window_.setWindowState(Qt::WindowMaximized);
     EXPECT_TRUE(support::waitUntil([&] { return window_.width() > 500; }));

@@ -17,7 +17,8 @@ class AccessibleItemsTest : public testing::Test {
   protected:
     AccessibleItemsTest() {
         installAccessibleItems();
-        model_.workspace.setRunningApplications({{1, QStringLiteral("Safari"), {}}});
+        model_.workspace.setRunningApplications(
+            {{1, QStringLiteral("Safari"), {}, QStringLiteral("/opt/safari")}});
         item_ = std::make_unique<MVCollectionViewItem>(
             MVCollectionViewItem::Surroundings{model_.controller, {}, [] { return false; }, {}},
             *model_.controller.apps()[0]);
@@ -81,4 +82,17 @@ TEST_F(AccessibleItemsTest, AnItemIsNamedByItsProgramAndHoldsNoDecoration) {
     }
     EXPECT_EQ(roles, (QList{QAccessible::StaticText, QAccessible::CheckBox, QAccessible::Slider}));
     EXPECT_TRUE(of(item_->findChild<MVCollectionViewImageView*>()).state().invisible);
+}
+
+TEST_F(AccessibleItemsTest, WhatTheTipTellsIsTold) {
+    const QAccessibleInterface& item = of(item_.get());
+    const QAccessibleInterface& slider = of(&item_->slider());
+    model_.workspace.setReason(QStringLiteral("Safari"), QStringLiteral("For a\nreason."));
+    EXPECT_EQ(item.text(QAccessible::Description), QStringLiteral("/opt/safari\nFor a reason."));
+    EXPECT_EQ(slider.text(QAccessible::Description), QString()) << "the value is told anyway";
+    model_.controller.notControllable(1, QStringLiteral("It plays past the mixer"));
+    EXPECT_EQ(item.text(QAccessible::Description),
+              QStringLiteral("/opt/safari\nFor a reason.\nIt plays past the mixer"));
+    EXPECT_EQ(slider.text(QAccessible::Description), QStringLiteral("It plays past the mixer"));
+    EXPECT_EQ(slider.text(QAccessible::Name), QStringLiteral("Volume"));
 }
