@@ -61,6 +61,18 @@ void PrivateAudioSession::start(std::string_view service) {
     start(find(service));
 }
 
+void PrivateAudioSession::restart(std::string_view service) {
+    if (service != server) {
+        stop(service);
+        start(service);
+        return;
+    }
+    for (const char* name : {pulseService, sessionManager, server})
+        stop(name);
+    for (const char* name : {server, sessionManager, pulseService})
+        start(name);
+}
+
 pid_t PrivateAudioSession::processOf(std::string_view service) {
     const Service& named = find(service);
     return named.process && named.process->isRunning() ? named.process->pid() : 0;

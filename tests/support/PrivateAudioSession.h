@@ -18,7 +18,7 @@ namespace support {
 /// heard with SinkRecorder. Every program starts at full volume, whatever one before it had, unless
 /// the session manager keeps its memory.
 ///
-/// One at a time; the thread that made it only. Constructor and start() return when the
+/// One at a time; the thread that made it only. Constructor, start() and restart() return when the
 /// service works and throw std::runtime_error, with the end of its output, when it does not.
 class PrivateAudioSession {
   public:
@@ -45,6 +45,9 @@ class PrivateAudioSession {
 
     /// Starts a service that is not running.
     void start(std::string_view service);
+
+    /// Stops and starts a service; with the server go the two others, which depend on it.
+    void restart(std::string_view service);
 
     /// 0 while the service is not running.
     pid_t processOf(std::string_view service);
