@@ -70,6 +70,19 @@ TEST(DataSocket, DeliversAQueueLargerThanTheUsualBufferInOnePieceAndThenTheEnd) 
     EXPECT_EQ(receiver.sizes, (std::vector<std::size_t>{queued, 0}));
 }
 
+TEST(DataSocket, SendingNeverWaitsAndNeverSignals) {
+    auto [mine, theirs] = connectedPair();
+    const auto socket =
+        DataSocket::create(std::move(mine), [](DataSocket&, std::span<const std::byte>) {});
+    const std::array<std::byte, 16> message{};
+    while (socket->send(message)) {
+    }
+    EXPECT_EQ(errno, EAGAIN);
+    theirs.reset();
+    EXPECT_FALSE(socket->send(message));
+    EXPECT_EQ(errno, EPIPE);
+}
+
 TEST(AcceptSocket, RefusesADescriptorThatDoesNotListen) {
     EXPECT_EQ(AcceptSocket::create(platform::makeUnixSocket(), {}), nullptr);
     EXPECT_EQ(errno, EINVAL);
