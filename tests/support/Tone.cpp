@@ -61,10 +61,18 @@ std::string writeWave(const std::filesystem::path& path, unsigned frequency, dou
     return path;
 }
 
-std::vector<std::string> commandLine(Tone::Player player, const std::string& file) {
-    if (player == Tone::Player::paplay)
-        return {"paplay", file};
-    return {"pw-cat", "--playback", file};
+std::vector<std::string> commandLine(Tone::Player player, const std::string& file,
+                                     const std::string& target, const std::string& role) {
+    const bool pulse = player == Tone::Player::paplay;
+    std::vector<std::string> arguments{pulse ? "paplay" : "pw-cat"};
+    if (!pulse)
+        arguments.emplace_back("--playback");
+    if (!target.empty())
+        arguments.push_back((pulse ? "--device=" : "--target=") + target);
+    if (!role.empty())
+        arguments.push_back((pulse ? "--property=media.role=" : "--media-role=") + role);
+    arguments.push_back(file);
+    return arguments;
 }
 
 } // namespace
@@ -74,7 +82,9 @@ Tone::Tone(const std::string& name, unsigned frequency, double peak)
     , player_(
           {copy_->path(), "--playback", writeWave(folder_.path() / "tone.wav", frequency, peak)}) {}
 
-Tone::Tone(Player player, unsigned frequency, double peak)
-    : player_(commandLine(player, writeWave(folder_.path() / "tone.wav", frequency, peak))) {}
+Tone::Tone(Player player, unsigned frequency, double peak, const std::string& target,
+           const std::string& role)
+    : player_(commandLine(player, writeWave(folder_.path() / "tone.wav", frequency, peak), target,
+                          role)) {}
 
 } // namespace support

@@ -21,8 +21,10 @@ class Tone {
     /// A copy of pw-cat under another name, which is another application.
     Tone(const std::string& name, unsigned frequency, double peak);
 
-    /// `peak` is linear, 0 to 1.
-    Tone(Player player, unsigned frequency, double peak);
+    /// `peak` is linear, 0 to 1. `target` is the node.name of a sink; empty: the default one.
+    /// `role` is the media.role of the stream; empty: the player's own.
+    Tone(Player player, unsigned frequency, double peak, const std::string& target = {},
+         const std::string& role = {});
 
     pid_t pid() const noexcept { return player_.pid(); }
     ChildProcess& process() noexcept { return player_; }
