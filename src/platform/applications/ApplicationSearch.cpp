@@ -190,10 +190,14 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
     const auto isOther = [&](const DesktopEntry* entry) { return !mayMean(*entry, command); };
     std::erase_if(found, isOther);
     for (const std::string_view name : {fileName(command.subject()), std::string_view(label)}) {
-        // Toolkits call a program's windows like its file.
-        if (found.empty())
-            found = entries_.ofWindow(name);
-        std::erase_if(found, isOther);
+        if (!found.empty())
+            break;
+        // Toolkits call a program's windows like its file: so much is known of what a script
+        // becomes. A plain program stays what it is, whatever else is called like its windows.
+        found = entries_.ofWindow(name);
+        std::erase_if(found, [&](const DesktopEntry* entry) {
+            return isOther(entry) || !mayBecomeAnother(*entry);
+        });
     }
     if (found.empty() && command.isInterpreted) {
         // A runtime of the program's own. What an editor runs with its own is the user's.
