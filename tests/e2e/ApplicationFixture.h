@@ -13,7 +13,7 @@ class ApplicationFixture : public PreferencesFixture {
   protected:
     /// Answers when the application serves its socket.
     void startTonvale() {
-        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
+        tonvale_.emplace(std::vector<std::string>{TONVALE});
         const std::string socket = MVCommMainSocketPath();
         EXPECT_TRUE(waitUntil([&] {
             return std::filesystem::exists(socket) && platform::connectUnixSocket(socket);
@@ -41,18 +41,6 @@ class ApplicationFixture : public PreferencesFixture {
         });
         EXPECT_TRUE(isThere) << "there is " << found.percent << (found.muted ? " muted" : "");
         return isThere;
-    }
-
-    /// Waits until the plug-in has told the application of the program.
-    bool isKnown(const Player& player) const {
-        const std::string line = "(pid " + std::to_string(player.pid()) + ",";
-        return waitUntil([&] {
-            const std::string status = runPlugin({"--status"}).output;
-            const auto begin = status.find(line);
-            const std::string text = status.substr(std::min(begin, status.size()));
-            return begin != std::string::npos &&
-                   text.substr(0, text.find('\n')).find("does not know") == std::string::npos;
-        });
     }
 
     std::optional<support::ChildProcess> tonvale_;
