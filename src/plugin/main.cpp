@@ -11,9 +11,9 @@
 #include "platform/loop/TerminationSignals.h"
 #include "platform/loop/ThreadPriority.h"
 #include "platform/processes/SystemLog.h"
-#include "plugin/PluginHost.h"
-#include "plugin/PluginService.h"
-#include "plugin/StatusCommand.h"
+#include "plugin/host/PluginHost.h"
+#include "plugin/host/PluginService.h"
+#include "plugin/host/StatusCommand.h"
 
 #include <QCoreApplication>
 

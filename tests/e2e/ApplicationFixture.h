@@ -3,7 +3,7 @@
 #include "comm/MVCommSocketPath.h"
 #include "e2e/PreferencesFixture.h"
 #include "platform/loop/UnixSocket.h"
-#include "plugin/Preferences.h"
+#include "plugin/memory/Preferences.h"
 
 #include <iterator>
 

@@ -17,7 +17,6 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <regex>
 #include <string>
 
 inline constexpr int titleBar = 33;
@@ -65,10 +64,10 @@ class DesktopFixture : public testing::Test {
     std::string rememberedFrame() const {
         std::ifstream file(preferences_, std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
-        std::smatch found;
-        return std::regex_search(text, found, std::regex("MainWindow</key>\\s*<string>([^<]*)<"))
-                   ? found[1].str()
-                   : std::string();
+        const QStringList values =
+            QString::fromStdString(text).section("MainWindow</key>", 1).split("<string>");
+        return values.size() > 1 ? values[1].section("</string>", 0, 0).toStdString()
+                                 : std::string();
     }
 
     /// A plug-in that has the item "player", of the process 4711.

@@ -1,6 +1,6 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/SilentApplication.h"
-#include "plugin/PluginHost.h"
+#include "plugin/host/PluginHost.h"
 #include "support/GraphStream.h"
 #include "support/ManualClock.h"
 #include "support/NamedCopy.h"

@@ -1,6 +1,6 @@
 #include "e2e/PlayerFixture.h"
 #include "platform/loop/Timer.h"
-#include "plugin/WriteLanes.h"
+#include "plugin/server/WriteLanes.h"
 
 namespace {
 

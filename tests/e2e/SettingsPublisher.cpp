@@ -1,4 +1,4 @@
-#include "plugin/PipeWireHandles.h"
+#include "plugin/server/PipeWireHandles.h"
 
 #include <cstdio>
 #include <cstdlib>

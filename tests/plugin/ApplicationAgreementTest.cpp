@@ -2,7 +2,7 @@
 #include "platform/values/PropertyList.h"
 #include "platform/values/StorableText.h"
 #include "platform/values/UserDefaults.h"
-#include "plugin/Preferences.h"
+#include "plugin/memory/Preferences.h"
 #include "prefs/MVIgnoredApps.h"
 #include "prefs/PreferenceKeys.h"
 #include "ui/AppPreferences.h"

@@ -1,4 +1,4 @@
-#include "plugin/AudioGraph.h"
+#include "plugin/server/AudioGraph.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/AudioServer.h"
+#include "plugin/server/AudioServer.h"
 
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/UnixSocket.h"

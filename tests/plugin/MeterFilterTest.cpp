@@ -1,4 +1,4 @@
-#include "plugin/MeterFilter.h"
+#include "plugin/levels/MeterFilter.h"
 
 #include <gtest/gtest.h>
 

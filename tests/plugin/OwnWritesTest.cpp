@@ -1,4 +1,4 @@
-#include "plugin/OwnWrites.h"
+#include "plugin/volume/OwnWrites.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/PluginStatus.h"
+#include "plugin/host/PluginStatus.h"
 
 #include <gtest/gtest.h>
 

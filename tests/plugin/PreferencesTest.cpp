@@ -1,5 +1,5 @@
-#include "plugin/PreferencesFile.h"
-#include "plugin/PreferencesWatch.h"
+#include "plugin/memory/PreferencesFile.h"
+#include "plugin/memory/PreferencesWatch.h"
 
 #include "platform/loop/MainQueue.h"
 #include "platform/values/PropertyListNode.h"

@@ -1,4 +1,4 @@
-#include "plugin/ProgramLife.h"
+#include "plugin/programs/ProgramLife.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/processes/ProcessInfo.h"
 #include "support/ChildProcess.h"

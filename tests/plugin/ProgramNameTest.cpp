@@ -1,4 +1,4 @@
-#include "plugin/ProgramName.h"
+#include "plugin/identity/ProgramName.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/RememberedVolumes.h"
+#include "plugin/memory/RememberedVolumes.h"
 
 #include "comm/MVCommMessages.h"
 #include "support/ManualClock.h"

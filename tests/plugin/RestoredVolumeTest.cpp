@@ -1,4 +1,4 @@
-#include "plugin/RestoredVolume.h"
+#include "plugin/effects/RestoredVolume.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/SamplePeak.h"
+#include "plugin/levels/SamplePeak.h"
 
 #include <gtest/gtest.h>
 

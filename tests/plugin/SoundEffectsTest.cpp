@@ -1,4 +1,4 @@
-#include "plugin/SoundEffects.h"
+#include "plugin/effects/SoundEffects.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "plugin/StreamObstacle.h"
+#include "plugin/volume/StreamObstacle.h"
 
-#include "plugin/StreamParam.h"
+#include "plugin/server/StreamParam.h"
 
 #include <gtest/gtest.h>
 

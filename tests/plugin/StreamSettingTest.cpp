@@ -1,4 +1,4 @@
-#include "plugin/StreamSetting.h"
+#include "plugin/effects/StreamSetting.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "plugin/StreamVolume.h"
-#include "plugin/StreamParam.h"
+#include "plugin/volume/StreamVolume.h"
+#include "plugin/server/StreamParam.h"
 
 #include <gmock/gmock.h>
 

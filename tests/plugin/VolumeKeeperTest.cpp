@@ -1,4 +1,4 @@
-#include "plugin/VolumeKeeper.h"
+#include "plugin/volume/VolumeKeeper.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/VolumeRamp.h"
+#include "plugin/volume/VolumeRamp.h"
 
 #include <gtest/gtest.h>
 

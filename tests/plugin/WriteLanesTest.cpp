@@ -1,4 +1,4 @@
-#include "plugin/WriteLanes.h"
+#include "plugin/server/WriteLanes.h"
 
 #include <gmock/gmock.h>
 

@@ -163,8 +163,10 @@ void MVCollectionViewItem::handleActivity(qint64 level100, float level) {
 }
 
 void MVCollectionViewItem::ignore() {
-    if (app_ != nullptr)
-        surroundings_.ignore(app_->processName());
+    if (app_ == nullptr)
+        return;
+    const QString process = app_->processName(); // the record goes meanwhile
+    surroundings_.ignore(process);
 }
 
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {

@@ -149,7 +149,7 @@ QRect MVVolumeSlider::levelChange(float before, float after) const {
     const SliderGeometry parts = geometryOfParts();
     const double center = parts.knobCenter(static_cast<double>(value_));
     const auto [least, most] =
-        std::minmax(center * static_cast<double>(before), center * static_cast<double>(after));
+        std::minmax({center * static_cast<double>(before), center * static_cast<double>(after)});
     const QRectF across = parts.trackRect(trackThickness + 4);
     const double start = std::max(0.0, least - radius - 2);
     const QRect change = parts.piece(across, start, most + 1).toAlignedRect();

@@ -26,7 +26,7 @@ double luminance(const QColor& color) {
 } // namespace
 
 double HighContrastTheme::contrast(const QColor& first, const QColor& second) {
-    const auto [less, more] = std::minmax(luminance(first), luminance(second));
+    const auto [less, more] = std::minmax({luminance(first), luminance(second)});
     return (more + 0.05) / (less + 0.05);
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "plugin/server/PipeWireHandles.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+struct pw_metadata;
+struct pw_metadata_events;
+
+/// The session manager's setting for notification sounds to come: one entry of its metadata object
+/// of this name. The run loop's thread only; must go before the server's connection does.
+class RouteSettings {
+  public:
+    /// metadata.name of the object.
+    static constexpr const char* name = "route-settings";
+
+    /// Called with what the entry holds at first and whenever somebody, we included, changes it;
+    /// with nothing when it is removed. Not called from within the constructor or set().
+    using Told = std::function<void(const std::optional<std::string>& value)>;
+
+    /// Watches the metadata object `id`.
+    RouteSettings(pw_registry& registry, std::uint32_t id, Told told);
+    RouteSettings(const RouteSettings&) = delete;
+    RouteSettings& operator=(const RouteSettings&) = delete;
+
+    std::uint32_t id() const noexcept { return id_; }
+
+    /// Sets the entry, as JSON; Told hears of it once the server has. Nothing happens when the
+    /// object could not be watched or has gone.
+    void set(const std::string& value);
+
+  private:
+    void changed(std::uint32_t subject, const char* key, const char* value);
+
+    static const pw_metadata_events events;
+
+    const std::uint32_t id_;
+    const Told told_;
+    ProxyHandle<pw_metadata> metadata_;
+    ListenerHook hook_;
+};

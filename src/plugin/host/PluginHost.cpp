@@ -1,0 +1,335 @@
+#include "plugin/host/PluginHost.h"
+
+#include "platform/desktop/SampleOutput.h"
+#include "platform/processes/ProcessInfo.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// A session manager that starts publishes this, and a moment later gives all streams the volumes
+/// that it remembers: one for all programs with the same role, say.
+bool tellsOfSessionManager(const AudioGlobal& global) {
+    return global.kind == AudioGlobal::Kind::metadata &&
+           global.property("metadata.name") == "default";
+}
+
+/// The application's own sample sounds have the volume that they are to show. Who else calls itself
+/// like it is a program like any other.
+bool isSampleSound(const platform::StreamEvidence& evidence, const ProgramProcess& process) {
+    return evidence.client.name == platform::SampleOutput::clientName &&
+           process.proof == platform::StreamProcess::Proof::peer &&
+           AppConnection::isServedBy(process);
+}
+
+/// Whether what was found out before is a process that is certain, and still the same.
+bool isThere(const ProgramProcess& process) {
+    return process.startTime &&
+           platform::processStartTime(static_cast<pid_t>(process.pid)) == process.startTime;
+}
+
+bool isThere(const std::optional<StreamPlayer>& player) {
+    return player && isThere(player->process) && (!player->main || isThere(*player->main));
+}
+
+} // namespace
+
+PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
+    : loop_(loop)
+    , reports_(std::move(reports))
+    , identifier_(loop, [this] { identifyAgain(); })
+    , programs_(loop, *this)
+    , effects_(loop, programs_)
+    , memory_(PreferencesFile::standard(), programs_, effects_, reports_,
+              [this](const std::string& language) { identifier_.setLanguage(language); })
+    , server_(loop, *this)
+    , writer_(loop, server_, graph_)
+    , levels_(loop, graph_, programs_) {
+    memory_.begin();
+    server_.start();
+}
+
+PluginHost::~PluginHost() {
+    for (const auto& [id, voice] : voices_)
+        voice.stream->finish();
+    server_.serveUntil([this] { return writer_.settle(); });
+    forgetServer();
+}
+
+void PluginHost::resumed() {
+    levels_.rebuild();
+}
+
+PluginStatus PluginHost::status() const {
+    PluginStatus status{server_.core() != nullptr, {}};
+    for (const auto& program : programs_.programs()) {
+        ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
+                                                                          program->wanted(),
+                                                                          memory_.of(*program),
+                                                                          program->isConnected(),
+                                                                          {},
+                                                                          program->isLeftAlone(),
+                                                                          program->obstacle()});
+        for (const AudioStream* const stream : program->streams())
+            entry.streams.push_back(
+                {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
+    }
+    return status;
+}
+
+void PluginHost::serverConnected() {
+    identifier_.prepare(); // a new stream is waited for by its first samples
+    levels_.attach(*server_.core());
+    effects_.serverConnected();
+    writer_.prepare();
+    memory_.effectsAdded();
+}
+
+void PluginHost::serverLost() {
+    forgetServer();
+}
+
+void PluginHost::forgetServer() {
+    levels_.detach();
+    for (auto& [id, voice] : voices_)
+        release(voice);
+    voices_.clear();
+    writer_.clear();
+    while (!clients_.empty())
+        dropClient(clients_.begin()->first);
+    effects_.serverLost();
+    graph_.clear();
+}
+
+void PluginHost::globalAdded(const AudioGlobal& global) {
+    globalRemoved(global.id);
+    graph_.add(global);
+    effects_.globalAdded(*server_.registry(), global);
+    if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
+        AudioStream::Listener& listener = *this;
+        voices_[global.id].stream = std::make_unique<AudioStream>(
+            loop_, server_, writer_, global.id,
+            server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
+            listener);
+        watchOwner(global.id);
+    } else if (global.kind == AudioGlobal::Kind::client) {
+        clients_[global.id].appeared = platform::ticksSinceBoot();
+        for (const auto& [id, voice] : voices_)
+            watchOwner(id);
+    } else if (tellsOfSessionManager(global) && server_.hasListedAll()) {
+        for (const auto& [id, voice] : voices_)
+            voice.stream->uphold();
+    }
+    levels_.review();
+}
+
+void PluginHost::globalRemoved(std::uint32_t id) {
+    graph_.remove(id);
+    effects_.globalRemoved(id);
+    const auto voice = voices_.find(id);
+    if (voice != voices_.end()) {
+        release(voice->second);
+        voices_.erase(voice);
+    }
+    dropClient(id);
+    levels_.review();
+}
+
+void PluginHost::dropClient(std::uint32_t id) {
+    if (clients_.erase(id) > 0)
+        programs_.clientGone(id);
+}
+
+void PluginHost::watchOwner(std::uint32_t stream) {
+    const auto owner = graph_.clientOf(stream);
+    const auto client = owner ? clients_.find(*owner) : clients_.end();
+    if (client == clients_.end() || client->second.watched != nullptr)
+        return;
+    AudioClient::Listener& listener = *this;
+    client->second.watched = std::make_unique<AudioClient>(*server_.registry(), *owner,
+                                                           client->second.appeared, listener);
+}
+
+void PluginHost::clientDescribed(AudioClient& client) {
+    for (auto& [id, voice] : voices_) {
+        if (graph_.clientOf(id) == client.id())
+            identify(voice);
+    }
+    levels_.review();
+}
+
+void PluginHost::streamDescribed(AudioStream& stream) {
+    identify(voices_.at(stream.id()));
+    levels_.review();
+}
+
+void PluginHost::streamStateChanged(AudioStream&) {
+    levels_.review();
+}
+
+void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
+    const Voice& changed = voices_.at(stream.id());
+    Program* const program = changed.program;
+    if (program == nullptr)
+        return;
+    program->changedElsewhere(change);
+    haveOthersFollow(changed, change);
+    if (program == effects_.program() && !program->isLeftAlone())
+        effects_.changedElsewhere();
+}
+
+/// The streams of one process may differ, but its further processes are the same item to a person.
+void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& change) {
+    if (!changed.player || changed.program->isLeftAlone())
+        return;
+    WantedVolume all = change;
+    if (all.gain)
+        all.gain = std::min(*all.gain, *kFullVolume.gain);
+    for (const auto& [id, voice] : voices_) {
+        if (voice.program == changed.program && voice.player &&
+            !voice.player->process.isSameProcess(changed.player->process))
+            voice.stream->want(all);
+    }
+}
+
+void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        program->found(found);
+}
+
+void PluginHost::identify(Voice& voice) {
+    if (voice.orphaned)
+        return;
+    AudioStream& stream = *voice.stream;
+    const auto client = graph_.clientOf(stream.id());
+    const bool isSoundEffect = effects_.program() != nullptr && isNotification(stream);
+    const auto player = isSoundEffect ? std::nullopt : playerOf(stream);
+    // The new one first, so that one and the same program does not end in between.
+    Program* const next = isSoundEffect ? effects_.program()
+                          : player      ? &programs_.join(*player, *client)
+                                        : nullptr;
+    Program* const last = std::exchange(voice.program, nullptr);
+    const auto lastPlayer = std::exchange(voice.player, player);
+    voice.orphaned = false; // if the last one has just ended
+    if (last != nullptr && last != next) {
+        last->remove(stream);
+        stream.adopt({}); // what that finds is nobody's will
+        stream.letGo();
+    }
+    voice.program = next;
+    if (next != nullptr && last != next)
+        next->add(stream);
+    for (Program* const program : {last, next}) {
+        if (program != nullptr && last != next)
+            reviewObstacle(*program);
+    }
+    if (last != nullptr && lastPlayer)
+        programs_.withdraw(*last, *lastPlayer, *client);
+}
+
+/// Names may be others now, and with them the programs.
+void PluginHost::identifyAgain() {
+    for (auto& [id, client] : clients_)
+        client.identified = {};
+    std::vector<Voice*> moved;
+    for (auto& [id, voice] : voices_) {
+        if (voice.program == nullptr || !voice.player)
+            continue;
+        const auto player = playerOf(*voice.stream);
+        if (player && player->process.name == voice.program->process().name)
+            continue;
+        release(voice);
+        voice.stream->adopt({}); // what that finds is nobody's will
+        moved.push_back(&voice);
+    }
+    for (Voice* const voice : moved)
+        identify(*voice);
+    programs_.rename(
+        [this](const ProgramProcess& process) { return identifier_.namedAgain(process); });
+    levels_.review();
+}
+
+bool PluginHost::isNotification(const AudioStream& stream) const {
+    if (!stream.isDescribed() || stream.isInternal())
+        return false;
+    const std::string announced = graph_.roleOf(stream.id());
+    return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
+}
+
+std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
+    const auto owner = graph_.clientOf(stream.id());
+    const auto client = owner ? clients_.find(*owner) : clients_.end();
+    if (client == clients_.end() || client->second.watched == nullptr ||
+        !client->second.watched->isDescribed() || !stream.isDescribed() || stream.isInternal())
+        return std::nullopt;
+    platform::StreamEvidence evidence;
+    client->second.watched->describeTo(evidence);
+    stream.describeTo(evidence);
+    auto& [known, player] = client->second.identified;
+    if (known != evidence || !isThere(player)) {
+        known = evidence;
+        player = named(evidence);
+    }
+    if (player && isSampleSound(evidence, player->process))
+        return std::nullopt;
+    return player;
+}
+
+std::optional<StreamPlayer> PluginHost::named(const platform::StreamEvidence& evidence) {
+    const auto process = identifier_.processOf(evidence);
+    if (!process)
+        return std::nullopt;
+    // A process has one name, whatever its further clients claim.
+    const auto known = process->startTime ? programs_.find(*process) : std::nullopt;
+    return identifier_.named(*process, known ? known->client : clientProperties(evidence));
+}
+
+void PluginHost::release(Voice& voice) {
+    Program* const program = std::exchange(voice.program, nullptr);
+    if (program == nullptr)
+        return;
+    program->remove(*voice.stream);
+    reviewObstacle(*program);
+}
+
+void PluginHost::programGoes(Program& program) {
+    if (&program == effects_.program())
+        effects_.forgetProgram();
+    for (auto& [id, voice] : voices_) {
+        if (voice.program != &program)
+            continue;
+        voice.program = nullptr;
+        voice.orphaned = true;
+    }
+    levels_.review();
+}
+
+void PluginHost::programCommanded(Program& program, const WantedVolume& change) {
+    memory_.commanded(program, change);
+}
+
+void PluginHost::programConnected(Program& program) {
+    memory_.connected(program);
+    if (!program.obstacle().empty())
+        reports_.notControllable(program.process().pid, program.obstacle());
+}
+
+void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& before) {
+    memory_.changedElsewhere(program, before);
+}
+
+void PluginHost::streamObstacleChanged(AudioStream& stream) {
+    if (Program* const program = voices_.at(stream.id()).program)
+        reviewObstacle(*program);
+}
+
+void PluginHost::reviewObstacle(Program& program) {
+    if (program.reviewObstacle() && program.isConnected())
+        reports_.notControllable(program.process().pid, program.obstacle());
+}
+
+void PluginHost::connectionsChanged() {
+    levels_.review();
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "plugin/application/ApplicationReports.h"
+#include "plugin/effects/SoundEffects.h"
+#include "plugin/host/PluginStatus.h"
+#include "plugin/identity/ProgramIdentifier.h"
+#include "plugin/levels/LevelReporter.h"
+#include "plugin/memory/VolumeMemory.h"
+#include "plugin/programs/ProgramTable.h"
+#include "plugin/server/AudioClient.h"
+#include "plugin/server/AudioGraph.h"
+#include "plugin/server/AudioServer.h"
+#include "plugin/server/AudioStream.h"
+#include "plugin/server/NodeWriter.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+/// The plug-in: finds out which programs play, stands for each of them at the application, and
+/// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
+/// loop's thread only.
+class PluginHost : private AudioServer::Listener,
+                   private AudioClient::Listener,
+                   private AudioStream::Listener,
+                   private ProgramTable::Listener {
+  public:
+    /// Begins its work with the loop's next turn; reads the preferences at once. Its main queue
+    /// must be served for changes of the preferences to be noticed. Throws std::runtime_error when
+    /// the PipeWire library cannot be used.
+    explicit PluginHost(platform::RunLoop& loop, ApplicationReports reports = {});
+    ~PluginHost() override;
+    PluginHost(const PluginHost&) = delete;
+    PluginHost& operator=(const PluginHost&) = delete;
+
+    /// The application says that it has just been started.
+    void applicationLaunched() { programs_.connectNow(); }
+
+    /// The machine has slept and is awake again.
+    void resumed();
+
+    /// What it sees at this moment.
+    PluginStatus status() const;
+
+  private:
+    /// A stream and whose it is: nobody's until it is identified, and again when its process ended.
+    struct Voice {
+        std::unique_ptr<AudioStream> stream;
+        Program* program = nullptr;
+        std::optional<StreamPlayer> player; // as which it joined the program
+        bool orphaned = false;
+    };
+
+    /// A client, watched once it owns a stream.
+    struct Client {
+        std::uint64_t appeared; // in ticks since boot
+        std::unique_ptr<AudioClient> watched;
+
+        /// What was found out last, since all streams of a client mostly say the same.
+        struct {
+            platform::StreamEvidence evidence;
+            std::optional<StreamPlayer> player;
+        } identified;
+    };
+
+    void serverConnected() override;
+    void serverLost() override;
+    void globalAdded(const AudioGlobal& global) override;
+    void globalRemoved(std::uint32_t id) override;
+    void clientDescribed(AudioClient& client) override;
+    void streamDescribed(AudioStream& stream) override;
+    void streamStateChanged(AudioStream& stream) override;
+    void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
+    void streamFound(AudioStream& stream, const WantedVolume& found) override;
+    void streamObstacleChanged(AudioStream& stream) override;
+    void programAdded(Program& program) override { memory_.added(program); }
+    void programConnected(Program& program) override;
+    void programGoes(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
+    void ignoreListChanged() override { memory_.readAgain(); }
+    void connectionsChanged() override;
+
+    void reviewObstacle(Program& program);
+    void forgetServer();
+    void dropClient(std::uint32_t id);
+    void watchOwner(std::uint32_t stream);
+    void haveOthersFollow(const Voice& changed, const WantedVolume& change);
+    void identify(Voice& voice);
+    void identifyAgain();
+    std::optional<StreamPlayer> playerOf(const AudioStream& stream);
+    std::optional<StreamPlayer> named(const platform::StreamEvidence& evidence);
+    bool isNotification(const AudioStream& stream) const;
+    void release(Voice& voice);
+
+    platform::RunLoop& loop_;
+    const ApplicationReports reports_;
+    AudioGraph graph_;
+    std::map<std::uint32_t, Client> clients_;
+    std::map<std::uint32_t, Voice> voices_; // by node
+    ProgramIdentifier identifier_;
+    ProgramTable programs_;
+    SoundEffects effects_;
+    VolumeMemory memory_;
+    AudioServer server_;
+    NodeWriter writer_;    // goes before the server
+    LevelReporter levels_; // goes before the server
+};

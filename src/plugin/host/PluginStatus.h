@@ -1,0 +1,39 @@
+#pragma once
+
+#include "plugin/identity/ProgramProcess.h"
+#include "plugin/volume/StreamVolume.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the plug-in sees and does at one moment, for a person who wonders about it. Plain values,
+/// any thread.
+
+struct StreamStatus {
+    std::uint32_t id = 0; ///< the node in the sound server
+    bool running = false;
+    WantedVolume wanted;
+    std::optional<StreamProps> actual; ///< nothing until the server has told
+};
+
+struct ProgramStatus {
+    ProgramProcess process;
+    WantedVolume wanted;     ///< what its next stream will get
+    WantedVolume remembered; ///< what the next program of its name will get, unless it is ignored
+    bool connected = false;
+    std::vector<StreamStatus> streams;
+    bool leftAlone = false; ///< it is ignored
+    std::string obstacle;   ///< why no volume of it can be set; empty when one can
+};
+
+struct PluginStatus {
+    bool serverConnected = false;
+    std::vector<ProgramStatus> programs;
+};
+
+/// The text of `Tonvale --status`, lines that each end with a line feed: one for the sound server,
+/// one for the application, then one for each program with its streams indented below. Not meant
+/// to be parsed. Names and paths cannot break out of their line.
+std::string describe(const PluginStatus& status);

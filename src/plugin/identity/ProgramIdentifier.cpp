@@ -1,0 +1,120 @@
+#include "plugin/identity/ProgramIdentifier.h"
+
+#include "platform/applications/ApplicationName.h"
+#include "platform/applications/DesktopEntriesWatch.h"
+#include "platform/processes/ProcessInfo.h"
+#include "platform/processes/SystemLog.h"
+#include "platform/text/MessageLanguages.h"
+#include "platform/text/Utf8.h"
+#include "plugin/identity/ProgramName.h"
+#include "plugin/identity/PseudoNumbers.h"
+
+#include <system_error>
+#include <utility>
+
+namespace {
+
+std::string nameOf(const platform::ApplicationIdentity& identity,
+                   const platform::StreamProcess& process) {
+    std::string name = identity.name;
+    if (name.empty())
+        name = platform::fittingName(
+            platform::commandName(static_cast<pid_t>(process.pid)).value_or(""));
+    return name.empty() ? "unknown" : checkinName(std::move(name));
+}
+
+std::string fittingPath(const std::string& path) {
+    return platform::fittingUtf8(path, ProgramProcess::longestPath);
+}
+
+} // namespace
+
+platform::ClientProperties clientProperties(const platform::StreamEvidence& evidence) {
+    platform::StreamClaims claims = mergedClaims(evidence);
+    return {.name = std::move(claims.name),
+            .id = std::move(claims.id),
+            .icon = std::move(claims.icon),
+            .binary = std::move(claims.binary)};
+}
+
+ProgramIdentifier::ProgramIdentifier(platform::RunLoop& loop, std::function<void()> changed)
+    : changed_(std::move(changed))
+    , entries_(platform::DesktopEntries::usualFolders(),
+               platform::DesktopSurroundings::current(platform::messageLanguages()), files_)
+    , resolver_(entries_, processes_) {
+    watchEntries(loop);
+}
+
+ProgramIdentifier::~ProgramIdentifier() = default;
+
+void ProgramIdentifier::watchEntries(platform::RunLoop& loop) {
+    try {
+        watch_ = std::make_unique<platform::DesktopEntriesWatch>(loop, entries_, changed_);
+    } catch (const std::system_error& error) { // no thread or descriptor is left
+        platform::systemLog(platform::LogPriority::error,
+                            "The desktop entries can't be watched: %s", error.what());
+    }
+}
+
+void ProgramIdentifier::setLanguage(const std::string& language) {
+    const std::uint64_t before = entries_.generation();
+    entries_.setLanguages(language.empty() ? platform::messageLanguages() : language);
+    if (entries_.generation() != before)
+        changed_();
+}
+
+StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
+                                      const platform::ClientProperties& client) {
+    const auto pid = static_cast<pid_t>(process.pid);
+    const platform::ApplicationIdentity identity =
+        process.startTime ? resolver_.resolve(pid, *process.startTime, client)
+                          : resolver_.resolveSandbox(process.sandbox, client);
+    StreamPlayer player;
+    player.process = {process.pid,
+                      nameOf(identity, process),
+                      "",
+                      process.startTime,
+                      process.proof,
+                      identity.evidence,
+                      identity.entryPath,
+                      process.sandbox,
+                      client};
+    player.main = mainProcess(identity, player.process);
+    // Once the main process has ended, the others stand for themselves.
+    if (process.startTime)
+        player.process.path =
+            fittingPath(identity.mainProcess == pid ? identity.executable
+                                                    : platform::executablePath(pid).value_or(""));
+    return player;
+}
+
+/// The process that stands for the application, unless that is the same or has ended.
+std::optional<ProgramProcess>
+ProgramIdentifier::mainProcess(const platform::ApplicationIdentity& identity,
+                               const ProgramProcess& process) {
+    const pid_t pid = identity.mainProcess;
+    const std::uint64_t startTime = identity.mainStartTime;
+    if (pid == 0 || static_cast<std::uint32_t>(pid) == process.pid ||
+        platform::processStartTime(pid) != startTime)
+        return std::nullopt;
+    ProgramProcess main = process;
+    main.pid = static_cast<std::uint32_t>(pid);
+    main.path = fittingPath(identity.executable);
+    main.startTime = startTime;
+    if (identity.evidence == platform::NameEvidence::family) {
+        // It is no helper of itself.
+        const auto& own = resolver_.resolve(pid, startTime, process.client);
+        if (own.name == identity.name) {
+            main.evidence = own.evidence;
+            main.entryPath = own.entryPath;
+        }
+    }
+    return main;
+}
+
+StreamPlayer ProgramIdentifier::namedAgain(const ProgramProcess& process) {
+    platform::StreamProcess again{process.pid, process.startTime, process.sandbox, process.proof};
+    if (PseudoNumbers::isOne(process.pid))
+        again.pid = 0;
+    return named(again, process.client);
+}

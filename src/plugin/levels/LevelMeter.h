@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/loop/MonotonicClock.h"
+#include "plugin/levels/MeterFilter.h"
+#include "plugin/levels/MeterLink.h"
+#include "plugin/server/AudioGraph.h"
+#include "plugin/volume/StreamVolume.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+/// Measures the peaks of streams, each channel by itself, at an input of a meter filter. Streams of
+/// one sink share filters, since a filter that measured at two sinks would tie their clocks
+/// together. The run loop's thread only; must go before the server's connection does.
+class LevelMeter {
+  public:
+    /// `changed` is called when another reconcile() is due; it must not make the call itself.
+    LevelMeter(pw_core& core, std::function<void()> changed);
+    ~LevelMeter();
+    LevelMeter(const LevelMeter&) = delete;
+    LevelMeter& operator=(const LevelMeter&) = delete;
+
+    /// Goes a step towards measuring `wanted` and nothing else; the filters' own ports are looked
+    /// up in `graph`. Without anything wanted nothing of ours is left in the server after
+    /// nextDrop(). The taps must be in the order of their streams' numbers, and those of a stream
+    /// in that of its channels.
+    void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
+
+    /// When another reconcile() is due if nothing else happens.
+    std::optional<platform::MonotonicClock::time_point> nextDrop() const noexcept;
+
+    /// Drops all that is in the server, whatever state it is in; the next reconcile() makes it
+    /// anew. Peaks hold meanwhile.
+    void rebuild();
+
+    /// Takes what has been measured since the last call.
+    void collect();
+
+    /// What collect() took last, valid until the next reconcile(). Within a cycle longer than the
+    /// time between two calls, that of the last cycle.
+    std::span<const ChannelPeak> peaksOf(std::uint32_t stream) const;
+
+  private:
+    class Tap;
+    struct Channel;
+    struct Stream;
+    struct SinkFilter {
+        std::uint32_t sink;
+        std::unique_ptr<MeterFilter> filter;
+        platform::MonotonicClock::time_point made;
+    };
+
+    void dropBroken();
+    void takeOver(const std::vector<MeterTap>& wanted);
+    std::vector<Stream>::const_iterator find(std::uint32_t stream) const;
+    void makeRoom();
+    void makeRoomAt(std::uint32_t sink, std::size_t needed);
+    bool addFilter(std::uint32_t sink, std::size_t inputs);
+    void dropFilter(const MeterFilter& filter);
+    void tap(Channel& channel, const AudioGraph& graph);
+    void dropIdleFilters();
+    void retire(SinkFilter filter);
+    void dropRetired();
+
+    pw_core& core_;
+    const std::function<void()> changed_;
+    int failures_ = 0;
+    std::vector<SinkFilter> filters_;
+    std::vector<SinkFilter> retired_; // of no use any more, but too new to go
+    std::vector<Stream> streams_;     // by number; their taps go before the filters
+};

@@ -1,0 +1,85 @@
+#include "plugin/memory/Preferences.h"
+
+#include "comm/MVCommMessages.h"
+#include "platform/values/PropertyListNode.h"
+#include "platform/values/PropertyListValues.h"
+#include "platform/values/StorableText.h"
+
+#include <algorithm>
+
+namespace {
+
+/// What a person reads for the notification sounds, and so their key. The application translates
+/// it; so would we.
+constexpr std::string_view notificationSoundsTitle = "Sound Effects";
+
+std::optional<int> percentIn(void* dictionary, const char* key) {
+    void* const entry = platform::entryOf(dictionary, key);
+    const auto percent = entry != nullptr ? platform::numberOf(entry) : std::nullopt;
+    if (!percent)
+        return std::nullopt;
+    return static_cast<int>(static_cast<float>(std::clamp(*percent, 0.0, 100.0)));
+}
+
+ProgramSetting settingIn(void* dictionary) {
+    ProgramSetting setting;
+    if (const auto percent = percentIn(dictionary, "Volume"))
+        setting.percent = *percent;
+    void* const mute = platform::entryOf(dictionary, "Mute");
+    if (const auto muted = mute != nullptr ? platform::numberOf(mute) : std::nullopt)
+        setting.muted = *muted != 0;
+    return setting;
+}
+
+std::vector<std::string> textsIn(void* dictionary, const char* key) {
+    std::vector<std::string> texts;
+    if (void* const list = platform::entryOf(dictionary, key)) {
+        platform::forEachItem(list, [&texts](void* item) {
+            if (auto text = platform::textOf(item))
+                texts.push_back(*std::move(text));
+        });
+    }
+    return texts;
+}
+
+} // namespace
+
+ProgramSetting settingOf(const WantedVolume& wanted) noexcept {
+    return {wanted.percent().value_or(100), wanted.muted.value_or(false)};
+}
+
+ProgramSetting Preferences::settingOfUnset(const std::string& key) const {
+    return forNew && !seen.contains(key) ? ProgramSetting{*forNew, false} : ProgramSetting{};
+}
+
+std::optional<Preferences> parsePreferences(std::string_view bytes) {
+    const platform::PropertyListNode root = platform::readPropertyList(bytes);
+    if (root == nullptr || !platform::isDictionary(root.get()))
+        return std::nullopt;
+    Preferences preferences;
+    preferences.written = true;
+    void* const apps = platform::entryOf(root.get(), "Apps");
+    if (apps != nullptr && platform::isDictionary(apps)) {
+        platform::forEachEntry(apps, [&preferences](const char* key, void* value) {
+            if (const ProgramSetting setting = settingIn(value); !setting.isPlain())
+                preferences.programs[platform::storableText(key)] = setting;
+        });
+    }
+    if (void* const language = platform::entryOf(root.get(), "MessageLanguage"))
+        preferences.language = platform::textOf(language).value_or("");
+    for (const std::string& name : textsIn(root.get(), "SeenApps"))
+        preferences.seen.insert(platform::storableText(name));
+    preferences.forNew = percentIn(root.get(), "NewAppVolume");
+    preferences.ignored.custom = textsIn(root.get(), "CustomIgnoredApps");
+    preferences.ignored.disabledBuiltIn = textsIn(root.get(), "DisabledBuiltInIgnoredApps");
+    return preferences;
+}
+
+std::string settingsKey(std::string_view name) {
+    return name == kMVCommNotificationSoundsName ? std::string(notificationSoundsTitle)
+                                                 : platform::storableText(name);
+}
+
+std::string_view checkinNameOfKey(std::string_view key) noexcept {
+    return key == notificationSoundsTitle ? kMVCommNotificationSoundsName : key;
+}

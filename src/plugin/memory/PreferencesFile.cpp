@@ -1,0 +1,105 @@
+#include "plugin/memory/PreferencesFile.h"
+
+#include "platform/files/Directories.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/processes/SystemLog.h"
+#include "platform/values/PropertyListNode.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr const char* name = "/com.quarnel.Tonvale.plist";
+
+std::string inFolder(std::string folder, const char* rest) {
+    return folder.empty() ? folder : folder.append(rest);
+}
+
+/// Nothing, with errno set, on failure. Not much more than a property list may have is read.
+std::optional<std::vector<char>> contentOf(int file) {
+    std::vector<char> content;
+    std::array<char, 16384> part{};
+    while (content.size() <= platform::propertyListBytes) {
+        const ssize_t count = ::read(file, part.data(), part.size());
+        if (count == 0)
+            return content;
+        if (count > 0)
+            content.insert(content.end(), part.data(), part.data() + count);
+        else if (errno != EINTR)
+            return std::nullopt;
+    }
+    return content;
+}
+
+} // namespace
+
+PreferencesFile PreferencesFile::standard() {
+    return {inFolder(platform::preferencesDirectory(), name),
+            inFolder(inFolder(platform::localLibraryDirectory(), "/Shared"), name)};
+}
+
+PreferencesFile::PreferencesFile(std::string own, std::string copy)
+    : own_(std::move(own)), copy_(std::move(copy)) {}
+
+const std::optional<Preferences>& PreferencesFile::read() {
+    Reading reading = readFile(own_, false);
+    report(reading);
+    // A damaged file of our own is about to be mended; until then what we have is newer than
+    // copies.
+    if (reading.state != State::good && !(reading.state == State::bad && last_)) {
+        const State own = reading.state;
+        reading = readFile(copy_, true);
+        if (reading.state == State::missing)
+            reading.state = own;
+    }
+    if (reading.state == State::good)
+        last_ = std::move(reading.preferences);
+    else if (reading.state == State::missing && !last_)
+        last_.emplace();
+    return last_;
+}
+
+/// Whoever owns the copy, it cannot be one by way of a link to somewhere else.
+PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool isCopy) {
+    if (path.empty())
+        return {State::missing};
+    // A pipe in the file's place would otherwise hold us up.
+    const platform::FileDescriptor file(::open(
+        path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isCopy ? O_NOFOLLOW : 0)));
+    if (!file && (isCopy || errno == ENOENT || errno == ENOTDIR))
+        return {State::missing};
+    if (!file)
+        return {State::bad, {}, std::strerror(errno)};
+    struct stat status {};
+    const bool isFile = ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+    if (isCopy && (!isFile || status.st_uid != ::geteuid()))
+        return {State::missing};
+    if (!isFile)
+        return {State::bad, {}, "it is no file"};
+    const auto content = contentOf(file.get());
+    if (!content)
+        return {State::bad, {}, std::strerror(errno)};
+    if (content->size() > platform::propertyListBytes)
+        return {State::bad, {}, "it is too large"};
+    auto preferences = parsePreferences({content->data(), content->size()});
+    if (!preferences)
+        return {State::bad, {}, "it is damaged"};
+    return {State::good, *std::move(preferences)};
+}
+
+void PreferencesFile::report(const Reading& own) {
+    const bool isBad = own.state == State::bad;
+    if (isBad && !reported_)
+        platform::systemLog(platform::LogPriority::warning,
+                            "Couldn't read the preferences in %s, so what they held before holds: "
+                            "%s",
+                            own_.c_str(), own.reason.c_str());
+    reported_ = isBad;
+}

@@ -1,0 +1,102 @@
+#include "plugin/memory/VolumeMemory.h"
+
+#include "plugin/effects/SoundEffects.h"
+#include "plugin/programs/ProgramTable.h"
+
+#include <utility>
+#include <vector>
+
+using platform::MonotonicClock;
+
+namespace {
+
+RememberedVolumes::Program describedFor(const Program& program) {
+    return {program.process().pid, program.process().name, program.wanted()};
+}
+
+} // namespace
+
+VolumeMemory::VolumeMemory(PreferencesFile file, ProgramTable& programs, SoundEffects& effects,
+                           const ApplicationReports& reports,
+                           std::function<void(const std::string&)> languageRead)
+    : programs_(programs)
+    , effects_(effects)
+    , reports_(reports)
+    , languageRead_(std::move(languageRead))
+    , preferences_(std::move(file), [this](const Preferences& preferences) { read(preferences); }) {
+}
+
+void VolumeMemory::begin() {
+    if (const auto preferences = preferences_.first())
+        read(*preferences);
+}
+
+WantedVolume VolumeMemory::of(const Program& program) const {
+    return remembered_.evenIfIgnored(program.process().name);
+}
+
+void VolumeMemory::added(Program& program) {
+    const std::string& name = program.process().name;
+    if (remembered_.isIgnored(name))
+        program.leaveAlone(remembered_.takeDebt(name));
+    else
+        program.recall(remembered_.of(name));
+}
+
+void VolumeMemory::connected(const Program& program) {
+    preferences_.readAgain();
+    if (const auto setting = remembered_.connected(describedFor(program), MonotonicClock::now()))
+        reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
+}
+
+void VolumeMemory::commanded(const Program& program, const WantedVolume& change) {
+    remembered_.commanded(describedFor(program), change, MonotonicClock::now());
+    if (&program == effects_.program())
+        effects_.asked(program.isLeftAlone() ? change : program.wanted());
+}
+
+void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& before) {
+    if (const auto setting = remembered_.changedElsewhere(
+            describedFor(program), before, program.isConnected(), MonotonicClock::now()))
+        reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
+}
+
+/// They have no stream yet that could be given anything.
+void VolumeMemory::effectsAdded() {
+    if (const WantedVolume all = effects_.program()->takeForNext(); !all.isEmpty())
+        effects_.asked(all);
+}
+
+void VolumeMemory::read(const Preferences& preferences) {
+    std::vector<RememberedVolumes::Program> programs;
+    for (const auto& program : programs_.programs())
+        programs.push_back(describedFor(*program));
+    const auto consequences = remembered_.read(preferences, programs, MonotonicClock::now());
+    for (std::size_t i = 0; i < consequences.size(); ++i)
+        follow(*programs_.programs()[i], consequences[i]);
+    languageRead_(preferences.language);
+}
+
+void VolumeMemory::follow(Program& program, const RememberedVolumes::Consequence& consequence) {
+    if (consequence.ignored) {
+        if (consequence.freed || !program.isLeftAlone())
+            leaveAlone(program, consequence.freed);
+        return;
+    }
+    program.takeUp();
+    program.recall(consequence.forNext);
+    if (!consequence.wanted.isEmpty())
+        want(program, consequence.wanted);
+}
+
+void VolumeMemory::want(Program& program, const WantedVolume& change) {
+    program.want(change);
+    if (&program == effects_.program())
+        effects_.asked(program.wanted());
+}
+
+void VolumeMemory::leaveAlone(Program& program, bool freed) {
+    program.leaveAlone(freed);
+    if (freed && &program == effects_.program())
+        effects_.asked(kFullVolume);
+}

@@ -1,0 +1,143 @@
+#include "plugin/programs/Program.h"
+
+#include "plugin/server/AudioStream.h"
+
+#include <algorithm>
+#include <utility>
+
+Program::Program(platform::RunLoop& loop, ProgramProcess process, Listener& listener)
+    : loop_(loop)
+    , process_(std::move(process))
+    , listener_(listener)
+    , life_(loop, [this] { lifeChanged(); }) {}
+
+Program::~Program() {
+    report(0.0F);
+}
+
+void Program::add(AudioStream& stream) {
+    if (streams_.empty())
+        remembered_ = wanted_;
+    streams_.insert(&stream);
+    // What one of several that played before us has is not the will for the others.
+    const bool existed = stream.origin() == AudioStream::Origin::existed;
+    stream.adopt(existed && !leftAlone_ ? remembered_ : takeForNext());
+    if (leftAlone_)
+        stream.letGo();
+}
+
+void Program::remove(AudioStream& stream) {
+    streams_.erase(&stream);
+}
+
+void Program::changedElsewhere(const WantedVolume& change) {
+    if (leftAlone_)
+        return;
+    const WantedVolume before = wanted_;
+    wanted_.merge(change);
+    if (wanted_ != before)
+        listener_.programChangedElsewhere(*this, before);
+}
+
+void Program::found(const WantedVolume& found) {
+    if (!leftAlone_)
+        wanted_.merge(found);
+}
+
+void Program::recall(const WantedVolume& remembered) {
+    wanted_.merge(remembered);
+    remembered_.merge(remembered);
+}
+
+void Program::want(const WantedVolume& change) {
+    if (!leftAlone_)
+        recall(change);
+    for (AudioStream* const stream : streams_)
+        stream->want(change);
+}
+
+void Program::leaveAlone(bool freed) {
+    leftAlone_ = true;
+    wanted_ = {};
+    remembered_ = {};
+    freesNext_ = freed && streams_.empty();
+    for (AudioStream* const stream : streams_) {
+        if (freed)
+            stream->want(kFullVolume);
+        else
+            stream->adopt({});
+        stream->letGo();
+    }
+}
+
+void Program::takeUp() {
+    if (!std::exchange(leftAlone_, false))
+        return;
+    freesNext_ = false;
+    for (AudioStream* const stream : streams_)
+        stream->adopt({});
+}
+
+WantedVolume Program::takeForNext() noexcept {
+    return std::exchange(freesNext_, false) ? kFullVolume : wanted_;
+}
+
+bool Program::reviewObstacle() {
+    const bool isOpen = std::ranges::any_of(
+        streams_, [](const AudioStream* each) { return each->obstacle().empty(); });
+    if (streams_.empty())
+        return false;
+    std::string obstacle(isOpen ? std::string_view() : (*streams_.begin())->obstacle());
+    return std::exchange(obstacle_, std::move(obstacle)) != obstacle_;
+}
+
+bool Program::connect() {
+    if (connection_ != nullptr)
+        return true;
+    connection_ = AppConnection::open(loop_, process_, *this);
+    if (connection_ == nullptr)
+        return false;
+    listener_.programConnected(*this);
+    return true;
+}
+
+void Program::report(float level) {
+    if (connection_ == nullptr || (level <= 0.0F && !playing_))
+        return;
+    playing_ = level > 0.0F;
+    connection_->sendLevel(level);
+}
+
+void Program::commandArrived(const MVCommConsoleMessage& command) {
+    WantedVolume change;
+    if (command.type == kMVCommSetVolume)
+        change.gain = gainOfPercent(command.value);
+    else
+        change.muted = command.value != 0;
+    want(change);
+    listener_.programCommanded(*this, change);
+}
+
+void Program::connectionLost() {
+    connection_.reset();
+    playing_ = false;
+    listener_.programDisconnected(*this);
+}
+
+void Program::lifeChanged() {
+    if (life_.contains(process_))
+        return;
+    const ProgramProcess* const first = life_.first();
+    if (first == nullptr) {
+        listener_.programEnded(*this);
+        return;
+    }
+    report(0.0F);
+    process_ = *first;
+    if (connection_ == nullptr)
+        return;
+    connection_.reset();
+    playing_ = false;
+    if (!connect())
+        listener_.programDisconnected(*this);
+}
