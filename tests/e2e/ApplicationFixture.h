@@ -13,7 +13,7 @@ class ApplicationFixture : public PreferencesFixture {
   protected:
     /// Answers when the application serves its socket.
     void startTonvale() {
-        tonvale_.emplace(std::vector<std::string>{TONVALE});
+        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
         const std::string socket = MVCommMainSocketPath();
         EXPECT_TRUE(waitUntil([&] {
             return std::filesystem::exists(socket) && platform::connectUnixSocket(socket);

@@ -37,7 +37,8 @@ class DesktopFixture : public testing::Test {
     void startTonvale(const Variables& environment = {}) {
         support::ChildProcess::Options options;
         options.environment = environment;
-        tonvale_.emplace(std::vector<std::string>{TONVALE, "--screenshot", picture_}, options);
+        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM, "--screenshot", picture_},
+                         options);
         const std::string socket = MVCommMainSocketPath();
         EXPECT_TRUE(support::waitUntil([&] {
             return std::filesystem::exists(socket) && platform::connectUnixSocket(socket);
