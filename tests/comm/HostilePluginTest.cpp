@@ -215,11 +215,12 @@ TEST_F(HostilePluginTest, NamesAndPathsAreStoredAsTheyAreAndLoggedOnOneLine) {
         EXPECT_EQ(log_.count("'" + text.logged + "' connected (pid=5, path='/usr/bin/x')"), 1U)
             << log_.lines().back().text;
 
-        plugin->checkIn(5, "later", text.text);
+        plugin->checkIn(6, "later", text.text);
         turn();
+        EXPECT_EQ(server_->connectionProcesses().back().pid, 6U);
         EXPECT_EQ(server_->connectionProcesses().back().path, text.stored);
         EXPECT_EQ(log_.count("Duplicate checkin for " + text.logged + "/5, overwriting"), 1U);
-        EXPECT_EQ(log_.count("'later' connected (pid=5, path='" + text.logged + "')"), 1U);
+        EXPECT_EQ(log_.count("'later' connected (pid=6, path='" + text.logged + "')"), 1U);
 
         plugin->checkIn(5, text.text);
         turn();

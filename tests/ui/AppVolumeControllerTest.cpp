@@ -10,12 +10,12 @@ using support::waitUntil;
 using AppVolumeControllerTest = AppVolumeFixture;
 
 TEST_F(AppVolumeControllerTest, ASlidersValueIsCutOffSentAndRemembered) {
-    MVCommAppValue& app = connected(4711, "player");
+    MVCommAppValue& app = connected(4711, "coreaudiod");
     EXPECT_DOUBLE_EQ(app.volume(), 100.0) << "a percent";
     moveSlider(app, 0.999);
     EXPECT_EQ(sent(), "9,4711,0,99 ");
     EXPECT_DOUBLE_EQ(app.volume(), 0.999) << "a fraction";
-    EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Volume", 99.0}}}}));
+    EXPECT_EQ(stored(), (QVariantMap{{"Sound Effects", QVariantMap{{"Volume", 99.0}}}}));
     EXPECT_EQ(controller_.percentOf(app), 99);
     controller_.update();
     EXPECT_DOUBLE_EQ(app.volume(), 99.0);

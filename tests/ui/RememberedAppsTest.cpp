@@ -37,6 +37,19 @@ TEST_F(RememberedAppsTest, AnIgnoredProgramIsNewWhenThatEnds) {
     EXPECT_EQ(remembered_.all().size(), 2);
 }
 
+TEST_F(RememberedAppsTest, TheItemOfAProgramFollowsWhatIsSetByItsName) {
+    MVCommAppValue& app = connected(pid, "player");
+    int calls = 0;
+    controller_.setObserver([&] { ++calls; });
+    view_.told.clear();
+    remembered_.set("player", 40, true);
+    EXPECT_EQ(controller_.percentOf(app), 40);
+    EXPECT_TRUE(app.muted());
+    EXPECT_FALSE(view_.told.isEmpty());
+    EXPECT_GT(calls, 0);
+    EXPECT_EQ(sent(), "9,4711,0,40 10,4711,0,1 ");
+}
+
 TEST_F(RememberedAppsTest, TheListOfSeenOnesHasAnEndAndSurvivesNonsense) {
     platform::UserDefaults defaults{{}};
     defaults.set("SeenApps", QVariantList{"a", 3, "a", "b\x01"});
