@@ -19,11 +19,15 @@ std::unique_ptr<MVCommAppValue>
 MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
                                    const platform::Workspace& workspace) {
     const bool isGeneric = app.bundlePath.isEmpty();
-    const QString& path = app.executablePath.isEmpty() ? app.bundlePath : app.executablePath;
+    const QString& path = pathOf(app);
     QIcon icon = isGeneric ? workspace.genericApplicationIcon()
                            : workspace.iconForProgram({app.pid, app.localizedName, path});
     return std::unique_ptr<MVCommAppValue>(new MVCommAppValue(
         std::move(icon), isGeneric, app.localizedName, path, app.pid, false, true));
+}
+
+const QString& MVCommAppValue::pathOf(const platform::RunningApplication& app) {
+    return app.executablePath.isEmpty() ? app.bundlePath : app.executablePath;
 }
 
 QString MVCommAppValue::displayNameForProcessName(const QString& name) {
@@ -41,6 +45,11 @@ MVCommAppValue::MVCommAppValue(QIcon icon, bool isGeneric, QString processName, 
     , pid_(pid)
     , isBeeps_(isBeeps)
     , isRunningApp_(isRunningApp) {}
+
+void MVCommAppValue::setProcess(std::uint32_t pid, const QString& path) {
+    pid_ = pid;
+    path_ = path;
+}
 
 void MVCommAppValue::updateIcon(const platform::Workspace& workspace) {
     QIcon icon = isGeneric_ ? icon_ : workspace.iconForProgram({pid_, processName_, path_});

@@ -93,14 +93,16 @@ class MVCommAppValue final : public QObject {
   private:
     friend class AppList; // which finds out that a name belongs to another process now
 
+    static const QString& pathOf(const platform::RunningApplication& app);
+
     MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid,
                    bool isBeeps, bool isRunningApp);
-    void setPid(std::uint32_t pid) noexcept { pid_ = pid; }
+    void setProcess(std::uint32_t pid, const QString& path);
 
     QIcon icon_;
     const bool isGeneric_; // the icon, since nothing says which one it has
     const QString processName_;
-    const QString path_;
+    QString path_;
     std::uint32_t pid_;
     const bool isBeeps_;
     const bool isRunningApp_;

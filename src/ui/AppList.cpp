@@ -34,10 +34,10 @@ AppList::AppList(const platform::Workspace& workspace, Rules rules)
 AppList::~AppList() = default;
 
 void AppList::mergeConnections(QList<MVCommConnectedProcess> connections) {
-    connectedPids_.clear();
-    connectedPids_.reserve(connections.size());
+    connected_.clear();
+    connected_.reserve(connections.size());
     for (const MVCommConnectedProcess& each : std::as_const(connections)) {
-        connectedPids_[each.name].append(each.pid);
+        connected_[each.name].append({each.pid, each.path});
         if (!byName_.contains(each.name) && !rules_.isIgnored(each.name))
             add(MVCommAppValue::initWithApp(&each, workspace_));
     }
@@ -50,12 +50,12 @@ QList<AppList::Change> AppList::mergeRunningApps(QList<platform::RunningApplicat
                          .value_or(QList<platform::RunningApplication>());
     const QSet<QString> oldNames = namesOf(old);
     QList<Change> changes;
-    runningPids_.clear();
+    running_.clear();
     for (const platform::RunningApplication& each : std::as_const(*oldRunningApps_)) {
         if (each.pid == own)
             continue;
         const QString& name = each.localizedName;
-        runningPids_[name].append(each.pid);
+        running_[name].append({each.pid, MVCommAppValue::pathOf(each)});
         if (byName_.contains(name))
             continue;
         const bool isIgnored = rules_.isIgnored(name);
@@ -74,16 +74,18 @@ QList<AppList::Change> AppList::mergeRunningApps(QList<platform::RunningApplicat
 
 void AppList::settle() {
     removeUnnamed();
-    QList<MVCommAppValue*> silenced;
+    QList<MVCommAppValue*> moved;
     for (const Entry& entry : entries_) {
-        if (choosePid(*entry.record))
-            silenced.append(entry.record.get());
+        if (chooseProcess(*entry.record))
+            moved.append(entry.record.get());
     }
     sort();
     index();
     // Observers find the list in order.
-    for (MVCommAppValue* const record : std::as_const(silenced))
+    for (MVCommAppValue* const record : std::as_const(moved)) {
         record->setActivity(0);
+        record->updateIcon(workspace_);
+    }
     for (MVCommAppValue* const record : std::as_const(apps_))
         rules_.restore(*record);
 }
@@ -94,21 +96,24 @@ void AppList::updateIcons() {
 }
 
 QList<std::uint32_t> AppList::connectedPids(const QString& processName) const {
-    return connectedPids_.value(processName);
+    QList<std::uint32_t> pids;
+    for (const Process& each : connected_.value(processName))
+        pids.append(each.pid);
+    return pids;
 }
 
 bool AppList::isConnected(std::uint32_t pid) const {
-    return std::ranges::any_of(connectedPids_,
-                               [pid](const auto& pids) { return pids.contains(pid); });
+    return std::ranges::any_of(connected_,
+                               [pid](const auto& processes) { return contains(processes, pid); });
 }
 
 MVCommAppValue* AppList::appOfProcess(std::uint32_t pid) const {
     const qsizetype index = indexOfPid(pid);
     MVCommAppValue* const first = index >= 0 ? apps_[index] : nullptr;
-    if (first != nullptr && connectedPids_.value(first->processName()).contains(pid))
+    if (first != nullptr && contains(connected_.value(first->processName()), pid))
         return first;
-    for (auto each = connectedPids_.cbegin(); each != connectedPids_.cend(); ++each) {
-        if (MVCommAppValue* const app = byName_.value(each.key()); app && each->contains(pid))
+    for (auto each = connected_.cbegin(); each != connected_.cend(); ++each) {
+        if (MVCommAppValue* const app = byName_.value(each.key()); app && contains(*each, pid))
             return app;
     }
     return first;
@@ -123,7 +128,7 @@ void AppList::add(std::unique_ptr<MVCommAppValue> record) {
 void AppList::removeUnnamed() {
     std::erase_if(entries_, [this](const Entry& entry) {
         const QString& name = entry.record->processName();
-        const bool isNamed = connectedPids_.contains(name) || runningPids_.contains(name);
+        const bool isNamed = connected_.contains(name) || running_.contains(name);
         if (isNamed && !rules_.isIgnored(name))
             return false;
         byName_.remove(name);
@@ -131,14 +136,18 @@ void AppList::removeUnnamed() {
     });
 }
 
+bool AppList::contains(const QList<Process>& processes, std::uint32_t pid) {
+    return std::ranges::find(processes, pid, &Process::pid) != processes.end();
+}
+
 /// Whether it is another process now.
-bool AppList::choosePid(MVCommAppValue& record) const {
-    auto pids = connectedPids_.constFind(record.processName());
-    if (pids == connectedPids_.cend())
-        pids = runningPids_.constFind(record.processName());
-    if (pids->contains(record.pid()))
+bool AppList::chooseProcess(MVCommAppValue& record) const {
+    auto processes = connected_.constFind(record.processName());
+    if (processes == connected_.cend())
+        processes = running_.constFind(record.processName());
+    if (contains(*processes, record.pid()))
         return false;
-    record.setPid(pids->first());
+    record.setProcess(processes->first().pid, processes->first().path);
     return true;
 }
 

@@ -56,7 +56,8 @@ class AppList {
     /// Removes records that no source names or that are ignored, gives each the process that it
     /// stands for now, restores its settings and sorts. A record keeps its process while a
     /// connection of its name has that, else gets the first such connection's, else that of a
-    /// running program of its name. It is silent after a change of process.
+    /// running program of its name. After a change of process it is silent, and has that one's path
+    /// and icon.
     void settle();
 
     /// Has each record take the icon that the workspace has for it by now.
@@ -85,11 +86,16 @@ class AppList {
         std::unique_ptr<MVCommAppValue> record;
         QCollatorSortKey key;
     };
-    using Pids = QHash<QString, QList<std::uint32_t>>;
+    struct Process {
+        std::uint32_t pid;
+        QString path;
+    };
+    using Processes = QHash<QString, QList<Process>>;
 
     void add(std::unique_ptr<MVCommAppValue> record);
     void removeUnnamed();
-    bool choosePid(MVCommAppValue& record) const;
+    static bool contains(const QList<Process>& processes, std::uint32_t pid);
+    bool chooseProcess(MVCommAppValue& record) const;
     void sort();
     void index();
 
@@ -98,8 +104,8 @@ class AppList {
     QCollator collator_;
     std::vector<Entry> entries_;
     QHash<QString, MVCommAppValue*> byName_;
-    Pids connectedPids_; // by process name
-    Pids runningPids_;   // likewise, without our own
+    Processes connected_; // by process name
+    Processes running_;   // likewise, without our own
     std::optional<QList<platform::RunningApplication>> oldRunningApps_;
     QList<MVCommAppValue*> apps_;
     QHash<std::uint32_t, qsizetype> indexOfPid_;

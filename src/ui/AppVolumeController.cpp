@@ -230,10 +230,11 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     if (isRestoring_)
         return;
+    const bool isChange = appPrefs_.isMuted(app.displayName()) != app.muted();
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
     keepSetting(app.displayName());
-    if (gestures_.muteChanged)
+    if (isChange && gestures_.muteChanged)
         gestures_.muteChanged(app, app.muted());
 }
 

@@ -109,7 +109,7 @@ void VolumeWindow::ignore(const QString& process) {
         return;
     history_.ignoredChanged(process, true);
     notice_->tell(formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
-                            oneLineText(process)));
+                            oneLineText(MVCommAppValue::displayNameForProcessName(process))));
 }
 
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no
@@ -261,6 +261,9 @@ void VolumeWindow::showProblem(const QString& text) {
 void VolumeWindow::resizeEvent(QResizeEvent* event) {
     MVCustomWindow::resizeEvent(event);
     notice_->place();
+    const QSize corrected = surroundings_.controller.windowWillResize(insistedSize_).toSize();
+    if (size() != insistedSize_ && size() != corrected)
+        insistedSize_ = {}; // it has been resized since
     endOfResizing_.start();
 }
 
@@ -275,8 +278,8 @@ void VolumeWindow::changeEvent(QEvent* event) {
     MVCustomWindow::changeEvent(event);
 }
 
-/// Not while a person pulls. Once for a size until the next pull, since a window manager may insist
-/// on it.
+/// Not while a person pulls. Once for a size until the next one or the next pull, since a window
+/// manager may insist on it.
 void VolumeWindow::snap() {
     const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
     if (pull().isUnderWay() || wanted == size() || size() == insistedSize_ || isMaximized() ||

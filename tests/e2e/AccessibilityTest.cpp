@@ -74,6 +74,8 @@ TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
     EXPECT_EQ(names, (QStringList{"Sound Effects", "player"}));
     EXPECT_TRUE(window->find("button", "Menu") || window->find("push button", "Menu"));
     EXPECT_EQ(item_->children().size(), 3) << "name, mute, slider";
+    EXPECT_TRUE(item_->description().startsWith("/usr/bin/x"))
+        << "the path, and why it is so called";
 }
 
 TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {

@@ -105,6 +105,7 @@ TEST_F(RememberingWindowTest, EachProgramIsHeardAsItsRowSaysAndNoOtherIsTouched)
     EXPECT_TRUE(hearsBoth(0, 100));
     EXPECT_TRUE(showsLevel(toneRow, 1)) << "it plays, though unheard";
     toneRow.slideTo(100);
+    toneRow.mute->setFocus();
     QTest::keyClick(toneRow.mute, Qt::Key_Space);
     otherRow.slideTo(50);
     EXPECT_TRUE(hearsBoth(0, 50));

@@ -62,6 +62,10 @@ QString AccessibleObject::name() const {
     return property(accessible, "Name").toString();
 }
 
+QString AccessibleObject::description() const {
+    return property(accessible, "Description").toString();
+}
+
 QString AccessibleObject::role() const {
     return call(accessible, "GetRoleName").value(0).toString();
 }

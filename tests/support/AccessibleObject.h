@@ -23,6 +23,7 @@ class AccessibleObject {
 
     const QString& path() const noexcept { return path_; }
     QString name() const;
+    QString description() const;
     QString role() const;
     QList<AccessibleObject> children() const;
 

@@ -172,6 +172,25 @@ TEST_F(AppListTest, ARecordFollowsItsProcess) {
     EXPECT_EQ(list_.connectedPids("player"), (QList<std::uint32_t>{7, 6}));
 }
 
+TEST_F(AppListTest, WithItsProcessARecordChangesPathAndIcon) {
+    const QIcon oldIcon = workspace_.addIcon("/opt/old/player");
+    const QIcon newIcon = workspace_.addIcon("/opt/new/player");
+    connect({{1, "player", "/opt/old/player", false}});
+    const MVCommAppValue* const record = find("player");
+    EXPECT_EQ(record->icon().cacheKey(), oldIcon.cacheKey());
+    QString seen;
+    QObject::connect(record, &MVCommAppValue::iconChanged, record, [&] { seen = shown(); });
+    connect({{2, "player", "/opt/new/player", false}, {3, "a", "/usr/bin/a", false}});
+    EXPECT_EQ(record->path(), "/opt/new/player");
+    EXPECT_EQ(record->icon().cacheKey(), newIcon.cacheKey());
+    EXPECT_EQ(seen, "a:3 player:2") << "all is in order by then";
+    run({{4, "player", "/usr/share/player.desktop"}});
+    connect({});
+    EXPECT_EQ(record->path(), "/usr/share/player.desktop");
+    run({{5, "player", "/usr/share/player.desktop", "/opt/old/player"}});
+    EXPECT_EQ(record->path(), "/opt/old/player");
+}
+
 TEST_F(AppListTest, OfRecordsWithOneProcessTheFirstCounts) {
     connect({connected(1, "b"), connected(1, "a")});
     EXPECT_EQ(list_.indexOfPid(1), 0);

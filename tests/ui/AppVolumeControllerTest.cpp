@@ -10,12 +10,12 @@ using support::waitUntil;
 using AppVolumeControllerTest = AppVolumeFixture;
 
 TEST_F(AppVolumeControllerTest, ASlidersValueIsCutOffSentAndRemembered) {
-    MVCommAppValue& app = connected(4711, "coreaudiod");
+    MVCommAppValue& app = connected(4711, "player");
     EXPECT_DOUBLE_EQ(app.volume(), 100.0) << "a percent";
     moveSlider(app, 0.999);
     EXPECT_EQ(sent(), "9,4711,0,99 ");
     EXPECT_DOUBLE_EQ(app.volume(), 0.999) << "a fraction";
-    EXPECT_EQ(stored(), (QVariantMap{{"Sound Effects", QVariantMap{{"Volume", 99.0}}}}));
+    EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Volume", 99.0}}}}));
     EXPECT_EQ(controller_.percentOf(app), 99);
     controller_.update();
     EXPECT_DOUBLE_EQ(app.volume(), 99.0);
@@ -72,6 +72,23 @@ TEST_F(AppVolumeControllerTest, TheReleaseHasTheLastWordWhateverAMergeDid) {
     EXPECT_EQ(controller_.percentOf(app), 30);
     controller_.sliderReleased(app, 0.42);
     EXPECT_EQ(sent(), "9,1,0,30 9,1,0,42 ") << "a repetition says nothing new";
+}
+
+TEST_F(AppVolumeControllerTest, MutesAreSentAndRememberedOnce) {
+    MVCommAppValue& app = connected(7, "coreaudiod");
+    int gestures = 0;
+    controller_.setGestureObserver(
+        {nullptr, nullptr, [&](const MVCommAppValue&, bool) { ++gestures; }});
+    app.setMuted(true);
+    controller_.appWasMuted(app);
+    EXPECT_EQ(sent(), "10,7,0,1 ");
+    controller_.setMuted(app, true);
+    EXPECT_EQ(gestures, 1) << "that has changed nothing";
+    EXPECT_EQ(stored(), (QVariantMap{{"Sound Effects", QVariantMap{{"Mute", true}}}}));
+    controller_.setMuted(app, false);
+    EXPECT_EQ(sent(), "10,7,0,0 ");
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(gestures, 2);
 }
 
 TEST_F(AppVolumeControllerTest, RestoringTellsRealChangesAndSendsNothing) {

@@ -45,6 +45,12 @@ class VolumeWindowInputTest : public VolumeWindowFixture {
         QTest::keyClick(focused != nullptr ? focused : &window_, key, modifiers);
     }
 
+    /// As a key does that is held.
+    void repeat(Qt::Key key, const QString& text) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text, true);
+        QApplication::sendEvent(window_.focusWidget(), &event);
+    }
+
     void turnWheel(QWidget* over, int angle, int pixels = 0) {
         const QPoint place = over->mapTo(&window_, over->rect().center());
         QWheelEvent event(place, window_.mapToGlobal(place), {0, pixels}, {0, angle}, Qt::NoButton,
@@ -103,8 +109,19 @@ TEST_F(VolumeWindowInputTest, SpaceMutesAndTypingFindsAProgram) {
     clock_->advance(TypeAhead::pause);
     press(Qt::Key_Space);
     EXPECT_TRUE(isMuted('c'));
+    repeat(Qt::Key_Space, " ");
+    EXPECT_TRUE(isMuted('c')) << "it has been toggled once";
     press(Qt::Key_Space);
-    EXPECT_FALSE(isMuted('c'));
+    EXPECT_FALSE(isMuted('c')) << "and nothing has been typed";
+
+    row('a').mute->setFocus(Qt::TabFocusReason);
+    for (const Qt::Key key : {Qt::Key_B, Qt::Key_Space, Qt::Key_P})
+        press(key);
+    EXPECT_TRUE(hasFocus(row('b').mute));
+    EXPECT_FALSE(isMuted('b')) << "on the mute button, too";
+    clock_->advance(TypeAhead::pause);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(isMuted('b'));
 }
 
 TEST_F(VolumeWindowInputTest, DeleteIgnoresAndThereIsAWayBack) {

@@ -3,9 +3,11 @@
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/window/QNAboutBox.h"
+#include "ui/window/UndoNotice.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLabel>
 #include <QScreen>
 
 using VolumeWindowTest = VolumeWindowFixture;
@@ -74,6 +76,20 @@ TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
     EXPECT_TRUE(support::notice(window_).contains("not connected"));
     model_.controller.showProblem("why");
     EXPECT_EQ(support::notice(window_), "why");
+}
+
+TEST_F(VolumeWindowTest, TheSoundEffectsAreIgnoredByTheNameThatIsShown) {
+    ScriptedPlugin plugin(MVCommMainSocketPath());
+    plugin.checkIn(1, "coreaudiod");
+    const QString shown = "Sound Effects";
+    ASSERT_TRUE(showsRows({shown}));
+    RowProbe(window_, shown).item->ignore();
+    EXPECT_TRUE(showsRows({}));
+    EXPECT_EQ(window_.findChild<UndoNotice*>()->findChild<QLabel*>()->text(),
+              "\"Sound Effects\" is ignored from now on.");
+    EXPECT_EQ(window_.history().undoText(), "Ignore \"Sound Effects\"");
+    window_.history().undo();
+    EXPECT_TRUE(showsRows({shown}));
 }
 
 TEST_F(VolumeWindowTest, WhatIsSetElsewhereMovesTheControlsButNotAHeldSlider) {
@@ -147,6 +163,9 @@ TEST_F(VolumeWindowTest, IsInTheMiddleAndShowsWholeRowsWhateverHeightItIsGiven) 
     };
     EXPECT_TRUE(becomes(5 * row + row / 2 - 1, 5 * row)) << window_.height();
     EXPECT_TRUE(becomes(5 * row + row / 2, 6 * row)) << window_.height();
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row));
+    window_.resize(500, titleBar + 5 * row + 2);
+    EXPECT_TRUE(becomes(5 * row + 1, 5 * row)) << "nobody has insisted on it";
     EXPECT_TRUE(becomes(40 * row, 30 * row)) << "the most";
     window_.resize(0, 0);
     EXPECT_EQ(window_.size(), QSize(400, titleBar + 2 * row)) << "the least";

@@ -1,5 +1,6 @@
 #include "ui/input/GestureHistory.h"
 
+#include "comm/MVCommAppValue.h"
 #include "platform/text/Localization.h"
 
 #include <QScopedValueRollback>
@@ -115,7 +116,8 @@ QString GestureHistory::textOf(const Gesture& gesture) {
                                             : localized(QStringLiteral("Unmute \"%@\"")),
                          gesture.name);
     case Kind::ignored:
-        return formatted(localized(QStringLiteral("Ignore \"%@\"")), gesture.name);
+        return formatted(localized(QStringLiteral("Ignore \"%@\"")),
+                         MVCommAppValue::displayNameForProcessName(gesture.name));
     }
     return {};
 }

@@ -68,8 +68,10 @@ bool ItemKeyboard::act(const QKeyEvent& event) {
         openContextMenu(*item);
         return true;
     }
-    if (hasOtherModifiersThan(event, Qt::NoModifier) || event.isAutoRepeat())
+    if (hasOtherModifiersThan(event, Qt::NoModifier))
         return false;
+    if (event.isAutoRepeat())
+        return event.key() == Qt::Key_Space; // which is no letter of a name
     if (event.key() == Qt::Key_Space && !typeAhead_.isUnderWay()) {
         item->muteView().toggle();
         return true;

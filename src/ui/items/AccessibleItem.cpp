@@ -8,6 +8,10 @@
 AccessibleItem::AccessibleItem(MVCollectionViewItem& item)
     : QAccessibleWidget(&item, QAccessible::ListItem, item.label().text()), item_(item) {}
 
+QString AccessibleItem::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Description ? item_.description() : QAccessibleWidget::text(kind);
+}
+
 QList<QWidget*> AccessibleItem::parts() const {
     return {&item_.label(), &item_.muteView(), &item_.slider()};
 }

@@ -2,11 +2,18 @@
 
 #include "platform/text/Localization.h"
 #include "ui/VolumeNumbers.h"
+#include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/TNVolumeSlider.h"
 
 AccessibleSlider::AccessibleSlider(TNVolumeSlider& slider)
     : QAccessibleWidget(&slider, QAccessible::Slider, platform::localized(QStringLiteral("Volume")))
     , slider_(slider) {}
+
+QString AccessibleSlider::text(QAccessible::Text kind) const {
+    const auto* const item = qobject_cast<const MVCollectionViewItem*>(slider_.parentWidget());
+    return kind == QAccessible::Description && item != nullptr ? item->reasonNotControllable()
+                                                               : QAccessibleWidget::text(kind);
+}
 
 void* AccessibleSlider::interface_cast(QAccessible::InterfaceType type) {
     if (type == QAccessible::ValueInterface)

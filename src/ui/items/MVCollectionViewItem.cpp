@@ -196,13 +196,25 @@ bool MVCollectionViewItem::event(QEvent* event) {
 QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (app_ == nullptr)
         return {};
-    const QString reason = surroundings_.controller.reasonNotControllable(*app_);
-    if (!slider_->geometry().contains(place))
-        return lines(
-            {label_->text(), app_->path(), surroundings_.controller.whyNamed(*app_), reason});
+    if (!slider_->geometry().contains(place)) {
+        const QString text = description();
+        return text.isEmpty() ? label_->text() : label_->text() + QLatin1Char('\n') + text;
+    }
+    const QString reason = reasonNotControllable();
     return !reason.isEmpty()
-               ? shownText(reason)
+               ? reason
                : formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
+}
+
+QString MVCollectionViewItem::description() const {
+    return app_ != nullptr ? lines({app_->path(), surroundings_.controller.whyNamed(*app_),
+                                    reasonNotControllable()})
+                           : QString();
+}
+
+QString MVCollectionViewItem::reasonNotControllable() const {
+    return app_ != nullptr ? shownText(surroundings_.controller.reasonNotControllable(*app_))
+                           : QString();
 }
 
 void MVCollectionViewItem::mouseEntered() {

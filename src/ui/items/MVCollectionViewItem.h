@@ -69,8 +69,15 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     QMenu* makeContextMenu(QWidget* parent);
 
     /// What the tool tip says there: of the slider the percent, or why it cannot be moved;
-    /// elsewhere the program's name and path, why it is called so, and that too.
+    /// elsewhere the program's name and its description.
     QString tipAt(const QPoint& place) const;
+
+    /// The program's path, why it is called so, and why its volume cannot be set, each on a line;
+    /// without what is not known.
+    QString description() const;
+
+    /// Why the slider cannot be moved; empty when it can.
+    QString reasonNotControllable() const;
 
     /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away
     /// again; for whoever knows it of this one.

@@ -96,11 +96,10 @@ void MVMuteImageView::mousePressEvent(QMouseEvent* event) {
 }
 
 void MVMuteImageView::keyPressEvent(QKeyEvent* event) {
-    const bool isPress = event->key() == Qt::Key_Space || event->key() == Qt::Key_Select;
-    if (isPress && !event->isAutoRepeat())
-        toggle();
-    else if (!isPress)
+    if (event->key() != Qt::Key_Select)
         event->ignore();
+    else if (!event->isAutoRepeat())
+        toggle();
 }
 
 QSize MVMuteImageView::sizeHint() const {

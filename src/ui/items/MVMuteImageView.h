@@ -7,8 +7,9 @@
 #include <QPointer>
 
 /// The mute button of an item: a speaker that is coloured while its program plays, and struck
-/// through while it is muted. A press, or Space, toggles the record's mute, from where everybody
-/// else learns it, and is a line of the log. Main thread only.
+/// through while it is muted. A press toggles the record's mute, from where everybody else learns
+/// it, and is a line of the log. Space is left to the list, which knows whether it belongs to a
+/// name that is being typed. Main thread only.
 class MVMuteImageView final : public ItemControl {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "ui/window/QNToolTip.h"
 
+#include "platform/desktop/WindowPlaces.h"
 #include "ui/theme/CurrentTheme.h"
 #include "ui/window/AccessibleWindow.h"
 
@@ -69,10 +70,14 @@ void QNToolTip::showAt(const QPoint& place, QWidget& owner) {
     if (QWidget* const window = owner.window(); parentWidget() != window)
         setParent(window, windowFlags());
     owner_ = &owner;
-    connect(&owner, &QObject::destroyed, this, &QWidget::hide, Qt::UniqueConnection);
+    disconnect(endOfOwner_);
+    endOfOwner_ = connect(&owner, &QObject::destroyed, this, &QWidget::hide);
     qApp->installEventFilter(this);
     fitText();
-    setGeometry(placeFor(place, owner.screen()->geometry()));
+    // Where windows have no places it may be counted from where none is; there the window system
+    // keeps tips on the screen.
+    setGeometry(platform::windowsHavePlaces() ? placeFor(place, owner.screen()->geometry())
+                                              : QRect(place + besideMouse, size()));
     show();
     raise();
 }

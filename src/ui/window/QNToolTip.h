@@ -21,8 +21,8 @@ class QNToolTip final : public QWidget {
     void setText(const QString& text);
     QString text() const { return document_.toPlainText(); }
 
-    /// Shows it for `owner` beside a place of the desktop, on the same screen. Hides it when there
-    /// is no text.
+    /// Shows it for `owner` beside a place of the desktop, on the same screen as far as windows
+    /// know of theirs. Hides it when there is no text.
     void showAt(const QPoint& place, QWidget& owner);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -41,4 +41,5 @@ class QNToolTip final : public QWidget {
     QTextDocument document_;
     QTimer time_;
     QPointer<QWidget> owner_; // null while it is hidden
+    QMetaObject::Connection endOfOwner_;
 };

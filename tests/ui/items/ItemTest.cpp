@@ -155,6 +155,22 @@ TEST_F(ItemTest, AssistiveToolsGetItsPartsInTheirOrderAndTheVolumeNotTheLevel) {
     EXPECT_EQ(slider.valueInterface()->currentValue().toDouble(), 1.0);
 }
 
+TEST_F(ItemTest, AssistiveToolsAreToldWhatTheTipTells) {
+    installAccessibleItems();
+    model_.workspace.setRunningApplications({});
+    model_.workspace.setRunningApplications({{1, "Safari", {}, "/opt/safari"}});
+    show(*model_.controller.apps().at(0));
+    const auto told = [](QObject& object) {
+        return QAccessible::queryAccessibleInterface(&object)->text(QAccessible::Description);
+    };
+    model_.workspace.setReason("Safari", "For a\nreason.");
+    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.");
+    EXPECT_EQ(told(item_->slider()), "") << "the value is told anyway";
+    model_.controller.notControllable(1, "It plays past the mixer");
+    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.\nIt plays past the mixer");
+    EXPECT_EQ(told(item_->slider()), "It plays past the mixer");
+}
+
 TEST_F(ItemTest, TheNamesColourTellsOfActivityAndMute) {
     const auto color = [this] { return item_->label().textColor(); };
     EXPECT_EQ(color(), QColor(103, 103, 103));

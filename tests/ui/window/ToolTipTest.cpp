@@ -20,7 +20,8 @@ class ToolTipTest : public testing::Test {
         window_.setGeometry(100, 100, 300, 200);
         owner_->setGeometry(50, 50, 100, 40);
         window_.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
+        window_.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
         show();
     }
 
@@ -60,6 +61,14 @@ TEST_F(ToolTipTest, ItGoesWhenThePersonGoesOnAndWithWhatItExplains) {
     EXPECT_TRUE(goesBy([&] { QTest::mouseMove(other_, {1, 1}); }));
     EXPECT_TRUE(goesBy([&] { show({}); }));
     EXPECT_TRUE(goesBy([&] { delete owner_; }));
+}
+
+TEST_F(ToolTipTest, ItStaysWhenSomethingThatItExplainedBeforeGoes) {
+    QNToolTip::shared().showAt(other_->mapToGlobal(QPoint(5, 5)), *other_);
+    delete owner_;
+    EXPECT_TRUE(isShown());
+    delete other_;
+    EXPECT_FALSE(isShown());
 }
 
 TEST_F(ToolTipTest, ItLiesBesideTheMouseOnItsScreenAndWrapsWhatIsLong) {
