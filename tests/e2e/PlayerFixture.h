@@ -4,8 +4,6 @@
 #include "support/NamedCopy.h"
 
 #include <csignal>
-#include <map>
-#include <ranges>
 
 using support::runCommand;
 using support::waitUntil;
@@ -93,7 +91,7 @@ class PlayerFixture : public PluginFixture {
 
     /// The streams of a process that another mixer shows, the oldest first.
     static std::vector<ShownStream> shownStreams(std::uint32_t pid) {
-        std::map<int, ShownStream> streams;
+        std::vector<ShownStream> streams;
         for (const auto& object : jsonOf({"pactl", "-f", "json", "list", "sink-inputs"})) {
             const QJsonValue properties = object[u"properties"];
             if (properties["application.process.id"].toString() != QString::number(pid) &&
@@ -102,10 +100,10 @@ class PlayerFixture : public PluginFixture {
             ShownStream stream{object[u"index"].toInt(), {}, object[u"mute"].toBool()};
             for (const auto& volume : object[u"volume"].toObject())
                 stream.percents.push_back(volume[u"value_percent"].toString().chopped(1).toInt());
-            streams[stream.index] = stream;
+            streams.push_back(stream);
         }
-        const auto sorted = std::views::values(streams);
-        return {sorted.begin(), sorted.end()};
+        std::ranges::sort(streams, {}, &ShownStream::index);
+        return streams;
     }
 
     static ShownStream onlyStream(const Player& player) {

@@ -2,6 +2,8 @@
 #include "platform/loop/Timer.h"
 #include "plugin/server/WriteLanes.h"
 
+#include <map>
+
 namespace {
 
 /// The greatest difference of two samples that follow each other. Silence is left out: a busy
