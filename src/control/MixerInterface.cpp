@@ -23,6 +23,11 @@ BusError noSuchProgram() {
             QStringLiteral("There is no program of that name")};
 }
 
+BusError nothingRemembered() {
+    return {QStringLiteral("com.quarnel.Tonvale.Error.NothingRemembered"),
+            QStringLiteral("Nothing is remembered of the program")};
+}
+
 bool isPercent(int number) {
     return number >= 0 && number <= 100;
 }
@@ -43,6 +48,14 @@ bool isSameName(const QString& one, const QString& other) {
 QString processNameOf(const QString& displayName) {
     const QString sounds = kMVCommAudioDaemonName;
     return isSameName(displayName, displayed(sounds)) ? sounds : displayName;
+}
+
+/// Null for a program that does not run.
+const MVCommAppValue* runningProgram(const AppVolumeController& controller,
+                                     const QString& displayName) {
+    const auto& running = controller.apps();
+    const auto app = std::ranges::find(running, displayName, &MVCommAppValue::displayName);
+    return app != running.end() ? *app : nullptr;
 }
 
 } // namespace
@@ -122,10 +135,8 @@ std::optional<BusError> MixerInterface::setRemembered(const QString& name, int p
         return noSuchProgram();
     if (!isPercent(percent))
         return notInRange();
-    const auto& running = controller_.apps();
-    if (const auto app = std::ranges::find(running, name, &MVCommAppValue::displayName);
-        app != running.end()) {
-        if (const QString reason = controller_.reasonNotControllable(**app); !reason.isEmpty())
+    if (const MVCommAppValue* const app = runningProgram(controller_, name)) {
+        if (const QString reason = controller_.reasonNotControllable(*app); !reason.isEmpty())
             return BusError::notControllable(reason);
     }
     RememberedApps& programs = controller_.rememberedApps();
@@ -140,7 +151,7 @@ std::optional<BusError> MixerInterface::setRemembered(const QString& name, int p
 
 std::optional<BusError> MixerInterface::forget(const QString& name) {
     if (!controller_.rememberedApps().forget(name))
-        return noSuchProgram();
+        return runningProgram(controller_, name) != nullptr ? nothingRemembered() : noSuchProgram();
     ControlLog::forgotten(name);
     return std::nullopt;
 }

@@ -32,6 +32,8 @@ Failure meant(GError& error) {
     if (isNamed(error, "com.quarnel.Tonvale.Error.NotControllable"))
         return {ExitCode::notControllable,
                 Messages::text("The volume can't be set: %1", {told(error)})};
+    if (isNamed(error, "com.quarnel.Tonvale.Error.NothingRemembered"))
+        return {ExitCode::noSuchProgram, Messages::text("Nothing is remembered of the program.")};
     if (isNamed(error, "com.quarnel.Tonvale.Error.NoSuchProgram") ||
         isBus(error, G_DBUS_ERROR_UNKNOWN_OBJECT))
         return {ExitCode::noSuchProgram, Messages::text("The program has gone.")};

@@ -95,6 +95,13 @@ TEST_F(DesktopSettingsTest, TitleBarsDoWhatTheDesktopsDo) {
     EXPECT_EQ(habits.secondaryClick, Action::none);
     EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::close, Button::minimize}));
     EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu}));
+
+    const TitleBarHabits onX11 = TitleBarHabits::of(
+        settings_, {{"Gtk/TitlebarMiddleClick", "menu"}, {"Gtk/TitlebarRightClick", "minimize"}});
+    EXPECT_EQ(onX11.doubleClick, Action::minimize) << "of that it tells nothing";
+    EXPECT_EQ(onX11.middleClick, Action::menu);
+    EXPECT_EQ(onX11.secondaryClick, Action::minimize);
+    EXPECT_EQ(onX11.left, habits.left);
 }
 
 TEST(TitleBarHabits, TextsThatSayNothingLeaveWhatIsUsual) {

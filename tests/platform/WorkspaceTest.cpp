@@ -178,6 +178,30 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
     EXPECT_EQ(middleOf(workspace_->iconForProgram(cases[3].program)), Qt::green);
 }
 
+TEST_F(WorkspaceTest, HearsOfDesktopEntriesThatComeOrChange) {
+    const std::string program = install("player");
+    const fs::path entry = entries_ / "player.desktop";
+    const fs::path away = folder_.path() / "away.desktop";
+    fs::rename(entry, away);
+    ChildProcess player({program, "600"});
+    begin();
+    const auto pid = static_cast<std::uint32_t>(player.pid());
+    const auto why = [&] { return workspace_->whyNamed({pid, "Der player", {}}); };
+    EXPECT_TRUE(waitUntil([&] { return why() == "The program calls itself so."; }));
+    const auto agent = [&] { return workspace_->whyNamed({0, "Der agent", {}}); };
+    EXPECT_TRUE(waitUntil([&] { return agent() == "The program calls itself so."; }));
+
+    fs::rename(away, entry);
+    EXPECT_TRUE(comesToRun({"Der player"}));
+    EXPECT_EQ(why(), "This application starts the program.");
+    std::ofstream(entry) << "[Desktop Entry]\nType=Application\nName=Other\nExec=" << program;
+    EXPECT_TRUE(comesToRun({"Other"})) << "it has been written in place";
+    install("agent", "NoDisplay=true\n");
+    EXPECT_TRUE(waitUntil([&] {
+        return agent() == "The program says that it is this application.";
+    })) << agent().toStdString();
+}
+
 TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
     const std::string program = install("agent", "NoDisplay=true\n");
     ChildProcess agent({program, "600"});

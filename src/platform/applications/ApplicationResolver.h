@@ -79,11 +79,11 @@ struct ApplicationIdentity {
 ///
 /// What a process is itself comes first: the application of its sandbox, the desktop entry that
 /// starts its executable or the script that it interprets. Only a process that is nothing by itself
-/// gets a name from others: from the process that it is a helper of, or
-/// from the systemd unit that the desktop has made for it. Terminals, shells, editors, starters of
-/// games and the desktop itself lend their name to nobody: a player that somebody starts in a
-/// terminal is that player. What a client claims counts last, and not at all when it is what a
-/// sound library says by itself, or the tool that plays for another program.
+/// gets a name from others: from the process that it is a helper of, or from the systemd unit that
+/// the desktop has made for it, but not from one that it was only left in. Terminals, shells,
+/// editors, starters of games and the desktop itself lend their name to nobody: a player that
+/// somebody starts in a terminal is that player. What a client claims counts last, and not at all
+/// when it is what a sound library says by itself, or the tool that plays for another program.
 ///
 /// Nothing counts that only some can see: what the process's windows say, which a service does not
 /// know, or which desktop it is. So whoever asks gets the same name.

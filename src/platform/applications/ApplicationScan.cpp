@@ -1,8 +1,10 @@
 #include "platform/applications/ApplicationScan.h"
 
 #include "platform/applications/ApplicationName.h"
+#include "platform/processes/SystemLog.h"
 #include "platform/text/MessageLanguages.h"
 
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -46,7 +48,7 @@ ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<Proc
 
 std::vector<ApplicationIdentity> ApplicationScan::running(const std::set<pid_t>& withWindows) {
     prepare();
-    entries_->refresh();
+    refresh();
     auto applications = regularApplications(*entries_, WindowedProcesses(*processes_, withWindows),
                                             surroundings_.session);
     standForOurselves(applications);
@@ -89,6 +91,24 @@ ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& 
         identity.evidence = NameEvidence::clientId;
     }
     return identity;
+}
+
+void ApplicationScan::watchEntries(std::shared_ptr<DispatchQueue> queue,
+                                   std::function<void()> changed) {
+    watch_.emplace(std::move(queue), std::move(changed));
+}
+
+void ApplicationScan::refresh() {
+    if (!watch_) {
+        entries_->refresh();
+        return;
+    }
+    try {
+        entries_->refresh(*watch_);
+    } catch (const std::system_error& error) { // no thread or descriptor is left
+        systemLog(LogPriority::error, "The desktop entries can't be watched: %s", error.what());
+        watch_.reset();
+    }
 }
 
 void ApplicationScan::prepare() {

@@ -5,7 +5,9 @@
 #include "platform/applications/ProcessView.h"
 #include "platform/applications/ProgramFiles.h"
 #include "platform/applications/RegularApplications.h"
+#include "platform/files/PathsWatch.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -14,6 +16,8 @@
 #include <vector>
 
 namespace platform {
+
+class DispatchQueue;
 
 /// Finds out which applications run, and what is known of a program by its name. Reads the desktop
 /// entries at the first question, which takes its time, and those that have changed at each look.
@@ -33,6 +37,11 @@ class ApplicationScan {
     explicit ApplicationScan(Surroundings surroundings,
                              std::unique_ptr<ProcessView> processes = nullptr);
 
+    /// Has running() follow the desktop entries from now on: when they may have changed, `changed`
+    /// is called on the queue, which has to be the one where this object is used. The next
+    /// running() reads them, and until then nothing is told again.
+    void watchEntries(std::shared_ptr<DispatchQueue> queue, std::function<void()> changed);
+
     /// The regular applications. Of processes `withWindows` none is taken for a service. If this
     /// one is of an application that is listed, it is the main process.
     std::vector<ApplicationIdentity> running(const std::set<pid_t>& withWindows);
@@ -44,6 +53,7 @@ class ApplicationScan {
 
   private:
     void prepare();
+    void refresh();
     void standForOurselves(std::vector<ApplicationIdentity>& applications) const;
 
     const Surroundings surroundings_;
@@ -51,6 +61,7 @@ class ApplicationScan {
     const std::unique_ptr<ProcessView> processes_;
     std::optional<DesktopEntries> entries_; // from the first question on
     std::optional<ApplicationResolver> resolver_;
+    std::optional<PathsWatch> watch_;
 };
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/applications/ApplicationName.h"
 #include "platform/applications/DesktopEntries.h"
+#include "platform/applications/UnitStart.h"
 #include "platform/processes/SystemdUnit.h"
 
 #include <algorithm>
@@ -22,11 +23,6 @@ bool isInHome(std::string_view path) {
 /// Whether the path lies where programs keep their own files, not where people do.
 bool isHidden(std::string_view path) {
     return path.find("/.") != std::string_view::npos;
-}
-
-/// Whether the entry's program becomes another one that nobody knows from the entry.
-bool mayBecomeAnother(const DesktopEntry& entry) {
-    return entry.program.empty() || entry.programIsScript || entry.command.isInterpreted;
 }
 
 /// Where the program's own file lies, as far as that can be told.
@@ -96,6 +92,7 @@ ApplicationSearch::ApplicationSearch(const ProcessRecord& process, const ClientP
                                      const DesktopEntries& entries, const ProcessView& processes)
     : client_(client), entries_(entries), processes_(processes) {
     family_.push_back(look(process));
+    line_.push_back(process.pid);
     climb();
 }
 
@@ -190,10 +187,14 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
     const auto isOther = [&](const DesktopEntry* entry) { return !mayMean(*entry, command); };
     std::erase_if(found, isOther);
     for (const std::string_view name : {fileName(command.subject()), std::string_view(label)}) {
-        // Toolkits call a program's windows like its file.
-        if (found.empty())
-            found = entries_.ofWindow(name);
-        std::erase_if(found, isOther);
+        if (!found.empty())
+            break;
+        // Toolkits call a program's windows like its file: so much is known of what a script
+        // becomes. A plain program stays what it is, whatever else is called like its windows.
+        found = entries_.ofWindow(name);
+        std::erase_if(found, [&](const DesktopEntry* entry) {
+            return isOther(entry) || !mayBecomeAnother(*entry);
+        });
     }
     if (found.empty() && command.isInterpreted) {
         // A runtime of the program's own. What an editor runs with its own is the user's.
@@ -225,9 +226,12 @@ void ApplicationSearch::climb() {
         Member parent = look(std::move(*process));
         const Member& child = family_.back();
         if (parent.process.sandbox == child.process.sandbox &&
-            isPassedOver(parent.kind, parent.command, parent.process))
+            isPassedOver(parent.kind, parent.command, parent.process)) {
+            line_.push_back(parent.process.pid);
             continue;
+        }
         if (isFamily(child, parent)) {
+            line_.push_back(parent.process.pid);
             family_.push_back(std::move(parent));
         } else {
             isOver = true;
@@ -264,8 +268,8 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
     return isInFolder(inner, packageFolder(outer)) || isInFolder(outer, packageFolder(inner));
 }
 
-/// The entry of the unit that the desktop has made for the family, if the family may be what it has
-/// started in it. What else runs there, the application has started and left.
+/// The entry of the unit that the desktop has made for the family, if the family is what it has
+/// started in it.
 const DesktopEntry* ApplicationSearch::unitEntry() const {
     const Member& main = family_.back();
     const std::string unit = systemdUnit(main.process.controlGroups);
@@ -274,7 +278,10 @@ const DesktopEntry* ApplicationSearch::unitEntry() const {
     for (const std::string& id : unitApplications(unit)) {
         const DesktopEntry* const entry = entries_.find(id);
         if (entry != nullptr)
-            return !entry->startsOthers && mayBecomeAnother(*entry) ? entry : nullptr;
+            return !entry->startsOthers &&
+                           isStartOfUnit(unit, *entry, main.process, line_, processes_)
+                       ? entry
+                       : nullptr;
     }
     return nullptr;
 }

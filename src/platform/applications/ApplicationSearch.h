@@ -49,6 +49,7 @@ class ApplicationSearch {
     const ProcessView& processes_;
 
     std::vector<Member> family_; ///< from the process in question to the main one
+    std::vector<pid_t> line_;    ///< its numbers, and those of what only runs it
     std::string unitAbove_;      ///< of the process that started the family
     std::string game_;           ///< the number of the game that Steam has started above
 };

@@ -4,6 +4,7 @@
 #include "platform/applications/ProgramFiles.h"
 #include "platform/applications/ProgramKinds.h"
 #include "platform/files/Directories.h"
+#include "platform/files/PathsWatch.h"
 
 #include <algorithm>
 #include <cctype>
@@ -98,6 +99,23 @@ bool DesktopEntries::refresh() {
     return changed;
 }
 
+bool DesktopEntries::refresh(PathsWatch& watch) {
+    bool isDifferent = refresh();
+    if (!watch.isDue())
+        return isDifferent;
+    // What comes before it is watched shows only to who looks again.
+    while (watch.follow(readPaths()))
+        isDifferent |= refresh();
+    return isDifferent;
+}
+
+std::vector<std::string> DesktopEntries::readPaths() const {
+    std::vector<std::string> paths = subfolders_;
+    for (const auto& [path, file] : known_)
+        paths.push_back(path);
+    return paths;
+}
+
 void DesktopEntries::setLanguages(const std::string& languages) {
     if (languages == surroundings_.languages)
         return;
@@ -183,13 +201,6 @@ void DesktopEntries::index(const DesktopEntry& entry) {
 DesktopEntries::Found DesktopEntries::in(const Index& index, std::string_view key) {
     const auto found = index.find(key);
     return found != index.end() ? found->second : Found();
-}
-
-std::vector<std::string> DesktopEntries::watchedPaths() const {
-    std::vector<std::string> paths = subfolders_;
-    for (const auto& [path, file] : known_)
-        paths.push_back(path);
-    return paths;
 }
 
 const DesktopEntry* DesktopEntries::find(std::string_view id) const {

@@ -15,6 +15,8 @@
 
 namespace platform {
 
+class PathsWatch;
+
 /// The desktop entries of the applications that are installed, by all that a program may be known
 /// by. An entry of an earlier folder takes the place of those of its id in later ones; a hidden one
 /// does too, and stands for none.
@@ -39,6 +41,9 @@ class DesktopEntries {
     /// Reads what is new or has changed. Whether there is any difference.
     bool refresh();
 
+    /// The same, and has `watch` follow the folders of entries and all files in them.
+    bool refresh(PathsWatch& watch);
+
     /// Reads all of them again, in another language. Nothing is done if it is the same.
     void setLanguages(const std::string& languages);
 
@@ -46,9 +51,6 @@ class DesktopEntries {
     std::uint64_t generation() const noexcept { return generation_; }
 
     const std::vector<std::string>& folders() const noexcept { return folders_; }
-
-    /// The folders of entries and all files in them, as they were at the last refresh().
-    std::vector<std::string> watchedPaths() const;
 
     std::size_t size() const noexcept { return entries_.size(); }
 
@@ -107,6 +109,7 @@ class DesktopEntries {
     using Index = std::unordered_map<std::string, Found, TextHash, std::equal_to<>>;
 
     bool scan(const std::string& path, const std::string& prefix);
+    std::vector<std::string> readPaths() const;
     void rebuild();
     void index(const DesktopEntry& entry);
     static Found in(const Index& index, std::string_view key);

@@ -1,18 +1,13 @@
 #pragma once
 
+#include "platform/files/PathsWatch.h"
 #include "platform/loop/Timer.h"
 
-#include <cstdint>
 #include <functional>
-#include <map>
-#include <memory>
-#include <set>
-#include <string>
 
 namespace platform {
 
 class DesktopEntries;
-class FileWatch;
 class RunLoop;
 
 /// Keeps desktop entries as they are in their folders, some of which may be missing and appear
@@ -34,14 +29,9 @@ class DesktopEntriesWatch {
     DesktopEntriesWatch& operator=(const DesktopEntriesWatch&) = delete;
 
   private:
-    bool refresh();
-    bool follow();
-    std::set<std::string> wantedPaths() const;
-    void notice(const std::string& path, std::uint32_t events);
-
     DesktopEntries& entries_;
     Timer burst_;
-    std::map<std::string, std::unique_ptr<FileWatch>> watches_; // by path
+    PathsWatch paths_;
 };
 
 } // namespace platform

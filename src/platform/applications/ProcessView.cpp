@@ -57,16 +57,21 @@ std::string_view variable(std::string_view environment, std::string_view name) {
     return {};
 }
 
-/// The field of the status line that follows the name and one more.
-pid_t parentOf(pid_t process) {
-    const std::string status = contentOf(process, "stat");
+/// Of the status line: after the name, which may contain anything, and the state come the numbers
+/// of the parent, the group and the session.
+void readStatus(ProcessRecord& record) {
+    const std::string status = contentOf(record.pid, "stat");
     const std::size_t nameEnd = status.rfind(')');
     constexpr std::size_t stateLength = 4; // ") S "
     if (nameEnd == std::string::npos || status.size() <= nameEnd + stateLength)
-        return 0;
-    pid_t parent = 0;
-    std::from_chars(status.data() + nameEnd + stateLength, status.data() + status.size(), parent);
-    return parent;
+        return;
+    pid_t group = 0;
+    const char* at = status.data() + nameEnd + stateLength;
+    const char* const end = status.data() + status.size();
+    for (pid_t* const number : {&record.parent, &group, &record.session}) {
+        at = std::from_chars(at, end, *number).ptr;
+        at += at != end ? 1 : 0;
+    }
 }
 
 /// Whether the variable holds a number that the process has, in our counting or in its own.
@@ -97,7 +102,7 @@ std::optional<ProcessRecord> ProcessView::process(pid_t pid) const {
         return std::nullopt;
     ProcessRecord record;
     record.pid = pid;
-    record.parent = parentOf(pid);
+    readStatus(record);
     record.startTime = *start;
     record.user = *user;
     record.executable = executablePath(pid).value_or("");

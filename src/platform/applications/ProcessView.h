@@ -14,6 +14,7 @@ struct ProcessRecord {
     pid_t pid = 0;
     pid_t parent = 0;
     std::uint64_t startTime = 0; ///< in clock ticks since boot
+    pid_t session = 0;           ///< of processes: the number of the one that began it; or 0
     uid_t user = 0;              ///< the effective one
     std::string executable;      ///< full path; for a process with a root of its own as seen there
     std::vector<std::string> arguments; ///< the whole command line

@@ -66,6 +66,12 @@ DesktopWorkspace::DesktopWorkspace(RunLoop& loop, std::shared_ptr<ApplicationSca
     , units_([this] { hear(); }, bus)
     , windows_([this] { hear(); })
     , self_(std::make_shared<DesktopWorkspace*>(this)) {
+    scan_->watchEntries(queue_, [self = self_] {
+        DispatchQueue::main()->async([self] {
+            if (*self != nullptr)
+                (*self)->hearOfEntries();
+        });
+    });
     look();
 }
 
@@ -80,6 +86,11 @@ void DesktopWorkspace::hear() {
     later_.start(becomingTime);
 }
 
+void DesktopWorkspace::hearOfEntries() {
+    haveEntriesNews_ = true;
+    hear();
+}
+
 void DesktopWorkspace::lookAgain() {
     if (!soon_.isActive())
         soon_.startAt(std::max(MonotonicClock::now(), nextLook_));
@@ -90,6 +101,7 @@ void DesktopWorkspace::look() {
     hasNews_ = isLooking_;
     if (std::exchange(isLooking_, true))
         return;
+    isReadingNews_ = std::exchange(haveEntriesNews_, false);
     inBackground(
         [windows = windows_.owners()](ApplicationScan& scan) { return scan.running(windows); },
         &DesktopWorkspace::take);
@@ -97,6 +109,7 @@ void DesktopWorkspace::look() {
 
 void DesktopWorkspace::take(const Identities& running) {
     isLooking_ = false;
+    const bool isAnyOutdated = outdate();
     if (hasNews_)
         look();
     QList<RunningApplication> applications;
@@ -105,12 +118,21 @@ void DesktopWorkspace::take(const Identities& running) {
         applications.append(runningApplication(each));
         known.insert(applications.last().localizedName, each);
     }
-    const bool isDifferent = running_ != applications || known_ != known;
+    const bool isDifferent = isAnyOutdated || running_ != applications || known_ != known;
     running_ = std::move(applications);
     known_ = std::move(known);
     watchEnds();
     if (isDifferent)
         tellRunningApplications();
+}
+
+/// After a look that has read other entries: whether there is something that is to be asked anew.
+bool DesktopWorkspace::outdate() {
+    if (!std::exchange(isReadingNews_, false))
+        return false;
+    for (Identified& each : identified_)
+        each.isOutdated = true;
+    return !identified_.isEmpty();
 }
 
 /// Systemd and the window manager do not tell of what a person has started in a terminal.
@@ -129,14 +151,15 @@ void DesktopWorkspace::watchEnds() {
     }
 }
 
-/// What is known of the name. Another process of that name may be another program, so it is asked
-/// about as well; meanwhile the answer is that for the last one.
+/// What is known of the name. Another process of that name may be another program, and other
+/// entries may say something else, so it is asked about as well; meanwhile the answer is the last
+/// one.
 const ApplicationIdentity* DesktopWorkspace::findOrAsk(const ProgramOfName& program) const {
     if (const auto found = known_.constFind(program.name); found != known_.cend())
         return &*found;
     const auto found = identified_.constFind(program.name);
     const bool isThere = found != identified_.cend();
-    if (!isThere || (program.pid != 0 && found->pid != program.pid))
+    if (!isThere || found->isOutdated || (program.pid != 0 && found->pid != program.pid))
         askAbout(program);
     return isThere ? &found->identity : nullptr;
 }

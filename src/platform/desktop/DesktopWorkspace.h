@@ -22,9 +22,9 @@ class RunLoop;
 
 /// The workspace of the desktop that we run on. It looks at the processes, on a queue of its own,
 /// when it hears of something: from systemd's manager of the person's session, from the window
-/// manager, from the kernel when an application that it knows has ended, or from whoever asks it
-/// to. It looks again a little later, since many programs need a moment to become what they are.
-/// While nothing happens it does nothing.
+/// manager, from the kernel when an application that it knows has ended or a desktop entry has
+/// changed, or from whoever asks it to. It looks again a little later, since many programs need a
+/// moment to become what they are. While nothing happens it does nothing.
 class DesktopWorkspace final : public Workspace {
   public:
     /// Begins to look. `loop` is the main thread's and serves the main queue; `bus` is where
@@ -51,12 +51,15 @@ class DesktopWorkspace final : public Workspace {
     struct Identified {
         std::uint32_t pid = 0; // that has been asked about
         ApplicationIdentity identity;
+        bool isOutdated = false;
     };
     using TakeAnswer = void (DesktopWorkspace::*)(const Identities&);
 
     void hear();
+    void hearOfEntries();
     void look();
     void take(const Identities& running);
+    bool outdate();
     void watchEnds();
     const ApplicationIdentity* findOrAsk(const ProgramOfName& program) const;
     void askAbout(const ProgramOfName& program) const;
@@ -76,7 +79,9 @@ class DesktopWorkspace final : public Workspace {
     std::vector<ProgramOfName> underway_; // of what has been asked
     std::map<pid_t, std::unique_ptr<ProcessWatch>> ends_;
     bool isLooking_ = false;
-    bool hasNews_ = false; // since the look began
+    bool hasNews_ = false;         // since the look began
+    bool haveEntriesNews_ = false; // that no look has read
+    bool isReadingNews_ = false;   // of entries
     MonotonicClock::time_point nextLook_;
 
     Timer soon_;

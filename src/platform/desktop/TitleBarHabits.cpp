@@ -47,18 +47,24 @@ void TitleBarHabits::placeButtons(const QString& layout) {
         right.insert(right.begin(), Button::menu);
 }
 
-TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings) {
-    const auto text = [&](const char* key) {
-        return settings
-            .value(QStringLiteral("org.gnome.desktop.wm.preferences"), QLatin1String(key))
-            .toString();
+TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings,
+                                  const QMap<QString, QString>& x11) {
+    const auto text = [&](const char* x11Name, const char* key) {
+        const auto told = x11.constFind(QLatin1String(x11Name));
+        return told != x11.cend() ? *told
+                                  : settings
+                                        .value(QStringLiteral("org.gnome.desktop.wm.preferences"),
+                                               QLatin1String(key))
+                                        .toString();
     };
     TitleBarHabits habits;
-    habits.doubleClick = actionFromText(text("action-double-click-titlebar"), habits.doubleClick);
-    habits.middleClick = actionFromText(text("action-middle-click-titlebar"), habits.middleClick);
-    habits.secondaryClick =
-        actionFromText(text("action-right-click-titlebar"), habits.secondaryClick);
-    habits.placeButtons(text("button-layout"));
+    habits.doubleClick = actionFromText(
+        text("Gtk/TitlebarDoubleClick", "action-double-click-titlebar"), habits.doubleClick);
+    habits.middleClick = actionFromText(
+        text("Gtk/TitlebarMiddleClick", "action-middle-click-titlebar"), habits.middleClick);
+    habits.secondaryClick = actionFromText(
+        text("Gtk/TitlebarRightClick", "action-right-click-titlebar"), habits.secondaryClick);
+    habits.placeButtons(text("Gtk/DecorationLayout", "button-layout"));
     return habits;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 
 #include <vector>
@@ -23,8 +24,10 @@ struct TitleBarHabits {
     Buttons left = {Button::menu};
     Buttons right = {Button::minimize, Button::close};
 
-    /// As `settings` are now.
-    static TitleBarHabits of(const DesktopSettings& settings);
+    /// As the desktop's settings are now. What an X11 desktop tells its programs (`x11`, by the
+    /// names of XSETTINGS) goes first: the portal may tell of another desktop's settings there.
+    static TitleBarHabits of(const DesktopSettings& settings,
+                             const QMap<QString, QString>& x11 = {});
 
     /// From the desktops' texts: "toggle-maximize"; of "menu:minimize,maximize,close" all buttons
     /// that we have. There is a menu always, at the end that has no buttons of its own; a text

@@ -86,6 +86,17 @@ std::vector<std::string> unitApplications(std::string_view unit) {
     return ids;
 }
 
+pid_t processOfScope(std::string_view unit) {
+    constexpr pid_t largest = 1 << 22; // the kernel's; launchers also write random numbers or times
+    const std::string_view body = take(unit, "app-", ".scope");
+    const std::string_view text = body.substr(std::min(body.rfind('-') + 1, body.size()));
+    pid_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isOne =
+        error == std::errc() && end == text.data() + text.size() && number <= largest;
+    return isOne ? number : 0;
+}
+
 std::string loginSession(std::string_view controlGroups) {
     std::string found;
     forEachComponent(controlGroups, [&found](std::string_view component) {

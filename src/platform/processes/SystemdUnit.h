@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 namespace platform {
@@ -20,6 +21,10 @@ std::string systemdUnit(std::string_view controlGroups);
 /// not be told from parts of the id, so there may be several; the first that is an entry counts.
 /// Empty for other units.
 std::vector<std::string> unitApplications(std::string_view unit);
+
+/// The process that a scope has been made for, where the scope's name ends in that one's number, as
+/// "app-gnome-player-4711.scope"; 0 for other units.
+pid_t processOfScope(std::string_view unit);
 
 /// The login session that the process belongs to; empty for one that belongs to none in particular,
 /// such as those that the user's service manager has started.

@@ -1,6 +1,7 @@
 #include "ui/window/MVCustomWindow.h"
 
 #include "platform/desktop/DesktopSettings.h"
+#include "platform/desktop/X11Settings.h"
 #include "ui/theme/CurrentTheme.h"
 #include "ui/window/AccessibleWindow.h"
 #include "ui/window/MVCustomWindowBackgroundView.h"
@@ -43,6 +44,8 @@ MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget
     connect(titleView_, &MVCustomWindowTitleView::buttonPressed, this, &MVCustomWindow::press);
     connect(&platform::DesktopSettings::shared(), &platform::DesktopSettings::changed, this,
             &MVCustomWindow::followHabits);
+    connect(&platform::X11Settings::shared(), &platform::X11Settings::changed, this,
+            &MVCustomWindow::followHabits);
     connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVCustomWindow::drawAnew);
     followHabits();
 }
@@ -83,7 +86,8 @@ void MVCustomWindow::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void MVCustomWindow::followHabits() {
-    TitleBarHabits habits = TitleBarHabits::of(platform::DesktopSettings::shared());
+    TitleBarHabits habits = TitleBarHabits::of(platform::DesktopSettings::shared(),
+                                               platform::X11Settings::shared().texts());
     const auto drop = [&](TitleBarHabits::Button button, bool isThere) {
         if (isThere)
             return;

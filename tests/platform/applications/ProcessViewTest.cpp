@@ -31,6 +31,7 @@ TEST(ProcessView, SeesAProcessAndNothingOfOneThatIsGone) {
     const platform::ProcessRecord record = recordOf(child);
     EXPECT_EQ(record.pid, child.pid());
     EXPECT_EQ(record.parent, ::getpid());
+    EXPECT_EQ(record.session, ::getsid(child.pid()));
     EXPECT_EQ(record.user, ::geteuid());
     EXPECT_EQ(record.startTime, platform::processStartTime(child.pid()));
     EXPECT_THAT(record.arguments, testing::ElementsAre("sleep", "60"));

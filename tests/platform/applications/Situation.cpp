@@ -119,6 +119,7 @@ class Situation::Reader {
         ProcessRecord record;
         record.pid = pid;
         record.parent = takeNumber("parent", 900);
+        record.session = takeNumber("leader", 0);
         record.user = static_cast<uid_t>(takeNumber("user", Situation::user));
         record.startTime = static_cast<std::uint64_t>(takeNumber("start", pid));
         record.executable = take("exe");
