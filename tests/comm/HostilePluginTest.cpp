@@ -193,20 +193,18 @@ TEST_F(HostilePluginTest, NamesAndPathsAreStoredAsTheyAreAndLoggedOnOneLine) {
         QString stored;
         std::string logged;
     } cases[] = {
-        {"a\nb", QStringLiteral("a\nb"), "a\\nb"},
-        {"\n:00:00.000: [E] forged", QStringLiteral("\n:00:00.000: [E] forged"),
-         "\\n:00:00.000: [E] forged"},
-        {"\x1b[2J\a\r\x7f\t", QStringLiteral("\x1b[2J\a\r\x7f\t"), "?[2J????"},
-        {"exe\u202egnp.\u2066x\u2069", QStringLiteral(u"exe\u202egnp.\u2066x\u2069"),
+        {"a\nb", "a\nb", "a\\nb"},
+        {"\n:00:00.000: [E] forged", "\n:00:00.000: [E] forged", "\\n:00:00.000: [E] forged"},
+        {"\x1b[2J\a\r\x7f\t", "\x1b[2J\a\r\x7f\t", "?[2J????"},
+        {"exe\u202egnp.\u2066x\u2069", "exe\u202egnp.\u2066x\u2069",
          "exe\\u202egnp.\\u2066x\\u2069"},
-        {"one\u2028two\u2029", QStringLiteral(u"one\u2028two\u2029"), "one\\u2028two\\u2029"},
-        {"next\u0085line\u009b2J\v\f", QStringLiteral(u"next\u0085line\u009b2J\v\f"),
-         "next\\u85line??2J??"},
-        {"\u200eמוזיקה\u200f", QStringLiteral(u"\u200eמוזיקה\u200f"), "\u200eמוזיקה\u200f"},
-        {"%s%n%1%@", QStringLiteral("%s%n%1%@"), "%s%n%1%@"},
-        {"\\n", QStringLiteral("\\n"), "\\n"},
-        {"\xc3", QStringLiteral(u"\ufffd"), "\ufffd"},
-        {"\xed\xa0\x80z", QStringLiteral(u"\ufffd\ufffd\ufffdz"), "\ufffd\ufffd\ufffdz"},
+        {"one\u2028two\u2029", "one\u2028two\u2029", "one\\u2028two\\u2029"},
+        {"next\u0085line\u009b2J\v\f", "next\u0085line\u009b2J\v\f", "next\\u85line??2J??"},
+        {"\u200eמוזיקה\u200f", "\u200eמוזיקה\u200f", "\u200eמוזיקה\u200f"},
+        {"%s%n%1%@", "%s%n%1%@", "%s%n%1%@"},
+        {"\\n", "\\n", "\\n"},
+        {"\xc3", "\ufffd", "\ufffd"},
+        {"\xed\xa0\x80z", "\ufffd\ufffd\ufffdz", "\ufffd\ufffd\ufffdz"},
         {std::string(127, '\n'), QString(127, QLatin1Char('\n')), repeated("\\n", 254)},
         {std::string(127, '\xff'), QString(127, QChar(0xfffd)), repeated("\ufffd", 381)},
     };
@@ -217,11 +215,12 @@ TEST_F(HostilePluginTest, NamesAndPathsAreStoredAsTheyAreAndLoggedOnOneLine) {
         EXPECT_EQ(log_.count("'" + text.logged + "' connected (pid=5, path='/usr/bin/x')"), 1U)
             << log_.lines().back().text;
 
-        plugin->checkIn(5, "later", text.text);
+        plugin->checkIn(6, "later", text.text);
         turn();
+        EXPECT_EQ(server_->connectionProcesses().back().pid, 6U);
         EXPECT_EQ(server_->connectionProcesses().back().path, text.stored);
         EXPECT_EQ(log_.count("Duplicate checkin for " + text.logged + "/5, overwriting"), 1U);
-        EXPECT_EQ(log_.count("'later' connected (pid=5, path='" + text.logged + "')"), 1U);
+        EXPECT_EQ(log_.count("'later' connected (pid=6, path='" + text.logged + "')"), 1U);
 
         plugin->checkIn(5, text.text);
         turn();

@@ -13,19 +13,13 @@
 
 namespace {
 
-template <typename Value>
-concept ProcessCanBeSet = requires(Value& value) {
-    value.setProcess(1U, QString());
-};
-static_assert(!ProcessCanBeSet<MVCommAppValue>);
-
 class SoundEffectsTranslator : public QTranslator {
   public:
     QString translate(const char* context, const char* text, const char* /*disambiguation*/,
                       int /*number*/) const override {
         const bool isOurs = QLatin1String(context) == QLatin1String("Tonvale") &&
                             QLatin1String(text) == QLatin1String("Sound Effects");
-        return isOurs ? QStringLiteral("Klangeffekte") : QString();
+        return isOurs ? "Klangeffekte" : QString();
     }
     bool isEmpty() const override { return false; }
 };

@@ -9,7 +9,6 @@
 #include <QString>
 
 #include <fstream>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -17,9 +16,8 @@ using namespace std::chrono_literals;
 // There is no session bus here, so each attempt to announce the launch is a line in the log.
 class MVCommTest : public CommFixture {
   protected:
-    MVCommTest() {
-        comm_.setAppConnectCallback(&recordConnection);
-        comm_.setAppDisconnectCallback(&recordDisconnection);
+    bool serve(const std::string& name) {
+        return comm_.addCommForPath(QString::fromStdString(socketPath(name)));
     }
 
     std::size_t announcements() const {
@@ -30,24 +28,10 @@ class MVCommTest : public CommFixture {
     MVComm comm_;
 };
 
-TEST_F(MVCommTest, ServesTheMainSocketWithItsCallbacks) {
-    ASSERT_TRUE(comm_.setupPluginConnectionWithCallBack(&recordLevel));
-    support::ScriptedPlugin plugin(socketPath(kMVCommSocketName));
-    plugin.checkIn(4711, "player");
-    plugin.reportLevel(4711, 0.5F);
-    turn();
-    advance(50ms);
-    EXPECT_EQ(events, "C");
-    EXPECT_EQ(levels.front(), "4711:0.500000");
-    plugin.disconnect();
-    turn();
-    EXPECT_EQ(events, "CD");
-}
-
 TEST_F(MVCommTest, AnnouncesABurstOfAdditionsOnceTwoTenthsOfASecondAfterTheLast) {
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("first"))));
+    ASSERT_TRUE(serve("first"));
     advance(90ms);
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("second"))));
+    ASSERT_TRUE(serve("second"));
     advance(100ms);
     advance(99ms);
     EXPECT_EQ(announcements(), 0U);
@@ -56,15 +40,15 @@ TEST_F(MVCommTest, AnnouncesABurstOfAdditionsOnceTwoTenthsOfASecondAfterTheLast)
     advance(1h);
     EXPECT_EQ(announcements(), 1U);
 
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("third"))));
+    ASSERT_TRUE(serve("third"));
     comm_.shutdown();
     advance(1h);
     EXPECT_EQ(announcements(), 1U) << "an application that is going away announces nothing";
 }
 
 TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("first"))));
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("second"))));
+    ASSERT_TRUE(serve("first"));
+    ASSERT_TRUE(serve("second"));
     support::ScriptedPlugin late(socketPath("second"));
     support::ScriptedPlugin early(socketPath("first"));
     late.checkIn(2, "b");
@@ -94,7 +78,7 @@ TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
 }
 
 TEST_F(MVCommTest, ConnectedProcessesAreThoseThatHaveCheckedIn) {
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("socket"))));
+    ASSERT_TRUE(serve("socket"));
     support::ScriptedPlugin daemon(socketPath("socket"));
     support::ScriptedPlugin silent(socketPath("socket"));
     support::ScriptedPlugin alike(socketPath("socket"));
@@ -117,7 +101,7 @@ TEST_F(MVCommTest, ConnectedProcessesAreThoseThatHaveCheckedIn) {
 
 TEST_F(MVCommTest, SettingsDoNotReachServersThatAreAddedLater) {
     comm_.suppressMessages(true);
-    ASSERT_TRUE(comm_.addCommForPath(QString::fromStdString(socketPath("late"))));
+    ASSERT_TRUE(serve("late"));
     support::ScriptedPlugin plugin(socketPath("late"));
     turn();
     const MVCommConsoleMessage message{kMVCommSetVolume, 1, 0, 20};

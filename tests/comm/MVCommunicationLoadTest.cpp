@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <malloc.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 

@@ -7,7 +7,6 @@
 #include <QObject>
 
 using support::AccessibleObject;
-using support::ScriptedPlugin;
 using support::waitUntil;
 
 // What assistive tools, which are other programs, see of the window and do in it.
@@ -22,11 +21,11 @@ class Listener : public QObject {
 
   public:
     explicit Listener(const support::AssistiveTool& tool) {
-        tool.listen(QStringLiteral("object:state-changed:checked"));
-        tool.listen(QStringLiteral("object:property-change:accessible-value"));
+        tool.listen("object:state-changed:checked");
+        tool.listen("object:property-change:accessible-value");
         for (const char* const kind : {"StateChanged", "PropertyChange"})
-            tool.bus().connect({}, {}, QStringLiteral("org.a11y.atspi.Event.Object"),
-                               QLatin1String(kind), this, SLOT(take(QDBusMessage)));
+            tool.bus().connect({}, {}, "org.a11y.atspi.Event.Object", QLatin1String(kind), this,
+                               SLOT(take(QDBusMessage)));
     }
 
     QStringList events;
@@ -43,10 +42,9 @@ class AccessibilityTest : public DesktopFixture {
   protected:
     void SetUp() override {
         startTonvale();
-        plugin_.emplace(MVCommMainSocketPath());
+        connectPlayer();
         other_.emplace(MVCommMainSocketPath());
         other_->checkIn(1, "coreaudiod");
-        plugin_->checkIn(4711, "player");
         EXPECT_TRUE(waitUntil([&] {
             item_ = tool_.desktop().find("list item", "player");
             return item_ && tool_.desktop().find("list item", "Sound Effects");
@@ -57,15 +55,14 @@ class AccessibilityTest : public DesktopFixture {
     AccessibleObject mute() const { return item_->find("check box", "Mute").value(); }
 
     support::AssistiveTool tool_{session_};
-    std::optional<ScriptedPlugin> plugin_;
-    std::optional<ScriptedPlugin> other_;
+    std::optional<support::ScriptedPlugin> other_;
     std::optional<AccessibleObject> item_;
 };
 
 } // namespace
 
 TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
-    const auto window = tool_.window(QStringLiteral("Tonvale"));
+    const auto window = tool_.window("Tonvale");
     ASSERT_TRUE(window) << tool_.outline().toStdString();
     const auto list = window->find("list", "Programs");
     ASSERT_TRUE(list);
@@ -76,10 +73,6 @@ TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
     }
     EXPECT_EQ(names, (QStringList{"Sound Effects", "player"}));
     EXPECT_TRUE(window->find("button", "Menu") || window->find("push button", "Menu"));
-    for (const AccessibleObject& part : item_->children()) {
-        EXPECT_NE(part.role(), "progress bar");
-        EXPECT_NE(part.role(), "level bar");
-    }
     EXPECT_EQ(item_->children().size(), 3) << "name, mute, slider";
     EXPECT_TRUE(item_->description().startsWith("/usr/bin/x"))
         << "the path, and why it is so called";
@@ -91,17 +84,17 @@ TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {
     EXPECT_EQ(slider().value("MaximumValue"), 1.0);
     EXPECT_EQ(slider().value(), 1.0);
     slider().setValue(0.5);
-    sentUntil(*plugin_, "9,4711,50 ");
+    sentUntil("9,4711,50 ");
     EXPECT_EQ(slider().value(), 0.5);
     ASSERT_EQ(slider().actions().mid(0, 2), (QStringList{"Increase", "Decrease"}));
     slider().act("Increase");
-    sentUntil(*plugin_, "9,4711,60 ");
+    sentUntil("9,4711,60 ");
     slider().act("Decrease");
-    sentUntil(*plugin_, "9,4711,50 ");
+    sentUntil("9,4711,50 ");
     EXPECT_FALSE(mute().hasState(checked));
     ASSERT_TRUE(mute().actions().contains("Press"));
     mute().act("Press");
-    sentUntil(*plugin_, "10,4711,1 ");
+    sentUntil("10,4711,1 ");
     EXPECT_TRUE(mute().hasState(checked));
 }
 

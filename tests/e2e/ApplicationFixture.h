@@ -43,17 +43,5 @@ class ApplicationFixture : public PreferencesFixture {
         return isThere;
     }
 
-    /// Waits until the plug-in has told the application of the program.
-    bool isKnown(const Player& player) const {
-        const std::string line = "(pid " + std::to_string(player.pid()) + ",";
-        return waitUntil([&] {
-            const std::string status = runPlugin({"--status"}).output;
-            const auto begin = status.find(line);
-            const std::string text = status.substr(std::min(begin, status.size()));
-            return begin != std::string::npos &&
-                   text.substr(0, text.find('\n')).find("does not know") == std::string::npos;
-        });
-    }
-
     std::optional<support::ChildProcess> tonvale_;
 };

@@ -20,12 +20,12 @@ class BusReports : public QObject {
     using Change = std::tuple<uint, int, bool>;
 
     BusReports() {
-        const QString interface = QStringLiteral("com.quarnel.Tonvale.Plugin");
-        const QString path = QStringLiteral("/com/quarnel/Tonvale/Plugin");
-        EXPECT_TRUE(bus_.connect(interface, path, interface, QStringLiteral("ChangedElsewhere"),
-                                 this, SLOT(changedElsewhere(uint, int, bool))));
-        EXPECT_TRUE(bus_.connect(interface, path, interface, QStringLiteral("NotControllable"),
-                                 this, SLOT(notControllable(uint, QString))));
+        const QString interface = "com.quarnel.Tonvale.Plugin";
+        const QString path = "/com/quarnel/Tonvale/Plugin";
+        EXPECT_TRUE(bus_.connect(interface, path, interface, "ChangedElsewhere", this,
+                                 SLOT(changedElsewhere(uint, int, bool))));
+        EXPECT_TRUE(bus_.connect(interface, path, interface, "NotControllable", this,
+                                 SLOT(notControllable(uint, QString))));
     }
     ~BusReports() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
@@ -49,5 +49,5 @@ class BusReports : public QObject {
 
   private:
     QDBusConnection bus_ = QDBusConnection::connectToBus(
-        QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS")), QStringLiteral("reports"));
+        QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS")), "reports");
 };

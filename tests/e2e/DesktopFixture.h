@@ -6,6 +6,7 @@
 #include "support/PrivateBus.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
+#include "ui/items/ItemLayout.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,9 @@
 #include <iterator>
 #include <optional>
 #include <string>
+
+inline constexpr int titleBar = 33;
+inline constexpr int rowHeight = ItemLayout::height;
 
 /// For tests of the application's program on a display with nothing but itself, a session bus, and
 /// plug-ins that a test connects.
@@ -46,10 +50,16 @@ class DesktopFixture : public testing::Test {
         tonvale_.reset();
     }
 
-    void rememberFrame(const std::string& frame) const {
+    /// As the preferences have a window's frame.
+    static std::string textOf(const QRect& frame) {
+        return std::to_string(frame.x()) + " " + std::to_string(frame.y()) + " " +
+               std::to_string(frame.width()) + " " + std::to_string(frame.height());
+    }
+
+    void rememberFrame(const QRect& frame) const {
         std::ofstream(preferences_, std::ios::binary)
             << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
-            << "<key>MainWindow</key><string>" << frame << "</string></dict></plist>";
+            << "<key>MainWindow</key><string>" << textOf(frame) << "</string></dict></plist>";
     }
 
     std::string rememberedFrame() const {
@@ -61,11 +71,17 @@ class DesktopFixture : public testing::Test {
                                  : std::string();
     }
 
-    /// Everything that the plug-in gets up to what ends so.
-    static std::string sentUntil(support::ScriptedPlugin& plugin, const std::string& end) {
+    /// A plug-in that has the item "player", of the process 4711.
+    void connectPlayer() {
+        plugin_.emplace(MVCommMainSocketPath());
+        plugin_->checkIn(4711, "player");
+    }
+
+    /// Everything that it gets up to what ends so.
+    std::string sentUntil(const std::string& end) {
         std::string all;
         EXPECT_TRUE(support::waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands())
+            for (const MVCommConsoleMessage& command : plugin_->takeCommands())
                 all += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
                        std::to_string(command.value) + " ";
             return all.ends_with(end);
@@ -79,4 +95,5 @@ class DesktopFixture : public testing::Test {
         std::filesystem::path(std::getenv("TMPDIR")) / "window.png"; // at its end
     const support::PrivateBus session_;
     std::optional<support::ChildProcess> tonvale_;
+    std::optional<support::ScriptedPlugin> plugin_;
 };

@@ -1,20 +1,16 @@
 #include "e2e/DesktopFixture.h"
 
 #include "support/DesktopPortal.h"
-#include "ui/items/ItemLayout.h"
 
 #include <QGuiApplication>
 #include <QImage>
 #include <QPalette>
 #include <QPixmap>
 #include <QScreen>
-#include <QString>
 
-#include <chrono>
 #include <sstream>
 
 using support::runCommand;
-using support::ScriptedPlugin;
 using support::waitUntil;
 using namespace std::chrono_literals;
 
@@ -22,8 +18,7 @@ using namespace std::chrono_literals;
 // the program cannot tell from a person's.
 namespace {
 
-constexpr int titleBar = 33;
-constexpr int rowHeight = ItemLayout::height;
+constexpr QRect usual(200, 100, 500, titleBar + 4 * rowHeight);
 
 class DesktopWindowTest : public DesktopFixture {
   protected:
@@ -44,8 +39,10 @@ class DesktopWindowTest : public DesktopFixture {
     }
 
     /// Answers when the window is there.
-    void openWindow(const Variables& environment = {}) {
-        startTonvale(environment);
+    void openWindow(const std::optional<QRect>& remembered = usual) {
+        if (remembered)
+            rememberFrame(*remembered);
+        startTonvale();
         EXPECT_TRUE(waitUntil([&] {
             window_ =
                 runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"}).output;
@@ -97,26 +94,6 @@ class DesktopWindowTest : public DesktopFixture {
         hand(steps + "mouseup 1");
     }
 
-    /// With the item "player", of the process 4711.
-    void connect() {
-        plugin_.emplace(MVCommMainSocketPath());
-        plugin_->checkIn(4711, "player");
-    }
-
-    /// What is done until the plug-in has been told something that ends so. The item may not be
-    /// there yet.
-    std::string done(const std::string& steps, const std::string& end) {
-        std::string all;
-        EXPECT_TRUE(waitUntil([&] {
-            hand(steps);
-            for (const MVCommConsoleMessage& command : plugin_->takeCommands())
-                all += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
-                       std::to_string(command.value) + " ";
-            return all.find(end) != std::string::npos;
-        })) << all;
-        return all;
-    }
-
     /// Whether the free room of the window, as the screen shows it, has this colour.
     bool isBackground(const QColor& color) const {
         const QRect place = frame();
@@ -129,31 +106,28 @@ class DesktopWindowTest : public DesktopFixture {
 
     std::optional<support::ChildProcess> manager_;
     std::string window_;
-    std::optional<ScriptedPlugin> plugin_;
 };
 
 } // namespace
 
 // The first one, since a window manager leaves marks on the display.
 TEST_F(DesktopWindowTest, WithoutAWindowManagerItFollowsThePointer) {
-    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
     openWindow();
     drag({450, 115}, {60, 40});
-    EXPECT_TRUE(becomes({260, 140, 500, titleBar + 4 * rowHeight}));
+    EXPECT_TRUE(becomes({260, 140, usual.width(), usual.height()}));
     drag({260 + 1, 300}, {-50, 0});
-    EXPECT_TRUE(becomes({210, 140, 550, titleBar + 4 * rowHeight}));
+    EXPECT_TRUE(becomes({210, 140, 550, usual.height()}));
 }
 
 TEST_F(DesktopWindowTest, ItIsMovedAndResizedByTheWindowManagerInWholeRows) {
     startManager();
-    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
     openWindow();
-    ASSERT_TRUE(becomes({200, 100, 500, titleBar + 4 * rowHeight}));
+    ASSERT_TRUE(becomes(usual));
     drag({450, 115}, {60, 40});
     // A move begins when the hand has gone some way.
     EXPECT_TRUE(waitUntil([&] { return frame().x() > 230; }));
     EXPECT_GT(frame().y(), 115);
-    EXPECT_EQ(frame().size(), QSize(500, titleBar + 4 * rowHeight));
+    EXPECT_EQ(frame().size(), usual.size());
     const QRect before = frame();
     drag(before.bottomRight() - QPoint(1, 1), {40, rowHeight + rowHeight / 2 + 8});
     EXPECT_TRUE(waitUntil([&] { return frame().width() > 515; })) << frame().width();
@@ -164,29 +138,21 @@ TEST_F(DesktopWindowTest, ItIsMovedAndResizedByTheWindowManagerInWholeRows) {
     EXPECT_EQ(frame().topLeft(), before.topLeft());
     const QRect last = frame();
     quitTonvale();
-    EXPECT_EQ(rememberedFrame(), QStringLiteral("%1 %2 %3 %4")
-                                     .arg(last.x())
-                                     .arg(last.y())
-                                     .arg(last.width())
-                                     .arg(last.height())
-                                     .toStdString());
-    openWindow();
+    EXPECT_EQ(rememberedFrame(), textOf(last));
+    openWindow(std::nullopt);
     EXPECT_TRUE(becomes(last));
 }
 
 TEST_F(DesktopWindowTest, AFrameOnAScreenThatHasGoneComesBack) {
     startManager();
-    rememberFrame("5000 300 500 " + std::to_string(titleBar + 4 * rowHeight));
-    openWindow();
+    openWindow(usual.translated(5000, 0));
     const QRect screen(0, 0, 1280, 800);
     EXPECT_TRUE(waitUntil([&] { return screen.contains(frame()); })) << frame().x();
-    EXPECT_EQ(frame().size(), QSize(500, titleBar + 4 * rowHeight));
+    EXPECT_EQ(frame().size(), usual.size());
 }
 
 TEST_F(DesktopWindowTest, ADoubleClickOnTheTitleZoomsAndTheUsualFrameIsRemembered) {
     startManager();
-    const QRect usual(200, 100, 500, titleBar + 4 * rowHeight);
-    rememberFrame("200 100 500 " + std::to_string(usual.height()));
     openWindow();
     ASSERT_TRUE(becomes(usual));
     hand(to({450, 115}) + "click --repeat 2 --delay 50 1");
@@ -197,9 +163,8 @@ TEST_F(DesktopWindowTest, ADoubleClickOnTheTitleZoomsAndTheUsualFrameIsRemembere
 
 TEST_F(DesktopWindowTest, StrongContrastIsFollowedWhileItRuns) {
     support::DesktopPortal portal(session_);
-    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
     openWindow();
-    connect();
+    connectPlayer();
     const QColor contrast = QGuiApplication::palette().color(QPalette::Base);
     EXPECT_TRUE(waitUntil([&] { return !isBackground(contrast); }));
     portal.change("org.freedesktop.appearance", "contrast", 1U);
@@ -210,20 +175,22 @@ TEST_F(DesktopWindowTest, StrongContrastIsFollowedWhileItRuns) {
 
 TEST_F(DesktopWindowTest, KeysAndTheWheelReachTheWire) {
     startManager();
-    rememberFrame("200 100 500 " + std::to_string(titleBar + 4 * rowHeight));
     openWindow();
-    connect();
-    done("key Down key Left", "9,4711,9"); // the first ones may be too early
+    connectPlayer();
+    EXPECT_TRUE(waitUntil([&] { // the item may not be there yet
+        hand("key Down key Left");
+        return !plugin_->takeCommands().empty();
+    }));
     hand("key Home");
-    sentUntil(*plugin_, "9,4711,0 ");
+    sentUntil("9,4711,0 ");
     hand("key Prior key End");
-    EXPECT_EQ(sentUntil(*plugin_, "9,4711,100 "), "9,4711,10 9,4711,100 ");
+    EXPECT_EQ(sentUntil("9,4711,100 "), "9,4711,10 9,4711,100 ");
     hand("key space");
-    sentUntil(*plugin_, "10,4711,1 ");
+    sentUntil("10,4711,1 ");
     hand("key ctrl+z");
-    sentUntil(*plugin_, "10,4711,0 ");
+    sentUntil("10,4711,0 ");
     hand(to({480, 100 + titleBar + rowHeight / 2 + 12}) + "click 5");
-    sentUntil(*plugin_, "9,4711,95 ");
+    sentUntil("9,4711,95 ");
     hand("key F10 key Right key Down key Return"); // File, its second entry
     EXPECT_EQ(tonvale_->wait(), 0) << tonvale_->output();
 }

@@ -3,12 +3,7 @@
 #include "e2e/PluginFixture.h"
 #include "support/NamedCopy.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <csignal>
-#include <map>
 
 using support::runCommand;
 using support::waitUntil;
@@ -45,36 +40,12 @@ struct ShownStream {
     bool muted = false;
 };
 
-/// The streams of a process that another mixer shows, the oldest first.
-inline std::vector<ShownStream> shownStreams(std::uint32_t pid) {
-    const auto answer = runCommand({"pactl", "-f", "json", "list", "sink-inputs"});
-    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(answer.output));
-    std::map<int, ShownStream> streams;
-    for (const auto& value : document.array()) {
-        const QJsonObject object = value.toObject();
-        const QJsonValue properties = object["properties"];
-        if (properties["application.process.id"].toString() != QString::number(pid) &&
-            properties["media.name"].toString() != QStringLiteral("of %1").arg(pid))
-            continue;
-        ShownStream stream{object["index"].toInt(), {}, object["mute"].toBool()};
-        const QJsonObject volumes = object["volume"].toObject();
-        for (const auto& volume : volumes)
-            stream.percents.push_back(
-                volume.toObject()["value_percent"].toString().chopped(1).toInt());
-        streams[stream.index] = stream;
-    }
-    std::vector<ShownStream> sorted;
-    sorted.reserve(streams.size());
-    for (const auto& [index, stream] : streams)
-        sorted.push_back(stream);
-    return sorted;
-}
-
 /// What the person does in another mixer.
-inline void setElsewhere(const ShownStream& stream, const std::vector<std::string>& volumes) {
+inline void setElsewhere(const ShownStream& stream, const std::vector<int>& percents) {
     std::vector<std::string> command{"pactl", "set-sink-input-volume",
                                      std::to_string(stream.index)};
-    command.insert(command.end(), volumes.begin(), volumes.end());
+    for (const int percent : percents)
+        command.push_back(std::to_string(percent) + "%");
     EXPECT_EQ(runCommand(command).status, 0);
 }
 
@@ -110,10 +81,32 @@ class PlayerFixture : public PluginFixture {
 
     void awaitCheckin(const Player& player) { awaitProcess(static_cast<pid_t>(player.pid())); }
 
-    /// Waits until a stream that has just begun is no longer held at its volume.
-    void outlastHold() { recorder_->record(700ms); }
+    /// `player_`, which plays and has checked in.
+    Player& startPlayer() {
+        player_.emplace();
+        player_->play();
+        awaitCheckin(*player_);
+        return *player_;
+    }
 
-    ShownStream onlyStream(const Player& player) {
+    /// The streams of a process that another mixer shows, the oldest first.
+    static std::vector<ShownStream> shownStreams(std::uint32_t pid) {
+        std::vector<ShownStream> streams;
+        for (const auto& object : jsonOf({"pactl", "-f", "json", "list", "sink-inputs"})) {
+            const QJsonValue properties = object[u"properties"];
+            if (properties["application.process.id"].toString() != QString::number(pid) &&
+                properties["media.name"].toString() != QStringLiteral("of %1").arg(pid))
+                continue;
+            ShownStream stream{object[u"index"].toInt(), {}, object[u"mute"].toBool()};
+            for (const auto& volume : object[u"volume"].toObject())
+                stream.percents.push_back(volume[u"value_percent"].toString().chopped(1).toInt());
+            streams.push_back(stream);
+        }
+        std::ranges::sort(streams, {}, &ShownStream::index);
+        return streams;
+    }
+
+    static ShownStream onlyStream(const Player& player) {
         std::vector<ShownStream> streams;
         EXPECT_TRUE(waitUntil([&] {
             streams = shownStreams(player.pid());
@@ -121,4 +114,10 @@ class PlayerFixture : public PluginFixture {
         }));
         return streams.empty() ? ShownStream{} : streams.front();
     }
+
+    static void setElsewhereOnly(const Player& player, int percent) {
+        setElsewhere(onlyStream(player), {percent});
+    }
+
+    std::optional<Player> player_;
 };

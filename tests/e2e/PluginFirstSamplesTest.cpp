@@ -1,21 +1,17 @@
-#include "e2e/PluginFixture.h"
+#include "e2e/PlayerFixture.h"
 #include "e2e/Sandbox.h"
 
 #include "platform/files/FileDescriptor.h"
-#include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <span>
-#include <sstream>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -23,29 +19,24 @@
 using platform::FileDescriptor;
 using support::ChildProcess;
 using support::PrivateAudioSession;
-using support::runCommand;
-using support::waitUntil;
-using namespace std::chrono_literals;
 
 namespace {
 
-constexpr float level = 0.5F;      // of every sample that is played
-constexpr float inaudible = 1e-7F; // what the recorder makes of silence
 constexpr int rounds = 10;
 constexpr std::size_t enough = 4800;               // samples of a stream to judge it by
 constexpr std::chrono::milliseconds duration{250}; // of a stream
 constexpr std::size_t streamSamples = std::size_t{2} * 48 * duration.count(); // of both channels
 
 /// A program that begins a new stream of constant samples each time that it is told to.
-class Player {
+class AnyPlayer {
   public:
-    virtual ~Player() = default;
+    virtual ~AnyPlayer() = default;
     virtual void play() = 0;
     virtual pid_t pid() const = 0;
 };
 
 /// One that plays on a signal.
-class SignalledPlayer : public Player {
+class SignalledPlayer : public AnyPlayer {
   public:
     explicit SignalledPlayer(const std::vector<std::string>& command) : process_(command) {
         EXPECT_TRUE(waitUntil([this] { return process_.outputSize() > 0; }));
@@ -58,7 +49,7 @@ class SignalledPlayer : public Player {
 };
 
 /// aplay, which makes a new stream for each of its files: here pipes, which it waits for.
-class AlsaPlayer : public Player {
+class AlsaPlayer : public AnyPlayer {
   public:
     explicit AlsaPlayer(const std::string& device) {
         std::vector<std::string> command{"aplay", "-q",     "-D", device, "-t", "raw",
@@ -101,7 +92,7 @@ std::vector<std::string> paplay(const std::string& file) {
 }
 
 /// A sandboxed application, of which one process goes on while each sound is one of its own.
-class SandboxedPlayer : public Player {
+class SandboxedPlayer : public AnyPlayer {
   public:
     SandboxedPlayer() {
         const std::vector<float> samples(streamSamples, level);
@@ -132,15 +123,6 @@ class SandboxedPlayer : public Player {
     std::vector<std::unique_ptr<ChildProcess>> processes_;
 };
 
-/// The streams that another mixer shows.
-std::vector<std::string> shownStreams() {
-    std::istringstream lines(runCommand({"pactl", "list", "short", "sink-inputs"}).output);
-    std::vector<std::string> streams;
-    for (std::string line; std::getline(lines, line);)
-        streams.push_back(line.substr(0, line.find('\t')));
-    return streams;
-}
-
 /// A silent program of a kind.
 struct SilentProgram {
     std::vector<std::string> command;
@@ -154,7 +136,7 @@ struct SilentProgram {
 /// that one, the session manager restores to others of the kind.
 struct Kind {
     const char* name;
-    std::function<std::unique_ptr<Player>()> make;
+    std::function<std::unique_ptr<AnyPlayer>()> make;
     SilentProgram silent;
 };
 
@@ -162,7 +144,7 @@ void PrintTo(const Kind& kind, std::ostream* stream) {
     *stream << kind.name;
 }
 
-std::unique_ptr<Player> signalled(const std::vector<std::string>& command) {
+std::unique_ptr<AnyPlayer> signalled(const std::vector<std::string>& command) {
     return std::make_unique<SignalledPlayer>(command);
 }
 
@@ -193,7 +175,7 @@ const std::array<Kind, 5> kinds{
       {paplay("/dev/zero"), SilentProgram::As::itself}}}};
 
 /// With a session manager that restores to each stream the last volume of one of its kind.
-class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamInterface<Kind> {
+class PluginFirstSamplesTest : public PlayerFixture, public testing::WithParamInterface<Kind> {
   protected:
     static void SetUpTestSuite() { session.emplace(PrivateAudioSession::Memory::kept); }
 
@@ -205,27 +187,20 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
         else if (as == SilentProgram::As::flatpak)
             command = asFlatpak("org.example.Silent", root_.path(), command);
         silent_ = std::make_unique<ChildProcess>(command);
+        const auto streams = [] { return jsonOf({"pactl", "-f", "json", "list", "sink-inputs"}); };
         EXPECT_TRUE(waitUntil([&] {
-            if (shownStreams().empty() && silent_->outputSize() > 0)
+            if (streams().isEmpty() && silent_->outputSize() > 0)
                 silent_->signal(SIGUSR1);
-            return !shownStreams().empty();
+            return !streams().isEmpty();
         }));
-        others_ = shownStreams();
-        ASSERT_EQ(others_.size(), 1U);
-        recorder_->record(700ms); // the volume of a new stream is held for a while
-    }
-
-    /// What the person sets in another mixer for the silent stream.
-    void setOther(int percent) {
-        EXPECT_EQ(runCommand({"pactl", "set-sink-input-volume", others_.front(),
-                              std::to_string(percent) + "%"})
-                      .status,
-                  0);
+        other_.index = streams()[0][u"index"].toInt();
+        ASSERT_EQ(streams().size(), 1);
+        outlastHold();
     }
 
     /// The samples that the player's next stream is heard with, all of them: at least so many,
     /// unless a busy machine keeps it silent for long.
-    std::vector<float> nextStream(Player& player, std::size_t least = 1) {
+    std::vector<float> nextStream(AnyPlayer& player, std::size_t least = 1) {
         player.play();
         std::vector<float> heard;
         const auto listen = [&](std::chrono::milliseconds time) {
@@ -242,7 +217,7 @@ class PluginFirstSamplesTest : public PluginFixture, public testing::WithParamIn
     const support::PrivateFolder root_;
     std::optional<support::NamedCopy> copy_;
     std::unique_ptr<ChildProcess> silent_;
-    std::vector<std::string> others_;
+    ShownStream other_; // that one's
 };
 
 } // namespace
@@ -253,18 +228,18 @@ TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
     if (needsNamespaces && !mayMakeNamespaces())
         GTEST_SKIP() << "the system lets nobody make namespaces";
     beginSilentStream();
-    setOther(30);
+    setElsewhere(other_, {30});
     const auto player = GetParam().make();
     if (isSandboxed)
         awaitProcess(player->pid());
     const auto restored = nextStream(*player);
     ASSERT_FALSE(restored.empty());
     EXPECT_NEAR(restored.front(), level * gainOf(30), 1e-4) << "it is restored";
-    awaitProcess(player->pid());
+    const std::uint32_t pid = awaitProcess(player->pid());
 
-    application_->setVolume(static_cast<std::uint32_t>(player->pid()), 50);
+    application_->setVolume(pid, 50);
     for (int i = 0; i < rounds; ++i) {
-        setOther(i % 2 == 0 ? 100 : 95);
+        setElsewhere(other_, {i % 2 == 0 ? 100 : 95});
         const auto samples = nextStream(*player, enough);
         ASSERT_GE(samples.size(), enough) << "too little played";
         const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
@@ -272,7 +247,7 @@ TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
         EXPECT_NEAR(*greatest, level * gainOf(50), 1e-4) << i;
         EXPECT_NEAR(*least, level * gainOf(50), 1e-4) << i;
     }
-    application_->setMute(static_cast<std::uint32_t>(player->pid()), true);
+    application_->setMute(pid, true);
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(nextStream(*player, 0).empty());
 }

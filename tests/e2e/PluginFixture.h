@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -36,6 +40,11 @@ class PluginFixture : public testing::Test {
         return support::runCommand(options);
     }
 
+    /// The objects that a command prints as JSON.
+    static QJsonArray jsonOf(const std::vector<std::string>& command) {
+        return QJsonDocument::fromJson(support::runCommand(command).output.c_str()).array();
+    }
+
     /// How often `part` is in `text`.
     static std::size_t timesIn(const std::string& text, const std::string& part) {
         std::size_t times = 0;
@@ -44,18 +53,15 @@ class PluginFixture : public testing::Test {
         return times;
     }
 
-    /// How often the running plug-in's status has `text` in it.
-    static std::size_t timesTold(const std::string& text) {
-        return timesIn(runPlugin({"--status"}).output, text);
-    }
-
     /// How many connections the running plug-in has to the sound server.
     static std::size_t serverConnections() {
         return timesIn(support::runCommand({"pw-cli", "ls", "Client"}).output, "\"Tonvale\"");
     }
 
-    /// Those that a plug-in with nothing to do has: its own, and one that is at hand.
-    static constexpr std::size_t idleConnections = 2;
+    /// Whether it has those of one with nothing to do: its own, and one that is at hand.
+    static bool hasIdleConnections() {
+        return support::waitUntil([] { return serverConnections() == 2; });
+    }
 
     /// Waits until the running plug-in's status has `text` in it.
     static bool tells(const std::string& text) {
@@ -80,8 +86,8 @@ class PluginFixture : public testing::Test {
         return program.value_or(MVCommConnectionProcess{});
     }
 
-    /// Waits until the program of the process has checked in.
-    void awaitProcess(pid_t process) {
+    /// Waits until the program of the process has checked in, and answers its number.
+    std::uint32_t awaitProcess(pid_t process) {
         const auto pid = static_cast<std::uint32_t>(process);
         EXPECT_TRUE(support::waitUntil([&] {
             return std::ranges::any_of(application_->programs(),
@@ -89,6 +95,26 @@ class PluginFixture : public testing::Test {
         })) << pid
             << "\n"
             << (plugin_ ? plugin_->output() : "");
+        return pid;
+    }
+
+    /// Waits until a stream that has just begun is no longer held at its volume.
+    void outlastHold() { recorder_->record(std::chrono::milliseconds(700)); }
+
+    /// Restarts all services. Streams that were there are gone.
+    void restartServer() {
+        recorder_.reset();
+        session->restart(support::PrivateAudioSession::server);
+        recorder_.emplace();
+    }
+
+    /// Ends all services.
+    void stopServer() {
+        using Session = support::PrivateAudioSession;
+        recorder_.reset();
+        for (const char* const service :
+             {Session::pulseService, Session::sessionManager, Session::server})
+            session->stop(service);
     }
 
     /// Waits until the recorder hears the tone at this peak, to a twentieth.

@@ -7,9 +7,7 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -23,9 +21,9 @@ using testing::HasSubstr;
 
 namespace {
 
-class PluginProcessTest : public PluginFixture {};
+using PluginProcessTest = PluginFixture;
 
-const QString player = QStringLiteral("pw-cat");
+const QString player = "pw-cat";
 
 bool says(const ChildProcess& program, const std::string& text, std::size_t from = 0) {
     return waitUntil([&] { return program.outputFrom(from).find(text) != std::string::npos; });
@@ -50,7 +48,7 @@ TEST_F(PluginProcessTest, ItComesBackAfterTheApplicationWasKilledAndRestarted) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     const std::string checkin = "pw-cat " + std::to_string(tone.pid());
     for (int i = 0; i < 2; ++i) {
-        ChildProcess application({TONVALE_LISTENING_PROGRAM});
+        ChildProcess application({LISTENING_PROGRAM});
         EXPECT_TRUE(says(application, checkin));
         EXPECT_EQ(application.stop(SIGKILL), 128 + SIGKILL);
         EXPECT_TRUE(hears(tonePeak)) << "the program is left alone";
@@ -64,7 +62,7 @@ TEST_F(PluginProcessTest, ItComesBackAfterTheApplicationWasKilledAndRestarted) {
 
 TEST_F(PluginProcessTest, AnApplicationThatIsStoppedHoldsNothingUp) {
     application_.reset();
-    ChildProcess application({TONVALE_LISTENING_PROGRAM});
+    ChildProcess application({LISTENING_PROGRAM});
     const Tone first(Tone::Player::pwCat, toneFrequency, tonePeak);
     ASSERT_TRUE(says(application, "pw-cat " + std::to_string(first.pid())));
     application.signal(SIGSTOP);
@@ -78,7 +76,7 @@ TEST_F(PluginProcessTest, AnApplicationThatIsStoppedHoldsNothingUp) {
     application.stop(SIGKILL);
     application_.emplace();
     awaitProgram(player);
-    awaitProgram(QStringLiteral("pacat"));
+    awaitProgram("pacat");
 }
 
 TEST_F(PluginProcessTest, AnotherUsersSocketIsLeftAloneAndALaunchEndsTheLongestPauseAtOnce) {
@@ -89,33 +87,20 @@ TEST_F(PluginProcessTest, AnotherUsersSocketIsLeftAloneAndALaunchEndsTheLongestP
     {
         const SilentApplication stranger(SilentApplication::Owner::nobody);
         // The next pause is 4 s at least.
-        for (int attempts = 0; attempts < 5; ++attempts)
-            EXPECT_EQ(receivedUntilEnd(stranger.accept()), "") << "it says nothing to strangers";
+        for (int attempts = 0; attempts < 5; ++attempts) {
+            const FileDescriptor connection = stranger.accept();
+            std::byte byte{};
+            ssize_t size = -1;
+            EXPECT_TRUE(waitUntil(
+                [&] { return (size = ::recv(connection.get(), &byte, sizeof byte, 0)) >= 0; }));
+            EXPECT_EQ(size, 0) << "it says nothing to strangers";
+        }
     }
     const SilentApplication application;
     EXPECT_TRUE(platform::postDistributedNotification("com.quarnel.mivo.guiDidLaunch"));
     EXPECT_TRUE(application.acceptProgram(tone.pid(), std::chrono::seconds(2)));
     const std::string output = plugin_->output();
-    const std::string line = "which another user serves";
-    EXPECT_THAT(output, HasSubstr(line));
-    EXPECT_EQ(output.find(line), output.rfind(line)) << output;
-}
-
-TEST_F(PluginProcessTest, AnApplicationThatEndsWithinACommandIsForgotten) {
-    application_.reset();
-    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-    {
-        const SilentApplication silent;
-        const FileDescriptor connection = silent.acceptProgram(tone.pid());
-        const std::array<std::int32_t, 4> command{kMVCommSetVolume, tone.pid(), 0, 10};
-        ASSERT_EQ(::send(connection.get(), command.data(), 15, 0), 15);
-    }
-    application_.emplace();
-    awaitProgram(player);
-    EXPECT_TRUE(hears(tonePeak));
-    EXPECT_TRUE(tells("has 100 %"));
-    application_->setVolume(static_cast<std::uint32_t>(tone.pid()), 50);
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    EXPECT_EQ(timesIn(output, "which another user serves"), 1U) << output;
 }
 
 TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
@@ -147,39 +132,28 @@ TEST_F(PluginProcessTest, OptionsAreAnsweredAndWrongOnesRefused) {
     EXPECT_EQ(runPlugin({"--status"}).status, 1);
 }
 
-TEST_F(PluginProcessTest, ASignalEndsItWellAndProgramsKeepTheirVolume) {
+TEST_F(PluginProcessTest, ItsEndLeavesTheSoundAloneAndTheNextOneGoesOn) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-    for (const int signal : {SIGTERM, SIGINT}) {
-        application_->setVolume(awaitProgram(player).pid, 50);
-        ASSERT_TRUE(hears(tonePeak * gainOf(50)));
-        EXPECT_EQ(plugin_->stop(signal), 0) << plugin_->output();
-        EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    int percent = 80;
+    for (const auto& [signal, status] :
+         {std::pair{SIGTERM, 0}, {SIGINT, 0}, {SIGKILL, 128 + SIGKILL}}) {
+        application_->setVolume(awaitProgram(player).pid, percent -= 10);
+        ASSERT_TRUE(hears(tonePeak * gainOf(percent)));
+        EXPECT_EQ(plugin_->stop(signal), status) << plugin_->output();
+        ASSERT_TRUE(waitUntil([&] { return application_->programs().isEmpty(); }));
         startPlugin();
+        awaitProgram(player);
+        EXPECT_TRUE(hears(tonePeak * gainOf(percent)));
     }
-}
-
-TEST_F(PluginProcessTest, AKilledOneLeavesTheSoundAloneAndTheNextGoesOn) {
-    const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-    application_->setVolume(awaitProgram(player).pid, 50);
-    ASSERT_TRUE(hears(tonePeak * gainOf(50)));
-    EXPECT_EQ(plugin_->stop(SIGKILL), 128 + SIGKILL);
-    ASSERT_TRUE(waitUntil([&] { return application_->programs().isEmpty(); }));
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
-    startPlugin();
-    const auto again = awaitProgram(player);
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
-    application_->setVolume(again.pid, 80);
-    EXPECT_TRUE(hears(tonePeak * gainOf(80)));
 }
 
 TEST_F(PluginProcessTest, ItRunsWithoutASessionBusAndWithoutARuntimeFolder) {
     plugin_.reset();
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-    const std::string runtime = session->runtimeFolder();
     ChildProcess::Options options;
     options.environment = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere"},
                            {"XDG_RUNTIME_DIR", ""},
-                           {"PIPEWIRE_RUNTIME_DIR", runtime}};
+                           {"PIPEWIRE_RUNTIME_DIR", session->runtimeFolder()}};
     plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}, options);
     application_->setVolume(awaitProgram(player).pid, 50);
     EXPECT_TRUE(hears(tonePeak * gainOf(50)));
@@ -217,19 +191,4 @@ TEST_F(PluginProcessTest, LostBusesNeitherEndItNorKeepItBusy) {
     const long before = processorTime(plugin_->pid());
     recorder_->record(std::chrono::seconds(3));
     EXPECT_LE(processorTime(plugin_->pid()) - before, ::sysconf(_SC_CLK_TCK) / 2);
-}
-
-TEST_F(PluginProcessTest, AProgramThatIsStoppedHoldsNobodyElseUp) {
-    Tone stopped(Tone::Player::pwCat, toneFrequency, tonePeak);
-    awaitProcess(stopped.pid());
-    stopped.process().signal(SIGSTOP);
-    application_->setVolume(static_cast<std::uint32_t>(stopped.pid()), 80);
-    // Not of the PulseAudio service: that waits for the stopped one, plug-in or not.
-    const Tone other("other", 1000, 0.2);
-    awaitProcess(other.pid());
-    application_->setVolume(static_cast<std::uint32_t>(other.pid()), 60);
-    EXPECT_TRUE(tells("wanted 60 %, has 60 %"));
-    stopped.process().signal(SIGCONT);
-    EXPECT_TRUE(tells("wanted 80 %, has 80 %"));
-    EXPECT_TRUE(hears(tonePeak * gainOf(80)));
 }

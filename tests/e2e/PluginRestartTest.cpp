@@ -2,8 +2,6 @@
 
 #include "support/PrivateFolder.h"
 
-#include <gmock/gmock.h>
-
 #include <csignal>
 #include <filesystem>
 
@@ -14,8 +12,8 @@ using support::waitUntil;
 
 namespace {
 
-const QString player = QStringLiteral("pw-cat");
-const QString pulsePlayer = QStringLiteral("pacat");
+const QString player = "pw-cat";
+const QString pulsePlayer = "pacat";
 
 class PluginRestartTest : public PluginFixture {
   protected:
@@ -35,48 +33,36 @@ class PluginRestartTest : public PluginFixture {
         });
     }
 
-    /// What depends on the server has gone with it.
-    void restartServer() {
-        recorder_.reset();
-        session->restart(PrivateAudioSession::server);
-        recorder_.emplace();
+    /// Waits until the only program of that name, which plays the tone, is heard as the
+    /// application asks.
+    void expectControlled(const QString& name, const Tone& tone) {
+        const auto program = awaitProgram(name);
+        EXPECT_EQ(program.pid, static_cast<std::uint32_t>(tone.pid()));
+        application_->setVolume(program.pid, 50);
+        EXPECT_TRUE(hears(tonePeak * gainOf(50)));
     }
+
+    /// A new session manager, which remembers 90 % of all programs' streams.
+    void replaceSessionManager() {
+        session->stop(PrivateAudioSession::sessionManager, SIGKILL);
+        manager_.emplace(
+            std::vector<std::string>{SETTINGS_PUBLISHER, "default", std::to_string(gainOf(90))});
+        ASSERT_TRUE(waitUntil([&] { return manager_->output() == "ready\n"; }));
+    }
+
+    std::optional<ChildProcess> manager_;
 };
 
 } // namespace
 
-TEST_F(PluginRestartTest, ItFindsItsWayBackToTheSoundServer) {
-    for (int i = 0; i < 2; ++i) {
-        {
-            const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-            awaitProgram(player);
-            session->stop(PrivateAudioSession::server, SIGKILL);
-            EXPECT_TRUE(tells("sound server: not connected"));
-        }
-        restartServer();
-        const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-        const auto program = awaitProgram(player);
-        EXPECT_EQ(program.pid, static_cast<std::uint32_t>(tone.pid()));
-        application_->setVolume(program.pid, 50);
-        EXPECT_TRUE(hears(tonePeak * gainOf(50)));
-        EXPECT_TRUE(isMeasured(program.pid));
-    }
-}
-
 TEST_F(PluginRestartTest, ItMayBeThereBeforeTheSoundServer) {
     plugin_.reset();
-    recorder_.reset();
-    for (const char* const service :
-         {PrivateAudioSession::pulseService, PrivateAudioSession::sessionManager,
-          PrivateAudioSession::server})
-        session->stop(service);
+    stopServer();
     startPlugin();
     ASSERT_TRUE(tells("sound server: not connected"));
     restartServer();
     const Tone tone(Tone::Player::paplay, toneFrequency, tonePeak);
-    const auto program = awaitProgram(pulsePlayer);
-    application_->setVolume(program.pid, 50);
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    expectControlled(pulsePlayer, tone);
 }
 
 TEST_F(PluginRestartTest, ItGoesOnWithANewSessionManager) {
@@ -104,22 +90,17 @@ TEST_F(PluginRestartTest, ProgramsComeBackWithThePulseAudioService) {
     session->start(PrivateAudioSession::pulseService);
     recorder_.emplace();
     const Tone tone(Tone::Player::paplay, toneFrequency, tonePeak);
-    const auto program = awaitProgram(pulsePlayer);
-    EXPECT_EQ(program.pid, static_cast<std::uint32_t>(tone.pid()));
-    application_->setVolume(program.pid, 50);
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    expectControlled(pulsePlayer, tone);
 }
 
 TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     const auto program = awaitProgram(player);
     ASSERT_TRUE(isMeasured(program.pid));
-    ASSERT_TRUE(waitUntil([] { return serverConnections() == idleConnections; }));
+    ASSERT_TRUE(hasIdleConnections());
     const std::size_t before = openDescriptors();
-    const std::string file = [] {
-        static const support::PrivateFolder folder;
-        return (folder.path() / "moment.wav").string();
-    }();
+    const support::PrivateFolder folder;
+    const std::string file = folder.path() / "moment.wav";
     ASSERT_EQ(support::runCommand({"sox", "-n", "-r", "48000", "-c", "2", "-b", "16", file, "synth",
                                    "0.02", "sine", "300"})
                   .status,
@@ -141,18 +122,23 @@ TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
     EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; }))
         << openDescriptors() << " instead of " << before;
     EXPECT_TRUE(isMeasured(program.pid));
-    application_->setVolume(program.pid, 50);
-    EXPECT_TRUE(hears(tonePeak * gainOf(50)));
+    expectControlled(player, tone);
 }
 
-TEST_F(PluginRestartTest, RestartsOfTheOthersCostNoDescriptors) {
+TEST_F(PluginRestartTest, ItFindsItsWayBackToTheOthersAndThatCostsNoDescriptors) {
     std::size_t before = 0;
     for (int i = 0; i <= 5; ++i) {
+        {
+            const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
+            awaitProgram(player);
+            session->stop(PrivateAudioSession::server, SIGKILL);
+            EXPECT_TRUE(tells("sound server: not connected"));
+        }
         restartServer();
         const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
-        const auto program = awaitProgram(player);
-        ASSERT_TRUE(isMeasured(program.pid));
-        ASSERT_TRUE(waitUntil([] { return serverConnections() == idleConnections; }));
+        expectControlled(player, tone);
+        ASSERT_TRUE(isMeasured(static_cast<std::uint32_t>(tone.pid())));
+        ASSERT_TRUE(hasIdleConnections());
         if (i == 0) // the first time may load what then stays
             before = openDescriptors();
         EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; })) << i;
@@ -172,15 +158,10 @@ TEST_F(PluginRestartTest, ANewSessionManagerDoesNotMixUpTheVolumes) {
     const Tone untouched("untouched", 1000, 0.01);
     awaitProcess(untouched.pid());
     const Tone quiet(Tone::Player::pwCat, toneFrequency, tonePeak);
-    awaitProcess(quiet.pid());
-    application_->setVolume(static_cast<std::uint32_t>(quiet.pid()), 40);
+    application_->setVolume(awaitProcess(quiet.pid()), 40);
     ASSERT_TRUE(hears(tonePeak * gainOf(40)));
-    // Longer than a new stream's volume is upheld.
-    recorder_->record(std::chrono::milliseconds(600));
-    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
-    const auto restored =
-        support::runCommand({TONVALE_RESTORING_MANAGER, std::to_string(gainOf(90))});
-    ASSERT_EQ(restored.status, 0) << restored.output;
+    outlastHold();
+    replaceSessionManager();
     ASSERT_TRUE(tells("nothing wanted, has 90 %")) << "it has set what it remembers";
     EXPECT_TRUE(tells("wanted 40 %, has 40 %"));
     restartServer();
@@ -197,14 +178,10 @@ TEST_F(PluginRestartTest, ANewSessionManagerChangesNothingOfWhatPlayedBeforeItCa
     const Tone second("second", 1000, 0.01);
     startPlugin();
     awaitProcess(first.pid());
-    awaitProcess(second.pid());
-    application_->setVolume(static_cast<std::uint32_t>(second.pid()), 40);
+    application_->setVolume(awaitProcess(second.pid()), 40);
     ASSERT_TRUE(tells("wanted 40 % not muted, has 40 %"));
-    recorder_->record(std::chrono::milliseconds(600));
-    session->stop(PrivateAudioSession::sessionManager, SIGKILL);
-    const auto restored =
-        support::runCommand({TONVALE_RESTORING_MANAGER, std::to_string(gainOf(90))});
-    ASSERT_EQ(restored.status, 0) << restored.output;
+    outlastHold();
+    replaceSessionManager();
     EXPECT_TRUE(tells("wanted 40 % not muted, has 40 %"));
     EXPECT_TRUE(tells("wanted 30 % not muted, has 30 %"));
     restartServer();

@@ -75,9 +75,7 @@ class PreferencesFixture : public PlayerFixture {
     void startAll() {
         application_.emplace();
         startPlugin();
-        player_.emplace();
-        player_->play();
-        awaitCheckin(*player_);
+        startPlayer();
     }
 
     /// The plug-in without the application; waits until it is at work.
@@ -85,11 +83,5 @@ class PreferencesFixture : public PlayerFixture {
         save(entry);
         startPlugin();
         EXPECT_TRUE(tells("sound server: connected"));
-    }
-
-    std::optional<Player> player_;
-
-    void setElsewhereOnly(const Player& player, int percent) {
-        setElsewhere(onlyStream(player), {std::to_string(percent) + "%"});
     }
 };

@@ -11,11 +11,12 @@
 #include <QTest>
 
 using support::RowProbe;
+using support::Tone;
 
 // What a person sees in the window and hears of it, with other mixers and with what is remembered.
 namespace {
 
-const QString name = QStringLiteral("stream_player");
+const QString name = "stream_player";
 
 class RememberingWindowTest : public PreferencesFixture {
   protected:
@@ -41,10 +42,7 @@ class RememberingWindowTest : public PreferencesFixture {
             platform::PluginReports::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
                                                   controller.changedElsewhere(pid, percent, muted);
                                               },
-                                              [&](std::uint32_t pid, const QString& reason) {
-                                                  controller.notControllable(pid, reason);
-                                              },
-                                              [&] { controller.pluginHasGone(); }});
+                                              [](std::uint32_t, const QString&) {}, [] {}});
         EXPECT_TRUE(model_->serve());
         window_->show();
     }
@@ -57,11 +55,11 @@ class RememberingWindowTest : public PreferencesFixture {
         model_.reset();
     }
 
-    /// The player's row, once it is there.
-    RowProbe row() {
-        EXPECT_TRUE(waitUntil([&] { return RowProbe(*window_, name).slider != nullptr; }))
+    /// A program's row, once it is there.
+    RowProbe row(const QString& program = name) {
+        EXPECT_TRUE(waitUntil([&] { return RowProbe(*window_, program).slider != nullptr; }))
             << plugin_->output();
-        return RowProbe(*window_, name);
+        return RowProbe(*window_, program);
     }
 
     bool shows(int percent, bool muted) {
@@ -83,6 +81,39 @@ class RememberingWindowTest : public PreferencesFixture {
 };
 
 } // namespace
+
+TEST_F(RememberingWindowTest, EachProgramIsHeardAsItsRowSaysAndNoOtherIsTouched) {
+    constexpr unsigned otherFrequency = 1000;
+    std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
+    const Tone other(Tone::Player::paplay, otherFrequency, 0.25);
+    const QString toneName = "pw-cat";
+    const RowProbe otherRow = row("pacat");
+    const RowProbe toneRow = row(toneName);
+    const auto hearsBoth = [&](double percent, double otherPercent) {
+        return hears(tonePeak * gainOf(percent)) &&
+               hears(0.25 * gainOf(otherPercent), otherFrequency);
+    };
+    const auto showsLevel = [](const RowProbe& shown, int percent) {
+        return waitUntil([&] { return std::abs(shown.level() - percent) <= percent / 10; });
+    };
+    EXPECT_TRUE(showsLevel(toneRow, 50) && showsLevel(otherRow, 25));
+    EXPECT_TRUE(hearsBoth(100, 100));
+    toneRow.slideTo(50);
+    EXPECT_TRUE(hearsBoth(50, 100));
+    EXPECT_TRUE(showsLevel(toneRow, 50)) << "a level is that before the volume";
+    toneRow.slideTo(0);
+    EXPECT_TRUE(hearsBoth(0, 100));
+    EXPECT_TRUE(showsLevel(toneRow, 1)) << "it plays, though unheard";
+    toneRow.slideTo(100);
+    toneRow.mute->setFocus();
+    QTest::keyClick(toneRow.mute, Qt::Key_Space);
+    otherRow.slideTo(50);
+    EXPECT_TRUE(hearsBoth(0, 50));
+    QTest::keyClick(toneRow.mute, Qt::Key_Space);
+    EXPECT_TRUE(hearsBoth(100, 50));
+    tone.reset();
+    EXPECT_TRUE(waitUntil([&] { return !support::rowNames(*window_).contains(toneName); }));
+}
 
 TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) {
     std::optional<Player> player(std::in_place);
@@ -170,23 +201,4 @@ TEST_F(RememberingWindowTest, ProgramsOfOneNameShareWhatIsSetInAnotherMixer) {
     setElsewhereOnly(second, 30);
     EXPECT_TRUE(shows(30, false));
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(30))) << "also the one whose slider it is";
-}
-
-TEST_F(RememberingWindowTest, ASliderThatCanDoNothingIsDisabledAndSaysWhy) {
-    support::ChildProcess player({ODD_PLAYER, "iec958"});
-    const QString odd = QStringLiteral("odd_player");
-    const auto isEnabled = [&](bool enabled) {
-        return waitUntil([&] {
-            const RowProbe shown(*window_, odd);
-            return shown.slider != nullptr && shown.slider->isEnabled() == enabled &&
-                   model_->controller.reasonNotControllable(*shown.mute->app()).isEmpty() ==
-                       enabled;
-        });
-    };
-    EXPECT_TRUE(isEnabled(false));
-    player.signal(SIGUSR1);
-    EXPECT_TRUE(isEnabled(true)) << "one of its streams has a volume";
-    Player plain;
-    plain.play();
-    EXPECT_TRUE(row().slider->isEnabled());
 }

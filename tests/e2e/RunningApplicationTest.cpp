@@ -71,7 +71,7 @@ class RunningApplicationTest : public ApplicationFixture {
         QStringList names;
         for (const auto& item : items())
             names += item.toObject()["name"].toString();
-        names.removeAll(QStringLiteral("Sound Effects"));
+        names.removeAll("Sound Effects");
         return names;
     }
 
@@ -80,7 +80,7 @@ class RunningApplicationTest : public ApplicationFixture {
         const bool isThere = waitUntil([&] {
             for (const auto& item : items()) {
                 const QJsonObject object = item.toObject();
-                if (object["name"].toString() == QStringLiteral("Musiktruhe"))
+                if (object["name"].toString() == "Musiktruhe")
                     return object["pid"].toInt() == player_->pid() &&
                            object["playing"].toBool() == isPlaying && names().size() == 1;
             }

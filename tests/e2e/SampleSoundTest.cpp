@@ -1,28 +1,15 @@
+#include "e2e/PluginFixture.h"
+
 #include "platform/desktop/SampleOutput.h"
 #include "platform/files/Bundle.h"
-#include "platform/loop/RunLoop.h"
 #include "platform/loop/Timer.h"
-#include "support/ListeningApplication.h"
-#include "support/PrivateAudioSession.h"
 #include "support/ScopedVariable.h"
-#include "support/SinkRecorder.h"
 #include "support/SystemLogRecorder.h"
-#include "support/Tone.h"
-#include "support/WaitUntil.h"
 #include "ui/items/TNBeeper.h"
 
-#include <gtest/gtest.h>
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <iterator>
-#include <optional>
-#include <unistd.h>
+#include <numeric>
 
 using platform::SampleOutput;
 using namespace std::chrono_literals;
@@ -48,24 +35,14 @@ bool isHeard(float sample) {
     return std::fabs(sample) > 1e-4F;
 }
 
-double squares(const std::vector<float>& samples) {
-    double sum = 0;
-    for (const float sample : samples)
-        sum += static_cast<double>(sample) * static_cast<double>(sample);
-    return sum;
-}
-
-class SampleSoundTest : public testing::Test {
+class SampleSoundTest : public PluginFixture {
   protected:
-    static void SetUpTestSuite() { session.emplace(); }
-    static void TearDownTestSuite() { session.reset(); }
-
     /// The energy of all that is heard until it is silent again.
     double heard() {
         double energy = 0;
         const bool isOver = support::waitUntil([&] {
-            const support::Recording piece = recorder_.record(100ms);
-            const double now = squares(piece.channels[0]);
+            const auto piece = recorder_->record(100ms).channels[0];
+            const double now = std::inner_product(piece.begin(), piece.end(), piece.begin(), 0.0);
             energy += now;
             return energy > 0 && now == 0;
         });
@@ -75,8 +52,7 @@ class SampleSoundTest : public testing::Test {
 
     /// From the first to the last sample of what is heard from now on.
     double secondsHeard() {
-        const support::Recording all = recorder_.record(2s);
-        const std::vector<float>& sound = all.channels[0];
+        const std::vector<float> sound = recorder_->record(2s).channels[0];
         const auto first = std::ranges::find_if(sound, &isHeard);
         const auto last = std::find_if(sound.rbegin(), sound.rend(), &isHeard).base();
         return first == sound.end() ? 0
@@ -85,26 +61,16 @@ class SampleSoundTest : public testing::Test {
 
     /// The nodes of this process.
     static QList<QJsonObject> ownNodes() {
-        const auto dump = support::runCommand({"pw-dump"});
-        const auto objects =
-            QJsonDocument::fromJson(QByteArray::fromStdString(dump.output)).array();
         QList<QJsonObject> nodes;
-        for (const auto& object : objects) {
-            const QJsonObject info = object[QLatin1String("info")].toObject();
-            const QJsonObject props = info[QLatin1String("props")].toObject();
-            if (props[QLatin1String("media.name")].toString() == QLatin1String("Sample sound"))
+        for (const auto& object : jsonOf({"pw-dump"})) {
+            const QJsonObject info = object[u"info"].toObject();
+            if (info[u"props"][u"media.name"].toString() == "Sample sound")
                 nodes += info;
         }
         return nodes;
     }
 
-    static inline std::optional<support::PrivateAudioSession> session;
-
     support::SystemLogRecorder log_;
-    platform::RunLoop loop_;
-    support::ListeningApplication application_;
-    support::ChildProcess plugin_{{TONVALE_PLUGIN}};
-    support::SinkRecorder recorder_;
 };
 
 } // namespace
@@ -147,18 +113,13 @@ TEST_F(SampleSoundTest, ThePluginLeavesThemAlone) {
     QList<QJsonObject> nodes;
     ASSERT_TRUE(support::waitUntil([&] { return !(nodes = ownNodes()).isEmpty(); }));
     const support::Tone other(support::Tone::Player::pwCat, 440, 0.1);
-    ASSERT_TRUE(support::waitUntil([&] { return application_.program("pw-cat").has_value(); }));
-    const auto programs = application_.programs();
-    EXPECT_TRUE(std::ranges::none_of(programs, [](const auto& program) {
-        return program.pid == static_cast<std::uint32_t>(::getpid());
-    }));
+    awaitProcess(other.pid());
+    EXPECT_EQ(application_->programs().size(), 1);
     ASSERT_EQ((nodes = ownNodes()).size(), 1);
-    const QJsonObject props = nodes[0][QLatin1String("props")].toObject();
-    EXPECT_FALSE(props.contains(QLatin1String("media.role"))) << "an ordinary stream";
-    const QJsonObject volumes =
-        nodes[0][QLatin1String("params")][QLatin1String("Props")][0].toObject();
-    EXPECT_EQ(volumes[QLatin1String("volume")].toDouble(), 1.0);
-    EXPECT_EQ(volumes[QLatin1String("channelVolumes")].toArray(), QJsonArray{1.0});
+    EXPECT_TRUE(nodes[0][u"props"][u"media.role"].isUndefined()) << "an ordinary stream";
+    const QJsonValue volumes = nodes[0][u"params"][u"Props"][0];
+    EXPECT_EQ(volumes[u"volume"].toDouble(), 1.0);
+    EXPECT_EQ(volumes[u"channelVolumes"].toArray(), QJsonArray{1.0});
     output->stop();
     EXPECT_TRUE(support::waitUntil([] { return ownNodes().isEmpty(); }));
 }

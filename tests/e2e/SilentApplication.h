@@ -8,11 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
-#include <cstring>
 #include <filesystem>
-#include <string>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -74,19 +71,6 @@ class SilentApplication {
   private:
     const platform::FileDescriptor socket_;
 };
-
-/// All that comes until the peer closes the connection; waits for that.
-inline std::string receivedUntilEnd(const platform::FileDescriptor& connection) {
-    std::string all;
-    std::array<char, 4096> bytes{};
-    EXPECT_TRUE(support::waitUntil([&] {
-        const ssize_t size = ::recv(connection.get(), bytes.data(), bytes.size(), 0);
-        if (size > 0)
-            all.append(bytes.data(), static_cast<std::size_t>(size));
-        return size == 0;
-    }));
-    return all;
-}
 
 /// The levels among what has come; does not wait.
 inline std::vector<float> receivedLevels(const platform::FileDescriptor& connection) {

@@ -1,6 +1,5 @@
 #include "e2e/PluginFixture.h"
 
-#include <array>
 #include <filesystem>
 
 using support::PrivateAudioSession;
@@ -9,8 +8,8 @@ using support::waitUntil;
 
 namespace {
 
-const QString effects = QStringLiteral("coreaudiod");
-const QString music = QStringLiteral("pacat");
+const QString effects = "coreaudiod";
+const QString music = "pacat";
 constexpr const char* setting = "restore.stream.Output/Audio.media.role:Notification";
 constexpr unsigned musicFrequency = 1000;
 
@@ -104,13 +103,6 @@ class SoundEffectsTest : public PluginFixture {
 };
 
 } // namespace
-
-TEST_F(SoundEffectsTest, TheyAreThereWithoutASoundAsTheServersProcess) {
-    const auto program = awaitProgram(effects);
-    EXPECT_EQ(program.pid, static_cast<std::uint32_t>(session->processOf(session->server)));
-    EXPECT_EQ(program.path.toStdString(), std::filesystem::canonical("/usr/bin/pipewire"));
-    EXPECT_TRUE(application_->programs().isEmpty());
-}
 
 TEST_F(SoundEffectsTest, TheirLevelIsThatOfTheLoudestAndNoProgramsOwn) {
     const std::uint32_t pid = awaitEffects();
@@ -231,22 +223,19 @@ TEST_F(SoundEffectsTest, SettingsOfTheSameNameReplaceThoseThatAreThereOnlyWhenTh
     EXPECT_TRUE(waitUntil([&] { return others.output().find("0.064") != std::string::npos; }))
         << others.output();
     others.stop();
-    session->restart(PrivateAudioSession::server);
-    recorder_.emplace();
+    restartServer();
 }
 
 TEST_F(SoundEffectsTest, TheyGoWithTheServerAndComeBackWithTheNextOne) {
     const std::uint32_t pid = awaitEffects();
     setVolume(50, "0.125");
-    for (const char* service : {session->pulseService, session->sessionManager, session->server})
-        session->stop(service);
+    stopServer();
     EXPECT_TRUE(waitUntil([&] { return !application_->program(effects); }));
-    for (const char* service : {session->server, session->sessionManager, session->pulseService})
-        session->start(service);
-    recorder_.emplace();
+    restartServer();
     const auto again = awaitProgram(effects);
     EXPECT_NE(again.pid, pid);
     EXPECT_EQ(again.pid, static_cast<std::uint32_t>(session->processOf(session->server)));
+    EXPECT_EQ(again.path.toStdString(), std::filesystem::canonical("/usr/bin/pipewire"));
     EXPECT_TRUE(remembers("[0.125,0.125]")) << remembered();
     expectNext(throughPulse, tonePeak * gainOf(50));
     expectNext(unknownToManager, tonePeak * gainOf(50));

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <list>
 #include <memory>
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
@@ -12,27 +13,20 @@
 #include <unistd.h>
 #include <vector>
 
-// A program that plays: StreamPlayer STREAMS MILLISECONDS LEVEL. Each SIGUSR1 makes it play so many
-// new streams for so long (0: for ever). All samples are LEVEL, so that a recording shows the gain
-// of each sample. It says "ready" when it can take the signal. Its streams are described as "of
-// PID".
+// A program that plays: StreamPlayer STREAMS MILLISECONDS LEVEL [PROPERTIES]. Each SIGUSR1 makes it
+// play so many new streams for so long (0: for ever). All samples are LEVEL, so that a recording
+// shows the gain of each sample. SIGUSR2 ends all of them; SIGHUP says of each that it belongs to a
+// group of filters. It says "ready" when it can take the signals. It connects with the PROPERTIES,
+// in SPA's JSON, and its streams are described as "of PID".
 namespace {
 
 constexpr std::uint32_t channels = 2;
 
-struct Player {
-    int streams;
-    int milliseconds;
-    float level;
-    pw_main_loop* loop;
-    pw_core* core;
-};
-
 class Stream {
   public:
-    explicit Stream(const Player& player)
-        : level_(player.level)
-        , stream_(pw_stream_new(player.core, ("of " + std::to_string(::getpid())).c_str(),
+    Stream(pw_core* core, float level)
+        : level_(level)
+        , stream_(pw_stream_new(core, ("of " + std::to_string(::getpid())).c_str(),
                                 pw_properties_new(PW_KEY_APP_NAME, "stream_player",
                                                   PW_KEY_NODE_LATENCY, "1024/48000", nullptr))) {
         static const pw_stream_events events = [] {
@@ -63,6 +57,12 @@ class Stream {
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
+    void joinFilters() {
+        const spa_dict_item item{PW_KEY_NODE_LINK_GROUP, "filters"};
+        const spa_dict dictionary{0, 1, &item};
+        pw_stream_update_properties(stream_, &dictionary);
+    }
+
   private:
     void fill() {
         pw_buffer* const buffer = pw_stream_dequeue_buffer(stream_);
@@ -83,43 +83,68 @@ class Stream {
     spa_hook hook_{};
 };
 
-/// The streams that one signal began.
-struct Round {
-    std::vector<std::unique_ptr<Stream>> streams;
-};
+struct Player {
+    using Streams = std::vector<std::unique_ptr<Stream>>;
 
-void play(const Player& player) {
-    auto* const round = new Round; // deletes itself below, or lasts as long as the program
-    for (int i = 0; i < player.streams; ++i)
-        round->streams.push_back(std::make_unique<Stream>(player));
-    if (player.milliseconds == 0)
-        return;
-    pw_loop* const loop = pw_main_loop_get_loop(player.loop);
-    spa_source* const timer = pw_loop_add_timer(
-        loop, [](void* data, std::uint64_t) { static_cast<Round*>(data)->streams.clear(); }, round);
-    timespec delay{player.milliseconds / 1000, player.milliseconds % 1000 * 1000000L};
-    pw_loop_update_timer(loop, timer, &delay, nullptr, false);
-}
+    int streams;
+    int milliseconds;
+    float level;
+    pw_loop* loop;
+    pw_core* core;
+    std::list<Streams> rounds; // what each signal began
+
+    void play() {
+        Streams& round = rounds.emplace_back();
+        for (int i = 0; i < streams; ++i)
+            round.push_back(std::make_unique<Stream>(core, level));
+        if (milliseconds == 0)
+            return;
+        spa_source* const timer = pw_loop_add_timer(
+            loop, [](void* data, std::uint64_t) { static_cast<Streams*>(data)->clear(); }, &round);
+        timespec delay{milliseconds / 1000, milliseconds % 1000 * 1000000L};
+        pw_loop_update_timer(loop, timer, &delay, nullptr, false);
+    }
+
+    void obey(int signal) {
+        if (signal == SIGUSR1)
+            return play();
+        for (Streams& round : rounds) {
+            if (signal == SIGUSR2)
+                round.clear();
+            for (const auto& stream : round)
+                stream->joinFilters();
+        }
+    }
+};
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4)
+    if (argc < 4)
         return 2;
-    sigset_t begin{}; // in every thread, so that the loop gets it
-    sigemptyset(&begin);
-    sigaddset(&begin, SIGUSR1);
-    sigprocmask(SIG_BLOCK, &begin, nullptr);
+    constexpr std::array<int, 3> signals{SIGUSR1, SIGUSR2, SIGHUP};
+    sigset_t blocked{}; // in every thread, so that the loop gets them
+    sigemptyset(&blocked);
+    for (const int signal : signals)
+        sigaddset(&blocked, signal);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
     pw_init(nullptr, nullptr);
-    Player player{std::atoi(argv[1]), std::atoi(argv[2]), std::strtof(argv[3], nullptr),
-                  pw_main_loop_new(nullptr), nullptr};
-    pw_loop* const loop = pw_main_loop_get_loop(player.loop);
-    player.core = pw_context_connect(pw_context_new(loop, nullptr, 0), nullptr, 0);
+    pw_main_loop* const loop = pw_main_loop_new(nullptr);
+    Player player{std::atoi(argv[1]),
+                  std::atoi(argv[2]),
+                  std::strtof(argv[3], nullptr),
+                  pw_main_loop_get_loop(loop),
+                  nullptr,
+                  {}};
+    player.core = pw_context_connect(pw_context_new(player.loop, nullptr, 0),
+                                     pw_properties_new_string(argc > 4 ? argv[4] : "{}"), 0);
     if (player.core == nullptr)
         return 1;
-    pw_loop_add_signal(
-        loop, SIGUSR1, [](void* data, int) { play(*static_cast<Player*>(data)); }, &player);
+    for (const int signal : signals)
+        pw_loop_add_signal(
+            player.loop, signal,
+            [](void* data, int number) { static_cast<Player*>(data)->obey(number); }, &player);
     std::puts("ready");
     std::fflush(stdout);
-    return pw_main_loop_run(player.loop);
+    return pw_main_loop_run(loop);
 }

@@ -1,19 +1,14 @@
 #include "e2e/DesktopFixture.h"
 
 #include "support/AccessibleObject.h"
-#include "ui/items/ItemLayout.h"
 
 #include <QImage>
-#include <QString>
 
 using support::ChildProcess;
 using support::waitUntil;
 
 // The window on Wayland: a compositor that draws into memory and has neither mouse nor keyboard.
 namespace {
-
-constexpr int titleBar = 33;
-constexpr int rowHeight = ItemLayout::height;
 
 class WaylandWindowTest : public DesktopFixture {
   protected:
@@ -31,7 +26,7 @@ class WaylandWindowTest : public DesktopFixture {
 
     bool becomes(const QSize& size) const {
         return waitUntil([&] {
-            const auto window = tool_.window(QStringLiteral("Tonvale"));
+            const auto window = tool_.window("Tonvale");
             return window && window->size() == size;
         });
     }
@@ -53,7 +48,7 @@ class WaylandWindowTest : public DesktopFixture {
 } // namespace
 
 TEST_F(WaylandWindowTest, OnlyItsSizeIsRememberedAndIsOfWholeRows) {
-    rememberFrame("30 40 640 " + std::to_string(titleBar + 3 * rowHeight + 7));
+    rememberFrame({30, 40, 640, titleBar + 3 * rowHeight + 7});
     open();
     EXPECT_TRUE(becomes({640, titleBar + 3 * rowHeight}));
     EXPECT_TRUE(isDrawnWith({640, titleBar + 3 * rowHeight}));

@@ -77,12 +77,9 @@ MVCommCheckinMessage checkinIn(const std::string& bytes) {
 }
 
 std::vector<float> levelsReceived(const FileDescriptor& socket) {
-    const std::string bytes = received(socket);
     std::vector<float> levels;
-    for (std::size_t at = 0; at + sizeof(MVCommActivityMessage) <= bytes.size();
-         at += sizeof(MVCommActivityMessage)) {
-        MVCommActivityMessage message{};
-        std::memcpy(&message, bytes.data() + at, sizeof message);
+    MVCommActivityMessage message{};
+    while (::recv(socket.get(), &message, sizeof message, MSG_DONTWAIT) == sizeof message) {
         EXPECT_EQ(message.messageID, std::uint32_t{kMVCommActivity});
         levels.push_back(message.level);
     }
@@ -102,20 +99,34 @@ class Commands : public AppConnection::Listener {
 
 constexpr std::uint32_t client = 40;
 
-class AppConnectionTest : public testing::Test {
+class ApplicationTest : public testing::Test {
   protected:
     // What limits a line in the log outlives the test.
-    AppConnectionTest() { clock_.advance(std::chrono::hours(++testsBefore_)); }
+    ApplicationTest() { clock_.advance(std::chrono::hours(++testsBefore_)); }
 
     static inline int testsBefore_ = 0;
     support::ManualClock clock_;
     support::SystemLogRecorder log_;
     Application application_;
     platform::RunLoop loop_;
-    Commands commands_;
 };
 
-class ProgramTableTest : public testing::Test, protected ProgramTable::Listener {
+/// With a connection of the process 321.
+class AppConnectionTest : public ApplicationTest {
+  protected:
+    AppConnectionTest() {
+        application_.listen();
+        connection_ = AppConnection::open(loop_, playerOf(321), commands_);
+        peer_ = application_.accept();
+        received(peer_); // the check-in
+    }
+
+    Commands commands_;
+    std::unique_ptr<AppConnection> connection_;
+    FileDescriptor peer_;
+};
+
+class ProgramTableTest : public ApplicationTest, protected ProgramTable::Listener {
   protected:
     void programGoes(Program& program) override { gone_.push_back(program.process().pid); }
     void connectionsChanged() override {}
@@ -141,10 +152,17 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
             loop_.turn();
     }
 
-    support::ManualClock clock_;
-    support::SystemLogRecorder log_;
-    Application application_;
-    platform::RunLoop loop_;
+    /// The program of the process 321, which has checked in at `peer_`.
+    Program& joined() {
+        application_.listen();
+        Program& program = table_.join({playerOf(321)}, client);
+        advance({});
+        peer_ = application_.accept();
+        EXPECT_EQ(received(peer_).size(), sizeof(MVCommCheckinMessage));
+        return program;
+    }
+
+    FileDescriptor peer_;
     std::vector<std::uint32_t> gone_;
     std::vector<WantedVolume> commanded_;
     std::vector<std::optional<int>> changedElsewhere_;
@@ -154,12 +172,10 @@ class ProgramTableTest : public testing::Test, protected ProgramTable::Listener 
 } // namespace
 
 TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
-    application_.listen();
     ProgramProcess process = playerOf(321);
     process.name.assign(platform::longestApplicationName, 'n');
     process.path.assign(ProgramProcess::longestPath, 'p');
-    const auto connection = AppConnection::open(loop_, process, commands_);
-    ASSERT_NE(connection, nullptr);
+    connection_ = AppConnection::open(loop_, process, commands_);
     const MVCommCheckinMessage checkin = checkinIn(received(application_.accept()));
     EXPECT_EQ(checkin.messageID, std::uint32_t{kMVCommCheckin});
     EXPECT_EQ(checkin.pid, 321U);
@@ -168,9 +184,6 @@ TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
 }
 
 TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
-    application_.listen();
-    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
-    const FileDescriptor peer = application_.accept();
     const std::array<MVCommConsoleMessage, 6> sent{{{kMVCommSetVolume, 321, 0, 40},
                                                     {kMVCommSetVolume, 322, 0, 10},
                                                     {kMVCommIgnoreListChanged, 0, 0, 0},
@@ -182,7 +195,7 @@ TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
         commands_.arrived.clear();
         for (std::size_t at = 0; at < bytes.size(); at += step) {
             const std::size_t size = std::min(step, bytes.size() - at);
-            ASSERT_EQ(::send(peer.get(), bytes.data() + at, size, 0), static_cast<ssize_t>(size));
+            ASSERT_EQ(::send(peer_.get(), bytes.data() + at, size, 0), static_cast<ssize_t>(size));
             loop_.turn();
         }
         EXPECT_THAT(commands_.arrived, ElementsAre("9=40", "10=1", "9=-7")) << step;
@@ -192,11 +205,8 @@ TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
 }
 
 TEST_F(AppConnectionTest, LogsMalformedCommandsOnceASecondAndIgnoresThem) {
-    application_.listen();
-    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
-    FileDescriptor peer = application_.accept();
     const auto send = [&](const MVCommConsoleMessage& command, std::size_t size) {
-        EXPECT_EQ(::send(peer.get(), &command, size, 0), static_cast<ssize_t>(size));
+        EXPECT_EQ(::send(peer_.get(), &command, size, 0), static_cast<ssize_t>(size));
         loop_.turn();
     };
     const std::array<std::pair<MVCommConsoleMessage, const char*>, 4> malformed{
@@ -213,7 +223,7 @@ TEST_F(AppConnectionTest, LogsMalformedCommandsOnceASecondAndIgnoresThem) {
     EXPECT_THAT(commands_.arrived, IsEmpty());
     EXPECT_FALSE(commands_.lost);
     send({kMVCommSetVolume, 321, 0, 40}, 5);
-    peer.reset();
+    peer_.reset();
     loop_.turn();
     EXPECT_TRUE(log_.contains("cut off after byte 5"));
     EXPECT_THAT(commands_.arrived, IsEmpty());
@@ -221,51 +231,28 @@ TEST_F(AppConnectionTest, LogsMalformedCommandsOnceASecondAndIgnoresThem) {
 }
 
 TEST_F(AppConnectionTest, NeverWaitsForAnApplicationThatDoesNotRead) {
-    application_.listen();
-    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
-    const FileDescriptor peer = application_.accept();
     for (int i = 0; i < 100000; ++i)
-        connection->sendLevel(0.5F);
-    EXPECT_EQ(received(peer).size() % 4, 0U);
+        connection_->sendLevel(0.5F);
+    EXPECT_EQ(received(peer_).size() % 4, 0U);
     EXPECT_FALSE(commands_.lost);
 }
 
-TEST_F(AppConnectionTest, NoticesThatTheApplicationHasGone) {
-    application_.listen();
-    const auto connection = AppConnection::open(loop_, playerOf(321), commands_);
-    application_.accept().reset();
-    connection->sendLevel(0.5F);
-    loop_.turn();
-    EXPECT_TRUE(commands_.lost);
-}
-
-TEST_F(AppConnectionTest, NoConnectionWithoutAnApplication) {
-    EXPECT_EQ(AppConnection::open(loop_, playerOf(321), commands_), nullptr);
-}
-
 TEST_F(ProgramTableTest, SendsLevelsAndASingleZeroAtTheEnd) {
-    application_.listen();
-    Program& program = table_.join({playerOf(321)}, client);
-    advance({});
-    const FileDescriptor peer = application_.accept();
-    EXPECT_EQ(received(peer).size(), sizeof(MVCommCheckinMessage));
+    Program& program = joined();
     for (const float level : {0.0F, 0.5F, 0.25F, 0.0F, 0.0F})
         program.report(level);
-    EXPECT_THAT(levelsReceived(peer), ElementsAre(0.5F, 0.25F, 0.0F));
+    EXPECT_THAT(levelsReceived(peer_), ElementsAre(0.5F, 0.25F, 0.0F));
     program.report(1.0F);
     table_.clientGone(client);
-    EXPECT_THAT(levelsReceived(peer), ElementsAre(1.0F, 0.0F));
+    EXPECT_THAT(levelsReceived(peer_), ElementsAre(1.0F, 0.0F));
     EXPECT_THAT(gone_, ElementsAre(321U));
 }
 
 TEST_F(ProgramTableTest, KnowsWhatIsWantedWhoeverAskedForIt) {
-    application_.listen();
-    Program& program = table_.join({playerOf(321)}, client);
-    advance({});
-    const FileDescriptor peer = application_.accept();
+    Program& program = joined();
     const std::array<MVCommConsoleMessage, 2> sent{
         {{kMVCommSetVolume, 321, 0, 150}, {kMVCommSetMute, 321, 0, 1}}};
-    ASSERT_EQ(::send(peer.get(), sent.data(), sizeof sent, 0), ssize_t{sizeof sent});
+    ASSERT_EQ(::send(peer_.get(), sent.data(), sizeof sent, 0), ssize_t{sizeof sent});
     advance({});
     const WantedVolume full{1.0F, std::nullopt};
     const WantedVolume silence{std::nullopt, true};

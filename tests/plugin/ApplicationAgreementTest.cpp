@@ -47,33 +47,48 @@ TEST(ApplicationAgreement, AProgramHasTheSameKeyWhateverItsName) {
     EXPECT_EQ(checkinNameOfKey(settingsKey("coreaudiod")), "coreaudiod");
 }
 
-TEST(ApplicationAgreement, BothReadTheSameSettings) {
-    for (const char* const entry : {
-             "<dict><key>Volume</key><real>40</real><key>Mute</key><true/></dict>",
-             "<dict><key>Volume</key><real>99.99999999</real></dict>",
-             "<dict><key>Volume</key><real>28.999999999999996</real></dict>",
-             "<dict><key>Volume</key><real>nan</real><key>Mute</key><real>nan</real></dict>",
-             "<dict><key>Volume</key><real>-1e300</real><key>Mute</key><real>0.5</real></dict>",
-             "<dict><key>Volume</key><integer>-3</integer></dict>",
-             "<dict><key>Mute</key><integer>0</integer></dict>",
-             "<dict><key>Volume</key><integer>18446744073709551615</integer></dict>",
-             "<dict><key>Volume</key><true/><key>Mute</key><string>YES</string></dict>",
-             "<dict><key>Volume</key><string>40</string></dict>",
-             "<dict><key>Volume</key><dict/><key>Mute</key><array/></dict>",
-             "<array><real>40</real></array>",
-             "<true/>",
+TEST(ApplicationAgreement, BothReadTheSameSettingsAndTakeNonsenseForMissing) {
+    struct Case {
+        const char* entry;
+        ProgramSetting expected;
+    };
+    for (const auto& [entry, expected] : {
+             Case{"<dict><key>Volume</key><real>40</real><key>Mute</key><true/></dict>",
+                  {40, true}},
+             Case{"<dict><key>Volume</key><integer>40</integer></dict>", {40, false}},
+             Case{"<dict><key>Volume</key><real>40.9</real></dict>", {40, false}},
+             Case{"<dict><key>Volume</key><real>99.99999999</real></dict>", {100, false}},
+             Case{"<dict><key>Volume</key><real>28.999999999999996</real></dict>", {29, false}},
+             Case{"<dict><key>Volume</key><real>nan</real></dict>", {100, false}},
+             Case{"<dict><key>Volume</key><real>-1e300</real></dict>", {0, false}},
+             Case{"<dict><key>Volume</key><real>1e300</real></dict>", {100, false}},
+             Case{"<dict><key>Volume</key><integer>-3</integer></dict>", {0, false}},
+             Case{"<dict><key>Volume</key><integer>18446744073709551615</integer></dict>",
+                  {100, false}},
+             Case{"<dict><key>Volume</key><true/></dict>", {1, false}},
+             Case{"<dict><key>Volume</key><string>40</string></dict>", {100, false}},
+             Case{"<dict><key>Volume</key><dict/><key>Mute</key><array/></dict>", {100, false}},
+             Case{"<dict><key>Mute</key><real>0.5</real></dict>", {100, true}},
+             Case{"<dict><key>Mute</key><real>nan</real></dict>", {100, false}},
+             Case{"<dict><key>Mute</key><integer>1</integer></dict>", {100, true}},
+             Case{"<dict><key>Mute</key><integer>0</integer></dict>", {100, false}},
+             Case{"<dict><key>Mute</key><string>YES</string></dict>", {100, false}},
+             Case{"<array><real>40</real></array>", {100, false}},
+             Case{"<true/>", {100, false}},
          }) {
-        const std::string xml = std::string(R"(<plist version="1.0"><dict><key>Apps</key><dict>)") +
-                                "<key>player</key>" + entry + "</dict></dict></plist>";
+        const std::string xml =
+            std::string(R"(<plist version="1.0"><dict><key>Apps</key><dict><key>player</key>)") +
+            entry + "<key>other</key><dict><key>Mute</key><true/></dict></dict></dict></plist>";
         const auto read = parsePreferences(xml);
         ASSERT_TRUE(read) << entry;
         const auto found = read->programs.find("player");
-        const ProgramSetting setting =
-            found != read->programs.end() ? found->second : ProgramSetting{};
+        EXPECT_EQ(found != read->programs.end() ? found->second : ProgramSetting{}, expected)
+            << entry;
         const AppPreferences application(
             platform::parsePropertyList(QByteArray::fromStdString(xml)).value().toMap()["Apps"]);
-        EXPECT_EQ(setting.percent, application.percent("player")) << entry;
-        EXPECT_EQ(setting.muted, application.isMuted("player")) << entry;
+        EXPECT_EQ(application.percent("player"), expected.percent) << entry;
+        EXPECT_EQ(application.isMuted("player"), expected.muted) << entry;
+        EXPECT_TRUE(read->programs.contains("other") && application.isMuted("other")) << entry;
     }
 }
 

@@ -126,21 +126,6 @@ TEST_F(AudioGraphTest, InputsAreFoundByTheirNumberAndMonitorsAreNoOutputs) {
     EXPECT_THAT(graph_.outputPorts(sink), IsEmpty());
 }
 
-TEST_F(AudioGraphTest, AStreamsClientIsTheOneThatItNames) {
-    EXPECT_EQ(graph_.clientOf(stream), 5U);
-    graph_.add({60, Kind::node, {{"media.class", "Stream/Output/Audio"}}});
-    EXPECT_FALSE(graph_.clientOf(60)) << "made by the server itself";
-    EXPECT_FALSE(graph_.clientOf(4711));
-}
-
-TEST_F(AudioGraphTest, ARoleIsKnownAsFarAsItWasAnnounced) {
-    graph_.add({23, Kind::node, {{"media.role", "Notification"}}});
-    EXPECT_EQ(graph_.roleOf(23), "Notification");
-    EXPECT_EQ(graph_.roleOf(stream), "");
-    graph_.add({23, Kind::node, {}});
-    EXPECT_EQ(graph_.roleOf(23), "");
-}
-
 TEST_F(AudioGraphTest, NodesOfOneProcessHaveOneOwner) {
     const auto addClient = [this](std::uint32_t id, AudioGlobal::Properties properties) {
         graph_.add({id, Kind::client, std::move(properties)});

@@ -49,14 +49,6 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
               "    The program calls itself so.\n");
 }
 
-TEST(PluginStatus, TellsWhatIsMissing) {
-    EXPECT_EQ(describe({}), "sound server: not connected\n"
-                            "application: no program to tell it of\n");
-    PluginStatus status{true, {}};
-    status.programs.push_back({{1, "player", "/p", {}}, {}, {}, false, {}, false, {}});
-    EXPECT_NE(describe(status).find("application: not connected\n"), std::string::npos);
-}
-
 TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
     PluginStatus status;
     status.programs.push_back({{1,

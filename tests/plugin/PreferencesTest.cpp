@@ -88,38 +88,6 @@ class PreferencesWatchTest : public PreferencesFileTest {
 
 } // namespace
 
-TEST(Preferences, ValuesThatMakeNoSenseCountAsMissing) {
-    struct Case {
-        const char* entry;
-        ProgramSetting expected;
-    };
-    for (const auto& [entry, expected] : {
-             Case{"<dict><key>Volume</key><real>40</real></dict>", {40, false}},
-             Case{"<dict><key>Volume</key><integer>40</integer></dict>", {40, false}},
-             Case{"<dict><key>Volume</key><real>40.9</real></dict>", {40, false}},
-             Case{"<dict><key>Volume</key><integer>-3</integer></dict>", {0, false}},
-             Case{"<dict><key>Volume</key><real>1e300</real></dict>", {100, false}},
-             Case{"<dict><key>Volume</key><true/></dict>", {1, false}},
-             Case{"<dict><key>Volume</key><string>40</string></dict>", {100, false}},
-             Case{"<dict><key>Mute</key><true/></dict>", {100, true}},
-             Case{"<dict><key>Mute</key><integer>1</integer></dict>", {100, true}},
-             Case{"<dict><key>Mute</key><string>YES</string></dict>", {100, false}},
-             Case{"<dict><key>Mute</key><false/><key>Volume</key><real>0</real></dict>",
-                  {0, false}},
-             Case{"<string>40</string>", {100, false}},
-             Case{"<array><real>40</real></array>", {100, false}},
-         }) {
-        const auto preferences =
-            parsePreferences(plist(std::string("<key>Apps</key><dict><key>a</key>") + entry +
-                                   "<key>other</key><dict><key>Mute</key><true/></dict></dict>"));
-        ASSERT_TRUE(preferences) << entry;
-        const auto found = preferences->programs.find("a");
-        EXPECT_EQ(found == preferences->programs.end() ? ProgramSetting{} : found->second, expected)
-            << entry;
-        EXPECT_EQ(preferences->programs.count("other"), 1U);
-    }
-}
-
 TEST(Preferences, TheLanguageIsATextOrNotSaid) {
     const auto languageIn = [](const char* value) {
         const auto preferences =

@@ -5,14 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace {
 
 constexpr std::uint32_t client = 40;
 constexpr std::uint32_t otherClient = 41;
 constexpr auto main = ProgramLife::Role::main;
-constexpr auto helper = ProgramLife::Role::helper;
 
 ProgramProcess processOf(const support::ChildProcess& child) {
     ProgramProcess process;
@@ -23,40 +20,16 @@ ProgramProcess processOf(const support::ChildProcess& child) {
 
 class ProgramLifeTest : public testing::Test {
   protected:
-    std::uint32_t first() const { return life_->first() != nullptr ? life_->first()->pid : 0; }
+    std::uint32_t first() const { return life_.first() != nullptr ? life_.first()->pid : 0; }
 
     platform::RunLoop loop_;
     int changes_ = 0;
-    std::unique_ptr<ProgramLife> life_ =
-        std::make_unique<ProgramLife>(loop_, [this] { ++changes_; });
+    ProgramLife life_{loop_, [this] { ++changes_; }};
     support::ChildProcess child_{{"sleep", "60"}};
     support::ChildProcess other_{{"sleep", "60"}};
 };
 
 } // namespace
-
-TEST_F(ProgramLifeTest, AProcessIsWatchedWhateverBecomesOfItsClients) {
-    life_->join(processOf(child_), client, main);
-    life_->clientGone(client);
-    EXPECT_EQ(first(), processOf(child_).pid);
-    child_.stop(SIGKILL);
-    loop_.turn();
-    EXPECT_EQ(first(), 0U);
-    EXPECT_EQ(changes_, 1);
-}
-
-TEST_F(ProgramLifeTest, AMainProcessComesFirstWheneverItHasJoined) {
-    life_->join(processOf(child_), client, helper);
-    EXPECT_EQ(first(), processOf(child_).pid);
-    life_->join(processOf(other_), client, main);
-    EXPECT_EQ(first(), processOf(other_).pid);
-    const ProgramProcess ended = processOf(other_);
-    other_.stop(SIGKILL);
-    loop_.turn();
-    EXPECT_EQ(first(), processOf(child_).pid) << "the helper plays on";
-    EXPECT_FALSE(life_->contains(ended));
-    EXPECT_TRUE(life_->contains(processOf(child_)));
-}
 
 TEST_F(ProgramLifeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
     const ProgramProcess ended = processOf(child_);
@@ -64,42 +37,30 @@ TEST_F(ProgramLifeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
     ProgramProcess numberUsedAgain = ended;
     numberUsedAgain.pid = static_cast<std::uint32_t>(::getpid());
     for (const ProgramProcess& process : {ended, numberUsedAgain}) {
-        life_->join(process, client, main);
-        life_->join(process, otherClient, main);
+        life_.join(process, client, main);
+        life_.join(process, otherClient, main);
         loop_.turn();
-        life_->clientGone(client);
+        life_.clientGone(client);
         EXPECT_EQ(first(), process.pid);
-        life_->clientGone(otherClient);
+        life_.clientGone(otherClient);
         EXPECT_EQ(first(), 0U);
     }
 }
 
 TEST_F(ProgramLifeTest, OnlyTheErrorIsWithdrawnAndOnlyTheProcessReleased) {
     const ProgramProcess process = processOf(child_);
-    life_->join(process, client, main);
-    life_->join(process, client, main);
-    life_->withdraw(process, client);
+    life_.join(process, client, main);
+    life_.join(process, client, main);
+    life_.withdraw(process, client);
     EXPECT_EQ(first(), process.pid);
-    life_->withdraw(process, client);
+    life_.withdraw(process, client);
     EXPECT_EQ(first(), 0U);
-    life_->withdraw(process, client);
+    life_.withdraw(process, client);
     EXPECT_EQ(changes_, 1);
 
-    life_->join(process, client, main);
-    life_->join(process, client, main);
-    life_->join(processOf(other_), client, main);
-    life_->release(process, otherClient);
+    life_.join(process, client, main);
+    life_.join(process, client, main);
+    life_.join(processOf(other_), client, main);
+    life_.release(process, otherClient);
     EXPECT_EQ(first(), processOf(other_).pid) << "whichever client it is by";
-}
-
-TEST_F(ProgramLifeTest, MayBeDestroyedWhenItEnds) {
-    life_ = std::make_unique<ProgramLife>(loop_, [this] {
-        ++changes_;
-        life_.reset();
-    });
-    life_->join(processOf(child_), client, main);
-    child_.stop(SIGKILL);
-    loop_.turn();
-    EXPECT_EQ(life_, nullptr);
-    EXPECT_EQ(changes_, 1);
 }

@@ -45,13 +45,6 @@ class RestoredVolumeTest : public testing::Test {
 
 } // namespace
 
-TEST_F(RestoredVolumeTest, NothingIsWrittenUnasked) {
-    settle(valueOf("0.5,0.5"));
-    EXPECT_EQ(told(valueOf("0.125,0.125")), percent(50)) << "a slider elsewhere";
-    volume_.gone();
-    settle(valueOf("0.5,0.5"));
-}
-
 TEST_F(RestoredVolumeTest, WhatIsWrittenIsWholeAndKeepsBalanceAndChannels) {
     struct Case {
         std::vector<std::string> told;

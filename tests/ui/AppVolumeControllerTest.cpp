@@ -7,35 +7,29 @@
 using support::ScriptedPlugin;
 using support::waitUntil;
 
-namespace {
-
 using AppVolumeControllerTest = AppVolumeFixture;
 
-} // namespace
-
 TEST_F(AppVolumeControllerTest, ASlidersValueIsCutOffSentAndRemembered) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    MVCommAppValue& app = connected(plugin, 4711, "player");
+    MVCommAppValue& app = connected(4711, "player");
     EXPECT_DOUBLE_EQ(app.volume(), 100.0) << "a percent";
     moveSlider(app, 0.999);
-    EXPECT_EQ(sentTo(plugin), "9,4711,0,99 ");
+    EXPECT_EQ(sent(), "9,4711,0,99 ");
     EXPECT_DOUBLE_EQ(app.volume(), 0.999) << "a fraction";
     EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Volume", 99.0}}}}));
     EXPECT_EQ(controller_.percentOf(app), 99);
     controller_.update();
     EXPECT_DOUBLE_EQ(app.volume(), 99.0);
     moveSlider(app, 0.0);
-    EXPECT_EQ(sentTo(plugin), "9,4711,0,0 ");
+    EXPECT_EQ(sent(), "9,4711,0,0 ");
     moveSlider(app, 1.0);
-    EXPECT_EQ(sentTo(plugin), "9,4711,0,100 ");
+    EXPECT_EQ(sent(), "9,4711,0,100 ");
     EXPECT_FALSE(model_.defaults.value("Apps").isValid());
     EXPECT_TRUE(view_.told.filter("item").isEmpty()) << "items know their own gestures";
 }
 
 TEST_F(AppVolumeControllerTest, TheDesktopIsAskedWhatRunsAndItsIconsAreTaken) {
     const int looks = model_.workspace.looks();
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    MVCommAppValue& app = connected(plugin, 4711, "player");
+    MVCommAppValue& app = connected(4711, "player");
     EXPECT_GT(model_.workspace.looks(), looks) << "when a plug-in connects";
     const int connects = model_.workspace.looks();
     controller_.update();
@@ -47,18 +41,16 @@ TEST_F(AppVolumeControllerTest, TheDesktopIsAskedWhatRunsAndItsIconsAreTaken) {
 }
 
 TEST_F(AppVolumeControllerTest, ANotificationAboutAnythingButARecordIsIgnored) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    connected(plugin, 1, "player");
+    connected(1, "player");
     QObject stranger;
     for (const QVariant& object : {QVariant(), QVariant("player"), QVariant::fromValue(&stranger)})
         platform::NotificationCenter::standard().post(
             AppVolumeController::sliderChangedNotification, object);
-    EXPECT_EQ(sentTo(plugin), "");
+    EXPECT_EQ(sent(), "");
 }
 
 TEST_F(AppVolumeControllerTest, WholePercentsTakeTheSlidersRoad) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    MVCommAppValue& app = connected(plugin, 1, "player");
+    MVCommAppValue& app = connected(1, "player");
     std::string expected;
     for (int percent = 0; percent <= 100; ++percent) {
         controller_.setPercent(app, percent);
@@ -67,36 +59,34 @@ TEST_F(AppVolumeControllerTest, WholePercentsTakeTheSlidersRoad) {
         expected += "9,1,0," + std::to_string(percent) + " ";
     }
     controller_.setPercent(app, 1000);
-    EXPECT_EQ(sentTo(plugin), expected);
+    EXPECT_EQ(sent(), expected);
     EXPECT_EQ(view_.told.filter("item 0").size(), 102);
 }
 
 TEST_F(AppVolumeControllerTest, TheReleaseHasTheLastWordWhateverAMergeDid) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    MVCommAppValue& app = connected(plugin, 1, "player");
+    MVCommAppValue& app = connected(1, "player");
     moveSlider(app, 0.305);
     controller_.updateConnections();
     EXPECT_DOUBLE_EQ(app.volume(), 30.0);
     controller_.sliderReleased(app, 0.305);
     EXPECT_EQ(controller_.percentOf(app), 30);
     controller_.sliderReleased(app, 0.42);
-    EXPECT_EQ(sentTo(plugin), "9,1,0,30 9,1,0,42 ") << "a repetition says nothing new";
+    EXPECT_EQ(sent(), "9,1,0,30 9,1,0,42 ") << "a repetition says nothing new";
 }
 
-TEST_F(AppVolumeControllerTest, MutesAreSentAndRemembered) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    MVCommAppValue& app = connected(plugin, 7, "coreaudiod");
+TEST_F(AppVolumeControllerTest, MutesAreSentAndRememberedOnce) {
+    MVCommAppValue& app = connected(7, "coreaudiod");
     int gestures = 0;
     controller_.setGestureObserver(
         {nullptr, nullptr, [&](const MVCommAppValue&, bool) { ++gestures; }});
     app.setMuted(true);
     controller_.appWasMuted(app);
-    EXPECT_EQ(sentTo(plugin), "10,7,0,1 ");
+    EXPECT_EQ(sent(), "10,7,0,1 ");
     controller_.setMuted(app, true);
     EXPECT_EQ(gestures, 1) << "that has changed nothing";
     EXPECT_EQ(stored(), (QVariantMap{{"Sound Effects", QVariantMap{{"Mute", true}}}}));
     controller_.setMuted(app, false);
-    EXPECT_EQ(sentTo(plugin), "10,7,0,0 ");
+    EXPECT_EQ(sent(), "10,7,0,0 ");
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(gestures, 2);
 }
@@ -106,8 +96,7 @@ TEST_F(AppVolumeControllerTest, RestoringTellsRealChangesAndSendsNothing) {
                         QVariantMap{{"player", QVariantMap{{"Volume", 40}, {"Mute", true}}}});
     AppVolumeController restoring(
         {model_.comm, model_.ignoredApps, model_.workspace, model_.defaults, {}});
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
+    plugin_.checkIn(1, "player");
     ASSERT_TRUE(waitUntil([&] { return !restoring.apps().isEmpty(); }));
     MVCommAppValue& app = *restoring.apps()[0];
     EXPECT_DOUBLE_EQ(app.volume(), 40.0);
@@ -123,13 +112,12 @@ TEST_F(AppVolumeControllerTest, RestoringTellsRealChangesAndSendsNothing) {
     restoring.changedElsewhere(1, 55, false);
     EXPECT_EQ(volumes.size(), 1);
     EXPECT_EQ(mutes, 1);
-    EXPECT_EQ(sentTo(plugin), "");
+    EXPECT_EQ(sent(), "");
 }
 
 TEST_F(AppVolumeControllerTest, LevelsGoToTheRecordAndItsItemWhenThePercentChanges) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
     ScriptedPlugin other(MVCommMainSocketPath());
-    connected(plugin, 1, "zoom");
+    connected(1, "zoom");
     connected(other, 2, "alpha");
     view_.told.clear();
     const auto report = [&](std::uint32_t pid, float level) {
@@ -148,19 +136,18 @@ TEST_F(AppVolumeControllerTest, LevelsGoToTheRecordAndItsItemWhenThePercentChang
     controller_.setView(nullptr);
     report(1, 0.5F);
     EXPECT_EQ(find("zoom")->activity(), 50);
-    plugin.reportLevel(1, 0.75F);
+    plugin_.reportLevel(1, 0.75F);
     EXPECT_TRUE(waitUntil([&] { return find("zoom")->activity() == 75; })) << "off the wire";
 }
 
 TEST_F(AppVolumeControllerTest, TheViewIsToldOnceWhenBothSourcesAreMerged) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
     model_.workspace.setRunningApplications({{1, "player", {}}, {2, "Editor", {}}});
     EXPECT_EQ(view_.told, (QStringList{"will", "did Editor player"}));
     const MVCommAppValue* const record = find("player");
-    plugin.checkIn(1, "player");
+    plugin_.checkIn(1, "player");
     view_.told.clear();
     ASSERT_TRUE(waitUntil([&] { return !view_.told.isEmpty(); }));
-    plugin.disconnect();
+    plugin_.disconnect();
     ASSERT_TRUE(waitUntil([&] { return view_.told.size() == 4; }));
     EXPECT_EQ(view_.told, (QStringList{"will", "did Editor player", "will", "did Editor player"}));
     EXPECT_EQ(find("player"), record) << "without flicker";
@@ -183,11 +170,10 @@ TEST_F(AppVolumeControllerTest, LaunchesAndQuitsAreLoggedInOneHarmlessLine) {
 }
 
 TEST_F(AppVolumeControllerTest, WhatIsChangedElsewhereIsTakenOverWithoutACommand) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
     controller_.changedElsewhere(1, 150, true); // has no record yet
     controller_.notControllable(1, "why");
     controller_.notControllable(2, "other");
-    MVCommAppValue& app = connected(plugin, 1, "player");
+    MVCommAppValue& app = connected(1, "player");
     EXPECT_EQ(controller_.percentOf(app), 100) << "it is clamped";
     EXPECT_TRUE(app.muted());
     EXPECT_EQ(controller_.reasonNotControllable(app), "why");
@@ -204,7 +190,7 @@ TEST_F(AppVolumeControllerTest, WhatIsChangedElsewhereIsTakenOverWithoutACommand
     controller_.notControllable(1, "again");
     controller_.pluginHasGone();
     EXPECT_EQ(controller_.reasonNotControllable(app), QString());
-    EXPECT_EQ(sentTo(plugin), "");
+    EXPECT_EQ(sent(), "");
 }
 
 TEST_F(AppVolumeControllerTest, WhatAnotherProgramOfTheNameIsGivenElsewhereIsTakenOverToo) {
@@ -250,7 +236,6 @@ TEST_F(AppVolumeControllerTest, TheWindowGetsItsLimitsAndItsPlace) {
 
 TEST_F(AppVolumeControllerTest, TheNewestOneIsTheSharedOne) {
     EXPECT_EQ(AppVolumeController::sharedController(), &controller_);
-    model_.defaults.set("Apps", "malformed");
     {
         const AppVolumeController newer(
             {model_.comm, model_.ignoredApps, model_.workspace, model_.defaults, {}});

@@ -23,16 +23,21 @@ class AppVolumeFixture : public testing::Test {
 
   protected:
     AppVolumeFixture() {
-        EXPECT_TRUE(model_.serve());
+        EXPECT_TRUE(isServed_);
         controller_.setView(&view_);
         view_.told.clear();
     }
+
     /// The record of a program whose plug-in is connected by now.
     MVCommAppValue& connected(support::ScriptedPlugin& plugin, std::uint32_t pid,
                               const QString& name) {
         plugin.checkIn(pid, name.toStdString());
         EXPECT_TRUE(support::waitUntil([&] { return find(name) != nullptr; }));
         return *find(name);
+    }
+
+    MVCommAppValue& connected(std::uint32_t pid, const QString& name) {
+        return connected(plugin_, pid, name);
     }
 
     MVCommAppValue* find(const QString& name) const {
@@ -64,6 +69,8 @@ class AppVolumeFixture : public testing::Test {
         return text;
     }
 
+    std::string sent() { return sentTo(plugin_); }
+
     QVariantMap stored() const { return model_.defaults.dictionary("Apps"); }
 
     static void moveSlider(MVCommAppValue& app, double value) {
@@ -76,6 +83,8 @@ class AppVolumeFixture : public testing::Test {
     platform::RunLoop loop_;
     platform::MainQueueService mainQueue_{loop_};
     support::VolumeModel model_;
+    const bool isServed_ = model_.serve();
     AppVolumeController& controller_ = model_.controller;
     RecordingView view_;
+    support::ScriptedPlugin plugin_{MVCommMainSocketPath()};
 };

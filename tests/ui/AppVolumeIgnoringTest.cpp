@@ -1,8 +1,5 @@
 #include "AppVolumeFixture.h"
-#include "platform/values/PropertyList.h"
 #include "support/PrivateFolder.h"
-
-#include <QFile>
 
 #include <filesystem>
 #include <future>
@@ -28,14 +25,20 @@ class AppVolumeIgnoringTest : public AppVolumeFixture {
             gate_.set_value();
     }
 
-    QStringList ignoredInCopy() const {
-        QFile file(QString::fromStdString(copies_ / "p.plist"));
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        return platform::parsePropertyList(file.readAll())
-            .value_or(QVariant())
-            .toMap()["CustomIgnoredApps"]
-            .toStringList();
+    /// Has the plug-in's program known here, as a change of the connections does.
+    void checkIn(ScriptedPlugin& plugin, std::uint32_t pid, const char* name) {
+        const auto before = MVCommCopyConnectedProcesses(model_.comm).size();
+        plugin.checkIn(pid, name);
+        EXPECT_TRUE(waitUntil(
+            [&] { return MVCommCopyConnectedProcesses(model_.comm).size() == before + 1; }));
+        ignoring_.update();
+    }
+
+    bool isToldOfTheList() {
+        return waitUntil([&] {
+            const auto commands = plugin_.takeCommands();
+            return !commands.empty() && commands[0].type == kMVCommIgnoreListChanged;
+        });
     }
 
     const support::PrivateFolder folder_;
@@ -55,45 +58,29 @@ class AppVolumeIgnoringTest : public AppVolumeFixture {
 } // namespace
 
 TEST_F(AppVolumeIgnoringTest, PluginsAreToldWhenTheCopiesAreInPlaceAndTheMainThreadDoesNotWait) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    checkIn(plugin_, 1, "player");
     ignored_.addCustomIgnore("PLAYER");
     EXPECT_TRUE(ignoring_.apps().isEmpty()) << "at once";
-    EXPECT_EQ(sentTo(plugin), "") << "it was at full volume, and nothing is copied yet";
+    EXPECT_EQ(sent(), "") << "it was at full volume, and nothing is copied yet";
     open();
-    QStringList atThatTime;
-    EXPECT_TRUE(waitUntil([&] {
-        const auto commands = plugin.takeCommands();
-        if (commands.empty() || commands[0].type != kMVCommIgnoreListChanged)
-            return false;
-        atThatTime = ignoredInCopy();
-        return true;
-    }));
-    EXPECT_EQ(atThatTime, QStringList{"PLAYER"});
+    EXPECT_TRUE(isToldOfTheList());
+    const platform::UserDefaults copy(copies_ / "p.plist");
+    EXPECT_EQ(copy.list("CustomIgnoredApps"), QVariantList{"PLAYER"});
 }
 
 TEST_F(AppVolumeIgnoringTest, PluginsAreToldAlsoWhenCopyingFails) {
     std::filesystem::create_directories(copies_ / "p.plist/precious");
     open();
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
+    checkIn(plugin_, 1, "player");
     ignored_.addCustomIgnore("other");
-    EXPECT_TRUE(waitUntil([&] {
-        const auto commands = plugin.takeCommands();
-        return !commands.empty() && commands[0].type == kMVCommIgnoreListChanged;
-    }));
+    EXPECT_TRUE(isToldOfTheList());
 }
 
 TEST_F(AppVolumeIgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNotIgnoredAnyMore) {
     ScriptedPlugin first(MVCommMainSocketPath());
     ScriptedPlugin second(MVCommMainSocketPath());
-    first.checkIn(1, "player");
-    second.checkIn(2, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 2; }));
-    ignoring_.update();
+    checkIn(first, 1, "player");
+    checkIn(second, 2, "player");
     ignoring_.setPercent(*ignoring_.apps()[0], 40);
     ignoring_.setMuted(*ignoring_.apps()[0], true);
     EXPECT_EQ(sentTo(first), "9,1,0,40 10,1,0,1 ");
@@ -121,10 +108,8 @@ TEST_F(AppVolumeIgnoringTest, AProgramThatIsIgnoredWhileThePluginIsAwayIsFreedWh
     ignored_.removeCustomIgnore("other");
     ScriptedPlugin first(MVCommMainSocketPath());
     ScriptedPlugin second(MVCommMainSocketPath());
-    first.checkIn(1, "player");
-    second.checkIn(2, "other");
-    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 2; }));
-    ignoring_.update();
+    checkIn(first, 1, "player");
+    checkIn(second, 2, "other");
     EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 ");
     ignoring_.update();
     EXPECT_EQ(sentTo(first), "") << "once";
@@ -133,22 +118,8 @@ TEST_F(AppVolumeIgnoringTest, AProgramThatIsIgnoredWhileThePluginIsAwayIsFreedWh
 TEST_F(AppVolumeIgnoringTest, AReportOfAProgramThatTurnsOutToBeIgnoredIsForgotten) {
     ignored_.addCustomIgnore("player");
     ignoring_.changedElsewhere(1, 70, false);
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return MVCommCopyConnectedProcesses(model_.comm).size() == 1; }));
-    ignoring_.update();
+    checkIn(plugin_, 1, "player");
     ignored_.removeCustomIgnore("player");
     ASSERT_EQ(ignoring_.apps().size(), 1);
     EXPECT_EQ(ignoring_.percentOf(*ignoring_.apps()[0]), 100);
-}
-
-TEST_F(AppVolumeIgnoringTest, WhatIsRememberedOfAnIgnoredProgramStays) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    plugin.checkIn(1, "player");
-    ASSERT_TRUE(waitUntil([&] { return ignoring_.apps().size() == 1; }));
-    ignoring_.setPercent(*ignoring_.apps()[0], 40);
-    ignored_.addCustomIgnore("player");
-    ignored_.removeCustomIgnore("player");
-    ASSERT_EQ(ignoring_.apps().size(), 1);
-    EXPECT_DOUBLE_EQ(ignoring_.apps()[0]->volume(), 40.0);
 }

@@ -2,7 +2,6 @@
 #include "comm/MVCommSocketPath.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/values/PropertyList.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -12,56 +11,60 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-
 #include <future>
 
 using namespace std::chrono_literals;
 using support::waitUntil;
 
+namespace {
+
+class AppVolumeSavingTest : public testing::Test {
+  protected:
+    void start(const PreferenceCopies::Folders& folders = PreferenceCopies::standardFolders()) {
+        controller_.emplace(AppVolumeController::Surroundings{
+            model_.comm, model_.ignoredApps, model_.workspace, defaults_, file_, folders});
+    }
+
+    const support::SystemLogRecorder log_;
+    const support::PrivateFolder folder_;
+    const support::ScopedVariable home_{"HOME", folder_.path() / "home"};
+    platform::RunLoop loop_;
+    const platform::MainQueueService mainQueue_{loop_};
+    support::VolumeModel model_;
+    const std::filesystem::path file_ = folder_.path() / "own/p.plist";
+    platform::UserDefaults defaults_{file_};
+    std::optional<AppVolumeController> controller_;
+};
+
+} // namespace
+
 // The clock stands still, so nothing that is put off is done.
-TEST(AppVolumeSaving, ReleaseAndQuitDoNotWaitForThePace) {
+TEST_F(AppVolumeSavingTest, ReleaseAndQuitDoNotWaitForThePace) {
     const support::ManualClock clock;
-    platform::RunLoop loop;
-    support::VolumeModel model;
-    const support::PrivateFolder folder;
-    const auto file = folder.path() / "own/p.plist";
-    platform::UserDefaults defaults(file);
-    AppVolumeController controller({model.comm, model.ignoredApps, model.workspace, defaults, file,
-                                    [&] { return std::vector<std::string>{folder.path()}; }});
-    model.workspace.setRunningApplications({{1, "player", {}}});
-    MVCommAppValue& app = *controller.apps().at(0);
+    start([&] { return std::vector<std::string>{folder_.path()}; });
+    model_.workspace.setRunningApplications({{1, "player", {}}});
+    MVCommAppValue& app = *controller_->apps().at(0);
     const auto percentInCopy = [&] {
-        QFile copy(QString::fromStdString(folder.path() / "p.plist"));
-        const QByteArray bytes = copy.open(QIODevice::ReadOnly) ? copy.readAll() : QByteArray();
-        const QVariant root = platform::parsePropertyList(bytes).value_or(QVariant());
-        return AppPreferences(root.toMap()["Apps"]).percent("player");
+        const platform::UserDefaults copy(folder_.path() / "p.plist");
+        return AppPreferences(copy.value("Apps")).percent("player");
     };
     app.setVolume(0.1);
-    controller.sliderChanged(app);
+    controller_->sliderChanged(app);
     ASSERT_TRUE(waitUntil([&] { return percentInCopy() == 10; }));
     app.setVolume(0.2);
-    controller.sliderChanged(app);
-    controller.sliderReleased(app, 0.3);
+    controller_->sliderChanged(app);
+    controller_->sliderReleased(app, 0.3);
     EXPECT_TRUE(waitUntil([&] { return percentInCopy() == 30; }));
-    controller.setPercent(app, 40);
-    controller.shutdown();
+    controller_->setPercent(app, 40);
+    controller_->shutdown();
     EXPECT_EQ(percentInCopy(), 40);
 }
 
-TEST(AppVolumeSaving, AContainerHasItsCopyBeforeAPluginCanConnectInIt) {
-    const support::PrivateFolder folder;
-    const support::ScopedVariable home("HOME", folder.path() / "home");
-    platform::RunLoop loop;
-    const platform::MainQueueService mainQueue(loop);
-    support::VolumeModel model;
-    const auto file = folder.path() / "own/p.plist";
-    platform::UserDefaults defaults(file);
-    defaults.set("key", 1);
-    auto controller = std::make_unique<AppVolumeController>(AppVolumeController::Surroundings{
-        model.comm, model.ignoredApps, model.workspace, defaults, file});
+TEST_F(AppVolumeSavingTest, AContainerHasItsCopyBeforeAPluginCanConnectInIt) {
+    defaults_.set("key", 1);
+    start();
     const auto isServedIn = [&](const std::string& name, bool isCopyExpected) {
-        const auto data = folder.path() / "home/Library/Containers" / name / "Data";
+        const auto data = folder_.path() / "home/Library/Containers" / name / "Data";
         std::filesystem::create_directories(data);
         bool hadCopy = false;
         EXPECT_TRUE(waitUntil([&] {
@@ -72,25 +75,18 @@ TEST(AppVolumeSaving, AContainerHasItsCopyBeforeAPluginCanConnectInIt) {
         return hadCopy;
     };
     EXPECT_TRUE(isServedIn("a", true));
-    controller.reset();
+    controller_.reset();
     EXPECT_FALSE(isServedIn("b", false)) << "nobody copies any more";
 }
 
-TEST(AppVolumeSaving, QuittingIsNotHeldUpByADiskThatHangs) {
-    const support::SystemLogRecorder log;
-    platform::RunLoop loop;
-    support::VolumeModel model;
-    const support::PrivateFolder folder;
-    platform::UserDefaults defaults(folder.path() / "p.plist");
+TEST_F(AppVolumeSavingTest, QuittingIsNotHeldUpByADiskThatHangs) {
     std::promise<void> release;
-    AppVolumeController controller({model.comm, model.ignoredApps, model.workspace, defaults,
-                                    folder.path() / "p.plist",
-                                    [released = std::shared_future(release.get_future())] {
-                                        released.wait();
-                                        return std::vector<std::string>();
-                                    }});
-    EXPECT_FALSE(controller.shutdown(5ms));
-    EXPECT_TRUE(log.contains("Saving and copying the preferences takes too long to wait for"));
+    start([released = std::shared_future(release.get_future())] {
+        released.wait();
+        return std::vector<std::string>();
+    });
+    EXPECT_FALSE(controller_->shutdown(5ms));
+    EXPECT_TRUE(log_.contains("Saving and copying the preferences takes too long to wait for"));
     release.set_value();
-    EXPECT_TRUE(controller.shutdown(support::patience));
+    EXPECT_TRUE(controller_->shutdown(support::patience));
 }

@@ -8,9 +8,9 @@
 /// A view without a window that keeps what it is told.
 class RecordingView final : public AppVolumeView {
   public:
-    void appsWillChange() override { told += QStringLiteral("will"); }
+    void appsWillChange() override { told += "will"; }
     void appsDidChange(const QList<MVCommAppValue*>& apps) override {
-        QStringList names{QStringLiteral("did")};
+        QStringList names{"did"};
         for (const MVCommAppValue* const app : apps)
             names += app->displayName();
         told += names.join(QLatin1Char(' '));

@@ -2,7 +2,6 @@
 #include "ui/TNMenuBarIcon.h"
 #include "ui/theme/HighContrastTheme.h"
 #include "ui/theme/LighterColor.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
 
 #include <gtest/gtest.h>
 
@@ -16,40 +15,16 @@ TEST(LighterColor, MixesWithWhiteAndKeepsTheAlpha) {
     EXPECT_EQ(lighterBy(whiteColor(0.2), 2), whiteColor(1.0));
 }
 
-TEST(Theme, ThePlainOneHasNeitherPatternNorTint) {
-    const MVBlackTheme theme;
-    EXPECT_TRUE(theme.collectionViewBackgroundPattern(1.0).isNull());
-    EXPECT_FALSE(theme.collectionViewBackgroundPatternColor());
-    EXPECT_FALSE(theme.muteFilters(false, true));
-    const QImage off = theme.muteOffImage(true, 1.0);
-    const QImage on = theme.muteOnImage(true, 1.0);
-    ASSERT_FALSE(off.isNull());
-    EXPECT_EQ(on.size(), off.size());
-    const QColor mark = on.pixelColor(2, on.height() / 2);
-    EXPECT_GT(mark.red(), 2 * mark.green()) << "the oval";
-}
-
-TEST(Theme, TheOneInUseTintsTheSpeakerOnlyWhileItIsNotMuted) {
-    const MVBlackTheme& theme = MVOrangeBrownTheme::sharedTheme();
-    EXPECT_EQ(theme.muteFilters(false, true), rgbColor(1.0, 0.5, 0.0));
-    EXPECT_EQ(theme.muteFilters(false, false), whiteColor(0.3));
-    EXPECT_FALSE(theme.muteFilters(true, true));
-    EXPECT_EQ(theme.collectionViewBackgroundPattern(2.0).size(), QSize(16, 12));
-    EXPECT_EQ(theme.collectionViewBackgroundPattern(2.0).deviceIndependentSize(), QSizeF(8, 6));
-    EXPECT_EQ(theme.muteOnImage(false, 2.0).size(), QSize(40, 40));
-    EXPECT_EQ(theme.collectionViewBackgroundColor1().alpha(), 0);
-}
-
 TEST(BundleIcon, IsDrawnAnewForEverySize) {
-    const QIcon icon = platform::bundleIcon(QStringLiteral("soundEffects.icns"));
+    const QIcon icon = platform::bundleIcon("soundEffects.icns");
     for (const int size : {13, 48, 100}) {
         EXPECT_EQ(icon.pixmap(QSize(size, size), 1.0).size(), QSize(size, size));
         const QPixmap dense = icon.pixmap(QSize(size, size), 2.0);
         EXPECT_EQ(dense.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied),
-                  platform::bundleImage(QStringLiteral("soundEffects"), QSizeF(size, size), 2.0));
+                  platform::bundleImage("soundEffects", QSizeF(size, size), 2.0));
         EXPECT_EQ(dense.deviceIndependentSize(), QSizeF(size, size));
     }
-    EXPECT_TRUE(platform::bundleIcon(QStringLiteral("nothing")).isNull());
+    EXPECT_TRUE(platform::bundleIcon("nothing").isNull());
 }
 
 TEST(HighContrastTheme, HasTheDesktopsColoursWhereTheyAreFarEnoughFromEachOther) {

@@ -62,15 +62,6 @@ TEST(WindowSize, TheHeightSnapsToWholeItems) {
     EXPECT_DOUBLE_EQ(WindowSize::snapped({0, 333}, {0.5, 22}).height(), 333);
 }
 
-TEST(WindowSize, TheWindowHoldsTwoToThirtyItems) {
-    const WindowSize::Limits window = WindowSize::window({40, 22});
-    EXPECT_EQ(window.minimum, QSizeF(400, 102));
-    EXPECT_EQ(window.maximum, QSizeF(std::numeric_limits<double>::max(), 1222));
-    const WindowSize::Limits item = WindowSize::item({40, 22});
-    EXPECT_EQ(item.minimum, QSizeF(300, 40));
-    EXPECT_EQ(item.maximum, QSizeF(std::numeric_limits<double>::max(), 40));
-}
-
 TEST(WindowSize, AFrameIsReadBackAndNothingElseIs) {
     const QRect frame(-5, 7, 640, 480);
     EXPECT_EQ(WindowSize::frameFromText(WindowSize::frameText(frame)), frame);

@@ -31,40 +31,23 @@ class VolumeWindowFixture : public testing::Test {
         window_.show();
     }
 
-    MVCollectionViewItem::Surroundings surroundings() {
-        return {model_.controller,
-                [this](const QString& name) { model_.ignoredApps.addCustomIgnore(name); },
-                [] { return false; }, [](float) {},
-                [this](const QString& name) { model_.ignoredApps.removeCustomIgnore(name); }};
-    }
-
     bool showsRows(const QStringList& names) const {
         return support::waitUntil([&] { return support::rowNames(window_) == names; });
     }
 
-    /// With the row "player", of the process 4711.
-    RowProbe connected(ScriptedPlugin& plugin) const {
-        plugin.checkIn(4711, "player");
-        EXPECT_TRUE(showsRows({QStringLiteral("player")}));
-        return {window_, QStringLiteral("player")};
+    /// `plugin_` with the row "player", of the process 4711.
+    RowProbe connected() {
+        plugin_.emplace(MVCommMainSocketPath());
+        plugin_->checkIn(4711, "player");
+        EXPECT_TRUE(showsRows({"player"}));
+        return {window_, "player"};
     }
 
-    static std::string received(ScriptedPlugin& plugin) {
-        std::string text;
-        EXPECT_TRUE(support::waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands())
-                text += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
-                        std::to_string(command.value) + " ";
-            return !text.empty();
-        }));
-        return text;
-    }
-
-    /// Everything up to what ends so.
-    static std::string sentUntil(ScriptedPlugin& plugin, const std::string& end) {
+    /// Everything that it gets up to what ends so.
+    std::string sentUntil(const std::string& end) {
         std::string all;
         EXPECT_TRUE(support::waitUntil([&] {
-            for (const MVCommConsoleMessage& command : plugin.takeCommands())
+            for (const MVCommConsoleMessage& command : plugin_->takeCommands())
                 all += std::to_string(command.type) + "," + std::to_string(command.pid) + "," +
                        std::to_string(command.value) + " ";
             return all.ends_with(end);
@@ -76,5 +59,10 @@ class VolumeWindowFixture : public testing::Test {
     platform::RunLoopNotifier notifier_{loop_};
     platform::MainQueueService mainQueue_{loop_};
     support::VolumeModel model_;
-    VolumeWindow window_{surroundings()};
+    VolumeWindow window_{MVCollectionViewItem::Surroundings{
+        model_.controller,
+        [this](const QString& name) { model_.ignoredApps.addCustomIgnore(name); },
+        [] { return false; }, [](float) {},
+        [this](const QString& name) { model_.ignoredApps.removeCustomIgnore(name); }}};
+    std::optional<ScriptedPlugin> plugin_;
 };

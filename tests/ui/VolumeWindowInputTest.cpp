@@ -109,7 +109,7 @@ TEST_F(VolumeWindowInputTest, SpaceMutesAndTypingFindsAProgram) {
     clock_->advance(TypeAhead::pause);
     press(Qt::Key_Space);
     EXPECT_TRUE(isMuted('c'));
-    repeat(Qt::Key_Space, QStringLiteral(" "));
+    repeat(Qt::Key_Space, " ");
     EXPECT_TRUE(isMuted('c')) << "it has been toggled once";
     press(Qt::Key_Space);
     EXPECT_FALSE(isMuted('c')) << "and nothing has been typed";
@@ -128,15 +128,14 @@ TEST_F(VolumeWindowInputTest, DeleteIgnoresAndThereIsAWayBack) {
     showPrograms(3);
     press(Qt::Key_Down);
     press(Qt::Key_Delete);
-    EXPECT_EQ(support::rowNames(window_),
-              (QStringList{QStringLiteral("a program"), QStringLiteral("c program")}));
+    EXPECT_EQ(support::rowNames(window_), (QStringList{"a program", "c program"}));
     EXPECT_TRUE(hasFocus(row('c').slider)) << "the keys stay in the list";
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(support::rowNames(window_).size(), 3);
     press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(support::rowNames(window_).size(), 2);
     press(Qt::Key_Delete);
-    EXPECT_EQ(support::rowNames(window_), QStringList{QStringLiteral("a program")});
+    EXPECT_EQ(support::rowNames(window_), QStringList{"a program"});
     auto* const undo = window_.findChild<QPushButton*>();
     ASSERT_TRUE(undo->isVisible());
     QTest::mouseClick(undo, Qt::LeftButton);
@@ -151,7 +150,7 @@ TEST_F(VolumeWindowInputTest, TheMenuKeyOpensTheMenuOfTheItem) {
         press(key, modifiers);
         auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr);
-        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Ignore \"a program\""));
+        EXPECT_EQ(menu->actions()[0]->text(), "Ignore \"a program\"");
         menu->close();
     }
 }
@@ -164,8 +163,7 @@ TEST_F(VolumeWindowInputTest, F10AndAltOpenTheMenuOfTheWindow) {
     QStringList titles;
     for (const QAction* const part : menu.actions())
         titles += part->text();
-    EXPECT_EQ(titles, (QStringList{QStringLiteral("&File"), QStringLiteral("&Edit"),
-                                   QStringLiteral("&Window"), QStringLiteral("&Help")}));
+    EXPECT_EQ(titles, (QStringList{"&File", "&Edit", "&Window", "&Help"}));
     menu.close();
     press(Qt::Key_E, Qt::AltModifier);
     QMenu* const edit = menu.actions()[1]->menu();
@@ -180,8 +178,7 @@ TEST_F(VolumeWindowInputTest, F10AndAltOpenTheMenuOfTheWindow) {
 }
 
 TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
-    ScriptedPlugin plugin(MVCommMainSocketPath());
-    const RowProbe player = connected(plugin);
+    const RowProbe player = connected();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
     clock_.emplace();
     player.slider->setFocus();
@@ -190,7 +187,7 @@ TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
                                                  [&](const QVariant&) { ++releases; });
     // Servers drop what has just been sent already, by the same clock, when they come to it.
     const auto settle = [&](const std::string& sent, int expectedReleases) {
-        EXPECT_EQ(sentUntil(plugin, sent), sent);
+        EXPECT_EQ(sentUntil(sent), sent);
         EXPECT_TRUE(support::waitUntil([&] { return releases == expectedReleases; }));
         clock_->advance(2s);
     };
@@ -201,10 +198,10 @@ TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
     settle("9,4711,10 ", 2);
     model_.controller.setPercent(*model_.controller.apps()[0], 70); // as another program asks
     press(Qt::Key_Space);
-    EXPECT_EQ(sentUntil(plugin, "10,4711,1 "), "9,4711,70 10,4711,1 ");
+    EXPECT_EQ(sentUntil("10,4711,1 "), "9,4711,70 10,4711,1 ");
     for (int times = 0; times < 5; ++times)
         press(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(sentUntil(plugin, "9,4711,100 "), "10,4711,0 9,4711,10 9,4711,0 9,4711,100 ");
+    EXPECT_EQ(sentUntil("9,4711,100 "), "10,4711,0 9,4711,10 9,4711,0 9,4711,100 ");
     model_.controller.changedElsewhere(4711, 50, true);
     EXPECT_FALSE(window_.history().canUndo()) << "nobody did that here";
     press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
@@ -235,7 +232,7 @@ TEST_F(VolumeWindowInputTest, TheWheelScrollsAndMovesASliderOnlyWhenThatIsMeant)
 
 TEST_F(VolumeWindowInputTest, ASliderThatCannotBeMovedScrolls) {
     showPrograms(6);
-    model_.controller.notControllable(1, QStringLiteral("why"));
+    model_.controller.notControllable(1, "why");
     turnWheel(row('a').slider, -120);
     EXPECT_EQ(scrolled(), ItemLayout::height);
     EXPECT_EQ(percent('a'), 100);

@@ -47,9 +47,9 @@ class GestureHistoryTest : public testing::Test {
 
 TEST_F(GestureHistoryTest, GesturesAreTakenBackFromTheLastAndDoneAgain) {
     drag("a", {100, 80, 30});
-    history_.muteChanged(QStringLiteral("b"), true);
-    history_.ignoredChanged(QStringLiteral("c"), true);
-    EXPECT_EQ(history_.undoText(), QStringLiteral("Ignore \"c\""));
+    history_.muteChanged("b", true);
+    history_.ignoredChanged("c", true);
+    EXPECT_EQ(history_.undoText(), "Ignore \"c\"");
     for (int times = 0; times < 4; ++times)
         history_.undo();
     EXPECT_EQ(done(), "c shown b unmuted a100 ");
@@ -60,11 +60,11 @@ TEST_F(GestureHistoryTest, GesturesAreTakenBackFromTheLastAndDoneAgain) {
     EXPECT_EQ(done(), "a30 b muted c ignored ");
     EXPECT_FALSE(history_.canRedo());
     history_.undo();
-    EXPECT_EQ(history_.redoText(), QStringLiteral("Ignore \"c\""));
-    EXPECT_EQ(history_.undoText(), QStringLiteral("Mute \"b\""));
-    history_.muteChanged(QStringLiteral("b"), false);
+    EXPECT_EQ(history_.redoText(), "Ignore \"c\"");
+    EXPECT_EQ(history_.undoText(), "Mute \"b\"");
+    history_.muteChanged("b", false);
     EXPECT_FALSE(history_.canRedo()) << "something else has been done";
-    EXPECT_EQ(history_.undoText(), QStringLiteral("Unmute \"b\""));
+    EXPECT_EQ(history_.undoText(), "Unmute \"b\"");
     EXPECT_GE(changes_, 11);
 }
 
@@ -72,10 +72,10 @@ TEST_F(GestureHistoryTest, MovesThatBelongTogetherAreOne) {
     drag("a", {100, 99});
     clock_.advance(900ms);
     drag("a", {99, 98});
-    history_.volumeChanged(QStringLiteral("a"), 98, 50);
+    history_.volumeChanged("a", 98, 50);
     clock_.advance(1h); // held
-    history_.volumeChanged(QStringLiteral("a"), 50, 40);
-    history_.volumeReleased(QStringLiteral("a"));
+    history_.volumeChanged("a", 50, 40);
+    history_.volumeReleased("a");
     clock_.advance(1s);
     drag("a", {40, 20});
     drag("b", {100, 10});

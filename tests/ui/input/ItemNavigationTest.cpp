@@ -35,29 +35,27 @@ TEST(ItemNavigation, KeysLeadThroughTheGridAndNotOut) {
 TEST(TypeAhead, FindsANameByItsBeginningWhileItIsTyped) {
     support::ManualClock clock;
     TypeAhead typed;
-    const QStringList names{QStringLiteral("Alpha"), QStringLiteral("Bell tower"),
-                            QStringLiteral("Bell"), QStringLiteral("Éclair"),
-                            QStringLiteral("Zoom")};
+    const QStringList names{"Alpha", "Bell tower", "Bell", "Éclair", "Zoom"};
     EXPECT_FALSE(typed.isUnderWay());
-    EXPECT_EQ(typed.find(QStringLiteral("b"), names, 0), 1);
-    EXPECT_EQ(typed.find(QStringLiteral("e"), names, 1), 1);
+    EXPECT_EQ(typed.find("b", names, 0), 1);
+    EXPECT_EQ(typed.find("e", names, 1), 1);
     for (const char* const letter : {"l", "l", " "})
         EXPECT_EQ(typed.find(QLatin1String(letter), names, 1), 1);
     EXPECT_TRUE(typed.isUnderWay());
-    EXPECT_EQ(typed.find(QStringLiteral("x"), names, 1), std::nullopt);
+    EXPECT_EQ(typed.find("x", names, 1), std::nullopt);
     clock.advance(TypeAhead::pause);
     EXPECT_FALSE(typed.isUnderWay());
-    EXPECT_EQ(typed.find(QStringLiteral("E"), names, 1), 3) << "an accent does not matter";
+    EXPECT_EQ(typed.find("E", names, 1), 3) << "an accent does not matter";
 }
 
 TEST(TypeAhead, TheSameLetterGoesFromOneToTheNext) {
     support::ManualClock clock;
     TypeAhead typed;
-    const QStringList names{QStringLiteral("Ball"), QStringLiteral("Bell"), QStringLiteral("Zoom")};
-    EXPECT_EQ(typed.find(QStringLiteral("b"), names, std::nullopt), 0);
-    EXPECT_EQ(typed.find(QStringLiteral("b"), names, 0), 1);
-    EXPECT_EQ(typed.find(QStringLiteral("b"), names, 1), 0);
+    const QStringList names{"Ball", "Bell", "Zoom"};
+    EXPECT_EQ(typed.find("b", names, std::nullopt), 0);
+    EXPECT_EQ(typed.find("b", names, 0), 1);
+    EXPECT_EQ(typed.find("b", names, 1), 0);
     clock.advance(TypeAhead::pause);
-    EXPECT_EQ(typed.find(QStringLiteral("b"), names, 0), 1);
-    EXPECT_EQ(typed.find(QStringLiteral("b"), {}, std::nullopt), std::nullopt);
+    EXPECT_EQ(typed.find("b", names, 0), 1);
+    EXPECT_EQ(typed.find("b", {}, std::nullopt), std::nullopt);
 }

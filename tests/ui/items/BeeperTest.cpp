@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <optional>
 
 namespace {
 
@@ -18,14 +16,13 @@ struct Played {
 };
 
 struct Told {
-    int outputs = 0;
     int stops = 0;
     std::vector<Played> played;
 };
 
 class FakeOutput final : public platform::SampleOutput {
   public:
-    explicit FakeOutput(Told& told) : told_(told) { ++told_.outputs; }
+    explicit FakeOutput(Told& told) : told_(told) {}
 
     void play(Seconds start, Seconds length, float gain) override {
         told_.played.push_back({start.count(), length.count(), gain});
@@ -52,11 +49,16 @@ class BeeperTest : public testing::Test {
 
 } // namespace
 
-TEST_F(BeeperTest, NothingIsLoadedBeforeTheFirstSample) {
-    EXPECT_EQ(told_.outputs, 0);
-    beeper_.beepAtVolume(0.5F);
-    beeper_.beepAtVolume(0.5F);
-    EXPECT_EQ(told_.outputs, 1);
+TEST_F(BeeperTest, TheOutputIsMadeOnceEvenIfThatFails) {
+    int tries = 0;
+    TNBeeper silent(loop_, [&tries] {
+        ++tries;
+        return nullptr;
+    });
+    EXPECT_EQ(tries, 0);
+    silent.beepAtVolume(1.0F);
+    silent.beepAtVolume(1.0F);
+    EXPECT_EQ(tries, 1);
 }
 
 TEST_F(BeeperTest, ASampleIsPlayedToItsEndAndANewOneCutsItShort) {
@@ -96,26 +98,4 @@ TEST_F(BeeperTest, AllPiecesComeAndNoOther) {
         ++counts[static_cast<std::size_t>(range - TNBeeper::ranges.begin())];
     }
     EXPECT_GT(std::ranges::min(counts), 60);
-}
-
-TEST(BeeperRanges, FollowEachOther) {
-    double end = 0;
-    for (const TNBeeper::Range& range : TNBeeper::ranges) {
-        EXPECT_GE(range.start.count(), end - 0.03);
-        EXPECT_GT(range.duration.count(), 0.4);
-        end = range.start.count() + range.duration.count();
-    }
-    EXPECT_NEAR(end, 12.462, 1e-9);
-}
-
-TEST(Beeper, WithoutSoundItIsSilent) {
-    platform::RunLoop loop;
-    int tries = 0;
-    TNBeeper beeper(loop, [&tries] {
-        ++tries;
-        return nullptr;
-    });
-    beeper.beepAtVolume(1.0F);
-    beeper.beepAtVolume(1.0F);
-    EXPECT_EQ(tries, 1);
 }

@@ -5,14 +5,15 @@
 #include "support/SystemLogRecorder.h"
 #include "support/VolumeModel.h"
 #include "support/WaitUntil.h"
+#include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
-#include "ui/theme/MVOrangeBrownTheme.h"
 #include "ui/window/QNToolTip.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -29,7 +30,7 @@ namespace {
 class ItemTest : public testing::Test {
   protected:
     ItemTest() {
-        model_.workspace.setRunningApplications({{1, QStringLiteral("Safari"), {}}});
+        model_.workspace.setRunningApplications({{1, "Safari", {}}});
         show(*model_.controller.apps().at(0));
     }
 
@@ -93,7 +94,7 @@ TEST_F(ItemTest, ActivityThatComesAndGoesIsLoggedOnce) {
 
 TEST_F(ItemTest, NoBarIsLeftWhenAnotherProcessIsBehindTheRecord) {
     item_->handleActivity(37, 0.375F);
-    model_.workspace.setRunningApplications({{2, QStringLiteral("Safari"), {}}});
+    model_.workspace.setRunningApplications({{2, "Safari", {}}});
     ASSERT_EQ(item_->representedObject(), app_);
     EXPECT_EQ(item_->slider().activity(), 0.0F);
     EXPECT_EQ(log_.count("'Safari' lost activity"), 1U);
@@ -103,9 +104,9 @@ TEST_F(ItemTest, TheHintOnSandboxesNamesTheProgram) {
     item_->mouseEntered();
     EXPECT_TRUE(QNToolTip::shared().isVisible());
     EXPECT_TRUE(QNToolTip::shared().text().contains(
-        QStringLiteral(" cannot work with \"Safari\" because it's a sandboxed application.\n\n"
-                       "Sandboxed apps can be hidden via \"Hide sandboxed applications\" in the "
-                       "Preferences.")));
+        " cannot work with \"Safari\" because it's a sandboxed application.\n\n"
+        "Sandboxed apps can be hidden via \"Hide sandboxed applications\" in the "
+        "Preferences."));
     MVCollectionViewItem::mouseExited();
     EXPECT_FALSE(QNToolTip::shared().isVisible());
 }
@@ -132,6 +133,42 @@ TEST_F(ItemTest, AClickOnTheSpeakerMutesAndUnmutes) {
     QTest::mouseClick(&item_->muteView(), Qt::LeftButton);
     EXPECT_FALSE(item_->slider().isMuted());
     EXPECT_EQ(log_.count("'Safari' unmuted"), 1U);
+}
+
+TEST_F(ItemTest, AssistiveToolsGetItsPartsInTheirOrderAndTheVolumeNotTheLevel) {
+    installAccessibleItems();
+    const auto of = [](QObject& object) -> QAccessibleInterface& {
+        return *QAccessible::queryAccessibleInterface(&object);
+    };
+    QAccessibleInterface& item = of(*item_);
+    QList<QAccessible::Role> roles;
+    for (int i = 0; i < item.childCount(); ++i) {
+        roles += item.child(i)->role();
+        EXPECT_EQ(item.indexOfChild(item.child(i)), i);
+    }
+    EXPECT_EQ(roles, (QList{QAccessible::StaticText, QAccessible::CheckBox, QAccessible::Slider}));
+    EXPECT_TRUE(of(item_->iconView()).state().invisible) << "decoration";
+    QAccessibleInterface& slider = of(item_->slider());
+    item_->slider().setActivity(0.5F);
+    item_->slider().setEnabled(false);
+    slider.actionInterface()->doAction(QAccessibleActionInterface::decreaseAction());
+    EXPECT_EQ(slider.valueInterface()->currentValue().toDouble(), 1.0);
+}
+
+TEST_F(ItemTest, AssistiveToolsAreToldWhatTheTipTells) {
+    installAccessibleItems();
+    model_.workspace.setRunningApplications({});
+    model_.workspace.setRunningApplications({{1, "Safari", {}, "/opt/safari"}});
+    show(*model_.controller.apps().at(0));
+    const auto told = [](QObject& object) {
+        return QAccessible::queryAccessibleInterface(&object)->text(QAccessible::Description);
+    };
+    model_.workspace.setReason("Safari", "For a\nreason.");
+    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.");
+    EXPECT_EQ(told(item_->slider()), "") << "the value is told anyway";
+    model_.controller.notControllable(1, "It plays past the mixer");
+    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.\nIt plays past the mixer");
+    EXPECT_EQ(told(item_->slider()), "It plays past the mixer");
 }
 
 TEST_F(ItemTest, TheNamesColourTellsOfActivityAndMute) {
@@ -180,18 +217,18 @@ TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
         QMenu* const menu = menuAt(*part);
         ASSERT_NE(menu, nullptr);
         ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Ignore \"Safari\""));
+        EXPECT_EQ(menu->actions()[0]->text(), "Ignore \"Safari\"");
         menu->close();
         ignored_.clear();
         menu->actions()[0]->trigger();
         support::serveEvents();
-        EXPECT_EQ(ignored_, QStringLiteral("Safari"));
+        EXPECT_EQ(ignored_, "Safari");
     }
     const auto effects =
         MVCommAppValue::initWithRunningApp({2, "coreaudiod", {}}, model_.workspace);
     show(*effects);
     item_->ignore();
-    EXPECT_EQ(ignored_, QStringLiteral("coreaudiod")) << "not what it is shown as";
+    EXPECT_EQ(ignored_, "coreaudiod") << "not what it is shown as";
     item_.reset();
 }
 

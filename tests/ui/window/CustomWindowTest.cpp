@@ -138,7 +138,7 @@ TEST_F(CustomWindowTest, ClicksOnTheTitleDoWhatTheDesktopWants) {
 TEST_F(CustomWindowTest, ButtonsCloseMinimiseAndOpenTheMenu) {
     EXPECT_EQ(window_.titleView().button(Button::menu), nullptr);
     QMenu menu(&window_);
-    menu.addAction(QStringLiteral("First"));
+    menu.addAction("First");
     window_.setMenu(&menu);
     const auto click = [&](Button kind) {
         QTest::mouseClick(window_.titleView().button(kind), Qt::LeftButton);
@@ -169,7 +169,7 @@ TEST_F(CustomWindowTest, ButtonsLieWhereTheDesktopHasThemAndAreMirrored) {
     EXPECT_LT(left(Button::minimize), 100);
     window_.setLayoutDirection(Qt::LeftToRight);
     TitleBarHabits habits;
-    habits.placeButtons(QStringLiteral("close:"));
+    habits.placeButtons("close:");
     window_.titleView().setHabits(habits);
     EXPECT_LT(left(Button::close), 50);
     EXPECT_EQ(window_.titleView().button(Button::minimize), nullptr);

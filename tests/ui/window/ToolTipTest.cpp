@@ -27,7 +27,7 @@ class ToolTipTest : public testing::Test {
 
     ~ToolTipTest() override { QNToolTip::shared().hide(); }
 
-    void show(const QString& text = QStringLiteral("Some text")) {
+    void show(const QString& text = "Some text") {
         QNToolTip::shared().setText(text);
         QNToolTip::shared().showAt(owner_->mapToGlobal(QPoint(5, 5)), *owner_);
     }
