@@ -17,6 +17,7 @@ class NamedCopy {
     }
 
     std::string path() const { return path_; }
+    std::string name() const { return path_.filename(); }
 
   private:
     const PrivateFolder folder_;
