@@ -254,10 +254,10 @@ TEST_F(PluginIdentityTest, AClientFromElsewhereHasTheSameNumberEachTime) {
         EXPECT_GE(number, 0x40000000U);
     plugin_.reset();
     startPlugin();
-    EXPECT_TRUE(awaitPids([&] { return numbers; }));
+    EXPECT_TRUE(awaitPids([&numbers] { return std::vector(numbers); }));
     one.reset();
     letItSee();
-    EXPECT_TRUE(awaitPids([&] { return numbers; }));
+    EXPECT_TRUE(awaitPids([&numbers] { return std::vector(numbers); }));
     other.reset();
     EXPECT_TRUE(awaitPrograms(0));
     support::runCommand({"pactl", "unload-module", module.output});

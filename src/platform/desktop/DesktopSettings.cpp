@@ -8,6 +8,8 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+#include <utility>
+
 namespace platform {
 
 namespace {
@@ -28,7 +30,7 @@ DesktopSettings& DesktopSettings::shared() {
 }
 
 /// The portal may come later than we do.
-DesktopSettings::DesktopSettings(QDBusConnection bus) : bus_(bus) {
+DesktopSettings::DesktopSettings(QDBusConnection bus) : bus_(std::move(bus)) {
     if (!bus_.isConnected())
         return;
     qDBusRegisterMetaType<Groups>();

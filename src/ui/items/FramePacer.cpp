@@ -34,8 +34,9 @@ void FramePacer::draw() {
     drawing_.swap(awaited_);
     for (Client* const client : drawing_)
         client->isAwaited_ = false;
-    for (std::size_t index = 0; index < drawing_.size(); ++index) {
-        if (Client* const client = drawing_[index])
+    // One that goes meanwhile leaves a null in its place.
+    for (Client* const& client : drawing_) {
+        if (client != nullptr)
             client->frame();
     }
     drawing_.clear();

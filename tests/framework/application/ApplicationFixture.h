@@ -18,9 +18,10 @@ using support::contentOf;
 
 /// An application object in a program that Qt's event loop drives.
 class ApplicationTest : public testing::Test {
-  protected:
+  public:
     ~ApplicationTest() override { platform::replaceExceptionHook(nullptr); }
 
+  protected:
     std::string path(const std::string& name) const { return folder_.path() / name; }
 
     support::SystemLogRecorder systemLog;

@@ -91,7 +91,7 @@ TEST_F(LogTest, MemoryStaysBoundedWhileTheDiskHangsAndTheLostLinesAreCounted) {
     const FileDescriptor reader(::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     const support::SystemLogRecorder systemLog;
     constexpr std::size_t lines = 20'000;
-    constexpr std::size_t bound = 4 * 65536;
+    constexpr std::size_t bound = std::size_t{4} * 65536;
     std::string content;
     std::thread reading;
     {
@@ -113,5 +113,5 @@ TEST_F(LogTest, MemoryStaysBoundedWhileTheDiskHangsAndTheLostLinesAreCounted) {
         missing += std::stoul(line.text);
     EXPECT_GT(missing, 0U);
     EXPECT_EQ(written + missing, lines + 1); // and the date line
-    EXPECT_LT(content.size(), bound + 2 * 65536);
+    EXPECT_LT(content.size(), bound + std::size_t{2} * 65536);
 }

@@ -69,11 +69,11 @@ class SliderTest : public testing::Test {
     platform::MainQueueService mainQueue_{loop_};
     TNVolumeSlider slider_;
     std::vector<float> values_; // that the handler has seen
-    int releases_ = 0;
+    int releases_ = 0;          // of the slider
     platform::NotificationObserver observer_{"MVVolumeSliderDidReleaseMouseNotification",
                                              [this](const QVariant& object) {
-                                                 EXPECT_EQ(object.value<QObject*>(), &slider_);
-                                                 ++releases_;
+                                                 if (object.value<QObject*>() == &slider_)
+                                                     ++releases_;
                                              }};
 };
 
