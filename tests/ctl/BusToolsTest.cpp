@@ -172,14 +172,10 @@ TEST(BusStrangersTest, AnotherUserIsRefusedEvenWhereTheBusLetsItIn) {
     ASSERT_TRUE(support::waitUntil([] {
         return support::runCommand({TONVALECTL, "list"}).status == 0;
     }));
+    const std::string command = "setpriv --reuid=65534 --regid=65534 --clear-groups dbus-send "
+                                "--bus=\"$0\" --print-reply --dest=com.quarnel.Tonvale \"$@\"";
     const auto asStranger = [&](const std::string& method, const Words& arguments) {
-        Words words{"sh",
-                    "-c",
-                    "setpriv --reuid=65534 --regid=65534 --clear-groups dbus-send --bus=\"$0\" "
-                    "--print-reply --dest=com.quarnel.Tonvale \"$@\"",
-                    address,
-                    root,
-                    method};
+        Words words{"sh", "-c", command, address, root, method};
         words.insert(words.end(), arguments.begin(), arguments.end());
         return support::runCommand(words).output;
     };

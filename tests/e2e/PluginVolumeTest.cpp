@@ -205,14 +205,14 @@ TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebod
         awaitCheckin(*player);
         application_->setVolume(player->pid(), 50);
     }
-    EXPECT_TRUE(allHave(3 * each, "50")) << runPlugin({"--status"}).output;
+    EXPECT_TRUE(allHave(std::size_t{3} * each, "50")) << runPlugin({"--status"}).output;
     EXPECT_LE(connections, few);
 
     stopped.process().signal(SIGSTOP);
     application_->setVolume(stopped.pid(), 70);
     for (const auto& player : players)
         application_->setVolume(player->pid(), 60);
-    EXPECT_TRUE(allHave(3 * each, "60")) << runPlugin({"--status"}).output;
+    EXPECT_TRUE(allHave(std::size_t{3} * each, "60")) << runPlugin({"--status"}).output;
     EXPECT_LE(connections, few);
     stopped.process().signal(SIGCONT);
     EXPECT_TRUE(allHave(2, "70")) << runPlugin({"--status"}).output;

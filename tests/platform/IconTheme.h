@@ -34,7 +34,7 @@ class IconTheme {
 
     /// Makes an icon of one color and answers its file.
     std::string add(const std::string& name, QColor color) const {
-        const std::string file = icons() / (name + ".png");
+        std::string file = icons() / (name + ".png");
         QImage image(32, 32, QImage::Format_ARGB32);
         image.fill(color);
         EXPECT_TRUE(image.save(QString::fromStdString(file)));

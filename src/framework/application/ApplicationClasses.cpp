@@ -19,8 +19,8 @@ Table& table() {
 
 } // namespace
 
-void ApplicationClasses::add(const QByteArray& name, Factory factory) {
-    table().insert(name, std::move(factory));
+void ApplicationClasses::add(const QByteArray& name, const Factory& factory) {
+    table().insert(name, factory);
 }
 
 void ApplicationClasses::remove(const QByteArray& name) {

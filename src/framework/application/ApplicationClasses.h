@@ -12,7 +12,7 @@ class ApplicationClasses {
     using Factory = std::function<std::unique_ptr<QNApplication>()>;
 
     /// Makes a class known, in place of one that had the name before.
-    static void add(const QByteArray& name, Factory factory);
+    static void add(const QByteArray& name, const Factory& factory);
     static void remove(const QByteArray& name);
 
     /// Empty when there is no class of that name.

@@ -6,8 +6,8 @@
 
 using platform::DispatchQueue;
 
-QNSignalProxy::QNSignalProxy(Handler handler, std::shared_ptr<DispatchQueue> queue)
-    : handler_(std::move(handler)), q_(queue ? std::move(queue) : DispatchQueue::main()) {}
+QNSignalProxy::QNSignalProxy(Handler handler, const std::shared_ptr<DispatchQueue>& queue)
+    : handler_(std::move(handler)), q_(queue ? queue : DispatchQueue::main()) {}
 
 void QNSignalProxy::signalHandler(int signal) const {
     q_->async([handler = handler_, signal] { handler(signal); });

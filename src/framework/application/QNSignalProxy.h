@@ -18,7 +18,7 @@ class QNSignalProxy final : public QObject, public std::enable_shared_from_this<
     using Handler = std::function<void(int signal)>;
 
     /// No queue: the main queue.
-    QNSignalProxy(Handler handler, std::shared_ptr<platform::DispatchQueue> queue);
+    QNSignalProxy(Handler handler, const std::shared_ptr<platform::DispatchQueue>& queue);
 
     /// Submits a call of the handler with the signal's number and returns.
     Q_INVOKABLE void signalHandler(int signal) const;

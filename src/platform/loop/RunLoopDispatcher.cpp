@@ -14,6 +14,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
+#include <utility>
 
 namespace platform {
 
@@ -24,15 +26,18 @@ struct RunLoopDispatcher::Notifier {
 };
 
 struct RunLoopDispatcher::TimerEntry {
-    TimerInfo info;
-    QObject* object;
-    MonotonicClock::time_point due;
-    Timer timer;
+    TimerEntry(TimerInfo its, QObject* owner, RunLoop& loop, std::function<void()> fired)
+        : info(its), object(owner), timer(loop, std::move(fired)) {}
 
     void start() {
         due = MonotonicClock::now() + std::chrono::milliseconds(info.interval);
         timer.startAt(due);
     }
+
+    TimerInfo info;
+    QObject* object;
+    MonotonicClock::time_point due;
+    Timer timer;
 };
 
 RunLoopDispatcher::RunLoopDispatcher(RunLoop& loop) : loop_(loop) {}
@@ -79,10 +84,8 @@ void RunLoopDispatcher::unregisterSocketNotifier(QSocketNotifier* notifier) {
 void RunLoopDispatcher::registerTimer(int timer, qint64 interval, Qt::TimerType type,
                                       QObject* object) {
     auto& entry = timers_[timer];
-    entry.reset(new TimerEntry{TimerInfo(timer, static_cast<int>(interval), type),
-                               object,
-                               {},
-                               Timer(loop_, [this, timer] { fire(timer); })});
+    entry = std::make_unique<TimerEntry>(TimerInfo(timer, static_cast<int>(interval), type), object,
+                                         loop_, [this, timer] { fire(timer); });
     entry->start();
 }
 

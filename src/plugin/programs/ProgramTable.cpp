@@ -77,8 +77,8 @@ void ProgramTable::rename(const std::function<StreamPlayer(const ProgramProcess&
             members.emplace_back(program->process().name, std::move(member));
     }
     // A main process has the name of its helpers.
-    std::ranges::stable_partition(
-        members, [](const auto& each) { return each.second.role == Role::helper; });
+    std::stable_partition(members.begin(), members.end(),
+                          [](const auto& each) { return each.second.role == Role::helper; });
     for (const auto& [name, member] : members) {
         const Program* const program = find(name);
         if (program == nullptr || !program->life().contains(member.process) ||

@@ -15,6 +15,9 @@
 namespace {
 
 class ToolTipTest : public testing::Test {
+  public:
+    ~ToolTipTest() override { QNToolTip::shared().hide(); }
+
   protected:
     ToolTipTest() {
         window_.setGeometry(100, 100, 300, 200);
@@ -24,8 +27,6 @@ class ToolTipTest : public testing::Test {
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
         show();
     }
-
-    ~ToolTipTest() override { QNToolTip::shared().hide(); }
 
     void show(const QString& text = "Some text") {
         QNToolTip::shared().setText(text);
