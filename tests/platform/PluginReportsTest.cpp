@@ -91,7 +91,6 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
 TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
     const platform::PluginReports reports(record());
     Peer plugin(*bus);
-    plugin.say("ChangedElsewhere", {1U, 1, false}); // not by that name yet
     plugin.own();
     plugin.say("ChangedElsewhere", {2U, 2, false});
     EXPECT_TRUE(hears({"2 2 0"})) << heard_.join(' ').toStdString();
