@@ -18,6 +18,11 @@ DesktopPortal::DesktopPortal(const PrivateBus& bus, bool answering) : bus_(bus.a
     bus_->registerService("org.freedesktop.portal.Desktop");
 }
 
+/// Before Qt's own thread closes the connection, which would still ask this object then.
+DesktopPortal::~DesktopPortal() {
+    bus_->unregisterObject(path);
+}
+
 void DesktopPortal::set(const QString& group, const QString& key, const QVariant& value) {
     groups_[group][key] = value;
 }

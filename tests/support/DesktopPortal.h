@@ -21,6 +21,7 @@ class DesktopPortal final : public QObject {
 
     /// One that is not `answering` has its name and nothing else.
     explicit DesktopPortal(const PrivateBus& bus, bool answering = true);
+    ~DesktopPortal() override;
 
     void set(const QString& group, const QString& key, const QVariant& value);
 
