@@ -1,12 +1,10 @@
 #include "platform/desktop/WindowList.h"
 
+#include "platform/desktop/X11Connection.h"
 #include "platform/processes/ExceptionReport.h"
 
 #include <QGuiApplication>
 
-#include <cstdlib>
-#include <memory>
-#include <string_view>
 #include <utility>
 #include <vector>
 #include <xcb/xcb.h>
@@ -15,20 +13,15 @@ namespace platform {
 
 namespace {
 
-constexpr unsigned sentByAClient = 0x80;
+using x11::answerOf;
+using x11::askForEvents;
+using x11::connection;
+using x11::nameAtom;
+using x11::Owned;
+using x11::rootWindow;
+using x11::sentByAClient;
+
 constexpr std::uint32_t mostWindows = 1024;
-
-struct Free {
-    void operator()(void* memory) const noexcept { std::free(memory); }
-};
-
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
-
-xcb_connection_t* connection() {
-    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 != nullptr ? x11->connection() : nullptr;
-}
 
 xcb_get_property_cookie_t askFor(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                                  std::uint32_t length) {
@@ -47,37 +40,17 @@ std::vector<std::uint32_t> answerOf(xcb_get_property_cookie_t question) {
     return {values, values + reply->value_len};
 }
 
-xcb_intern_atom_cookie_t nameAtom(std::string_view name) {
-    return xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-}
-
-xcb_atom_t answerOf(xcb_intern_atom_cookie_t question) {
-    const Owned<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(connection(), question, nullptr));
-    return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-/// Has the server tell of the root window's properties, besides what Qt has asked for.
-void askForProperties(xcb_window_t root) {
-    const Owned<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
-        connection(), xcb_get_window_attributes(connection(), root), nullptr));
-    if (attributes == nullptr)
-        return;
-    const std::uint32_t mask = attributes->your_event_mask | XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_change_window_attributes(connection(), root, XCB_CW_EVENT_MASK, &mask);
-}
-
 } // namespace
 
 WindowList::WindowList(std::function<void()> changed) : changed_(std::move(changed)) {
     if (connection() == nullptr)
         return;
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+    root_ = rootWindow();
     const auto list = nameAtom("_NET_CLIENT_LIST");
     const auto process = nameAtom("_NET_WM_PID");
     clientList_ = answerOf(list);
     windowProcess_ = answerOf(process);
-    askForProperties(root_);
+    askForEvents(root_, XCB_EVENT_MASK_PROPERTY_CHANGE);
     qGuiApp->installNativeEventFilter(this);
 }
 

@@ -1,11 +1,10 @@
 #include "platform/desktop/X11Settings.h"
 
+#include "platform/desktop/X11Connection.h"
+
 #include <QGuiApplication>
 #include <QtEndian>
 
-#include <cstdlib>
-#include <memory>
-#include <string_view>
 #include <utility>
 #include <xcb/xcb.h>
 
@@ -13,40 +12,15 @@ namespace platform {
 
 namespace {
 
-constexpr unsigned sentByAClient = 0x80;
+using x11::answerOf;
+using x11::askForEvents;
+using x11::connection;
+using x11::nameAtom;
+using x11::Owned;
+using x11::rootWindow;
+using x11::sentByAClient;
+
 constexpr std::uint32_t mostWords = 1 << 16; // of a property
-
-struct Free {
-    void operator()(void* memory) const noexcept { std::free(memory); }
-};
-
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
-
-xcb_connection_t* connection() {
-    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 != nullptr ? x11->connection() : nullptr;
-}
-
-xcb_intern_atom_cookie_t nameAtom(std::string_view name) {
-    return xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-}
-
-xcb_atom_t answerOf(xcb_intern_atom_cookie_t question) {
-    const Owned<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(connection(), question, nullptr));
-    return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-/// Has the server tell of such events of the window, besides what Qt has asked for.
-void askForEvents(xcb_window_t window, std::uint32_t events) {
-    const Owned<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
-        connection(), xcb_get_window_attributes(connection(), window), nullptr));
-    if (attributes == nullptr)
-        return;
-    const std::uint32_t mask = attributes->your_event_mask | events;
-    xcb_change_window_attributes(connection(), window, XCB_CW_EVENT_MASK, &mask);
-}
 
 /// Takes numbers and texts off the front; what begins with them is as long as a multiple of four.
 class Pieces {
@@ -126,7 +100,7 @@ X11Settings& X11Settings::shared() {
 X11Settings::X11Settings() {
     if (connection() == nullptr)
         return;
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+    root_ = rootWindow();
     const auto selection = nameAtom("_XSETTINGS_S0");
     const auto property = nameAtom("_XSETTINGS_SETTINGS");
     const auto manager = nameAtom("MANAGER");
