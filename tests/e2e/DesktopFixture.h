@@ -37,8 +37,9 @@ class DesktopFixture : public testing::Test {
     void startTonvale(const Variables& environment = {}) {
         support::ChildProcess::Options options;
         options.environment = environment;
-        tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM, "--screenshot", picture_},
-                         options);
+        std::vector<std::string> command = launcher_;
+        command.insert(command.end(), {TONVALE_PROGRAM, "--screenshot", picture_});
+        tonvale_.emplace(command, options);
         const std::string socket = MVCommMainSocketPath();
         EXPECT_TRUE(support::waitUntil([&] {
             return std::filesystem::exists(socket) && platform::connectUnixSocket(socket);
@@ -94,6 +95,7 @@ class DesktopFixture : public testing::Test {
     const std::string picture_ =
         std::filesystem::path(std::getenv("TMPDIR")) / "window.png"; // at its end
     const support::PrivateBus session_;
+    std::vector<std::string> launcher_; // a command that becomes the program
     std::optional<support::ChildProcess> tonvale_;
     std::optional<support::ScriptedPlugin> plugin_;
 };

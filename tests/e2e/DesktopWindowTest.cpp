@@ -1,5 +1,6 @@
 #include "e2e/DesktopFixture.h"
 
+#include "platform/files/DescriptorLimit.h"
 #include "support/DesktopPortal.h"
 
 #include <QGuiApplication>
@@ -94,6 +95,13 @@ class DesktopWindowTest : public DesktopFixture {
         hand(steps + "mouseup 1");
     }
 
+    void selectPlayer() {
+        EXPECT_TRUE(waitUntil([&] { // the item may not be there yet
+            hand("key Down key Left");
+            return !plugin_->takeCommands().empty();
+        }));
+    }
+
     /// Whether the free room of the window, as the screen shows it, has this colour.
     bool isBackground(const QColor& color) const {
         const QRect place = frame();
@@ -177,10 +185,7 @@ TEST_F(DesktopWindowTest, KeysAndTheWheelReachTheWire) {
     startManager();
     openWindow();
     connectPlayer();
-    EXPECT_TRUE(waitUntil([&] { // the item may not be there yet
-        hand("key Down key Left");
-        return !plugin_->takeCommands().empty();
-    }));
+    selectPlayer();
     hand("key Home");
     sentUntil("9,4711,0 ");
     hand("key Prior key End");
@@ -193,4 +198,26 @@ TEST_F(DesktopWindowTest, KeysAndTheWheelReachTheWire) {
     sentUntil("9,4711,95 ");
     hand("key F10 key Right key Down key Return"); // File, its second entry
     EXPECT_EQ(tonvale_->wait(), 0) << tonvale_->output();
+}
+
+TEST_F(DesktopWindowTest, MoreConnectionsThanItHasDescriptorsForLeaveItUsable) {
+    startManager();
+    launcher_ = {"prlimit", "--nofile=1024"};
+    openWindow();
+    connectPlayer();
+    selectPlayer();
+    platform::raiseDescriptorLimit(); // for our ends
+    std::vector<platform::FileDescriptor> connections;
+    EXPECT_TRUE(waitUntil([&] {
+        while (platform::FileDescriptor next = platform::connectUnixSocket(MVCommMainSocketPath()))
+            connections.push_back(std::move(next));
+        return tonvale_->output().find("Accepting connections rests") != std::string::npos;
+    })) << connections.size();
+    // A window of another size asks the display for memory.
+    const QSize larger = usual.size() + QSize(60, rowHeight);
+    hand("windowsize " + window_ + " " + std::to_string(larger.width()) + " " +
+         std::to_string(larger.height()) + " key space");
+    EXPECT_TRUE(becomes({usual.topLeft(), larger}));
+    sentUntil("10,4711,1 ");
+    quitTonvale();
 }

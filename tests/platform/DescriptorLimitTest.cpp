@@ -45,3 +45,18 @@ TEST(DescriptorLimit, IsRaisedForTheProgramAndGivenBackInItsChildren) {
     EXPECT_EQ(currentLimit().rlim_cur, larger.rlim_max) << "never lowered";
     ::setrlimit(RLIMIT_NOFILE, &before);
 }
+
+TEST(DescriptorLimit, LeavesAHundredAndTwentyEightOrAQuarterToTheProcessItself) {
+    const rlimit before = currentLimit();
+    const struct {
+        rlim_t limit;
+        int firstReserved;
+    } cases[] = {{64, 48}, {300, 225}, {511, 384}, {512, 384}, {1024, 896}};
+    for (const auto& each : cases) {
+        rlimit limit = before;
+        limit.rlim_cur = each.limit;
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+        EXPECT_EQ(platform::firstReservedDescriptor(), each.firstReserved) << each.limit;
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
+}

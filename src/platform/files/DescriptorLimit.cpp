@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <sys/resource.h>
 
 namespace platform {
@@ -12,6 +13,7 @@ namespace platform {
 namespace {
 
 constexpr rlim_t most = 65536;
+constexpr rlim_t mostReserved = 128;
 rlim_t limitAtStart = 0; // 0: not raised
 
 } // namespace
@@ -38,6 +40,14 @@ void restoreDescriptorLimit() noexcept {
         return;
     limit.rlim_cur = std::min(limitAtStart, limit.rlim_max);
     ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+int firstReservedDescriptor() noexcept {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return std::numeric_limits<int>::max();
+    const rlim_t first = limit.rlim_cur - std::min(mostReserved, limit.rlim_cur / 4);
+    return static_cast<int>(std::min<rlim_t>(first, std::numeric_limits<int>::max()));
 }
 
 } // namespace platform

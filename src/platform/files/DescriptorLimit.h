@@ -15,4 +15,10 @@ void raiseDescriptorLimit() noexcept;
 /// stay open. Does nothing when nothing was raised. Async-signal-safe.
 void restoreDescriptorLimit() noexcept;
 
+/// The first descriptor that a connection of another program may not have: 128 below the soft
+/// limit, or a quarter of it where that is less. What lies above is for the process's own work,
+/// since a display's or a bus's reply that brings a descriptor is lost where none is free. Async-
+/// signal-safe.
+int firstReservedDescriptor() noexcept;
+
 } // namespace platform

@@ -1,3 +1,4 @@
+#include "platform/files/DescriptorLimit.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
@@ -30,6 +31,13 @@ bool isListening(int descriptor) noexcept {
     return listening != 0;
 }
 
+/// Whether a connection would get a descriptor that the process needs itself. It gets the lowest
+/// free one, as the copy does.
+bool isTableFull(int descriptor, int firstReserved) noexcept {
+    const FileDescriptor lowestFree(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    return !lowestFree || lowestFree.get() >= firstReserved;
+}
+
 bool makeNonBlocking(int descriptor) noexcept {
     const int flags = ::fcntl(descriptor, F_GETFL);
     return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0;
@@ -57,7 +65,13 @@ bool AcceptSocket::schedule(RunLoop& loop) {
 }
 
 void AcceptSocket::acceptWaiting() {
+    const int firstReserved = firstReservedDescriptor();
     for (int i = 0; i < acceptedPerTurn; ++i) {
+        if (isTableFull(descriptor_.get(), firstReserved)) {
+            if (i == 0) // else perhaps nobody waits any more
+                rest(EMFILE);
+            return;
+        }
         FileDescriptor connection(
             ::accept4(descriptor_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!connection) {

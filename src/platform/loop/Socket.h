@@ -30,10 +30,10 @@ class AcceptSocket {
     AcceptSocket& operator=(const AcceptSocket&) = delete;
 
     /// Starts accepting on `loop`. False, with errno set, when the loop cannot watch the socket.
-    /// While a connection cannot be accepted, since the process has no descriptor or memory left
-    /// for it, accepting rests for a second at a time; connections wait in the kernel's backlog
-    /// meanwhile. That is one line in the system log, and another only after all that waited have
-    /// been accepted.
+    /// Accepting rests for a second at a time while the process has no descriptor to spare for a
+    /// connection (firstReservedDescriptor()) or the kernel has no memory for it; connections wait
+    /// in the kernel's backlog meanwhile. That is one line in the system log, and another only
+    /// after all that waited have been accepted.
     [[nodiscard]] bool schedule(RunLoop& loop);
 
     /// Ends a rest before its time: to be called when a descriptor has become free. Otherwise does
