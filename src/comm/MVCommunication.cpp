@@ -29,7 +29,6 @@ namespace {
 
 constexpr std::size_t longestAddress = 253;
 constexpr int listenBacklog = 5;
-constexpr mode_t everybody = 0777;
 constexpr std::chrono::milliseconds activityReset{100};
 constexpr std::chrono::milliseconds connectionCallbackDelay{50};
 constexpr double repetitionInterval = 1.0 / 12.0;
@@ -131,7 +130,6 @@ bool MVCommunication::setup() {
     }
     if (!bindTo(descriptor.get()))
         return false;
-    ::chmod(addressPath_.c_str(), everybody);
     if (::listen(descriptor.get(), listenBacklog) != 0) {
         logError("Couldn't listen(): %s (%d)", errno);
         return false;
@@ -156,7 +154,7 @@ bool MVCommunication::bindTo(int descriptor) {
     struct stat status {};
     if (::lstat(addressPath_.c_str(), &status) == 0 && ::unlink(addressPath_.c_str()) != 0)
         logError("Couldn't unlink(): %s (%d)", errno);
-    if (!platform::bindUnixSocket(descriptor, addressPath_)) {
+    if (!platform::bindUnixSocketForAll(descriptor, addressPath_)) {
         logError("Couldn't bind(): %s (%d)", errno);
         return false;
     }

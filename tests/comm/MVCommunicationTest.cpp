@@ -3,9 +3,15 @@
 #include "ServerFixture.h"
 #include "platform/loop/Socket.h"
 
+#include <atomic>
+#include <cstdio>
 #include <fcntl.h>
+#include <fstream>
 #include <stdexcept>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <thread>
+#include <tuple>
 
 using namespace std::chrono_literals;
 using support::ScriptedPlugin;
@@ -250,6 +256,34 @@ TEST_F(MVCommunicationTest, ReplacesAStaleSocketFileAndRemovesItsOwnAtShutdown) 
     server_->shutdown();
     advance(1s);
     EXPECT_EQ(events, "") << "a pending announcement is dropped";
+}
+
+TEST_F(MVCommunicationTest, AnybodyMayConnectWhateverTheUmaskAndALinkPlantedThereOpensNoOtherFile) {
+    const std::string secret = socketPath("secret");
+    std::ofstream(secret) << "private";
+    const auto ownerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+    std::filesystem::permissions(secret, ownerOnly);
+    const std::string link = socketPath("link");
+    std::atomic<bool> isOver = false;
+    std::thread program([&] { // of the container, which owns the folder too
+        while (!isOver) {
+            std::filesystem::remove(link);
+            std::filesystem::create_symlink(secret, link);
+            while (::renameat2(AT_FDCWD, link.c_str(), AT_FDCWD, socketPath().c_str(),
+                               RENAME_EXCHANGE) != 0 &&
+                   !isOver) {
+            }
+        }
+    });
+    const mode_t umask = ::umask(0077);
+    for (int attempt = 0; attempt < 500; ++attempt)
+        std::ignore = MVCommunication::create(*this, QString::fromStdString(socketPath()));
+    isOver = true;
+    program.join();
+    EXPECT_EQ(std::filesystem::status(secret).permissions(), ownerOnly);
+    const auto server = MVCommunication::create(*this, QString::fromStdString(socketPath()));
+    EXPECT_EQ(std::filesystem::status(socketPath()).permissions(), std::filesystem::perms(0777));
+    EXPECT_EQ(::umask(umask), 0077) << "everybody else's is as it was";
 }
 
 TEST_F(MVCommunicationTest, DescriptorsDoNotReachProgramsThatWeStart) {

@@ -1,11 +1,19 @@
 #include "platform/loop/UnixSocket.h"
 
+#include "platform/processes/SystemLog.h"
+#include "platform/text/PrintableText.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace platform {
@@ -57,6 +65,11 @@ bool bindLongPath(int socket, const std::string& path) noexcept {
     return false;
 }
 
+void logNarrowMode(const std::string& path, int error) noexcept {
+    systemLog(LogPriority::warning, "Other users may be unable to connect to %s: %s",
+              printableText(path).c_str(), std::strerror(error));
+}
+
 std::optional<ucred> peerOf(int socket) noexcept {
     ucred peer{};
     socklen_t size = sizeof peer;
@@ -75,6 +88,28 @@ bool bindUnixSocket(int socket, const std::string& path) noexcept {
     if (path.size() < sizeof(sockaddr_un::sun_path))
         return callWithAddress(&::bind, socket, path);
     return bindLongPath(socket, path);
+}
+
+bool bindUnixSocketForAll(int socket, const std::string& path) noexcept {
+    bool isBound = false;
+    int error = 0;
+    const auto bindWithoutUmask = [&] {
+        if (::unshare(CLONE_FS) == 0)
+            ::umask(0);
+        else
+            logNarrowMode(path, errno);
+        isBound = bindUnixSocket(socket, path);
+        error = errno;
+    };
+    try {
+        // A umask is the whole process's, unless a thread parts with the others.
+        std::thread(bindWithoutUmask).join();
+    } catch (const std::system_error& noThread) {
+        logNarrowMode(path, noThread.code().value());
+        return bindUnixSocket(socket, path);
+    }
+    errno = error;
+    return isBound;
 }
 
 FileDescriptor connectUnixSocket(const std::string& path) noexcept {

@@ -17,6 +17,12 @@ namespace platform {
 /// Binds `socket` to `path`, which must not exist. False, with errno set, on failure.
 [[nodiscard]] bool bindUnixSocket(int socket, const std::string& path) noexcept;
 
+/// The same, and every user may connect: the file has the mode 0777 from the moment it is there,
+/// whatever the process's umask. To set it by the path afterwards would trust whoever may write to
+/// the folder. Where the system does not allow that, the umask counts; that is a line in the system
+/// log.
+[[nodiscard]] bool bindUnixSocketForAll(int socket, const std::string& path) noexcept;
+
 /// Connects to the socket at `path` without waiting: a full backlog counts as a failure with
 /// EAGAIN. Empty with errno set on failure.
 [[nodiscard]] FileDescriptor connectUnixSocket(const std::string& path) noexcept;
