@@ -74,7 +74,8 @@ class MVComm final : public MVCommCallbacks {
         prepareContainers_ = std::move(prepare);
     }
 
-    /// Called 50 ms after the last check-in of a burst; null for none.
+    /// Called 50 ms after the last check-in of a burst, which counts as over after 0.5 s; null for
+    /// none.
     void setAppConnectCallback(MVCommCallback callback) noexcept { connectionCallback_ = callback; }
 
     /// Called after each disconnection; null for none.

@@ -14,6 +14,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -31,6 +32,7 @@ constexpr std::size_t longestAddress = 253;
 constexpr int listenBacklog = 5;
 constexpr std::chrono::milliseconds activityReset{100};
 constexpr std::chrono::milliseconds connectionCallbackDelay{50};
+constexpr std::chrono::milliseconds longestBurst{500};
 constexpr double repetitionInterval = 1.0 / 12.0;
 
 // What one plug-in is served in a turn of the loop: more than an honest one ever has waiting, less
@@ -276,7 +278,16 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
           MVCommLogText(connection.process().path));
 
     if (comm_.connectionCallback() != nullptr)
-        connectionCallbackTimer_.start(connectionCallbackDelay);
+        scheduleConnectionCallback();
+}
+
+/// Whoever checks in again and again must not keep the others from being shown.
+void MVCommunication::scheduleConnectionCallback() {
+    const auto now = platform::MonotonicClock::now();
+    if (!connectionCallbackTimer_.isActive())
+        burstBegan_ = now;
+    connectionCallbackTimer_.startAt(std::min(now, burstBegan_ + longestBurst) +
+                                     connectionCallbackDelay);
 }
 
 void MVCommunication::handleDisconnect(const std::shared_ptr<MVCommConnection>& connection) {

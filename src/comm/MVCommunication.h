@@ -110,6 +110,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     void handleCheckin(MVCommConnection& connection, const MVCommParser::Checkin& checkin,
                        const char* method);
     void handleDisconnect(const std::shared_ptr<MVCommConnection>& connection);
+    void scheduleConnectionCallback();
     void connectionCallbackDelayed();
     void resetActivity(MVCommConnection& connection);
     void retire(const std::shared_ptr<MVCommConnection>& connection);
@@ -125,6 +126,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     std::unique_ptr<platform::AcceptSocket> baseSock_;
     std::optional<std::pair<dev_t, ino_t>> socketFile_; // what stands for the socket at the path
     platform::Timer connectionCallbackTimer_;
+    platform::MonotonicClock::time_point burstBegan_; // of check-ins; while the timer is active
     MVCommLineLimit strangerLines_;
     Connections retired_; // disconnected, but with an activity reset still to come
     std::vector<std::optional<Connections::iterator>> placeOfDescriptor_; // in connections_

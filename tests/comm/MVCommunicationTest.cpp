@@ -66,6 +66,28 @@ TEST_F(MVCommunicationTest, ABurstOfCheckinsIsAnnouncedOnceFiftyMillisecondsAfte
     EXPECT_EQ(events, "C");
 }
 
+TEST_F(MVCommunicationTest, CheckinsWithoutEndHoldTheCallbackUpByHalfASecondAtMost) {
+    const auto restless = connect();
+    const auto checkInEvery40Milliseconds = [&](int times) {
+        for (int i = 0; i < times; ++i) {
+            restless->checkIn(1, "restless");
+            turn();
+            EXPECT_EQ(events, "");
+            advance(40ms);
+        }
+    };
+    checkInEvery40Milliseconds(12); // the last one after 440 ms: a burst like others
+    advance(9ms);
+    EXPECT_EQ(events, "");
+    advance(1ms);
+    EXPECT_EQ(events, "C");
+    for (int burst = 0; burst < 2; ++burst) {
+        events.clear();
+        checkInEvery40Milliseconds(14);
+        EXPECT_EQ(events, "C") << "550 ms after the first";
+    }
+}
+
 TEST_F(MVCommunicationTest, BadDataObjectsAndUnknownSocketsAreLogged) {
     const auto stranger = platform::DataSocket::create(
         platform::FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
