@@ -1,5 +1,6 @@
 #include "comm/MVCommConnection.h"
 
+#include "comm/MVCommLogText.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/Timer.h"
@@ -17,11 +18,17 @@ void MVCommOutlet::send(const MVCommConsoleMessage& message) noexcept {
                             std::strerror(error), error);
 }
 
-MVCommConnection::MVCommConnection(std::shared_ptr<platform::DataSocket> socket,
+MVCommConnection::MVCommConnection(platform::RunLoop& loop,
+                                   std::shared_ptr<platform::DataSocket> socket,
                                    std::unique_ptr<platform::RunLoopSource> source)
     : socket_(std::move(socket))
     , source_(std::move(source))
-    , outlet_(std::make_shared<MVCommOutlet>(socket_)) {}
+    , outlet_(std::make_shared<MVCommOutlet>(socket_))
+    , faultLines_(loop, [this](std::size_t leftOut) {
+        platform::systemLog(platform::LogPriority::error,
+                            "Left out %zu more lines about what %s/%u has sent", leftOut,
+                            qUtf8Printable(MVCommLogText(process_.name)), process_.pid);
+    }) {}
 
 MVCommConnection::~MVCommConnection() {
     shutdown();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "comm/MVCommConnectionProcess.h"
+#include "comm/MVCommFaultLines.h"
 #include "comm/MVCommLineLimit.h"
 #include "comm/MVCommMessages.h"
 
@@ -8,6 +9,7 @@
 
 namespace platform {
 class DataSocket;
+class RunLoop;
 class RunLoopSource;
 class Timer;
 } // namespace platform
@@ -34,8 +36,8 @@ class MVCommOutlet {
 /// other threads may list it.
 class MVCommConnection {
   public:
-    /// Takes over both. The source must watch the socket.
-    MVCommConnection(std::shared_ptr<platform::DataSocket> socket,
+    /// Takes over socket and source; the source must watch the socket, on `loop`.
+    MVCommConnection(platform::RunLoop& loop, std::shared_ptr<platform::DataSocket> socket,
                      std::unique_ptr<platform::RunLoopSource> source);
 
     /// Does what shutdown() does; a pending activity reset is cancelled.
@@ -48,6 +50,9 @@ class MVCommConnection {
 
     MVCommConnectionProcess& process() noexcept { return process_; }
     const MVCommConnectionProcess& process() const noexcept { return process_; }
+
+    /// To be asked before each line about what the plug-in has done wrong.
+    MVCommFaultLines& faultLines() noexcept { return faultLines_; }
 
     /// The connection's activity reset: pending while the timer is active. One timer serves for
     /// the connection's whole life, so that pushing the reset back allocates nothing.
@@ -67,5 +72,6 @@ class MVCommConnection {
     std::unique_ptr<platform::RunLoopSource> source_;
     std::shared_ptr<MVCommOutlet> outlet_;
     MVCommConnectionProcess process_;
+    MVCommFaultLines faultLines_; // names the process
     std::unique_ptr<platform::Timer> resetActivityTimer_;
 };

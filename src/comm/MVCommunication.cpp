@@ -53,7 +53,10 @@ double secondsNow() noexcept {
         .count();
 }
 
-void logFault(MVCommParser::Result result, const MVCommParser& parser, const char* method) {
+void logFault(MVCommConnection& connection, MVCommParser::Result result, const MVCommParser& parser,
+              const char* method) {
+    if (result == MVCommParser::Result::end || !connection.faultLines().allowsLine())
+        return;
     switch (result) {
     case MVCommParser::Result::tooShort:
         systemLog(LogPriority::error, "%s: Message too short (%d).", method, parser.remaining());
@@ -196,7 +199,8 @@ void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
     auto source = socket->makeSource(*runLoop_, readPerTurn);
     if (source == nullptr)
         return;
-    const auto connection = std::make_shared<MVCommConnection>(socket, std::move(source));
+    const auto connection =
+        std::make_shared<MVCommConnection>(*runLoop_, socket, std::move(source));
     connection->setResetActivityTimer(std::make_unique<platform::Timer>(
         *runLoop_, [this, &record = *connection] { resetActivity(record); }));
 
@@ -237,7 +241,7 @@ void MVCommunication::handleSocketData(const platform::DataSocket& socket,
     }
     MVCommParser parser(data);
     const auto end = handleMessages(*connection, parser, __func__);
-    logFault(end, parser, __func__);
+    logFault(*connection, end, parser, __func__);
     if (connection->socket() == nullptr)
         retire(connection);
 }
@@ -271,7 +275,8 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
         const std::lock_guard lock(connectionsLock_);
         std::swap(connection.process(), previous);
     }
-    if (!previous.name.isNull() || previous.pid >= 1)
+    const bool isDuplicate = !previous.name.isNull() || previous.pid >= 1;
+    if (isDuplicate && connection.faultLines().allowsLine())
         systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
                   qUtf8Printable(MVCommLogText(previous.name)), previous.pid);
     QNLog(3, "'%s' connected (pid=%u, path='%s')", MVCommLogText(name), checkin.pid,

@@ -86,7 +86,8 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
 
     /// Takes in the bytes of one read; the connections' handler, which gets at most 8 KiB of one
     /// plug-in in a turn of the loop, messages never split. Length 0 means that the peer has
-    /// closed. Faults are logged and cost the rest of the read, never the connection.
+    /// closed. Faults cost the rest of the read, never the connection; each is a line in the system
+    /// log, but at most ten a second for one connection, and then their number.
     void handleSocketData(const platform::DataSocket& socket, std::span<const std::byte> data);
 
   private:

@@ -117,6 +117,7 @@ TEST_F(HostilePluginTest, EveryLengthOfEveryKindIsTakenOrLogged) {
     for (const auto& kind : kinds) {
         for (std::size_t length = 0; length <= longest; ++length) {
             SCOPED_TRACE(std::string(kind.name) + " of " + std::to_string(length) + " bytes");
+            advance(1s); // after which lines are not thinned out
             received.clear();
             log_.clear();
             plugin->sendBytes(kind.bytes.substr(0, length));
@@ -139,6 +140,7 @@ TEST_F(HostilePluginTest, HalvesThatComeInTwoReadsAreTwoFaults) {
                                        std::string(1023, 'p'))}) {
         const std::size_t step = message.size() > sizeof(MVCommActivityMessage) ? 13 : 1;
         for (std::size_t half = 1; half < message.size(); half += step) {
+            advance(1s);
             log_.clear();
             plugin->sendBytes(message.substr(0, half));
             loop_.turn();
@@ -149,6 +151,44 @@ TEST_F(HostilePluginTest, HalvesThatComeInTwoReadsAreTwoFaults) {
     }
     EXPECT_TRUE(received.empty());
     EXPECT_EQ(server_->connectionProcesses()[0].pid, 0U);
+}
+
+TEST_F(HostilePluginTest, LinesAboutOnePluginAreTenASecondThenTheirNumberStandsForTheRest) {
+    const std::pair<const char*, std::string> kinds[] = {
+        {"Unknown messageID", "xxxx"},
+        {"Message too short", "x"},
+        {"Invalid data len", ScriptedPlugin::activityBytes(7, 1.0F).substr(0, 11)},
+        {"Duplicate checkin", ScriptedPlugin::checkinBytes(7, "noisy")},
+    };
+    const auto other = checkedIn(8, "other");
+    for (const auto& [line, bytes] : kinds) {
+        SCOPED_TRACE(line);
+        log_.clear();
+        const auto noisy = checkedIn(7, "noisy");
+        const auto misbehave = [&, &bytes = bytes](int times) {
+            for (int i = 0; i < times; ++i) {
+                noisy->sendBytes(bytes);
+                turn();
+            }
+        };
+        misbehave(25);
+        EXPECT_EQ(log_.count(line), 10U);
+        other->sendBytes("yyyy");
+        turn();
+        EXPECT_EQ(log_.count("0x79797979"), 1U) << "nobody else's are left out";
+        advance(999ms);
+        EXPECT_EQ(log_.count("Left out"), 0U);
+        advance(1ms);
+        EXPECT_EQ(log_.count("Left out 15 more lines about what noisy/7 has sent"), 1U);
+        log_.clear();
+        misbehave(12);
+        EXPECT_EQ(log_.count(line), 10U);
+        noisy->disconnect();
+        turn();
+        EXPECT_EQ(log_.count("Left out 2 more lines about what noisy/7 has sent"), 1U) << "at once";
+        advance(1s);
+        EXPECT_EQ(log_.count("Left out"), 1U);
+    }
 }
 
 TEST_F(HostilePluginTest, LevelsAndPidsArePassedOnBitForBit) {

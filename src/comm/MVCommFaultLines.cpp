@@ -1,0 +1,29 @@
+#include "comm/MVCommFaultLines.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::size_t mostLines = 10;
+constexpr std::chrono::seconds length{1};
+
+} // namespace
+
+MVCommFaultLines::MVCommFaultLines(platform::RunLoop& loop,
+                                   std::function<void(std::size_t)> tellLeftOut)
+    : tellLeftOut_(std::move(tellLeftOut)), second_(loop, [this] { tell(); }) {}
+
+MVCommFaultLines::~MVCommFaultLines() {
+    tell();
+}
+
+bool MVCommFaultLines::allowsLine() {
+    if (!second_.isActive())
+        second_.start(length);
+    return ++lines_ <= mostLines;
+}
+
+void MVCommFaultLines::tell() {
+    if (const std::size_t lines = std::exchange(lines_, 0); lines > mostLines)
+        tellLeftOut_(lines - mostLines);
+}
