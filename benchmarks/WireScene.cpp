@@ -40,7 +40,7 @@ void Log::expectLines(std::size_t expected) const {
                                  " are in the log");
 }
 
-Ours::Ours(const std::string& path, const MVCommCallbacks& callbacks, Log* log)
+Ours::Ours(const std::string& path, MVCommCallbacks& callbacks, Log* log)
     : server_(MVCommunication::create(callbacks, QString::fromStdString(path))) {
     if (server_ == nullptr)
         throw std::runtime_error("the server cannot serve " + path);

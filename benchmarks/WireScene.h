@@ -87,7 +87,7 @@ class Log {
 /// The application's.
 class Ours {
   public:
-    Ours(const std::string& path, const MVCommCallbacks& callbacks, Log* log);
+    Ours(const std::string& path, MVCommCallbacks& callbacks, Log* log);
 
     void turn() { loop_.turn(); }
     void run() { loop_.run(); }
@@ -207,7 +207,7 @@ class Scene {
     }
 
     const support::PrivateFolder folder_;
-    const Callbacks told_;
+    Callbacks told_;
     Server server_;
     std::atomic<bool> hasFailed_ = false;
     const Watchdog watchdog_{[this] { fail(); }};

@@ -71,6 +71,10 @@ bool MVComm::addCommForPath(const QString& path) {
     return true;
 }
 
+void MVComm::servedAgain() {
+    afterAddition_.start(additionDelay);
+}
+
 QStringList MVComm::containerLibraries() {
     return containerLibraries(containersFolder());
 }
@@ -149,16 +153,18 @@ QStringList MVComm::containerSockets() const {
     return pathOfFolder.values();
 }
 
-/// A container that was replaced by one of the same name has no socket yet, so the server of the
-/// old one goes too.
+/// The server of a container that was replaced by one of the same name goes too: the new one has to
+/// be prepared.
 void MVComm::dropContainersExcept(const QStringList& paths) {
     const QSet<QString> wanted(paths.begin(), paths.end());
     refusedPaths_.intersect(wanted);
     std::erase_if(comms_, [&](const auto& server) {
         const QString& path = server->socketPath();
-        if (!containerPaths_.contains(path) || (wanted.contains(path) && QFileInfo::exists(path)))
+        if (!containerPaths_.contains(path) ||
+            (wanted.contains(path) && !server->isFolderReplaced()))
             return false;
         containerPaths_.remove(path);
+        server->leaveFileAlone();
         ending_.push_back({server, server->connectionProcesses()});
         return true;
     });

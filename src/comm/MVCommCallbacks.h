@@ -23,6 +23,9 @@ class MVCommCallbacks {
     virtual MVCommCallback connectionCallback() const = 0;
     virtual MVCommCallback disconnectionCallback() const = 0;
 
+    /// A server has made its socket file again, for which plug-ins may be waiting.
+    virtual void servedAgain() {}
+
     /// Whether programs of `user` may connect: those of our own user and the system's, for nobody
     /// else has business with the volume of our sound.
     virtual bool acceptsUser(uid_t user) const { return user == ::geteuid() || user == 0; }

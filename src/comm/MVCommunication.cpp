@@ -1,6 +1,7 @@
 #include "comm/MVCommunication.h"
 
 #include "comm/MVCommConnection.h"
+#include "comm/MVCommListener.h"
 #include "comm/MVCommLogText.h"
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
@@ -15,12 +16,7 @@
 #include <QFile>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 using platform::LogPriority;
@@ -29,7 +25,6 @@ using platform::systemLog;
 namespace {
 
 constexpr std::size_t longestAddress = 253;
-constexpr int listenBacklog = 5;
 constexpr std::chrono::milliseconds activityReset{100};
 constexpr std::chrono::milliseconds connectionCallbackDelay{50};
 constexpr std::chrono::milliseconds longestBurst{500};
@@ -39,14 +34,6 @@ constexpr double repetitionInterval = 1.0 / 12.0;
 // than a millisecond of work.
 constexpr std::size_t readPerTurn = std::size_t{8} * 1024;
 static_assert(readPerTurn >= sizeof(MVCommCheckinMessage), "a cut read holds a whole message");
-
-void logError(const char* format, int error) {
-    // The texts are constants of this file.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    systemLog(LogPriority::error, format, std::strerror(error), error);
-#pragma GCC diagnostic pop
-}
 
 double secondsNow() noexcept {
     return std::chrono::duration<double>(platform::MonotonicClock::now().time_since_epoch())
@@ -107,7 +94,7 @@ std::string keyOf(const MVCommConsoleMessage& message) {
 
 } // namespace
 
-std::shared_ptr<MVCommunication> MVCommunication::create(const MVCommCallbacks& comm,
+std::shared_ptr<MVCommunication> MVCommunication::create(MVCommCallbacks& comm,
                                                          const QString& socketPath) {
     std::shared_ptr<MVCommunication> server(new MVCommunication(comm, socketPath));
     if (!server->setup())
@@ -115,10 +102,9 @@ std::shared_ptr<MVCommunication> MVCommunication::create(const MVCommCallbacks& 
     return server;
 }
 
-MVCommunication::MVCommunication(const MVCommCallbacks& comm, QString socketPath)
+MVCommunication::MVCommunication(MVCommCallbacks& comm, QString socketPath)
     : comm_(comm)
     , socketPath_(std::move(socketPath))
-    , addressPath_(QFile::encodeName(socketPath_).left(longestAddress).toStdString())
     , runLoop_(platform::RunLoop::current())
     , connectionCallbackTimer_(*runLoop_, [this] { connectionCallbackDelayed(); })
     , sendQueue_(platform::DispatchQueue::makeSerial("com.quarnel.mivo.send")) {}
@@ -128,54 +114,22 @@ MVCommunication::~MVCommunication() {
 }
 
 bool MVCommunication::setup() {
-    platform::FileDescriptor descriptor = platform::makeUnixSocket();
-    if (!descriptor) {
-        logError("Couldn't create socket: %s (%d)", errno);
-        return false;
-    }
-    if (!bindTo(descriptor.get()))
-        return false;
-    if (::listen(descriptor.get(), listenBacklog) != 0) {
-        logError("Couldn't listen(): %s (%d)", errno);
-        return false;
-    }
-    baseSock_ = platform::AcceptSocket::create(
-        std::move(descriptor),
-        [this](platform::AcceptSocket& socket, platform::FileDescriptor connection) {
-            handleBaseSocketAccept(socket, std::move(connection));
-        });
-    if (baseSock_ == nullptr) {
-        systemLog(LogPriority::error, "Couldn't create CFSocket!");
-        return false;
-    }
-    if (!baseSock_->schedule(*runLoop_)) {
-        systemLog(LogPriority::error, "Couldn't create CFRunLoopSource");
-        return false;
-    }
-    return true;
+    const std::string address = QFile::encodeName(socketPath_).left(longestAddress).toStdString();
+    const auto accepted = [this](platform::AcceptSocket& socket,
+                                 platform::FileDescriptor connection) {
+        handleBaseSocketAccept(socket, std::move(connection));
+    };
+    listener_ = MVCommListener::open(address, {accepted, [this] { comm_.servedAgain(); }});
+    return listener_ != nullptr;
 }
 
-bool MVCommunication::bindTo(int descriptor) {
-    struct stat status {};
-    if (::lstat(addressPath_.c_str(), &status) == 0 && ::unlink(addressPath_.c_str()) != 0)
-        logError("Couldn't unlink(): %s (%d)", errno);
-    if (!platform::bindUnixSocketForAll(descriptor, addressPath_)) {
-        logError("Couldn't bind(): %s (%d)", errno);
-        return false;
-    }
-    if (::lstat(addressPath_.c_str(), &status) == 0)
-        socketFile_ = {status.st_dev, status.st_ino};
-    return true;
+bool MVCommunication::isFolderReplaced() const {
+    return listener_ != nullptr && listener_->isFolderReplaced();
 }
 
-/// Another server, of this program or another one, may have taken the path. The number of our file
-/// is nobody else's as long as our socket is open.
-void MVCommunication::removeSocketFile() {
-    struct stat status {};
-    if (socketFile_ && ::lstat(addressPath_.c_str(), &status) == 0 &&
-        socketFile_ == std::pair(status.st_dev, status.st_ino))
-        ::unlink(addressPath_.c_str());
-    socketFile_.reset();
+void MVCommunication::leaveFileAlone() {
+    if (listener_ != nullptr)
+        listener_->leaveAlone();
 }
 
 bool MVCommunication::isWelcome(int descriptor) {
@@ -305,8 +259,8 @@ void MVCommunication::handleDisconnect(const std::shared_ptr<MVCommConnection>& 
     }
     QNLog(3, "'%s' disconnected", MVCommLogText(connection->process().name));
     retire(connection);
-    if (baseSock_ != nullptr)
-        baseSock_->resume(); // a descriptor becomes free
+    if (listener_ != nullptr)
+        listener_->resume(); // a descriptor becomes free
     if (const MVCommCallback callback = comm_.disconnectionCallback())
         callback();
 }
@@ -391,6 +345,5 @@ void MVCommunication::shutdown() {
     for (const auto& connection : connections)
         retire(connection);
     connectionCallbackTimer_.stop();
-    removeSocketFile();
-    baseSock_.reset();
+    listener_.reset();
 }

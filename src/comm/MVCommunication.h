@@ -19,12 +19,11 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <sys/types.h>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 class MVCommConnection;
+class MVCommListener;
 class MVCommOutlet;
 
 namespace platform {
@@ -48,7 +47,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     /// Serves `socketPath` on the calling thread's run loop, replacing a stale socket file. Null
     /// when that fails, with the reason in the system log. `comm` must outlive the server; its
     /// callbacks are asked for at each event, the data callback must be set by the first message.
-    [[nodiscard]] static std::shared_ptr<MVCommunication> create(const MVCommCallbacks& comm,
+    [[nodiscard]] static std::shared_ptr<MVCommunication> create(MVCommCallbacks& comm,
                                                                  const QString& socketPath);
 
     /// Does what shutdown() does.
@@ -57,6 +56,14 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     MVCommunication& operator=(const MVCommunication&) = delete;
 
     const QString& socketPath() const noexcept { return socketPath_; }
+
+    /// Whether the path leads into another folder than at first, or into none. Then this is not the
+    /// server of what is there now. A socket file that vanishes from the same folder is made again
+    /// (MVCommListener).
+    bool isFolderReplaced() const;
+
+    /// From now on the socket file is not made again; another server may be about to take the path.
+    void leaveFileAlone();
 
     /// Has `message` written to every connection, in the order of the calls. A message that was
     /// sent less than 1/12 s ago is dropped (see setAllowFrequentMessages), as are all while
@@ -99,10 +106,8 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     using Connections = std::list<std::shared_ptr<MVCommConnection>>;
     using Outlets = std::vector<std::shared_ptr<MVCommOutlet>>;
 
-    MVCommunication(const MVCommCallbacks& comm, QString socketPath);
+    MVCommunication(MVCommCallbacks& comm, QString socketPath);
     bool setup();
-    bool bindTo(int descriptor);
-    void removeSocketFile();
     bool isWelcome(int descriptor);
 
     std::shared_ptr<MVCommConnection> connectionOf(const platform::DataSocket& socket) const;
@@ -118,14 +123,12 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     void doSendMessage(const MVCommConsoleMessage& message);
     std::shared_ptr<const Outlets> outlets();
 
-    const MVCommCallbacks& comm_;
+    MVCommCallbacks& comm_;
     const QString socketPath_;
-    const std::string addressPath_; // what of the path goes into the socket's address
 
     // Main thread.
     platform::RunLoop* const runLoop_;
-    std::unique_ptr<platform::AcceptSocket> baseSock_;
-    std::optional<std::pair<dev_t, ino_t>> socketFile_; // what stands for the socket at the path
+    std::unique_ptr<MVCommListener> listener_; // null after shutdown()
     platform::Timer connectionCallbackTimer_;
     platform::MonotonicClock::time_point burstBegan_; // of check-ins; while the timer is active
     MVCommLineLimit strangerLines_;

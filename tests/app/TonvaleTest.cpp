@@ -76,6 +76,16 @@ TEST_F(TonvaleTest, EveryTerminationSignalEndsItCleanlyWithTheSocketGone) {
     }
 }
 
+TEST_F(TonvaleTest, ServesAgainWhenItsSocketFileHasVanishedAndKeepsItsConnections) {
+    const auto program = start();
+    support::ScriptedPlugin plugin(socket_);
+    std::filesystem::remove(socket_);
+    EXPECT_TRUE(support::waitUntil([&] { return isServed(); }));
+    EXPECT_FALSE(plugin.isEnded());
+    endWell(*program);
+    EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
 TEST_F(TonvaleTest, GoesOnAndTellsThePersonWhenTheSocketCannotBeServed) {
     const QString usual = QString::fromStdString(folder_.path() / "usual.png");
     const QString told = QString::fromStdString(folder_.path() / "told.png");

@@ -1,6 +1,7 @@
 #include "ContainersFixture.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
+#include "platform/loop/UnixSocket.h"
 #include "support/ScriptedPlugin.h"
 
 #include <QString>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <sys/socket.h>
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -204,6 +206,104 @@ TEST_F(MVCommContainersTest, AContainerThatVanishesTakesItsServerWithIt) {
     EXPECT_EQ(noise(), std::vector<std::string>{});
 }
 
+TEST_F(MVCommContainersTest, ASocketFileThatVanishesIsMadeAgainAndNobodyIsDisconnected) {
+    makeFolders(container("a/Data"));
+    start();
+    advance(1s);
+    advance(1s);
+    const std::string aside = socketPath("aside");
+    for (const std::string& socket : {socketPath(kMVCommSocketName), socketOf("a")}) {
+        SCOPED_TRACE(socket);
+        const auto plugin = checkedIn(socket, 1);
+        for (const bool isMoved : {false, true, false}) {
+            log_.clear();
+            isMoved ? fs::rename(socket, aside) : static_cast<void>(fs::remove(socket));
+            notice();
+            advance(299ms);
+            EXPECT_FALSE(fs::exists(socket));
+            advance(1ms);
+            EXPECT_EQ(fs::status(socket).permissions(), fs::perms(0777));
+            EXPECT_EQ(log_.count("Made " + socket + " again"), 1U);
+            const auto later = checkedIn(socket, 2);
+            EXPECT_EQ(pids(), (Pids{1, 2}));
+            notice();
+            advance(1s);
+            advance(1s);
+            EXPECT_EQ(log_.count(announcement), 1U) << "plug-ins may be waiting";
+            later->disconnect();
+            turn();
+        }
+        EXPECT_FALSE(plugin->isEnded());
+        plugin->disconnect();
+        turn();
+    }
+    comm_->shutdown();
+    EXPECT_FALSE(fs::exists(socketPath(kMVCommSocketName)) || fs::exists(socketOf("a")));
+}
+
+TEST_F(MVCommContainersTest, APathThatAnotherProgramTookIsToldOnceAndLeftToItUntilItGoes) {
+    start();
+    const std::string socket = socketPath(kMVCommSocketName);
+    const auto plugin = checkedIn(socket, 1);
+    const auto bindInstead = [&] {
+        fs::remove(socket);
+        platform::FileDescriptor other = platform::makeUnixSocket();
+        EXPECT_TRUE(platform::bindUnixSocket(other.get(), socket));
+        return other;
+    };
+    platform::FileDescriptor other;
+    for (int start = 0; start < 3; ++start) {
+        other = bindInstead();
+        ASSERT_EQ(::listen(other.get(), 5), 0);
+        notice();
+        advance(1s);
+        platform::FileDescriptor served = platform::connectUnixSocket(socket);
+        EXPECT_TRUE(platform::FileDescriptor(::accept(other.get(), nullptr, nullptr)));
+    }
+    EXPECT_EQ(log_.count("Another program has taken " + socket), 1U);
+    EXPECT_EQ(pids(), Pids{1});
+    EXPECT_FALSE(plugin->isEnded());
+
+    fs::remove(socket);
+    notice();
+    advance(300ms);
+    const auto later = checkedIn(socket, 2);
+    EXPECT_EQ(pids(), (Pids{1, 2}));
+    other = bindInstead(); // without listening: as after a crash
+    notice();
+    advance(300ms);
+    const auto last = checkedIn(socket, 3);
+    EXPECT_EQ(pids(), (Pids{1, 2, 3}));
+    EXPECT_EQ(log_.count("Another program has taken "), 1U);
+
+    other = bindInstead();
+    ASSERT_EQ(::listen(other.get(), 5), 0);
+    comm_->shutdown();
+    EXPECT_TRUE(fs::exists(socket)) << "it is not ours";
+    fs::remove(socket);
+}
+
+TEST_F(MVCommContainersTest, ASocketWhoseFolderHasGoneComesBackWithIt) {
+    start();
+    makeFolders(socketPath("folder"));
+    const std::string socket = socketPath("folder/socket");
+    ASSERT_TRUE(comm_->addCommForPath(QString::fromStdString(socket)));
+    const auto plugin = checkedIn(socket, 1);
+    fs::remove_all(socketPath("folder"));
+    for (const char* const other : {"one", "two"}) {
+        notice();
+        advance(300ms);
+        std::ofstream(socketPath(other)) << "x";
+    }
+    EXPECT_EQ(log_.count("Couldn't bind(): No such file or directory (2)"), 1U);
+    makeFolders(socketPath("folder"));
+    notice();
+    advance(300ms);
+    const auto later = checkedIn(socket, 2);
+    EXPECT_EQ(pids(), (Pids{1, 2}));
+    EXPECT_FALSE(plugin->isEnded());
+}
+
 TEST_F(MVCommContainersTest, ServesFiveHundredContainers) {
     constexpr int many = 500;
     for (int i = 0; i < many; ++i)
@@ -233,6 +333,7 @@ TEST_F(MVCommContainersTest, ServesOthersWhileTheServersOfManyEnd) {
     makeFolders(container("0/Data"));
     makeFolders(container("49/Data")); // whose last server has hardly ended
     settle();
+    advance(200ms);
     for (int i = 0; i < many; ++i)
         turn();
     EXPECT_TRUE(gone->isEnded());
