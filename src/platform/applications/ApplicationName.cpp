@@ -3,6 +3,7 @@
 #include "platform/applications/ProcessView.h"
 #include "platform/applications/ProgramCommand.h"
 #include "platform/applications/ProgramKinds.h"
+#include "platform/applications/StableName.h"
 #include "platform/text/HarmlessText.h"
 #include "platform/text/PrintableText.h"
 #include "platform/text/Utf8.h"
@@ -86,31 +87,8 @@ std::string_view without(std::string_view name, std::initializer_list<std::strin
     return name;
 }
 
-/// A part of a file's name that tells the version or the machine, not the program.
-bool isVersionPart(std::string_view part) {
-    const bool isNumbered =
-        !part.empty() && (std::isdigit(static_cast<unsigned char>(part.front())) != 0 ||
-                          (part.size() > 1 && part.front() == 'v' &&
-                           std::isdigit(static_cast<unsigned char>(part[1])) != 0));
-    constexpr std::string_view parts[] = {"x86_64", "x86",   "amd64",  "arm64", "aarch64", "i386",
-                                          "linux",  "Linux", "stable", "x64",   "64bit"};
-    return isNumbered || std::ranges::find(parts, part) != std::end(parts);
-}
-
-std::string appImageLabel(std::string_view path) {
-    std::string_view name = without(fileName(path), {".appimage"});
-    for (bool isDone = false; !isDone;) {
-        isDone = true;
-        for (std::size_t at = name.find_last_of("-_ "); at != std::string_view::npos && at > 0;
-             at = at > 0 ? name.find_last_of("-_ ", at - 1) : std::string_view::npos) {
-            if (isVersionPart(name.substr(at + 1))) {
-                name = name.substr(0, at);
-                isDone = false;
-                break;
-            }
-        }
-    }
-    return std::string(name);
+std::string_view appImageLabel(std::string_view path) {
+    return withoutVersion(without(fileName(path), {".appimage"}), "-_ ");
 }
 
 /// The part of a Java class's or module's name that means the program.
@@ -130,13 +108,17 @@ std::string_view classLabel(std::string_view name) {
 
 /// The part of a path that means an Electron program: its folder, above those that all have.
 std::string_view electronLabel(std::string_view path) {
-    constexpr std::string_view general[] = {"app", "app.asar", "dist", "main.js", "resources", "."};
+    constexpr std::string_view general[] = {"",     ".",       "app",      "app.asar",
+                                            "dist", "main.js", "resources"};
+    const auto isGeneral = [&general](std::string_view name) {
+        return std::ranges::find(general, stableFolderName(name)) != std::end(general);
+    };
     std::string_view name = fileName(path);
-    while (std::ranges::find(general, name) != std::end(general)) {
+    while (!name.empty() && isGeneral(name)) {
         path = folderName(path);
         name = fileName(path);
     }
-    return without(name, {".asar", ".js"});
+    return without(stableFolderName(name), {".asar", ".js"});
 }
 
 std::string_view scriptLabel(const ProgramCommand& command) {
@@ -160,7 +142,7 @@ std::string_view scriptLabel(const ProgramCommand& command) {
     const std::string_view name =
         without(fileName(script), {".py", ".pyw", ".sh", ".bash", ".js", ".mjs", ".pl", ".rb",
                                    ".lua", ".exe", ".dll", ".jar", ".php", ".qml"});
-    return name == "__main__" || name == "main" ? fileName(folderName(script)) : name;
+    return name == "__main__" || name == "main" ? stableFolderAbove(script) : name;
 }
 
 } // namespace
@@ -226,7 +208,7 @@ std::string programLabel(const ProgramCommand& command, const ProcessRecord& pro
             return game;
     }
     if (!process.appImage.empty())
-        return appImageLabel(process.appImage);
+        return std::string(appImageLabel(process.appImage));
     if (command.isInterpreted)
         return std::string(scriptLabel(command));
     const std::string_view name = fileName(command.program);
