@@ -14,6 +14,10 @@ struct ProgramCommand;
 /// No name of an application has more bytes.
 inline constexpr std::size_t longestApplicationName = 127;
 
+/// What a person reads for the speech service, which is many programs. Like the names of desktop
+/// entries it is for both sides, so a translation belongs here.
+inline constexpr std::string_view speechName = "Speech";
+
 /// A text that a stranger chose as a name in one line: cut between two characters where it is too
 /// long, without blanks at its ends, and without what would disturb the line it stands in.
 std::string fittingName(std::string_view text);

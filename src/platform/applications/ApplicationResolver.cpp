@@ -44,6 +44,8 @@ const char* describe(NameEvidence evidence) noexcept {
         return "The desktop runs the program as this application.";
     case NameEvidence::game:
         return "The program is a game of this name.";
+    case NameEvidence::speech:
+        return "The program speaks for the desktop.";
     case NameEvidence::clientId:
         return "The program says that it is this application.";
     case NameEvidence::clientIcon:

@@ -23,6 +23,7 @@ enum class NameEvidence {
     family,        ///< the application that the process is a helper of
     unit,          ///< the systemd unit that a desktop has made for the application
     game,          ///< the game that Steam has started
+    speech,        ///< it is a part of the speech service
     clientId,      ///< the application id that it gave the sound server
     clientIcon,    ///< the icon that it gave the sound server
     fileName,      ///< the file name of the executable or the script
@@ -82,7 +83,8 @@ struct ApplicationIdentity {
 /// gets a name from others: from the process that it is a helper of, or from the systemd unit that
 /// the desktop has made for it, but not from one that it was only left in. Terminals, shells,
 /// editors, starters of games and the desktop itself lend their name to nobody: a player that
-/// somebody starts in a terminal is that player. What a client claims counts last, and not at all
+/// somebody starts in a terminal is that player. The speech service is one application with its
+/// modules and what they run. What a client claims counts last, and not at all
 /// when it is what a sound library says by itself, or the tool that plays for another program.
 ///
 /// Nothing counts that only some can see: what the process's windows say, which a service does not

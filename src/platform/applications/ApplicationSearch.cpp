@@ -103,7 +103,8 @@ ApplicationIdentity ApplicationSearch::answer() {
     identity.mainStartTime = main.process.startTime;
     identity.executable =
         main.process.appImage.empty() ? main.process.executable : main.process.appImage;
-    if (!answerByEntry(identity) && !answerByGame(identity) && !answerByClaim(identity))
+    if (!answerBySpeech(identity) && !answerByEntry(identity) && !answerByGame(identity) &&
+        !answerByClaim(identity))
         answerByLabel(identity);
     identity.name = fittingName(identity.name);
     return identity;
@@ -255,6 +256,8 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
         return parent.evidence == NameEvidence::sandbox;
     if (child.kind == ProgramKind::pageShow)
         return true;
+    if (parent.kind == ProgramKind::speech) // a module runs the voice that a person has chosen
+        return child.kind != ProgramKind::speech && child.entry == nullptr;
     if (child.kind == ProgramKind::soundTool)
         return parent.entry != nullptr && !parent.entry->startsOthers && !startsOthers(parent.kind);
     if (!a.executable.empty() && a.executable == b.executable)
@@ -284,6 +287,16 @@ const DesktopEntry* ApplicationSearch::unitEntry() const {
                        : nullptr;
     }
     return nullptr;
+}
+
+bool ApplicationSearch::answerBySpeech(ApplicationIdentity& identity) const {
+    const Member& main = family_.back();
+    if (main.kind != ProgramKind::speech || !main.process.sandbox.empty())
+        return false;
+    identity.name = speechName;
+    identity.icon = "preferences-desktop-accessibility";
+    identity.evidence = NameEvidence::speech;
+    return true;
 }
 
 bool ApplicationSearch::answerByEntry(ApplicationIdentity& identity) const {

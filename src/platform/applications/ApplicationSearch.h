@@ -37,6 +37,7 @@ class ApplicationSearch {
     bool isFamily(const Member& child, const Member& parent) const;
     const DesktopEntry* unitEntry() const;
 
+    bool answerBySpeech(ApplicationIdentity& identity) const;
     bool answerByEntry(ApplicationIdentity& identity) const;
     bool answerByGame(ApplicationIdentity& identity) const;
     bool answerByClaim(ApplicationIdentity& identity) const;

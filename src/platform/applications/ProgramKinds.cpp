@@ -237,10 +237,20 @@ std::string_view unversioned(std::string_view name) noexcept {
     return end == std::string_view::npos ? name : name.substr(0, end + 1);
 }
 
+/// The service, or a program in the folder of its modules.
+bool isSpeech(std::string_view executable) noexcept {
+    constexpr std::string_view service = "speech-dispatcher";
+    const std::string_view name = fileName(executable);
+    return name == service ||
+           (name.starts_with("sd_") && fileName(folderName(executable)).starts_with(service));
+}
+
 } // namespace
 
 ProgramKind programKind(std::string_view executable) {
     static const auto& kinds = *new Kinds(allKinds());
+    if (isSpeech(executable))
+        return ProgramKind::speech;
     const std::string_view name = fileName(executable);
     if (const auto found = kinds.find(name); found != kinds.end())
         return found->second;

@@ -16,6 +16,7 @@ enum class ProgramKind {
     wrapper,   ///< makes a sandbox or other surroundings, then runs one program in it
     pageShow,  ///< shows pages for the program that it belongs to
     soundTool, ///< plays a sound at the command line, often for another program
+    speech,    ///< the desktop's speech service, or one of its modules
 };
 
 /// Of an executable, by its path or file name.

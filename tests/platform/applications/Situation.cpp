@@ -19,6 +19,7 @@ const std::map<std::string, NameEvidence> evidences{
     {"family", NameEvidence::family},
     {"unit", NameEvidence::unit},
     {"game", NameEvidence::game},
+    {"speech", NameEvidence::speech},
     {"client-id", NameEvidence::clientId},
     {"client-icon", NameEvidence::clientIcon},
     {"file-name", NameEvidence::fileName},
