@@ -139,7 +139,7 @@ TEST_F(PluginIdentityTest, AProgramIsItsProcessWhicheverWayItPlays) {
         const char* name;
         std::string path;
     } programs[] = {{native, "pw-cat", "/usr/bin/pw-cat"},
-                    {pulse, "pacat", "/usr/bin/pacat"},
+                    {pulse, "paplay", "/usr/bin/pacat"},
                     {alsa, "aplay", "/usr/bin/aplay"},
                     {forger, "coreaudiod (program)", copy.path()}};
     for (const auto& [player, name, path] : programs) {

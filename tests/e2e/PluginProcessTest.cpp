@@ -67,16 +67,16 @@ TEST_F(PluginProcessTest, AnApplicationThatIsStoppedHoldsNothingUp) {
     ASSERT_TRUE(says(application, "pw-cat " + std::to_string(first.pid())));
     application.signal(SIGSTOP);
     const Tone second(Tone::Player::paplay, 1000, 0.2);
-    EXPECT_TRUE(tells("pacat (pid " + std::to_string(second.pid())));
+    EXPECT_TRUE(tells("paplay (pid " + std::to_string(second.pid())));
     EXPECT_TRUE(hears(tonePeak) && hears(0.2, 1000));
 
     application.signal(SIGCONT);
-    EXPECT_TRUE(says(application, "pacat " + std::to_string(second.pid())));
+    EXPECT_TRUE(says(application, "paplay " + std::to_string(second.pid())));
     EXPECT_TRUE(says(application, "pw-cat", application.outputSize())) << "levels come again";
     application.stop(SIGKILL);
     application_.emplace();
     awaitProgram(player);
-    awaitProgram("pacat");
+    awaitProgram("paplay");
 }
 
 TEST_F(PluginProcessTest, AnotherUsersSocketIsLeftAloneAndALaunchEndsTheLongestPauseAtOnce) {

@@ -13,7 +13,7 @@ using support::waitUntil;
 namespace {
 
 const QString player = "pw-cat";
-const QString pulsePlayer = "pacat";
+const QString pulsePlayer = "paplay";
 
 class PluginRestartTest : public PluginFixture {
   protected:

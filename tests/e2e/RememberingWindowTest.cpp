@@ -87,7 +87,7 @@ TEST_F(RememberingWindowTest, EachProgramIsHeardAsItsRowSaysAndNoOtherIsTouched)
     std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
     const Tone other(Tone::Player::paplay, otherFrequency, 0.25);
     const QString toneName = "pw-cat";
-    const RowProbe otherRow = row("pacat");
+    const RowProbe otherRow = row("paplay");
     const RowProbe toneRow = row(toneName);
     const auto hearsBoth = [&](double percent, double otherPercent) {
         return hears(tonePeak * gainOf(percent)) &&

@@ -9,7 +9,7 @@ using support::waitUntil;
 namespace {
 
 const QString effects = "coreaudiod";
-const QString music = "pacat";
+const QString music = "paplay";
 constexpr const char* setting = "restore.stream.Output/Audio.media.role:Notification";
 constexpr unsigned musicFrequency = 1000;
 

@@ -2,6 +2,7 @@
 
 #include "platform/applications/ProcessView.h"
 #include "platform/applications/ProgramCommand.h"
+#include "platform/applications/ProgramFiles.h"
 #include "platform/applications/ProgramKinds.h"
 #include "platform/applications/StableName.h"
 #include "platform/text/HarmlessText.h"
@@ -200,6 +201,16 @@ std::string gameFolder(std::string_view path) {
             return std::string(folder);
     }
     return {};
+}
+
+std::string typedName(const ProgramCommand& command, const ProcessRecord& process,
+                      const ProgramFiles& files) {
+    if (command.isInterpreted || !process.appImage.empty() || process.arguments.empty())
+        return {};
+    std::string name(fileName(process.arguments.front()));
+    const bool isLink =
+        name != fileName(process.executable) && files.isLinkTo(name, process.executable);
+    return isLink ? name : std::string();
 }
 
 std::string programLabel(const ProgramCommand& command, const ProcessRecord& process) {

@@ -6,6 +6,7 @@
 
 namespace platform {
 
+class ProgramFiles;
 struct ProcessRecord;
 struct ProgramCommand;
 
@@ -33,6 +34,11 @@ std::string tellingIcon(std::string_view claimed);
 /// What to call a program that nobody has given a name: the file name of its executable, script or
 /// Windows program, or the folder of a game. Empty when the process is a bare interpreter.
 std::string programLabel(const ProgramCommand& command, const ProcessRecord& process);
+
+/// What a program was started as, where that is a link to its executable; or empty. A program can
+/// put any word where that stands, so the link has to be there.
+std::string typedName(const ProgramCommand& command, const ProcessRecord& process,
+                      const ProgramFiles& files);
 
 /// The folder of a program in one of Steam's libraries, which has the game's name; or empty.
 std::string gameFolder(std::string_view path);

@@ -354,7 +354,9 @@ bool ApplicationSearch::answerByClaim(ApplicationIdentity& identity) const {
 
 void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     const Member& main = family_.back();
-    identity.name = programLabel(main.command, main.process);
+    identity.name = typedName(main.command, main.process, entries_.files());
+    if (identity.name.empty())
+        identity.name = programLabel(main.command, main.process);
     identity.evidence = NameEvidence::fileName;
     if (identity.name.empty()) {
         for (const std::string& claim : {client_.name, client_.binary}) {

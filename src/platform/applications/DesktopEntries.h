@@ -52,6 +52,9 @@ class DesktopEntries {
 
     const std::vector<std::string>& folders() const noexcept { return folders_; }
 
+    /// Where programs are looked for.
+    const ProgramFiles& files() const noexcept { return files_; }
+
     std::size_t size() const noexcept { return entries_.size(); }
 
     /// The one of the id, with or without ".desktop", or null.

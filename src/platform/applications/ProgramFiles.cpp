@@ -61,6 +61,15 @@ std::string ProgramFiles::find(const std::string& word) const {
     return {};
 }
 
+bool ProgramFiles::isLinkTo(const std::string& name, const std::string& executable) const {
+    const auto leadsThere = [&](const std::string& path) {
+        return path != executable && isExecutable(path) && resolved(path) == executable;
+    };
+    const std::size_t slash = executable.rfind('/');
+    return !name.empty() && slash != std::string::npos &&
+           (leadsThere(find(name)) || leadsThere(executable.substr(0, slash + 1) + name));
+}
+
 bool ProgramFiles::isExecutable(const std::string& path) const {
     struct stat status {};
     return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 &&

@@ -17,6 +17,9 @@ class ProgramFiles {
     /// finds it. Links are not resolved. Empty when there is no such program.
     std::string find(const std::string& word) const;
 
+    /// Whether a link of that name, on the search path or beside the executable, leads to it.
+    bool isLinkTo(const std::string& name, const std::string& executable) const;
+
     virtual bool isExecutable(const std::string& path) const;
 
     /// The path with its links resolved; as it is when there is no such file.
