@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <unistd.h>
 
 using support::ChildProcess;
@@ -329,6 +330,32 @@ TEST_F(PluginIdentityTest, NamesAreInTheLanguageOfTheApplicationAndFollowTheEntr
     EXPECT_TRUE(awaitPrograms(1));
     EXPECT_TRUE(tells("    The program's file has this name.\n"));
     std::filesystem::remove(config / "com.quarnel.Tonvale.plist");
+}
+
+TEST_F(PluginIdentityTest, ProgramsOfOneFileNameAreTwoWhileBothAreThere) {
+    const auto start = [this](const char* folder) {
+        const std::filesystem::path program = folder_.path() / folder / "jukebox";
+        std::filesystem::create_directory(program.parent_path());
+        std::filesystem::copy_file("/usr/bin/pw-cat", program,
+                                   std::filesystem::copy_options::skip_existing);
+        return std::make_unique<Player>(Arguments{program, "--playback", file_});
+    };
+    auto first = start("a");
+    EXPECT_EQ(awaitProgram("jukebox").pid, first->pid());
+    auto other = start("b");
+    EXPECT_EQ(awaitProgram("jukebox (b)").pid, other->pid());
+    first.reset();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{other->pid()}; }));
+    EXPECT_EQ(awaitProgram("jukebox (b)").pid, other->pid()) << "it keeps its name";
+    auto another = start("b");
+    EXPECT_TRUE(waitUntil([] { return countStreams("Sink Input #") == 2; })) << listedStreams();
+    letItSee();
+    EXPECT_TRUE(awaitPids([&] { return std::vector{other->pid()}; })) << "it is the same program";
+    other.reset();
+    another.reset();
+    EXPECT_TRUE(awaitPrograms(0));
+    const auto alone = start("b");
+    EXPECT_EQ(awaitProgram("jukebox").pid, alone->pid());
 }
 
 TEST_F(PluginIdentityTest, AToolThatPlaysForAnApplicationIsThatApplication) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <sys/types.h>
 #include <unordered_map>
+#include <vector>
 
 namespace platform {
 
@@ -49,7 +50,8 @@ struct ClientProperties {
 /// An application as a person knows it.
 struct ApplicationIdentity {
     /// In the person's language; one line of valid UTF-8, at most 127 bytes. Processes with the
-    /// same name are the same application. Empty only when nothing at all is known.
+    /// same name are the same application, unless `folders` tell them apart. Empty only when
+    /// nothing at all is known.
     std::string name;
 
     /// The process that stands for the application: the first of the family that the process in
@@ -71,6 +73,10 @@ struct ApplicationIdentity {
     std::string icon;
 
     NameEvidence evidence = NameEvidence::none;
+
+    /// What tells it from another application of its name, where both are known by their file only;
+    /// see nameBeside().
+    std::vector<std::string> folders = {};
 
     bool operator==(const ApplicationIdentity&) const = default;
 };

@@ -1,6 +1,7 @@
 #include "platform/applications/ApplicationScan.h"
 
 #include "platform/applications/ApplicationName.h"
+#include "platform/applications/NameBeside.h"
 #include "platform/processes/SystemLog.h"
 #include "platform/text/MessageLanguages.h"
 
@@ -76,7 +77,7 @@ ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& 
     if (const auto start = processes_->startTime(process)) {
         resolver_->forget(process); // it may have become another program
         const ApplicationIdentity& found = resolver_->resolve(process, *start);
-        if (found.name == name)
+        if (mayBeCalled(name, found.name, found.folders))
             return found;
     }
     ApplicationIdentity identity;

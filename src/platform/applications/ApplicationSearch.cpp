@@ -2,6 +2,7 @@
 
 #include "platform/applications/ApplicationName.h"
 #include "platform/applications/DesktopEntries.h"
+#include "platform/applications/NameBeside.h"
 #include "platform/applications/UnitStart.h"
 #include "platform/processes/SystemdUnit.h"
 
@@ -358,6 +359,10 @@ void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     if (identity.name.empty())
         identity.name = programLabel(main.command, main.process);
     identity.evidence = NameEvidence::fileName;
+    const std::string& image = main.process.appImage;
+    if (!identity.name.empty())
+        identity.folders =
+            tellingFolders(image.empty() ? main.command.subject() : image, identity.name);
     if (identity.name.empty()) {
         for (const std::string& claim : {client_.name, client_.binary}) {
             if (identity.name.empty())

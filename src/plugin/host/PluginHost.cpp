@@ -246,8 +246,9 @@ void PluginHost::identifyAgain() {
     }
     for (Voice* const voice : moved)
         identify(*voice);
-    programs_.rename(
-        [this](const ProgramProcess& process) { return identifier_.namedAgain(process); });
+    programs_.rename([this](const ProgramProcess& process) {
+        return programs_.besideOthers(identifier_.namedAgain(process));
+    });
     levels_.review();
 }
 
@@ -274,7 +275,7 @@ std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
     }
     if (player && isSampleSound(evidence, player->process))
         return std::nullopt;
-    return player;
+    return player ? std::optional(programs_.besideOthers(*player)) : std::nullopt;
 }
 
 std::optional<StreamPlayer> PluginHost::named(const platform::StreamEvidence& evidence) {

@@ -78,7 +78,8 @@ StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
                       identity.evidence,
                       identity.entryPath,
                       process.sandbox,
-                      client};
+                      client,
+                      identity.folders};
     player.main = mainProcess(identity, player.process);
     // Once the main process has ended, the others stand for themselves.
     if (process.startTime)

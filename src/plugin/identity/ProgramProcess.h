@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// A process of a program as it checks in at the application. Plain values, any thread.
 struct ProgramProcess {
@@ -33,6 +34,7 @@ struct ProgramProcess {
     // What the name follows from besides the process.
     std::string sandbox = {}; ///< see platform::StreamProcess
     platform::ClientProperties client = {};
+    std::vector<std::string> folders = {}; ///< see platform::ApplicationIdentity
 
     bool isSameProcess(const ProgramProcess& other) const noexcept {
         return pid == other.pid && startTime == other.startTime;

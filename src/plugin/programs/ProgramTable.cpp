@@ -1,5 +1,6 @@
 #include "plugin/programs/ProgramTable.h"
 
+#include "platform/applications/NameBeside.h"
 #include "platform/loop/Timer.h"
 
 #include <algorithm>
@@ -26,6 +27,24 @@ std::optional<ProgramProcess> ProgramTable::find(const platform::StreamProcess& 
         }
     }
     return std::nullopt;
+}
+
+StreamPlayer ProgramTable::besideOthers(StreamPlayer player) const {
+    ProgramProcess& process = player.process;
+    if (process.folders.empty())
+        return player;
+    std::vector<platform::NamedProgram> others;
+    for (const auto& program : programs_) {
+        const std::string& name = program->process().name;
+        if (!platform::mayBeCalled(name, process.name, process.folders))
+            continue;
+        for (auto& member : program->life().members())
+            others.push_back({name, std::move(member.process.folders)});
+    }
+    process.name = platform::nameBeside(process.name, process.folders, others);
+    if (player.main)
+        player.main->name = process.name;
+    return player;
 }
 
 Program& ProgramTable::join(StreamPlayer player, std::uint32_t client) {

@@ -52,6 +52,10 @@ class ProgramTable : private Program::Listener {
     /// What is known of the process, or null when it is of no program.
     std::optional<ProgramProcess> find(const platform::StreamProcess& process) const;
 
+    /// The player under the name that it has beside the programs that are there. It keeps that as
+    /// long as one of its processes lasts, whoever else has gone.
+    StreamPlayer besideOthers(StreamPlayer player) const;
+
     /// The program of a player that has a new stream, which this client of the sound server owns.
     /// Made and announced when it is new. Stays the table's.
     Program& join(StreamPlayer player, std::uint32_t client);

@@ -9,6 +9,21 @@
 #include <fstream>
 #include <unistd.h>
 
+TEST(ApplicationScan, KnowsAProgramByTheNameThatItHasBesideAnother) {
+    auto processes = std::make_unique<PlainProcesses>();
+    auto& record = processes->records[100];
+    record.pid = 100;
+    record.startTime = 10;
+    record.executable = "/home/ann/b/player";
+    platform::ApplicationScan scan({{}, {}, {record.user, ""}}, std::move(processes));
+    const auto evidenceOf = [&scan](const char* name) {
+        return scan.identify(100, name, "").evidence;
+    };
+    EXPECT_EQ(evidenceOf("player"), platform::NameEvidence::fileName);
+    EXPECT_EQ(evidenceOf("player (b)"), platform::NameEvidence::fileName);
+    EXPECT_EQ(evidenceOf("player (a)"), platform::NameEvidence::clientName);
+}
+
 TEST(ApplicationScan, TakesThisProcessForItsApplicationEvenIfAToolOfThatWasThereBefore) {
     const support::PrivateFolder folder;
     const std::filesystem::path entries = folder.path() / "applications";

@@ -188,6 +188,8 @@ class Situation::Reader {
         question.sandbox = take("sandbox");
         question.client = {take("client-name"), take("client-id"), take("client-icon"),
                            take("client-binary")};
+        for (const std::string& other : parts(take("beside"), ';'))
+            question.beside.push_back(std::stoi(other));
         platform::ApplicationIdentity& expected = question.expected;
         expected.name = take("name");
         if (expected.name.empty())

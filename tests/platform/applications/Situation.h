@@ -25,6 +25,7 @@ class Situation {
         pid_t process = 0;
         std::string sandbox;
         platform::ClientProperties client;
+        std::vector<pid_t> beside; ///< which play already, in their order
         platform::ApplicationIdentity expected;
     };
 

@@ -1,5 +1,7 @@
 #include "Situation.h"
 
+#include "platform/applications/NameBeside.h"
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -47,6 +49,19 @@ class SituationTest : public testing::TestWithParam<fs::path> {
         return resolver_.resolve(question.process, start.value_or(0), question.client);
     }
 
+    /// What it is called while those play.
+    std::string nameBeside(const std::vector<pid_t>& others,
+                           const platform::ApplicationIdentity& found) {
+        std::vector<platform::NamedProgram> there;
+        for (const pid_t other : others) {
+            const auto start = situation_.processes().startTime(other);
+            const auto& identity = resolver_.resolve(other, start.value_or(0));
+            there.push_back(
+                {platform::nameBeside(identity.name, identity.folders, there), identity.folders});
+        }
+        return platform::nameBeside(found.name, found.folders, there);
+    }
+
     std::vector<platform::ApplicationIdentity> listed() const {
         return platform::regularApplications(situation_.entries(), situation_.processes(),
                                              {Situation::user, "2"});
@@ -59,6 +74,8 @@ TEST_P(SituationTest, IsSeenAsAPersonWouldSeeIt) {
     for (const Situation::Question& question : situation_.questions()) {
         platform::ApplicationIdentity found = answer(question);
         found.entryPath.clear(); // lies in the test's own folder
+        found.name = nameBeside(question.beside, found);
+        found.folders.clear();
         const auto start = situation_.processes().startTime(found.mainProcess);
         EXPECT_EQ(found.mainStartTime, start.value_or(0)) << question.title;
         found.mainStartTime = 0;
