@@ -102,6 +102,11 @@ QList<std::uint32_t> AppList::connectedPids(const QString& processName) const {
     return pids;
 }
 
+QString AppList::connectedPath(const QString& processName) const {
+    const QList<Process> processes = connected_.value(processName);
+    return processes.isEmpty() ? QString() : processes.first().path;
+}
+
 bool AppList::isConnected(std::uint32_t pid) const {
     return std::ranges::any_of(connected_,
                                [pid](const auto& processes) { return contains(processes, pid); });

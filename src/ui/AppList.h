@@ -74,6 +74,9 @@ class AppList {
     /// The processes that the connections of that name stand for.
     QList<std::uint32_t> connectedPids(const QString& processName) const;
 
+    /// The path of the first of these processes; or empty.
+    QString connectedPath(const QString& processName) const;
+
     /// Whether a connection stands for that process, with a record or without.
     bool isConnected(std::uint32_t pid) const;
 

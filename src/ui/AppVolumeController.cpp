@@ -55,7 +55,7 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
     , seen_(defaults_)
-    , newApps_(seen_)
+    , newApps_(seen_, appPrefs_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
     , toBeFreed_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
@@ -183,13 +183,15 @@ void AppVolumeController::welcomeNew() {
 
 /// What the plug-in holds meanwhile becomes a setting like any other.
 void AppVolumeController::welcome(MVCommAppValue& app) {
-    const auto percent = seen_.defaultVolume();
-    if (!percent || appPrefs_.contains(app.displayName()))
+    const auto beginning = newApps_.beginning(list_, app);
+    if (!beginning)
         return;
     QNLog(qnlog_information, "'%@' is new and begins at %d %%", MVCommLogText(app.displayName()),
-          *percent);
-    commands_.setVolume(app.pid(), *percent);
-    setFromElsewhere(app, {*percent, false});
+          beginning->percent);
+    commands_.setVolume(app.pid(), beginning->percent);
+    if (beginning->isMuted)
+        commands_.setMute(app.pid(), true);
+    setFromElsewhere(app, {beginning->percent, beginning->isMuted});
     tellItem(app);
 }
 

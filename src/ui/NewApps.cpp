@@ -1,7 +1,9 @@
 #include "ui/NewApps.h"
 
 #include "comm/MVCommAppValue.h"
+#include "platform/applications/ApplicationName.h"
 #include "ui/AppList.h"
+#include "ui/AppPreferences.h"
 #include "ui/SeenApps.h"
 
 #include <QStringList>
@@ -24,4 +26,16 @@ QList<MVCommAppValue*> NewApps::take(const AppList& list) {
     connected_ = std::move(connected);
     seen_.add(names);
     return arrived;
+}
+
+std::optional<NewApps::Beginning> NewApps::beginning(const AppList& list,
+                                                     const MVCommAppValue& app) const {
+    if (preferences_.contains(app.displayName()))
+        return std::nullopt;
+    const std::string path = list.connectedPath(app.processName()).toStdString();
+    const QString former = QString::fromStdString(platform::formerName(path));
+    if (!former.isEmpty() && preferences_.contains(former))
+        return Beginning{preferences_.percent(former), preferences_.isMuted(former)};
+    const auto percent = seen_.defaultVolume();
+    return percent ? std::optional(Beginning{*percent, false}) : std::nullopt;
 }

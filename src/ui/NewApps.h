@@ -4,7 +4,10 @@
 #include <QSet>
 #include <QString>
 
+#include <optional>
+
 class AppList;
+class AppPreferences;
 class MVCommAppValue;
 class SeenApps;
 
@@ -12,14 +15,27 @@ class SeenApps;
 /// program. Main thread only.
 class NewApps {
   public:
-    /// `seen` must outlive the object.
-    explicit NewApps(SeenApps& seen) : seen_(seen) {}
+    /// What a program begins with.
+    struct Beginning {
+        int percent;
+        bool isMuted;
+    };
+
+    /// Both must outlive the object.
+    NewApps(SeenApps& seen, const AppPreferences& preferences)
+        : seen_(seen), preferences_(preferences) {}
 
     /// The records of those that have connected since the last call, which have been seen from now
     /// on. Whoever was forgotten while it runs is new when it comes again.
     QList<MVCommAppValue*> take(const AppList& list);
 
+    /// What one of these is to have by the rule that its plug-in follows too: what is remembered by
+    /// the name that it had before more was known of it than its file, else what new programs begin
+    /// with. Nothing when it has a setting, or full volume.
+    std::optional<Beginning> beginning(const AppList& list, const MVCommAppValue& app) const;
+
   private:
     SeenApps& seen_;
+    const AppPreferences& preferences_;
     QSet<QString> connected_; // process names, at the last call
 };

@@ -40,6 +40,18 @@ TEST_F(PluginPreferencesMemoryTest, AProgramWithoutAnEntryIsAtFullVolumeFromTheF
     EXPECT_TRUE(beginsAt(100));
 }
 
+TEST_F(PluginPreferencesTest, WhatIsStartedThroughALinkHasFromTheFirstSampleWhatItsFileHad) {
+    const support::NamedCopy copy(STREAM_PLAYER, "stream_player");
+    const std::string link = fs::path(copy.path()).parent_path() / "singer";
+    fs::create_symlink(copy.path(), link);
+    startPluginWith({50, false});
+    support::ChildProcess singer({link, "1", "600", std::to_string(level)});
+    ASSERT_TRUE(waitUntil([&] { return singer.outputSize() > 0; }));
+    singer.signal(SIGUSR1);
+    EXPECT_NEAR(recorder_->record(900ms).peak(), level * gainOf(50), 1e-4);
+    EXPECT_TRUE(tells("singer (pid " + std::to_string(singer.pid())));
+}
+
 TEST_F(PluginPreferencesTest, WhatPlaysFollowsTheFileAndTheCopy) {
     startPluginWith({50, false});
     Player player;

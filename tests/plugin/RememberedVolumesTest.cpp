@@ -242,6 +242,43 @@ TEST_F(RememberedVolumesTest, AProgramThatWasNeverSeenBeginsAtTheVolumeOfNewOnes
     EXPECT_EQ(remembered_.of("player"), full) << "it is known, and was set to that";
 }
 
+TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOne) {
+    constexpr ProgramSetting former{40, true};
+    const struct {
+        const char* about;
+        bool isSeen;
+        ProgramSetting own;
+        ProgramSetting former;
+        std::optional<int> forNew;
+        WantedVolume expected;
+    } cases[] = {{"never seen", false, {}, former, 30, both(40, true)},
+                 {"has one of its own", true, {70, false}, former, 30, both(70, false)},
+                 {"set to full volume", true, {}, former, 30, full},
+                 {"nothing remembered", false, {}, {}, 30, both(30, false)},
+                 {"nothing at all", false, {}, {}, {}, full}};
+    for (const auto& each : cases) {
+        remembered_ = {};
+        Preferences preferences = says(each.own);
+        preferences.forNew = each.forNew;
+        if (!each.former.isPlain())
+            preferences.programs["player-bin"] = each.former;
+        preferences.programs[""] = {10, false}; // nobody's
+        if (each.isSeen)
+            preferences.seen = {"player"};
+        read(preferences);
+        EXPECT_EQ(remembered_.of("player", "player-bin"), each.expected) << each.about;
+        EXPECT_EQ(remembered_.of("another", ""), both(each.forNew.value_or(100), false));
+    }
+    programs_[0] = {pid, "player", both(40, true), "player-bin"};
+    Preferences preferences = says({}, {{"player"}, {}});
+    preferences.programs["player-bin"] = former;
+    read(preferences);
+    preferences.ignored = {};
+    EXPECT_EQ(read(preferences), both(40, true)) << "when it is ignored no more";
+    preferences.programs["player"] = former;
+    EXPECT_EQ(read(preferences), nothing) << "the application has made it the program's own";
+}
+
 TEST_F(RememberedVolumesTest, WhoIsForgottenIsNewWhenItComesAgain) {
     for (const bool isRunning : {true, false}) {
         SCOPED_TRACE(isRunning);

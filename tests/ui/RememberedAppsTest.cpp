@@ -23,6 +23,28 @@ TEST_F(RememberedAppsTest, WhatAnotherMixerHasSetIsMoreThanTheVolumeOfNewOnes) {
     EXPECT_EQ(stored()["player"].toMap()["Volume"], 60);
 }
 
+TEST_F(RememberedAppsTest, AProgramOfANewNameTakesOverWhatIsRememberedByThatOfItsFile) {
+    remembered_.setDefaultVolume(30);
+    remembered_.set("pacat", 40, true);
+    remembered_.set("python3.11", 50, false);
+    plugin_.checkIn(pid, "paplay", "/usr/bin/pacat");
+    ASSERT_TRUE(support::waitUntil([&] { return find("paplay") != nullptr; }));
+    EXPECT_EQ(controller_.percentOf(*find("paplay")), 40);
+    EXPECT_TRUE(find("paplay")->muted());
+    EXPECT_EQ(sent(), "9,4711,0,40 10,4711,0,1 ");
+    EXPECT_EQ(stored()["paplay"], stored()["pacat"]) << "which another program may still have";
+
+    support::ScriptedPlugin other(MVCommMainSocketPath());
+    other.checkIn(pid + 1, "synth", "/usr/bin/python3.11");
+    ASSERT_TRUE(support::waitUntil([&] { return find("synth") != nullptr; }));
+    EXPECT_EQ(controller_.percentOf(*find("synth")), 30) << "its file has many names";
+
+    remembered_.set("paplay", 100, false);
+    plugin_.checkIn(pid + 2, "paplay", "/usr/bin/pacat");
+    ASSERT_TRUE(support::waitUntil([&] { return find("paplay")->pid() == pid + 2; }));
+    EXPECT_EQ(controller_.percentOf(*find("paplay")), 100) << "that is its own by now";
+}
+
 TEST_F(RememberedAppsTest, AnIgnoredProgramIsNewWhenThatEnds) {
     remembered_.setDefaultVolume(30);
     model_.ignoredApps.addCustomIgnore("player");

@@ -92,6 +92,10 @@ std::string_view appImageLabel(std::string_view path) {
     return withoutVersion(without(fileName(path), {".appimage"}), "-_ ");
 }
 
+std::string_view fileLabel(std::string_view path) {
+    return without(fileName(path), {".appimage", ".x86_64", ".x86", ".bin", "-bin", ".real"});
+}
+
 /// The part of a Java class's or module's name that means the program.
 std::string_view classLabel(std::string_view name) {
     constexpr std::string_view general[] = {"App",  "Application", "Client",    "EntryPoint",
@@ -222,8 +226,15 @@ std::string programLabel(const ProgramCommand& command, const ProcessRecord& pro
         return std::string(appImageLabel(process.appImage));
     if (command.isInterpreted)
         return std::string(scriptLabel(command));
-    const std::string_view name = fileName(command.program);
-    return std::string(without(name, {".appimage", ".x86_64", ".x86", ".bin", "-bin", ".real"}));
+    return std::string(fileLabel(command.program));
+}
+
+std::string formerName(std::string_view path) {
+    if (programRuntime(path) != ProgramRuntime::none)
+        return {};
+    const std::string_view file = fileName(path);
+    const bool isImage = without(file, {".appimage"}) != file;
+    return fittingName(isImage ? appImageLabel(path) : fileLabel(path));
 }
 
 } // namespace platform

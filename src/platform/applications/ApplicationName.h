@@ -35,6 +35,11 @@ std::string tellingIcon(std::string_view claimed);
 /// Windows program, or the folder of a game. Empty when the process is a bare interpreter.
 std::string programLabel(const ProgramCommand& command, const ProcessRecord& process);
 
+/// What a program may have been called before more was known of it than its file, by the path of
+/// its executable or AppImage. It goes on with what is remembered by that name. Empty for a file
+/// that runs programs of many names.
+std::string formerName(std::string_view path);
+
 /// What a program was started as, where that is a link to its executable; or empty. A program can
 /// put any word where that stands, so the link has to be there.
 std::string typedName(const ProgramCommand& command, const ProcessRecord& process,

@@ -48,8 +48,13 @@ ProgramSetting settingOf(const WantedVolume& wanted) noexcept {
     return {wanted.percent().value_or(100), wanted.muted.value_or(false)};
 }
 
-ProgramSetting Preferences::settingOfUnset(const std::string& key) const {
-    return forNew && !seen.contains(key) ? ProgramSetting{*forNew, false} : ProgramSetting{};
+ProgramSetting Preferences::settingOfUnset(const std::string& key,
+                                           const std::string& formerKey) const {
+    if (seen.contains(key))
+        return {};
+    if (const auto found = programs.find(formerKey); found != programs.end() && !formerKey.empty())
+        return found->second;
+    return forNew ? ProgramSetting{*forNew, false} : ProgramSetting{};
 }
 
 std::optional<Preferences> parsePreferences(std::string_view bytes) {

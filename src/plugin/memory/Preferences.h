@@ -45,8 +45,8 @@ struct Preferences {
     std::optional<int> forNew = std::nullopt;
 
     /// What a program has that was never set: full volume, unless it is one that has never been
-    /// seen.
-    ProgramSetting settingOfUnset(const std::string& key) const;
+    /// seen. That has what was set for it by a `formerKey`, else what new programs begin with.
+    ProgramSetting settingOfUnset(const std::string& key, const std::string& formerKey = {}) const;
 
     bool operator==(const Preferences&) const = default;
 };

@@ -130,7 +130,7 @@ RememberedVolumes::Consequence RememberedVolumes::consequenceFor(const Program& 
     if (consequence.ignored)
         consequence.freed = owed_.contains(key);
     else if (before.ignored.contains(program.name))
-        consequence.wanted = of(program.name);
+        consequence.wanted = of(program.name, program.former);
     else
         consequence.wanted = changeFor(program, key, before);
     return consequence;
@@ -161,15 +161,16 @@ WantedVolume RememberedVolumes::latestOf(const std::string& key) const {
     return latest != latest_.end() ? latest->second.wanted : WantedVolume{};
 }
 
-WantedVolume RememberedVolumes::of(std::string_view name) const {
-    return isIgnored(name) ? WantedVolume{} : evenIfIgnored(name);
+WantedVolume RememberedVolumes::of(std::string_view name, std::string_view former) const {
+    return isIgnored(name) ? WantedVolume{} : evenIfIgnored(name, former);
 }
 
-WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name) const {
+WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name,
+                                              std::string_view former) const {
     const std::string key = settingsKey(name);
     // A session manager would else restore what some other program of its kind had.
     WantedVolume wanted = preferences_.written && name != kMVCommNotificationSoundsName
-                              ? preferences_.settingOfUnset(key).wanted()
+                              ? preferences_.settingOfUnset(key, settingsKey(former)).wanted()
                               : WantedVolume{};
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())
         wanted = found->second.wanted();
@@ -211,7 +212,7 @@ std::optional<ProgramSetting> RememberedVolumes::connected(const Program& progra
     const auto latest = latest_.find(key);
     if (latest == latest_.end() || !std::exchange(latest->second.unreported, false))
         return std::nullopt;
-    return report(program.pid, key, of(program.name), now);
+    return report(program.pid, key, of(program.name, program.former), now);
 }
 
 ProgramSetting RememberedVolumes::report(std::uint32_t pid, const std::string& key,

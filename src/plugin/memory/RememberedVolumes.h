@@ -38,6 +38,7 @@ class RememberedVolumes {
         std::uint32_t pid;
         std::string name;
         WantedVolume wanted;
+        std::string former = {}; ///< the name that it may have been known by before, or empty
     };
 
     /// What follows for a program from a reading.
@@ -56,13 +57,14 @@ class RememberedVolumes {
     bool isIgnored(std::string_view name) const { return preferences_.ignored.contains(name); }
 
     /// What a program that comes now is to have. A program without an entry is at full volume, or
-    /// that of new ones, not muted, as its slider shows. Nothing before the preferences have been
+    /// that of new ones, not muted, as its slider shows. One that was never seen by its name has
+    /// what is remembered by the former one. Nothing before the preferences have been
     /// written for the first time, and for notification sounds without an entry: their setting is
     /// their own, and lasts.
-    WantedVolume of(std::string_view name) const;
+    WantedVolume of(std::string_view name, std::string_view former = {}) const;
 
     /// What is remembered of a program; one that is ignored gets it when that ends.
-    WantedVolume evenIfIgnored(std::string_view name) const;
+    WantedVolume evenIfIgnored(std::string_view name, std::string_view former = {}) const;
 
     /// Whether a program that comes now is ignored and yet to be freed, which this answer settles.
     [[nodiscard]] bool takeDebt(std::string_view name);

@@ -1,6 +1,8 @@
 #include "plugin/memory/VolumeMemory.h"
 
+#include "platform/applications/ApplicationName.h"
 #include "plugin/effects/SoundEffects.h"
+#include "plugin/identity/ProgramName.h"
 #include "plugin/programs/ProgramTable.h"
 
 #include <utility>
@@ -10,8 +12,13 @@ using platform::MonotonicClock;
 
 namespace {
 
+std::string formerNameOf(const ProgramProcess& process) {
+    return checkinName(platform::formerName(process.path));
+}
+
 RememberedVolumes::Program describedFor(const Program& program) {
-    return {program.process().pid, program.process().name, program.wanted()};
+    const ProgramProcess& process = program.process();
+    return {process.pid, process.name, program.wanted(), formerNameOf(process)};
 }
 
 } // namespace
@@ -32,7 +39,7 @@ void VolumeMemory::begin() {
 }
 
 WantedVolume VolumeMemory::of(const Program& program) const {
-    return remembered_.evenIfIgnored(program.process().name);
+    return remembered_.evenIfIgnored(program.process().name, formerNameOf(program.process()));
 }
 
 void VolumeMemory::added(Program& program) {
@@ -40,7 +47,7 @@ void VolumeMemory::added(Program& program) {
     if (remembered_.isIgnored(name))
         program.leaveAlone(remembered_.takeDebt(name));
     else
-        program.recall(remembered_.of(name));
+        program.recall(remembered_.of(name, formerNameOf(program.process())));
 }
 
 void VolumeMemory::connected(const Program& program) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 using platform::fittingName;
+using platform::formerName;
 using platform::tellingName;
 
 TEST(FittingName, IsOneLineOfUtf8ThatEndsWithAWholeCharacter) {
@@ -26,4 +27,19 @@ TEST(TellingName, IsWhatTheProgramHasChosen) {
     EXPECT_EQ(tellingName("PipeWire ALSA [supertux2]"), "supertux2");
     EXPECT_EQ(tellingName("Chromium Web Browser"), "Chromium Web Browser");
     EXPECT_EQ(tellingName("C* Music Player"), "C* Music Player");
+}
+
+TEST(FormerName, IsThatOfTheFileUnlessManyProgramsHaveIt) {
+    const struct {
+        const char* path;
+        const char* expected;
+    } cases[] = {{"/usr/bin/pacat", "pacat"},
+                 {"/usr/lib/speech-dispatcher-modules/sd_espeak-ng", "sd_espeak-ng"},
+                 {"/home/ann/b/player.bin", "player"},
+                 {"/home/ann/Chatter-1.2.AppImage", "Chatter"},
+                 {"/usr/bin/python3.11", ""},
+                 {"/usr/lib/electron25/electron", ""},
+                 {"", ""}};
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(formerName(path), expected) << path;
 }
