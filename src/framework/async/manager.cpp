@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <pthread.h>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace QN::async {
@@ -24,6 +23,8 @@ using namespace std::chrono_literals;
 
 constexpr std::uint32_t mostFailures = 5;
 constexpr std::chrono::nanoseconds failurePause = 100ms;
+constexpr std::chrono::nanoseconds refusalPause = 5ms;
+constexpr std::chrono::nanoseconds rest = 1s; // after which a pool that has grown shrinks
 
 std::atomic<bool> orphaned{false};
 
@@ -128,7 +129,10 @@ worker::Bound manager::round() {
     if (std::exchange(looksAgain_, false))
         dispatch();
     runTasks();
-    return looksAgain_ ? worker::Bound(qshuttle::patience) : std::nullopt;
+    if (looksAgain_)
+        return qshuttle::patience;
+    looksAgain_ = roster_.size() > baseSize();
+    return looksAgain_ ? worker::Bound(rest) : std::nullopt;
 }
 
 void manager::runTasks() {
@@ -162,6 +166,8 @@ void manager::schedule_pass() {
         creationFailed(error.what());
         return;
     }
+    failures_ = 0;
+    refusals_ = 0;
     if (pass.hasFinishedQueues)
         removeFinishedQueues();
     if (pass.isCutShort)
@@ -215,7 +221,6 @@ worker* manager::findWorker(qshuttle& queue, const qshuttle::Look& look) {
     // Workers that get on with the queue will come to this task: making more of them would only
     // have them get in each other's way. Whether they do is looked at again soon.
     if (look.isShared && look.isMoving) {
-        failures_ = 0;
         looksAgain_ = true;
         return leaveWaiting(queue, look.isShared);
     }
@@ -242,16 +247,14 @@ worker& manager::createWorker() {
             throw ThreadLimitError();
         }
         failures_ = 0;
-        worker& made = roster_.create([this](worker& self) {
+        return roster_.create([this](worker& self) {
             work(self);
             return worker::Bound();
         });
-        lacksThread_ = false;
-        return made;
     } catch (...) {
         ++statistics_.creationFailures;
-        // What fails again at once would only fill the output with the same line.
-        if (failures_ > 0 || !std::exchange(lacksThread_, true))
+        // A refusal that is repeated would only fill the output with the same line.
+        if (failures_ > 0 || refusals_++ == 0)
             printCurrentException(__LINE__);
         throw;
     }
@@ -264,9 +267,9 @@ void manager::creationFailed(const char* text) {
     }
     if (failures_ > 0)
         platform::threadCalls().pause(failurePause);
-    else
-        std::this_thread::yield();
     dispatch();
+    if (refusals_ > 1)
+        platform::threadCalls().pause(refusalPause);
 }
 
 void manager::removeFinishedQueues() {

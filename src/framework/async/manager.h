@@ -86,9 +86,10 @@ class manager {
     // Guarded by turn_.
     std::vector<std::shared_ptr<qshuttle>> queues_; // in the order of registration
     const qshuttle* next_ = nullptr; // where the next pass begins; null: at the first
-    std::uint32_t failures_ = 0;     // workers that couldn't be made, in a row
-    bool lacksThread_ = false;       // the system refused the last one
-    bool looksAgain_ = false;        // a pass is due soon without a request
+    // Since the last pass that found a worker wherever it needed one:
+    std::uint32_t failures_ = 0; // passes that ended at the thread limit
+    std::uint32_t refusals_ = 0; // passes that ended because the system gave no thread
+    bool looksAgain_ = false;    // the next round has a pass made although nobody requests one
 
     Roster roster_;
     std::atomic<std::int64_t> running_{0};  // tasks of all queues

@@ -1,5 +1,6 @@
 // What cannot be tested in the test's own process. async_child WHAT NUMBER does one thing and ends
 // with status 0 when it went as it should.
+#include "framework/async/ThreadLimit.h"
 #include "framework/async/manager.h"
 #include "framework/async/queue.h"
 #include "framework/monitor/QNItemContentChangeMonitor.h"
@@ -43,7 +44,11 @@ bool limitValue(const char* name, void* buffer, std::size_t size) noexcept {
 /// What keeps the pool's tasks from ending until the manager has paused so many times.
 class PausesBeforeOpening : public platform::ThreadCalls {
   public:
-    explicit PausesBeforeOpening(int pauses) : left_(pauses) {}
+    void begin(int pauses) {
+        left_ = pauses;
+        ended_ = 0;
+        isOpen_ = false;
+    }
 
     void pause(std::chrono::nanoseconds time) noexcept override {
         if (time != std::chrono::milliseconds(100))
@@ -65,7 +70,7 @@ class PausesBeforeOpening : public platform::ThreadCalls {
     int ended() const noexcept { return ended_; }
 
   private:
-    int left_;
+    std::atomic<int> left_ = 0;
     std::atomic<bool> isOpen_ = false;
     std::atomic<int> ended_ = 0;
 };
@@ -73,7 +78,8 @@ class PausesBeforeOpening : public platform::ThreadCalls {
 /// More tasks than there may be threads, which wait until creation has failed so many times.
 int limit(int failures) {
     platform::replaceSystemValueSource(&limitValue);
-    static auto& gate = *new PausesBeforeOpening(failures);
+    static auto& gate = *new PausesBeforeOpening;
+    gate.begin(failures);
     platform::replaceThreadCalls(&gate);
     queue concurrent("", false, 2);
     for (std::uint32_t i = 0; i < 2 * smallLimit; ++i)
@@ -86,30 +92,59 @@ int limit(int failures) {
                : 1;
 }
 
+/// So many times: one failure at the limit, after which all goes well.
+int shortages(int times) {
+    for (int i = 0; i < times; ++i) {
+        if (limit(1) != 0)
+            return 1;
+    }
+    return 0;
+}
+
+/// The pool has grown by so many workers, and nobody gives it anything to do.
+int shrink(int surplus) {
+    const std::uint32_t workers = baseSize() + static_cast<std::uint32_t>(surplus);
+    std::latch met(workers);
+    queue concurrent("", false, 2);
+    for (std::uint32_t i = 0; i < workers; ++i)
+        concurrent.enqueue([&] { met.arrive_and_wait(); });
+    concurrent.wait();
+    return support::waitUntil([] { return manager::shared().workerCount() == baseSize(); }) ? 0 : 1;
+}
+
 /// A system that refuses so many threads before it gives one.
 class Refusals : public platform::ThreadCalls {
   public:
     int start(pthread_t* thread, void* (*body)(void*), void* argument) noexcept override {
         return left.fetch_sub(1) > 0 ? EAGAIN : ThreadCalls::start(thread, body, argument);
     }
+    void pause(std::chrono::nanoseconds time) noexcept override {
+        ++pauses;
+        ThreadCalls::pause(time);
+    }
 
     std::atomic<int> left = 0;
+    std::atomic<int> pauses = 0;
 };
 
-void refuse(int threads) {
+const Refusals& refuse(int threads) {
     static auto& refusals = *new Refusals;
     refusals.left = threads;
     platform::replaceThreadCalls(&refusals);
+    return refusals;
 }
 
 int refusal(int failures) {
     queue serial("", true, 0);
-    refuse(failures);
+    const Refusals& refusals = refuse(failures);
     bool ran = false;
     serial.enqueue([&] { ran = true; });
     serial.wait();
     const Statistics& statistics = manager::shared().statistics();
-    return ran && statistics.creationFailures == static_cast<std::uint64_t>(failures) ? 0 : 1;
+    return ran && refusals.pauses == failures - 1 &&
+                   statistics.creationFailures == static_cast<std::uint64_t>(failures)
+               ? 0
+               : 1;
 }
 
 int noManager(int failures) {
@@ -279,6 +314,8 @@ int main(int argc, char** argv) {
         int (*run)(int number);
     };
     constexpr Mode modes[] = {{"limit", &limit},
+                              {"shortages", &shortages},
+                              {"shrink", &shrink},
                               {"refusal", &refusal},
                               {"no-manager", &noManager},
                               {"no-dispatch-thread", &noDispatchThread},

@@ -50,6 +50,15 @@ TEST(PoolProcess, EndsWithTheTextAtTheFifthFailureInARow) {
         << result.output;
 }
 
+TEST(PoolProcess, CountsFailuresOnlyUntilAPassGoesWell) {
+    const support::CommandResult result = child("shortages", 6);
+    EXPECT_EQ(result.status, 0) << result.output;
+}
+
+TEST(PoolProcess, ShrinksByItselfWhenThereIsNothingToDo) {
+    EXPECT_EQ(child("shrink", 2).status, 0);
+}
+
 TEST(PoolProcess, TriesAgainForAsLongAsTheSystemRefusesAThread) {
     for (const int failures : {1, 5, 50}) {
         const support::CommandResult result = child("refusal", failures);

@@ -109,6 +109,32 @@ TEST(Manager, ABackgroundQueueNeverMakesThePoolLargerThanItsBaseSize) {
     EXPECT_EQ(pool->statistics().completions, 2 * queues.size());
 }
 
+TEST(Manager, ABackgroundQueueThatWaitsGetsTheFirstWorkerThatIsFree) {
+    HandPool pool;
+    std::vector<std::unique_ptr<Gate>> gates;
+    const auto busy = pool.makeQueue(false, -254);
+    for (std::uint32_t i = 0; i < baseSize(); ++i)
+        HandPool::append(*busy, gates.emplace_back(std::make_unique<Gate>())->task());
+    EXPECT_TRUE(support::waitUntil([&] {
+        pool.pass();
+        return gates.back()->entered == 1;
+    }));
+    const auto waiting = pool.makeQueue(false, -254);
+    std::atomic<bool> ran = false;
+    HandPool::append(*waiting, [&] { ran = true; });
+    pool.pass();
+    EXPECT_FALSE(ran);
+
+    gates.front()->open();
+    EXPECT_TRUE(support::waitUntil([&] {
+        platform::drainMainQueue(); // only passes that the pool itself has requested
+        return ran.load();
+    }));
+    for (const auto& gate : gates)
+        gate->open();
+    pool.passUntilIdle(*busy);
+}
+
 TEST(Manager, GrowsByAWorkerForEachTaskThatWaitsAndShrinksByOneInAnIdlePassToTheBaseSize) {
     HandPool pool;
     Gate gate;
