@@ -19,7 +19,6 @@ namespace {
 thread_local worker* ownWorker = nullptr;
 
 constexpr std::chrono::seconds idlePeriod{1};
-constexpr std::size_t longestThreadName = 15; // what the kernel takes
 
 } // namespace
 
@@ -96,7 +95,7 @@ void* worker::body(void* self) {
 
 void worker::live() {
     if (!name_.empty())
-        ::pthread_setname_np(::pthread_self(), name_.substr(0, longestThreadName).c_str());
+        platform::nameThisThread(name_);
     ownWorker = this;
     wake_.wait();
     for (;;) {

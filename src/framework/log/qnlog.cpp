@@ -72,7 +72,8 @@ class OpenLogs {
         isEnding_ = true;
         for (const Entry& each : logs_) {
             try {
-                platform::startDetachedThread([this, log = each.log] { write(log); });
+                platform::startDetachedThread("log at exit",
+                                              [this, log = each.log] { write(log); });
             } catch (const std::exception&) { // no thread, no memory: nothing can be done for it
             }
         }

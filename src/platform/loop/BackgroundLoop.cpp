@@ -14,7 +14,7 @@ namespace {
 /// The loop lives, with its thread, until the process ends.
 RunLoop& startLoop() {
     std::promise<RunLoop*> started;
-    startDetachedThread([&started] {
+    startDetachedThread("background loop", [&started] {
         std::unique_ptr<RunLoop> loop;
         try {
             loop = std::make_unique<RunLoop>();

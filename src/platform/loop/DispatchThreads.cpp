@@ -26,7 +26,7 @@ void DispatchThreads::submit(std::function<void()> job) {
 
 void DispatchThreads::addThread() {
     try {
-        startDetachedThread([this] { work(); });
+        startDetachedThread("dispatch", [this] { work(); });
         ++threads_;
         ++idle_; // it looks for work as soon as it runs
     } catch (const std::system_error& error) {

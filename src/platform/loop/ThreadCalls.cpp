@@ -2,6 +2,7 @@
 
 #include "platform/processes/CallStack.h"
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <system_error>
@@ -17,9 +18,17 @@ constinit ThreadCalls systemCalls;
 
 std::atomic<ThreadCalls*> replacement{nullptr};
 
+constexpr std::size_t longestName = 15;
+
+struct NamedBody {
+    std::string name;
+    std::function<void()> run;
+};
+
 void* runBody(void* body) {
-    const std::unique_ptr<std::function<void()>> owned(static_cast<std::function<void()>*>(body));
-    (*owned)();
+    const std::unique_ptr<NamedBody> owned(static_cast<NamedBody*>(body));
+    nameThisThread(owned->name);
+    owned->run();
     return nullptr;
 }
 
@@ -42,8 +51,14 @@ void replaceThreadCalls(ThreadCalls* calls) noexcept {
     replacement = calls;
 }
 
-void startDetachedThread(std::function<void()> body) {
-    auto owned = std::make_unique<std::function<void()>>(std::move(body));
+void nameThisThread(const std::string& name) noexcept {
+    std::array<char, longestName + 1> kept{};
+    name.copy(kept.data(), longestName);
+    ::pthread_setname_np(::pthread_self(), kept.data());
+}
+
+void startDetachedThread(std::string name, std::function<void()> body) {
+    auto owned = std::make_unique<NamedBody>(NamedBody{std::move(name), std::move(body)});
     pthread_t thread{};
     if (const int error = threadCalls().start(&thread, &runBody, owned.get()); error != 0)
         throw TracedError<std::system_error>(error, std::system_category());

@@ -1,11 +1,18 @@
 #include "framework/async/queue.h"
 
+#include "platform/loop/BackgroundLoop.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/RunLoop.h"
+
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <future>
 #include <latch>
 #include <memory>
 #include <optional>
+#include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -117,6 +124,43 @@ TEST(Queue, ATaskThatDestroysItsOwnQueueReturnsAfterTheOthersThatRun) {
     });
     appended.count_down();
     done.wait();
+}
+
+TEST(Queue, MayBeDestroyedWhileATaskIsOnItsWayToAWorker) {
+    std::atomic<int> runs = 0;
+    constexpr int each = 500;
+    std::vector<std::thread> threads;
+    for (const bool isSerial : {false, true}) {
+        threads.emplace_back([&runs, isSerial] {
+            for (int i = 0; i < each; ++i) {
+                queue brief(std::string(100, 'b'), isSerial, i % 2 == 0 ? -254 : 0);
+                brief.enqueue([&] { ++runs; });
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(runs, 2 * each);
+}
+
+TEST(Queue, ThreadsHaveNames) {
+    const auto ownName = [] {
+        std::array<char, 16> name{};
+        ::pthread_getname_np(::pthread_self(), name.data(), name.size());
+        return std::string(name.data());
+    };
+    std::string worker;
+    queue serial("serial", true, 0);
+    serial.enqueue([&] { worker = ownName(); });
+    serial.wait();
+    EXPECT_EQ(worker, "QN::async::work");
+
+    std::promise<std::string> dispatch;
+    platform::DispatchQueue::global()->async([&] { dispatch.set_value(ownName()); });
+    EXPECT_EQ(dispatch.get_future().get(), "dispatch");
+    std::promise<std::string> background;
+    platform::backgroundLoop().post([&] { background.set_value(ownName()); });
+    EXPECT_EQ(background.get_future().get(), "background loop");
 }
 
 TEST(Queue, PrintsWhatTasksThrowAndGoesOn) {
