@@ -148,6 +148,9 @@ std::unique_ptr<FileWatch> FileWatch::start(std::shared_ptr<State> state, int de
     if (::fstat(descriptor, &state->identity) != 0 ||
         !state->service.add(*state, descriptor, S_ISDIR(state->identity.st_mode)))
         return nullptr;
+    // The kernel tells nothing of a name that went before its watch began.
+    if (!state->isLinked())
+        state->submit(FileWatchService::doubtful);
     return std::unique_ptr<FileWatch>(new FileWatch(std::move(state)));
 }
 

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -42,6 +43,7 @@ class ScriptedInotify : public platform::InotifyCalls {
     int addWatch(int, const char* path, std::uint32_t) const noexcept override {
         if (watchError != 0)
             return fail(watchError);
+        beforeWatch();
         struct stat file {};
         ::stat(path, &file);
         watches.insert(static_cast<int>(file.st_ino));
@@ -61,6 +63,7 @@ class ScriptedInotify : public platform::InotifyCalls {
 
     int instanceError = 0;
     int watchError = 0;
+    std::function<void()> beforeWatch = [] {};
     mutable std::set<int> watches;
 
   private:
@@ -150,6 +153,34 @@ TEST_F(FileWatchServiceTest, AnUnmountedFileIsRevokedAndItsKernelWatchLeftAlone)
     loop.turn();
     queue->sync([] {});
     EXPECT_EQ(told, Told{FileWatch::revoked});
+}
+
+TEST_F(FileWatchServiceTest, AFileThatLosesItsNameWhileItsWatchBeginsIsTold) {
+    const std::string file = makeFile("file");
+    const FileDescriptor holder(::open(file.c_str(), O_RDONLY | O_CLOEXEC)); // so that it lives on
+    kernel.beforeWatch = [&] { ::unlink(file.c_str()); };
+    const auto watched = watch(file);
+    ASSERT_NE(watched, nullptr);
+    queue->sync([] {});
+    EXPECT_EQ(told, Told{FileWatch::deleted});
+}
+
+TEST_F(FileWatchServiceTest, AWatchThatItsHandlerCancelsIsToldNothingMore) {
+    std::unique_ptr<FileWatch> watched;
+    watched = FileWatch::createForPath(
+        makeFile("file"), queue,
+        [&](std::uint32_t events) {
+            told.push_back(events);
+            watched->cancel();
+        },
+        service);
+    queue->sync([&] { // so that both come together: what is lost, and that the file is destroyed
+        kernel.send(-1, IN_Q_OVERFLOW);
+        kernel.send(*kernel.watches.begin(), IN_DELETE_SELF);
+        loop.turn();
+    });
+    queue->sync([] {});
+    EXPECT_EQ(told, Told{FileWatch::written});
 }
 
 // With the real kernel, whose queue overflows since nobody serves the loop meanwhile.
