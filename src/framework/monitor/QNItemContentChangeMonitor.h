@@ -5,12 +5,25 @@
 #include <memory>
 #include <string>
 
-/// Watches files and folders. Whoever wants to know adds an observer and keeps it as the token with
-/// which it is removed; the monitor keeps it too, so an observer that nobody removes watches until
-/// the process ends. Any thread.
+/// Watches files and folders:
+///
+///     auto observer = QNItemContentChangeMonitor::addObserverForPath(
+///         "/etc/hosts", platform::DispatchQueue::main(),
+///         [](const WatchedItem&, QNItemContentChangeKind kind) {
+///             if (kind == QNItemContentChanged)
+///                 readAgain();
+///         });
+///     observer->setContentChangeCoalesceInterval(0.5); // at most one call for a burst of writes
+///     ...
+///     QNItemContentChangeMonitor::removeObserver(observer);
+///
+/// The observer is the token for its removal. The monitor keeps it too: an observer that nobody
+/// removes watches until the process ends. What is watched is the file that the path stands for at
+/// the time of the call. An editor that saves by renaming a new file into place ends that watch
+/// with QNItemGone; whoever wants the path's next file removes the observer and adds another.
 ///
 /// An item that cannot be watched (no such file, not readable, no watches left in the system) is
-/// reported to its handler once, as QNItemNotMonitored, and not tried again.
+/// reported to its handler once, as QNItemNotMonitored, and not tried again. Any thread.
 class QNItemContentChangeMonitor {
   public:
     using Handler = QNItemContentChangeProxy::Handler;

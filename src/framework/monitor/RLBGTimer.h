@@ -14,12 +14,19 @@ enum RLBGTimerBehavior : std::uint32_t {
 };
 
 /// Runs a block once, after a delay, on a serial queue of its own, and merges requests that come
-/// before it has run. A run stops being pending before its block begins, so that the block can
-/// request the next one.
+/// before it has run:
 ///
-/// Any thread; every operation takes its turn on the timer's queue, and so waits while a block of
-/// the timer runs, unless it is called from that block. From a block of the target queue it runs in
-/// place. Destroying the timer cancels.
+///     RLBGTimer saving(nullptr, RLBGTimerDelay, "com.example.saving");
+///     saving.setTargetQueue(platform::DispatchQueue::main());
+///     saving.afterDelay(2.0, [](void*) { save(); }); // at each change: saves once it is quiet
+///
+/// A run stops being pending before its block begins, so the block can request the next one.
+/// Destroying the timer cancels; a block that has begun is waited for, unless it destroys the timer
+/// itself.
+///
+/// Any thread. Every operation takes its turn on the timer's queue: it waits while a block of the
+/// timer runs on another thread. Called from that block, or from a block of the target queue, it
+/// runs in place. So do not hold a lock that the block takes.
 class RLBGTimer {
   public:
     /// Gets what obj() is when it runs. What it throws is reported (platform::ExceptionReport).

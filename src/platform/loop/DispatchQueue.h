@@ -43,10 +43,13 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     /// main queue to be served.
     void sync(const Block& block);
 
-    /// Has the blocks of a serial queue that have not begun run on another queue, null standing for
-    /// the global one. Queues that share
-    /// a serial or the main queue as their target never run blocks at the same time. Targets must
-    /// not form a circle. Ignored by the global and the main queue.
+    /// Sets the queue on which a serial queue runs the blocks that have not begun; null is the
+    /// global queue. Queues that share a serial or the main queue as their target never run blocks
+    /// at the same time. Targets must not form a circle. Ignored by the global and the main queue.
+    ///
+    /// A sync() that waits follows its own queue to a new target. It does not notice that a target
+    /// further down the chain changes: do not retarget a queue while somebody waits in sync() on a
+    /// queue that targets it.
     virtual void setTarget(std::shared_ptr<DispatchQueue> target) = 0;
 
     /// Whether the calling thread is running a block of this queue, or of one that targets it.
