@@ -215,3 +215,55 @@ TEST(DispatchQueue, SyncFollowsItsQueueToANewTarget) {
     });
     EXPECT_EQ(order, "abc");
 }
+
+// The queue moves to another target and back while its job waits in the first: then two have come
+// to run its blocks.
+TEST(DispatchQueue, AJobThatComesWhileAnotherRunsLeavesTheBlocksToIt) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const auto first = DispatchQueue::makeSerial("com.quarnel.test.first");
+    const auto second = DispatchQueue::makeSerial("com.quarnel.test.second");
+    Door firstDoor;
+    first->async([&] { firstDoor.wait(); });
+    queue->setTarget(first);
+    Door begun;
+    Door door;
+    std::atomic<bool> hasEnded = false;
+    queue->async([&] {
+        begun.open();
+        door.wait();
+        hasEnded = true;
+    });
+    queue->setTarget(second);
+    begun.wait();
+    bool ranInTurn = false;
+    queue->async([&] { ranInTurn = hasEnded; });
+    queue->setTarget(first);
+    firstDoor.open();
+    first->sync([] {}); // the job that waited there has come and gone
+    door.open();
+    queue->sync([] {});
+    EXPECT_TRUE(ranInTurn);
+}
+
+TEST(DispatchQueue, StaysSerialWhileItIsRetargetedAndSyncedOn) {
+    const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+    const std::shared_ptr<DispatchQueue> targets[] = {
+        DispatchQueue::makeSerial("com.quarnel.test.first"), DispatchQueue::global(),
+        DispatchQueue::makeSerial("com.quarnel.test.second")};
+    constexpr int each = 2000;
+    int count = 0; // unguarded on purpose: the queue is the guard
+    std::thread submitter([&] {
+        for (int i = 0; i < each; ++i)
+            queue->async([&] { ++count; });
+    });
+    std::thread waiter([&] {
+        for (int i = 0; i < each; ++i)
+            queue->sync([&] { ++count; });
+    });
+    for (std::size_t i = 0; i < each; ++i)
+        queue->setTarget(targets[i % std::size(targets)]);
+    submitter.join();
+    waiter.join();
+    queue->sync([] {});
+    EXPECT_EQ(count, 2 * each);
+}

@@ -261,3 +261,29 @@ TEST_F(MonitorTest, DeletionIsToldAtOnceWhileACoalescedCallIsPending) {
     clock.advance(1s);
     EXPECT_TRUE(support::waitUntil([&] { return watch.kinds() == Kinds{gone, changed}; }));
 }
+
+TEST_F(MonitorTest, AnIntervalThatIsChangedCountsFromTheNextWriteAndNeverPutsACallOff) {
+    support::ManualClock clock;
+    const std::string file = makeFile("file");
+    const Watch watch(WatchedItem::path(file), queue);
+    const auto writeWithin = [&](double interval) {
+        watch->setContentChangeCoalesceInterval(interval);
+        append(file);
+        settle();
+    };
+    const auto callsAfter = [&](std::chrono::milliseconds step) {
+        clock.advance(step);
+        settle();
+        return watch.kinds().size();
+    };
+    writeWithin(10);
+    writeWithin(1); // brings the call forward
+    writeWithin(10);
+    EXPECT_EQ(callsAfter(999ms), 0U);
+    EXPECT_EQ(callsAfter(1ms), 1U);
+    EXPECT_EQ(callsAfter(20s), 1U);
+    writeWithin(10);
+    writeWithin(0); // told at once, in place of the call that was due
+    EXPECT_EQ(callsAfter(0ms), 2U);
+    EXPECT_EQ(callsAfter(20s), 2U);
+}

@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <latch>
+#include <thread>
 
 using namespace std::chrono_literals;
 
@@ -22,6 +24,30 @@ void serveDueTimers() {
         served.wait();
     }
 }
+
+/// Tells when a thread has read the clock.
+class ClockReadings : public platform::MonotonicClock::Source {
+  public:
+    ClockReadings() : clock_(*platform::MonotonicClock::replaceSource(this)) {}
+    ~ClockReadings() override { platform::MonotonicClock::replaceSource(&clock_); }
+    ClockReadings(const ClockReadings&) = delete;
+    ClockReadings& operator=(const ClockReadings&) = delete;
+
+    platform::MonotonicClock::time_point now() const noexcept override {
+        const auto time = clock_.now();
+        if (std::this_thread::get_id() == watched_.load())
+            hasRead_ = true;
+        return time;
+    }
+
+    void watchThisThread() { watched_ = std::this_thread::get_id(); }
+    bool hasRead() const noexcept { return hasRead_; }
+
+  private:
+    const platform::MonotonicClock::Source& clock_;
+    std::atomic<std::thread::id> watched_{};
+    mutable std::atomic<bool> hasRead_ = false;
+};
 
 class RLBGTimerTest : public testing::Test {
   protected:
@@ -70,6 +96,47 @@ TEST_F(RLBGTimerTest, DelayingPushesTheDeadlineOutUntilRequestsStop) {
     EXPECT_EQ(runs, 1);
     advance(10s, timer);
     EXPECT_EQ(runs, 1);
+}
+
+TEST_F(RLBGTimerTest, ABlockMayRequestTheNextRun) {
+    RLBGTimer timer(nullptr);
+    const std::function<void(void*)> again = [&](void*) {
+        ++runs;
+        timer.afterDelay(1, again);
+    };
+    timer.afterDelay(1, again);
+    for (int i = 1; i <= 3; ++i) {
+        advance(1s, timer);
+        EXPECT_EQ(runs, i);
+    }
+}
+
+TEST_F(RLBGTimerTest, TimeSpentWaitingForTheTurnCounts) {
+    const struct {
+        std::chrono::milliseconds waited;
+        std::chrono::milliseconds left;
+    } cases[] = {{600ms, 400ms}, {2s, 0ms}};
+    for (const auto& each : cases) {
+        runs = 0;
+        ClockReadings readings;
+        RLBGTimer timer(nullptr);
+        std::thread asking;
+        timer.performWhileLocked([&] {
+            asking = std::thread([&] {
+                readings.watchThisThread();
+                timer.afterDelay(1, run());
+            });
+            EXPECT_TRUE(support::waitUntil([&] { return readings.hasRead(); }));
+            clock.advance(each.waited);
+        });
+        asking.join();
+        if (each.left > 0ms) {
+            advance(each.left - 1ms, timer);
+            EXPECT_EQ(runs, 0);
+        }
+        advance(each.left > 0ms ? 1ms : 0ms, timer);
+        EXPECT_EQ(runs, 1);
+    }
 }
 
 TEST_F(RLBGTimerTest, DropsARunThatWaitsForItsTurn) {
