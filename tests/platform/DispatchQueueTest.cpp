@@ -267,3 +267,39 @@ TEST(DispatchQueue, StaysSerialWhileItIsRetargetedAndSyncedOn) {
     queue->sync([] {});
     EXPECT_EQ(count, 2 * each);
 }
+
+// sync() waits for its turn in the former target while the queue runs on another one.
+TEST(DispatchQueue, ASyncThatGetsItsTurnLateLeavesTheQueueToWhoeverRunsIt) {
+    for (int round = 0; round < 20; ++round) {
+        const auto queue = DispatchQueue::makeSerial("com.quarnel.test");
+        const auto former = DispatchQueue::makeSerial("com.quarnel.test.former");
+        Door formerDoor;
+        former->async([&] { formerDoor.wait(); });
+        queue->setTarget(former);
+        std::thread waiter([&] { queue->sync([] {}); });
+        std::this_thread::sleep_for(1ms); // most likely sync() waits by then; it holds if not
+
+        Door begun;
+        Door door;
+        std::atomic<bool> isInside = false;
+        queue->setTarget(DispatchQueue::global());
+        queue->async([&] {
+            isInside = true;
+            begun.open();
+            door.wait();
+            isInside = false;
+        });
+        begun.wait();
+        formerDoor.open();
+        former->sync([] {}); // the waiter has had its turn there
+        bool overlapped = false;
+        queue->async([&] { overlapped = isInside; });
+        Door marker;
+        DispatchQueue::global()->async([&] { marker.open(); });
+        marker.wait();
+        door.open();
+        waiter.join();
+        queue->sync([] {});
+        EXPECT_FALSE(overlapped);
+    }
+}
