@@ -3,6 +3,7 @@
 #include "platform/applications/ApplicationName.h"
 #include "platform/applications/ApplicationSearch.h"
 #include "platform/applications/DesktopEntries.h"
+#include "platform/applications/ProgramKinds.h"
 
 namespace platform {
 
@@ -60,6 +61,11 @@ const char* describe(NameEvidence evidence) noexcept {
     return "";
 }
 
+bool claimsPages(const ClientProperties& client) {
+    return showsPages(client.binary) || client.name == "AudioIPC Server" ||
+           client.name == "CubebUtils";
+}
+
 const ApplicationIdentity& ApplicationResolver::resolve(pid_t process, std::uint64_t startTime,
                                                         const ClientProperties& client) {
     const std::uint64_t generation = entries_.generation();
@@ -89,6 +95,12 @@ ApplicationIdentity ApplicationResolver::resolveSandbox(std::string_view applica
 }
 
 ApplicationIdentity ApplicationResolver::resolveClient(const ClientProperties& client) const {
+    ApplicationIdentity identity = namedByClient(client);
+    identity.showsPages = claimsPages(client);
+    return identity;
+}
+
+ApplicationIdentity ApplicationResolver::namedByClient(const ClientProperties& client) const {
     if (const DesktopEntry* const entry = entries_.find(client.id))
         return ofEntry(*entry, NameEvidence::clientId);
     const std::string icon = tellingIcon(client.icon);

@@ -78,6 +78,10 @@ struct ApplicationIdentity {
     /// see nameBeside().
     std::vector<std::string> folders = {};
 
+    /// Whether the process in question shows web pages: a browser, or a program with an engine of
+    /// one, as far as that can be told.
+    bool showsPages = false;
+
     bool operator==(const ApplicationIdentity&) const = default;
 };
 
@@ -130,10 +134,16 @@ class ApplicationResolver {
         ApplicationIdentity identity;
     };
 
+    ApplicationIdentity namedByClient(const ClientProperties& client) const;
+
     const DesktopEntries& entries_;
     const ProcessView& processes_;
     std::unordered_map<pid_t, Known> known_;
 };
+
+/// Whether a client says that it shows web pages: by its executable, or as an engine calls itself
+/// in every program.
+bool claimsPages(const ClientProperties& client);
 
 /// The same for one question, with nothing kept.
 ApplicationIdentity identifyApplication(const ProcessRecord& process,

@@ -108,7 +108,18 @@ ApplicationIdentity ApplicationSearch::answer() {
         !answerByClaim(identity))
         answerByLabel(identity);
     identity.name = fittingName(identity.name);
+    identity.showsPages = isOfPages();
     return identity;
+}
+
+/// Of the process itself, since what a browser starts may be anything.
+bool ApplicationSearch::isOfPages() const {
+    const Member& member = family_.front();
+    const auto isMark = [](const std::string& word) {
+        return word == "--type=utility" || word == "--type=renderer" || word == "-contentproc";
+    };
+    return showsPages(member.process.executable) || showsPages(member.command.subject()) ||
+           std::ranges::any_of(member.process.arguments, isMark) || claimsPages(client_);
 }
 
 ApplicationSearch::Member ApplicationSearch::look(ProcessRecord process) const {

@@ -36,6 +36,7 @@ class ApplicationSearch {
     void climb();
     bool isFamily(const Member& child, const Member& parent) const;
     const DesktopEntry* unitEntry() const;
+    bool isOfPages() const;
 
     bool answerBySpeech(ApplicationIdentity& identity) const;
     bool answerByEntry(ApplicationIdentity& identity) const;

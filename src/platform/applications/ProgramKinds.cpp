@@ -206,6 +206,49 @@ constexpr std::string_view wrappers[] = {"bwrap",
                                          "zypak-helper",
                                          "zypak-sandbox"};
 
+constexpr std::string_view browsers[] = {"angelfish",
+                                         "basilisk",
+                                         "brave",
+                                         "brave-browser",
+                                         "chrome",
+                                         "chromium",
+                                         "chromium-browser",
+                                         "epiphany",
+                                         "epiphany-browser",
+                                         "falkon",
+                                         "firedragon",
+                                         "firefox",
+                                         "firefox-bin",
+                                         "firefox-esr",
+                                         "firefox.real",
+                                         "floorp",
+                                         "icecat",
+                                         "iceweasel",
+                                         "konqueror",
+                                         "librewolf",
+                                         "luakit",
+                                         "microsoft-edge",
+                                         "midori",
+                                         "msedge",
+                                         "mullvadbrowser",
+                                         "mullvadbrowser.real",
+                                         "nyxt",
+                                         "opera",
+                                         "palemoon",
+                                         "qutebrowser",
+                                         "seamonkey",
+                                         "surf",
+                                         "thorium",
+                                         "thunderbird",
+                                         "thunderbird-bin",
+                                         "thunderbird-esr",
+                                         "vivaldi",
+                                         "vivaldi-bin",
+                                         "waterfox",
+                                         "yandex_browser",
+                                         "zen",
+                                         "zen-bin"};
+
 constexpr std::string_view pageShows[] = {
     "QtWebEngineProcess", "WebKitGPUProcess", "WebKitNetworkProcess",
     "WebKitWebProcess",   "cefsubprocess",    "chrome_crashpad_handler",
@@ -226,6 +269,7 @@ Kinds allKinds() {
     add(launchers, ProgramKind::launcher);
     add(sessions, ProgramKind::session);
     add(wrappers, ProgramKind::wrapper);
+    add(browsers, ProgramKind::browser);
     add(pageShows, ProgramKind::pageShow);
     add(soundTools, ProgramKind::soundTool);
     return kinds;
@@ -257,6 +301,12 @@ ProgramKind programKind(std::string_view executable) {
     const auto found = kinds.find(unversioned(name));
     return found != kinds.end() && found->second != ProgramKind::session ? found->second
                                                                          : ProgramKind::other;
+}
+
+bool showsPages(std::string_view executable) {
+    const ProgramKind kind = programKind(executable);
+    return kind == ProgramKind::browser || kind == ProgramKind::pageShow ||
+           programRuntime(executable) == ProgramRuntime::electron;
 }
 
 bool startsOthers(ProgramKind kind) noexcept {

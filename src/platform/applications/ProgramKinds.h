@@ -14,6 +14,7 @@ enum class ProgramKind {
     launcher,  ///< starts games and programs
     session,   ///< the desktop, the system's own processes
     wrapper,   ///< makes a sandbox or other surroundings, then runs one program in it
+    browser,   ///< shows web pages
     pageShow,  ///< shows pages for the program that it belongs to
     soundTool, ///< plays a sound at the command line, often for another program
     speech,    ///< the desktop's speech service, or one of its modules
@@ -25,6 +26,10 @@ ProgramKind programKind(std::string_view executable);
 /// Whether what such a program starts is a program of its own: a person does not take the one for
 /// the other.
 bool startsOthers(ProgramKind kind) noexcept;
+
+/// Whether an executable shows web pages, by its path or file name: a browser, a part of one, or
+/// the runtime of programs that are made of pages.
+bool showsPages(std::string_view executable);
 
 /// What an executable runs in place of being a program itself.
 enum class ProgramRuntime { none, script, module, shell, java, electron, wine };

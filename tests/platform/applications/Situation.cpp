@@ -202,6 +202,7 @@ class Situation::Reader {
         const bool hasEntry = !expected.entry.empty();
         expected.icon = take("icon", hasEntry ? icons_.at(expected.entry) : expected.name);
         expected.evidence = evidences.at(take("evidence", hasEntry ? "program" : "file-name"));
+        expected.showsPages = take("pages") == "yes";
         situation_.questions_.push_back(question);
     }
 

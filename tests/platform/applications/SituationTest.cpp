@@ -14,7 +14,8 @@ namespace platform {
 static void PrintTo(const ApplicationIdentity& identity, std::ostream* stream) {
     *stream << "\n  name " << identity.name << "\n  pid " << identity.mainProcess << "\n  entry "
             << identity.entry << "\n  path " << identity.executable << "\n  icon " << identity.icon
-            << "\n  evidence " << describe(identity.evidence);
+            << "\n  evidence " << describe(identity.evidence)
+            << (identity.showsPages ? "\n  shows pages" : "");
 }
 
 } // namespace platform
