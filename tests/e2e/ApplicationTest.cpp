@@ -20,7 +20,7 @@ TEST_F(ApplicationTest, VolumesSurviveTheEndOfEverybodyAndHoldWithoutTheApplicat
         Player player;
         player.play();
         ASSERT_TRUE(tells("(pid " + std::to_string(player.pid())));
-        outlastHold();
+        outlastRest();
         setElsewhereOnly(player, 40);
         EXPECT_TRUE(isRemembered({40, false}));
         EXPECT_TRUE(hearsConstant(level * gainOf(40)));
@@ -71,7 +71,7 @@ TEST_F(ApplicationTest, WhatChangesWhileItIsAwayIsRememberedWhenItComes) {
     Player player;
     player.play();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(player, 70);
     ASSERT_TRUE(tells("wanted 70 % not muted, remembered 70 % not muted"));
     EXPECT_TRUE(isRemembered({50, false})) << "nobody is there who could";

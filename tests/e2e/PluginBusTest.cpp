@@ -1,6 +1,8 @@
 #include "e2e/BusReports.h"
 #include "e2e/PreferencesFixture.h"
 
+#include <algorithm>
+
 // What the plug-in tells the application beside the socket.
 namespace {
 
@@ -16,7 +18,7 @@ TEST_F(PluginBusTest, AnotherMixersChangesAreTold) {
     const BusReports reports;
     application_->setVolume(pid, 60);
     EXPECT_TRUE(hearsConstant(level * gainOf(60)));
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(*player_, 30);
     EXPECT_TRUE(reports.tellLast(pid, 30, false));
     muteElsewhere(onlyStream(*player_), true);
@@ -59,10 +61,62 @@ TEST_F(PluginBusTest, WhatIsFoundAtItsComingIsNotMadeLouderAndIsNoChange) {
     Player next;
     next.play();
     EXPECT_TRUE(hearsConstant(3 * level * gainOf(30))) << "so is its next process";
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(next, 20);
     EXPECT_TRUE(reports.tellLast(quiet.pid(), 20, false));
     EXPECT_EQ(reports.changes.size(), 1U);
+}
+
+TEST_F(PluginBusTest, WhatAPageSetsIsHeardButIsNoChange) {
+    save({60, false, nullptr, "firefox"});
+    application_.emplace();
+    startPlugin();
+    const BusReports reports;
+    Player page(1, 0ms, level, "firefox");
+    page.play();
+    awaitCheckin(page);
+    const double most = level * gainOf(60);
+    EXPECT_TRUE(hearsConstant(most));
+    for (const int percent : {30, 100, 0, 130, 50}) {
+        setElsewhereOnly(page, percent);
+        EXPECT_TRUE(hearsConstant(most * gainOf(std::min(percent, 100)))) << percent;
+    }
+    muteElsewhere(onlyStream(page), true);
+    EXPECT_TRUE(hearsConstant(0));
+    muteElsewhere(onlyStream(page), false);
+    EXPECT_TRUE(hearsConstant(most * gainOf(50)));
+    outlastRest();
+    ASSERT_TRUE(tells("wanted 60 % not muted, remembered 60 % not muted"));
+    ASSERT_TRUE(tells("wanted 60 % not muted, own volume 50 % not muted, has 30 % not muted"));
+    const auto& levels = application_->levelsOf(page.pid());
+    EXPECT_TRUE(waitUntil([&] {
+        return std::abs(levels.back().level - level * gainOf(50)) < 0.05 * level * gainOf(50);
+    })) << levels.back().level;
+
+    plugin_.reset();
+    startPlugin();
+    awaitCheckin(page);
+    ASSERT_TRUE(tells("wanted 60 % not muted, own volume 50 % not muted, has 30 % not muted"));
+    page.play();
+    EXPECT_TRUE(hearsConstant(most * (gainOf(50) + 1))) << "its next stream begins anew";
+    EXPECT_TRUE(reports.changes.empty());
+}
+
+TEST_F(PluginBusTest, AVolumeThatAProgramBeginsWithIsHeardButIsNoChange) {
+    save({60, false, nullptr, "pulse_player"});
+    application_.emplace();
+    startPlugin();
+    const BusReports reports;
+    ASSERT_TRUE(tells("sound server: connected"));
+    support::ChildProcess player({PULSE_PLAYER, "0", std::to_string(level), "50"});
+    ASSERT_TRUE(waitUntil([&] { return player.outputSize() > 0; }));
+    player.signal(SIGUSR1);
+    const auto heard = recorder_->record(1s).channels[0];
+    EXPECT_LE(*std::ranges::max_element(heard), level * gainOf(60) + 1e-4);
+    EXPECT_TRUE(hearsConstant(level * gainOf(60) * gainOf(50)));
+    outlastRest();
+    EXPECT_TRUE(tells("wanted 60 % not muted, remembered 60 % not muted"));
+    EXPECT_TRUE(reports.changes.empty());
 }
 
 TEST_F(PluginBusTest, WithoutABusOtherMixersChangesAreKeptAllTheSame) {
@@ -74,10 +128,11 @@ TEST_F(PluginBusTest, WithoutABusOtherMixersChangesAreKeptAllTheSame) {
         startPlugin();
         ASSERT_TRUE(tells("sound server: connected"));
         awaitCheckin(player);
-        outlastHold();
+        outlastRest();
     }
     setElsewhereOnly(player, 30);
     EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+    outlastRest();
     player.play();
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(30)));
     EXPECT_TRUE(plugin_->isRunning());
@@ -106,7 +161,7 @@ TEST_F(PluginBusTest, WhatCannotBeSetIsToldWithAReason) {
         Player other;
         other.play();
         awaitCheckin(other);
-        outlastHold();
+        outlastRest();
         EXPECT_EQ(reports.obstacles.size(), 3U);
         plugin_.reset();
         application_.reset();

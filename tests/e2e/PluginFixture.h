@@ -101,6 +101,10 @@ class PluginFixture : public testing::Test {
     /// Waits until a stream that has just begun is no longer held at its volume.
     void outlastHold() { recorder_->record(std::chrono::milliseconds(700)); }
 
+    /// Waits until changes of a stream that has just begun are taken for a person's, and until one
+    /// that was made just now counts.
+    void outlastRest() { recorder_->record(std::chrono::milliseconds(2300)); }
+
     /// Restarts all services. Streams that were there are gone.
     void restartServer() {
         recorder_.reset();

@@ -101,7 +101,7 @@ TEST_F(PluginPreferencesTest, AnIgnoredProgramIsFreedAndThenLeftAlone) {
     save({50, false});
     startAll();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
-    outlastHold();
+    outlastRest();
     const BusReports reports;
     save({50, false, "STREAM_PLAYER"});
     EXPECT_TRUE(hearsConstant(level));

@@ -57,7 +57,7 @@ TEST_F(PluginVolumeTest, TheBalanceIsKept) {
     const auto pid = static_cast<std::uint32_t>(surround.pid());
     ASSERT_TRUE(waitUntil([&] { return application_->programs().size() == 2; }));
     ASSERT_TRUE(waitUntil([&] { return shownStreams(pid).size() == 1; }));
-    outlastHold();
+    outlastRest();
     setElsewhere(onlyStream(player), {100, 50});
     setElsewhere(shownStreams(pid).front(), {100, 50, 20, 40, 60, 80});
     const auto before = shownStreams(pid).front().percents;
@@ -78,7 +78,7 @@ TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFoug
     Player& player = startPlayer();
     application_->setVolume(player.pid(), 50);
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
-    outlastHold();
+    outlastRest();
     const ShownStream first = onlyStream(player);
     for (const int percent : {80, 120, 40}) {
         setElsewhere(first, {percent});
@@ -86,9 +86,10 @@ TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFoug
         const auto samples = recorder_->record(500ms).channels[0];
         EXPECT_LT(greatestJump(samples), 1e-4) << "it stays";
     }
+    ASSERT_TRUE(tells("wanted 40 % not muted, remembered 40 % not muted"));
     player.play();
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(40)));
-    outlastHold();
+    outlastRest();
     ASSERT_EQ(shownStreams(player.pid()).size(), 2U);
     setElsewhere(shownStreams(player.pid()).back(), {60});
     EXPECT_TRUE(hearsConstant(level * (gainOf(40) + gainOf(60)))) << "others are left alone";
@@ -97,9 +98,10 @@ TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFoug
 
     muteElsewhere(first, true);
     EXPECT_TRUE(hearsConstant(level * gainOf(20)));
+    ASSERT_TRUE(tells("wanted 20 % muted, remembered 20 % muted"));
     player.play();
     EXPECT_TRUE(waitUntil([&] { return shownStreams(player.pid()).size() == 3; }));
-    outlastHold();
+    outlastRest();
     EXPECT_TRUE(shownStreams(player.pid()).back().muted);
     EXPECT_TRUE(hearsConstant(level * gainOf(20)));
 }

@@ -120,7 +120,7 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
     player->play();
     row().slideTo(50);
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(*player, 30);
     EXPECT_TRUE(shows(30, false));
     muteElsewhere(onlyStream(*player), true);
@@ -132,7 +132,7 @@ TEST_F(RememberingWindowTest, AnotherMixersChangeMovesTheSliderAndIsRemembered) 
 
     row().slideTo(60);
     EXPECT_TRUE(hearsConstant(level * gainOf(60))) << "the newest wins again";
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(*player, 120);
     EXPECT_TRUE(shows(100, false)) << "as far as it goes";
     EXPECT_TRUE(hearsConstant(level * gainOf(120))) << "and is left as it is";
@@ -153,7 +153,7 @@ TEST_F(RememberingWindowTest, IgnoringHidesAtOnceFreesAndIsTakenBack) {
     row().slideTo(40);
     QTest::mouseClick(row().mute, Qt::LeftButton);
     EXPECT_TRUE(hearsConstant(0));
-    outlastHold();
+    outlastRest();
     model_->ignoredApps.addCustomIgnore("Stream_Player");
     EXPECT_FALSE(support::rowNames(*window_).contains(name)) << "before anybody had to be asked";
     EXPECT_TRUE(hearsConstant(level));
@@ -185,7 +185,7 @@ TEST_F(RememberingWindowTest, WhatIsIgnoredWhileThePluginIsAwayIsFreedWhenThatCo
     startPlugin();
     ASSERT_TRUE(tells("nothing wanted, remembered 40 % not muted, ignored"));
     EXPECT_TRUE(hearsConstant(level));
-    outlastHold();
+    outlastRest();
     setElsewhereOnly(player, 70);
     EXPECT_TRUE(hearsConstant(level * gainOf(70))) << "once";
 }
@@ -197,7 +197,7 @@ TEST_F(RememberingWindowTest, ProgramsOfOneNameShareWhatIsSetInAnotherMixer) {
     Player second;
     second.play();
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(60)));
-    recorder_->record(1100ms); // the file says nothing about the first one for a second
+    outlastRest(); // also, the file says nothing about the first one for a second
     setElsewhereOnly(second, 30);
     EXPECT_TRUE(shows(30, false));
     EXPECT_TRUE(hearsConstant(2 * level * gainOf(30))) << "also the one whose slider it is";

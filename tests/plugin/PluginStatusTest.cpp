@@ -23,7 +23,8 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
          true,
          {{45, true, {gainOfPercent(50), true}, propsOf({0.125F, 0.0625F}, true)},
           {46, false, {}, std::nullopt},
-          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)}},
+          {47, false, {1.0F, std::nullopt}, propsOf({1.0F, 1.0F}, false, 0.125F)},
+          {48, true, kFullVolume, propsOf({0.125F}, true), {0.125F, true}}},
          false,
          {}});
     status.programs.push_back({{1073741824, "radio", "", {}, Proof::none, Evidence::clientName},
@@ -42,6 +43,8 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
               "    stream 45 plays: wanted 50 % muted, has 50 % muted\n"
               "    stream 46 pauses: nothing wanted, volume not known yet\n"
               "    stream 47 pauses: wanted 100 %, has 50 % not muted\n"
+              "    stream 48 plays: wanted 100 % not muted, own volume 50 % muted, "
+              "has 50 % muted\n"
               "radio (pid 1073741824, path unknown, claimed only, number of our own): "
               "nothing wanted, remembered not muted, ignored, the application does not know of it; "
               "can't be set: It is "

@@ -73,8 +73,8 @@ PluginStatus PluginHost::status() const {
                                                                           program->isLeftAlone(),
                                                                           program->obstacle()});
         for (const AudioStream* const stream : program->streams())
-            entry.streams.push_back(
-                {stream->id(), stream->isRunning(), stream->wanted(), stream->props()});
+            entry.streams.push_back({stream->id(), stream->isRunning(), stream->wanted(),
+                                     stream->props(), stream->ownVolume()});
     }
     return status;
 }
@@ -219,6 +219,9 @@ void PluginHost::identify(Voice& voice) {
         stream.letGo();
     }
     voice.program = next;
+    stream.setKind(isSoundEffect                  ? StreamKind::notification
+                   : player && player->showsPages ? StreamKind::page
+                                                  : StreamKind::player);
     if (next != nullptr && last != next)
         next->add(stream);
     for (Program* const program : {last, next}) {

@@ -33,6 +33,11 @@ std::string wantedText(const WantedVolume& wanted) {
     return wanted.isEmpty() ? "nothing wanted" : "wanted " + textOf(wanted);
 }
 
+/// Empty for a program that leaves its volume to others.
+std::string ownText(const OwnVolume& own) {
+    return own == OwnVolume{} ? "" : "own volume " + textOf({own.gain, own.muted}) + ", ";
+}
+
 std::string actualText(const std::optional<StreamProps>& actual) {
     if (!actual)
         return "volume not known yet";
@@ -76,7 +81,8 @@ std::string programText(const ProgramStatus& program) {
 
 std::string streamText(const StreamStatus& stream) {
     return "    stream " + std::to_string(stream.id) + (stream.running ? " plays" : " pauses") +
-           ": " + wantedText(stream.wanted) + ", " + actualText(stream.actual) + "\n";
+           ": " + wantedText(stream.wanted) + ", " + ownText(stream.own) +
+           actualText(stream.actual) + "\n";
 }
 
 const char* applicationText(const std::vector<ProgramStatus>& programs) {

@@ -16,6 +16,7 @@ struct StreamStatus {
     bool running = false;
     WantedVolume wanted;
     std::optional<StreamProps> actual; ///< nothing until the server has told
+    OwnVolume own = {};                ///< what the program has set by itself
 };
 
 struct ProgramStatus {

@@ -81,6 +81,7 @@ StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
                       client,
                       identity.folders};
     player.main = mainProcess(identity, player.process);
+    player.showsPages = identity.showsPages;
     // Once the main process has ended, the others stand for themselves.
     if (process.startTime)
         player.process.path =

@@ -47,4 +47,7 @@ struct StreamPlayer {
 
     /// The process that stands for the application, where that is another one and still there.
     std::optional<ProgramProcess> main = {};
+
+    /// Whether it shows web pages, which set the volume of their sound themselves.
+    bool showsPages = false;
 };

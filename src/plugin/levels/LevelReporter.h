@@ -17,10 +17,11 @@ class Timer;
 /// has ended. Has a meter for each stream that runs and whose program the application listens to;
 /// without one there is neither a timer nor anything of ours in the sound server.
 ///
-/// A level is that before the stream's volume, though it is measured behind it: the server has no
-/// place to measure before, since monitors exist for what comes into a node and a program's stream
-/// has nothing but outputs. So the peak is divided by the gain, and a stream whose gain is zero has
-/// a fixed level as long as the server runs it. The run loop's thread only.
+/// A level is that before the volume which a person wants, though it is measured behind it: the
+/// server has no place to measure before, since monitors exist for what comes into a node and a
+/// program's stream has nothing but outputs. So the peak is divided by the gain, and a stream whose
+/// gain is zero has a fixed level as long as the server runs it. What a program takes off by itself
+/// is left in: a page that fades out is shown to do so. The run loop's thread only.
 class LevelReporter {
   public:
     /// `graph` and `programs` are those of the server that attach() is told of.

@@ -50,10 +50,12 @@ AudioStream::AudioStream(platform::RunLoop& loop, const AudioServer& server, Nod
     , review_(std::make_unique<platform::Timer>(loop,
                                                 [this] { listener_.streamObstacleChanged(*this); }))
     , keeper_(MonotonicClock::now())
-    , ramp_(std::make_unique<platform::Timer>(
-          loop, [this] { write(keeper_.step(MonotonicClock::now())); }))
+    , wake_(std::make_unique<platform::Timer>(
+          loop, [this] { write(keeper_.wake(MonotonicClock::now())); }))
     , node_(static_cast<pw_node*>(
           pw_registry_bind(server.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))) {
+    if (origin == Origin::existed)
+        keeper_.foundThere();
     if (node_ == nullptr) {
         platform::systemLog(platform::LogPriority::error, "Couldn't watch stream %u", id);
         return;
@@ -75,6 +77,11 @@ void AudioStream::informed(const pw_node_info& info) {
     const bool running = info.state == PW_NODE_STATE_RUNNING;
     if (!described_ && running && origin_ == Origin::existed)
         keeper_.heardAlready();
+    // The server suspends a node that has had no link yet, and tells so after what was written to
+    // the node before the link was made.
+    const bool linked = info.state >= PW_NODE_STATE_IDLE;
+    if (!std::exchange(linked_, linked) && linked)
+        keeper_.linked();
     noteParameters(info);
     const bool stateChanges = std::exchange(running_, running) != running;
     if (stateChanges)
@@ -150,10 +157,10 @@ void AudioStream::finish() {
 void AudioStream::write(const VolumeWrite& write) {
     if (!write.isEmpty())
         writer_.write(id_, write);
-    if (keeper_.isRamping())
-        ramp_->startAt(keeper_.nextStep());
+    if (const auto due = keeper_.due())
+        wake_->startAt(*due);
     else
-        ramp_->stop();
+        wake_->stop();
     if (const WantedVolume found = keeper_.takeFound(); !found.isEmpty())
         listener_.streamFound(*this, found);
     if (const WantedVolume change = keeper_.takeChangesElsewhere(); !change.isEmpty())
@@ -162,12 +169,11 @@ void AudioStream::write(const VolumeWrite& write) {
 
 float AudioStream::level(std::span<const ChannelPeak> measured) {
     const auto& props = keeper_.props();
-    if (!running_ || !props) {
-        lastLevel_ = 0.0F;
-    } else if (isSilenced(*props)) {
-        lastLevel_ = kSilencedStreamLevel;
-    } else if (MonotonicClock::now() >= gainSettled_) {
+    if (!running_ || !props)
+        return lastLevel_ = 0.0F;
+    if (isSilenced(*props))
+        return lastLevel_ = kSilencedStreamLevel;
+    if (MonotonicClock::now() >= gainSettled_)
         lastLevel_ = levelBeforeGain(measured, *props);
-    } // else what was heard before still holds
-    return lastLevel_;
+    return lastLevel_ * keeper_.ownVolume().gain;
 }

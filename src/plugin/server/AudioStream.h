@@ -35,7 +35,7 @@ class AudioStream {
         /// isRunning() changed.
         virtual void streamStateChanged(AudioStream& stream) = 0;
 
-        /// Somebody else changed the volume or the mute of the stream, which shows a person's will.
+        /// A person changed the volume or the mute of the stream elsewhere, and has let it rest.
         virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
 
         /// The stream was heard before we came and keeps what it had. May be called from within
@@ -84,6 +84,12 @@ class AudioStream {
     /// What was asked for.
     const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
 
+    /// What its program has set by itself, on top of what was asked for.
+    const OwnVolume& ownVolume() const noexcept { return keeper_.ownVolume(); }
+
+    /// What it belongs to; a player until that is told.
+    void setKind(StreamKind kind) noexcept { keeper_.setKind(kind); }
+
     /// Forgets what was asked for and takes `all`, what its program remembers, instead; for a
     /// stream that gets an owner. It is written as soon as the stream can take it, and upheld for
     /// as long as the stream is new. A stream that existed and was heard is not made louder.
@@ -103,8 +109,9 @@ class AudioStream {
     /// Upholds nothing any more, until the next adopt(). What was asked for is still brought about.
     void letGo() noexcept { keeper_.letGo(); }
 
-    /// The level of what is played, before the gain, 0 to 1: 0 unless the stream runs. Peaks in
-    /// `measured` are those after the gain.
+    /// The level of what the program plays, 0 to 1: 0 unless the stream runs. That is before the
+    /// volume that a person wants, but after the program's own. Peaks in `measured` are those after
+    /// both.
     float level(std::span<const ChannelPeak> measured);
 
   private:
@@ -126,15 +133,16 @@ class AudioStream {
     std::string role_;
     bool described_ = false;
     bool internal_ = false;
+    bool linked_ = false;
     bool running_ = false;
 
     StreamObstacle obstacle_;
     const std::unique_ptr<platform::Timer> review_; // of the obstacle, when all has been told
 
     VolumeKeeper keeper_;
-    const std::unique_ptr<platform::Timer> ramp_;
+    const std::unique_ptr<platform::Timer> wake_; // for what the keeper has to do later
 
-    float lastLevel_ = 0.0F;
+    float lastLevel_ = 0.0F; // before all gains
     platform::MonotonicClock::time_point gainSettled_;
 
     ProxyHandle<pw_node> node_; // is only listened to

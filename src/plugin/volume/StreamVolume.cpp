@@ -30,6 +30,22 @@ void WantedVolume::merge(const WantedVolume& change) noexcept {
         muted = change.muted;
 }
 
+void OwnVolume::merge(const WantedVolume& change) noexcept {
+    if (change.gain)
+        gain = *change.gain > 0.0F ? std::min(*change.gain, 1.0F) : 0.0F; // also for NaN
+    if (change.muted)
+        muted = *change.muted;
+}
+
+WantedVolume combined(const WantedVolume& wanted, const OwnVolume& own) noexcept {
+    WantedVolume all = wanted;
+    if (all.gain)
+        all.gain = *all.gain * own.gain;
+    if (all.muted)
+        all.muted = *all.muted || own.muted;
+    return all;
+}
+
 float gainOfPercent(int percent) noexcept {
     const float fraction = static_cast<float>(std::clamp(percent, 0, 100)) / 100.0F;
     return fraction * fraction * fraction;

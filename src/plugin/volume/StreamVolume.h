@@ -52,6 +52,23 @@ struct WantedVolume {
     void merge(const WantedVolume& change) noexcept;
 };
 
+/// What a program makes of its stream by itself: a player that begins quietly, a page that fades
+/// out. It is heard on top of what a person wants, and never remembered.
+struct OwnVolume {
+    float gain = 1.0F; ///< linear, 0 to 1
+    bool muted = false;
+
+    bool operator==(const OwnVolume&) const = default;
+
+    /// Takes over what the program has set. It cannot make itself louder than full.
+    void merge(const WantedVolume& change) noexcept;
+};
+
+/// What the stream gets when `wanted` is wanted of it: the product of both gains, muted when either
+/// is. It does not matter on which scale the gains are multiplied, since the cube of a product is
+/// the product of the cubes. Nothing where nothing is wanted.
+WantedVolume combined(const WantedVolume& wanted, const OwnVolume& own) noexcept;
+
 /// What a program has that nobody has changed.
 inline constexpr WantedVolume kFullVolume{1.0F, false};
 
@@ -103,9 +120,8 @@ std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_
 /// compared with a tolerance, since they come back rounded.
 bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept;
 
-/// How long a new stream is held at its wanted volume. The session manager restores a volume of its
-/// own, and some programs set theirs, within milliseconds after we first write; a change that comes
-/// later is somebody's will.
+/// How long a new stream is held at its wanted volume at most. The session manager restores a
+/// volume of its own within milliseconds after we first write.
 class VolumeHold {
   public:
     static constexpr std::chrono::milliseconds duration{500};

@@ -1,10 +1,25 @@
 #include "plugin/volume/VolumeKeeper.h"
 
+#include <algorithm>
 #include <functional>
+
+using Author = ChangeAuthor::Author;
+
+void VolumeKeeper::foundThere() noexcept {
+    author_.found();
+    ownKnowledge_ = OwnKnowledge::none;
+}
+
+void VolumeKeeper::heardAlready() noexcept {
+    foundThere();
+    author_.linked();
+    heardAlready_ = true;
+}
 
 VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
     VolumeWrite write = finish();
     wanted_ = all;
+    resting_ = {};
     adopted_ = true;
     letGo_ = false;
     if (!props_)
@@ -17,13 +32,15 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
 
 VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now) {
     wanted_.merge(change);
+    makeRoomFor(change);
     return props_ ? bringAbout(change, now) : VolumeWrite{};
 }
 
 void VolumeKeeper::uphold(TimePoint now) noexcept {
     if (letGo_)
         return;
-    hold_ = VolumeHold(now);
+    author_.uphold(now);
+    resting_ = {};         // it is set back before it has counted
     heardAlready_ = false; // what was found is wanted by now
 }
 
@@ -38,43 +55,67 @@ VolumeWrite VolumeKeeper::propsArrived(const StreamProps& props, TimePoint now) 
         balance_ = props.channelVolumes;
     if (!before)
         return adopted_ ? apply(now) : VolumeWrite{};
-    if (heardAlready_ || hold_.isOver(now))
-        return changedElsewhere(*before);
-    if (!isInEffect(wanted_, props))
-        return hold_.takeWrite(now) ? bringAbout(wanted_, now) : VolumeWrite{};
-    ownVolumes_.clear();
-    ownMutes_.clear();
-    return {};
+    const Author author = author_.of(now);
+    if (author == Author::sessionManager)
+        return restoredBySessionManager(now);
+    VolumeWrite write;
+    if (props.channelVolumes.size() != before->channelVolumes.size())
+        write = reformatted();
+    const ForeignChange foreign = takeForeign(*before);
+    if (!foreign.change.isEmpty())
+        write.merge(author == Author::program ? changedByProgram(foreign, now)
+                                              : changedByPerson(foreign, now));
+    return write;
 }
 
-VolumeWrite VolumeKeeper::step(TimePoint now) {
-    return ramp_.isRunning() ? written({volumesAt(ramp_.step(now)), std::nullopt}) : VolumeWrite{};
+std::optional<VolumeKeeper::TimePoint> VolumeKeeper::due() const noexcept {
+    std::optional<TimePoint> next = correction_;
+    const auto add = [&next](TimePoint time) { next = std::min(next.value_or(time), time); };
+    if (ramp_.isRunning())
+        add(ramp_.due());
+    if (!resting_.isEmpty())
+        add(restEnds_);
+    return next;
+}
+
+VolumeWrite VolumeKeeper::wake(TimePoint now) {
+    VolumeWrite write;
+    if (ramp_.isRunning() && ramp_.due() <= now)
+        write = written({volumesAt(ramp_.step(now)), std::nullopt});
+    if (correction_ && *correction_ <= now)
+        write.merge(correct(now));
+    if (!resting_.isEmpty() && restEnds_ <= now)
+        settle();
+    return write;
 }
 
 VolumeWrite VolumeKeeper::finish() {
     if (!ramp_.isRunning())
         return {};
     ramp_.stop();
-    return written({volumesAt(wanted_.gain.value()), std::nullopt});
+    return written({volumesAt(heard().gain.value()), std::nullopt});
 }
 
 /// Brings about all that is wanted.
 VolumeWrite VolumeKeeper::apply(TimePoint now) {
-    if (heardAlready_)
+    if (author_.kind() == StreamKind::page)
+        explainFound();
+    else if (heardAlready_)
         return applyQuietly(now);
-    return isInEffect(wanted_, *props_) ? VolumeWrite{} : bringAbout(wanted_, now);
+    return isInEffect(heard(), *props_) ? VolumeWrite{} : bringAbout(wanted_, now);
 }
 
 /// Brings about what makes the stream quieter and takes the rest from what is in effect.
 VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
     const float gain = loudestOf(props_->channelVolumes);
+    const WantedVolume all = heard();
     WantedVolume quieter;
     WantedVolume found;
-    if (wanted_.gain && *wanted_.gain < gain && !isSameGain(*wanted_.gain, gain))
+    if (all.gain && *all.gain < gain && !isSameGain(*all.gain, gain))
         quieter.gain = wanted_.gain;
     else if (!props_->channelVolumes.empty())
         found.gain = gain;
-    if (wanted_.muted.value_or(false))
+    if (all.muted.value_or(false))
         quieter.muted = true;
     else
         found.muted = props_->mute;
@@ -83,51 +124,139 @@ VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
     return bringAbout(quieter, now);
 }
 
+/// A page that is found quieter than is wanted of it has made itself so, since nobody else does.
+void VolumeKeeper::explainFound() {
+    if (!wanted_.gain || props_->channelVolumes.empty() || ownKnowledge_ != OwnKnowledge::none)
+        return;
+    ownKnowledge_ = OwnKnowledge::guess;
+    if (*wanted_.gain > 0.0F)
+        own_.merge({loudestOf(props_->channelVolumes) / *wanted_.gain, std::nullopt});
+    own_.muted = props_->mute && !wanted_.muted.value_or(false);
+}
+
+/// Brings about the parts of what is wanted that are in `change`.
 VolumeWrite VolumeKeeper::bringAbout(const WantedVolume& change, TimePoint now) {
+    const WantedVolume all = heard();
     VolumeWrite write;
     if (needsRamp(change, now)) {
         if (change.gain)
-            ramp_.aim(newestGain(), *change.gain, now);
+            ramp_.aim(newestGain(), all.gain.value(), now);
         if (ramp_.isRunning() && ramp_.due() <= now)
             write.channelVolumes = volumesAt(ramp_.step(now));
     } else if (change.gain || ramp_.isRunning()) {
         ramp_.stop();
-        write.channelVolumes = volumesAt(wanted_.gain.value());
+        write.channelVolumes = volumesAt(all.gain.value());
     }
-    write.mute = change.muted;
+    if (change.muted)
+        write.mute = all.muted;
     return written(std::move(write));
 }
 
-/// Takes what is in effect now for a person's will, as far as it is not our own doing.
-VolumeWrite VolumeKeeper::changedElsewhere(const StreamProps& before) {
-    WantedVolume will;
-    VolumeWrite write;
+VolumeWrite VolumeKeeper::restoredBySessionManager(TimePoint now) {
+    if (!isInEffect(heard(), *props_))
+        return author_.takeWrite(now) ? bringAbout(wanted_, now) : VolumeWrite{};
+    ownVolumes_.clear();
+    ownMutes_.clear();
+    return {};
+}
+
+/// The stream has another format; the server has made up volumes for it.
+VolumeWrite VolumeKeeper::reformatted() {
+    ramp_.stop();
+    ownVolumes_.clear();
     const std::vector<float>& volumes = props_->channelVolumes;
-    if (volumes.size() != before.channelVolumes.size()) {
-        // The stream has another format; the server has made up volumes for it.
+    const std::optional<float> gain = resting_.gain ? resting_.gain : heard().gain;
+    if (letGo_ || !gain || volumes.empty() || isSameGain(loudestOf(volumes), *gain))
+        return {};
+    return written({volumesAt(*gain), std::nullopt});
+}
+
+/// What is in effect now and was not before, as far as it is not our own doing.
+VolumeKeeper::ForeignChange VolumeKeeper::takeForeign(const StreamProps& before) {
+    ForeignChange foreign;
+    const std::vector<float>& volumes = props_->channelVolumes;
+    if (volumes.size() == before.channelVolumes.size() &&
+        !areSameGains(volumes, before.channelVolumes) &&
+        !ownVolumes_.takeEcho(volumes, areSameGains)) {
+        foreign.change.gain = loudestOf(volumes);
+        foreign.overtaken = ramp_.isRunning() && ownVolumes_.newest() != nullptr;
         ramp_.stop();
         ownVolumes_.clear();
-        if (!letGo_ && wanted_.gain && !volumes.empty() &&
-            !isSameGain(loudestOf(volumes), *wanted_.gain))
-            write = written({volumesAt(*wanted_.gain), std::nullopt});
-    } else if (!areSameGains(volumes, before.channelVolumes) &&
-               !ownVolumes_.takeEcho(volumes, areSameGains)) {
-        will.gain = loudestOf(volumes);
-        const bool overtaken = ramp_.isRunning() && ownVolumes_.newest() != nullptr;
-        ramp_.stop();
-        ownVolumes_.clear();
-        if (overtaken) // by a step on its way
-            write = written({volumes, std::nullopt});
     }
     if (props_->mute != before.mute && !ownMutes_.takeEcho(props_->mute, std::equal_to<bool>())) {
-        will.muted = props_->mute;
+        foreign.change.muted = props_->mute;
         ownMutes_.clear();
     }
-    if (!will.isEmpty())
-        addUntouched(will);
+    return foreign;
+}
+
+VolumeWrite VolumeKeeper::changedByProgram(const ForeignChange& foreign, TimePoint now) {
+    own_.merge(foreign.change);
+    ownKnowledge_ =
+        author_.kind() == StreamKind::page ? OwnKnowledge::certain : OwnKnowledge::guess;
+    VolumeWrite write = correct(now);
+    if (write.isEmpty() && foreign.overtaken)
+        write = written({props_->channelVolumes, std::nullopt});
+    return write;
+}
+
+VolumeWrite VolumeKeeper::changedByPerson(const ForeignChange& foreign, TimePoint now) {
+    resting_.merge(foreign.change);
+    restEnds_ = now + rest;
+    return foreign.overtaken ? written({props_->channelVolumes, std::nullopt}) : VolumeWrite{};
+}
+
+/// Has what is wanted and the program's own volume in effect together, at once: what the program
+/// has just written may be louder.
+VolumeWrite VolumeKeeper::correct(TimePoint now) {
+    correction_.reset();
+    const WantedVolume all = heard();
+    if (letGo_ || isInEffect(all, *props_))
+        return {};
+    if (lastCorrection_ > now - correctionPause) {
+        correction_ = lastCorrection_ + correctionPause;
+        return {};
+    }
+    lastCorrection_ = now;
+    ramp_.stop();
+    VolumeWrite write;
+    if (all.gain && !isSameGain(loudestOf(props_->channelVolumes), *all.gain))
+        write.channelVolumes = volumesAt(*all.gain);
+    if (all.muted && *all.muted != props_->mute)
+        write.mute = all.muted;
+    return written(std::move(write));
+}
+
+/// Takes what has rested for a person's will, as far as it is another than before.
+void VolumeKeeper::settle() {
+    WantedVolume will = std::exchange(resting_, {});
+    const WantedVolume all = heard();
+    if (will.gain && all.gain && isSameGain(*will.gain, *all.gain))
+        will.gain.reset();
+    if (will.muted == all.muted)
+        will.muted.reset();
+    if (will.isEmpty())
+        return;
+    addUntouched(will);
+    if (will.gain)
+        own_.gain = 1.0F;
+    if (will.muted)
+        own_.muted = false;
     wanted_.merge(will);
     elsewhere_.merge(will);
-    return write;
+}
+
+/// Who asks for a volume means that one, whatever was changed a moment ago, or guessed.
+void VolumeKeeper::makeRoomFor(const WantedVolume& command) noexcept {
+    const bool isGuess = ownKnowledge_ == OwnKnowledge::guess;
+    if (command.gain) {
+        resting_.gain.reset();
+        own_.gain = isGuess ? 1.0F : own_.gain;
+    }
+    if (command.muted) {
+        resting_.muted.reset();
+        own_.muted = own_.muted && !isGuess;
+    }
 }
 
 /// Who changes one of volume and mute has seen the other, and has let it be.
@@ -139,8 +268,8 @@ void VolumeKeeper::addUntouched(WantedVolume& will) const {
 }
 
 bool VolumeKeeper::needsRamp(const WantedVolume& change, TimePoint now) const {
-    return running_ && (heardAlready_ || hold_.isOver(now)) && !isMuted() &&
-           !change.muted.value_or(false);
+    return running_ && (heardAlready_ || author_.isHoldOver(now)) && !isMuted() &&
+           !(change.muted && heard().muted.value_or(false));
 }
 
 VolumeWrite VolumeKeeper::written(VolumeWrite write) {
