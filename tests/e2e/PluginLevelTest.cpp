@@ -1,9 +1,11 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/SilentApplication.h"
 #include "plugin/host/PluginHost.h"
+#include "plugin/levels/MeterLink.h"
 #include "support/GraphStream.h"
 #include "support/ManualClock.h"
 #include "support/NamedCopy.h"
+#include "support/SystemLogRecorder.h"
 
 #include <atomic>
 #include <memory>
@@ -217,6 +219,25 @@ TEST_F(PluginLevelTest, APausedProgramLeavesOneZeroAndNoMeters) {
         EXPECT_EQ(levels.back(), 0.0F);
         EXPECT_EQ(std::ranges::count(levels, 0.0F), 1);
     }
+}
+
+TEST_F(PluginLevelTest, ALinkToAStreamThatHasEndedIsNothingToWriteAbout) {
+    plugin_.reset();
+    struct : AudioServer::Listener {
+        void serverConnected() override {}
+        void serverLost() override {}
+        void globalAdded(const AudioGlobal& /*global*/) override {}
+        void globalRemoved(std::uint32_t /*id*/) override {}
+    } listener;
+    const support::SystemLogRecorder log;
+    AudioServer server(loop_, listener);
+    server.start();
+    ASSERT_TRUE(waitUntil([&] { return server.hasListedAll(); }));
+    constexpr std::uint32_t gone = 1U << 20U;
+    const MeterLink link(*server.core(), {gone, gone, gone, gone}, [] {});
+    EXPECT_TRUE(waitUntil([&] { return link.isLost(); }));
+    for (const auto& line : log.lines())
+        EXPECT_EQ(line.priority, platform::LogPriority::info) << line.text;
 }
 
 TEST_F(PluginLevelTest, NoOtherMixerListsMeters) {

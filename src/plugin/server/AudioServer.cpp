@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <pipewire/extensions/metadata.h>
+#include <pipewire/link.h>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -43,6 +44,14 @@ AudioGlobal describe(std::uint32_t id, const char* type, const spa_dict* propert
             global.properties.emplace(item.key, item.value);
     }
     return global;
+}
+
+/// Whether the object is a link of ours, whose owner tries again and tells when that does not help.
+/// The server refuses one whenever the stream has ended meanwhile.
+bool isLink(pw_core& core, std::uint32_t id) {
+    pw_proxy* const proxy = pw_core_find_proxy(&core, id);
+    const char* const type = proxy != nullptr ? pw_proxy_get_type(proxy, nullptr) : nullptr;
+    return type != nullptr && std::string_view(type) == PW_TYPE_INTERFACE_Link;
 }
 
 pw_properties* propertiesOf(std::initializer_list<std::array<const char*, 2>> items) {
@@ -237,7 +246,8 @@ bool AudioServer::openConnection() {
 void AudioServer::failed(std::uint32_t id, int result, const char* message) {
     if (id == PW_ID_CORE && result == -EPIPE) {
         loss_->start({});
-    } else if (result != -ENOENT && result != -ESTALE) { // an object that went meanwhile
+    } else if (result != -ENOENT && result != -ESTALE && // an object that went meanwhile
+               !isLink(*connection_->core, id)) {
         systemLog(LogPriority::warning, "The sound server refused something for object %u: %s (%d)",
                   id, message, -result);
     }
