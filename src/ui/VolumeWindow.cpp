@@ -278,15 +278,19 @@ void VolumeWindow::changeEvent(QEvent* event) {
     MVCustomWindow::changeEvent(event);
 }
 
-/// Not while a person pulls. Once for a size until the next one or the next pull, since a window
-/// manager may insist on it.
+/// Not while a person pulls. A compositor may repeat the size that a pull has ended with after the
+/// window has been corrected, so one size is corrected several times; but not for ever, since a
+/// window manager may insist on it.
 void VolumeWindow::snap() {
+    constexpr int mostCorrections = 3;
     const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
-    if (pull().isUnderWay() || wanted == size() || size() == insistedSize_ || isMaximized() ||
-        isFullScreen())
+    if (pull().isUnderWay() || wanted == size() || isMaximized() || isFullScreen())
         return;
+    if (size() != insistedSize_)
+        corrections_ = 0;
     insistedSize_ = size();
-    resize(wanted);
+    if (corrections_++ < mostCorrections)
+        resize(wanted);
 }
 
 QRect VolumeWindow::frame() const {

@@ -74,7 +74,8 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     UndoNotice* const notice_;
     platform::WindowSight sight_{*this};
     QTimer endOfResizing_;
-    QSize insistedSize_; // the last one that had to be corrected
-    QPoint keptPlace_;   // what is remembered where windows have no places
-    QString problem_;    // why nothing can be shown, if that is known
+    QSize insistedSize_;  // the last one that had to be corrected
+    int corrections_ = 0; // of that size
+    QPoint keptPlace_;    // what is remembered where windows have no places
+    QString problem_;     // why nothing can be shown, if that is known
 };
