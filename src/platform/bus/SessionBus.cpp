@@ -2,6 +2,7 @@
 
 #include "platform/files/Directories.h"
 #include "platform/files/FileDescriptor.h"
+#include "platform/processes/ExceptionReport.h"
 #include "platform/processes/SystemLog.h"
 
 #include <QDBusConnectionInterface>
@@ -115,13 +116,14 @@ QDBusConnection systemBus() {
                        : QDBusConnection(QStringLiteral("no system bus"));
 }
 
-BusNameWatch::BusNameWatch(const QString& name) : name_(name) {
+BusNameWatch::BusNameWatch(const QString& name, std::function<void()> changed)
+    : name_(name), changed_(std::move(changed)) {
     const QDBusConnection bus = sessionBus();
     if (!bus.isConnected())
         return;
     watcher_ = std::make_unique<QDBusServiceWatcher>(name, bus);
     const auto note = [this](const QString&, const QString&, const QString& newOwner) {
-        isOwned_ = !newOwner.isEmpty();
+        setOwned(!newOwner.isEmpty());
     };
     QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
                      note);
@@ -129,8 +131,14 @@ BusNameWatch::BusNameWatch(const QString& name) : name_(name) {
     auto* const answer = new QDBusPendingCallWatcher(call, watcher_.get());
     QObject::connect(answer, &QDBusPendingCallWatcher::finished, watcher_.get(), [this, answer] {
         const QDBusPendingReply<bool> reply = *answer;
-        isOwned_ = isOwned_ || (reply.isValid() && reply.value());
+        setOwned(isOwned_ || (reply.isValid() && reply.value()));
     });
+}
+
+void BusNameWatch::setOwned(bool isOwned) {
+    isOwned_ = isOwned;
+    if (changed_)
+        guarded(kExceptionInNotification, changed_);
 }
 
 BusNameWatch::~BusNameWatch() = default;

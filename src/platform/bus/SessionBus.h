@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QDBusServiceWatcher;
@@ -21,7 +22,9 @@ QDBusConnection systemBus();
 /// has become known is up to date but for the way of a message. Main thread only.
 class BusNameWatch {
   public:
-    explicit BusNameWatch(const QString& name);
+    /// `changed`, which may be null, is called from the event loop when the answer may have
+    /// changed. Exceptions are reported (ExceptionReport).
+    explicit BusNameWatch(const QString& name, std::function<void()> changed = nullptr);
     ~BusNameWatch();
     BusNameWatch(const BusNameWatch&) = delete;
     BusNameWatch& operator=(const BusNameWatch&) = delete;
@@ -29,7 +32,10 @@ class BusNameWatch {
     bool isOwned() const noexcept { return isOwned_; }
 
   private:
+    void setOwned(bool isOwned);
+
     const QString name_;
+    const std::function<void()> changed_;
     std::unique_ptr<QDBusServiceWatcher> watcher_; // null without a bus
     bool isOwned_ = false;
 };

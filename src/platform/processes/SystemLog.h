@@ -13,8 +13,8 @@ enum class LogPriority { error, warning, info };
 [[gnu::format(printf, 2, 3)]] void systemLog(LogPriority priority, const char* format,
                                              ...) noexcept;
 
-/// Takes the lines in place of the system log while it lives; tests use it. Lines come on the
-/// thread that wrote them.
+/// Takes the lines in place of the system log while it lives: for tests, and for whoever shows them
+/// to a person. Lines come on the thread that wrote them.
 class SystemLogSink {
   public:
     SystemLogSink();
