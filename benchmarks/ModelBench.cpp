@@ -53,7 +53,6 @@ class EmptyView final : public AppVolumeView {
     void appsDidChange(const QList<MVCommAppValue*>& /*apps*/) override {}
     void handleActivity(qsizetype /*index*/, qint64 /*level100*/, float /*level*/) override {}
     void itemDidChange(qsizetype /*index*/) override {}
-    void showProblem(const QString& /*text*/) override {}
     double itemHeight() const override { return 40; }
     double titleBarHeight() const override { return 20; }
     void setSizeLimits(const QSizeF& /*minimum*/, const QSizeF& /*maximum*/) override {}

@@ -1,8 +1,8 @@
 #include "app/MVAppController.h"
 
 #include "app/CommandLine.h"
+#include "app/PluginCare.h"
 #include "comm/MVComm.h"
-#include "comm/MVCommSocketPath.h"
 #include "control/ControlService.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
@@ -14,6 +14,7 @@
 #include "platform/files/Bundle.h"
 #include "platform/files/Directories.h"
 #include "platform/loop/DispatchQueue.h"
+#include "platform/loop/RunLoop.h"
 #include "platform/processes/ExceptionReport.h"
 #include "platform/text/MessageLanguages.h"
 #include "platform/values/UserDefaults.h"
@@ -225,12 +226,14 @@ void MVAppController::connectPlugins() {
     MVComm& comm = MVComm::sharedComm();
     comm.setAppConnectCallback(&updateCallback);
     comm.setAppDisconnectCallback(&updateCallback);
-    if (comm.setupPluginConnectionWithCallBack(&dataCallback))
-        return;
-    volumeController_->showProblem(platform::formatted(
-        localized(QStringLiteral("No audio plug-in can connect, since the socket “%@” can't be "
-                                 "used. The system log says why.")),
-        MVCommMainSocketPath()));
+    pluginCare_ = std::make_unique<PluginCare>(
+        *platform::RunLoop::current(),
+        PluginCare::Surroundings{
+            comm, *window_,
+            [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
+            [this](const QString& title, const QString& text) {
+                alertWithTitle(title, text, localized(QStringLiteral("OK")));
+            }});
 }
 
 void MVAppController::hearPlugin() {
@@ -286,6 +289,7 @@ void MVAppController::applicationWillTerminate() {
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
     saveAndDisconnect();
+    pluginCare_.reset();
     pluginReports_.reset();
     instance_->serve(nullptr);
     control_.reset();
@@ -323,6 +327,8 @@ void MVAppController::showMainWindow() {
 void MVAppController::updateApps() {
     if (volumeController_)
         volumeController_->updateConnections();
+    if (pluginCare_)
+        pluginCare_->connectionsChanged();
 }
 
 void MVAppController::handleActivity(const MVCommActivityMessage* message) {

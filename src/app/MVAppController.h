@@ -8,6 +8,7 @@
 
 class AppVolumeController;
 class ControlService;
+class PluginCare;
 class VolumeWindow;
 
 namespace platform {
@@ -78,6 +79,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<platform::PluginReports> pluginReports_;
+    std::unique_ptr<PluginCare> pluginCare_;
     std::unique_ptr<platform::BusNameWatch> helper_;
     QString earlyError_; // what could not be read before there was a window
     bool hasToldThatNothingIsSaved_ = false;

@@ -356,11 +356,6 @@ QSizeF AppVolumeController::windowWillResize(const QSizeF& proposed) const {
     return WindowSize::snapped(proposed, heightsOf(view_));
 }
 
-void AppVolumeController::showProblem(const QString& text) {
-    if (view_ != nullptr)
-        view_->showProblem(text);
-}
-
 bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
     if (view_ != nullptr)
         defaults_.set(PreferenceKeys::mainWindowFrame, WindowSize::frameText(view_->frame()));

@@ -139,8 +139,6 @@ class AppVolumeController {
     /// The size for a window that would get the proposed one.
     QSizeF windowWillResize(const QSizeF& proposed) const;
 
-    void showProblem(const QString& text);
-
     /// Remembers where the window is, and saves and copies the preferences. Waits for that, but no
     /// longer than `bound`: a disk may hang. False, with a line in the log, when it has not ended
     /// by then.

@@ -29,9 +29,6 @@ class AppVolumeView {
     /// without a gesture in it; the controller tells them.
     virtual void itemDidChange(qsizetype index) = 0;
 
-    /// What stands in the window while there are no items, in place of the usual hint.
-    virtual void showProblem(const QString& text) = 0;
-
     /// Pixels. They are asked for whenever they are needed.
     virtual double itemHeight() const = 0;
     virtual double titleBarHeight() const = 0;

@@ -30,6 +30,10 @@ QString oneLineText(const QString& text) {
     return line;
 }
 
+Qt::LayoutDirection directionOf(const QString& text) {
+    return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
 bool isInvisible(const QString& text) {
     return std::ranges::all_of(text, &leavesNoInk);
 }

@@ -8,5 +8,9 @@
 /// writing stay. For the eye only: never compare or store it.
 QString oneLineText(const QString& text);
 
+/// Which way a text runs: that of its first letter which has one, whatever stands around it; from
+/// left to right without such a letter.
+Qt::LayoutDirection directionOf(const QString& text);
+
 /// Whether nothing of a text would be seen: blanks, controls and marks, or nothing at all.
 bool isInvisible(const QString& text);

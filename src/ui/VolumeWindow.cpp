@@ -27,6 +27,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QStyle>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <chrono>
@@ -40,6 +41,17 @@ namespace {
 constexpr int usualWidth = 560;
 constexpr int usualRows = 6;
 constexpr std::chrono::milliseconds restOfResizing{100};
+
+/// The bar above the grid. Whoever shows it shows a row less.
+QWidget* makeContent() {
+    auto* const content = new QWidget;
+    auto* const layout = new QVBoxLayout(content);
+    layout->setContentsMargins({});
+    layout->setSpacing(0);
+    layout->addWidget(new ProblemBar);
+    layout->addWidget(new VolumeScrollView(new MVCollectionView), 1);
+    return content;
+}
 
 /// Takes the item of the record out of `items`; null when it has none.
 std::unique_ptr<MVCollectionViewItem> takeItem(MVCollectionView::Items& items,
@@ -65,10 +77,11 @@ VolumeWindow::sharedSurroundings(AppVolumeController& controller) {
 }
 
 VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings)
-    : MVCustomWindow(new VolumeScrollView(new MVCollectionView))
+    : MVCustomWindow(makeContent())
     , history_(road(), [this] { updateMenu(); })
     , surroundings_(surroundings)
-    , scrollView_(static_cast<VolumeScrollView*>(&contentView()))
+    , problemBar_(contentView().findChild<ProblemBar*>())
+    , scrollView_(contentView().findChild<VolumeScrollView*>())
     , grid_(&scrollView_->grid())
     , menu_(new VolumeMenu(*this))
     , notice_(new UndoNotice(scrollView_)) {
@@ -79,6 +92,8 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
         notice_->hide();
         history_.undo();
     });
+    connect(problemBar_, &ProblemBar::helpWanted, this, &VolumeWindow::helpWanted);
+    connect(problemBar_, &ProblemBar::detailsWanted, this, &VolumeWindow::detailsWanted);
     keepToWholeRows();
     keepOnScreens();
     connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, [this] {
@@ -229,20 +244,17 @@ void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
     updateHint();
 }
 
-/// The sound effects' item is there as soon as the plug-in is, so alone it means silence.
+/// The sound effects' item is there as soon as the plug-in is, so alone it means silence. A problem
+/// explains an empty grid too.
 void VolumeWindow::updateHint() {
     const auto& items = grid_->items();
     const bool isAlone = items.size() == 1 && items[0]->representedObject()->isBeeps();
-    if (!items.empty() && !isAlone)
+    if (!problemBar_->isHidden() || (!items.empty() && !isAlone))
         grid_->setHint({});
-    else if (!problem_.isEmpty())
-        grid_->setHint(problem_);
     else if (isAlone)
         grid_->setHint(tr("Nothing else makes sound yet.\nA program appears here when it plays."));
     else
-        grid_->setHint(tr("The audio plug-in is not connected.\n\nA program appears here as soon "
-                          "as it plays sound. If one is playing now, start the plug-in: it is the "
-                          "program “Tonvale” in “Tonvale.plugin”."));
+        grid_->setHint(tr("A program appears here when it plays."));
 }
 
 void VolumeWindow::handleActivity(qsizetype index, qint64 level100, float level) {
@@ -253,8 +265,8 @@ void VolumeWindow::itemDidChange(qsizetype index) {
     grid_->items()[static_cast<std::size_t>(index)]->updateControls();
 }
 
-void VolumeWindow::showProblem(const QString& text) {
-    problem_ = text;
+void VolumeWindow::showProblem(const ProblemBar::Content& content) {
+    problemBar_->setContent(content);
     updateHint();
 }
 

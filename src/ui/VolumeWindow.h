@@ -5,6 +5,7 @@
 #include "ui/input/GestureHistory.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/window/MVCustomWindow.h"
+#include "ui/window/ProblemBar.h"
 
 #include <QPoint>
 #include <QSize>
@@ -18,7 +19,7 @@ class VolumeScrollView;
 
 /// The window: a grid with one item for each record of the controller, which scrolls, and a menu.
 /// Shows whole rows, and draws nothing while nobody can see it. What a person does in it can be
-/// undone. Main thread.
+/// undone. A bar above the grid, as high as a row, tells of a problem. Main thread.
 class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     Q_OBJECT
 
@@ -34,12 +35,14 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void appsDidChange(const QList<MVCommAppValue*>& apps) override;
     void handleActivity(qsizetype index, qint64 level100, float level) override;
     void itemDidChange(qsizetype index) override;
-    void showProblem(const QString& text) override;
     double itemHeight() const override;
     double titleBarHeight() const override;
     void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) override;
     QRect frame() const override;
     void setFrame(const QRect& frame) override;
+
+    /// In place of the problem before; content without a text for none.
+    void showProblem(const ProblemBar::Content& content);
 
     VolumeMenu& menu() const noexcept { return *menu_; }
     GestureHistory& history() noexcept { return history_; }
@@ -47,6 +50,10 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
   Q_SIGNALS:
     /// A person wants the program to end.
     void quitWanted();
+
+    /// A person has pressed a button of the bar.
+    void helpWanted();
+    void detailsWanted();
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -68,6 +75,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
 
     GestureHistory history_;
     const MVCollectionViewItem::Surroundings surroundings_;
+    ProblemBar* const problemBar_;
     VolumeScrollView* const scrollView_;
     MVCollectionView* const grid_;
     VolumeMenu* const menu_;
@@ -77,5 +85,4 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     QSize insistedSize_;  // the last one that had to be corrected
     int corrections_ = 0; // of that size
     QPoint keptPlace_;    // what is remembered where windows have no places
-    QString problem_;     // why nothing can be shown, if that is known
 };

@@ -3,8 +3,12 @@
 #include "support/AccessibleObject.h"
 #include "support/ScopedVariable.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusReply>
 #include <QObject>
+
+#include <csignal>
 
 using support::AccessibleObject;
 using support::waitUntil;
@@ -14,6 +18,7 @@ namespace {
 
 constexpr unsigned checked = 4;
 constexpr unsigned focusable = 11;
+constexpr unsigned showing = 25;
 
 /// The announcements that have arrived.
 class Listener : public QObject {
@@ -59,7 +64,74 @@ class AccessibilityTest : public DesktopFixture {
     std::optional<AccessibleObject> item_;
 };
 
+/// The bar that tells why nothing can be set, of an application that no plug-in connects to.
+class ProblemBarTest : public DesktopFixture {
+  protected:
+    void TearDown() override {
+        const QDBusReply<uint> plugin = bus_->interface()->servicePid(pluginName);
+        if (plugin.isValid())
+            ::kill(static_cast<pid_t>(plugin.value()), SIGKILL); // it does not end with its parent
+        DesktopFixture::TearDown();
+    }
+
+    /// The bar as soon as it is seen.
+    std::optional<AccessibleObject> bar(const QString& text) {
+        std::optional<AccessibleObject> found;
+        EXPECT_TRUE(waitUntil([&] {
+            found = tool_.desktop().find("alert message", text);
+            return found && found->hasState(showing);
+        })) << tool_.outline().toStdString();
+        return found;
+    }
+
+    static void press(const AccessibleObject& bar, const QString& name) {
+        auto button = bar.find("button", name);
+        if (!button)
+            button = bar.find("push button", name);
+        ASSERT_TRUE(button) << name.toStdString();
+        EXPECT_TRUE(button->hasState(focusable));
+        button->act("Press");
+    }
+
+    static inline const QString pluginName = "com.quarnel.Tonvale.Plugin";
+    support::AssistiveTool tool_{session_};
+    support::BusConnection bus_{session_.address()};
+};
+
 } // namespace
+
+TEST_F(ProblemBarTest, ThePluginIsStartedFromThereAndOutlivesTheApplication) {
+    startTonvale();
+    const QString text =
+        "The audio plug-in isn't running. What you set is remembered, but not heard yet.";
+    const auto absent = bar(text);
+    ASSERT_TRUE(absent);
+    press(*absent, "Start Plug-in");
+    const auto isThere = [&] { return bus_->interface()->isServiceRegistered(pluginName).value(); };
+    ASSERT_TRUE(waitUntil(isThere)) << tonvale_->output();
+    EXPECT_TRUE(waitUntil([&] { return !absent->hasState(showing); }));
+    quitTonvale();
+    EXPECT_TRUE(isThere());
+}
+
+TEST_F(ProblemBarTest, ASocketThatCannotBeServedIsTriedAgainFromThere) {
+    const std::filesystem::path folder =
+        std::filesystem::path(std::getenv("TMPDIR")) / "not yet there";
+    const support::ScopedVariable place("TONVALE_SOCKET_DIR", folder);
+    tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
+    const auto failed =
+        bar("No volume can be set: the audio plug-in has no way to connect to this window.");
+    ASSERT_TRUE(failed);
+    press(*failed, "Details…");
+    EXPECT_TRUE(waitUntil([&] {
+        return tool_.outline().contains("not yet there/com.quarnel.mivo.sock") &&
+               tool_.outline().contains("No such file or directory");
+    })) << tool_.outline().toStdString();
+    std::filesystem::create_directories(folder);
+    press(*failed, "Try Again");
+    EXPECT_TRUE(waitUntil([] { return bool(platform::connectUnixSocket(MVCommMainSocketPath())); }));
+    EXPECT_TRUE(waitUntil([&] { return !failed->hasState(showing); }));
+}
 
 TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
     const auto window = tool_.window("Tonvale");

@@ -146,18 +146,22 @@ TEST_F(WaylandPointerTest, APullAtItsEdgeEndsOnWholeRows) {
     open();
     ASSERT_TRUE(waitUntil([&] { return frame().size() == QSize(500, height(3)); }));
     int rows = 3;
-    for (const auto& [way, more] : {std::pair(40, 1), {-40, -1}, {20, 0}, {90, 1}}) {
+    struct Pull {
+        int way;
+        int more; // rows
+    };
+    for (const Pull& pull : {Pull{40, 1}, {-40, -1}, {20, 0}, {90, 1}}) {
         const QRect before = frame();
         const QPoint edge(before.center().x(), before.bottom() - 1);
         moveTo(edge);
         hand({"mousedown", "1"});
         EXPECT_TRUE(waitUntil([&] { // the compositor knows only then that it is a pull
-            moveTo(edge + QPoint(0, way - 1));
-            moveTo(edge + QPoint(0, way));
-            return frame().height() == before.height() + way;
+            moveTo(edge + QPoint(0, pull.way - 1));
+            moveTo(edge + QPoint(0, pull.way));
+            return frame().height() == before.height() + pull.way;
         })) << frame().height();
         hand({"mouseup", "1"});
-        rows += more;
+        rows += pull.more;
         ASSERT_TRUE(settlesAt({500, height(rows)})) << frame().height();
     }
     quitTonvale();

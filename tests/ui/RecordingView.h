@@ -22,7 +22,6 @@ class RecordingView final : public AppVolumeView {
                     .arg(static_cast<double>(level), 0, 'g', 3);
     }
     void itemDidChange(qsizetype index) override { told += QStringLiteral("item %1").arg(index); }
-    void showProblem(const QString& text) override { told += text; }
     double itemHeight() const override { return 40; }
     double titleBarHeight() const override { return 22; }
     void setSizeLimits(const QSizeF& least, const QSizeF& most) override {

@@ -5,6 +5,7 @@
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
 #include "ui/items/MVCollectionViewTextField.h"
+#include "ui/window/UndoNotice.h"
 
 #include <QMenu>
 #include <QPushButton>
@@ -136,7 +137,7 @@ TEST_F(VolumeWindowInputTest, DeleteIgnoresAndThereIsAWayBack) {
     EXPECT_EQ(support::rowNames(window_).size(), 2);
     press(Qt::Key_Delete);
     EXPECT_EQ(support::rowNames(window_), QStringList{"a program"});
-    auto* const undo = window_.findChild<QPushButton*>();
+    auto* const undo = window_.findChild<UndoNotice*>()->findChild<QPushButton*>();
     ASSERT_TRUE(undo->isVisible());
     QTest::mouseClick(undo, Qt::LeftButton);
     EXPECT_EQ(support::rowNames(window_).size(), 2);

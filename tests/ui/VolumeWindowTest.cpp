@@ -2,6 +2,7 @@
 
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
+#include "ui/window/BarButton.h"
 #include "ui/window/QNAboutBox.h"
 #include "ui/window/UndoNotice.h"
 
@@ -56,7 +57,7 @@ TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {
 }
 
 TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
-    EXPECT_TRUE(support::notice(window_).contains("not connected"));
+    EXPECT_EQ(support::notice(window_), "A program appears here when it plays.");
     ScriptedPlugin first(MVCommMainSocketPath());
     first.checkIn(1, "first");
     ASSERT_TRUE(showsRows({"first"}));
@@ -70,12 +71,58 @@ TEST_F(VolumeWindowTest, ShowsARowForEachProgramAndSaysWhenThereIsNone) {
     ASSERT_TRUE(showsRows({"first"}));
     first.checkIn(1, "coreaudiod");
     ASSERT_TRUE(showsRows({"Sound Effects"}));
-    EXPECT_TRUE(support::notice(window_).contains("when it plays"));
+    EXPECT_TRUE(support::notice(window_).startsWith("Nothing else makes sound yet."));
     first.disconnect();
     ASSERT_TRUE(showsRows({}));
-    EXPECT_TRUE(support::notice(window_).contains("not connected"));
-    model_.controller.showProblem("why");
-    EXPECT_EQ(support::notice(window_), "why");
+    EXPECT_EQ(support::notice(window_), "A program appears here when it plays.");
+}
+
+TEST_F(VolumeWindowTest, AProblemTakesThePlaceOfOneRowHoweverLongItsTextsAre) {
+    auto* const bar = window_.findChild<ProblemBar*>();
+    const auto* const grid = window_.findChild<MVCollectionView*>()->parentWidget();
+    window_.resize(400, static_cast<int>(window_.titleBarHeight()) + 2 * ItemLayout::height);
+    const QSize whole = window_.size();
+    const QString lengthy = QStringLiteral("Donaudampfschifffahrtselektrizitäten ").repeated(9);
+    for (const QString& text : {QStringLiteral("Why"), lengthy}) {
+        window_.showProblem({text, text, text});
+        QCoreApplication::sendPostedEvents(); // it is laid out
+        EXPECT_EQ(bar->size(), QSize(398, ItemLayout::height));
+        EXPECT_EQ(bar->mapTo(&window_, QPoint()).y(), window_.titleBarHeight() - 1);
+        EXPECT_EQ(grid->height(), ItemLayout::height);
+        EXPECT_EQ(window_.size(), whole);
+        EXPECT_EQ(window_.minimumSize(), whole);
+        EXPECT_EQ(support::notice(window_), QString()) << "the bar says it";
+        for (const auto* const part : bar->findChildren<QWidget*>())
+            EXPECT_TRUE(bar->rect().contains(part->geometry())) << part->geometry().right();
+    }
+    window_.showProblem({});
+    QCoreApplication::sendPostedEvents();
+    EXPECT_FALSE(bar->isVisible());
+    EXPECT_EQ(grid->height(), 2 * ItemLayout::height);
+    EXPECT_NE(support::notice(window_), QString());
+}
+
+TEST_F(VolumeWindowTest, TheBarsButtonsComeBeforeTheItemsAndTakeKeys) {
+    model_.workspace.setRunningApplications({{1, "b", {}}});
+    window_.showProblem({"Why", "Help", "Details"});
+    const auto buttons = window_.findChild<ProblemBar*>()->findChildren<BarButton*>();
+    ASSERT_EQ(buttons.size(), 2);
+    QStringList wanted;
+    QObject::connect(&window_, &VolumeWindow::helpWanted, [&] { wanted += "help"; });
+    QObject::connect(&window_, &VolumeWindow::detailsWanted, [&] { wanted += "details"; });
+    buttons[0]->setFocus();
+    window_.activateWindow();
+    ASSERT_TRUE(support::waitUntil([&] { return buttons[0]->hasFocus(); }));
+    QTest::keyClick(buttons[0], Qt::Key_Return);
+    QTest::keyClick(buttons[0], Qt::Key_Tab);
+    EXPECT_TRUE(buttons[1]->hasFocus());
+    QTest::keyClick(buttons[1], Qt::Key_Space);
+    EXPECT_EQ(wanted, (QStringList{"help", "details"}));
+    const RowProbe row(window_, "b");
+    EXPECT_FALSE(row.mute->hasFocus());
+    EXPECT_FALSE(model_.controller.apps()[0]->muted()) << "Space was for the button";
+    QTest::keyClick(buttons[1], Qt::Key_Tab);
+    EXPECT_TRUE(row.mute->hasFocus());
 }
 
 TEST_F(VolumeWindowTest, TheSoundEffectsAreIgnoredByTheNameThatIsShown) {

@@ -1,6 +1,8 @@
 #include "ui/window/AccessibleWindow.h"
 
+#include "ui/window/BarText.h"
 #include "ui/window/MVCustomWindow.h"
+#include "ui/window/ProblemBar.h"
 #include "ui/window/QNToolTip.h"
 
 #include <QAccessibleWidget>
@@ -13,6 +15,10 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         return new QAccessibleWidget(window, QAccessible::Window);
     if (auto* const tip = qobject_cast<QNToolTip*>(object))
         return new QAccessibleWidget(tip, QAccessible::ToolTip);
+    if (auto* const bar = qobject_cast<ProblemBar*>(object))
+        return new QAccessibleWidget(bar, QAccessible::AlertMessage);
+    if (auto* const text = qobject_cast<BarText*>(object))
+        return new QAccessibleWidget(text, QAccessible::StaticText);
     return nullptr;
 }
 

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "app/PluginStarter.h"
+#include "app/PluginWatch.h"
+#include "platform/bus/SessionBus.h"
+#include "platform/bus/UserService.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class MVComm;
+class VolumeWindow;
+
+namespace platform {
+class RunLoop;
+}
+
+/// Tells the person in the window while no plug-in applies what is set there, and does what helps
+/// at the press of a button. Main thread only.
+class PluginCare {
+  public:
+    /// All of it must outlive this. `serveSocket` answers false when that fails, and is called
+    /// again when the person wants to try again; `tell` shows a title and a text.
+    struct Surroundings {
+        MVComm& comm;
+        VolumeWindow& window;
+        std::function<bool()> serveSocket;
+        std::function<void(const QString& title, const QString& text)> tell;
+    };
+
+    /// Serves the socket.
+    PluginCare(platform::RunLoop& loop, Surroundings surroundings);
+
+    /// A plug-in has connected or disconnected. Costs little.
+    void connectionsChanged() { watch_.changed(); }
+
+  private:
+    bool serveSocket();
+    void show(PluginWatch::Problem problem);
+    void tellDetails();
+
+    const Surroundings surroundings_;
+    QString socketErrors_; // of the last attempt to serve it
+    PluginStarter starter_;
+    PluginWatch watch_;
+    platform::UserService service_; // its answers go to those above
+    platform::BusNameWatch name_;
+    QObject guard_; // ends the window's calls
+};

@@ -1,0 +1,77 @@
+#include "app/PluginStarter.h"
+
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/processes/DetachedProgram.h"
+#include "platform/text/Localization.h"
+
+#include <QFileInfo>
+#include <QStringList>
+
+#include <utility>
+
+using platform::formatted;
+using platform::localized;
+using platform::UserService;
+
+PluginStarter::PluginStarter(World world, QString program, QString messages)
+    : world_(std::move(world)), program_(std::move(program)), messages_(std::move(messages)) {}
+
+void PluginStarter::start(std::function<void()> failed) {
+    error_.clear();
+    world_.askService([this, failed = std::move(failed)](const UserService::State& state) {
+        if (!state.isInstalled) {
+            startProgram(failed);
+            return;
+        }
+        QNLog(qnlog_user, "Starts the service %s", serviceName);
+        world_.startService([this, failed](const QString& error) {
+            error_ = error;
+            if (!error.isEmpty())
+                failed();
+        });
+    });
+}
+
+void PluginStarter::startProgram(const std::function<void()>& failed) {
+    QNLog(qnlog_user, "Starts the plug-in %@", program_);
+    error_ = QFileInfo(program_).isExecutable()
+                 ? world_.startProgram(program_, messages_)
+                 : localized(QStringLiteral("The program is not there, or may not be run."));
+    if (!error_.isEmpty())
+        failed();
+}
+
+void PluginStarter::askWhetherItStarts(std::function<void(bool)> answer) const {
+    world_.askService([answer = std::move(answer)](const UserService::State& state) {
+        answer(state.isStarting());
+    });
+}
+
+void PluginStarter::describe(std::function<void(const QString&)> answer) const {
+    world_.askService([this, answer = std::move(answer)](const UserService::State& state) {
+        answer(state.isInstalled ? describeService(state) : describeProgram());
+    });
+}
+
+QString PluginStarter::describeService(const UserService::State& state) const {
+    QStringList lines{formatted(localized(QStringLiteral("Service: %@ (%@, %@)")),
+                                QString::fromLatin1(serviceName), state.load, state.activity)};
+    if (!error_.isEmpty())
+        lines += formatted(localized(QStringLiteral("The last start failed: %@")), error_);
+    lines += formatted(localized(QStringLiteral("Its messages: %@")),
+                       QStringLiteral("journalctl --user -u ") + QLatin1String(serviceName));
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString PluginStarter::describeProgram() const {
+    constexpr int shown = 5;
+    QStringList lines{formatted(localized(QStringLiteral("Program: %@")), program_)};
+    if (!error_.isEmpty())
+        lines += formatted(localized(QStringLiteral("The last start failed: %@")), error_);
+    const QString last = platform::lastLines(messages_, shown);
+    if (!last.isEmpty())
+        lines += formatted(localized(QStringLiteral("Its last messages, in %@:")), messages_) +
+                 QLatin1Char('\n') + last;
+    return lines.join(QLatin1Char('\n'));
+}

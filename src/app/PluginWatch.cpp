@@ -1,0 +1,104 @@
+#include "app/PluginWatch.h"
+
+#include "app/PluginStarter.h"
+
+#include <chrono>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::seconds absencePatience{2};
+constexpr std::chrono::seconds startPatience{5};
+constexpr std::chrono::seconds silencePatience{10}; // a plug-in tries every 5 s at least
+constexpr int mostExtensions = 2;                   // systemd waits 3 s before it tries again
+
+} // namespace
+
+PluginWatch::PluginWatch(platform::RunLoop& loop, Surroundings surroundings)
+    : surroundings_(std::move(surroundings))
+    , review_(loop, [this] { review(); })
+    , patience_(loop, [this] { endOfPatience(); }) {}
+
+void PluginWatch::begin() {
+    if (!surroundings_.serveSocket()) {
+        setProblem(Problem::noSocket);
+        return;
+    }
+    setProblem(Problem::none);
+    presence_.reset();
+    review();
+}
+
+PluginWatch::Presence PluginWatch::presence() const {
+    if (surroundings_.isConnected())
+        return Presence::connected;
+    return surroundings_.isOnTheBus() ? Presence::onTheBus : Presence::none;
+}
+
+void PluginWatch::review() {
+    if (problem_ == Problem::noSocket)
+        return;
+    const Presence now = presence();
+    if (std::exchange(presence_, now) == now)
+        return;
+    extensions_ = 0;
+    if (now != Presence::none)
+        setProblem(Problem::none);
+    waitAndSee();
+}
+
+void PluginWatch::waitAndSee() {
+    if (presence_ == Presence::connected)
+        patience_.stop();
+    else if (presence_ == Presence::onTheBus)
+        patience_.start(silencePatience);
+    else
+        patience_.start(problem_ == Problem::starting ? startPatience : absencePatience);
+}
+
+/// Connections that have not checked in are not announced, so the presence may have changed.
+void PluginWatch::endOfPatience() {
+    const auto before = presence_;
+    review();
+    if (presence_ != before)
+        return;
+    if (presence_ == Presence::onTheBus)
+        setProblem(Problem::silent);
+    else if (presence_ == Presence::none)
+        lookWhetherItStarts();
+}
+
+void PluginWatch::lookWhetherItStarts() {
+    surroundings_.starter.askWhetherItStarts([this](bool isStarting) {
+        if (presence_ != Presence::none || patience_.isActive())
+            return; // it has come, or gone anew, meanwhile
+        if (isStarting && extensions_++ < mostExtensions)
+            patience_.start(absencePatience);
+        else
+            setProblem(problem_ == Problem::starting ? Problem::notStarted : Problem::absent);
+    });
+}
+
+void PluginWatch::help() {
+    if (problem_ == Problem::noSocket)
+        begin();
+    else if (problem_ == Problem::absent || problem_ == Problem::notStarted)
+        start();
+}
+
+void PluginWatch::start() {
+    extensions_ = 0;
+    setProblem(Problem::starting);
+    waitAndSee();
+    surroundings_.starter.start([this] {
+        if (problem_ != Problem::starting)
+            return;
+        patience_.stop();
+        setProblem(Problem::notStarted);
+    });
+}
+
+void PluginWatch::setProblem(Problem problem) {
+    if (std::exchange(problem_, problem) != problem)
+        surroundings_.show(problem);
+}
