@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/PluginCare.h"
 #include "comm/MVComm.h"
+#include "comm/MVCommLogText.h"
 #include "control/ControlService.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
@@ -10,6 +11,7 @@
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/desktop/BundleImage.h"
+#include "platform/desktop/ForeignImages.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/files/Bundle.h"
 #include "platform/files/Directories.h"
@@ -77,6 +79,12 @@ void reportAboutDefaults(unsigned level, const std::string& line) {
     });
 }
 
+/// Of other programs; worth a line for who looks closely, and never one on standard error.
+void reportAboutImage(const QString& text) {
+    if (shared != nullptr && shared->logHandle() != nullptr)
+        shared->logWithLevel(qnlog_debug, "An icon is damaged: %@", MVCommLogText(text));
+}
+
 std::vector<std::pair<unsigned, QString>> takeEarlyLines() {
     const std::lock_guard lock(earlyLines().mutex);
     earlyLines().isOver = true;
@@ -97,6 +105,7 @@ void updateCallback() {
 
 void MVAppController::initialize() {
     UserDefaults::setReporter(&reportAboutDefaults);
+    platform::ForeignImages::setReporter(&reportAboutImage);
     UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
 }
 

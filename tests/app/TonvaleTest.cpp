@@ -234,3 +234,23 @@ TEST_F(TonvaleTest, SurvivesTheEndOfTheBus) {
     EXPECT_TRUE(isServed()) << "there is still one";
     endWell(*program);
 }
+TEST_F(TonvaleTest, DamagedImagesOfOtherProgramsAreTheLogsBusiness) {
+    const std::filesystem::path icons = path("data/pixmaps");
+    std::filesystem::create_directories(icons);
+    std::ofstream(icons / "cut.svg") << "<svg xmlns='http://www.w3.org/2000/svg' width='48'";
+    std::ofstream(icons / "odd.svg") << "<svg xmlns='http://www.w3.org/2000/svg' width='48'>"
+                                        "<use href='#nothing'/><text font-size='0'>x</text></svg>";
+    const support::ScopedVariable data("XDG_DATA_DIRS", path("data"));
+    const auto program = start({"--debug", "--screenshot", path("window.png")});
+    support::ScriptedPlugin cut(socket_);
+    cut.checkIn(4711, "cut", "/usr/bin/cut");
+    support::ScriptedPlugin odd(socket_);
+    odd.checkIn(4712, "odd", "/usr/bin/odd");
+    EXPECT_TRUE(logs("An icon is damaged: Cannot read file"));
+    EXPECT_TRUE(logs("An icon is damaged: link #nothing is undefined!"));
+    EXPECT_TRUE(logs("An icon is damaged: QFont::setPointSizeF")) << "of no category of its own";
+    endWell(*program);
+    for (const char* const word : {"svg", "nothing", "QFont"})
+        EXPECT_EQ(program->output().find(word), std::string::npos) << program->output();
+}
+

@@ -1,5 +1,6 @@
 #include "platform/desktop/DesktopWorkspace.h"
 
+#include "platform/desktop/ForeignImages.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Localization.h"
 
@@ -174,6 +175,7 @@ QIcon DesktopWorkspace::iconForProgram(const ProgramOfName& program) const {
 }
 
 QIcon DesktopWorkspace::genericApplicationIcon() const {
+    const ForeignImages foreign;
     const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     // A theme may name a file that is damaged or of a format without a reader.
     return themed.pixmap(iconSizes[1]).isNull() ? drawnApplicationIcon() : themed;

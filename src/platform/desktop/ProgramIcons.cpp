@@ -1,5 +1,7 @@
 #include "platform/desktop/ProgramIcons.h"
 
+#include "platform/desktop/ForeignImages.h"
+
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QStringList>
@@ -66,6 +68,7 @@ QIcon ProgramIcons::icon(const QString& icon, const QString& executable, const Q
 
 QIcon ProgramIcons::find(const QString& icon, const QString& executable,
                          const QString& name) const {
+    const ForeignImages foreign;
     for (const QString& each : {icon, QFileInfo(executable).fileName()}) {
         if (QIcon found = named(each); isUsable(found))
             return found;

@@ -1,5 +1,7 @@
 #include "ui/items/MVCollectionViewImageView.h"
 
+#include "platform/desktop/ForeignImages.h"
+
 #include <QPainter>
 
 void MVCollectionViewImageView::setIcon(const QIcon& icon) {
@@ -10,5 +12,6 @@ void MVCollectionViewImageView::setIcon(const QIcon& icon) {
 void MVCollectionViewImageView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const platform::ForeignImages foreign;
     icon_.paint(&painter, rect());
 }
