@@ -1,6 +1,6 @@
 #include "ctl/Messages.h"
 
-#include "platform/text/HarmlessText.h"
+#include "platform/text/ShownLine.h"
 
 #include <clocale>
 #include <libintl.h>
@@ -39,7 +39,5 @@ std::string Messages::text(const char* english, std::initializer_list<std::strin
 }
 
 std::string Messages::shown(const std::string& name) {
-    std::string harmless = name;
-    platform::makeHarmless(harmless, platform::ControlsKept::none);
-    return harmless;
+    return platform::shownLine(name);
 }

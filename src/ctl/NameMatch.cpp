@@ -2,6 +2,7 @@
 
 #include "ctl/Failure.h"
 #include "ctl/Messages.h"
+#include "platform/text/ShownLine.h"
 
 #include <glib.h>
 
@@ -13,12 +14,14 @@ namespace {
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
 
+/// Of what a person sees of a name, since that is what is typed.
 std::string folded(const std::string& name) {
     const Text normal(
         g_utf8_normalize(name.data(), static_cast<gssize>(name.size()), G_NORMALIZE_ALL), &g_free);
     if (normal == nullptr)
         return name; // no UTF-8
-    return Text(g_utf8_casefold(normal.get(), -1), &g_free).get();
+    const std::string shown = platform::shownLine(normal.get());
+    return Text(g_utf8_casefold(shown.c_str(), -1), &g_free).get();
 }
 
 std::vector<std::string> those(const std::vector<std::string>& names,
@@ -40,22 +43,24 @@ std::string listed(const std::vector<std::string>& names) {
 
 } // namespace
 
+std::vector<std::string> namesAlike(const std::string& wanted,
+                                    const std::vector<std::string>& names) {
+    const std::string key = folded(wanted);
+    if (key.empty())
+        return {};
+    auto found = those(names, [&](const std::string& name) { return name == wanted; });
+    return !found.empty()
+               ? found
+               : those(names, [&](const std::string& name) { return folded(name) == key; });
+}
+
 std::vector<std::string> namesMeant(const std::string& wanted,
                                     const std::vector<std::string>& names) {
-    if (wanted.empty())
-        return {};
     const std::string key = folded(wanted);
-    for (const std::function<bool(const std::string&)>& fits :
-         {std::function<bool(const std::string&)>(
-              [&](const std::string& name) { return name == wanted; }),
-          std::function<bool(const std::string&)>(
-              [&](const std::string& name) { return folded(name) == key; }),
-          std::function<bool(const std::string&)>(
-              [&](const std::string& name) { return folded(name).starts_with(key); })}) {
-        if (auto found = those(names, fits); !found.empty())
-            return found;
-    }
-    return {};
+    const auto alike = namesAlike(wanted, names);
+    if (!alike.empty() || key.empty())
+        return alike;
+    return those(names, [&](const std::string& name) { return folded(name).starts_with(key); });
 }
 
 std::string nameMeant(const std::string& wanted, const std::vector<std::string>& names) {

@@ -1,25 +1,20 @@
 #include "ctl/Report.h"
 
 #include "ctl/Messages.h"
+#include "ctl/TextWidth.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <numeric>
+#include <tuple>
 
 namespace {
 
 using Row = std::array<std::string, 5>;
 
-/// Of columns of a terminal.
-std::size_t width(const std::string& text) {
-    std::size_t columns = 0;
-    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
-        const gunichar character = g_utf8_get_char(at);
-        if (g_unichar_iszerowidth(character) == FALSE)
-            columns += g_unichar_iswide(character) != FALSE ? 2 : 1;
-    }
-    return columns;
-}
+constexpr std::string_view columnGap = "  ";
+constexpr std::size_t leastNameWidth = 8;
 
 std::string percent(int number) {
     return std::to_string(number) + "%";
@@ -33,17 +28,35 @@ Row rowOf(const CtlProgram& program) {
             runs ? percent(program.activity) : "-", runs ? std::to_string(program.pid) : "-"};
 }
 
-std::string aligned(const std::vector<Row>& rows) {
-    std::array<std::size_t, 5> widths{};
+using Widths = std::array<std::size_t, std::tuple_size_v<Row>>;
+
+Widths widthsOf(const std::vector<Row>& rows) {
+    Widths widths{};
     for (const Row& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], width(row[i]));
+            widths[i] = std::max(widths[i], TextWidth::columns(row[i]));
     }
+    return widths;
+}
+
+/// Shortens the names so that a row has at most `columns`, if they are what makes it longer.
+void cutNames(std::vector<Row>& rows, std::size_t columns) {
+    const Widths widths = widthsOf(rows);
+    const std::size_t others =
+        std::accumulate(widths.begin() + 1, widths.end(), columnGap.size() * (widths.size() - 1));
+    const std::size_t most = std::max(columns, others + leastNameWidth) - others;
+    for (Row& row : rows)
+        row[0] = TextWidth::cut(row[0], most);
+}
+
+std::string aligned(const std::vector<Row>& rows) {
+    const Widths widths = widthsOf(rows);
     std::string text;
     for (const Row& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string gap(widths[i] - width(row[i]), ' ');
-            text += i == 0 ? row[i] + gap : "  " + gap + row[i]; // numbers stand to the right
+            const std::string fill(widths[i] - TextWidth::columns(row[i]), ' ');
+            text += i == 0 ? row[i] + fill // numbers stand to the right
+                           : std::string(columnGap) + fill + row[i];
         }
         text += '\n';
     }
@@ -109,12 +122,15 @@ std::string array(const Items& items, const ToText& toText) {
 
 } // namespace
 
-std::string Report::table(const std::vector<CtlProgram>& programs) {
+std::string Report::table(const std::vector<CtlProgram>& programs,
+                          std::optional<std::size_t> columns) {
     std::vector<Row> rows{{Messages::text("NAME"), Messages::text("VOLUME"),
                            Messages::text("MUTED"), Messages::text("ACTIVITY"),
                            Messages::text("PID")}};
     for (const CtlProgram& program : programs)
         rows.push_back(rowOf(program));
+    if (columns)
+        cutNames(rows, *columns);
     return aligned(rows);
 }
 

@@ -2,6 +2,8 @@
 
 #include "ctl/Mixer.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,8 +11,10 @@
 /// What tonvalectl prints: tables and lines for people, JSON for programs. Whole lines.
 namespace Report {
 
-/// Columns with a title each; "-" stands for the process and activity of what does not run.
-std::string table(const std::vector<CtlProgram>& programs);
+/// Columns with a title each; "-" stands for the process and activity of what does not run. Names
+/// are cut so that no row is wider than a terminal of so many columns, unless that is very narrow.
+std::string table(const std::vector<CtlProgram>& programs,
+                  std::optional<std::size_t> columns = std::nullopt);
 
 /// "40% muted"
 std::string line(const CtlProgram& program);

@@ -5,6 +5,7 @@
 #include "ctl/Mixer.h"
 #include "ctl/Monitor.h"
 #include "ctl/Report.h"
+#include "ctl/TextWidth.h"
 #include "ctl/VolumeChange.h"
 
 #include <cstdio>
@@ -41,7 +42,8 @@ void list(Mixer& mixer, const Command& command) {
             names.push_back(program.name);
         printNames(names, command.json);
     } else {
-        print(command.json ? Report::json(programs) : Report::table(programs));
+        print(command.json ? Report::json(programs)
+                           : Report::table(programs, TextWidth::ofTerminal()));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "ui/OneLineText.h"
 
-#include "platform/text/PrintableText.h"
+#include "platform/text/ShownLine.h"
 
 #include <algorithm>
 
@@ -19,15 +19,7 @@ bool leavesNoInk(QChar character) {
 } // namespace
 
 QString oneLineText(const QString& text) {
-    QString line;
-    line.reserve(text.size());
-    for (const QChar character : text) {
-        if (isBreak(character))
-            line += QLatin1Char(' ');
-        else if (!platform::turnsDirection(character.unicode()))
-            line += character;
-    }
-    return line;
+    return QString::fromStdString(platform::shownLine(text.toStdString()));
 }
 
 Qt::LayoutDirection directionOf(const QString& text) {

@@ -2,10 +2,8 @@
 
 #include <QString>
 
-/// A text that a stranger chose, such as a program's name, as it is shown in one line: control
-/// characters and separators of lines are blanks, and what would turn the direction of the text
-/// beside it (embeddings, overrides, isolates) is left out. Marks that belong to right-to-left
-/// writing stay. For the eye only: never compare or store it.
+/// What is shown of a text that a stranger chose, such as a program's name: see
+/// platform::shownLine(). For the eye only: never compare or store it.
 QString oneLineText(const QString& text);
 
 /// Which way a text runs: that of its first letter which has one, whatever stands around it; from

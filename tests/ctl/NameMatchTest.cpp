@@ -20,7 +20,8 @@ ExitCode refusalOf(const std::string& wanted, const Names& names) {
 } // namespace
 
 TEST(NameMatchTest, TheNearestKindOfLikenessDecides) {
-    const Names names{"Music", "music", "Music Box", "Firefox", "Firewatch", "Straße", "naïve"};
+    const Names names{"Music",  "music", "Music Box", "Firefox",    "Firewatch",
+                      "Straße", "naïve", "tab\tbed",  "re\u202etaw"};
     const struct {
         const char* wanted;
         Names meant;
@@ -35,6 +36,9 @@ TEST(NameMatchTest, TheNearestKindOfLikenessDecides) {
                  {"", {}},
                  {"STRASSE", {"Straße"}},
                  {"nai\u0308v", {"naïve"}}, // the accent by itself
+                 {"TAB BED", {"tab\tbed"}}, // as it is shown
+                 {"reta", {"re\u202etaw"}},
+                 {"\u200b", {}},
                  {"\xff", {}}};
     for (const auto& [wanted, meant] : cases)
         EXPECT_EQ(namesMeant(wanted, names), meant) << wanted;
@@ -49,7 +53,7 @@ TEST(NameMatchTest, ADoubtfulNameIsRefusedWithAllThatItMayMean) {
         ADD_FAILURE();
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.code(), ExitCode::doubtfulName);
-        EXPECT_STREQ(failure.what(), "“p” may be any of: player, Piano?[2J")
+        EXPECT_STREQ(failure.what(), "“p” may be any of: player, Piano [2J")
             << "what a program calls itself does nothing to a terminal";
     }
 }

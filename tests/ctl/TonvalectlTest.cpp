@@ -45,10 +45,26 @@ TEST_F(TonvalectlTest, ListsWhatIsThereForPeopleAndForPrograms) {
     const Result table = ctl({"list"});
     EXPECT_EQ(lines(table.output), 3) << table.output;
     EXPECT_NE(table.output.find("\nSound Effects"), std::string::npos);
-    EXPECT_NE(table.output.find("A \"quoted\"\\?[31m name"), std::string::npos);
+    EXPECT_NE(table.output.find("A \"quoted\"\\ [31m name"), std::string::npos);
     for (const auto& arguments :
          std::vector<std::vector<std::string>>{{"list", "--names"}, {"list", "--names", "--all"}})
-        EXPECT_EQ(ctl(arguments).output, "A \"quoted\"\\?[31m name\nSound Effects\n");
+        EXPECT_EQ(ctl(arguments).output, "A \"quoted\"\\ [31m name\nSound Effects\n");
+}
+
+TEST_F(TonvalectlTest, ATableFitsTheTerminal) {
+    startTonvale();
+    const std::string name = "A program with a name that is far too long for the terminal";
+    checkIn(pid, name);
+    const support::ScopedVariable program("TONVALECTL", TONVALECTL);
+    const auto inTerminal = [](const std::string& command) {
+        return support::runCommand(
+                   {"script", "-qec", "stty cols 50; \"$TONVALECTL\" " + command, "/dev/null"})
+            .output;
+    };
+    const std::string table = inTerminal("list");
+    EXPECT_NE(table.find("\nA program with a n…  "), std::string::npos) << table;
+    for (const char* const command : {"list --json", "list --names", "list | cat"})
+        EXPECT_NE(inTerminal(command).find(name), std::string::npos) << command;
 }
 
 TEST_F(TonvalectlTest, ALevelIsReadOnRequest) {

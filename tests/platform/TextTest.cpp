@@ -1,5 +1,6 @@
 #include "platform/text/MessageLanguages.h"
 #include "platform/text/PrintableText.h"
+#include "platform/text/ShownLine.h"
 #include "platform/text/Utf8.h"
 #include "support/ScopedVariable.h"
 
@@ -61,4 +62,20 @@ TEST(PrintableText, EscapesWhatWouldMakeALineShowSomethingElse) {
              Case{"nul\0inside"sv, "nul\\u0000inside"},
              Case{"\xff\xc3(\xe2\x80", "\\xff\\xc3(\\xe2\\x80"}})
         EXPECT_EQ(platform::printableText(text), printable);
+}
+
+TEST(ShownLine, LeavesNothingThatCommandsATerminalTurnsTextOrHides) {
+    using Case = std::pair<std::string_view, std::string_view>;
+    using std::operator""sv;
+    for (const auto& [text, shown] : std::array{
+             Case{"", ""}, Case{"plain name", "plain name"},
+             Case{"\x1b[31mred\x1b]0;t\x07", " [31mred ]0;t "},
+             Case{"two\r\nlines\x7f", "two  lines "}, Case{"\u009b2J\u0085\u2028x", " 2J  x"},
+             Case{"nul\0inside"sv, "nul inside"}, Case{"a\u202eb\u2066c\u2069d", "abcd"},
+             Case{"Fire\u200bfox\ufeff\u00ad\u2060\U000E0041", "Firefox"},
+             Case{
+                 "\u05d0\u200f \u0646\u200c\u0647 \U0001F469\u200d\U0001F4BB \u2764\ufe0f e\u0301",
+                 "\u05d0\u200f \u0646\u200c\u0647 \U0001F469\u200d\U0001F4BB \u2764\ufe0f e\u0301"},
+             Case{"\xff\xc3+\x9b", "??+?"}})
+        EXPECT_EQ(platform::shownLine(text), shown);
 }
