@@ -1,9 +1,16 @@
 #include "app/CommandLine.h"
 
+#include "framework/application/OptionParser.h"
 #include "platform/files/Bundle.h"
 #include "platform/text/Localization.h"
+#include "platform/text/ShownLine.h"
 
+#include <QList>
+
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
@@ -19,7 +26,7 @@ the front.
 
   --debug            write everything to the log; same as holding Control and Meta at the start
   --screenshot FILE  save a picture of the window to FILE at the end
-  --help             print this text and exit
+  -h, --help         print this text and exit
   --version          print the version and exit
 
 Options of Qt, such as --platform and --style, work too. The log is Tonvale/Tonvale.log in
@@ -28,8 +35,73 @@ $XDG_STATE_HOME (~/.local/state). See also tonvale(1).
     return text(english);
 }
 
-void print(const QString& line) {
-    std::fputs(line.toUtf8().constData(), stdout);
+constexpr int wrongUsage = 2;
+
+/// How an option of Qt takes its value.
+enum class Value : std::uint8_t { none, next, nextOrJoined };
+
+struct QtOption {
+    QLatin1String name;
+    Value value;
+};
+
+/// With one dash or two; those of X11 mean nothing on Wayland.
+constexpr QtOption qtOptions[] = {{QLatin1String("display"), Value::next},
+                                  {QLatin1String("dograb"), Value::none},
+                                  {QLatin1String("geometry"), Value::next},
+                                  {QLatin1String("icon"), Value::next},
+                                  {QLatin1String("name"), Value::next},
+                                  {QLatin1String("nograb"), Value::none},
+                                  {QLatin1String("platform"), Value::next},
+                                  {QLatin1String("platformpluginpath"), Value::next},
+                                  {QLatin1String("platformtheme"), Value::next},
+                                  {QLatin1String("plugin"), Value::next},
+                                  {QLatin1String("qdebug"), Value::none},
+                                  {QLatin1String("qdevel"), Value::none},
+                                  {QLatin1String("qmljsdebugger"), Value::nextOrJoined},
+                                  {QLatin1String("qwindowgeometry"), Value::next},
+                                  {QLatin1String("qwindowicon"), Value::next},
+                                  {QLatin1String("qwindowtitle"), Value::next},
+                                  {QLatin1String("reverse"), Value::none},
+                                  {QLatin1String("session"), Value::next},
+                                  {QLatin1String("style"), Value::nextOrJoined},
+                                  {QLatin1String("stylesheet"), Value::nextOrJoined},
+                                  {QLatin1String("testability"), Value::none},
+                                  {QLatin1String("title"), Value::next},
+                                  {QLatin1String("visual"), Value::next},
+                                  {QLatin1String("widgetcount"), Value::none}};
+
+/// Qt takes whatever argument follows, also one with a dash.
+const char* complaintAboutQt(const QtOption& known, const QNOption& option, bool isLast) {
+    const bool isFlag = option.form == QNOption::Form::flag;
+    if (known.value != Value::none && isFlag && isLast)
+        return "%@ needs a value; see --help.";
+    if (known.value == Value::next && option.argument.startsWith(QLatin1String("--")) &&
+        option.argument.contains(QLatin1Char('=')))
+        return "%@ takes the next argument as its value; see --help.";
+    return nullptr;
+}
+
+/// Null when it is all right.
+const char* complaintAbout(const QNOption& option, bool isLast) {
+    const auto* const known = std::ranges::find(qtOptions, option.key, &QtOption::name);
+    if (known != std::end(qtOptions))
+        return complaintAboutQt(*known, option, isLast);
+    if (option.key == CommandLine::screenshot && option.value.isEmpty())
+        return "%@ needs a value; see --help.";
+    const bool isForeign = !CommandLine::options().contains(option.key);
+    return isForeign && option.argument.startsWith(QLatin1String("--"))
+               ? "There is no option %@; see --help."
+               : nullptr;
+}
+
+int print(const QString& answer) {
+    std::fputs(answer.toUtf8().constData(), stdout);
+    return std::fflush(stdout) == 0 ? 0 : 1;
+}
+
+bool asksForHelp(const QNOption& option) {
+    return option.key == CommandLine::help || option.argument == QLatin1String("-h");
 }
 
 } // namespace
@@ -38,13 +110,21 @@ QStringList CommandLine::options() {
     return {debug, help, screenshot, version};
 }
 
-bool CommandLine::answer(const QNOptions& options) {
-    if (options.contains(help)) {
-        print(helpText());
-        return true;
+std::optional<int> CommandLine::answer(const QStringList& arguments) {
+    const QList<QNOption> options = readQNOptions(arguments);
+    if (std::ranges::any_of(options, &asksForHelp))
+        return print(helpText());
+    if (std::ranges::find(options, version, &QNOption::key) != options.end())
+        return print(platform::formatted(QStringLiteral("Tonvale %@\n"),
+                                         platform::Bundle::main().version()));
+    for (const QNOption& option : options) {
+        const bool isLast = option.argument == arguments.last();
+        if (const char* const complaint = complaintAbout(option, isLast)) {
+            const QString name = option.argument.section(QLatin1Char('='), 0, 0);
+            const QString line = platform::formatted(text(complaint), name);
+            std::fprintf(stderr, "Tonvale: %s\n", platform::shownLine(line.toStdString()).c_str());
+            return wrongUsage;
+        }
     }
-    if (!options.contains(version))
-        return false;
-    print(platform::formatted(QStringLiteral("Tonvale %@\n"), platform::Bundle::main().version()));
-    return true;
+    return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 #include "app/MVAppController.h"
+#include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/files/Bundle.h"
@@ -31,8 +32,8 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
 
 int main(int argc, char** argv) {
     try {
-        if (CommandLine::answer(parseQNOptions(argumentTexts(argc, argv))))
-            return 0;
+        if (const auto status = CommandLine::answer(argumentTexts(argc, argv)))
+            return *status;
         platform::unblockSignals();
         platform::surviveFailedWrites();
         platform::raiseDescriptorLimit();

@@ -28,13 +28,14 @@ constexpr int failure = 1;
 constexpr int wrongUsage = 2;
 constexpr int anotherRuns = 3;
 
-constexpr const char* usage = "Usage: Tonvale [--help | --version | --status]\n"
-                              "Lets the Tonvale application set the volume of each program.\n"
-                              "Runs until it is told to end; one is enough for a session.\n"
-                              "\n"
-                              "  --status   print what the plug-in that runs in this session sees\n"
-                              "  --version  print the version\n"
-                              "  --help     print this text\n";
+constexpr const char* usage =
+    "Usage: Tonvale [--status | --version | --help]\n"
+    "Lets the Tonvale application set the volume of each program.\n"
+    "Runs until it is told to end; one is enough for a session.\n"
+    "\n"
+    "  --status    print what the plug-in that runs in this session sees\n"
+    "  --version   print the version\n"
+    "  -h, --help  print this text\n";
 
 ApplicationReports reportsTo(PluginService& service) {
     return {.changedElsewhere =
@@ -78,7 +79,7 @@ int run(int argc, char** argv) {
     if (argc > 2)
         return failUsage("one option at most", argv[2]);
     const std::string_view option = argc == 2 ? argv[1] : "";
-    if (option == "--help")
+    if (option == "--help" || option == "-h")
         return std::fputs(usage, stdout) < 0 ? failure : 0;
     if (option == "--version") {
         std::printf("Tonvale plug-in %s\n", platform::Bundle::main().version().c_str());

@@ -136,9 +136,12 @@ TEST_F(TonvaleTest, PrintsTheVersionThatItsBundleStates) {
     ChildProcess program({TONVALE_PROGRAM, "--version"});
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.output(), "Tonvale " TONVALE_VERSION "\n");
-    ChildProcess help({TONVALE_PROGRAM, "-x", "--help"});
-    EXPECT_EQ(help.wait(), 0);
-    EXPECT_NE(help.output().find("--debug"), std::string::npos);
+    for (const char* const asking : {"--help", "-h"}) {
+        ChildProcess help({TONVALE_PROGRAM, "-x", asking, "--bogus"});
+        EXPECT_EQ(help.wait(), 0);
+        EXPECT_TRUE(help.output().starts_with("Usage: ")) << help.output();
+        EXPECT_NE(help.output().find("--debug"), std::string::npos);
+    }
     EXPECT_FALSE(isServed()) << "nothing is started";
     EXPECT_FALSE(std::filesystem::exists(path("state"))) << "and nothing written";
 }
@@ -213,27 +216,65 @@ TEST_F(TonvaleTest, DoesNotWaitForABusThatNeverAnswers) {
     endWell(*program);
 }
 
-TEST_F(TonvaleTest, SaysThatThereIsNoDisplayAndEndsWithOne) {
+TEST_F(TonvaleTest, WithoutADisplayOneSentenceSaysWhatToSet) {
     const support::ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
-    ChildProcess program({TONVALE_PROGRAM});
-    EXPECT_EQ(program.wait(), 1);
-    EXPECT_NE(program.output().find("Tonvale: "), std::string::npos);
+    const support::ScopedVariable wayland("WAYLAND_DISPLAY", std::nullopt);
+    for (const auto& [display, sentence] :
+         std::vector<std::pair<std::optional<std::string>, std::string>>{
+             {std::nullopt, "There is no display: set DISPLAY or WAYLAND_DISPLAY."},
+             {path("none"), "No window can be shown (could not connect to display " + path("none") +
+                                "): DISPLAY, WAYLAND_DISPLAY or --platform must name a display "
+                                "that answers."}}) {
+        const support::ScopedVariable x11("DISPLAY", display);
+        ChildProcess program({TONVALE_PROGRAM});
+        EXPECT_EQ(program.wait(), 1);
+        EXPECT_EQ(program.output(), "Tonvale: " + sentence + "\n");
+    }
     EXPECT_FALSE(std::filesystem::exists(path("state")));
 }
 
-TEST_F(TonvaleTest, SurvivesTheEndOfTheBus) {
-    const support::PrivateBus other;
-    std::optional<support::PrivateBus> bus(std::in_place);
-    const auto program = start();
-    bus.reset();
-    support::ScriptedPlugin plugin(socket_);
-    plugin.checkIn(4711, "player");
-    EXPECT_TRUE(logs("'player' connected"));
-    ChildProcess second({TONVALE_PROGRAM});
-    EXPECT_EQ(second.wait(), 0) << second.output();
-    EXPECT_TRUE(isServed()) << "there is still one";
-    endWell(*program);
+TEST_F(TonvaleTest, RefusesWrongOptionsBeforeItStartsAnything) {
+    constexpr int wrongUsage = 2;
+    constexpr int noDisplay = 1; // so it would have started
+    const std::string noOption = "Tonvale: There is no option --bogus; see --help.\n";
+    const std::string noValue = " needs a value; see --help.\n";
+    const support::ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
+    const support::ScopedVariable display("DISPLAY", std::nullopt);
+    const support::ScopedVariable wayland("WAYLAND_DISPLAY", std::nullopt);
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        std::string output = "Tonvale: There is no display: set DISPLAY or WAYLAND_DISPLAY.\n";
+    } cases[] = {
+        {{"--bogus"}, wrongUsage, noOption},
+        {{"-x", "--bogus=1"}, wrongUsage, noOption},
+        {{"--debug", "--bogus", "file"}, wrongUsage, noOption},
+        {{"--screenshot"}, wrongUsage, "Tonvale: --screenshot" + noValue},
+        {{"--screenshot", "--debug"}, wrongUsage, "Tonvale: --screenshot" + noValue},
+        {{"--screenshot="}, wrongUsage, "Tonvale: --screenshot" + noValue},
+        {{"-screenshot", "="}, wrongUsage, "Tonvale: -screenshot" + noValue},
+        {{"-reverse", "--style"}, wrongUsage, "Tonvale: --style" + noValue},
+        {{"--platform=offscreen"},
+         wrongUsage,
+         "Tonvale: --platform takes the next argument as its value; see --help.\n"},
+        {{"--\x1b[31m"}, wrongUsage, "Tonvale: There is no option -- [31m; see --help.\n"},
+        {{"-x", "y", "name=value", "-name=value", "-QNInstallVolume", "/volume"}, noDisplay},
+        {{"-style", "fusion", "--style=fusion", "--reverse"}, noDisplay},
+        {{"--qmljsdebugger=port:1", "-qwindowgeometry", "-1+1", "--nograb"}, noDisplay},
+        {{"file", "--bogus"}, noDisplay},
+        {{"--", "--bogus"}, noDisplay},
+    };
+    for (const auto& each : cases) {
+        std::vector<std::string> words{TONVALE_PROGRAM};
+        words.insert(words.end(), each.arguments.begin(), each.arguments.end());
+        ChildProcess program(words);
+        EXPECT_EQ(program.wait(), each.status) << each.arguments.front();
+        EXPECT_EQ(program.output(), each.output) << each.arguments.front();
+    }
+    EXPECT_FALSE(isServed());
+    EXPECT_FALSE(std::filesystem::exists(path("state")));
 }
+
 TEST_F(TonvaleTest, DamagedImagesOfOtherProgramsAreTheLogsBusiness) {
     const std::filesystem::path icons = path("data/pixmaps");
     std::filesystem::create_directories(icons);
@@ -254,3 +295,16 @@ TEST_F(TonvaleTest, DamagedImagesOfOtherProgramsAreTheLogsBusiness) {
         EXPECT_EQ(program->output().find(word), std::string::npos) << program->output();
 }
 
+TEST_F(TonvaleTest, SurvivesTheEndOfTheBus) {
+    const support::PrivateBus other;
+    std::optional<support::PrivateBus> bus(std::in_place);
+    const auto program = start();
+    bus.reset();
+    support::ScriptedPlugin plugin(socket_);
+    plugin.checkIn(4711, "player");
+    EXPECT_TRUE(logs("'player' connected"));
+    ChildProcess second({TONVALE_PROGRAM});
+    EXPECT_EQ(second.wait(), 0) << second.output();
+    EXPECT_TRUE(isServed()) << "there is still one";
+    endWell(*program);
+}

@@ -120,7 +120,8 @@ TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
 }
 
 TEST_F(PluginProcessTest, OptionsAreAnsweredAndWrongOnesRefused) {
-    EXPECT_THAT(runPlugin({"--help"}).output, HasSubstr("--status"));
+    for (const char* const asking : {"--help", "-h"})
+        EXPECT_THAT(runPlugin({asking}).output, HasSubstr("--status"));
     EXPECT_EQ(runPlugin({"--version"}).output, "Tonvale plug-in " TONVALE_VERSION "\n");
     for (const std::vector<std::string>& options :
          {std::vector<std::string>{"--wrong"}, {""}, {"--status", "--help"}}) {

@@ -23,18 +23,20 @@ QString valueOf(const QString& text) {
 }
 
 /// An option without "=" in it, at `index`, which moves on to the last argument that belongs to it.
-void storeDashed(const QStringList& arguments, qsizetype& index, QNOptions& options) {
-    const QString key = keyOf(arguments[index]);
+QNOption readDashed(const QStringList& arguments, qsizetype& index) {
+    using Form = QNOption::Form;
+    const QString& argument = arguments[index];
+    const QString key = keyOf(argument);
     const bool isLast = index + 1 >= arguments.size();
     if (!isLast && arguments[index + 1] == QLatin1String("=")) {
         index += 2;
-        if (index < arguments.size())
-            options.insert(key, valueOf(arguments[index]));
-    } else if (isLast || arguments[index + 1].startsWith(QLatin1Char('-'))) {
-        options.insert(key, key);
-    } else {
-        options.insert(key, valueOf(arguments[++index]));
+        if (index >= arguments.size())
+            return {argument, key, Form::incomplete};
+        return {argument, key, Form::valued, valueOf(arguments[index])};
     }
+    if (isLast || arguments[index + 1].startsWith(QLatin1Char('-')))
+        return {argument, key};
+    return {argument, key, Form::valued, valueOf(arguments[++index])};
 }
 
 } // namespace
@@ -46,17 +48,28 @@ QStringList argumentTexts(int argc, char** argv) {
     return texts;
 }
 
-QNOptions parseQNOptions(const QStringList& arguments) {
-    QNOptions options;
+QList<QNOption> readQNOptions(const QStringList& arguments) {
+    QList<QNOption> options;
     for (qsizetype index = 1; index < arguments.size(); ++index) {
         const QString& argument = arguments[index];
         const qsizetype equals = argument.indexOf(QLatin1Char('='));
         if (equals >= 0)
-            options.insert(keyOf(argument.left(equals)), valueOf(argument.mid(equals + 1)));
+            options.append({argument, keyOf(argument.left(equals)), QNOption::Form::valued,
+                            valueOf(argument.mid(equals + 1))});
         else if (argument == QLatin1String("--") || !argument.startsWith(QLatin1Char('-')))
             break;
         else
-            storeDashed(arguments, index, options);
+            options.append(readDashed(arguments, index));
+    }
+    return options;
+}
+
+QNOptions parseQNOptions(const QStringList& arguments) {
+    QNOptions options;
+    for (const QNOption& option : readQNOptions(arguments)) {
+        if (option.form != QNOption::Form::incomplete)
+            options.insert(option.key,
+                           option.form == QNOption::Form::flag ? option.key : option.value);
     }
     return options;
 }

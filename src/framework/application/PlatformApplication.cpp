@@ -3,17 +3,17 @@
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/application/QNGUIApplication.h"
 #include "framework/application/SignalTable.h"
+#include "framework/application/ToolkitStart.h"
 
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopNotifier.h"
 #include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QApplication>
 #include <QTimer>
 
-#include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -32,19 +32,12 @@ class GuardedApplication final : public QApplication {
     }
 };
 
-/// No display, say: one line and a status instead of an abort. For the toolkit's start only.
-void endOnFatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    platform::systemLog(platform::LogPriority::error, "%s", qUtf8Printable(message));
-    if (type == QtFatalMsg)
-        std::_Exit(1);
-}
-
 } // namespace
 
 int PlatformApplication::main(int argc, char** argv, const Interface& makeInterface) {
-    const auto formerHandler = qInstallMessageHandler(&endOnFatal);
+    std::optional<ToolkitStart> start(std::in_place, argc, argv);
     GuardedApplication toolkit(argc, argv);
-    qInstallMessageHandler(formerHandler);
+    start.reset();
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
