@@ -26,7 +26,7 @@ void sendChanges(const QString& path, const QString& interface, const QVariantMa
                  const QVariantMap& now) {
     QVariantMap changed;
     for (auto property = now.begin(); property != now.end(); ++property) {
-        if (property.key() != ProgramInterface::activity() &&
+        if (ProgramInterface::isSignalled(property.key()) &&
             before.value(property.key()) != *property)
             changed.insert(property.key(), *property);
     }

@@ -5,8 +5,8 @@
 #include <QString>
 
 /// Tells on the session bus how the objects change, by the standard signals: InterfacesAdded and
-/// InterfacesRemoved of the object manager, and PropertiesChanged, which never tells of an
-/// activity. Main thread only.
+/// InterfacesRemoved of the object manager, and PropertiesChanged, for what is signalled
+/// (ProgramInterface). Main thread only.
 class ControlSignals {
   public:
     /// Tells what `programs` and `mixer`, which are all that there is now, differ in from the last

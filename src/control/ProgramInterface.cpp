@@ -11,6 +11,8 @@ namespace {
 
 const QString volume = QStringLiteral("Volume");
 const QString muted = QStringLiteral("Muted");
+const QString activity = QStringLiteral("Activity");
+const QString position = QStringLiteral("Position");
 
 } // namespace
 
@@ -21,14 +23,19 @@ ProgramInterface::ProgramInterface(AppVolumeController& controller, MVIgnoredApp
 QVariantMap ProgramInterface::properties() const {
     const QString reason = controller_.reasonNotControllable(app_);
     return {{QStringLiteral("Name"), app_.displayName()},
+            {position, static_cast<int>(controller_.apps().indexOf(&app_))},
             {volume, controller_.percentOf(app_)},
             {muted, app_.muted()},
             {QStringLiteral("Playing"), app_.hasActivity()},
-            {activity(), static_cast<int>(app_.activity())},
+            {activity, static_cast<int>(app_.activity())},
             {QStringLiteral("ProcessId"), app_.pid()},
             {QStringLiteral("IconName"), app_.icon().name()},
             {QStringLiteral("Controllable"), reason.isEmpty()},
             {QStringLiteral("Reason"), reason}};
+}
+
+bool ProgramInterface::isSignalled(const QString& property) {
+    return property != activity && property != position;
 }
 
 std::optional<BusError> ProgramInterface::set(const QString& property, const QVariant& value) {

@@ -12,8 +12,9 @@ class ProgramInterface final : public BusInterface {
   public:
     static QString interfaceName() { return QStringLiteral("com.quarnel.Tonvale.Program"); }
 
-    /// What no signal tells.
-    static QString activity() { return QStringLiteral("Activity"); }
+    /// Whether a signal tells of a property's changes. A level changes all the time, and a position
+    /// with each program that comes or goes.
+    static bool isSignalled(const QString& property);
 
     /// `app` is one of the controller's records.
     ProgramInterface(AppVolumeController& controller, MVIgnoredApps& ignored, MVCommAppValue& app);

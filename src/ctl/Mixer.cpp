@@ -36,10 +36,18 @@ std::vector<std::string> namesOf(const std::vector<Named>& programs) {
 
 } // namespace
 
+/// As the person's language orders them.
+void sortByName(std::vector<CtlProgram>& programs) {
+    std::ranges::sort(programs, [](const CtlProgram& one, const CtlProgram& other) {
+        return g_utf8_collate(one.name.c_str(), other.name.c_str()) < 0;
+    });
+}
+
 void CtlProgram::update(GVariant* properties) {
     lookUp(properties, "Name", name);
     lookUp(properties, "Volume", "i", volume);
     lookUp(properties, "Muted", muted);
+    lookUp(properties, "Position", "i", position);
     lookUp(properties, "Playing", playing);
     lookUp(properties, "Activity", "i", activity);
     lookUp(properties, "ProcessId", "u", pid);
@@ -64,7 +72,7 @@ std::vector<CtlProgram> Mixer::programsIn(GVariant* answer) {
         programs.emplace_back().path = path;
         programs.back().update(found.get());
     }
-    sortByName(programs);
+    std::ranges::stable_sort(programs, {}, &CtlProgram::position);
     return programs;
 }
 
@@ -179,10 +187,4 @@ void Mixer::setRemembered(const CtlProgram& program, int percent, bool muted) {
 
 void Mixer::callNamed(const char* method, const std::string& name) {
     bus_.call(BusClient::root, mixerInterface, method, g_variant_new("(s)", name.c_str()));
-}
-
-void sortByName(std::vector<CtlProgram>& programs) {
-    std::ranges::sort(programs, [](const CtlProgram& one, const CtlProgram& other) {
-        return g_utf8_collate(one.name.c_str(), other.name.c_str()) < 0;
-    });
 }

@@ -9,6 +9,7 @@
 /// One program as the application tells of it.
 struct CtlProgram {
     std::string path; ///< of its object; empty when it does not run
+    int position = 0; ///< in the window
     std::string name;
     int volume = 100; ///< percent
     bool muted = false;
@@ -34,7 +35,7 @@ class Mixer {
     /// `bus` must outlive the object.
     explicit Mixer(BusClient& bus) : bus_(bus) {}
 
-    /// Those that have an item, by name.
+    /// Those that have an item, in the window's order.
     std::vector<CtlProgram> programs();
 
     /// Those that are remembered and have none, by name.
@@ -69,6 +70,3 @@ class Mixer {
 
     BusClient& bus_;
 };
-
-/// By name, as the person's language orders them.
-void sortByName(std::vector<CtlProgram>& programs);

@@ -33,7 +33,6 @@ void list(Mixer& mixer, const Command& command) {
     if (command.all) {
         const auto others = mixer.remembered(programs);
         programs.insert(programs.end(), others.begin(), others.end());
-        sortByName(programs);
     }
     if (command.names) {
         std::vector<std::string> names;

@@ -75,7 +75,7 @@ TEST_F(BusToolsTest, EveryObjectTellsWhatItIs) {
         EXPECT_TRUE(has(rootTells, name)) << name << " is not in\n" << rootTells;
     const std::string tells = busctl({"introspect", "com.quarnel.Tonvale", player}).output;
     for (const char* const name : {program, ".Activity", ".Controllable", ".IconName", ".Ignore",
-                                   ".Playing", ".Reason", ".PropertiesChanged"})
+                                   ".Playing", ".Position", ".Reason", ".PropertiesChanged"})
         EXPECT_TRUE(has(tells, name)) << name << " is not in\n" << tells;
     const auto objects = gdbus(root, "org.freedesktop.DBus.ObjectManager.GetManagedObjects").output;
     EXPECT_TRUE(has(objects, std::string("objectpath '") + player + "': {'" + program + "': {"))

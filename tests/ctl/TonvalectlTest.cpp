@@ -48,7 +48,29 @@ TEST_F(TonvalectlTest, ListsWhatIsThereForPeopleAndForPrograms) {
     EXPECT_NE(table.output.find("A \"quoted\"\\ [31m name"), std::string::npos);
     for (const auto& arguments :
          std::vector<std::vector<std::string>>{{"list", "--names"}, {"list", "--names", "--all"}})
-        EXPECT_EQ(ctl(arguments).output, "A \"quoted\"\\ [31m name\nSound Effects\n");
+        EXPECT_EQ(ctl(arguments).output, "Sound Effects\nA \"quoted\"\\ [31m name\n");
+}
+
+TEST_F(TonvalectlTest, ListsInTheOrderOfTheWindow) {
+    startTonvale();
+    std::uint32_t process = pid;
+    for (const char* const name :
+         {"zoom", "Zebra", "alpha", "Beta", "coreaudiod", "gone", "another"})
+        checkIn(process++, name);
+    leave("gone");
+    leave("another");
+    EXPECT_EQ(ctl({"list", "--names"}).output, "Sound Effects\nalpha\nBeta\nZebra\nzoom\n");
+    EXPECT_EQ(ctl({"list", "--names", "--all"}).output,
+              "Sound Effects\nalpha\nBeta\nZebra\nzoom\nanother\ngone\n")
+        << "what does not run stands behind";
+    support::ChildProcess monitor({TONVALECTL, "monitor"});
+    const std::string added = "added Sound Effects 100%\nadded alpha 100%\nadded Beta 100%\n"
+                              "added Zebra 100%\nadded zoom 100%\n";
+    EXPECT_TRUE(support::waitUntil([&] { return lines(monitor.output()) >= 5; }));
+    EXPECT_EQ(monitor.output(), added);
+    EXPECT_TRUE(does({"ignore", "alpha"}));
+    EXPECT_TRUE(support::waitUntil([&] { return lines(monitor.output()) > 5; }));
+    EXPECT_EQ(monitor.output(), added + "removed alpha\n") << "and nothing of who moved up";
 }
 
 TEST_F(TonvalectlTest, ATableFitsTheTerminal) {
