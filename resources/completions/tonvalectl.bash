@@ -43,8 +43,7 @@ _tonvalectl() {
             show monitor' -- "$typed"))
         ;;
     unignore:1) _tonvalectl_names --ignored ;;
-    ignore:1) _tonvalectl_names ;;
-    get:1 | set:1 | mute:1 | unmute:1 | toggle:1 | forget:1) _tonvalectl_names --all ;;
+    get:1 | set:1 | mute:1 | unmute:1 | toggle:1 | ignore:1 | forget:1) _tonvalectl_names --all ;;
     set:2) COMPREPLY=($(compgen -W '0% 25% 50% 75% 100% +5% -5%' -- "$typed")) ;;
     default:1) COMPREPLY=($(compgen -W 'off 25% 50% 75% 100%' -- "$typed")) ;;
     esac

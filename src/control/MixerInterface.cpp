@@ -15,6 +15,7 @@
 namespace {
 
 const QString ignoredProperty = QStringLiteral("Ignored");
+const QString noLongerIgnored = QStringLiteral("NoLongerIgnored");
 const QString defaultVolume = QStringLiteral("DefaultVolume");
 constexpr int noDefault = -1;
 
@@ -69,6 +70,7 @@ MixerInterface::MixerInterface(AppVolumeController& controller, MVIgnoredApps& i
 
 QVariantMap MixerInterface::properties() const {
     return {{ignoredProperty, ignoredNames()},
+            {noLongerIgnored, builtInNames(false)},
             {defaultVolume, controller_.rememberedApps().defaultVolume().value_or(noDefault)}};
 }
 
@@ -115,8 +117,13 @@ QStringList MixerInterface::ignoredNames() const {
     QStringList names;
     for (const QString& name : ignored_.custom())
         names.append(displayed(name));
+    return names + builtInNames(true);
+}
+
+QStringList MixerInterface::builtInNames(bool enabled) const {
+    QStringList names;
     for (const auto& entry : ignored_.builtIn()) {
-        if (entry->enabled())
+        if (entry->enabled() == enabled)
             names.append(displayed(entry->name()));
     }
     return names;
@@ -160,23 +167,10 @@ std::optional<BusError> MixerInterface::ignore(const QString& name) {
     const QString process = processNameOf(name);
     if (process.isEmpty())
         return noSuchProgram();
-    if (!ignored_.isAppIgnored(process))
-        ignored_.addCustomIgnore(process);
+    ignored_.ignore(process);
     return std::nullopt;
 }
 
 std::optional<BusError> MixerInterface::unignore(const QString& name) {
-    const QString process = processNameOf(name);
-    if (!ignored_.isAppIgnored(process))
-        return noSuchProgram();
-    const QStringList custom = ignored_.custom();
-    for (const QString& each : custom) {
-        if (isSameName(each, process))
-            ignored_.removeCustomIgnore(each);
-    }
-    for (const auto& entry : ignored_.builtIn()) {
-        if (isSameName(entry->name(), process))
-            entry->setEnabled(false);
-    }
-    return std::nullopt;
+    return ignored_.unignore(processNameOf(name)) ? std::nullopt : std::optional(noSuchProgram());
 }

@@ -23,6 +23,7 @@ class MixerInterface final : public BusInterface {
 
   private:
     QStringList ignoredNames() const;
+    QStringList builtInNames(bool enabled) const;
     QVariant remembered() const;
     std::optional<BusError> setRemembered(const QString& name, int percent, bool muted);
     std::optional<BusError> forget(const QString& name);

@@ -64,6 +64,6 @@ std::optional<QString> ProgramInterface::signature(const QString& method) const 
 /// The record goes with it.
 BusInterface::Outcome ProgramInterface::call(const QString& /*method*/,
                                              const QVariantList& /*arguments*/) {
-    ignored_.addCustomIgnore(QString(app_.processName()));
+    ignored_.ignore(QString(app_.processName()));
     return {};
 }

@@ -1,5 +1,7 @@
 #include "ctl/Mixer.h"
 
+#include "ctl/Failure.h"
+#include "ctl/Messages.h"
 #include "ctl/NameMatch.h"
 
 #include <algorithm>
@@ -34,8 +36,6 @@ std::vector<std::string> namesOf(const std::vector<Named>& programs) {
     return names;
 }
 
-} // namespace
-
 /// As the person's language orders them.
 void sortByName(std::vector<CtlProgram>& programs) {
     std::ranges::sort(programs, [](const CtlProgram& one, const CtlProgram& other) {
@@ -43,11 +43,13 @@ void sortByName(std::vector<CtlProgram>& programs) {
     });
 }
 
+} // namespace
+
 void CtlProgram::update(GVariant* properties) {
     lookUp(properties, "Name", name);
+    lookUp(properties, "Position", "i", position);
     lookUp(properties, "Volume", "i", volume);
     lookUp(properties, "Muted", muted);
-    lookUp(properties, "Position", "i", position);
     lookUp(properties, "Playing", playing);
     lookUp(properties, "Activity", "i", activity);
     lookUp(properties, "ProcessId", "u", pid);
@@ -133,26 +135,31 @@ void Mixer::forget(const CtlProgram& program) {
     callNamed("Forget", program.name);
 }
 
-void Mixer::ignore(const CtlProgram& program) {
-    if (program.isRunning())
-        bus_.call(program.path, programInterface, "Ignore");
-    else
-        callNamed("Ignore", program.name);
+void Mixer::ignore(const std::string& name) {
+    callNamed("Ignore", nameToIgnore(name));
 }
 
-std::vector<std::string> Mixer::ignored() {
-    const Variant value = property("Ignored");
-    std::vector<std::string> names;
-    GVariantIter entry;
-    g_variant_iter_init(&entry, value.get());
-    const char* name = nullptr;
-    while (g_variant_iter_next(&entry, "&s", &name) != FALSE)
-        names.emplace_back(name);
-    return names;
+/// The name of what is ignored already means that, and no program that begins with it.
+std::string Mixer::nameToIgnore(const std::string& name) {
+    if (const auto same = namesAlike(name, ignored()); !same.empty())
+        return same.front();
+    const auto running = programs();
+    std::vector<std::string> known = namesOf(running);
+    for (const auto& more : {namesOf(remembered(running)), names("NoLongerIgnored")})
+        known.insert(known.end(), more.begin(), more.end());
+    const bool isName = !name.empty() && g_utf8_validate(name.c_str(), -1, nullptr) != FALSE;
+    return isName && namesMeant(name, known).empty() ? name : nameMeant(name, known);
 }
 
 void Mixer::unignore(const std::string& name) {
-    callNamed("Unignore", nameMeant(name, ignored()));
+    const auto known = ignored();
+    if (namesMeant(name, known).empty())
+        throw Failure(ExitCode::noSuchProgram, Messages::text("“%1” is not ignored.", {name}));
+    callNamed("Unignore", nameMeant(name, known));
+}
+
+std::vector<std::string> Mixer::ignored() {
+    return names("Ignored");
 }
 
 int Mixer::defaultVolume() {
@@ -178,6 +185,17 @@ Variant Mixer::property(const char* name) {
     GVariant* value = nullptr;
     g_variant_get(answer.get(), "(v)", &value);
     return Variant(value);
+}
+
+std::vector<std::string> Mixer::names(const char* list) {
+    const Variant value = property(list);
+    std::vector<std::string> names;
+    GVariantIter entry;
+    g_variant_iter_init(&entry, value.get());
+    const char* name = nullptr;
+    while (g_variant_iter_next(&entry, "&s", &name) != FALSE)
+        names.emplace_back(name);
+    return names;
 }
 
 void Mixer::setRemembered(const CtlProgram& program, int percent, bool muted) {

@@ -47,10 +47,11 @@ class Mixer {
     void setVolume(const CtlProgram& program, int percent);
     void setMuted(const CtlProgram& program, bool muted);
     void forget(const CtlProgram& program);
-    void ignore(const CtlProgram& program);
 
-    std::vector<std::string> ignored();
+    /// Ignores the program that a person means, or who has just that name if nobody is known by it.
+    void ignore(const std::string& name);
     void unignore(const std::string& name);
+    std::vector<std::string> ignored();
 
     /// Percent; -1 is none.
     int defaultVolume();
@@ -65,6 +66,8 @@ class Mixer {
     void setProperty(const std::string& path, const char* interface, const char* property,
                      GVariant* value);
     Variant property(const char* name);
+    std::vector<std::string> names(const char* list);
+    std::string nameToIgnore(const std::string& name);
     void setRemembered(const CtlProgram& program, int percent, bool muted);
     void callNamed(const char* method, const std::string& name);
 

@@ -57,7 +57,7 @@ std::vector<std::string> namesAlike(const std::string& wanted,
 std::vector<std::string> namesMeant(const std::string& wanted,
                                     const std::vector<std::string>& names) {
     const std::string key = folded(wanted);
-    const auto alike = namesAlike(wanted, names);
+    auto alike = namesAlike(wanted, names);
     if (!alike.empty() || key.empty())
         return alike;
     return those(names, [&](const std::string& name) { return folded(name).starts_with(key); });

@@ -108,7 +108,7 @@ void run(const Command& command) {
     case Verb::toggle:
         return mute(mixer, command);
     case Verb::ignore:
-        return mixer.ignore(mixer.find(command.name));
+        return mixer.ignore(command.name);
     case Verb::unignore:
         return mixer.unignore(command.name);
     case Verb::forget:

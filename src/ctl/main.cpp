@@ -23,8 +23,8 @@ Sets the volume of each program by way of the running Tonvale.
   mute NAME              mute, unmute, or the one that it is not
   unmute NAME
   toggle NAME
-  ignore NAME            have it neither shown nor touched, or again
-  unignore NAME
+  ignore NAME            neither show nor touch it from now on; it need not run
+  unignore NAME          undo that
   forget NAME            forget all that is remembered of it
   default [PERCENT|off]  the volume that programs begin with that were never seen
   show                   bring the window to the front

@@ -95,6 +95,34 @@ bool MVIgnoredApps::isAppIgnored(const QString& processName) const {
                                [&](const QString& each) { return isSameName(each, name); });
 }
 
+MVIgnoredApp* MVIgnoredApps::builtInEntry(const QString& name) const {
+    const auto entry = std::ranges::find_if(
+        builtIn_, [&](const auto& each) { return isSameName(each->name(), name); });
+    return entry != builtIn_.end() ? entry->get() : nullptr;
+}
+
+void MVIgnoredApps::ignore(const QString& processName) {
+    if (isAppIgnored(processName))
+        return;
+    if (MVIgnoredApp* const entry = builtInEntry(processName))
+        entry->setEnabled(true);
+    else
+        addCustomIgnore(processName);
+}
+
+bool MVIgnoredApps::unignore(const QString& processName) {
+    if (!isAppIgnored(processName))
+        return false;
+    const QStringList names = custom_;
+    for (const QString& name : names) {
+        if (isSameName(name, storableName(processName)))
+            removeCustomIgnore(name);
+    }
+    if (MVIgnoredApp* const entry = builtInEntry(processName))
+        entry->setEnabled(false);
+    return true;
+}
+
 void MVIgnoredApps::addCustomIgnore(const QString& name) {
     QNLog(qnlog_user, "Added custom '%@'", MVCommLogText(name));
     custom_ += storableName(name);

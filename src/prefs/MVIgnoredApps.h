@@ -44,6 +44,14 @@ class MVIgnoredApps {
     /// names. The whole text counts, its case does not, in any locale.
     bool isAppIgnored(const QString& processName) const;
 
+    /// Ignores a process by whatever it takes: switches the built-in entry of its name on again,
+    /// else adds the name. Does nothing when it is ignored already. Case does not count.
+    void ignore(const QString& processName);
+
+    /// The opposite: removes the name and switches the built-in entry off. False when the process
+    /// was not ignored.
+    bool unignore(const QString& processName);
+
     /// Adds a name, also one that is there already.
     void addCustomIgnore(const QString& name);
 
@@ -63,6 +71,7 @@ class MVIgnoredApps {
     static void notifyPlugins();
 
   private:
+    MVIgnoredApp* builtInEntry(const QString& name) const;
     void builtInDidChange(const MVIgnoredApp& entry);
 
     platform::UserDefaults& defaults_;

@@ -130,6 +130,7 @@ TEST_F(BusToolsTest, WhatMakesNoSenseIsAStandardError) {
                  {root, mixer + ".SetRemembered", {"x", "200", "false"}, "InvalidArgs"},
                  {root, mixer + ".SetRemembered", {"", "50", "false"}, "NoSuchProgram"},
                  {root, set, {mixer, "DefaultVolume", "<101>"}, "InvalidArgs"},
+                 {root, mixer + ".Ignore", {""}, "Tonvale.Error.NoSuchProgram"},
                  {root, set, {mixer, "Ignored", "<['x']>"}, "PropertyReadOnly"}};
     for (const auto& each : cases) {
         const auto answer = gdbus(each.path, each.method, each.arguments);

@@ -189,6 +189,35 @@ TEST_F(TonvalectlTest, IgnoresAndUnignores) {
     EXPECT_TRUE(isStored("CustomIgnoredApps", QVariantList{"player"}));
 }
 
+TEST_F(TonvalectlTest, IgnoresByNameWhatDoesNotRun) {
+    startTonvale();
+    checkIn(pid, "Xcode Helper");
+    EXPECT_TRUE(does({"ignore", "Xcode"})) << "which it is already";
+    EXPECT_FALSE(programJson("Xcode Helper").isEmpty());
+    EXPECT_TRUE(does({"unignore", "Xcode"}));
+    EXPECT_TRUE(isStored("DisabledBuiltInIgnoredApps", QVariantList{"Xcode"}));
+    EXPECT_EQ(ctl({"unignore", "Xcode"}).errors, "tonvalectl: “Xcode” is not ignored.\n");
+    EXPECT_TRUE(does({"ignore", "xcode"})) << "the built-in entry, and not what begins like it";
+    EXPECT_TRUE(isStored("DisabledBuiltInIgnoredApps", QVariant()));
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariant()));
+    EXPECT_FALSE(programJson("Xcode Helper").isEmpty());
+
+    EXPECT_TRUE(does({"ignore", "Never Seen"}));
+    EXPECT_TRUE(does({"ignore", "never seen"}));
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariantList{"Never Seen"}));
+    EXPECT_TRUE(does({"unignore", "never"}));
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariant()));
+
+    EXPECT_TRUE(does({"unignore", "Terminal"}));
+    checkIn(otherPid, "Terminal");
+    EXPECT_TRUE(does({"ignore", "Terminal"})) << "while it runs, too";
+    EXPECT_TRUE(isStored("DisabledBuiltInIgnoredApps", QVariant()));
+    EXPECT_TRUE(isStored("CustomIgnoredApps", QVariant()));
+    EXPECT_TRUE(support::waitUntil([&] { return programJson("Terminal").isEmpty(); }));
+    for (const char* const noName : {"", "\xff"})
+        EXPECT_EQ(ctl({"ignore", noName}).status, 4);
+}
+
 TEST_F(TonvalectlTest, IgnoresTheSoundEffectsByTheNameThatIsShown) {
     startTonvale();
     checkIn(pid, "coreaudiod");
