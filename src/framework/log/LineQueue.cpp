@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -63,8 +62,8 @@ bool LineQueue::wants(std::uint32_t level) const noexcept {
 }
 
 LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcept {
-    Chunks fresh; // made, and destroyed if not needed, without the flag
-    std::unique_lock lock(flag_);
+    Chunks fresh; // made, and destroyed if not needed, without the lock
+    std::unique_lock lock(mutex_);
     while (!hasRoom(record.text.size())) {
         const std::size_t capacity = Chunk::capacityFor(record.text.size());
         if (held_ + capacity > bound_)
@@ -86,9 +85,7 @@ LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcep
     waiting_.back().append(record);
     if (record.isLevelChange)
         level_.store(record.level, std::memory_order_relaxed);
-    const Demand demand = demandOf(isUrgent);
-    lock.unlock();
-    return demand;
+    return demandOf(isUrgent);
 }
 
 LineQueue::Demand LineQueue::drop(const Record& record) noexcept {
@@ -117,12 +114,12 @@ LineQueue::Demand LineQueue::demandOf(bool isUrgent) noexcept {
 }
 
 LineQueue::Chunks LineQueue::take() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     return std::exchange(waiting_, Chunks());
 }
 
 void LineQueue::giveBack(Chunks chunk) noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     held_ -= chunk.front().capacity();
     if (!spare_.empty() || chunk.front().capacity() != usualCapacity)
         return;
@@ -131,35 +128,35 @@ void LineQueue::giveBack(Chunks chunk) noexcept {
 }
 
 bool LineQueue::beginLingering() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     if (waiting_.empty())
         writer_ = Writer::lingering;
     return waiting_.empty();
 }
 
 bool LineQueue::endLingering() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     writer_ = waiting_.empty() ? Writer::none : Writer::working;
     return writer_ == Writer::none;
 }
 
 bool LineQueue::hurry() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     return writer_ == Writer::lingering && demandOf(true) == Demand::hurry;
 }
 
 void LineQueue::writerFailed() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     writer_ = Writer::none;
 }
 
 std::uint64_t LineQueue::takeDropped() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     return std::exchange(dropped_, 0);
 }
 
 std::optional<std::uint32_t> LineQueue::takeLostLevel() noexcept {
-    const std::lock_guard lock(flag_);
+    const std::lock_guard lock(mutex_);
     return std::exchange(lostLevel_, std::nullopt);
 }
 

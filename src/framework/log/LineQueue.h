@@ -1,7 +1,5 @@
 #pragma once
 
-#include "framework/async/SpinFlag.h"
-
 #include "platform/loop/WallClock.h"
 
 #include <atomic>
@@ -9,6 +7,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 
@@ -100,10 +99,10 @@ class LineQueue {
     Demand demandOf(bool isUrgent) noexcept;
 
     const std::size_t bound_;
-    std::atomic<std::uint32_t> level_; // after all changes in the queue; written under flag_
+    std::atomic<std::uint32_t> level_; // after all changes in the queue; written under mutex_
 
-    async::SpinFlag flag_;
-    // Guarded by flag_.
+    std::mutex mutex_;
+    // Guarded by mutex_.
     Chunks waiting_; // records go into the last one
     Chunks spare_;   // one at most, to save allocations
     std::size_t held_ = 0;

@@ -49,7 +49,7 @@ void qnlog_handle::setLevel(std::uint32_t level) noexcept {
 
 void qnlog_handle::append(const LineQueue::Record& record) noexcept {
     if (QN::async::queue::isOrphaned())
-        return; // and the flag of the lines may be taken for ever
+        return; // and the mutex of the lines may be locked for ever
     // What led to an end that comes without notice should be in the file by then.
     const bool isUrgent = record.level <= qnlog_error;
     const LineQueue::Demand demand = lines_.append(record, isUrgent);
