@@ -2,7 +2,11 @@
 
 #include "ContainersFixture.h"
 
+#include <array>
+#include <linux/capability.h>
 #include <optional>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -32,6 +36,24 @@ class ContainerWatchTest : public ContainersFixture {
 
     std::optional<ContainerWatch> watch_;
     int calls_ = 0;
+};
+
+/// The calling thread cannot pass over permissions while it lives, not even as the system's user.
+class PermissionsCount {
+  public:
+    PermissionsCount() {
+        EXPECT_EQ(::syscall(SYS_capget, &header_, before_.data()), 0);
+        auto fewer = before_;
+        fewer[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+        EXPECT_EQ(::syscall(SYS_capset, &header_, fewer.data()), 0);
+    }
+    ~PermissionsCount() { ::syscall(SYS_capset, &header_, before_.data()); }
+    PermissionsCount(const PermissionsCount&) = delete;
+    PermissionsCount& operator=(const PermissionsCount&) = delete;
+
+  private:
+    __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> before_{};
 };
 
 } // namespace
@@ -119,6 +141,18 @@ TEST_F(ContainerWatchTest, WatchesWhatStandsAtThePathWhenAFolderIsReplacedOrRemo
               }),
               1);
     EXPECT_EQ(callsAfter([&] { makeFolders(container("a")); }), 1);
+}
+
+TEST_F(ContainerWatchTest, AContainerThatCannotBeWatchedIsTriedAfterTheNextChangeElsewhere) {
+    makeFolders(container("locked"));
+    fs::permissions(container("locked"), fs::perms::owner_write | fs::perms::owner_exec);
+    const PermissionsCount permissionsCount;
+    watch();
+    EXPECT_EQ(callsAfter([] {}), 0) << "nothing has changed";
+    fs::permissions(container("locked"), fs::perms::owner_all);
+    EXPECT_EQ(callsAfter([&] { makeFolders(container("locked/unseen")); }), 0);
+    EXPECT_EQ(callsAfter([&] { makeFolders(container("other")); }), 1);
+    EXPECT_EQ(callsAfter([&] { makeFolders(container("locked/Data")); }), 1);
 }
 
 TEST_F(ContainerWatchTest, IsSilentOnceItHasGone) {

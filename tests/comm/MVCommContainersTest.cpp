@@ -344,6 +344,29 @@ TEST_F(MVCommContainersTest, ServesOthersWhileTheServersOfManyEnd) {
     EXPECT_EQ(noise(), std::vector<std::string>{});
 }
 
+TEST_F(MVCommContainersTest, TheEndOfAllComesBeforeTheServersOfManyHaveEnded) {
+    std::vector<std::unique_ptr<support::ScriptedPlugin>> plugins;
+    for (const char* const name : {"a", "b", "c"})
+        makeFolders(container(name + std::string("/Data")));
+    start();
+    for (const char* const name : {"a", "b", "c"})
+        plugins.push_back(checkedIn(socketOf(name), 1));
+    fs::remove_all(container(""));
+    notice();
+    clock_.advance(100ms);
+    loop_.turn();
+    EXPECT_TRUE(pids().empty());
+    EXPECT_FALSE(plugins[0]->isEnded()) << "one ends in each turn";
+    comm_->shutdown();
+    for (const auto& plugin : plugins)
+        EXPECT_TRUE(plugin->isEnded());
+    events.clear();
+    levels.clear();
+    advance(1s);
+    EXPECT_EQ(events, "");
+    EXPECT_TRUE(levels.empty());
+}
+
 TEST_F(MVCommContainersTest, ContainersThatCannotBeServedDoNotHinderOthers) {
     makeFolders(container("locked"));
     fs::create_directory_symlink("/proc/self", container("locked/Data")); // not even root's to fill

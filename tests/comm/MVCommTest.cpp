@@ -46,6 +46,16 @@ TEST_F(MVCommTest, AnnouncesABurstOfAdditionsOnceTwoTenthsOfASecondAfterTheLast)
     EXPECT_EQ(announcements(), 1U) << "an application that is going away announces nothing";
 }
 
+TEST_F(MVCommTest, AnotherBroadcastPutsTheAnnouncementOff) {
+    comm_.broadcastDidLaunchNotification();
+    advance(60ms);
+    comm_.broadcastDidLaunchNotification();
+    advance(99ms);
+    EXPECT_EQ(announcements(), 0U);
+    advance(1ms);
+    EXPECT_EQ(announcements(), 1U);
+}
+
 TEST_F(MVCommTest, EveryServerGetsCommandsAndSettingsAndAddsItsProcesses) {
     ASSERT_TRUE(serve("first"));
     ASSERT_TRUE(serve("second"));
@@ -135,6 +145,10 @@ TEST(MVCommSocketPath, IsTheSharedOneUnlessItBelongsToAnotherUser) {
     places.user = ::geteuid() + 1; // now the file is another user's
     EXPECT_EQ(MVCommMainSocketPath(places), runtime);
     EXPECT_EQ(MVCommCandidateSocketPaths(places), (std::vector<std::string>{runtime}));
+
+    std::filesystem::remove(shared);
+    std::filesystem::create_symlink("nowhere", shared);
+    EXPECT_EQ(MVCommMainSocketPath(places), runtime) << "also a link that leads nowhere";
 
     places.runtimeFolder.clear();
     EXPECT_EQ(MVCommMainSocketPath(places), shared) << "there is no other place to try";

@@ -110,6 +110,14 @@ TEST_F(MVCommunicationTest, ATextWithoutANulGoesOnIntoWhatFollowsButNeverPastThe
     EXPECT_EQ(server_->connectionProcesses()[0].path.toStdString(), path);
 }
 
+TEST_F(MVCommunicationTest, TheLineOfAnEmptyNameSaysThatItIsEmptyAndThePidNamesTheProcess) {
+    checkedIn(4711, "")->disconnect();
+    EXPECT_EQ(server_->connectionProcesses()[0].name, "4711");
+    EXPECT_EQ(log_.count("'' connected (pid=4711, path='/usr/bin/x')"), 1U);
+    turn();
+    EXPECT_EQ(log_.count("'4711' disconnected"), 1U);
+}
+
 TEST_F(MVCommunicationTest, ListsConnectionsInTheirOrderAlsoThoseThatNeverCheckIn) {
     const auto silent = connect();
     auto second = checkedIn(2, "b");
@@ -278,6 +286,15 @@ TEST_F(MVCommunicationTest, ReplacesAStaleSocketFileAndRemovesItsOwnAtShutdown) 
     server_->shutdown();
     advance(1s);
     EXPECT_EQ(events, "") << "a pending announcement is dropped";
+}
+
+TEST_F(MVCommunicationTest, ALinkThatLeadsNowhereIsReplacedAndNotFollowed) {
+    const std::string path = socketPath("link");
+    std::filesystem::create_symlink(socketPath("nowhere"), path);
+    const auto server = MVCommunication::create(*this, QString::fromStdString(path));
+    ASSERT_NE(server, nullptr);
+    EXPECT_TRUE(std::filesystem::is_socket(std::filesystem::symlink_status(path)));
+    EXPECT_FALSE(std::filesystem::exists(socketPath("nowhere")));
 }
 
 TEST_F(MVCommunicationTest, AnybodyMayConnectWhateverTheUmaskAndALinkPlantedThereOpensNoOtherFile) {

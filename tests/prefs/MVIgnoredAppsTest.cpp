@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -65,6 +67,11 @@ TEST_F(MVIgnoredAppsTest, TheBuiltInNamesAreSortedWithoutRegardToCase) {
     QStringList sorted = names;
     sorted.sort(Qt::CaseInsensitive);
     EXPECT_EQ(names, sorted);
+    sorted.sort();
+    EXPECT_EQ(
+        QCryptographicHash::hash(sorted.join('\n').toUtf8(), QCryptographicHash::Sha256).toHex(),
+        "45a167f5608b3e007103e5edd647032a3de9e5b7a9ec0425a301e380e664b88b")
+        << "a name has come, gone or changed";
     EXPECT_TRUE(apps.custom().isEmpty());
     EXPECT_EQ(steps_, "") << "nothing has changed";
 }

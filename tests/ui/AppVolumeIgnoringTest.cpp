@@ -68,6 +68,17 @@ TEST_F(AppVolumeIgnoringTest, PluginsAreToldWhenTheCopiesAreInPlaceAndTheMainThr
     EXPECT_EQ(copy.list("CustomIgnoredApps"), QVariantList{"PLAYER"});
 }
 
+TEST_F(AppVolumeIgnoringTest, ANameThatIsIgnoredNoLongerIsInNoCopyEither) {
+    open();
+    const auto namesInCopy = [&] {
+        return platform::UserDefaults(copies_ / "p.plist").list("CustomIgnoredApps");
+    };
+    ignored_.addCustomIgnore("player");
+    ASSERT_TRUE(waitUntil([&] { return namesInCopy() == QVariantList{"player"}; }));
+    ignored_.removeCustomIgnore("player");
+    EXPECT_TRUE(waitUntil([&] { return namesInCopy().isEmpty(); }));
+}
+
 TEST_F(AppVolumeIgnoringTest, PluginsAreToldAlsoWhenCopyingFails) {
     std::filesystem::create_directories(copies_ / "p.plist/precious");
     open();
