@@ -16,8 +16,8 @@ constexpr std::size_t usualCapacity = 65536;
 struct Header {
     std::int64_t time;
     std::uint32_t level;
-    std::uint32_t isLevelChange;
-    std::size_t textSize;
+    LineQueue::Kind kind;
+    std::uint64_t size; ///< of the text; of a gap, which has none, the number of records
 };
 
 } // namespace
@@ -26,16 +26,16 @@ LineQueue::Chunk::Chunk(std::size_t capacity)
     : bytes_(std::make_unique_for_overwrite<std::byte[]>(capacity)), capacity_(capacity) {}
 
 std::size_t LineQueue::Chunk::capacityFor(std::size_t textSize) noexcept {
-    return std::max(usualCapacity, sizeof(Header) + textSize);
+    return std::max(usualCapacity, 2 * sizeof(Header) + textSize);
 }
 
 bool LineQueue::Chunk::fits(std::size_t textSize) const noexcept {
-    return capacity_ - used_ >= sizeof(Header) + textSize;
+    return capacity_ - used_ >= 2 * sizeof(Header) + textSize;
 }
 
 void LineQueue::Chunk::append(const Record& record) noexcept {
-    const Header header{record.time.time_since_epoch().count(), record.level,
-                        record.isLevelChange ? 1U : 0U, record.text.size()};
+    const Header header{record.time.time_since_epoch().count(), record.level, record.kind,
+                        record.kind == Kind::gap ? record.dropped : record.text.size()};
     std::memcpy(&bytes_[used_], &header, sizeof header);
     used_ += sizeof header;
     if (!record.text.empty())
@@ -49,11 +49,16 @@ bool LineQueue::Chunk::next(std::size_t& offset, Record& record) const noexcept 
     Header header{};
     std::memcpy(&header, &bytes_[offset], sizeof header);
     offset += sizeof header;
-    record = {
-        header.isLevelChange != 0, header.level,
-        platform::WallClock::time_point(std::chrono::microseconds(header.time)),
-        std::string_view(reinterpret_cast<const char*>(bytes_.get()) + offset, header.textSize)};
-    offset += header.textSize;
+    record = {header.kind,
+              header.level,
+              platform::WallClock::time_point(std::chrono::microseconds(header.time)),
+              {}};
+    if (record.kind == Kind::gap) {
+        record.dropped = header.size;
+    } else {
+        record.text = {reinterpret_cast<const char*>(bytes_.get()) + offset, header.size};
+        offset += header.size;
+    }
     return true;
 }
 
@@ -77,24 +82,30 @@ LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcep
         try {
             fresh.emplace_back(capacity);
         } catch (const std::bad_alloc&) {
-            return Demand::none;
+            lock.lock();
+            return drop(record);
         }
         lock.lock();
         isUrgent = true; // so much has come that it should not wait
     }
+    if (dropped_ != 0)
+        waiting_.back().append(takeGap());
     waiting_.back().append(record);
-    if (record.isLevelChange)
+    if (record.kind == Kind::levelChange)
         level_.store(record.level, std::memory_order_relaxed);
     return demandOf(isUrgent);
 }
 
 LineQueue::Demand LineQueue::drop(const Record& record) noexcept {
-    ++dropped_;
-    if (record.isLevelChange) {
-        lostLevel_ = record.level;
+    if (dropped_++ == 0)
+        firstDropped_ = record.time;
+    if (record.kind == Kind::levelChange)
         level_.store(record.level, std::memory_order_relaxed);
-    }
-    return demandOf(true); // the writer tells how much is missing
+    return demandOf(true); // there is little room, or none
+}
+
+LineQueue::Record LineQueue::takeGap() noexcept {
+    return {Kind::gap, level_, firstDropped_, {}, std::exchange(dropped_, 0)};
 }
 
 bool LineQueue::hasRoom(std::size_t textSize) noexcept {
@@ -113,9 +124,12 @@ LineQueue::Demand LineQueue::demandOf(bool isUrgent) noexcept {
     return std::exchange(writer_, Writer::working) == Writer::none ? Demand::start : Demand::hurry;
 }
 
-LineQueue::Chunks LineQueue::take() noexcept {
+LineQueue::Content LineQueue::take() noexcept {
     const std::lock_guard lock(mutex_);
-    return std::exchange(waiting_, Chunks());
+    Content content{std::exchange(waiting_, Chunks()), {}};
+    if (dropped_ != 0)
+        content.gap = takeGap();
+    return content;
 }
 
 void LineQueue::giveBack(Chunks chunk) noexcept {
@@ -129,14 +143,14 @@ void LineQueue::giveBack(Chunks chunk) noexcept {
 
 bool LineQueue::beginLingering() noexcept {
     const std::lock_guard lock(mutex_);
-    if (waiting_.empty())
+    if (isEmpty())
         writer_ = Writer::lingering;
-    return waiting_.empty();
+    return isEmpty();
 }
 
 bool LineQueue::endLingering() noexcept {
     const std::lock_guard lock(mutex_);
-    writer_ = waiting_.empty() ? Writer::none : Writer::working;
+    writer_ = isEmpty() ? Writer::none : Writer::working;
     return writer_ == Writer::none;
 }
 
@@ -148,16 +162,6 @@ bool LineQueue::hurry() noexcept {
 void LineQueue::writerFailed() noexcept {
     const std::lock_guard lock(mutex_);
     writer_ = Writer::none;
-}
-
-std::uint64_t LineQueue::takeDropped() noexcept {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(dropped_, 0);
-}
-
-std::optional<std::uint32_t> LineQueue::takeLostLevel() noexcept {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(lostLevel_, std::nullopt);
 }
 
 } // namespace QN::log

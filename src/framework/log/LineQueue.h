@@ -16,13 +16,18 @@ namespace QN::log {
 /// The messages that wait to be written, in the order in which they were left. Callers of any
 /// thread append, one writer at a time takes all there is. Texts are copied one behind the other
 /// into large chunks of memory, so that leaving one costs a copy and no allocation.
+///
+/// Memory has a bound. Records that find no room are dropped; a gap stands in their place.
 class LineQueue {
   public:
+    enum class Kind : std::uint32_t { message, levelChange, gap };
+
     struct Record {
-        bool isLevelChange; ///< from here on messages up to `level` are written
-        std::uint32_t level;
-        platform::WallClock::time_point time;
+        Kind kind;
+        std::uint32_t level; ///< unless it is a message, the one that holds from here on
+        platform::WallClock::time_point time; ///< of a gap: of the first record dropped
         std::string_view text;
+        std::uint64_t dropped = 0; ///< of a gap: how many records
     };
 
     /// What the appending thread has to do for the writer.
@@ -37,6 +42,7 @@ class LineQueue {
       public:
         explicit Chunk(std::size_t capacity);
 
+        /// Whether there is room for a record with such a text and for a gap before it.
         bool fits(std::size_t textSize) const noexcept;
         void append(const Record& record) noexcept;
 
@@ -44,7 +50,6 @@ class LineQueue {
         bool next(std::size_t& offset, Record& record) const noexcept;
 
         std::size_t capacity() const noexcept { return capacity_; }
-        bool isEmpty() const noexcept { return used_ == 0; }
         void clear() noexcept { used_ = 0; }
 
         static std::size_t capacityFor(std::size_t textSize) noexcept;
@@ -56,6 +61,11 @@ class LineQueue {
     };
     using Chunks = std::list<Chunk>;
 
+    struct Content {
+        Chunks chunks;
+        std::optional<Record> gap; ///< behind the last chunk
+    };
+
     /// All chunks together, waiting and being written, take `bound` bytes or hardly more. `level`
     /// is the one that messages are measured by until the first change.
     LineQueue(std::size_t bound, std::uint32_t level) : bound_(bound), level_(level) {}
@@ -63,12 +73,12 @@ class LineQueue {
     /// Whether a message of that level, appended now, would be written.
     bool wants(std::uint32_t level) const noexcept;
 
-    /// A record that finds no room is counted and dropped; of a level change the level stays, see
-    /// takeLostLevel(). `isUrgent` asks a lingering writer to hurry.
+    /// A message or a level change. The level of one that is dropped holds from its gap on.
+    /// `isUrgent` asks a lingering writer to hurry.
     Demand append(const Record& record, bool isUrgent) noexcept;
 
     /// All there is.
-    Chunks take() noexcept;
+    Content take() noexcept;
 
     /// Returns a chunk that has been written.
     void giveBack(Chunks chunk) noexcept;
@@ -85,17 +95,13 @@ class LineQueue {
     /// When the writer could not be started: the next append() asks for it again.
     void writerFailed() noexcept;
 
-    /// Records dropped since the last call.
-    std::uint64_t takeDropped() noexcept;
-
-    /// The level of the last change that was dropped since the last call.
-    std::optional<std::uint32_t> takeLostLevel() noexcept;
-
   private:
     enum class Writer { none, working, lingering };
 
     bool hasRoom(std::size_t textSize) noexcept;
     Demand drop(const Record& record) noexcept;
+    bool isEmpty() const noexcept { return waiting_.empty() && dropped_ == 0; }
+    Record takeGap() noexcept;
     Demand demandOf(bool isUrgent) noexcept;
 
     const std::size_t bound_;
@@ -106,8 +112,8 @@ class LineQueue {
     Chunks waiting_; // records go into the last one
     Chunks spare_;   // one at most, to save allocations
     std::size_t held_ = 0;
-    std::uint64_t dropped_ = 0;
-    std::optional<std::uint32_t> lostLevel_;
+    std::uint64_t dropped_ = 0; // behind the last record
+    platform::WallClock::time_point firstDropped_;
     Writer writer_ = Writer::none;
 };
 

@@ -23,10 +23,20 @@
 /// Further lines of a text stand below its first one as they are. Control characters and bytes that
 /// are not UTF-8 become question marks, so that no text can disturb a terminal.
 ///
-/// A line that cannot be written is lost without a word; none is ever left half written. While the
-/// disk hangs, up to 32 MiB of messages wait; what is beyond is counted to the system log once the
-/// disk moves again. The file stays open although somebody renames or deletes it. At the end of the
-/// program what waits is written, for 2 s at most. In a child made by fork(2) nothing is logged.
+/// A line that the system refuses to write is lost without a word; none is ever left half written.
+///
+/// Messages wait in memory, up to 32 MiB of them, 24 bytes for each included. More are dropped,
+/// whether the disk hangs or they just come faster than it takes them. Where some are missing, a
+/// line of level 2 says how many, whatever the level of the handle:
+///
+///     :41:07.21 : [W] Messages missing here, since too many waited: 1234
+///
+/// The file stays open although somebody renames or deletes it. Each handle writes on at a position
+/// of its own. So open a file only once at a time: two handles write over each other's lines. And
+/// who truncates the file of a running program gets a hole of zero bytes in front of its next line.
+///
+/// At the end of the program what waits is written, for 2 s at most. In a child made by fork(2)
+/// nothing is logged.
 ///
 /// Nothing here throws. Any thread, unless a function says otherwise.
 class qnlog_handle;

@@ -1,10 +1,9 @@
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/processes/SystemLog.h"
-
+#include <array>
+#include <cstdio>
 #include <utility>
 
-using platform::MonotonicClock;
 using platform::WallClock;
 using QN::log::LineQueue;
 using QN::log::LogFile;
@@ -13,7 +12,6 @@ namespace {
 
 constexpr std::int32_t backgroundPriority = -254;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-constexpr std::chrono::seconds tellingPeriod{1};
 
 std::uint64_t nextNumber() noexcept {
     static std::atomic<std::uint64_t> last{0};
@@ -40,11 +38,11 @@ qnlog_handle::~qnlog_handle() {
 void qnlog_handle::append(std::uint32_t level, WallClock::time_point time,
                           std::string_view text) noexcept {
     if (!text.empty())
-        append({false, level, time, text});
+        append({LineQueue::Kind::message, level, time, text});
 }
 
 void qnlog_handle::setLevel(std::uint32_t level) noexcept {
-    append({true, level, WallClock::now(), "log level changed"});
+    append({LineQueue::Kind::levelChange, level, WallClock::now(), "log level changed"});
 }
 
 void qnlog_handle::append(const LineQueue::Record& record) noexcept {
@@ -105,7 +103,6 @@ void qnlog_handle::finish() noexcept {
         hurry_.set();
     flush();
     const std::lock_guard lock(writing_);
-    reportDropped(true);
     file_.close();
 }
 
@@ -125,17 +122,16 @@ void qnlog_handle::destroyLater(qnlog_handle* log) noexcept {
 bool qnlog_handle::writeWaiting() noexcept {
     if (std::exchange(owesMark_, false))
         file_.write(byteOrderMark);
-    LineQueue::Chunks chunks = lines_.take();
-    const bool hasCome = !chunks.empty();
+    auto [chunks, gap] = lines_.take();
+    const bool hasCome = !chunks.empty() || gap;
     while (!chunks.empty()) {
         write(chunks.front());
         LineQueue::Chunks written;
         written.splice(written.end(), chunks, chunks.begin());
         lines_.giveBack(std::move(written));
     }
-    if (const auto lost = lines_.takeLostLevel())
-        level_.store(*lost, std::memory_order_relaxed);
-    reportDropped(false);
+    if (gap)
+        write(*gap);
     return hasCome;
 }
 
@@ -147,9 +143,11 @@ void qnlog_handle::write(const LineQueue::Chunk& chunk) noexcept {
 }
 
 void qnlog_handle::write(const LineQueue::Record& record) noexcept {
-    if (record.isLevelChange)
+    if (record.kind != LineQueue::Kind::message)
         level_.store(record.level, std::memory_order_relaxed);
-    if (record.level <= level() || record.level == qnlog_always)
+    if (record.kind == LineQueue::Kind::gap)
+        writeGap(record);
+    else if (record.level <= level() || record.level == qnlog_always)
         writeLine(record.level, record.time, record.text);
 }
 
@@ -162,15 +160,10 @@ void qnlog_handle::writeLine(std::uint32_t level, WallClock::time_point time,
     }
 }
 
-/// Not more often than once in a while, except at the end.
-void qnlog_handle::reportDropped(bool isEnding) noexcept {
-    dropped_ += lines_.takeDropped();
-    const auto now = MonotonicClock::now();
-    if (dropped_ == 0 || (!isEnding && droppedTold_ && now - *droppedTold_ < tellingPeriod))
-        return;
-    droppedTold_ = now;
-    platform::systemLog(platform::LogPriority::warning,
-                        "%llu messages are missing in %s, which could not be written for a while",
-                        static_cast<unsigned long long>(std::exchange(dropped_, 0)),
-                        path().c_str());
+/// Whatever the handle's level, since messages of that level are missing too.
+void qnlog_handle::writeGap(const LineQueue::Record& gap) noexcept {
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "Messages missing here, since too many waited: %llu",
+                  static_cast<unsigned long long>(gap.dropped));
+    writeLine(qnlog_warning, gap.time, text.data());
 }

@@ -7,7 +7,6 @@
 #include "framework/log/LogFile.h"
 #include "framework/log/qnlog.h"
 
-#include "platform/loop/MonotonicClock.h"
 #include "platform/loop/WallClock.h"
 
 #include <atomic>
@@ -16,7 +15,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -89,7 +87,7 @@ class qnlog_handle {
     void write(const QN::log::LineQueue::Record& record) noexcept;
     void writeLine(std::uint32_t level, platform::WallClock::time_point time,
                    std::string_view text) noexcept;
-    void reportDropped(bool isEnding) noexcept;
+    void writeGap(const QN::log::LineQueue::Record& gap) noexcept;
 
     const Settings settings_;
     const std::uint64_t number_;
@@ -105,8 +103,6 @@ class qnlog_handle {
     QN::log::LineComposer composer_;
     QN::log::LogFile file_;
     bool owesMark_;
-    std::uint64_t dropped_ = 0; // messages, not yet told
-    std::optional<platform::MonotonicClock::time_point> droppedTold_;
 
     QN::async::queue queue_;
 };

@@ -15,22 +15,30 @@ namespace {
 constexpr std::size_t chunk = 65536;
 
 LineQueue::Record message(std::string_view text, std::uint32_t level = 3) {
-    return {false, level, {}, text};
+    return {LineQueue::Kind::message, level, {}, text};
+}
+
+std::string textOf(const LineQueue::Record& record) {
+    if (record.kind == LineQueue::Kind::gap)
+        return std::to_string(record.dropped) + " dropped, level " + std::to_string(record.level);
+    return std::string(record.text.substr(0, 10));
 }
 
 /// All texts that wait, given back as soon as they are read.
 std::vector<std::string> takeAll(LineQueue& queue) {
     std::vector<std::string> texts;
-    LineQueue::Chunks chunks = queue.take();
+    auto [chunks, gap] = queue.take();
     while (!chunks.empty()) {
         std::size_t offset = 0;
         LineQueue::Record record{};
         while (chunks.front().next(offset, record))
-            texts.emplace_back(record.text);
+            texts.push_back(textOf(record));
         LineQueue::Chunks read;
         read.splice(read.end(), chunks, chunks.begin());
         queue.giveBack(std::move(read));
     }
+    if (gap)
+        texts.push_back(textOf(*gap));
     return texts;
 }
 
@@ -59,13 +67,31 @@ TEST(LineQueue, AsksForAWriterOnceAndHurriesALingeringOneOnlyWhenItMatters) {
     EXPECT_EQ(takeAll(queue), (std::vector<std::string>{"f", "g"}));
 }
 
-TEST(LineQueue, RemembersALevelThatHasNoRoom) {
-    LineQueue queue(chunk, 4);
-    const std::string text(chunk / 2, 'x'); // one a chunk
-    queue.append(message(text), false);
+TEST(LineQueue, AGapStandsWhereRecordsFoundNoRoom) {
+    using Texts = std::vector<std::string>;
+    LineQueue queue(2 * chunk, 4);
+    const std::string half(chunk / 2, 'x'); // one a chunk
+    EXPECT_EQ(queue.append(message(half), false), Demand::start);
+    queue.append(message(half), false);
+    const LineQueue::Content writing = queue.take();
+    EXPECT_TRUE(queue.beginLingering()); // as if they were being written
+    EXPECT_EQ(queue.append(message(half), false), Demand::hurry);
     EXPECT_FALSE(queue.wants(5));
-    queue.append({true, 5, {}, text}, false);
+    queue.append({LineQueue::Kind::levelChange, 5, {}, half}, false);
     EXPECT_TRUE(queue.wants(5));
-    EXPECT_EQ(queue.takeLostLevel(), 5U);
-    EXPECT_EQ(queue.takeLostLevel(), std::nullopt);
+    EXPECT_FALSE(queue.beginLingering()) << "somebody has to write the gap";
+    EXPECT_FALSE(queue.endLingering());
+    EXPECT_EQ(takeAll(queue), Texts{"2 dropped, level 5"});
+    EXPECT_TRUE(queue.beginLingering());
+
+    LineQueue::Chunks written;
+    written.emplace_back(chunk);
+    queue.giveBack(std::move(written)); // one of the two
+    queue.append(message("before"), false);
+    for (int i = 0; i < 3; ++i)
+        queue.append(message(std::string(chunk, 'x')), false);
+    queue.append(message("after"), false);
+    queue.append(message(std::string(chunk, 'x')), false);
+    EXPECT_EQ(takeAll(queue),
+              (Texts{"before", "3 dropped, level 5", "after", "1 dropped, level 5"}));
 }

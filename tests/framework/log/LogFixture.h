@@ -15,6 +15,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <unistd.h>
 
 using support::contentOf;
 
@@ -49,6 +50,15 @@ inline Log openLog(const std::string& path, std::uint32_t flags = 0) {
 /// Returns when the file has everything.
 inline void drain(const Log& log) {
     log->flush();
+}
+
+/// What comes until the last writer of a FIFO closes it.
+inline std::string readAll(int fifo) {
+    std::string content;
+    char buffer[4096];
+    for (ssize_t got = 0; (got = ::read(fifo, buffer, sizeof buffer)) > 0;)
+        content.append(buffer, static_cast<std::size_t>(got));
+    return content;
 }
 
 class LogTest : public testing::Test {
