@@ -38,6 +38,14 @@ platform::FileDescriptor LogFile::open(const std::string& path) {
     return file;
 }
 
+bool LogFile::endsWithinLine(const std::string& path) noexcept {
+    const platform::FileDescriptor file(
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    char last = '\n';
+    return file && ::lseek(file.get(), -1, SEEK_END) >= 0 && ::read(file.get(), &last, 1) == 1 &&
+           last != '\n';
+}
+
 bool LogFile::write(std::string_view bytes) noexcept {
     std::size_t written = 0;
     while (written < bytes.size()) {

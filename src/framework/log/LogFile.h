@@ -21,6 +21,10 @@ class LogFile {
     /// that fails.
     static platform::FileDescriptor open(const std::string& path);
 
+    /// Whether the last byte of the file is no line feed: its writer was killed within a line.
+    /// False when it cannot be read.
+    static bool endsWithinLine(const std::string& path) noexcept;
+
     /// Writes all of the bytes, in one call if the system takes them, or none: what a full disk has
     /// left half written is cut off again. False when they are lost.
     bool write(std::string_view bytes) noexcept;

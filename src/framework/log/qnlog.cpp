@@ -28,6 +28,7 @@ namespace {
 
 constexpr std::uint32_t usedFlags = 0x00FFFFFF;
 constexpr std::uint32_t levels = 17;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr std::chrono::seconds patienceAtExit{2};
 
 /// The logs that are open, so that what waits in them is not lost when the program ends. Each is
@@ -106,6 +107,7 @@ std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t 
     platform::FileDescriptor file = LogFile::open(path);
     if (!file)
         return nullptr;
+    const bool isTorn = LogFile::endsWithinLine(path);
     return std::make_unique<qnlog_handle>(
         LogFile(std::move(file), &::write),
         qnlog_handle::Settings{.flags = flags & usedFlags,
@@ -113,7 +115,9 @@ std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t 
                                .banner = QN::log::banner(platform::Bundle::main(),
                                                          platform::productVersion(),
                                                          platform::productBuild()),
-                               .startsWithMark = isNew});
+                               .beginning = isNew    ? byteOrderMark
+                                            : isTorn ? "\n"
+                                                     : ""});
 }
 
 struct FilesDeleter {

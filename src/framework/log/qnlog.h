@@ -23,7 +23,8 @@
 /// Further lines of a text stand below its first one as they are. Control characters and bytes that
 /// are not UTF-8 become question marks, so that no text can disturb a terminal.
 ///
-/// A line that the system refuses to write is lost without a word; none is ever left half written.
+/// A line that the system refuses to write is lost without a word; none is ever left half written,
+/// and one that a killed program left so is ended before the first message of the next.
 ///
 /// Messages wait in memory, up to 32 MiB of them, 24 bytes for each included. More are dropped,
 /// whether the disk hangs or they just come faster than it takes them. Where some are missing, a

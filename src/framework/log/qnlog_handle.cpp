@@ -11,7 +11,6 @@ using QN::log::LogFile;
 namespace {
 
 constexpr std::int32_t backgroundPriority = -254;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 std::uint64_t nextNumber() noexcept {
     static std::atomic<std::uint64_t> last{0};
@@ -25,9 +24,9 @@ qnlog_handle::qnlog_handle(LogFile file, Settings settings)
     , number_(nextNumber())
     , lines_(settings_.bound, qnlog_user)
     , file_(std::move(file))
-    , owesMark_(settings_.startsWithMark)
+    , owedBeginning_(settings_.beginning)
     , queue_("com.quarnel.log", true, backgroundPriority) {
-    if (owesMark_)
+    if (!owedBeginning_.empty())
         startWriter();
 }
 
@@ -120,8 +119,8 @@ void qnlog_handle::destroyLater(qnlog_handle* log) noexcept {
 
 /// False when nothing has come since the last time.
 bool qnlog_handle::writeWaiting() noexcept {
-    if (std::exchange(owesMark_, false))
-        file_.write(byteOrderMark);
+    if (!owedBeginning_.empty() && file_.write(owedBeginning_))
+        owedBeginning_ = {};
     auto [chunks, gap] = lines_.take();
     const bool hasCome = !chunks.empty() || gap;
     while (!chunks.empty()) {
@@ -154,8 +153,10 @@ void qnlog_handle::write(const LineQueue::Record& record) noexcept {
 void qnlog_handle::writeLine(std::uint32_t level, WallClock::time_point time,
                              std::string_view text) noexcept {
     try {
-        if (file_.write(composer_.compose(level, time, text)))
-            composer_.confirm();
+        if (!file_.write(composer_.compose(level, time, text)))
+            return;
+        composer_.confirm();
+        owedBeginning_ = {};          // too late for it
     } catch (const std::bad_alloc&) { // a line without memory is lost like one without disk
     }
 }

@@ -34,8 +34,8 @@ class qnlog_handle {
         std::uint32_t flags = 0; ///< the low 24 bits of qnlog_open()'s
         std::string path = {};
         std::string banner = {};
-        bool startsWithMark = false;   ///< the file is new and gets a byte-order mark
-        std::size_t bound = 32U << 20; ///< bytes of messages that may wait
+        std::string_view beginning = {}; ///< stands in the file before all messages; a literal
+        std::size_t bound = 32U << 20;   ///< bytes of messages that may wait
     };
 
     /// Throws std::bad_alloc, or std::system_error when there is no thread for the pool.
@@ -102,7 +102,7 @@ class qnlog_handle {
     // Guarded by writing_.
     QN::log::LineComposer composer_;
     QN::log::LogFile file_;
-    bool owesMark_;
+    std::string_view owedBeginning_;
 
     QN::async::queue queue_;
 };

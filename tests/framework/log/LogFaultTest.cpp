@@ -29,6 +29,16 @@ ssize_t scriptedWrite(int descriptor, const void* bytes, std::size_t size) {
     return ::write(descriptor, bytes, static_cast<std::size_t>(answer));
 }
 
+/// Writes of at most that many bytes find no room.
+std::atomic<std::size_t> refusedSize{0};
+
+ssize_t refusingWrite(int descriptor, const void* bytes, std::size_t size) {
+    if (size > refusedSize)
+        return ::write(descriptor, bytes, size);
+    errno = ENOSPC;
+    return -1;
+}
+
 } // namespace
 
 TEST_F(LogTest, NoTornLineStaysInTheFile) {
@@ -74,6 +84,28 @@ TEST_F(LogTest, OpensNothingWhereNoFileCanBe) {
         EXPECT_EQ(openLog(bad, QNLOG_BANNER | QNLOG_BOM), nullptr) << bad;
     EXPECT_EQ(openLog(path("missing/file.log"), QNLOG_ROTATE), nullptr);
     qnlog_close(nullptr);
+}
+
+TEST_F(LogTest, TheMarkComesFirstOrNotAtAll) {
+    const support::ScopedVariable zone("TZ", "UTC0");
+    const ManualTimeOfDay time(std::chrono::sys_seconds{});
+    const std::string date = "1970-01-01 00:00:00 +000\n";
+    const std::string first = ":00:00.0  : [I] first\n";
+    const std::string second = ":00:00.0  : [I] second\n";
+    const std::pair<std::size_t, std::string> cases[] = {{1000, "mark" + date + second},
+                                                         {4, date + first + second}};
+    for (const auto& [size, content] : cases) {
+        std::filesystem::remove(path("file"));
+        refusedSize = size;
+        qnlog_handle log(LogFile(LogFile::open(path("file")), &refusingWrite),
+                         {.path = path("file"), .beginning = "mark"});
+        qnlog_msg(&log, 3, "first");
+        log.flush();
+        refusedSize = 0;
+        qnlog_msg(&log, 3, "second");
+        log.flush();
+        EXPECT_EQ(contentOf(path("file")), content);
+    }
 }
 
 TEST_F(LogTest, AMessageThatIsTooLongForMemoryLeavesAGapWhateverTheLevel) {

@@ -153,6 +153,19 @@ TEST_F(TimedLogTest, AnOldFileIsContinuedAndTheFirstMessageHasADateLineAllTheSam
                                                                     ":41:05.0  : [I] second run\n");
 }
 
+TEST_F(TimedLogTest, ALineThatWasCutOffEndsBeforeTheFirstMessage) {
+    const std::string line = "2014-03-07 08:00:00 +000\n:41:05.0  : [I] on\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", line}, {"whole\n", "whole\n" + line}, {"cut", "cut\n" + line}};
+    for (const std::uint32_t flags : {0U, std::uint32_t{QNLOG_BOM}}) {
+        for (const auto& [before, after] : cases) {
+            makeFile("old.log", before);
+            log(openLog(path("old.log"), flags), 3, "on");
+            EXPECT_EQ(contentOf(path("old.log")), after);
+        }
+    }
+}
+
 TEST_F(TimedLogTest, NoTextDisturbsALineOrATerminal) {
     const std::string big(100'000, 'x'); // more than a chunk
     {
