@@ -80,7 +80,7 @@ void qnlog_handle::work() {
         return;
     }
     if (!isClosing_)
-        hurry_.waitFor(lingering);
+        hurry_.waitFor(settings_.lingering);
     if (!lines_.endLingering())
         startWriter();
 }

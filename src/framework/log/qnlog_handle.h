@@ -28,14 +28,13 @@
 /// whoever writes takes `writing_` first.
 class qnlog_handle {
   public:
-    static constexpr std::chrono::milliseconds lingering{2};
-
     struct Settings {
         std::uint32_t flags = 0; ///< the low 24 bits of qnlog_open()'s
         std::string path = {};
         std::string banner = {};
         std::string_view beginning = {}; ///< stands in the file before all messages; a literal
         std::size_t bound = 32U << 20;   ///< bytes of messages that may wait
+        std::chrono::nanoseconds lingering = std::chrono::milliseconds(2);
     };
 
     /// Throws std::bad_alloc, or std::system_error when there is no thread for the pool.

@@ -4,7 +4,9 @@
 #include "support/ManualClock.h"
 
 #include <cstdlib>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 using support::ScopedVariable;
@@ -164,6 +166,33 @@ TEST_F(TimedLogTest, ALineThatWasCutOffEndsBeforeTheFirstMessage) {
             EXPECT_EQ(contentOf(path("old.log")), after);
         }
     }
+}
+
+TEST_F(TimedLogTest, AnErrorIsWrittenAtOnceThoughTheWriterLingers) {
+    qnlog_handle log(QN::log::LogFile(QN::log::LogFile::open(path("file")), &::write),
+                     {.path = path("file"), .lingering = 1h});
+    for (const std::uint32_t level : {qnlog_error, qnlog_critical, qnlog_error, qnlog_error}) {
+        log.flush();
+        const std::string before = contentOf(path("file"));
+        qnlog_msg(&log, level, "an error");
+        EXPECT_TRUE(support::waitUntil([&] { return contentOf(path("file")) > before; }));
+    }
+}
+
+TEST_F(LogTest, AFileThatRootOpensForSomebodyElseIsThatUsers) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs root";
+    constexpr uid_t user = 12345;
+    constexpr gid_t group = 23456;
+    ASSERT_EQ(::setresgid(group, 0, 0), 0);
+    ASSERT_EQ(::setresuid(user, 0, 0), 0);
+    const Log opened = openLog(path("theirs.log"));
+    EXPECT_EQ(::setresuid(0, 0, 0), 0);
+    EXPECT_EQ(::setresgid(0, 0, 0), 0);
+    struct stat file {};
+    ASSERT_EQ(::stat(path("theirs.log").c_str(), &file), 0);
+    EXPECT_EQ(file.st_uid, user);
+    EXPECT_EQ(file.st_gid, group);
 }
 
 TEST_F(TimedLogTest, NoTextDisturbsALineOrATerminal) {
