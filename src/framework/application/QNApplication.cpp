@@ -99,7 +99,9 @@ QNApplication::~QNApplication() {
     QNApplication* self = this;
     if (currentApplication.compare_exchange_strong(self, nullptr))
         SignalTable::instance().close(); // the run loop may go next
-    setLogHandle(nullptr);
+    // At the end of the program the log itself sees to what waits in it.
+    if (!shouldExit_)
+        setLogHandle(nullptr);
 }
 
 QNApplication* QNApplication::current() noexcept {
@@ -151,6 +153,7 @@ void QNApplication::launch() {
 }
 
 void QNApplication::end() {
+    setShouldExit();
     guarded(kExceptionInWillTerminateNotification,
             [] { platform::NotificationCenter::standard().post(QLatin1String(willTerminate)); });
     guarded(kExceptionInWillTerminate, [this] { applicationWillTerminate(); });
@@ -268,9 +271,12 @@ qnlog_handle* QNApplication::logHandle() const {
 }
 
 void QNApplication::setLogHandle(qnlog_handle* handle) {
-    const std::unique_lock lock(logMutex_);
-    if (handle != logHandle_)
-        qnlog_close(std::exchange(logHandle_, handle));
+    std::unique_lock lock(logMutex_);
+    if (handle == logHandle_)
+        return;
+    qnlog_handle* const former = std::exchange(logHandle_, handle);
+    lock.unlock(); // closing may wait for a disk, and the other threads need not
+    qnlog_close(former);
 }
 
 bool QNApplication::isLogged(std::uint32_t level) const {

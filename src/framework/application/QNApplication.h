@@ -82,7 +82,9 @@ class QNApplication : public QObject {
     /// else is given, and logs to it from now on. When it cannot be opened, nothing changes.
     void createLogFile(QString fileName, QString directory);
 
-    /// A handle that is replaced is closed. Null: no log file.
+    /// A handle that is replaced is closed, which waits for its disk; other threads log on
+    /// meanwhile. Null: no log file. The last handle is closed with the application object, but not
+    /// at the end of the program, which waits for disks within the bound that qnlog.h tells.
     qnlog_handle* logHandle() const;
     void setLogHandle(qnlog_handle* handle);
 

@@ -3,102 +3,30 @@
 #include "framework/log/LogBanner.h"
 #include "framework/log/LogPrefixes.h"
 #include "framework/log/LogRotation.h"
+#include "framework/log/OpenLogs.h"
 #include "framework/log/qnlog_handle.h"
 
 #include "platform/files/Bundle.h"
-#include "platform/loop/ThreadCalls.h"
 #include "platform/loop/WallClock.h"
 #include "platform/processes/SystemFacts.h"
 
 #include <algorithm>
 #include <array>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <unistd.h>
-#include <vector>
 
 using platform::WallClock;
 using QN::log::LogFile;
+using QN::log::OpenLogs;
 
 namespace {
 
 constexpr std::uint32_t usedFlags = 0x00FFFFFF;
 constexpr std::uint32_t levels = 17;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-constexpr std::chrono::seconds patienceAtExit{2};
-
-/// The logs that are open, so that what waits in them is not lost when the program ends. Each is
-/// then written by a thread of its own: the pool may be busy, and a disk may hang.
-class OpenLogs {
-  public:
-    static OpenLogs& instance() {
-        static auto& logs = *new OpenLogs; // needed when static objects are gone
-        return logs;
-    }
-
-    void add(qnlog_handle* log) {
-        const std::lock_guard lock(mutex_);
-        logs_.push_back({log, false});
-    }
-
-    /// False when the program ends and the log's disk hangs: then nobody must wait for it.
-    bool remove(const qnlog_handle* log) {
-        const std::lock_guard lock(mutex_);
-        const auto found = std::find_if(logs_.begin(), logs_.end(),
-                                        [log](const Entry& each) { return each.log == log; });
-        const bool mayBeWaitedFor = !isEnding_ || found->isWritten;
-        if (mayBeWaitedFor)
-            logs_.erase(found);
-        return mayBeWaitedFor;
-    }
-
-  private:
-    struct Entry {
-        qnlog_handle* log;
-        bool isWritten;
-    };
-
-    OpenLogs() {
-        std::atexit([] { instance().writeAtExit(); });
-    }
-
-    void writeAtExit() {
-        if (QN::async::queue::isOrphaned())
-            return;
-        std::unique_lock lock(mutex_);
-        isEnding_ = true;
-        for (const Entry& each : logs_) {
-            try {
-                platform::startDetachedThread("log at exit",
-                                              [this, log = each.log] { write(log); });
-            } catch (const std::exception&) { // no thread, no memory: nothing can be done for it
-            }
-        }
-        const auto isAllWritten = [this] {
-            return std::all_of(logs_.begin(), logs_.end(),
-                               [](const Entry& each) { return each.isWritten; });
-        };
-        written_.wait_for(lock, patienceAtExit, isAllWritten);
-    }
-
-    void write(qnlog_handle* log) {
-        log->writeThrough();
-        const std::lock_guard lock(mutex_);
-        for (Entry& each : logs_)
-            each.isWritten |= each.log == log;
-        written_.notify_all();
-    }
-
-    std::mutex mutex_;
-    std::condition_variable written_;
-    // Guarded by mutex_.
-    std::vector<Entry> logs_;
-    bool isEnding_ = false;
-};
 
 std::unique_ptr<qnlog_handle> makeHandle(const std::string& path, std::uint32_t flags) {
     if ((flags & QNLOG_ROTATE) != 0)
@@ -184,10 +112,11 @@ void qnlog_close(qnlog_handle* handle) {
     if (!handle || QN::async::queue::isOrphaned())
         return;
     QN::log::prefixes::erase(handle->number());
-    if (!OpenLogs::instance().remove(handle))
-        return;
+    if (OpenLogs::isThreadOver())
+        return; // the program ends, which writes what waits, within its bound
     handle->finish();
-    qnlog_handle::destroyLater(handle);
+    if (OpenLogs::instance().remove(handle))
+        qnlog_handle::destroyLater(handle);
 }
 
 std::uint32_t qnlog_getlevel(const qnlog_handle* handle) {

@@ -36,8 +36,11 @@
 /// of its own. So open a file only once at a time: two handles write over each other's lines. And
 /// who truncates the file of a running program gets a hole of zero bytes in front of its next line.
 ///
-/// At the end of the program what waits is written, for 2 s at most. In a child made by fork(2)
-/// nothing is logged.
+/// When the program ends, by exit(3) or by returning from main(), what waits in all open logs is
+/// written at the very last, behind the destructors of static objects. That takes 2 s at most; what
+/// a hanging disk has not taken by then is lost. (A thread that the kernel holds within a write, as
+/// on a frozen file system, keeps the ended process in the list of processes until the disk moves.)
+/// In a child made by fork(2) nothing is logged.
 ///
 /// Nothing here throws. Any thread, unless a function says otherwise.
 class qnlog_handle;
@@ -67,8 +70,10 @@ enum : std::uint32_t {
 /// standard error. When root works for somebody else (set-user-ID), the file becomes that user's.
 [[nodiscard]] qnlog_handle* qnlog_open(const char* path, std::uint32_t flags);
 
-/// Returns when everything that was logged has been written, and destroys the handle, which must
-/// not be used any more. Null is ignored.
+/// Returns when everything that was logged has been written, however long that takes, and destroys
+/// the handle, which must not be used any more. Other logs go on meanwhile. From the destructor of
+/// a static object it returns at once, and the end of the program writes what waits. Null is
+/// ignored.
 void qnlog_close(qnlog_handle* handle);
 
 /// The level up to which messages are being written now.

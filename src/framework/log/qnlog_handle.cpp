@@ -50,9 +50,7 @@ void qnlog_handle::append(const LineQueue::Record& record) noexcept {
     // What led to an end that comes without notice should be in the file by then.
     const bool isUrgent = record.level <= qnlog_error;
     const LineQueue::Demand demand = lines_.append(record, isUrgent);
-    if (isWrittenThrough_)
-        flush();
-    else if (demand == LineQueue::Demand::start)
+    if (demand == LineQueue::Demand::start)
         startWriter();
     else if (demand == LineQueue::Demand::hurry)
         hurry_.set();
@@ -87,21 +85,15 @@ void qnlog_handle::work() {
 
 void qnlog_handle::flush() noexcept {
     const std::lock_guard lock(writing_);
-    while (writeWaiting()) {
-    }
-}
-
-void qnlog_handle::writeThrough() noexcept {
-    isWrittenThrough_ = true;
-    flush();
+    writeWaiting();
 }
 
 void qnlog_handle::finish() noexcept {
     isClosing_ = true;
     if (lines_.hurry())
         hurry_.set();
-    flush();
     const std::lock_guard lock(writing_);
+    writeWaiting();
     file_.close();
 }
 
@@ -117,12 +109,10 @@ void qnlog_handle::destroyLater(qnlog_handle* log) noexcept {
     }
 }
 
-/// False when nothing has come since the last time.
-bool qnlog_handle::writeWaiting() noexcept {
+void qnlog_handle::writeWaiting() noexcept {
     if (!owedBeginning_.empty() && file_.write(owedBeginning_))
         owedBeginning_ = {};
     auto [chunks, gap] = lines_.take();
-    const bool hasCome = !chunks.empty() || gap;
     while (!chunks.empty()) {
         write(chunks.front());
         LineQueue::Chunks written;
@@ -131,7 +121,6 @@ bool qnlog_handle::writeWaiting() noexcept {
     }
     if (gap)
         write(*gap);
-    return hasCome;
 }
 
 void qnlog_handle::write(const LineQueue::Chunk& chunk) noexcept {

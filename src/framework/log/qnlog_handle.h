@@ -25,7 +25,7 @@
 /// nothing more to do lingers for a moment: as long as messages keep coming, it writes them by and
 /// by, and callers do not touch the pool. Who must not depend on a free thread of the pool, or on
 /// there being one, writes himself: flush(), finish(). The order is that of the LineQueue, since
-/// whoever writes takes `writing_` first.
+/// whoever writes takes `writing_` first; who appends never does.
 class qnlog_handle {
   public:
     struct Settings {
@@ -58,10 +58,6 @@ class qnlog_handle {
     /// Writes what has been appended on the calling thread, and waits for a writer at work.
     void flush() noexcept;
 
-    /// flush(), and from now on each message is written before append() returns: for the end of the
-    /// program, when the pool may not come to it any more.
-    void writeThrough() noexcept;
-
     /// flush(), and closes the file. Nothing may be appended any more.
     void finish() noexcept;
 
@@ -81,7 +77,7 @@ class qnlog_handle {
     void work();
 
     // With writing_ held.
-    bool writeWaiting() noexcept;
+    void writeWaiting() noexcept;
     void write(const QN::log::LineQueue::Chunk& chunk) noexcept;
     void write(const QN::log::LineQueue::Record& record) noexcept;
     void writeLine(std::uint32_t level, platform::WallClock::time_point time,
@@ -95,7 +91,6 @@ class qnlog_handle {
     QN::log::LineQueue lines_;
     QN::async::Signal hurry_;
     std::atomic<bool> isClosing_{false};
-    std::atomic<bool> isWrittenThrough_{false};
 
     std::mutex writing_;
     // Guarded by writing_.

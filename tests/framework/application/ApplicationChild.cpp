@@ -1,6 +1,9 @@
-// A program without windows, started by the tests: application_child WHAT. It prints what happens.
+// A program started by the tests: application_child WHAT [LOG]. It prints what happens. It has no
+// windows, except for "windows".
 #include "framework/application/QNApplication.h"
 #include "framework/application/QNApplicationMain.h"
+#include "framework/application/QNGUIApplication.h"
+#include "framework/log/qnlog.h"
 
 #include "platform/bus/NotificationCenter.h"
 #include "platform/loop/RunLoop.h"
@@ -58,12 +61,29 @@ class Child final : public QNApplication {
     std::unique_ptr<platform::Timer> timer_;
 };
 
+/// Ends with a log whose disk hangs.
+class WindowedChild final : public QNGUIApplication {
+  public:
+    explicit WindowedChild(const char* path) { setLogHandle(qnlog_open(path, 0)); }
+
+    void applicationDidFinishLaunching() override {
+        for (int i = 0; i < 10'000; ++i)
+            log("more than the FIFO has room for");
+        terminate();
+    }
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
     what = argc > 1 ? argv[1] : "";
     if (what == "no-class") {
         ApplicationClasses::remove("QNGUIApplication");
+        return QNApplicationMain(nullptr, argc, argv);
+    }
+    if (what == "windows") {
+        QNGUIApplication::setMainInterface(
+            [path = argv[2]] { return std::make_unique<WindowedChild>(path); });
         return QNApplicationMain(nullptr, argc, argv);
     }
     return QNApplicationMain([] { return std::make_unique<Child>(); }, argc, argv);

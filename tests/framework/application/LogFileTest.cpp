@@ -6,8 +6,11 @@
 #include "platform/files/BackupExclusion.h"
 #include "support/ScopedVariable.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using support::ScopedVariable;
@@ -50,6 +53,28 @@ TEST_F(ApplicationTest, BothModifiersAtTheStartRaiseTheLevel) {
         EXPECT_TRUE(support::waitUntil(
             [&] { return qnlog_getlevel(application.logHandle()) == each.level; }));
     }
+}
+
+// A FIFO that nobody reads is a disk that hangs.
+TEST_F(ApplicationTest, NoThreadWaitsForALogThatAnotherOneCloses) {
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    const platform::FileDescriptor reader(
+        ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    application.setLogHandle(qnlog_open(path("fifo").c_str(), 0));
+    for (int i = 0; i < 10'000; ++i)
+        application.log("more than the FIFO has room for");
+    std::thread closing([&] { application.setLogHandle(nullptr); });
+    std::thread logging([&] {
+        while (!systemLog.contains("from another thread"))
+            application.log("from another thread"); // to the system log as soon as there is no file
+    });
+    EXPECT_TRUE(support::waitUntil([&] { return systemLog.contains("from another thread"); }));
+    char buffer[4096];
+    ::fcntl(reader.get(), F_SETFL, 0);
+    while (::read(reader.get(), buffer, sizeof buffer) > 0) {
+    }
+    closing.join();
+    logging.join();
 }
 
 TEST_F(ApplicationTest, ALogFileThatCannotBeOpenedLeavesTheOldOne) {

@@ -1,6 +1,7 @@
 // What cannot be tested in the test's own process. log_child WHAT PATH does one thing with a log at
 // PATH and ends with status 0 when it went as it should.
 #include "framework/async/queue.h"
+#include "framework/log/OpenLogs.h"
 #include "framework/log/qnlog.h"
 #include "framework/log/qnlog_handle.h"
 
@@ -14,6 +15,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -42,29 +44,59 @@ int forkAndLog(const char* path) {
     return 0;
 }
 
-/// Logs when it is destroyed, which is after what happens at exit.
-struct LastMessage {
-    qnlog_handle* log = nullptr;
-    ~LastMessage() {
-        if (log)
-            qnlog_msg(log, qnlog_information, "of a static object");
+/// Logs when it is destroyed, to all of them, and closes the last.
+struct StaticObject {
+    const char* text;
+    std::vector<qnlog_handle*> logs = {};
+    ~StaticObject() {
+        for (qnlog_handle* const log : logs)
+            qnlog_msg(log, qnlog_information, "%s", text);
+        if (!logs.empty())
+            qnlog_close(logs.back());
     }
 };
-LastMessage lastMessage;
+StaticObject firstMade{"of the last static object"};
 
-/// Ends with all threads of the pool busy, a log whose disk hangs and one whose does not.
-int endWhilePoolIsBusy(const char* path) {
+qnlog_handle* hangingLog(const char* path) {
+    qnlog_handle* const log = qnlog_open(path, 0);
+    for (int i = 0; i < 2000; ++i)
+        qnlog_msg(log, qnlog_error, "line %d of what a FIFO has no room for", i);
+    return log;
+}
+
+/// Ends with all threads of the pool busy, with logs whose disk hangs, at several stages of their
+/// lives, and one whose does not.
+void prepareHardEnd(const char* path) {
     static auto& busy = *new QN::async::queue("busy", false, -254);
     for (int i = 0; i < 100; ++i)
         busy.enqueue([] { std::this_thread::sleep_for(std::chrono::minutes(1)); });
-    static qnlog_handle* const hanging = qnlog_open(path, 0);
-    for (int i = 0; i < 10'000; ++i)
-        qnlog_msg(hanging, qnlog_error, "line %d", i);
-    qnlog_handle* const good = qnlog_open((std::string(path) + ".good").c_str(), 0);
+    static qnlog_handle* const good = qnlog_open((std::string(path) + ".good").c_str(), 0);
     for (int i = 0; i < 1000; ++i)
         qnlog_msg(good, qnlog_information, "line %d", i);
-    lastMessage.log = good;
-    std::exit(hanging && good ? 0 : 1);
+    firstMade.logs = {good, hangingLog(path)};
+    static const StaticObject lastMade{"of the first static object", {good, hangingLog(path)}};
+    std::atexit([] { qnlog_msg(good, qnlog_information, "at exit"); });
+    std::thread([log = hangingLog(path)] { qnlog_close(log); }).detach();
+}
+
+int endFromAnotherThread(const char* path) {
+    std::thread([path] {
+        prepareHardEnd(path);
+        std::exit(0);
+    }).join();
+    return 1;
+}
+
+/// The end waits for all that is logged, since it has the patience.
+int endSlowly(const char* path) {
+    QN::log::OpenLogs::instance().setPatience(std::chrono::hours(1));
+    firstMade.logs = {qnlog_open((std::string(path) + ".good").c_str(), 0), hangingLog(path)};
+    std::thread([log = hangingLog(path)] { qnlog_close(log); }).detach();
+    std::atexit([] {
+        std::puts("ends");
+        std::fflush(stdout);
+    });
+    return 0;
 }
 
 /// Once without memory for the caller's copy, once without memory for the line.
@@ -105,8 +137,16 @@ int runOutOfMemory(const char* path) {
 
 int main(int argc, char** argv) {
     const std::string_view what = argc == 3 ? argv[1] : "";
+    if (what == "return" || what == "exit")
+        prepareHardEnd(argv[2]);
     if (what == "exit")
-        return endWhilePoolIsBusy(argv[2]);
+        std::exit(0);
+    if (what == "return")
+        return 0;
+    if (what == "exit of a thread")
+        return endFromAnotherThread(argv[2]);
+    if (what == "slow end")
+        return endSlowly(argv[2]);
     if (what == "fork")
         return forkAndLog(argv[2]);
     if (what == "no-memory")

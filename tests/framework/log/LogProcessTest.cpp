@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 
 namespace {
@@ -17,14 +18,35 @@ int child(const std::string& what, const std::string& path,
 
 } // namespace
 
-TEST_F(LogTest, AtTheEndOfTheProgramABusyPoolOrAHangingDiskHoldsUpNoOtherLog) {
+// A FIFO that nobody reads is a disk that hangs.
+TEST_F(LogTest, OnNoRoadToTheEndOfTheProgramABusyPoolOrAHangingDiskHoldsUpMore) {
     ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
     const platform::FileDescriptor reader(
         ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    EXPECT_EQ(child("exit", path("fifo")), 0);
-    const std::string content = contentOf(path("fifo.good"));
-    EXPECT_EQ(std::ranges::count(content, '\n'), 1002) << "with the date line";
-    EXPECT_NE(content.find("of a static object\n"), std::string::npos);
+    for (const char* const road : {"exit", "return", "exit of a thread"}) {
+        EXPECT_EQ(child(road, path("fifo")), 0) << road;
+        const std::string content = contentOf(path("fifo.good"));
+        EXPECT_EQ(std::ranges::count(content, '\n'), 1004) << "with the date line";
+        for (const char* const text :
+             {"of the first static object\n", "at exit\n", "of the last static object\n"})
+            EXPECT_NE(content.find(text), std::string::npos) << road << text;
+        std::filesystem::remove(path("fifo.good"));
+    }
+}
+
+TEST_F(LogTest, TheEndOfTheProgramWaitsForADiskThatIsSlowAndNoLonger) {
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    const platform::FileDescriptor reader(
+        ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    support::ChildProcess process({TONVALE_LOG_CHILD, "slow end", path("fifo")});
+    ASSERT_TRUE(
+        support::waitUntil([&] { return process.output().find("ends") != std::string::npos; }));
+    EXPECT_TRUE(process.isRunning());
+    ASSERT_EQ(::fcntl(reader.get(), F_SETFL, 0), 0);
+    const std::string content = readAll(reader.get());
+    EXPECT_EQ(std::ranges::count(content, '\n'), 2 * 2001 + 1) << "with the date lines";
+    EXPECT_NE(content.find("of the last static object\n"), std::string::npos);
+    EXPECT_EQ(process.wait(), 0);
 }
 
 TEST_F(LogTest, AForkedChildLogsNothingAndEnds) {

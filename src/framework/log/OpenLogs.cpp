@@ -1,0 +1,97 @@
+#include "framework/log/OpenLogs.h"
+
+#include "platform/loop/ThreadCalls.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <pthread.h>
+
+namespace QN::log {
+
+namespace {
+
+std::atomic<OpenLogs*> existing{nullptr};
+
+thread_local constinit bool isOver = false; // has no destructor, so it stays to the thread's end
+
+struct ThreadEnd {
+    ~ThreadEnd() { isOver = true; }
+};
+
+void noticeThreadEnd() noexcept {
+    thread_local const ThreadEnd end;
+    static_cast<void>(&end);
+}
+
+/// The main thread may end the program without having opened a log.
+[[gnu::constructor]] void noticeMainThreadEnd() noexcept {
+    noticeThreadEnd();
+}
+
+/// Comes after the destructors of all static objects, whenever they were made.
+[[gnu::destructor]] void writeAtEnd() {
+    OpenLogs* const logs = existing.load();
+    if (logs && !QN::async::queue::isOrphaned())
+        logs->writeAll();
+}
+
+} // namespace
+
+OpenLogs& OpenLogs::instance() {
+    // Never destroyed: static objects may still close logs.
+    static OpenLogs* const logs = [] {
+        auto* const made = new OpenLogs;
+        existing = made;
+        return made;
+    }();
+    return *logs;
+}
+
+void OpenLogs::add(qnlog_handle* log) {
+    noticeThreadEnd();
+    const std::lock_guard lock(mutex_);
+    logs_.push_back({log, false});
+}
+
+bool OpenLogs::remove(const qnlog_handle* log) {
+    const std::lock_guard lock(mutex_);
+    if (!isEnding_)
+        std::erase_if(logs_, [log](const Entry& each) { return each.log == log; });
+    return !isEnding_;
+}
+
+bool OpenLogs::isThreadOver() noexcept {
+    return isOver;
+}
+
+void OpenLogs::setPatience(std::chrono::nanoseconds patience) {
+    const std::lock_guard lock(mutex_);
+    patience_ = patience;
+}
+
+void OpenLogs::writeAll() {
+    std::unique_lock lock(mutex_);
+    isEnding_ = true;
+    for (const Entry& each : logs_) {
+        try {
+            platform::startDetachedThread("log at exit", [this, log = each.log] { write(log); });
+        } catch (const std::exception&) { // the pool may come to it in time
+        }
+    }
+    written_.wait_for(lock, patience_, [this] {
+        return std::all_of(logs_.begin(), logs_.end(),
+                           [](const Entry& each) { return each.isWritten; });
+    });
+}
+
+void OpenLogs::write(qnlog_handle* log) {
+    ::pthread_setname_np(::pthread_self(), "qnlog at exit");
+    log->flush();
+    const std::lock_guard lock(mutex_);
+    for (Entry& each : logs_)
+        each.isWritten |= each.log == log;
+    written_.notify_all();
+}
+
+} // namespace QN::log
