@@ -95,3 +95,15 @@ TEST(LineQueue, AGapStandsWhereRecordsFoundNoRoom) {
     EXPECT_EQ(takeAll(queue),
               (Texts{"before", "3 dropped, level 5", "after", "1 dropped, level 5"}));
 }
+
+TEST(LineQueue, AGapHasRoomBeforeARecordThatFillsTheMemory) {
+    constexpr std::size_t header = 24;
+    const std::string filling(chunk - 2 * header, 'x');
+    for (const bool fits : {true, false}) {
+        LineQueue queue(chunk, 4);
+        queue.append(message(std::string(chunk, 'y')), false);
+        queue.append(message(fits ? filling : filling + "x"), false);
+        const std::vector<std::string> fitting{"1 dropped, level 4", "xxxxxxxxxx"};
+        EXPECT_EQ(takeAll(queue), fits ? fitting : std::vector<std::string>{"2 dropped, level 4"});
+    }
+}
