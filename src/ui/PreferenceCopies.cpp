@@ -34,7 +34,7 @@ using platform::MonotonicClock;
 namespace {
 
 constexpr std::chrono::milliseconds pace{100};
-constexpr std::chrono::seconds firstRetry{1};
+constexpr std::chrono::seconds firstRetry{1}; // and each one for want of room
 constexpr std::chrono::seconds slowestRetry{60};
 constexpr std::chrono::seconds patience{3};
 constexpr mode_t modeOfCopies = 0744;
@@ -55,6 +55,10 @@ bool mayPass(int error) {
     default:
         return false;
     }
+}
+
+bool isForWantOfRoom(int error) {
+    return error == ENOSPC || error == EDQUOT;
 }
 
 struct Content {
@@ -108,6 +112,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     void mark() {
         const std::lock_guard lock(mutex_);
+        isRetry_ = false;
         saveAt(std::max(MonotonicClock::now(), lastSave_ + pace));
     }
 
@@ -116,6 +121,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
         const std::lock_guard lock(mutex_);
         if (done)
             waiting_.push_back(std::move(done));
+        isRetry_ = false;
         saveAt(MonotonicClock::time_point::min());
     }
 
@@ -156,11 +162,14 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
             timer_->cancel();
             lastSave_ = MonotonicClock::now();
             waiting.swap(waiting_);
+            if (!std::exchange(isRetry_, false))
+                copied_.clear();
         }
-        mayPass_ = false;
+        mayPass_ = lacksRoom_ = false;
         if (!file_.empty()) {
             // What is in the file only later has to be copied then.
             mayPass_ = !defaults_.synchronize();
+            lacksRoom_ = mayPass_ && defaults_.lacksRoom();
             copyAll();
         }
         planRetry();
@@ -170,18 +179,26 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     void planRetry() {
         const std::lock_guard lock(mutex_);
-        if (mayPass_)
+        if (lacksRoom_)
+            retryDelay_ = firstRetry;
+        if (mayPass_) {
+            isRetry_ = !due_;
             saveAt(MonotonicClock::now() + retryDelay_);
+        }
         retryDelay_ = mayPass_ ? std::min(2 * retryDelay_, slowestRetry) : firstRetry;
     }
 
     void copyAll() {
-        const Content content = contentOf(file_);
+        Content content = contentOf(file_);
+        if (content.bytes != lastBytes_)
+            copied_.clear();
         std::set<std::string> targets;
         for (const std::string& folder : folders_()) {
-            copyTo(folder, content);
+            if (!copied_.contains(targetIn(folder)))
+                copyTo(folder, content);
             targets.insert(targetIn(folder));
         }
+        lastBytes_ = std::move(content.bytes);
         std::erase_if(told_, [&](const auto& each) { return !targets.contains(each.first); });
     }
 
@@ -200,12 +217,16 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
             tell(target, outcome.mode, "Couldn't set attrs on path: " + target);
         else
             told_.erase(target);
-        if (outcome.removing == 0 && outcome.writing == 0)
-            place.hide(name);
+        if (outcome.removing != 0 || outcome.writing != 0)
+            return;
+        place.hide(name);
+        if (outcome.mode == 0)
+            copied_.insert(target);
     }
 
     void tell(const std::string& target, int error, const std::string& line) {
         mayPass_ = mayPass_ || mayPass(error);
+        lacksRoom_ = lacksRoom_ || isForWantOfRoom(error);
         if (told_[target].emplace(error, line).second)
             platform::systemLog(platform::LogPriority::error, "%s",
                                 platform::printableText(line).c_str());
@@ -224,7 +245,10 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     // The queue's blocks only.
     std::map<std::string, std::set<std::pair<int, std::string>>> told_; // by target: what is logged
-    bool mayPass_ = false; // whether what failed is worth being tried again
+    std::set<std::string> copied_; // the targets that a retry can leave alone
+    std::string lastBytes_;        // what they hold
+    bool mayPass_ = false;         // whether what failed is worth being tried again
+    bool lacksRoom_ = false;       // whether something failed for want of room
     std::chrono::seconds retryDelay_{firstRetry};
 
     std::mutex mutex_;
@@ -232,6 +256,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     std::optional<platform::DispatchTimer> timer_;
     std::optional<MonotonicClock::time_point> due_; // of the save that has not begun
     MonotonicClock::time_point lastSave_ = MonotonicClock::time_point::min() + pace;
+    bool isRetry_ = false; // whether nobody has asked for that save
     Handlers waiting_;
     bool isClosed_ = false;
 };

@@ -19,7 +19,8 @@ class UserDefaults;
 /// often than every 100 ms unless it is asked for at once; the last state always gets everywhere.
 /// Copies have the mode 0744, are hidden where the folder is ours, and are whole at any time
 /// (CopyFolder). What cannot be copied is a line in the system log, once for a target and error
-/// until it works again, and is tried again when the error may pass by itself.
+/// until it works again, and is tried again when the error may pass by itself: every second for
+/// want of room, else less and less often.
 ///
 /// Main thread only, when nothing else is said.
 class PreferenceCopies {

@@ -47,6 +47,37 @@ class CommaLocale {
     bool isThere_ = false;
 };
 
+/// A file system of a few pages, in a mount namespace of its own. It is reached by way of a process
+/// that lives there.
+class SmallDisk {
+  public:
+    explicit SmallDisk(const fs::path& place) : place_(place) {
+        isThere_ = waitUntil([this] { return mounts() || !keeper_.isRunning(); }) && mounts();
+    }
+
+    bool isThere() const noexcept { return isThere_; }
+    fs::path path() const {
+        return fs::path("/proc") / std::to_string(keeper_.pid()) / "root" / place_.relative_path();
+    }
+
+    void fill() const {
+        std::ofstream all(path() / "all", std::ios::binary);
+        while (all << 'x' << std::flush) {
+        }
+    }
+    void clear() const { fs::remove(path() / "all"); }
+
+  private:
+    bool mounts() const { return keeper_.output().find("mounted") != std::string::npos; }
+
+    const fs::path place_;
+    support::ChildProcess keeper_{
+        {"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
+         "mount -t tmpfs -o size=64k small \"$0\" && echo mounted && exec sleep 1000",
+         place_.string()}};
+    bool isThere_ = false;
+};
+
 } // namespace
 
 TEST_F(UserDefaultsSaving, HappensWithinASecondOfTheFirstChangeAndOnceForAll) {
@@ -273,10 +304,31 @@ TEST_F(UserDefaultsSaving, AFullDiskLeavesTheFormerFileAndIsTriedAgainByItself) 
         EXPECT_EQ(lines().size(), told + 1);
         EXPECT_EQ(filesInFolder(), std::vector<std::string>{"test.plist"});
         *error = 0;
-        clock.advance(1min);
+        clock.advance(2s);
         ASSERT_TRUE(waitUntil([&] { return inFile()["key"] == value; }));
         ASSERT_TRUE(defaults.synchronize());
     }
+}
+
+TEST_F(UserDefaultsSaving, WhatWasSetIsInTheFileWithinTwoSecondsOfRoomOnARealDisk) {
+    const SmallDisk disk(folder_.path());
+    if (!disk.isThere())
+        GTEST_SKIP() << "no file system may be mounted here";
+    support::ManualClock clock;
+    const fs::path file = disk.path() / "config/test.plist";
+    UserDefaults defaults(file);
+    defaults.set("key", 1);
+    ASSERT_TRUE(defaults.synchronize());
+    disk.fill();
+    for (int value = 2; value < 8; ++value) {
+        defaults.set("key", value);
+        EXPECT_FALSE(defaults.synchronize());
+    }
+    ASSERT_EQ(lines().size(), 1U);
+    EXPECT_NE(lines()[0].text.find("No space left on device"), std::string::npos);
+    disk.clear();
+    clock.advance(2s);
+    EXPECT_TRUE(waitUntil([&] { return readBytes(file).contains("<integer>7</integer>"); }));
 }
 
 TEST_F(UserDefaultsSaving, WhoSetsABoundIsNotHeldUpByADiskThatHangs) {

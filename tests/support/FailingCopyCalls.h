@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <filesystem>
 #include <string>
 
 namespace support {
@@ -12,7 +13,8 @@ namespace support {
 class FailingCopyCalls : public platform::CopyFolderCalls {
   public:
     std::atomic<int> createError = 0;
-    std::atomic<int> writeError = 0; // after half of it, as a disk that is nearly full
+    std::filesystem::path failingFolder; // where alone nothing can be created; empty: everywhere
+    std::atomic<int> writeError = 0;     // after half of it, as a disk that is nearly full
     std::atomic<int> modeError = 0;
     std::atomic<int> closeError = 0;
     std::atomic<int> renameError = 0;
@@ -20,7 +22,7 @@ class FailingCopyCalls : public platform::CopyFolderCalls {
     std::atomic<unsigned> renames = 0;
 
     int create(int folder, const char* name) noexcept override {
-        return fails(createError) ? -1 : CopyFolderCalls::create(folder, name);
+        return isFailing(folder) && fails(createError) ? -1 : CopyFolderCalls::create(folder, name);
     }
     ssize_t write(int file, const void* bytes, std::size_t size) noexcept override {
         CopyFolderCalls::write(file, bytes, writeError != 0 ? size / 2 : 0);
@@ -40,6 +42,11 @@ class FailingCopyCalls : public platform::CopyFolderCalls {
     uid_t user() noexcept override { return CopyFolderCalls::user() + userOffset; }
 
   private:
+    bool isFailing(int folder) const {
+        return failingFolder.empty() ||
+               std::filesystem::equivalent("/proc/self/fd/" + std::to_string(folder),
+                                           failingFolder);
+    }
     static bool fails(const std::atomic<int>& error) noexcept {
         if (error == 0)
             return false;

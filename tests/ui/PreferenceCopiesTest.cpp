@@ -200,19 +200,25 @@ TEST_F(PreferenceCopiesTest, WithoutAFileThereIsNothingToCopy) {
     EXPECT_TRUE(fs::is_empty(one_));
 }
 
-TEST_F(PreferenceCopiesTest, AFullDiskIsTriedAgain) {
-    calls_.writeError = ENOSPC;
-    save(1);
-    EXPECT_FALSE(fs::exists(one_ / name));
+TEST_F(PreferenceCopiesTest, AFullDiskIsTriedAgainEverySecondAndOtherCopiesAreLeftAlone) {
+    calls_.createError = ENOSPC;
+    calls_.failingFolder = two_;
+    for (int value = 1; value < 6; ++value)
+        save(value);
+    EXPECT_EQ(valueIn(one_), 5);
+    EXPECT_FALSE(fs::exists(two_ / name));
+    const unsigned renames = calls_.renames;
     const int saves = saves_;
-    clock_.advance(1s);
+    clock_.advance(2s);
     ASSERT_TRUE(waitUntil([&] { return saves_ == saves + 1; }));
-    calls_.writeError = 0;
+    calls_.createError = 0;
     EXPECT_TRUE(waitUntil([&] {
-        clock_.advance(2s);
-        return valueIn(two_) == 1;
+        clock_.advance(2s); // twice, when that comes before the retry has ended
+        return valueIn(two_) == 5;
     }));
-    EXPECT_EQ(lines(), 2U);
+    EXPECT_LE(saves_, saves + 3);
+    EXPECT_EQ(calls_.renames, renames + 2) << "the copy and the list of hidden files";
+    EXPECT_EQ(lines(), 1U);
 }
 
 TEST_F(PreferenceCopiesTest, ADiskThatHangsHoldsNobodyUp) {

@@ -75,48 +75,43 @@ DefaultsFile::DefaultsFile(fs::path path, DefaultsFileCalls& calls)
 DefaultsFile::Outcome DefaultsFile::update(const QVariantMap& known, const Changes& changes,
                                            bool isDurable) {
     if (!followLinks())
-        return {{}, failure("Couldn't follow the links of"), {}};
+        return failed("Couldn't follow the links of");
     const Reading now = read();
     if (now.state == State::unreadable) {
         errno = now.error;
-        return {{}, failure("Couldn't read"), {}};
+        return failed("Couldn't read");
     }
     const bool isAsKnown =
         now.state == State::present || (now.state == State::missing && !isRestoring_);
     if (!changes.isEmpty() || !isAsKnown)
         return updateLocked(known, changes, isDurable);
-    Outcome outcome{now.values, {}, {}};
-    if (isDurable && !makeDurable())
-        outcome.failure = failure("Couldn't save");
-    return outcome;
+    return inFile(now.values, isDurable);
 }
 
 DefaultsFile::Outcome DefaultsFile::updateLocked(const QVariantMap& known, const Changes& changes,
                                                  bool isDurable) {
     if (!makeDirectories(target_.parent_path(), S_IRWXU))
-        return {known, failure("Couldn't make the folder of"), {}};
+        return failed("Couldn't make the folder of", known);
     const FileDescriptor held = lock();
     const Reading now = read();
     if (now.state == State::unreadable) {
         errno = now.error;
-        return {{}, failure("Couldn't read"), {}};
+        return failed("Couldn't read");
     }
     std::string setAside;
     if (now.state == State::damaged) {
         setAside = moveAside();
         if (setAside.empty())
-            return {{}, failure("Couldn't move aside the damaged"), {}};
+            return failed("Couldn't move aside the damaged");
         isRestoring_ = true;
     }
     const QVariantMap base = now.state == State::present ? now.values
                              : isRestoring_              ? known
                                                          : QVariantMap();
     QVariantMap merged = merge(base, changes);
-    const bool isInFile = isSameValue(merged, now.values);
-    Outcome outcome = isInFile ? Outcome{std::move(merged), {}, {}}
-                               : replace(std::move(merged), static_cast<bool>(held), isDurable);
-    if (isInFile && isDurable && !makeDurable())
-        outcome.failure = failure("Couldn't save");
+    Outcome outcome = isSameValue(merged, now.values)
+                          ? inFile(std::move(merged), isDurable)
+                          : replace(std::move(merged), static_cast<bool>(held), isDurable);
     if (!outcome.failure.empty())
         outcome.values = base;
     else
@@ -127,12 +122,15 @@ DefaultsFile::Outcome DefaultsFile::updateLocked(const QVariantMap& known, const
 
 DefaultsFile::Outcome DefaultsFile::replace(QVariantMap merged, bool isAlone, bool isDurable) {
     if (!write(propertyListXml(merged), isAlone))
-        return {{}, failure("Couldn't save"), {}};
+        return failed("Couldn't save");
     isVolatile_ = true;
-    Outcome outcome{std::move(merged), {}, {}};
+    return inFile(std::move(merged), isDurable);
+}
+
+DefaultsFile::Outcome DefaultsFile::inFile(QVariantMap values, bool isDurable) {
     if (isDurable && !makeDurable())
-        outcome.failure = failure("Couldn't save");
-    return outcome;
+        return failed("Couldn't save", std::move(values));
+    return {.values = std::move(values)};
 }
 
 DefaultsFile::Reading DefaultsFile::read() const {
@@ -296,8 +294,14 @@ bool DefaultsFile::followLinks() {
     return true;
 }
 
-std::string DefaultsFile::failure(const char* doing) const {
-    return std::string(doing) + " " + target_.string() + ": " + textOf(errno);
+/// As errno has it.
+DefaultsFile::Outcome DefaultsFile::failed(const char* doing,
+                                           std::optional<QVariantMap> values) const {
+    const int error = errno;
+    return {.values = std::move(values),
+            .failure = std::string(doing) + " " + target_.string() + ": " + textOf(error),
+            .file = target_.string(),
+            .lacksRoom = error == ENOSPC || error == EDQUOT};
 }
 
 } // namespace platform

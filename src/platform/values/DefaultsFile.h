@@ -30,11 +30,15 @@ class DefaultsFile {
     struct Outcome {
         /// What the file holds now, or should hold when it could not be written after it had been
         /// moved aside. Nothing when it cannot be read.
-        std::optional<QVariantMap> values;
+        std::optional<QVariantMap> values = {};
         /// For people, why the changes are not in the file, or why it cannot be read.
-        std::string failure;
-        /// The name of what was damaged and has been moved aside.
-        std::string setAside;
+        std::string failure = {};
+        /// The file that `failure` names.
+        std::string file = {};
+        /// Whether the disk is full, or the person's share of it. That may end at any time.
+        bool lacksRoom = false;
+        /// The new path of what was damaged and has been moved aside.
+        std::string setAside = {};
     };
 
     /// Touches nothing yet. `path` is absolute; `calls` must outlive the object.
@@ -57,6 +61,7 @@ class DefaultsFile {
 
     Outcome updateLocked(const QVariantMap& known, const Changes& changes, bool isDurable);
     Outcome replace(QVariantMap merged, bool isAlone, bool isDurable);
+    Outcome inFile(QVariantMap values, bool isDurable);
     Reading read() const;
     std::optional<QByteArray> readAll(int file, const struct stat& status) const;
     FileDescriptor lock() const;
@@ -67,7 +72,7 @@ class DefaultsFile {
     bool syncFolder() const;
     bool makeDurable();
     bool followLinks();
-    std::string failure(const char* doing) const;
+    Outcome failed(const char* doing, std::optional<QVariantMap> values = {}) const;
 
     const std::filesystem::path path_;
     DefaultsFileCalls& calls_;

@@ -13,7 +13,7 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::milliseconds saveDelay{500};
-constexpr std::chrono::seconds firstRetry{1};
+constexpr std::chrono::seconds firstRetry{1}; // and each one for want of room
 constexpr std::chrono::seconds slowestRetry{60};
 
 struct SharedReporter {
@@ -118,6 +118,11 @@ void DefaultsStore::finish() {
     });
 }
 
+bool DefaultsStore::lacksRoom() const {
+    const std::lock_guard lock(mutex_);
+    return lacksRoom_;
+}
+
 bool DefaultsStore::hasUnsaved() const {
     const std::lock_guard lock(mutex_);
     return !unsaved_.isEmpty();
@@ -169,9 +174,11 @@ void DefaultsStore::settle(const DefaultsFile::Outcome& outcome, std::uint64_t l
         unsaved_.removeIf([&](const auto& change) { return change->number <= lastNumber; });
         retryDelay_ = firstRetry;
     } else if (!unsaved_.isEmpty()) {
+        retryDelay_ = outcome.lacksRoom ? firstRetry : retryDelay_;
         saveBy(MonotonicClock::now() + retryDelay_);
         retryDelay_ = std::min(2 * retryDelay_, slowestRetry);
     }
+    lacksRoom_ = outcome.lacksRoom;
     tellAllLocked();
 }
 

@@ -22,8 +22,9 @@
 namespace platform {
 
 /// The values behind UserDefaults: what is set and not saved yet, over what the file holds, over
-/// what is registered. Saves on a queue of its own, soon after the first unsaved change, and again,
-/// less and less often, while that fails. Any thread; make it with std::make_shared.
+/// what is registered. Saves on a queue of its own, soon after the first unsaved change, and again
+/// while that fails: every second for want of room, else less and less often. Any thread; make it
+/// with std::make_shared.
 class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
   public:
     /// Of the log: 1 an error, 2 a warning.
@@ -64,6 +65,9 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     /// False, after a line for the log, also when that has not ended by then.
     bool synchronize(std::chrono::milliseconds bound);
 
+    /// Whether the last save failed because the disk is full.
+    bool lacksRoom() const;
+
     /// Saves what is not saved and waits for what is under way. The last call.
     void finish();
 
@@ -99,6 +103,7 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     QHash<QString, Change> unsaved_;
     std::uint64_t changes_ = 0; // how many there have been
     std::optional<MonotonicClock::time_point> saveTime_;
+    bool lacksRoom_ = false;
     std::vector<std::shared_ptr<Observer>> observers_;
 };
 

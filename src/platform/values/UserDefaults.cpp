@@ -162,6 +162,10 @@ bool UserDefaults::synchronize(std::chrono::milliseconds bound) {
     return store_->synchronize(bound);
 }
 
+bool UserDefaults::lacksRoom() const {
+    return store_->lacksRoom();
+}
+
 DefaultsObservation::~DefaultsObservation() {
     if (cancel_)
         cancel_();

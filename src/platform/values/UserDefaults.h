@@ -83,6 +83,10 @@ class UserDefaults {
     /// (setReporter), the answer is false, and saving goes on.
     bool synchronize(std::chrono::milliseconds bound);
 
+    /// Whether the last save failed because the disk is full. Then the next one is tried within a
+    /// second.
+    bool lacksRoom() const;
+
   private:
     const std::shared_ptr<DefaultsStore> store_;
 };
