@@ -1,6 +1,7 @@
 #include "app/MVAppController.h"
 
 #include "app/CommandLine.h"
+#include "app/FileAlerts.h"
 #include "app/PluginCare.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
@@ -15,7 +16,6 @@
 #include "platform/desktop/Workspace.h"
 #include "platform/files/Bundle.h"
 #include "platform/files/Directories.h"
-#include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/processes/ExceptionReport.h"
 #include "platform/text/MessageLanguages.h"
@@ -34,9 +34,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <mutex>
 #include <utility>
-#include <vector>
 
 using platform::localized;
 using platform::UserDefaults;
@@ -49,46 +47,10 @@ constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
-/// What the preferences say before there is a log; they are read first. Taken by takeEarlyLines().
-struct EarlyLines {
-    std::mutex mutex;
-    std::vector<std::pair<unsigned, QString>> lines; // guarded by mutex
-    bool isOver = false;                             // guarded by mutex
-};
-
-EarlyLines& earlyLines() {
-    static EarlyLines lines;
-    return lines;
-}
-
-void reportAboutDefaults(unsigned level, const std::string& line) {
-    const QString text = QString::fromStdString(line);
-    {
-        const std::lock_guard lock(earlyLines().mutex);
-        if (!earlyLines().isOver) {
-            earlyLines().lines.emplace_back(level, text);
-            return;
-        }
-    }
-    QNLogText(level, text);
-    if (level > qnlog_error)
-        return;
-    platform::DispatchQueue::main()->async([text] {
-        if (shared)
-            shared->tellThatNothingIsSaved(text);
-    });
-}
-
 /// Of other programs; worth a line for who looks closely, and never one on standard error.
 void reportAboutImage(const QString& text) {
     if (shared != nullptr && shared->logHandle() != nullptr)
         shared->logWithLevel(qnlog_debug, "An icon is damaged: %@", MVCommLogText(text));
-}
-
-std::vector<std::pair<unsigned, QString>> takeEarlyLines() {
-    const std::lock_guard lock(earlyLines().mutex);
-    earlyLines().isOver = true;
-    return std::exchange(earlyLines().lines, {});
 }
 
 void dataCallback(const MVCommActivityMessage* message) {
@@ -104,7 +66,7 @@ void updateCallback() {
 } // namespace
 
 void MVAppController::initialize() {
-    UserDefaults::setReporter(&reportAboutDefaults);
+    FileAlerts::listen();
     platform::ForeignImages::setReporter(&reportAboutImage);
     UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
 }
@@ -127,16 +89,13 @@ MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> insta
         const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
         createLogFile(file.mid(slash + 1), file.left(slash));
     }
-    for (const auto& [level, line] : takeEarlyLines()) {
-        logText(level, line);
-        if (level <= qnlog_error)
-            earlyError_ = line;
-    }
+    FileAlerts::logIsOpen();
     if (logHandle() && options().contains(CommandLine::debug))
         qnlog_setlevel(logHandle(), qnlog_debug);
 }
 
 MVAppController::~MVAppController() {
+    FileAlerts::showWith(nullptr);
     shared = nullptr;
 }
 
@@ -168,7 +127,7 @@ void MVAppController::applicationDidFinishLaunching() {
     step([this] {
         helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
     });
-    step([this] { tellEarlyErrors(); });
+    step([this] { showFileAlerts(); });
 }
 
 /// A plug-in that connects finds it on the disk.
@@ -210,15 +169,12 @@ void MVAppController::serveBus() {
     instance_->serve(control_.get());
 }
 
-void MVAppController::tellEarlyErrors() {
-    if (!earlyError_.isEmpty())
-        tellThatNothingIsSaved(earlyError_);
-    else if (!logHandle())
-        tellThatNothingIsSaved(
-            logURL().isEmpty()
-                ? localized(QStringLiteral("There is no folder for the log."))
-                : platform::formatted(localized(QStringLiteral("The log “%@” can't be written.")),
-                                      logURL()));
+void MVAppController::showFileAlerts() {
+    if (!logHandle())
+        FileAlerts::logIsMissing(logURL());
+    FileAlerts::showWith([this](const QString& title, const QString& message) {
+        warningAlertWithTitle(title, message, localized(QStringLiteral("OK")));
+    });
 }
 
 void MVAppController::observeSignals() {
@@ -261,18 +217,6 @@ void MVAppController::updateWhenActive() {
                 if (state == Qt::ApplicationActive)
                     volumeController_->update();
             });
-}
-
-/// Once: a person who knows it need not be told again.
-void MVAppController::tellThatNothingIsSaved(const QString& reason) {
-    if (std::exchange(hasToldThatNothingIsSaved_, true))
-        return;
-    alertWithTitle(localized(QStringLiteral("Tonvale can't save everything.")),
-                   platform::formatted(localized(QStringLiteral(
-                                           "Until you quit, it works as usual, but it may forget "
-                                           "afterwards what you set. (%@)")),
-                                       reason),
-                   localized(QStringLiteral("OK")));
 }
 
 /// When the display goes, the toolkit ends the process from within its event loop.

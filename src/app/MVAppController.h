@@ -52,9 +52,6 @@ class MVAppController final : public QNGUIApplication {
     void updateApps();
     void handleActivity(const MVCommActivityMessage* message);
 
-    /// Tells the person once that something cannot be written.
-    void tellThatNothingIsSaved(const QString& reason);
-
     /// A signal that asks the program to end.
     Q_INVOKABLE void terminationSignal(int signal);
 
@@ -69,7 +66,7 @@ class MVAppController final : public QNGUIApplication {
     void connectPlugins();
     void hearPlugin();
     void updateWhenActive();
-    void tellEarlyErrors();
+    void showFileAlerts();
     static void endWithoutDisplay();
     void saveAndDisconnect();
     void saveScreenshot();
@@ -81,6 +78,4 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<platform::PluginReports> pluginReports_;
     std::unique_ptr<PluginCare> pluginCare_;
     std::unique_ptr<platform::BusNameWatch> helper_;
-    QString earlyError_; // what could not be read before there was a window
-    bool hasToldThatNothingIsSaved_ = false;
 };

@@ -4,12 +4,14 @@
 #include "comm/MVCommSocketPath.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
+#include "platform/desktop/Alert.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopNotifier.h"
 #include "platform/values/UserDefaults.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
+#include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
 #include "ui/AppVolumeController.h"
@@ -21,8 +23,13 @@
 #include <QDBusConnection>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <sys/stat.h>
+#include <vector>
+
+using platform::Alert;
 
 namespace {
 
@@ -32,6 +39,36 @@ VolumeWindow* volumeWindow() {
             return window;
     }
     return nullptr;
+}
+
+/// Reads the alerts in the person's place.
+class Alerts final : public platform::AlertPresenter {
+  public:
+    Alerts() { platform::replaceAlertPresenter(this); }
+    ~Alerts() override { platform::replaceAlertPresenter(nullptr); }
+
+    void showOn(const Alert& alert, QWidget& /*window*/) override { shown.push_back(alert); }
+
+    std::vector<Alert> shown;
+};
+
+/// Of a start with damaged preferences and without a log.
+void checkWhatIsTold(const std::vector<Alert>& alerts) {
+    ASSERT_EQ(alerts.size(), 2U);
+    EXPECT_EQ(alerts[0].title, "Your settings were damaged");
+    EXPECT_EQ(alerts[0].kind, Alert::Kind::warning);
+    const std::filesystem::path folder = platform::UserDefaults::standardPath().parent_path();
+    const bool isNamed =
+        std::ranges::any_of(std::filesystem::directory_iterator(folder), [&](const auto& file) {
+            return file.path().string().find(".damaged-") != std::string::npos &&
+                   QString(alerts[0].message)
+                       .remove(QChar(0x2060))
+                       .endsWith(QString::fromStdString(file.path()));
+        });
+    EXPECT_TRUE(isNamed) << alerts[0].message.toStdString();
+    EXPECT_EQ(alerts[1].title, "The log can't be written");
+    EXPECT_EQ(alerts[1].kind, Alert::Kind::warning);
+    EXPECT_FALSE(alerts[1].message.contains("forg")) << "what is set is saved";
 }
 
 /// What the application does with its records, once it runs.
@@ -57,6 +94,13 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     const std::filesystem::path container =
         std::filesystem::path(std::getenv("HOME")) / "Library/Containers/a/Data";
     std::filesystem::create_directories(container);
+    const std::filesystem::path preferencesFile = platform::UserDefaults::standardPath();
+    std::filesystem::create_directories(preferencesFile.parent_path());
+    std::ofstream(preferencesFile) << "<plist><dict>";
+    const std::filesystem::path noFolder = preferencesFile.parent_path() / "file";
+    std::ofstream(noFolder) << "no folder";
+    const support::ScopedVariable noLogs("XDG_STATE_HOME", noFolder);
+    Alerts alerts;
     platform::RunLoop loop;
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
@@ -70,6 +114,7 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     EXPECT_FALSE(std::filesystem::exists(container / kMVCommSocketName));
     controller.applicationDidFinishLaunching();
     EXPECT_TRUE(controller.launchComplete());
+    checkWhatIsTold(alerts.shown);
     VolumeWindow* const window = volumeWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());

@@ -59,7 +59,7 @@ class FailingCalls : public platform::DefaultsFileCalls {
     }
 };
 
-/// A folder for the file, which does not exist yet, and what is told for the log.
+/// A folder for the file, which does not exist yet, and what is told of trouble with it.
 class DefaultsFixture : public testing::Test {
   public:
     ~DefaultsFixture() override { platform::UserDefaults::setReporter(nullptr); }
@@ -67,21 +67,16 @@ class DefaultsFixture : public testing::Test {
     DefaultsFixture& operator=(const DefaultsFixture&) = delete;
 
   protected:
-    struct Line {
-        unsigned level;
-        std::string text;
-    };
-
     DefaultsFixture() {
-        platform::UserDefaults::setReporter([this](unsigned level, const std::string& text) {
+        platform::UserDefaults::setReporter([this](const platform::DefaultsTrouble& trouble) {
             const std::lock_guard lock(mutex_);
-            lines_.push_back({level, text});
+            troubles_.push_back(trouble);
         });
     }
 
-    std::vector<Line> lines() const {
+    std::vector<platform::DefaultsTrouble> troubles() const {
         const std::lock_guard lock(mutex_);
-        return lines_;
+        return troubles_;
     }
 
     static void writeBytes(const std::filesystem::path& file, const QByteArray& bytes) {
@@ -118,5 +113,5 @@ class DefaultsFixture : public testing::Test {
 
   private:
     mutable std::mutex mutex_;
-    std::vector<Line> lines_; // guarded by mutex_
+    std::vector<platform::DefaultsTrouble> troubles_; // guarded by mutex_
 };

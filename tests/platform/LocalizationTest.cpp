@@ -1,11 +1,13 @@
 #include "platform/text/Localization.h"
 
 #include "platform/text/ByteCount.h"
+#include "platform/text/UnbrokenPath.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QTextBoundaryFinder>
 #include <QTranslator>
 
 #include <cstdint>
@@ -113,4 +115,18 @@ TEST(BinaryByteCount, RoundsToOneDecimalOfTheUnitThatSuits) {
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     EXPECT_EQ(binaryByteCount(1536), qs("1,5 KB"));
     QLocale::setDefault(before);
+}
+
+TEST(UnbrokenPath, BreaksAfterSlashesOnly) {
+    for (const char* const path :
+         {"/home/me/.config/com.quarnel.Tonvale.plist.damaged-20261125-230102-2",
+          "/home/my name/a (b)/x, y; z? w!", "/media/\u97f3\u697d/d\u00e9j\u00e0\u2013vu", "/",
+          ""}) {
+        QString text = platform::unbrokenPath(qs(path));
+        QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, text);
+        for (qsizetype at = breaks.toNextBoundary(); at >= 0 && at < text.size();
+             at = breaks.toNextBoundary())
+            EXPECT_EQ(text[at - 1], QLatin1Char('/')) << path << " at " << at;
+        EXPECT_EQ(text.remove(QChar(0x2060)), qs(path));
+    }
 }

@@ -26,6 +26,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using UserDefaultsSaving = DefaultsFixture;
+using Kind = platform::DefaultsTrouble::Kind;
 using support::modeOf;
 using support::waitUntil;
 
@@ -224,9 +225,10 @@ TEST_F(UserDefaultsSaving, MovesADamagedFileAsideAndNeverOverAnother) {
     }
     std::sort(kept.begin(), kept.end());
     EXPECT_EQ(kept, damages);
-    ASSERT_EQ(lines().size(), damages.size());
-    EXPECT_EQ(lines()[0].level, 2U);
-    EXPECT_NE(lines()[0].text.find(path_.string() + ".damaged-"), std::string::npos);
+    ASSERT_EQ(troubles().size(), damages.size());
+    EXPECT_EQ(troubles()[0].kind, Kind::lost);
+    EXPECT_TRUE(troubles()[0].file.starts_with(path_.string() + ".damaged-"));
+    EXPECT_TRUE(troubles()[0].line.ends_with(troubles()[0].file));
 }
 
 TEST_F(UserDefaultsSaving, RestoresWhatIsDamagedWhileWeRun) {
@@ -240,6 +242,7 @@ TEST_F(UserDefaultsSaving, RestoresWhatIsDamagedWhileWeRun) {
     ASSERT_TRUE(defaults.synchronize());
     EXPECT_EQ(inFile(), (QVariantMap{{"ours", 3LL}, {"theirs", 2LL}}));
     EXPECT_EQ(filesInFolder().size(), 2U);
+    EXPECT_EQ(troubles()[0].kind, Kind::restored);
 }
 
 TEST_F(UserDefaultsSaving, NeverReplacesWhatCannotBeRead) {
@@ -255,7 +258,7 @@ TEST_F(UserDefaultsSaving, NeverReplacesWhatCannotBeRead) {
         EXPECT_EQ(inFile(), (QVariantMap{{"ours", 2LL}, {"theirs", 1LL}}));
         EXPECT_EQ(defaults.integer("theirs"), 1);
     }
-    EXPECT_EQ(lines().size(), 2U);
+    EXPECT_EQ(troubles().size(), 2U);
     fs::remove(path_);
     fs::create_directory(path_);
     UserDefaults(path_).set("key", 1);
@@ -276,14 +279,15 @@ TEST_F(UserDefaultsSaving, TellsOnceThatItFailsAndAgainOnlyAfterItHasWorked) {
         EXPECT_FALSE(defaults.synchronize());
         EXPECT_EQ(defaults.integer("key"), i);
     }
-    ASSERT_EQ(lines().size(), 1U);
-    EXPECT_EQ(lines()[0].level, 1U);
-    EXPECT_NE(lines()[0].text.find(file.string() + ": Not a directory"), std::string::npos)
-        << lines()[0].text;
+    ASSERT_EQ(troubles().size(), 1U);
+    EXPECT_EQ(troubles()[0].kind, Kind::unsaved);
+    EXPECT_EQ(troubles()[0].file, file);
+    EXPECT_NE(troubles()[0].line.find(file.string() + ": Not a directory"), std::string::npos)
+        << troubles()[0].line;
     fs::remove(blocker);
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_TRUE(readBytes(file).contains("<integer>2</integer>"));
-    EXPECT_EQ(lines().size(), 1U);
+    EXPECT_EQ(troubles().size(), 1U);
 }
 
 TEST_F(UserDefaultsSaving, AFullDiskLeavesTheFormerFileAndIsTriedAgainByItself) {
@@ -293,15 +297,15 @@ TEST_F(UserDefaultsSaving, AFullDiskLeavesTheFormerFileAndIsTriedAgainByItself) 
     for (auto* const error : {&calls_.writeError, &calls_.syncError, &calls_.renameError}) {
         const QVariant value = defaults.integer("key") + 1;
         const QVariantMap former = inFile();
-        const std::size_t told = lines().size();
+        const std::size_t told = troubles().size();
         *error = ENOSPC;
         defaults.set("key", value);
         clock.advance(1s);
-        ASSERT_TRUE(waitUntil([&] { return lines().size() == told + 1; }));
+        ASSERT_TRUE(waitUntil([&] { return troubles().size() == told + 1; }));
         EXPECT_EQ(inFile(), former);
         for (int i = 0; i < 3; ++i)
             EXPECT_FALSE(defaults.synchronize());
-        EXPECT_EQ(lines().size(), told + 1);
+        EXPECT_EQ(troubles().size(), told + 1);
         EXPECT_EQ(filesInFolder(), std::vector<std::string>{"test.plist"});
         *error = 0;
         clock.advance(2s);
@@ -324,8 +328,8 @@ TEST_F(UserDefaultsSaving, WhatWasSetIsInTheFileWithinTwoSecondsOfRoomOnARealDis
         defaults.set("key", value);
         EXPECT_FALSE(defaults.synchronize());
     }
-    ASSERT_EQ(lines().size(), 1U);
-    EXPECT_NE(lines()[0].text.find("No space left on device"), std::string::npos);
+    ASSERT_EQ(troubles().size(), 1U);
+    EXPECT_NE(troubles()[0].line.find("No space left on device"), std::string::npos);
     disk.clear();
     clock.advance(2s);
     EXPECT_TRUE(waitUntil([&] { return readBytes(file).contains("<integer>7</integer>"); }));
@@ -347,8 +351,8 @@ TEST_F(UserDefaultsSaving, WhoSetsABoundIsNotHeldUpByADiskThatHangs) {
     UserDefaults defaults(path_, hanging);
     defaults.set("key", 1);
     EXPECT_FALSE(defaults.synchronize(5ms));
-    ASSERT_EQ(lines().size(), 1U);
-    EXPECT_NE(lines()[0].text.find("takes too long"), std::string::npos);
+    ASSERT_EQ(troubles().size(), 1U);
+    EXPECT_NE(troubles()[0].line.find("takes too long"), std::string::npos);
     hanging.release.set_value();
     EXPECT_TRUE(defaults.synchronize(support::patience));
     EXPECT_EQ(inFile()["key"], 1);

@@ -27,10 +27,10 @@ PlatformApplication::Interface& mainInterface() {
 }
 
 /// The message goes through a format, so that no percent sign in it means anything.
-Alert makeAlert(bool isCritical, const QString& title, const QString& message,
+Alert makeAlert(Alert::Kind kind, const QString& title, const QString& message,
                 const QString& defaultButton, const QString& alternateButton = {},
                 const QString& otherButton = {}) {
-    return {.isCritical = isCritical,
+    return {.kind = kind,
             .title = title,
             .message = platform::formatted(QStringLiteral("%@"), message),
             .defaultButton = defaultButton,
@@ -111,24 +111,33 @@ Alert::Button QNGUIApplication::alertWithTitle(const QString& title, const QStri
                                                const QString& defaultButton,
                                                const QString& alternateButton,
                                                const QString& otherButton) {
-    return makeAlert(false, title, message, defaultButton, alternateButton, otherButton).run();
+    return makeAlert(Alert::Kind::plain, title, message, defaultButton, alternateButton,
+                     otherButton)
+        .run();
 }
 
 Alert::Button QNGUIApplication::criticalAlertWithTitle(const QString& title, const QString& message,
                                                        const QString& defaultButton,
                                                        const QString& alternateButton,
                                                        const QString& otherButton) {
-    return makeAlert(true, title, message, defaultButton, alternateButton, otherButton).run();
+    return makeAlert(Alert::Kind::critical, title, message, defaultButton, alternateButton,
+                     otherButton)
+        .run();
 }
 
 void QNGUIApplication::alertWithTitle(const QString& title, const QString& message,
                                       const QString& defaultButton) {
-    show(makeAlert(false, title, message, defaultButton), mainWindow());
+    show(makeAlert(Alert::Kind::plain, title, message, defaultButton), mainWindow());
+}
+
+void QNGUIApplication::warningAlertWithTitle(const QString& title, const QString& message,
+                                             const QString& defaultButton) {
+    show(makeAlert(Alert::Kind::warning, title, message, defaultButton), mainWindow());
 }
 
 void QNGUIApplication::criticalAlertWithTitle(const QString& title, const QString& message,
                                               const QString& defaultButton) {
-    show(makeAlert(true, title, message, defaultButton), mainWindow());
+    show(makeAlert(Alert::Kind::critical, title, message, defaultButton), mainWindow());
 }
 
 QStringList QNGUIApplication::documentIdentifiers() const {

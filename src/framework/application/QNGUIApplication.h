@@ -44,8 +44,11 @@ class QNGUIApplication : public QNApplication {
                                                    const QString& otherButton);
 
     /// Shows an alert as a sheet on the main window and returns, or waits when there is no such
-    /// window or something stands on it already.
+    /// window or something stands on it already. Something has failed: a warning; it ends what the
+    /// person wanted: a critical one.
     void alertWithTitle(const QString& title, const QString& message, const QString& defaultButton);
+    void warningAlertWithTitle(const QString& title, const QString& message,
+                               const QString& defaultButton);
     void criticalAlertWithTitle(const QString& title, const QString& message,
                                 const QString& defaultButton);
 

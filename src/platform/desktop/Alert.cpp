@@ -22,10 +22,21 @@ struct Box {
     QAbstractButton* other = nullptr;
 };
 
+QMessageBox::Icon iconOf(Alert::Kind kind) {
+    switch (kind) {
+    case Alert::Kind::plain:
+        break;
+    case Alert::Kind::warning:
+        return QMessageBox::Warning;
+    case Alert::Kind::critical:
+        return QMessageBox::Critical;
+    }
+    return QMessageBox::Information;
+}
+
 Box makeBox(const Alert& alert, QWidget* parent) {
     Box box;
-    const auto icon = alert.isCritical ? QMessageBox::Critical : QMessageBox::Information;
-    box.window = std::make_unique<QMessageBox>(icon, alert.title, alert.title,
+    box.window = std::make_unique<QMessageBox>(iconOf(alert.kind), alert.title, alert.title,
                                                QMessageBox::NoButton, parent);
     box.window->setTextFormat(Qt::PlainText);
     box.window->setInformativeText(alert.message);

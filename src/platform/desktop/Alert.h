@@ -10,8 +10,9 @@ namespace platform {
 /// empty texts stand for none.
 struct Alert {
     enum Button { other = -1, alternate = 0, standard = 1 };
+    enum class Kind { plain, warning, critical }; ///< which icon it has
 
-    bool isCritical = false;
+    Kind kind = Kind::plain;
     QString title;
     QString message;
     QString defaultButton;

@@ -27,16 +27,18 @@ SharedReporter& sharedReporter() {
     return *reporter;
 }
 
-void reportLine(unsigned level, const std::string& line) {
+void report(const DefaultsTrouble& trouble) {
     DefaultsStore::Reporter call;
     {
         const std::lock_guard lock(sharedReporter().mutex);
         call = sharedReporter().call;
     }
     if (call)
-        call(level, line);
+        call(trouble);
     else
-        systemLog(level == 1 ? LogPriority::error : LogPriority::warning, "%s", line.c_str());
+        systemLog(trouble.kind == DefaultsTrouble::Kind::unsaved ? LogPriority::error
+                                                                 : LogPriority::warning,
+                  "%s", trouble.line.c_str());
 }
 
 } // namespace
@@ -54,7 +56,8 @@ DefaultsStore::DefaultsStore(const std::filesystem::path& path, DefaultsFileCall
 
 void DefaultsStore::load() {
     if (!file_) {
-        reportLine(1, "There is no folder for settings; they are kept in memory only");
+        platform::report({DefaultsTrouble::Kind::unsaved,
+                          "There is no folder for settings; they are kept in memory only"});
         return;
     }
     saveTimer_.emplace(queue_, [weak = weak_from_this()] {
@@ -62,7 +65,7 @@ void DefaultsStore::load() {
             self->save(false);
     });
     const DefaultsFile::Outcome outcome = file_->update({}, {}, false);
-    report(outcome);
+    report(outcome, DefaultsTrouble::Kind::lost);
     inFile_ = outcome.values.value_or(QVariantMap());
 }
 
@@ -107,7 +110,8 @@ bool DefaultsStore::synchronize(std::chrono::milliseconds bound) {
     queue_->async([saving] { (*saving)(); });
     if (isSaved.wait_for(bound) == std::future_status::ready)
         return isSaved.get();
-    reportLine(1, "Saving the settings takes too long to wait for");
+    platform::report(
+        {DefaultsTrouble::Kind::unsaved, "Saving the settings takes too long to wait for"});
     return false;
 }
 
@@ -160,7 +164,7 @@ bool DefaultsStore::save(bool isDurable) {
             changes.insert(change.key(), change->value);
     }
     const DefaultsFile::Outcome outcome = file_->update(known, changes, isDurable);
-    report(outcome);
+    report(outcome, DefaultsTrouble::Kind::restored);
     settle(outcome, lastNumber);
     return outcome.failure.empty();
 }
@@ -182,11 +186,15 @@ void DefaultsStore::settle(const DefaultsFile::Outcome& outcome, std::uint64_t l
     tellAllLocked();
 }
 
-void DefaultsStore::report(const DefaultsFile::Outcome& outcome) {
+void DefaultsStore::report(const DefaultsFile::Outcome& outcome, DefaultsTrouble::Kind damage) {
     if (!outcome.setAside.empty())
-        reportLine(2, "The settings were damaged and have been moved to " + outcome.setAside);
+        platform::report({damage,
+                          "The settings were damaged and have been moved to " + outcome.setAside,
+                          outcome.setAside});
     if (!outcome.failure.empty() && !isFailing_)
-        reportLine(1, outcome.failure + "; settings are kept in memory until it works");
+        platform::report({DefaultsTrouble::Kind::unsaved,
+                          outcome.failure + "; settings are kept in memory until it works",
+                          outcome.file});
     isFailing_ = !outcome.failure.empty();
 }
 

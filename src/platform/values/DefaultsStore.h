@@ -4,6 +4,7 @@
 #include "platform/loop/DispatchTimer.h"
 #include "platform/loop/MonotonicClock.h"
 #include "platform/values/DefaultsFile.h"
+#include "platform/values/UserDefaults.h"
 
 #include <QHash>
 #include <QMap>
@@ -27,8 +28,7 @@ namespace platform {
 /// with std::make_shared.
 class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
   public:
-    /// Of the log: 1 an error, 2 a warning.
-    using Reporter = std::function<void(unsigned level, const std::string& line)>;
+    using Reporter = std::function<void(const DefaultsTrouble& trouble)>;
 
     struct Observer {
         QString key;
@@ -83,7 +83,7 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     bool save(bool isDurable);
     bool hasUnsaved() const;
     void settle(const DefaultsFile::Outcome& outcome, std::uint64_t lastNumber);
-    void report(const DefaultsFile::Outcome& outcome);
+    void report(const DefaultsFile::Outcome& outcome, DefaultsTrouble::Kind damage);
     void saveBy(MonotonicClock::time_point deadline);
     QVariant storedLocked(const QString& key) const;
     QVariant effectiveLocked(const QString& key) const;

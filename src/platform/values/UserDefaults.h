@@ -16,6 +16,19 @@ namespace platform {
 class DefaultsObservation;
 class DefaultsStore;
 
+/// What has gone wrong with the file of user defaults.
+struct DefaultsTrouble {
+    enum class Kind {
+        unsaved,  ///< what is set is kept in memory only, for now
+        lost,     ///< the file was damaged when it was read first, so nothing is set
+        restored, ///< it was damaged later; what was known of it is written again
+    };
+
+    Kind kind;
+    std::string line;      ///< for the log
+    std::string file = {}; ///< the path in the line, if any; of a damaged file its new one
+};
+
 /// What a person has set, and what holds where nothing has been set. Values lie under keys in a
 /// property list that other programs may read and change too. A value that is set is seen at once
 /// in all of this process; it is in the file within a second, and at once with synchronize(), which
@@ -34,10 +47,9 @@ class UserDefaults {
     /// The path of that file; empty when there is no such folder.
     static std::filesystem::path standardPath();
 
-    /// Where lines for the log go; null: the system log. Level 1 is an error, 2 a warning. Called
-    /// on any thread, and must not call back. Set it before standard() is asked for, or what that
-    /// finds at first goes to the system log.
-    static void setReporter(std::function<void(unsigned level, const std::string& line)> reporter);
+    /// Who is told of trouble; null: the system log. Called on any thread, and must not call back.
+    /// Set it before standard() is asked for, or what that finds at first goes to the system log.
+    static void setReporter(std::function<void(const DefaultsTrouble& trouble)> reporter);
 
     /// Reads the file at `path`, which is absolute. With an empty path, values are in memory only.
     /// `calls` must outlive the object.

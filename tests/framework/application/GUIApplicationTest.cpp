@@ -40,28 +40,30 @@ TEST_F(ApplicationTest, AlertsAreSheetsWhereAWindowCanTakeOne) {
     application.criticalAlertWithTitle("sheet", text, "OK");
     QWidget above(&window, Qt::Dialog);
     above.show();
-    application.alertWithTitle("covered", text, "OK");
+    application.warningAlertWithTitle("covered", text, "OK");
     EXPECT_EQ(application.criticalAlertWithTitle("asks", text, "A", "B", "C"), Alert::other);
 
     ASSERT_EQ(answers.run_.size(), 3U);
     EXPECT_EQ(answers.run_[0].title, "no window");
     EXPECT_EQ(answers.run_[0].message, text);
-    EXPECT_FALSE(answers.run_[0].isCritical);
+    EXPECT_EQ(answers.run_[0].kind, Alert::Kind::plain);
     EXPECT_EQ(answers.run_[1].title, "covered");
-    EXPECT_TRUE(answers.run_[2].isCritical);
+    EXPECT_EQ(answers.run_[1].kind, Alert::Kind::warning);
+    EXPECT_EQ(answers.run_[2].kind, Alert::Kind::critical);
     EXPECT_EQ(answers.run_[2].otherButton, "C");
     ASSERT_EQ(answers.sheets_.size(), 1U);
-    EXPECT_TRUE(answers.sheets_[0].isCritical);
+    EXPECT_EQ(answers.sheets_[0].kind, Alert::Kind::critical);
 }
 
 TEST_F(ApplicationTest, ASheetDoesNotWaitAndAnAlertAnswersTheButton) {
     QWidget window;
     window.show();
-    application.alertWithTitle("sheet", QString(), "OK");
+    application.warningAlertWithTitle("sheet", QString(), "OK");
     auto* const sheet = window.findChild<QMessageBox*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_TRUE(sheet->isVisible());
     EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
     sheet->accept();
 
     const auto answer = [&](const QString& button) {

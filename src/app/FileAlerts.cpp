@@ -1,0 +1,134 @@
+#include "app/FileAlerts.h"
+
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/text/Localization.h"
+#include "platform/text/UnbrokenPath.h"
+#include "platform/values/UserDefaults.h"
+
+#include <QSet>
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+using platform::DefaultsTrouble;
+using platform::formatted;
+using platform::localized;
+using platform::unbrokenPath;
+using Kind = DefaultsTrouble::Kind;
+
+namespace {
+
+struct Text {
+    QString title;
+    QString message;
+};
+
+/// Never destroyed: preferences may be saved after main() has returned.
+struct State {
+    std::mutex mutex;
+    std::vector<DefaultsTrouble> early; // guarded by mutex: before the log is open
+    bool isLogOpen = false;             // guarded by mutex
+
+    // The main thread only.
+    FileAlerts::Show show;
+    std::vector<Text> waiting;
+    QSet<QString> told; // the titles
+};
+
+State& state() {
+    static auto* const state = new State;
+    return *state;
+}
+
+Text textOf(const DefaultsTrouble& trouble) {
+    const QString file = QString::fromStdString(trouble.file);
+    if (trouble.kind == Kind::lost)
+        return {localized(QStringLiteral("Your settings were damaged")),
+                formatted(localized(QStringLiteral(
+                              "Tonvale couldn't read them and starts with the usual ones.\n\nThe "
+                              "damaged file has been kept as\n%@")),
+                          unbrokenPath(file))};
+    if (trouble.kind == Kind::restored)
+        return {localized(QStringLiteral("The settings file was damaged")),
+                formatted(localized(QStringLiteral(
+                              "Tonvale has written it again; nothing that you have set is lost.\n\n"
+                              "The damaged file has been kept as\n%@")),
+                          unbrokenPath(file))};
+    QString reason = QString::fromStdString(trouble.line);
+    if (!file.isEmpty())
+        reason.replace(file, unbrokenPath(file));
+    return {
+        localized(QStringLiteral("Settings can't be saved")),
+        formatted(localized(QStringLiteral(
+                      "Everything works as usual until you quit, and Tonvale keeps trying. What "
+                      "it hasn't saved by then will be forgotten.\n\n%@")),
+                  reason)};
+}
+
+void tell(Text text) {
+    if (state().show == nullptr) {
+        state().waiting.push_back(std::move(text));
+    } else if (!state().told.contains(text.title)) {
+        state().told.insert(text.title);
+        state().show(text.title, text.message);
+    }
+}
+
+void log(const DefaultsTrouble& trouble) {
+    QNLogText(trouble.kind == Kind::unsaved ? qnlog_error : qnlog_warning,
+              QString::fromStdString(trouble.line));
+}
+
+/// Any thread.
+void report(const DefaultsTrouble& trouble) {
+    {
+        const std::lock_guard lock(state().mutex);
+        if (!state().isLogOpen) {
+            state().early.push_back(trouble);
+            return;
+        }
+    }
+    log(trouble);
+    platform::DispatchQueue::main()->async([trouble] { tell(textOf(trouble)); });
+}
+
+} // namespace
+
+void FileAlerts::listen() {
+    platform::UserDefaults::setReporter(&report);
+}
+
+void FileAlerts::logIsOpen() {
+    std::vector<DefaultsTrouble> early;
+    {
+        const std::lock_guard lock(state().mutex);
+        state().isLogOpen = true;
+        early.swap(state().early);
+    }
+    for (const DefaultsTrouble& trouble : early) {
+        log(trouble);
+        tell(textOf(trouble));
+    }
+}
+
+void FileAlerts::logIsMissing(const QString& path) {
+    const QString reason =
+        path.isEmpty()
+            ? localized(QStringLiteral("There is no folder for it."))
+            : formatted(localized(QStringLiteral("The file would be\n%@")), unbrokenPath(path));
+    tell({localized(QStringLiteral("The log can't be written")),
+          formatted(localized(QStringLiteral("Tonvale works as usual; what it would write to its "
+                                             "log goes to the system log.\n\n%@")),
+                    reason)});
+}
+
+void FileAlerts::showWith(Show show) {
+    state().show = std::move(show);
+    if (state().show == nullptr)
+        return;
+    for (Text& text : std::exchange(state().waiting, {}))
+        tell(std::move(text));
+}
