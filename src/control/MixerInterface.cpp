@@ -142,12 +142,13 @@ std::optional<BusError> MixerInterface::setRemembered(const QString& name, int p
         return noSuchProgram();
     if (!isPercent(percent))
         return notInRange();
-    if (const MVCommAppValue* const app = runningProgram(controller_, name)) {
+    RememberedApps& programs = controller_.rememberedApps();
+    const RememberedApps::App before = programs.of(name);
+    const bool isUnmuting = percent == before.percent && !muted; // which is possible in memory
+    if (const MVCommAppValue* const app = runningProgram(controller_, name); app && !isUnmuting) {
         if (const QString reason = controller_.reasonNotControllable(*app); !reason.isEmpty())
             return BusError::notControllable(reason);
     }
-    RememberedApps& programs = controller_.rememberedApps();
-    const RememberedApps::App before = programs.of(name);
     programs.set(name, percent, muted);
     if (before.percent != percent)
         ControlLog::volume(name, percent);

@@ -42,7 +42,9 @@ std::optional<BusError> ProgramInterface::set(const QString& property, const QVa
     if (property != volume && property != muted)
         return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
                         QStringLiteral("It can only be read")};
-    if (const QString reason = controller_.reasonNotControllable(app_); !reason.isEmpty())
+    const bool isUnmuting = property == muted && !value.toBool(); // which is possible in memory
+    const QString reason = controller_.reasonNotControllable(app_);
+    if (!isUnmuting && !reason.isEmpty())
         return BusError::notControllable(reason);
     if (property == muted) {
         controller_.setMuted(app_, value.toBool());

@@ -52,25 +52,26 @@ void get(Mixer& mixer, const Command& command) {
 }
 
 /// The application refuses too; this tells of which program.
-CtlProgram controllable(Mixer& mixer, const std::string& name) {
-    CtlProgram program = mixer.find(name);
+void expectControllable(const CtlProgram& program) {
     if (!program.controllable)
         throw Failure(
             ExitCode::notControllable,
             Messages::text("The volume of “%1” can't be set: %2", {program.name, program.reason}));
-    return program;
 }
 
 void set(Mixer& mixer, const Command& command) {
     const VolumeChange change = VolumeChange::parse(command.value.value_or(""));
-    const CtlProgram program = controllable(mixer, command.name);
+    const CtlProgram program = mixer.find(command.name);
+    expectControllable(program);
     mixer.setVolume(program, change.appliedTo(program.volume));
 }
 
 void mute(Mixer& mixer, const Command& command) {
-    const CtlProgram program = controllable(mixer, command.name);
-    mixer.setMuted(program,
-                   command.verb == Verb::toggle ? !program.muted : command.verb == Verb::mute);
+    const CtlProgram program = mixer.find(command.name);
+    const bool muted = command.verb == Verb::toggle ? !program.muted : command.verb == Verb::mute;
+    if (muted) // else it is possible in memory
+        expectControllable(program);
+    mixer.setMuted(program, muted);
 }
 
 void defaultVolume(Mixer& mixer, const Command& command) {

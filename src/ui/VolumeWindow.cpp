@@ -128,10 +128,11 @@ void VolumeWindow::ignore(const QString& process) {
 }
 
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no
-/// item at the moment stays as it is.
+/// item at the moment, or cannot be controlled, stays as it is.
 GestureHistory::Road VolumeWindow::road() {
     return {[this](const QString& program, int percent) {
-                if (const MVCollectionViewItem* const item = itemOf(program)) {
+                const MVCollectionViewItem* const item = itemOf(program);
+                if (item != nullptr && item->slider().isEnabled()) {
                     item->slider().setSliderValue_(VolumeNumbers::fractionForPercent(percent),
                                                    false);
                     item->slider().update();

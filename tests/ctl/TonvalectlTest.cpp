@@ -301,6 +301,13 @@ TEST_F(TonvalectlTest, SaysWhyAProgramCannotBeControlled) {
     EXPECT_EQ(takeCommands(plugin, pid), "");
     tell("");
     EXPECT_TRUE(support::waitUntil([&] { return ctl({"mute", "player"}).status == 0; }));
+
+    tell("it does so again");
+    EXPECT_TRUE(support::waitUntil([&] { return programJson("player")["controllable"] == false; }));
+    EXPECT_EQ(ctl({"mute", "player"}).status, 7);
+    EXPECT_EQ(ctl({"unmute", "player"}).status, 0) << "in memory";
+    EXPECT_EQ(programJson("player")["muted"], false);
+    EXPECT_EQ(ctl({"toggle", "player"}).status, 7);
 }
 
 TEST_F(TonvalectlTest, WhoCallsDuringTheStartIsAnswered) {

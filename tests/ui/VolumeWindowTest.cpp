@@ -6,10 +6,14 @@
 #include "ui/window/QNAboutBox.h"
 #include "ui/window/UndoNotice.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QScreen>
+
+#include <functional>
+#include <vector>
 
 using VolumeWindowTest = VolumeWindowFixture;
 
@@ -169,6 +173,44 @@ TEST_F(VolumeWindowTest, ASliderThatCannotBeMovedLetsGoOfTheMouse) {
     EXPECT_FALSE(row.slider->isInDrag());
     model_.controller.notControllable(4711, QString());
     EXPECT_TRUE(row.slider->isEnabled());
+}
+
+TEST_F(VolumeWindowTest, AProgramThatCannotBeControlledCanOnlyBeUnmutedInMemory) {
+    const RowProbe row = connected();
+    const MVCommAppValue& app = *model_.controller.apps()[0];
+    QAccessibleInterface& button = *QAccessible::queryAccessibleInterface(row.mute);
+    const auto press = [&] {
+        button.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    };
+    row.slideTo(30);
+    press();
+    window_.history().undo();
+    window_.history().undo();
+    model_.controller.notControllable(4711, "It plays past the mixer");
+    EXPECT_TRUE(button.state().disabled);
+    EXPECT_EQ(button.text(QAccessible::Description), "It plays past the mixer");
+    EXPECT_EQ(row.item->tipAt(row.mute->geometry().center()), "It plays past the mixer");
+    const std::vector<std::function<void()>> ways{
+        press,
+        [&] { QTest::mouseClick(row.mute, Qt::LeftButton); },
+        [&] { QTest::keyClick(row.mute, Qt::Key_Select); },
+        [&] { QTest::keyClick(row.mute, Qt::Key_Space); },
+        [&] { window_.history().redo(); }, // of the volume
+        [&] { window_.history().redo(); },
+    };
+    row.mute->setFocus(Qt::TabFocusReason);
+    for (std::size_t way = 0; way < ways.size(); ++way) {
+        ways[way]();
+        EXPECT_FALSE(app.muted()) << way;
+        EXPECT_EQ(row.slider->floatValue(), 1.0F) << way;
+    }
+    for (std::size_t way = 0; way < 4; ++way) {
+        model_.controller.changedElsewhere(4711, 100, true);
+        EXPECT_FALSE(button.state().disabled) << way;
+        ways[way]();
+        EXPECT_FALSE(app.muted()) << way;
+        EXPECT_FALSE(model_.defaults.dictionary("Apps").contains("player")) << way;
+    }
 }
 
 TEST_F(VolumeWindowTest, RowsLieInTheOrderOfTheRecordsAndStayTheSameOnes) {

@@ -1,14 +1,22 @@
 #include "ui/items/AccessibleMute.h"
 
 #include "platform/text/Localization.h"
+#include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVMuteImageView.h"
 
 AccessibleMute::AccessibleMute(MVMuteImageView& view)
     : QAccessibleWidget(&view, QAccessible::CheckBox, platform::localized(QStringLiteral("Mute")))
     , view_(view) {}
 
+QString AccessibleMute::text(QAccessible::Text kind) const {
+    const auto* const item = qobject_cast<const MVCollectionViewItem*>(view_.parentWidget());
+    return kind == QAccessible::Description && item != nullptr ? item->reasonNotControllable()
+                                                               : QAccessibleWidget::text(kind);
+}
+
 QAccessible::State AccessibleMute::state() const {
     QAccessible::State state = QAccessibleWidget::state();
+    state.disabled = !view_.isOperable();
     state.checkable = true;
     state.checked = view_.app() != nullptr && view_.app()->muted();
     return state;

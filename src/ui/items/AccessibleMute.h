@@ -10,6 +10,7 @@ class AccessibleMute final : public QAccessibleWidget {
   public:
     explicit AccessibleMute(MVMuteImageView& view);
 
+    QString text(QAccessible::Text kind) const override;
     QAccessible::State state() const override;
     QStringList actionNames() const override;
     void doAction(const QString& name) override;

@@ -125,7 +125,9 @@ void MVCollectionViewItem::updateControls() {
     const int percent = surroundings_.controller.percentOf(*app_);
     slider_->showValue(VolumeNumbers::fractionForPercent(percent));
     slider_->setMuted(app_->muted());
-    slider_->setEnabled(surroundings_.controller.reasonNotControllable(*app_).isEmpty());
+    const bool isControllable = surroundings_.controller.reasonNotControllable(*app_).isEmpty();
+    slider_->setEnabled(isControllable);
+    muteView_->setControllable(isControllable);
     announceTextColor();
 }
 
@@ -196,14 +198,14 @@ bool MVCollectionViewItem::event(QEvent* event) {
 QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (app_ == nullptr)
         return {};
-    if (!slider_->geometry().contains(place)) {
-        const QString text = description();
-        return text.isEmpty() ? label_->text() : label_->text() + QLatin1Char('\n') + text;
-    }
+    const bool isSlider = slider_->geometry().contains(place);
     const QString reason = reasonNotControllable();
-    return !reason.isEmpty()
-               ? reason
-               : formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
+    if (!reason.isEmpty() && (isSlider || muteView_->geometry().contains(place)))
+        return reason;
+    if (isSlider)
+        return formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
+    const QString text = description();
+    return text.isEmpty() ? label_->text() : label_->text() + QLatin1Char('\n') + text;
 }
 
 QString MVCollectionViewItem::description() const {

@@ -68,15 +68,15 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// What a click with the secondary button opens; belongs to the caller.
     QMenu* makeContextMenu(QWidget* parent);
 
-    /// What the tool tip says there: of the slider the percent, or why it cannot be moved;
-    /// elsewhere the program's name and its description.
+    /// What the tool tip says there: of the slider and the mute button why they cannot be used, of
+    /// a slider that can be moved the percent, elsewhere the program's name and its description.
     QString tipAt(const QPoint& place) const;
 
     /// The program's path, why it is called so, and why its volume cannot be set, each on a line;
     /// without what is not known.
     QString description() const;
 
-    /// Why the slider cannot be moved; empty when it can.
+    /// Why the program cannot be controlled; empty when it can.
     QString reasonNotControllable() const;
 
     /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away

@@ -16,6 +16,7 @@
 namespace {
 
 constexpr QSize usualSize(24, 24);
+constexpr double paleness = 0.4; // as of a slider that cannot be moved
 
 struct Look {
     bool isMuted;
@@ -66,6 +67,11 @@ void MVMuteImageView::setApp(MVCommAppValue* app) {
     update();
 }
 
+void MVMuteImageView::setControllable(bool controllable) {
+    if (std::exchange(isControllable_, controllable) != controllable)
+        update();
+}
+
 /// To assistive tools; what others change is no news of the person's.
 void MVMuteImageView::announce() {
     if (!QAccessible::isActive())
@@ -77,7 +83,7 @@ void MVMuteImageView::announce() {
 }
 
 void MVMuteImageView::toggle() {
-    if (app_ == nullptr)
+    if (!isOperable())
         return;
     const bool muted = !app_->muted();
     const QString name = app_->displayName(); // an observer may make the record go
@@ -112,8 +118,10 @@ void MVMuteImageView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     QRectF place{QPointF(), QSizeF(usualSize)};
     place.moveCenter(QRectF(rect()).center());
+    painter.setOpacity(isOperable() ? 1 : paleness);
     painter.drawPixmap(place.topLeft(),
                        pictureOf({app_->muted(), app_->hasActivity(), devicePixelRatioF()}));
+    painter.setOpacity(1);
     if (!hasKeyFocus())
         return;
     constexpr double radius = 4;

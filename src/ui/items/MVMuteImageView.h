@@ -20,6 +20,13 @@ class MVMuteImageView final : public ItemControl {
     /// The record to show from now on; may be null, and may go before the view does.
     void setApp(MVCommAppValue* app);
 
+    /// Of a program that cannot be controlled a mute that is remembered can be taken back, and
+    /// nothing else. Then the button is pale, but keeps the focus, so that keys still get there.
+    void setControllable(bool controllable);
+
+    /// Whether a press does anything.
+    bool isOperable() const { return app_ != nullptr && (isControllable_ || app_->muted()); }
+
     /// As a press does.
     void toggle();
 
@@ -34,4 +41,5 @@ class MVMuteImageView final : public ItemControl {
     void announce();
 
     QPointer<MVCommAppValue> app_;
+    bool isControllable_ = true;
 };
