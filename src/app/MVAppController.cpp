@@ -279,7 +279,7 @@ void MVAppController::showMainWindow() {
 
 void MVAppController::updateApps() {
     if (volumeController_)
-        volumeController_->updateConnections();
+        volumeController_->updateConnectionsSoon();
     if (pluginCare_)
         pluginCare_->connectionsChanged();
 }

@@ -83,6 +83,7 @@ QString ControlService::introspect(const QString& path) const {
 }
 
 QDBusMessage ControlService::answer(const QDBusMessage& call) {
+    surroundings_.controller.catchUp();
     const QDBusMessage answer =
         call.path() == ProgramPath::root ? answerRoot(call) : answerProgram(call);
     if (publishing_.isActive())

@@ -6,6 +6,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "platform/desktop/Workspace.h"
+#include "platform/loop/RunLoop.h"
 #include "platform/loop/WallClock.h"
 #include "platform/values/UserDefaults.h"
 #include "prefs/MVIgnoredApps.h"
@@ -61,6 +62,7 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
+    , merging_(*platform::RunLoop::current(), [this] { updateConnections(); })
     , sliderObserver_(sliderChangedNotification,
                       [this](const QVariant& object) {
                           auto* const app = object.value<MVCommAppValue*>();
@@ -130,7 +132,18 @@ void AppVolumeController::update() {
     merge(First::connections);
 }
 
+void AppVolumeController::updateConnectionsSoon() {
+    if (!merging_.isActive())
+        merging_.start({});
+}
+
+void AppVolumeController::catchUp() {
+    if (merging_.isActive())
+        updateConnections();
+}
+
 void AppVolumeController::merge(First first) {
+    merging_.stop();
     if (view_ != nullptr)
         view_->appsWillChange();
     if (first == First::runningApps)

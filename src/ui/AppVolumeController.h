@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/bus/NotificationCenter.h"
+#include "platform/loop/Timer.h"
 #include "ui/AppList.h"
 #include "ui/AppPreferences.h"
 #include "ui/AppsToFree.h"
@@ -101,6 +102,14 @@ class AppVolumeController {
     void updateRunningApps();
     void update();
 
+    /// Calls updateConnections() later in this turn of the run loop, once however often it is asked
+    /// to: plug-ins that leave together are reported one by one.
+    void updateConnectionsSoon();
+
+    /// Merges now if updateConnectionsSoon() still waits: for callers who must not see a program
+    /// that has left.
+    void catchUp();
+
     /// A level of a process, any number; nothing happens when it has no record.
     void handleActivity(const MVCommActivityMessage* message);
 
@@ -177,6 +186,7 @@ class AppVolumeController {
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;
+    platform::Timer merging_; // until the end of a turn in which connections have changed
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
     GestureObserver gestures_;

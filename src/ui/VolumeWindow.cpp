@@ -31,6 +31,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <unordered_map>
 #include <utility>
 
 using platform::formatted;
@@ -53,13 +54,17 @@ QWidget* makeContent() {
     return content;
 }
 
-/// Takes the item of the record out of `items`; null when it has none.
-std::unique_ptr<MVCollectionViewItem> takeItem(MVCollectionView::Items& items,
-                                               const MVCommAppValue* app) {
-    const auto found = std::ranges::find_if(items, [app](const auto& item) {
-        return item != nullptr && item->representedObject() == app;
-    });
-    return found != items.end() ? std::move(*found) : nullptr;
+using ItemsOfRecords =
+    std::unordered_map<const MVCommAppValue*, std::unique_ptr<MVCollectionViewItem>>;
+
+/// Takes those whose record is still there out of `items`.
+ItemsOfRecords takeKept(MVCollectionView::Items& items) {
+    ItemsOfRecords kept;
+    for (auto& item : items) {
+        if (const MVCommAppValue* const record = item->representedObject())
+            kept.emplace(record, std::move(item));
+    }
+    return kept;
 }
 
 } // namespace
@@ -230,9 +235,11 @@ VolumeWindow::~VolumeWindow() {
 void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
     const auto focused = scrollView_->keyboard().currentIndex();
     MVCollectionView::Items before = grid_->takeItems();
+    ItemsOfRecords kept = takeKept(before);
     MVCollectionView::Items items;
+    items.reserve(static_cast<std::size_t>(apps.size()));
     for (MVCommAppValue* const app : apps) {
-        auto item = takeItem(before, app);
+        std::unique_ptr<MVCollectionViewItem>& item = kept[app];
         if (item == nullptr)
             item = std::make_unique<MVCollectionViewItem>(surroundingsOfItems(), *app);
         else

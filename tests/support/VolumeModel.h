@@ -27,7 +27,7 @@ struct VolumeModel {
     bool serve(MVCommDataCallback data = &show) {
         const MVCommCallback update = [] {
             if (auto* const current = AppVolumeController::sharedController())
-                current->updateConnections();
+                current->updateConnectionsSoon();
         };
         comm.setAppConnectCallback(update);
         comm.setAppDisconnectCallback(update);

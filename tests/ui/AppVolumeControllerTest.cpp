@@ -156,6 +156,32 @@ TEST_F(AppVolumeControllerTest, TheViewIsToldOnceWhenBothSourcesAreMerged) {
     EXPECT_EQ(view_.told, (QStringList{"will", "did Editor player"}));
 }
 
+TEST_F(AppVolumeControllerTest, ProgramsThatLeaveTogetherAreMergedOnce) {
+    std::vector<ScriptedPlugin> plugins;
+    for (std::uint32_t pid = 1; pid <= 5; ++pid)
+        plugins.emplace_back(MVCommMainSocketPath()).checkIn(pid, "player " + std::to_string(pid));
+    const auto has = [this](int count) { return controller_.apps().size() == count; };
+    ASSERT_TRUE(waitUntil([&] { return has(5); }));
+    view_.told.clear();
+    plugins.erase(plugins.begin() + 1, plugins.end());
+    ASSERT_TRUE(waitUntil([&] { return has(1); }));
+    EXPECT_EQ(view_.told, (QStringList{"will", "did player 1"}));
+
+    controller_.catchUp();
+    EXPECT_EQ(view_.told.size(), 2) << "nothing is left to be done";
+    plugins.clear();
+    MVCommAppValue& leaving = *controller_.apps()[0];
+    controller_.updateConnectionsSoon();
+    moveSlider(leaving, 0.3);
+    EXPECT_EQ(controller_.percentOf(leaving), 30) << "until it goes it can be set";
+    controller_.updateConnectionsSoon();
+    controller_.catchUp();
+    EXPECT_EQ(view_.told.size(), 4);
+    loop_.turn();
+    EXPECT_TRUE(has(0));
+    EXPECT_TRUE(stored().contains("player 1"));
+}
+
 TEST_F(AppVolumeControllerTest, LaunchesAndQuitsAreLoggedInOneHarmlessLine) {
     model_.workspace.setRunningApplications({{1, "first", {}}});
     log_.clear();

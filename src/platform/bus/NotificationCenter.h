@@ -4,9 +4,10 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
-#include <vector>
 
 namespace platform {
 
@@ -30,7 +31,10 @@ class NotificationCenter {
 
     NotificationCenter() = default;
 
-    QHash<QString, std::vector<std::shared_ptr<Entry>>> entries_;
+    using Entries = std::map<std::uint64_t, std::shared_ptr<Entry>>; // by number, the oldest first
+
+    QHash<QString, Entries> entries_;
+    std::uint64_t observers_ = 0; // how many there have been
 };
 
 /// Calls a handler with the posted object whenever the name is posted to the standard centre, until
@@ -45,6 +49,7 @@ class NotificationObserver {
   private:
     NotificationCenter& center_;
     const QString name_;
+    const std::uint64_t number_;
     const std::shared_ptr<NotificationCenter::Entry> entry_;
 };
 
