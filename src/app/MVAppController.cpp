@@ -208,7 +208,10 @@ void MVAppController::hearPlugin() {
             controller.changedElsewhere(pid, percent, muted);
         },
         [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
-        [&] { controller.pluginHasGone(); }});
+        [&] { controller.pluginHasGone(); }, [&] { controller.briefing().begin(); }});
+    controller.briefing().setSender([this](const auto& word, auto answered) {
+        return pluginReports_ != nullptr && pluginReports_->tell(word, std::move(answered));
+    });
 }
 
 void MVAppController::updateWhenActive() {

@@ -2,23 +2,8 @@
 
 #include <QDBusMetaType>
 
-QDBusArgument& operator<<(QDBusArgument& argument, const RememberedProgram& program) {
-    argument.beginStructure();
-    argument << program.name << program.percent << program.muted;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, RememberedProgram& program) {
-    argument.beginStructure();
-    argument >> program.name >> program.percent >> program.muted;
-    argument.endStructure();
-    return argument;
-}
-
 void registerControlTypes() {
-    qDBusRegisterMetaType<RememberedProgram>();
-    qDBusRegisterMetaType<RememberedPrograms>();
+    platform::registerNamedSettings();
     qDBusRegisterMetaType<BusInterfaces>();
     qDBusRegisterMetaType<BusTree>();
 }

@@ -60,7 +60,14 @@ int serve(platform::RunLoop& loop) {
     const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     const platform::MainQueueService mainQueue(loop);
     PluginHost* running = nullptr;
-    PluginService service([&running] { return describe(running->status()); });
+    PluginService service(
+        {.status = [&running] { return describe(running->status()); },
+         .told =
+             [&running](const std::string& file, std::string_view preferences,
+                        std::span<const std::string> news) {
+                 return running->told(file, preferences, news);
+             },
+         .applicationChanged = [&running](bool isThere) { running->applicationChanged(isThere); }});
     PluginHost host(loop, reportsTo(service));
     running = &host;
     const platform::DistributedNotificationObserver launches(

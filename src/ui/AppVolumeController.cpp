@@ -58,6 +58,8 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , seen_(defaults_)
     , newApps_(seen_, appPrefs_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
+    , briefing_(defaults_, surroundings.preferencesFile,
+                [this](const platform::NamedSetting& newer) { rememberedApps_.learn(newer); })
     , toBeFreed_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
@@ -237,6 +239,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     const int percent = VolumeNumbers::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
+    briefing_.note(app.displayName());
     keepSetting(app.displayName());
     if (gestures_.volumeChanged)
         gestures_.volumeChanged(app, before, percent);
@@ -248,6 +251,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     const bool isChange = appPrefs_.isMuted(app.displayName()) != app.muted();
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
+    briefing_.note(app.displayName());
     keepSetting(app.displayName());
     if (isChange && gestures_.muteChanged)
         gestures_.muteChanged(app, app.muted());
@@ -362,6 +366,7 @@ void AppVolumeController::storePrefs() {
 }
 
 void AppVolumeController::savePrefs() {
+    briefing_.changed(); // first: what is in the file has been told
     copies_.mark();
 }
 

@@ -6,6 +6,7 @@
 #include "ui/AppPreferences.h"
 #include "ui/AppsToFree.h"
 #include "ui/NewApps.h"
+#include "ui/PluginBriefing.h"
 #include "ui/PluginCommands.h"
 #include "ui/PluginNews.h"
 #include "ui/PreferenceCopies.h"
@@ -136,6 +137,9 @@ class AppVolumeController {
     /// Why `app` has its name, for people; empty when that is not known.
     QString whyNamed(const MVCommAppValue& app) const;
 
+    /// What the plug-in is told beside its socket.
+    PluginBriefing& briefing() noexcept { return briefing_; }
+
     /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
     /// and waits a minute for a process that is not known yet.
     void changedElsewhere(std::uint32_t pid, int percent, bool muted);
@@ -182,6 +186,7 @@ class AppVolumeController {
     SeenApps seen_;
     NewApps newApps_;
     RememberedApps rememberedApps_;
+    PluginBriefing briefing_;
     AppsToFree toBeFreed_;
     PreferenceCopies copies_;
     AppList list_;

@@ -1,6 +1,10 @@
 #include "ui/RememberedApps.h"
 
 #include "comm/MVCommAppValue.h"
+#include "comm/MVCommLogText.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/bus/PluginWord.h"
 #include "ui/AppPreferences.h"
 #include "ui/AppVolumeController.h"
 #include "ui/SeenApps.h"
@@ -42,6 +46,20 @@ void RememberedApps::set(const QString& displayName, int percent, bool muted) {
             controller_.setMuted(*app, muted);
         return;
     }
+    controller_.briefing().note(displayName);
+    keep(displayName, percent, muted);
+}
+
+void RememberedApps::learn(const platform::NamedSetting& setting) {
+    QNLog(qnlog_information, "'%@' is at %d %%%@, which was not saved", MVCommLogText(setting.name),
+          setting.percent, setting.muted ? ", muted" : "");
+    if (MVCommAppValue* const app = recordOf(setting.name))
+        controller_.changedElsewhere(app->pid(), setting.percent, setting.muted);
+    else
+        keep(setting.name, setting.percent, setting.muted);
+}
+
+void RememberedApps::keep(const QString& displayName, int percent, bool muted) {
     preferences_.setPercent(displayName, percent);
     preferences_.setMuted(displayName, muted);
     seen_.add({displayName});
@@ -53,6 +71,7 @@ bool RememberedApps::forget(const QString& displayName) {
         return false;
     if (preferences_.contains(displayName))
         set(displayName, AppPreferences::fullVolume, false);
+    controller_.briefing().note(displayName);
     preferences_.remove(displayName);
     seen_.remove(displayName);
     changed_();
@@ -70,6 +89,9 @@ void RememberedApps::setDefaultVolume(std::optional<int> percent) {
 
 MVCommAppValue* RememberedApps::recordOf(const QString& displayName) const {
     const auto& apps = controller_.apps();
-    const auto found = std::ranges::find(apps, displayName, &MVCommAppValue::displayName);
+    const auto found = std::ranges::find(
+        apps, AppPreferences::keyForDisplayName(displayName), [](const MVCommAppValue* app) {
+            return AppPreferences::keyForDisplayName(app->displayName());
+        });
     return found != apps.end() ? *found : nullptr;
 }

@@ -6,6 +6,10 @@
 #include <functional>
 #include <optional>
 
+namespace platform {
+struct NamedSetting;
+}
+
 class AppPreferences;
 class AppVolumeController;
 class MVCommAppValue;
@@ -35,6 +39,9 @@ class RememberedApps {
     /// 100.
     void set(const QString& displayName, int percent, bool muted);
 
+    /// Takes over what the plug-in has of a program already.
+    void learn(const platform::NamedSetting& setting);
+
     /// Has a program be as if it had never been seen; one that is running goes to full volume, not
     /// muted. False when nothing was remembered.
     bool forget(const QString& displayName);
@@ -45,6 +52,7 @@ class RememberedApps {
     void setDefaultVolume(std::optional<int> percent);
 
   private:
+    void keep(const QString& displayName, int percent, bool muted);
     MVCommAppValue* recordOf(const QString& displayName) const;
 
     AppVolumeController& controller_;

@@ -26,6 +26,42 @@ class ApplicationFixture : public PreferencesFixture {
         tonvale_.reset();
     }
 
+    /// What the window has.
+    static QJsonArray items() { return jsonOf({TONVALECTL, "list", "--json"}); }
+
+    static void control(std::vector<std::string> words) {
+        words.insert(words.begin(), TONVALECTL);
+        const auto result = runCommand(words);
+        EXPECT_EQ(result.status, 0) << result.output;
+    }
+
+    /// Waits until the item of the player, which plays, and all its streams have this.
+    static bool showsAndSounds(const Player& player, const ProgramSetting& setting) {
+        std::optional<ProgramSetting> shown;
+        std::vector<ShownStream> streams;
+        const bool isSo = waitUntil([&] {
+            shown.reset();
+            for (const auto& item : items()) {
+                if (item[u"pid"].toInteger() == player.pid())
+                    shown = ProgramSetting{item[u"volume"].toInt(), item[u"muted"].toBool()};
+            }
+            streams = shownStreams(player.pid());
+            return shown == setting && !streams.empty() &&
+                   std::ranges::all_of(streams, [&](const ShownStream& each) {
+                       return each.muted == setting.muted &&
+                              std::ranges::count(each.percents, setting.percent) ==
+                                  std::ssize(each.percents);
+                   });
+        });
+        EXPECT_TRUE(isSo) << "the item shows " << (shown ? shown->percent : -1)
+                          << (shown && shown->muted ? " muted" : "");
+        for (const ShownStream& each : streams) {
+            EXPECT_TRUE(isSo) << "a stream has " << each.percents.at(0)
+                              << (each.muted ? " muted" : "");
+        }
+        return isSo;
+    }
+
     /// Waits until the application's file holds this of the player.
     bool isRemembered(const ProgramSetting& setting) const {
         ProgramSetting found;

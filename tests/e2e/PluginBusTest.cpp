@@ -1,5 +1,6 @@
 #include "e2e/BusReports.h"
 #include "e2e/PreferencesFixture.h"
+#include "support/BusConnection.h"
 
 #include <algorithm>
 
@@ -7,6 +8,15 @@
 namespace {
 
 using PluginBusTest = PreferencesFixture;
+
+/// Tells the plug-in as the application does. Answers the error's name, else nothing.
+QString tell(support::BusConnection& bus, const QByteArray& preferences) {
+    const QString name = "com.quarnel.Tonvale.Plugin";
+    auto call =
+        QDBusMessage::createMethodCall(name, "/com/quarnel/Tonvale/Plugin", name, "Remember");
+    call.setArguments({"/elsewhere", preferences, QStringList()});
+    return bus->call(call).errorName();
+}
 
 } // namespace
 
@@ -166,4 +176,30 @@ TEST_F(PluginBusTest, WhatCannotBeSetIsToldWithAReason) {
         plugin_.reset();
         application_.reset();
     }
+}
+
+TEST_F(PluginBusTest, OnlyTheApplicationIsListenedTo) {
+    startPluginWith({50, false});
+    Player player;
+    player.play();
+    EXPECT_TRUE(hearsConstant(level * gainOf(50)));
+    const QByteArray preferences = QByteArray::fromStdString(textOf({30, false}));
+    const QString denied = "org.freedesktop.DBus.Error.AccessDenied";
+    const QString invalid = "org.freedesktop.DBus.Error.InvalidArgs";
+    support::BusConnection stranger(qgetenv("DBUS_SESSION_BUS_ADDRESS").toStdString());
+    EXPECT_EQ(tell(stranger, preferences), denied);
+    {
+        support::BusConnection application(qgetenv("DBUS_SESSION_BUS_ADDRESS").toStdString());
+        EXPECT_TRUE(application->registerService("com.quarnel.Tonvale"));
+        EXPECT_EQ(tell(stranger, preferences), denied) << "another one";
+        EXPECT_EQ(tell(application, "no property list"), invalid);
+        EXPECT_EQ(tell(application, preferences + QByteArray(1 << 20, ' ')), invalid);
+        ASSERT_TRUE(tells("wanted 50 %"));
+        EXPECT_EQ(tell(application, preferences), QString());
+        EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+        save({70, false});
+    }
+    ASSERT_TRUE(tells("preferences: /elsewhere, not " + own_.string()));
+    EXPECT_EQ(tell(stranger, preferences), denied) << "it has gone";
+    EXPECT_TRUE(hearsConstant(level * gainOf(30)));
 }

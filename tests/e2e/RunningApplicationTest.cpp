@@ -62,11 +62,6 @@ class RunningApplicationTest : public ApplicationFixture {
         }
     }
 
-    static QJsonArray items() {
-        const auto answer = runCommand({TONVALECTL, "list", "--json"});
-        return QJsonDocument::fromJson(QByteArray::fromStdString(answer.output)).array();
-    }
-
     static QStringList names() {
         QStringList names;
         for (const auto& item : items())
@@ -90,9 +85,7 @@ class RunningApplicationTest : public ApplicationFixture {
         return isThere;
     }
 
-    static void set(const char* volume) {
-        EXPECT_EQ(runCommand({TONVALECTL, "set", "Musiktruhe", volume}).status, 0);
-    }
+    static void set(const char* volume) { control({"set", "Musiktruhe", volume}); }
 
     const fs::path entries_ = fs::path(std::getenv("XDG_DATA_HOME")) / "applications";
     const support::NamedCopy program_{STREAM_PLAYER, "jukebox-bin"};

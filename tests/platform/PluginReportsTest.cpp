@@ -6,14 +6,32 @@
 
 #include <gtest/gtest.h>
 
+#include <QObject>
 #include <QStringList>
 
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
 const QString name = "com.quarnel.Tonvale.Plugin";
+
+/// Takes what it is told, and answers.
+class Taker : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.quarnel.Tonvale.Plugin")
+
+  public:
+    QStringList taken_;
+
+  public Q_SLOTS:
+    Q_SCRIPTABLE QList<platform::NamedSetting>
+    Remember(const QString& file, const QByteArray& preferences, const QStringList& news) {
+        taken_ += file + QString::fromUtf8(preferences) + news.join('+');
+        return {{"Player", 30, true}};
+    }
+};
 
 /// A program on the bus that may be the plug-in.
 class Peer {
@@ -21,6 +39,10 @@ class Peer {
     explicit Peer(const support::PrivateBus& bus) : bus_(bus.address()) {}
 
     void own() { EXPECT_TRUE(bus_->registerService(name)); }
+    void serve(Taker& taker) {
+        EXPECT_TRUE(bus_->registerObject("/com/quarnel/Tonvale/Plugin", &taker,
+                                         QDBusConnection::ExportScriptableSlots));
+    }
     void say(const QString& member, const QVariantList& arguments,
              const QString& path = "/com/quarnel/Tonvale/Plugin") {
         EXPECT_TRUE(bus_.say(path, name, member, arguments));
@@ -44,7 +66,7 @@ class PluginReportsTest : public testing::Test {
                     if (reason == QLatin1String("throw"))
                         throw std::runtime_error("from a handler");
                 },
-                [this] { heard_ += "gone"; }};
+                [this] { heard_ += "gone"; }, [this] { ++comings_; }};
     }
 
     bool hears(const QStringList& expected) {
@@ -53,6 +75,7 @@ class PluginReportsTest : public testing::Test {
 
     static inline std::optional<support::PrivateBus> bus;
     QStringList heard_;
+    int comings_ = 0;
 };
 
 } // namespace
@@ -95,3 +118,39 @@ TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
     plugin.say("ChangedElsewhere", {2U, 2, false});
     EXPECT_TRUE(hears({"2 2 0"})) << heard_.join(' ').toStdString();
 }
+
+TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
+    using Newer = std::optional<QList<platform::NamedSetting>>;
+    const support::SystemLogRecorder log;
+    std::vector<Newer> answers;
+    const platform::PluginWord word{"/file", "bytes", {"a", "b"}};
+    platform::PluginReports reports(record());
+    const auto tell = [&] {
+        return reports.tell(word, [&](const Newer& newer) { answers.push_back(newer); });
+    };
+    EXPECT_FALSE(tell()) << "nobody is there";
+    Taker taker;
+    std::optional<Peer> plugin(std::in_place, *bus);
+    plugin->serve(taker);
+    plugin->own();
+    ASSERT_TRUE(support::waitUntil([this] { return comings_ == 1; }));
+    EXPECT_TRUE(tell());
+    ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 1; }));
+    EXPECT_EQ(answers[0], Newer({{"Player", 30, true}}));
+    EXPECT_EQ(taker.taken_, QStringList("/filebytesa+b"));
+
+    EXPECT_TRUE(tell());
+    plugin.reset();
+    ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers[1], Newer()) << "it has gone";
+    EXPECT_FALSE(log.contains("isn't told"));
+    Peer older(*bus);
+    older.own();
+    ASSERT_TRUE(support::waitUntil([this] { return comings_ == 2; }));
+    EXPECT_TRUE(tell());
+    ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 3; }));
+    EXPECT_EQ(answers[2], Newer());
+    EXPECT_TRUE(log.contains("The plug-in isn't told what is remembered: "));
+}
+
+#include "PluginReportsTest.moc"

@@ -34,9 +34,12 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
                                {},
                                true,
                                "It is \"odd\"."});
+    status.preferences = "/home/a/\n.plist";
+    status.ownPreferences = "/etc/own.plist";
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
+              "preferences: /home/a/\\n.plist, not /etc/own.plist\n"
               "Player (pid 321, /opt/player/player, vouched for by the kernel): "
               "wanted 50 % muted, remembered 30 %\n"
               "    This application starts the program. (/usr/share/applications/player.desktop)\n"

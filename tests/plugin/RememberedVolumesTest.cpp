@@ -1,63 +1,15 @@
-#include "plugin/memory/RememberedVolumes.h"
+#include "RememberedVolumesFixture.h"
 
 #include "comm/MVCommMessages.h"
-#include "support/ManualClock.h"
 
-#include <gtest/gtest.h>
+#include <functional>
+#include <tuple>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::uint32_t pid = 10;
-constexpr std::uint32_t twin = 11; // of the same name
-constexpr WantedVolume nothing{};
-constexpr WantedVolume full{1.0F, false};
-
-WantedVolume volume(int percent) {
-    return {gainOfPercent(percent), std::nullopt};
-}
-
-WantedVolume both(int percent, bool muted) {
-    return {gainOfPercent(percent), muted};
-}
-
-/// A program "player", perhaps twice, whose host does as it is told.
-class RememberedVolumesTest : public testing::Test {
-  protected:
-    support::ManualClock clock_;
-    RememberedVolumes remembered_;
-    std::vector<RememberedVolumes::Program> programs_{{pid, "player", {}}};
-    std::vector<RememberedVolumes::Consequence> consequences_;
-
-    static Preferences says(const ProgramSetting& setting, IgnoredNames ignored = {}) {
-        Preferences preferences{true, {}, std::move(ignored)};
-        if (!setting.isPlain())
-            preferences.programs["player"] = setting;
-        return preferences;
-    }
-
-    /// Answers what the first program is to have now.
-    WantedVolume read(Preferences preferences) {
-        consequences_ = remembered_.read(std::move(preferences), programs_, clock_.now());
-        for (std::size_t i = 0; i < programs_.size(); ++i)
-            programs_[i].wanted.merge(consequences_[i].wanted);
-        return consequences_.empty() ? nothing : consequences_[0].wanted;
-    }
-    WantedVolume read(const ProgramSetting& setting) { return read(says(setting)); }
-
-    void command(const WantedVolume& change) {
-        programs_[0].wanted.merge(change);
-        remembered_.commanded(programs_[0], change, clock_.now());
-    }
-
-    std::optional<ProgramSetting> changeElsewhere(const WantedVolume& change,
-                                                  bool connected = true) {
-        const WantedVolume before = programs_[0].wanted;
-        programs_[0].wanted.merge(change);
-        return remembered_.changedElsewhere(programs_[0], before, connected, clock_.now());
-    }
-};
+using RememberedVolumesTest = RememberedVolumesFixture;
 
 } // namespace
 
@@ -150,7 +102,7 @@ TEST_F(RememberedVolumesTest, TheNewestOfThreeWins) {
          {Case{{byCommand, elsewhere, inFile}, 70}, Case{{byCommand, inFile, elsewhere}, 30},
           Case{{elsewhere, inFile, byCommand}, 50}, Case{{inFile, elsewhere, byCommand}, 50},
           Case{{elsewhere, byCommand, inFile}, 70}, Case{{inFile, byCommand, elsewhere}, 30}}) {
-        remembered_ = {};
+        remembered_ = RememberedVolumes("own");
         programs_[0].wanted = {};
         read({10, false});
         for (const auto& step : order) {
@@ -193,7 +145,7 @@ TEST_F(RememberedVolumesTest, OnlyWhatWeChangedIsFreed) {
         {"elsewhere", elsewhere, false}, {"both", [&] { muted(), elsewhere(); }, true}};
     for (const auto& [what, before, expected] : cases) {
         SCOPED_TRACE(what);
-        remembered_ = {};
+        remembered_ = RememberedVolumes("own");
         programs_ = {{pid, "player", {}}};
         read(ProgramSetting{});
         before();
@@ -257,7 +209,7 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
                  {"nothing remembered", false, {}, {}, 30, both(30, false)},
                  {"nothing at all", false, {}, {}, {}, full}};
     for (const auto& each : cases) {
-        remembered_ = {};
+        remembered_ = RememberedVolumes("own");
         Preferences preferences = says(each.own);
         preferences.forNew = each.forNew;
         if (!each.former.isPlain())
@@ -282,7 +234,7 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
 TEST_F(RememberedVolumesTest, WhoIsForgottenIsNewWhenItComesAgain) {
     for (const bool isRunning : {true, false}) {
         SCOPED_TRACE(isRunning);
-        remembered_ = {};
+        remembered_ = RememberedVolumes("own");
         Preferences preferences = says({60, true});
         preferences.forNew = 30;
         preferences.seen = {"player"};

@@ -1,16 +1,18 @@
 #include "platform/bus/PluginReports.h"
 
+#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/processes/ExceptionReport.h"
+#include "platform/processes/SystemLog.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QObject>
 
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -36,22 +38,35 @@ class PluginReports::Receiver : public QObject {
     Q_OBJECT
 
   public:
-    Receiver(QDBusConnection bus, Handlers handlers)
-        : handlers_(std::move(handlers)), watcher_(busName(), bus) {
-        connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, this,
-                [this](const QString&, const QString&, const QString& owner) { setOwner(owner); });
-        bus.connect(QString(), objectPath(), busName(), QStringLiteral("ChangedElsewhere"), this,
-                    SLOT(changedElsewhere(uint, int, bool, QDBusMessage)));
-        bus.connect(QString(), objectPath(), busName(), QStringLiteral("NotControllable"), this,
-                    SLOT(notControllable(uint, QString, QDBusMessage)));
-        auto* const answer = new QDBusPendingCallWatcher(
-            bus.interface()->asyncCall(QStringLiteral("GetNameOwner"), busName()), this);
-        connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-            const QDBusPendingReply<QString> reply = *answer;
-            if (!owner_)
-                setOwner(reply.isValid() ? reply.value() : QString());
-            answer->deleteLater();
-        });
+    Receiver(const QDBusConnection& connection, Handlers handlers)
+        : bus_(connection)
+        , handlers_(std::move(handlers))
+        , plugin_(bus_, busName(), [this](const QString& owner) { setOwner(owner); }) {
+        registerNamedSettings();
+        bus_.connect(QString(), objectPath(), busName(), QStringLiteral("ChangedElsewhere"), this,
+                     SLOT(changedElsewhere(uint, int, bool, QDBusMessage)));
+        bus_.connect(QString(), objectPath(), busName(), QStringLiteral("NotControllable"), this,
+                     SLOT(notControllable(uint, QString, QDBusMessage)));
+    }
+
+    bool tell(const PluginWord& word, Answered answered) {
+        if (!isThere())
+            return false;
+        auto call = QDBusMessage::createMethodCall(*plugin_.owner(), objectPath(), busName(),
+                                                   QStringLiteral("Remember"));
+        call.setArguments({word.file, word.preferences, word.news});
+        constexpr int noEnd = std::numeric_limits<int>::max();
+        auto* const answer = new QDBusPendingCallWatcher(bus_.asyncCall(call, noEnd), this);
+        connect(answer, &QDBusPendingCallWatcher::finished, this,
+                [this, answer, answered = std::move(answered)] {
+                    const QDBusPendingReply<QList<NamedSetting>> reply = *answer;
+                    answer->deleteLater();
+                    report(reply.error());
+                    guarded(kExceptionInNotification, [&] {
+                        answered(reply.isError() ? std::nullopt : std::optional(reply.value()));
+                    });
+                });
+        return true;
     }
 
   private Q_SLOTS:
@@ -68,25 +83,39 @@ class PluginReports::Receiver : public QObject {
         std::function<void()> tell;
     };
 
+    bool isThere() const { return plugin_.owner() && !plugin_.owner()->isEmpty(); }
+
+    /// A plug-in that ends is no failure. One that refuses will go on to.
+    void report(const QDBusError& error) {
+        if (error.type() != QDBusError::NoReply && error.type() != QDBusError::ServiceUnknown &&
+            std::exchange(lastError_, error.name()) != error.name() && error.isValid())
+            systemLog(LogPriority::warning, "The plug-in isn't told what is remembered: %s",
+                      qUtf8Printable(error.message()));
+    }
+
     void take(const QString& sender, const std::function<void()>& tell) {
         constexpr std::size_t bound = 256;
-        if (owner_ && sender == *owner_)
+        if (plugin_.owner() && sender == *plugin_.owner())
             guarded(kExceptionInNotification, tell);
-        else if (!owner_ && early_.size() < bound)
+        else if (!plugin_.owner() && early_.size() < bound)
             early_.push_back({sender, tell});
     }
 
     void setOwner(const QString& owner) {
-        if (std::exchange(owner_, owner).value_or(QString()) != QString())
+        if (std::exchange(wasThere_, !owner.isEmpty()))
             guarded(kExceptionInNotification, handlers_.gone);
         for (const Report& report : std::exchange(early_, {}))
             take(report.sender, report.tell);
+        if (isThere())
+            guarded(kExceptionInNotification, handlers_.came);
     }
 
+    QDBusConnection bus_;
     const Handlers handlers_;
-    QDBusServiceWatcher watcher_;
-    std::optional<QString> owner_; // empty: nobody; nothing: not known yet
-    std::vector<Report> early_;    // from before the owner was known
+    BusNameOwner plugin_;
+    bool wasThere_ = false;
+    QString lastError_;
+    std::vector<Report> early_; // from before it was known who the plug-in is
 };
 
 PluginReports::PluginReports(Handlers handlers) {
@@ -95,6 +124,10 @@ PluginReports::PluginReports(Handlers handlers) {
 }
 
 PluginReports::~PluginReports() = default;
+
+bool PluginReports::tell(const PluginWord& word, Answered answered) {
+    return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
+}
 
 } // namespace platform
 

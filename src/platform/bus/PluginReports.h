@@ -1,17 +1,21 @@
 #pragma once
 
+#include "platform/bus/PluginWord.h"
+
+#include <QList>
 #include <QString>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace platform {
 
 /// What the audio plug-in tells on the session bus beside its socket: signals of the interface
 /// com.quarnel.Tonvale.Plugin at /com/quarnel/Tonvale/Plugin, from the program that owns the name
-/// com.quarnel.Tonvale.Plugin; what others send there is not heard. Never waits for the bus; hears
-/// nothing without one. Main thread only.
+/// com.quarnel.Tonvale.Plugin; what others send there is not heard. And what it is told there.
+/// Never waits for the bus; hears nothing without one. Main thread only.
 class PluginReports {
   public:
     struct Handlers {
@@ -23,7 +27,12 @@ class PluginReports {
         std::function<void(std::uint32_t pid, const QString& reason)> notControllable;
         /// The plug-in has ended: nothing of what it reported need hold any more.
         std::function<void()> gone;
+        /// The plug-in is there, and can be told something.
+        std::function<void()> came = [] {};
     };
+
+    /// The plug-in's answer: what it knows newer than it was told. Nothing: it has gone or refused.
+    using Answered = std::function<void(const std::optional<QList<NamedSetting>>& newer)>;
 
     /// Each handler is called from the event loop, never from the constructor. Exceptions are
     /// reported (ExceptionReport).
@@ -31,6 +40,11 @@ class PluginReports {
     ~PluginReports();
     PluginReports(const PluginReports&) = delete;
     PluginReports& operator=(const PluginReports&) = delete;
+
+    /// Tells the plug-in the application's word. `answered` is called from the event loop, once it
+    /// has answered or gone, however long that takes; not after this object has gone. False, and no
+    /// call, when there is no plug-in.
+    bool tell(const PluginWord& word, Answered answered);
 
   private:
     class Receiver;

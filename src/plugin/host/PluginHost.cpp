@@ -63,7 +63,7 @@ void PluginHost::resumed() {
 }
 
 PluginStatus PluginHost::status() const {
-    PluginStatus status{server_.core() != nullptr, {}};
+    PluginStatus status{server_.core() != nullptr, {}, memory_.fileThatCounts(), memory_.ownFile()};
     for (const auto& program : programs_.programs()) {
         ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
                                                                           program->wanted(),
@@ -196,7 +196,7 @@ void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& chan
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
     if (Program* const program = voices_.at(stream.id()).program)
-        program->found(found);
+        memory_.found(*program, found);
 }
 
 void PluginHost::identify(Voice& voice) {

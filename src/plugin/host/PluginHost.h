@@ -17,6 +17,9 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
+#include <string>
+#include <string_view>
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
@@ -36,6 +39,13 @@ class PluginHost : private AudioServer::Listener,
 
     /// The application says that it has just been started.
     void applicationLaunched() { programs_.connectNow(); }
+
+    /// See VolumeMemory.
+    std::optional<NamedSettings> told(const std::string& file, std::string_view preferences,
+                                      std::span<const std::string> news) {
+        return memory_.told(file, preferences, news);
+    }
+    void applicationChanged(bool isThere) { memory_.applicationChanged(isThere); }
 
     /// The machine has slept and is awake again.
     void resumed();

@@ -93,12 +93,21 @@ const char* applicationText(const std::vector<ProgramStatus>& programs) {
     return connected ? "connected\n" : "not connected\n";
 }
 
+std::string preferencesText(const PluginStatus& status) {
+    const std::string own = platform::printableText(status.ownPreferences);
+    if (status.preferences.empty())
+        return "none yet in " + own + "\n";
+    const std::string file = platform::printableText(status.preferences);
+    return file + (file == own ? "" : ", not " + own) + "\n";
+}
+
 } // namespace
 
 std::string describe(const PluginStatus& status) {
     std::string text =
         status.serverConnected ? "sound server: connected\n" : "sound server: not connected\n";
     text.append("application: ").append(applicationText(status.programs));
+    text.append("preferences: ").append(preferencesText(status));
     for (const ProgramStatus& program : status.programs) {
         text += programText(program);
         for (const StreamStatus& stream : program.streams)

@@ -32,9 +32,11 @@ struct ProgramStatus {
 struct PluginStatus {
     bool serverConnected = false;
     std::vector<ProgramStatus> programs;
+    std::string preferences = {};    ///< the file that they come from, empty for none
+    std::string ownPreferences = {}; ///< the file that is read
 };
 
 /// The text of `Tonvale --status`, lines that each end with a line feed: one for the sound server,
-/// one for the application, then one for each program with its streams indented below. Not meant
-/// to be parsed. Names and paths cannot break out of their line.
+/// one for the application, one for the preferences, then one for each program with its streams
+/// indented below. Not meant to be parsed. Names and paths cannot break out of their line.
 std::string describe(const PluginStatus& status);

@@ -44,6 +44,9 @@ struct Preferences {
     std::set<std::string, std::less<>> seen = {};
     std::optional<int> forNew = std::nullopt;
 
+    /// The path of the file that they come from; empty for none.
+    std::string file = {};
+
     /// What a program has that was never set: full volume, unless it is one that has never been
     /// seen. That has what was set for it by a `formerKey`, else what new programs begin with.
     ProgramSetting settingOfUnset(const std::string& key, const std::string& formerKey = {}) const;

@@ -91,6 +91,7 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
     auto preferences = parsePreferences({content->data(), content->size()});
     if (!preferences)
         return {State::bad, {}, "it is damaged"};
+    preferences->file = path;
     return {State::good, *std::move(preferences)};
 }
 

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 /// The preferences as they lie on the disk: in the user's own file, else in a copy that belongs to
 /// this user in a folder that all users share; a copy of somebody else is not read. While there is
@@ -20,6 +21,9 @@ class PreferencesFile {
 
     const std::string& own() const noexcept { return own_; }
     const std::string& copy() const noexcept { return copy_; }
+
+    /// Another file is the user's own from now on.
+    void setOwn(std::string own) { own_ = std::move(own); }
 
     /// Reads again. Nothing when it has never been possible; where there is no file at all, nothing
     /// is set.

@@ -55,6 +55,13 @@ class PreferencesWatch::Worker : public std::enable_shared_from_this<Worker> {
         return first;
     }
 
+    void follow(std::string own) {
+        queue_->async([self = shared_from_this(), own = std::move(own)]() mutable {
+            self->file_.setOwn(std::move(own));
+            self->look(false);
+        });
+    }
+
     void readAgain() {
         if (!pending_.exchange(true))
             queue_->async([self = shared_from_this()] { self->look(false); });
@@ -163,6 +170,10 @@ PreferencesWatch::~PreferencesWatch() {
 
 std::optional<Preferences> PreferencesWatch::first() {
     return worker_->first();
+}
+
+void PreferencesWatch::follow(std::string own) {
+    worker_->follow(std::move(own));
 }
 
 void PreferencesWatch::readAgain() {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 /// Reads the preferences again whenever one of their files changes, is replaced, comes or goes. The
 /// folders need not exist: the nearest one above that does is watched as long. A disk is only ever
@@ -25,6 +26,9 @@ class PreferencesWatch {
     /// Waits for the first reading, of which `changed` will not be told. Nothing when there was
     /// none. To be called at once.
     std::optional<Preferences> first();
+
+    /// Reads and watches `own` from now on in place of the user's own file.
+    void follow(std::string own);
 
     /// Reads again, although nobody has seen a change.
     void readAgain();

@@ -32,13 +32,49 @@ std::vector<std::string> differencesOf(const Preferences& before, const Preferen
     return keys;
 }
 
+/// Has `preferences` follow what has changed from one reading to the next.
+void followChanges(Preferences& preferences, const Preferences& last, const Preferences& next) {
+    for (const std::string& key : differencesOf(last, next)) {
+        if (next.programs.contains(key))
+            preferences.programs[key] = next.programs.at(key);
+        else
+            preferences.programs.erase(key);
+    }
+    const auto follow = [&](auto member) {
+        if (next.*member != last.*member)
+            preferences.*member = next.*member;
+    };
+    follow(&Preferences::written);
+    follow(&Preferences::ignored);
+    follow(&Preferences::language);
+    follow(&Preferences::seen);
+    follow(&Preferences::forNew);
+    follow(&Preferences::file);
+}
+
+/// What has to be asked of a program that is to have `setting`.
+WantedVolume differenceTo(const ProgramSetting& setting,
+                          const RememberedVolumes::Program& program) {
+    const ProgramSetting present = clamped(settingOf(program.wanted));
+    WantedVolume change;
+    if (present.percent != setting.percent)
+        change.gain = gainOfPercent(setting.percent);
+    if (present.muted != setting.muted)
+        change.muted = setting.muted;
+    return change;
+}
+
 } // namespace
 
 std::vector<RememberedVolumes::Consequence>
-RememberedVolumes::read(Preferences preferences, std::span<const Program> programs, TimePoint now) {
+RememberedVolumes::read(Preferences reading, std::span<const Program> programs, TimePoint now) {
     forgetOld(now);
-    const bool isFirst = !std::exchange(hasRead_, true);
-    const Preferences before = std::exchange(preferences_, std::move(preferences));
+    const bool isFirst = !inFile_;
+    const Preferences before = preferences_;
+    if (!note(std::move(reading))) {
+        forgetWhatIsWritten();
+        return {};
+    }
     if (!isFirst)
         ignoreNewly(before);
     for (const std::string& key : differencesOf(before, preferences_)) {
@@ -49,20 +85,79 @@ RememberedVolumes::read(Preferences preferences, std::span<const Program> progra
     forgetWhatIsWritten();
     std::vector<Consequence> consequences;
     for (const Program& program : programs) {
-        Consequence consequence = consequenceFor(program, before);
+        Consequence consequence = consequenceFor(program, before, changeFor(program, before));
         if (isFirst)
             consequence.forNext = std::exchange(consequence.wanted, {});
         consequences.push_back(consequence);
     }
-    for (const Program& program : programs)
-        owed_.erase(settingsKey(program.name));
+    payDebts(programs);
     return consequences;
+}
+
+/// Whether the reading counts: neither while the application tells more, nor when all that it could
+/// say is older than what the application has told.
+bool RememberedVolumes::note(Preferences reading) {
+    const bool counts = !isTold_ && (inFile_ || !wasTold_);
+    if (counts)
+        followChanges(preferences_, inFile_.value_or(Preferences{}), reading);
+    inFile_ = std::move(reading);
+    return counts;
+}
+
+RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationWord& word,
+                                                   std::span<const Program> programs,
+                                                   TimePoint now) {
+    forgetOld(now);
+    const bool isMeeting = !std::exchange(isTold_, true);
+    wasTold_ = true;
+    const std::vector<ProgramSetting> settingsBefore = settingsOf(programs);
+    moveTo(word.preferences.file);
+    const Preferences before = std::exchange(preferences_, word.preferences);
+    ignoreNewly(before);
+    takeNews(word, now);
+    Outcome outcome;
+    if (isMeeting)
+        outcome.newer = takeNewer();
+    for (std::size_t i = 0; i < programs.size(); ++i) {
+        WantedVolume change;
+        if (word.news.contains(settingsKey(programs[i].name)))
+            change = newsFor(programs[i]);
+        else if (isMeeting)
+            change = restoredFor(programs[i], settingsBefore[i]);
+        outcome.consequences.push_back(consequenceFor(programs[i], before, change));
+    }
+    payDebts(programs);
+    return outcome;
+}
+
+/// What was set for an application with another file is not for this one.
+void RememberedVolumes::moveTo(const std::string& file) {
+    if (file == file_)
+        return;
+    file_ = file;
+    inFile_.reset();
+    std::erase_if(latest_, [](const auto& entry) { return !entry.second.unreported; });
+}
+
+void RememberedVolumes::applicationChanged(bool isThere) {
+    isTold_ = false;
+    if (isThere)
+        commands_.clear(); // of the one before
 }
 
 void RememberedVolumes::forgetOld(TimePoint now) {
     std::erase_if(commands_,
                   [now](const Command& each) { return now - each.time >= commandSilence; });
     std::erase_if(reports_, [now](const Report& each) { return now - each.time >= longestEcho; });
+}
+
+bool RememberedVolumes::isSilenced(const std::string& key) const {
+    return std::ranges::any_of(commands_, [&](const Command& each) { return each.key == key; });
+}
+
+void RememberedVolumes::payDebts(std::span<const Program> programs) {
+    for (const Program& program : programs)
+        owed_.erase(settingsKey(program.name));
 }
 
 /// Of those that are ignored from now on, nothing counts any more but what we owe them.
@@ -95,10 +190,8 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
 
 /// A newer entry of the preferences takes the place of what was the latest.
 void RememberedVolumes::updateLatest(const std::string& key, const ProgramSetting& setting) {
-    const auto isOfKey = [&key](const auto& each) { return each.key == key; };
-    if (std::ranges::any_of(commands_, isOfKey) ||
-        std::ranges::any_of(reports_, [&](const Report& each) {
-            return isOfKey(each) && clamped(each.setting) == setting;
+    if (isSilenced(key) || std::ranges::any_of(reports_, [&](const Report& each) {
+            return each.key == key && clamped(each.setting) == setting;
         }))
         return;
     latest_.erase(key);
@@ -115,29 +208,67 @@ void RememberedVolumes::forgetUnseen(const Preferences& before) {
 }
 
 void RememberedVolumes::forgetWhatIsWritten() {
+    if (inFile_->file != file_)
+        return; // a copy may be older
     std::erase_if(latest_, [this](const auto& entry) {
-        const auto written = preferences_.programs.find(entry.first);
-        return written != preferences_.programs.end() && !entry.second.unreported &&
-               written->second == settingOf(entry.second.wanted);
+        const auto holdsIt = [&](const Preferences& preferences) {
+            const auto written = preferences.programs.find(entry.first);
+            return written != preferences.programs.end() &&
+                   written->second == settingOf(entry.second.wanted);
+        };
+        return !entry.second.unreported && holdsIt(*inFile_) && holdsIt(preferences_);
     });
 }
 
+void RememberedVolumes::takeNews(const ApplicationWord& word, TimePoint now) {
+    for (const std::string& key : word.news) {
+        const bool isForgotten =
+            !preferences_.seen.contains(key) && !preferences_.programs.contains(key);
+        if (isForgotten)
+            latest_.erase(key);
+        else if (!isIgnored(checkinNameOfKey(key)) && !isSilenced(key))
+            latest_[key] = {
+                .wanted = settingIn(preferences_, key).wanted(), .ours = true, .told = now};
+    }
+}
+
+bool RememberedVolumes::isNews(std::string_view name, TimePoint now) const {
+    const auto latest = latest_.find(settingsKey(name));
+    return latest != latest_.end() && latest->second.told &&
+           now - *latest->second.told < newsLifetime;
+}
+
+/// What the application learns from the answer it need not be told otherwise.
+NamedSettings RememberedVolumes::takeNewer() {
+    NamedSettings newer;
+    for (auto& [key, latest] : latest_) {
+        if (isIgnored(checkinNameOfKey(key)))
+            continue;
+        const ProgramSetting setting = clamped(settingOf(of(checkinNameOfKey(key))));
+        if (setting != settingIn(preferences_, key))
+            newer.emplace_back(key, setting);
+        latest.unreported = false;
+    }
+    return newer;
+}
+
 RememberedVolumes::Consequence RememberedVolumes::consequenceFor(const Program& program,
-                                                                 const Preferences& before) const {
+                                                                 const Preferences& before,
+                                                                 const WantedVolume& change) const {
     Consequence consequence;
-    const std::string key = settingsKey(program.name);
     consequence.ignored = isIgnored(program.name);
     if (consequence.ignored)
-        consequence.freed = owed_.contains(key);
+        consequence.freed = owed_.contains(settingsKey(program.name));
     else if (before.ignored.contains(program.name))
         consequence.wanted = of(program.name, program.former);
     else
-        consequence.wanted = changeFor(program, key, before);
+        consequence.wanted = change;
     return consequence;
 }
 
-WantedVolume RememberedVolumes::changeFor(const Program& program, const std::string& key,
-                                          const Preferences& before) const {
+/// What a reading asks of a program.
+WantedVolume RememberedVolumes::changeFor(const Program& program, const Preferences& before) const {
+    const std::string key = settingsKey(program.name);
     const ProgramSetting setting = settingIn(preferences_, key);
     if (setting == settingIn(before, key))
         return {};
@@ -147,13 +278,36 @@ WantedVolume RememberedVolumes::changeFor(const Program& program, const std::str
             return isOfProgram(each) && clamped(each.setting) == setting;
         }))
         return {};
+    return differenceTo(setting, program);
+}
+
+/// What a person's setting that the application tells of asks of the program.
+WantedVolume RememberedVolumes::newsFor(const Program& program) const {
+    if (isSilenced(settingsKey(program.name)))
+        return {};
+    return differenceTo(settingOf(of(program.name)), program);
+}
+
+/// What the application's memory asks of a program for which ours said `before`.
+WantedVolume RememberedVolumes::restoredFor(const Program& program,
+                                            const ProgramSetting& before) const {
+    const ProgramSetting setting = settingOf(of(program.name));
+    if (setting == before || isSilenced(settingsKey(program.name)))
+        return {};
+    WantedVolume change = differenceTo(setting, program);
     const ProgramSetting present = clamped(settingOf(program.wanted));
-    WantedVolume change;
-    if (present.percent != setting.percent)
-        change.gain = gainOfPercent(setting.percent);
-    if (present.muted != setting.muted)
-        change.muted = setting.muted;
+    if (present.percent < std::min(before.percent, setting.percent))
+        change.gain.reset();
+    if (present.muted && !before.muted && !setting.muted)
+        change.muted.reset();
     return change;
+}
+
+std::vector<ProgramSetting> RememberedVolumes::settingsOf(std::span<const Program> programs) const {
+    std::vector<ProgramSetting> settings;
+    for (const Program& program : programs)
+        settings.push_back(settingOf(of(program.name)));
+    return settings;
 }
 
 WantedVolume RememberedVolumes::latestOf(const std::string& key) const {

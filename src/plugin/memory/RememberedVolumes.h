@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/loop/MonotonicClock.h"
-#include "plugin/memory/Preferences.h"
+#include "plugin/memory/ApplicationWord.h"
 
 #include <cstdint>
 #include <map>
@@ -18,6 +18,11 @@
 /// what it hears of other mixers into the preferences a moment later; that is nothing new. Owns no
 /// clock, timer or file. Any thread, one at a time.
 ///
+/// An application that is on the session bus tells its preferences itself. As long as it is there,
+/// its word counts and the file is only noted. When the two meet, each may know what the other does
+/// not: the application what a person has set since it was last heard, we what was set while an
+/// earlier one was there that ended before it had saved that. See told().
+///
 /// A program that has never been seen or set may begin at a volume of its own. The application
 /// makes a setting of that when it gets to know it; until then it is a default, not a change.
 ///
@@ -32,6 +37,10 @@ class RememberedVolumes {
 
     /// How long what was reported may take to come back in the preferences.
     static constexpr std::chrono::seconds longestEcho{2};
+
+    /// For so long what the application calls news is new. The plug-in may have come a moment ago
+    /// and have yet to find what plays.
+    static constexpr std::chrono::seconds newsLifetime{10};
 
     /// A program as it checked in, and what is wanted of it.
     struct Program {
@@ -49,10 +58,36 @@ class RememberedVolumes {
         WantedVolume forNext; ///< what only its next streams are to have
     };
 
-    /// Takes a reading of the preferences, and answers what follows for the programs that are
-    /// there. What the first one brings is old and makes nothing that plays louder.
+    /// What follows from the application's word.
+    struct Outcome {
+        std::vector<Consequence> consequences; ///< in the order of the programs
+        NamedSettings newer; ///< what the application does not know yet, as it would keep it
+    };
+
+    /// `file` is where the application is taken to keep its preferences until it says so.
+    explicit RememberedVolumes(std::string file = {}) : file_(std::move(file)) {}
+
+    /// Takes a reading of the preferences' file, and answers what follows for the programs that are
+    /// there, nothing at all while the application's word counts. What the first one brings is old
+    /// and makes nothing that plays louder.
     [[nodiscard]] std::vector<Consequence> read(Preferences preferences,
                                                 std::span<const Program> programs, TimePoint now);
+
+    /// Takes the application's word. Its news are newer than all that we have, unless we have had a
+    /// command for the program within commandSilence. The first word of an application also says
+    /// what it has restored: where it keeps that in the file of the one before, what was set since
+    /// (by a command, by its news, in another mixer) is newer; else only what was set in another
+    /// mixer and could not be reported. It makes nothing louder that was found quieter than
+    /// remembered.
+    [[nodiscard]] Outcome told(const ApplicationWord& word, std::span<const Program> programs,
+                               TimePoint now);
+
+    /// The application has gone from the session bus, or another one has come and has yet to speak.
+    /// Until then the file counts.
+    void applicationChanged(bool isThere);
+
+    /// What counts now.
+    const Preferences& preferences() const noexcept { return preferences_; }
 
     bool isIgnored(std::string_view name) const { return preferences_.ignored.contains(name); }
 
@@ -65,6 +100,10 @@ class RememberedVolumes {
 
     /// What is remembered of a program; one that is ignored gets it when that ends.
     WantedVolume evenIfIgnored(std::string_view name, std::string_view former = {}) const;
+
+    /// Whether a person has set the program just now, as the application says. That holds for what
+    /// plays already, too.
+    bool isNews(std::string_view name, TimePoint now) const;
 
     /// Whether a program that comes now is ignored and yet to be freed, which this answer settles.
     [[nodiscard]] bool takeDebt(std::string_view name);
@@ -88,6 +127,7 @@ class RememberedVolumes {
         WantedVolume wanted;
         bool ours = false; // some of it was asked for by the application
         bool unreported = false;
+        std::optional<TimePoint> told = {}; // when the application called it news
     };
     struct Command {
         std::uint32_t pid;
@@ -102,19 +142,31 @@ class RememberedVolumes {
     };
 
     void forgetOld(TimePoint now);
+    bool isSilenced(const std::string& key) const;
+    bool note(Preferences reading);
+    void moveTo(const std::string& file);
     void ignoreNewly(const Preferences& before);
     void updateLatest(const std::string& key, const ProgramSetting& setting);
     void forgetUnseen(const Preferences& before);
-    Consequence consequenceFor(const Program& program, const Preferences& before) const;
-    WantedVolume changeFor(const Program& program, const std::string& key,
-                           const Preferences& before) const;
-    WantedVolume latestOf(const std::string& key) const;
+    void payDebts(std::span<const Program> programs);
     void forgetWhatIsWritten();
+    void takeNews(const ApplicationWord& word, TimePoint now);
+    NamedSettings takeNewer();
+    Consequence consequenceFor(const Program& program, const Preferences& before,
+                               const WantedVolume& change) const;
+    WantedVolume changeFor(const Program& program, const Preferences& before) const;
+    WantedVolume newsFor(const Program& program) const;
+    WantedVolume restoredFor(const Program& program, const ProgramSetting& before) const;
+    std::vector<ProgramSetting> settingsOf(std::span<const Program> programs) const;
+    WantedVolume latestOf(const std::string& key) const;
     ProgramSetting report(std::uint32_t pid, const std::string& key, const WantedVolume& wanted,
                           TimePoint now);
 
-    bool hasRead_ = false;
-    Preferences preferences_;
+    std::string file_;                  // which the application keeps
+    std::optional<Preferences> inFile_; // the last reading of it
+    bool isTold_ = false;               // the application's word counts
+    bool wasTold_ = false;              // there has been one
+    Preferences preferences_;           // what counts
     std::map<std::string, Latest, std::less<>> latest_;
     std::set<std::string, std::less<>> owed_; // keys of the ignored that are yet to be freed
     std::vector<Command> commands_;

@@ -1,6 +1,7 @@
 #include "plugin/memory/VolumeMemory.h"
 
 #include "platform/applications/ApplicationName.h"
+#include "platform/processes/SystemLog.h"
 #include "plugin/effects/SoundEffects.h"
 #include "plugin/identity/ProgramName.h"
 #include "plugin/programs/ProgramTable.h"
@@ -8,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+using platform::LogPriority;
 using platform::MonotonicClock;
+using platform::systemLog;
 
 namespace {
 
@@ -23,19 +26,42 @@ RememberedVolumes::Program describedFor(const Program& program) {
 
 } // namespace
 
-VolumeMemory::VolumeMemory(PreferencesFile file, ProgramTable& programs, SoundEffects& effects,
-                           const ApplicationReports& reports,
+VolumeMemory::VolumeMemory(const PreferencesFile& file, ProgramTable& programs,
+                           SoundEffects& effects, const ApplicationReports& reports,
                            std::function<void(const std::string&)> languageRead)
     : programs_(programs)
     , effects_(effects)
     , reports_(reports)
     , languageRead_(std::move(languageRead))
-    , preferences_(std::move(file), [this](const Preferences& preferences) { read(preferences); }) {
-}
+    , ownFile_(file.own())
+    , preferences_(file, [this](const Preferences& preferences) { read(preferences); }) {}
 
 void VolumeMemory::begin() {
     if (const auto preferences = preferences_.first())
         read(*preferences);
+    if (fileThatCounts().empty())
+        systemLog(LogPriority::info, "There are no preferences in %s yet", ownFile_.c_str());
+    else
+        systemLog(LogPriority::info, "Reads the preferences in %s", fileThatCounts().c_str());
+}
+
+std::optional<NamedSettings> VolumeMemory::told(const std::string& file, std::string_view bytes,
+                                                std::span<const std::string> news) {
+    auto preferences = parsePreferences(bytes);
+    if (!preferences) {
+        applicationChanged(false);
+        return std::nullopt;
+    }
+    preferences->file = file;
+    if (file != file_) {
+        systemLog(LogPriority::info, "The application keeps its preferences in %s", file.c_str());
+        file_ = file;
+        preferences_.follow(file);
+    }
+    const auto outcome = remembered_.told({*std::move(preferences), {news.begin(), news.end()}},
+                                          described(), MonotonicClock::now());
+    carryOut(outcome.consequences);
+    return outcome.newer;
 }
 
 WantedVolume VolumeMemory::of(const Program& program) const {
@@ -68,6 +94,14 @@ void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& 
         reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
 }
 
+void VolumeMemory::found(Program& program, const WantedVolume& found) {
+    const std::string& name = program.process().name;
+    if (remembered_.isNews(name, MonotonicClock::now()))
+        want(program, remembered_.of(name));
+    else
+        program.found(found);
+}
+
 /// They have no stream yet that could be given anything.
 void VolumeMemory::effectsAdded() {
     if (const WantedVolume all = effects_.program()->takeForNext(); !all.isEmpty())
@@ -75,13 +109,20 @@ void VolumeMemory::effectsAdded() {
 }
 
 void VolumeMemory::read(const Preferences& preferences) {
+    carryOut(remembered_.read(preferences, described(), MonotonicClock::now()));
+}
+
+std::vector<RememberedVolumes::Program> VolumeMemory::described() const {
     std::vector<RememberedVolumes::Program> programs;
     for (const auto& program : programs_.programs())
         programs.push_back(describedFor(*program));
-    const auto consequences = remembered_.read(preferences, programs, MonotonicClock::now());
+    return programs;
+}
+
+void VolumeMemory::carryOut(const std::vector<RememberedVolumes::Consequence>& consequences) {
     for (std::size_t i = 0; i < consequences.size(); ++i)
         follow(*programs_.programs()[i], consequences[i]);
-    languageRead_(preferences.language);
+    languageRead_(remembered_.preferences().language);
 }
 
 void VolumeMemory::follow(Program& program, const RememberedVolumes::Consequence& consequence) {

@@ -1,0 +1,33 @@
+#include "platform/bus/BusNameOwner.h"
+
+#include "platform/processes/ExceptionReport.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+#include <utility>
+
+namespace platform {
+
+BusNameOwner::BusNameOwner(const QDBusConnection& bus, const QString& name,
+                           std::function<void(const QString& owner)> changed)
+    : changed_(std::move(changed)), watcher_(name, bus) {
+    QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &watcher_,
+                     [this](const QString&, const QString&, const QString& owner) { set(owner); });
+    auto* const answer = new QDBusPendingCallWatcher(
+        bus.interface()->asyncCall(QStringLiteral("GetNameOwner"), name), &watcher_);
+    QObject::connect(answer, &QDBusPendingCallWatcher::finished, &watcher_, [this, answer] {
+        const QDBusPendingReply<QString> reply = *answer;
+        if (!owner_)
+            set(reply.isValid() ? reply.value() : QString());
+        answer->deleteLater();
+    });
+}
+
+void BusNameOwner::set(const QString& owner) {
+    owner_ = owner;
+    guarded(kExceptionInNotification, [&] { changed_(owner); });
+}
+
+} // namespace platform

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace platform {
+
+/// Knows who owns a name on a bus, without ever waiting for the bus: what is known is up to date
+/// but for the way of a message. Main thread only.
+class BusNameOwner {
+  public:
+    /// `changed` is called from the event loop with the unique name of the owner, empty for nobody:
+    /// when it becomes known, and then at each change.
+    BusNameOwner(const QDBusConnection& bus, const QString& name,
+                 std::function<void(const QString& owner)> changed);
+    BusNameOwner(const BusNameOwner&) = delete;
+    BusNameOwner& operator=(const BusNameOwner&) = delete;
+
+    /// Empty: nobody; nothing: not known yet.
+    const std::optional<QString>& owner() const noexcept { return owner_; }
+
+  private:
+    void set(const QString& owner);
+
+    const std::function<void(const QString& owner)> changed_;
+    QDBusServiceWatcher watcher_; // owns the question that is under way
+    std::optional<QString> owner_;
+};
+
+} // namespace platform
