@@ -2,6 +2,8 @@
 
 #include "ctl/Messages.h"
 #include "ctl/TextWidth.h"
+#include "platform/text/ShownLine.h"
+#include "platform/text/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -63,20 +65,35 @@ std::string aligned(const std::vector<Row>& rows) {
     return text;
 }
 
+/// As JSON has it, in units of UTF-16.
+std::string escaped(char32_t character) {
+    constexpr char32_t plane = 0x10000;
+    std::vector<unsigned> units{static_cast<unsigned>(character)};
+    if (character >= plane)
+        units = {0xD800U + static_cast<unsigned>((character - plane) >> 10U),
+                 0xDC00U + static_cast<unsigned>((character - plane) & 0x3FFU)};
+    std::string text;
+    for (const unsigned unit : units) {
+        std::array<char, 8> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\u%04x", unit);
+        text += escape.data();
+    }
+    return text;
+}
+
+/// The whole of a text, with an escape for each character that a terminal should not get.
 std::string quoted(std::string_view text) {
     std::string quoted = "\"";
-    for (const char character : text) {
-        const auto code = static_cast<unsigned char>(character);
-        if (character == '"' || character == '\\') {
+    while (!text.empty()) {
+        const std::string_view character =
+            text.substr(0, std::max<std::size_t>(platform::utf8Length(text), 1));
+        text.remove_prefix(character.size());
+        if (character == "\"" || character == "\\")
             quoted += '\\';
+        if (platform::shownLine(character) == character)
             quoted += character;
-        } else if (code < 0x20 || code == 0x7F) {
-            std::array<char, 7> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x", code);
-            quoted += escape.data();
-        } else {
-            quoted += character;
-        }
+        else
+            quoted += escaped(platform::utf8Character(character));
     }
     return quoted + '"';
 }

@@ -28,6 +28,12 @@ TEST(TextWidthTest, CountsAndCutsColumns) {
     }
 }
 
+TEST(ReportTest, JsonHasNamesAsTheyAreAndNothingForATerminal) {
+    const std::vector<std::string> names{"\"ä\\ 播", "\x1b\u009b2J\u202e\U000E0041"};
+    EXPECT_EQ(Report::json(names), "[\n  \"\\\"ä\\\\ 播\",\n"
+                                   "  \"\\u001b\\u009b2J\\u202e\\udb40\\udc41\"\n]\n");
+}
+
 TEST(ReportTest, ATableIsNoWiderThanTheTerminal) {
     std::vector<CtlProgram> programs(2);
     programs[0].name = "Music";
