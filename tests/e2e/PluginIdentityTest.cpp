@@ -1,8 +1,10 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/Sandbox.h"
 
+#include "platform/applications/NameBeside.h"
 #include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
+#include "support/ScopedVariable.h"
 
 #include <gmock/gmock.h>
 
@@ -333,8 +335,13 @@ TEST_F(PluginIdentityTest, NamesAreInTheLanguageOfTheApplicationAndFollowTheEntr
 }
 
 TEST_F(PluginIdentityTest, ProgramsOfOneFileNameAreTwoWhileBothAreThere) {
-    const auto start = [this](const char* folder) {
-        const std::filesystem::path program = folder_.path() / folder / "jukebox";
+    const std::filesystem::path build = std::filesystem::path(STREAM_PLAYER).parent_path();
+    if (platform::tellingFolders((build / "a/jukebox").string(), "jukebox").empty())
+        GTEST_SKIP() << "the build lies in a temporary folder, which tells nothing";
+    const support::ScopedVariable place("TMPDIR", build);
+    const support::PrivateFolder programs;
+    const auto start = [&](const char* folder) {
+        const std::filesystem::path program = programs.path() / folder / "jukebox";
         std::filesystem::create_directory(program.parent_path());
         std::filesystem::copy_file("/usr/bin/pw-cat", program,
                                    std::filesystem::copy_options::skip_existing);

@@ -11,6 +11,12 @@ namespace platform {
 
 namespace {
 
+/// Whether what lies there is mostly made anew at each start, under another name.
+bool isTemporary(std::string_view path) {
+    return path.starts_with("/tmp/") || path.starts_with("/var/tmp/") ||
+           path.starts_with("/dev/shm/");
+}
+
 /// Whether programs of all kinds lie in folders of this name.
 bool isCommon(std::string_view folder) {
     constexpr std::string_view common[] = {"app",   "bin", "build",    "current", "dist",
@@ -35,6 +41,8 @@ bool isTelling(const std::string& folder, std::size_t place,
 
 std::vector<std::string> tellingFolders(std::string_view path, std::string_view name) {
     std::vector<std::string> folders;
+    if (isTemporary(path))
+        return folders;
     for (path = folderName(path); !path.empty(); path = folderName(path)) {
         const std::string_view folder = stableFolderName(fileName(path));
         if (!folder.empty() && folder != name && !isCommon(folder))
@@ -45,9 +53,11 @@ std::vector<std::string> tellingFolders(std::string_view path, std::string_view 
 
 bool mayBeCalled(std::string_view called, const std::string& plain,
                  const std::vector<std::string>& folders) {
-    return called == plain || std::ranges::any_of(folders, [&](const std::string& folder) {
-               return called == withFolder(plain, folder);
-           });
+    const auto isWithFolder = [&](const std::string& folder) {
+        return called == withFolder(plain, folder);
+    };
+    return called == plain ||
+           (called.starts_with(plain) && std::ranges::any_of(folders, isWithFolder));
 }
 
 std::string nameBeside(const std::string& plain, const std::vector<std::string>& folders,

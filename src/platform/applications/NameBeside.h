@@ -14,7 +14,7 @@ namespace platform {
 
 /// The folders above the file that tell its program from another one called `name`, the nearest
 /// first, as far as they have a name that lasts. Not those that many programs have, such as "bin",
-/// nor one that is called like the program.
+/// nor one that is called like the program. None for a temporary file.
 std::vector<std::string> tellingFolders(std::string_view path, std::string_view name);
 
 /// Whether nameBeside() may call a program so that is `plain` when it is alone.
