@@ -129,7 +129,8 @@ TEST_F(ProblemBarTest, ASocketThatCannotBeServedIsTriedAgainFromThere) {
     })) << tool_.outline().toStdString();
     std::filesystem::create_directories(folder);
     press(*failed, "Try Again");
-    EXPECT_TRUE(waitUntil([] { return bool(platform::connectUnixSocket(MVCommMainSocketPath())); }));
+    EXPECT_TRUE(
+        waitUntil([] { return bool(platform::connectUnixSocket(MVCommMainSocketPath())); }));
     EXPECT_TRUE(waitUntil([&] { return !failed->hasState(showing); }));
 }
 
@@ -146,8 +147,8 @@ TEST_F(AccessibilityTest, TheWindowHoldsAListOfItemsInTheirOrder) {
     EXPECT_EQ(names, (QStringList{"Sound Effects", "player"}));
     EXPECT_TRUE(window->find("button", "Menu") || window->find("push button", "Menu"));
     EXPECT_EQ(item_->children().size(), 3) << "name, mute, slider";
-    EXPECT_TRUE(item_->description().startsWith("/usr/bin/x"))
-        << "the path, and why it is so called";
+    EXPECT_TRUE(item_->description().startsWith("100 %\n/usr/bin/x"))
+        << "the state, the path, and why it is so called";
 }
 
 TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {
@@ -168,6 +169,20 @@ TEST_F(AccessibilityTest, WhatIsChangedThereReachesTheWire) {
     mute().act("Press");
     sentUntil("10,4711,1 ");
     EXPECT_TRUE(mute().hasState(checked));
+}
+
+TEST_F(AccessibilityTest, TheStateAndThePercentAreTexts) {
+    slider().setValue(0.5);
+    EXPECT_EQ(slider().text(), "50 %");
+    const auto state = [&] { return item_->description().section('\n', 0, 0); };
+    EXPECT_EQ(state(), "50 %");
+    mute().act("Press");
+    EXPECT_EQ(state(), "50 %, muted");
+    EXPECT_TRUE(waitUntil([&] { // levels soon count as old
+        plugin_->reportLevel(4711, 0.5F);
+        return state() == "50 %, playing, muted";
+    })) << state().toStdString();
+    EXPECT_TRUE(waitUntil([&] { return state() == "50 %, muted"; }));
 }
 
 TEST_F(AccessibilityTest, OnlyAPersonsChangesAreAnnounced) {

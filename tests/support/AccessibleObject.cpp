@@ -112,6 +112,11 @@ void AccessibleObject::setValue(double value) const {
          {QLatin1String(valueInterface), "CurrentValue", QVariant::fromValue(QDBusVariant(value))});
 }
 
+QString AccessibleObject::text() const {
+    constexpr int end = -1;
+    return call("org.a11y.atspi.Text", "GetText", {0, end}).value(0).toString();
+}
+
 QSize AccessibleObject::size() const {
     constexpr unsigned onTheScreen = 0;
     const QVariantList answer =

@@ -39,6 +39,9 @@ class AccessibleObject {
     double value(const char* property = "CurrentValue") const;
     void setValue(double value) const;
 
+    /// What a tool reads out or shows in braille.
+    QString text() const;
+
     QStringList actions() const;
     void act(const QString& action) const;
 

@@ -9,7 +9,10 @@ AccessibleItem::AccessibleItem(MVCollectionViewItem& item)
     : QAccessibleWidget(&item, QAccessible::ListItem, item.label().text()), item_(item) {}
 
 QString AccessibleItem::text(QAccessible::Text kind) const {
-    return kind == QAccessible::Description ? item_.description() : QAccessibleWidget::text(kind);
+    if (kind != QAccessible::Description)
+        return QAccessibleWidget::text(kind);
+    const QString more = item_.description();
+    return more.isEmpty() ? item_.state() : item_.state() + QLatin1Char('\n') + more;
 }
 
 QList<QWidget*> AccessibleItem::parts() const {

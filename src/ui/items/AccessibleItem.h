@@ -5,8 +5,10 @@
 class MVCollectionViewItem;
 
 /// An item to assistive tools: an entry of a list with the name of its program, which holds name,
-/// mute button and slider. Described as by its tool tip. The icon is decoration, and how loud the
-/// program is at the moment is not told: that would be news all the time.
+/// mute button and slider. Described by its state and as by its tool tip. The icon is decoration,
+/// and how loud the program is at the moment is not told: that would be news all the time. The
+/// state belongs here and not to the slider, since tools keep descriptions until they are told of a
+/// change, except those of entries of a list.
 class AccessibleItem final : public QAccessibleWidget {
   public:
     explicit AccessibleItem(MVCollectionViewItem& item);

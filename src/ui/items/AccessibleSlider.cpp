@@ -10,6 +10,8 @@ AccessibleSlider::AccessibleSlider(TNVolumeSlider& slider)
     , slider_(slider) {}
 
 QString AccessibleSlider::text(QAccessible::Text kind) const {
+    if (kind == QAccessible::Value)
+        return percentText();
     const auto* const item = qobject_cast<const MVCollectionViewItem*>(slider_.parentWidget());
     return kind == QAccessible::Description && item != nullptr ? item->reasonNotControllable()
                                                                : QAccessibleWidget::text(kind);
@@ -18,7 +20,36 @@ QString AccessibleSlider::text(QAccessible::Text kind) const {
 void* AccessibleSlider::interface_cast(QAccessible::InterfaceType type) {
     if (type == QAccessible::ValueInterface)
         return static_cast<QAccessibleValueInterface*>(this);
+    if (type == QAccessible::TextInterface)
+        return static_cast<QAccessibleTextInterface*>(this);
     return QAccessibleWidget::interface_cast(type);
+}
+
+QString AccessibleSlider::percentText() const {
+    return platform::formatted(QStringLiteral("%d %%"), slider_.percent());
+}
+
+QString AccessibleSlider::text(int startOffset, int endOffset) const {
+    return percentText().mid(startOffset, endOffset - startOffset);
+}
+
+int AccessibleSlider::characterCount() const {
+    return static_cast<int>(percentText().size());
+}
+
+QString AccessibleSlider::attributes(int /*offset*/, int* startOffset, int* endOffset) const {
+    *startOffset = 0;
+    *endOffset = characterCount();
+    return {};
+}
+
+QRect AccessibleSlider::characterRect(int /*offset*/) const {
+    return rect();
+}
+
+void AccessibleSlider::selection(int /*selectionIndex*/, int* startOffset, int* endOffset) const {
+    *startOffset = 0;
+    *endOffset = 0;
 }
 
 QVariant AccessibleSlider::currentValue() const {

@@ -4,10 +4,12 @@
 
 class TNVolumeSlider;
 
-/// A volume slider to assistive tools: titled "Volume", from 0 to 1. They move it by tenths, or to
-/// any value, as a person does who lets go of it there. One that cannot be moved is described by
-/// the reason.
-class AccessibleSlider final : public QAccessibleWidget, public QAccessibleValueInterface {
+/// A volume slider to assistive tools: titled "Volume", from 0 to 1, with the percent as its text.
+/// They move it by tenths, or to any value, as a person does who lets go of it there. One that
+/// cannot be moved is described by the reason.
+class AccessibleSlider final : public QAccessibleWidget,
+                               public QAccessibleValueInterface,
+                               public QAccessibleTextInterface {
   public:
     explicit AccessibleSlider(TNVolumeSlider& slider);
 
@@ -18,11 +20,29 @@ class AccessibleSlider final : public QAccessibleWidget, public QAccessibleValue
     void setCurrentValue(const QVariant& value) override;
     QVariant minimumValue() const override { return 0.0; }
     QVariant maximumValue() const override { return 1.0; }
-    QVariant minimumStepSize() const override { return 0.1; }
+    /// What a key moves it by. Tools show as many digits as this has.
+    QVariant minimumStepSize() const override { return 0.01; }
 
     QStringList actionNames() const override;
     void doAction(const QString& name) override;
 
+    // Its text can only be read.
+    QString text(int startOffset, int endOffset) const override;
+    int characterCount() const override;
+    QString attributes(int offset, int* startOffset, int* endOffset) const override;
+    QRect characterRect(int offset) const override;
+    int offsetAtPoint(const QPoint& /*point*/) const override { return -1; }
+    int cursorPosition() const override { return 0; }
+    void setCursorPosition(int /*position*/) override {}
+    int selectionCount() const override { return 0; }
+    void selection(int selectionIndex, int* startOffset, int* endOffset) const override;
+    void addSelection(int /*startOffset*/, int /*endOffset*/) override {}
+    void removeSelection(int /*selectionIndex*/) override {}
+    void setSelection(int /*index*/, int /*startOffset*/, int /*endOffset*/) override {}
+    void scrollToSubstring(int /*startIndex*/, int /*endIndex*/) override {}
+
   private:
+    QString percentText() const;
+
     TNVolumeSlider& slider_;
 };

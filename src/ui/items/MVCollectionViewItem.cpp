@@ -214,6 +214,18 @@ QString MVCollectionViewItem::description() const {
                            : QString();
 }
 
+QString MVCollectionViewItem::state() const {
+    if (app_ == nullptr)
+        return {};
+    QStringList states{
+        formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_))};
+    if (app_->hasActivity())
+        states += localized(QStringLiteral("playing"));
+    if (app_->muted())
+        states += localized(QStringLiteral("muted"));
+    return states.join(QStringLiteral(", "));
+}
+
 QString MVCollectionViewItem::reasonNotControllable() const {
     return app_ != nullptr ? shownText(surroundings_.controller.reasonNotControllable(*app_))
                            : QString();

@@ -76,6 +76,9 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// without what is not known.
     QString description() const;
 
+    /// The percent, whether the program plays, and whether it is muted, in one line.
+    QString state() const;
+
     /// Why the program cannot be controlled; empty when it can.
     QString reasonNotControllable() const;
 

@@ -1,9 +1,11 @@
 #include "ui/items/MVCollectionViewTextField.h"
 
+#include "ui/OneLineText.h"
 #include "ui/items/ItemLayout.h"
 
 #include <QFontInfo>
 #include <QPainter>
+#include <QStyle>
 
 MVCollectionViewTextField::MVCollectionViewTextField(QWidget* parent) : QWidget(parent) {
     constexpr double larger = 1.12;
@@ -33,7 +35,13 @@ void MVCollectionViewTextField::setTextColor(const QColor& color) {
 void MVCollectionViewTextField::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(color_);
-    painter.drawText(rect(),
-                     static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine),
-                     fontMetrics().elidedText(text_, Qt::ElideRight, width()));
+    painter.setLayoutDirection(directionOf(text_));
+    const QString shown = fontMetrics().elidedText(text_, Qt::ElideRight, width());
+    const QRect place =
+        QStyle::alignedRect(layoutDirection(), Qt::AlignLeft,
+                            {fontMetrics().horizontalAdvance(shown), height()}, rect());
+    painter.drawText(place,
+                     static_cast<int>(Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter |
+                                      Qt::TextSingleLine | Qt::TextDontClip),
+                     shown);
 }

@@ -5,8 +5,9 @@
 #include <QWidget>
 
 /// One line of plain text, a little larger and heavier than others as far as an item is high enough
-/// for that, cut with an ellipsis where it does not fit. A click with the secondary button is for
-/// what it lies on. Main thread only.
+/// for that, cut with an ellipsis where it does not fit. It lies where lines begin in the window,
+/// but runs its own way: its ellipsis is where it would go on. A click with the secondary button is
+/// for what it lies on. Main thread only.
 class MVCollectionViewTextField final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)

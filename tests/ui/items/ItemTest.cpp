@@ -15,6 +15,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QBitmap>
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QTest>
@@ -164,11 +165,33 @@ TEST_F(ItemTest, AssistiveToolsAreToldWhatTheTipTells) {
         return QAccessible::queryAccessibleInterface(&object)->text(QAccessible::Description);
     };
     model_.workspace.setReason("Safari", "For a\nreason.");
-    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.");
+    EXPECT_EQ(told(*item_), "100 %\n/opt/safari\nFor a reason.");
     EXPECT_EQ(told(item_->slider()), "") << "the value is told anyway";
     model_.controller.notControllable(1, "It plays past the mixer");
-    EXPECT_EQ(told(*item_), "/opt/safari\nFor a reason.\nIt plays past the mixer");
+    EXPECT_EQ(told(*item_), "100 %\n/opt/safari\nFor a reason.\nIt plays past the mixer");
     EXPECT_EQ(told(item_->slider()), "It plays past the mixer");
+}
+
+TEST_F(ItemTest, ANameLooksTheSameWhicheverWayTheDesktopRuns) {
+    const auto ink = [](const QString& name, Qt::LayoutDirection direction) {
+        QGuiApplication::setLayoutDirection(direction);
+        MVCollectionViewTextField field;
+        field.resize(120, 28);
+        field.setText(name);
+        field.setTextColor(Qt::white);
+        field.setPalette(QPalette(Qt::black));
+        const QImage picture = field.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+        const QImage mask = picture.createMaskFromColor(qRgb(0, 0, 0), Qt::MaskInColor);
+        return picture.copy(QRegion(QBitmap::fromImage(mask)).boundingRect());
+    };
+    for (const QString& name :
+         {QStringLiteral("Web (1.2)"), QStringLiteral("A web browser with a very long name"),
+          QStringLiteral("שם (1.2)"), QStringLiteral("שם של תוכנית ארוכה מאוד מאוד מאוד")}) {
+        const QImage usual = ink(name, Qt::LeftToRight);
+        EXPECT_GT(usual.width(), 20);
+        EXPECT_EQ(usual, ink(name, Qt::RightToLeft)) << name.toStdString();
+    }
 }
 
 TEST_F(ItemTest, TheNamesColourTellsOfActivityAndMute) {
