@@ -13,8 +13,13 @@ namespace platform {
 
 namespace {
 
-// There before any other static object, and with nothing to lose when those go.
-constinit ThreadCalls systemCalls;
+/// Never destroyed: the pool and the log work on when static objects are gone.
+union SystemCalls {
+    constexpr SystemCalls() : calls() {}
+    constexpr ~SystemCalls() {}
+    ThreadCalls calls;
+};
+constinit SystemCalls systemCalls;
 
 std::atomic<ThreadCalls*> replacement{nullptr};
 
@@ -44,7 +49,7 @@ void ThreadCalls::pause(std::chrono::nanoseconds time) noexcept {
 
 ThreadCalls& threadCalls() noexcept {
     ThreadCalls* const calls = replacement.load();
-    return calls ? *calls : systemCalls;
+    return calls ? *calls : systemCalls.calls;
 }
 
 void replaceThreadCalls(ThreadCalls* calls) noexcept {
