@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -23,6 +24,8 @@ using support::PrivateAudioSession;
 namespace {
 
 constexpr int rounds = 10;
+constexpr int mostRounds = 60; // with those in which the machine had no time for the sound
+constexpr std::chrono::milliseconds littleWait{2};
 constexpr std::size_t enough = 4800;               // samples of a stream to judge it by
 constexpr std::chrono::milliseconds duration{250}; // of a stream
 constexpr std::size_t streamSamples = std::size_t{2} * 48 * duration.count(); // of both channels
@@ -54,7 +57,7 @@ class AlsaPlayer : public AnyPlayer {
     explicit AlsaPlayer(const std::string& device) {
         std::vector<std::string> command{"aplay", "-q",     "-D", device, "-t", "raw",
                                          "-f",    "S16_LE", "-c", "2",    "-r", "48000"};
-        for (int i = 0; i < 2 * rounds; ++i) {
+        for (int i = 0; i < mostRounds + 10; ++i) {
             pipes_.push_back(folder_.path() / std::to_string(i));
             EXPECT_EQ(::mkfifo(pipes_.back().c_str(), 0600), 0);
             command.push_back(pipes_.back());
@@ -86,6 +89,20 @@ class AlsaPlayer : public AnyPlayer {
     std::size_t played_ = 0;
     std::unique_ptr<ChildProcess> process_;
 };
+
+/// How long the threads of a process that are there have waited for a processor.
+std::chrono::nanoseconds waitForProcessor(pid_t process) {
+    std::chrono::nanoseconds sum{0};
+    const std::filesystem::path threads = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+        std::ifstream statistics(thread.path() / "schedstat");
+        std::uint64_t ran = 0;
+        std::uint64_t waited = 0;
+        statistics >> ran >> waited;
+        sum += std::chrono::nanoseconds(waited);
+    }
+    return sum;
+}
 
 std::vector<std::string> paplay(const std::string& file) {
     return {"paplay", "--raw", "--format=float32le", "--rate=48000", "--channels=2", file};
@@ -214,10 +231,37 @@ class PluginFirstSamplesTest : public PlayerFixture, public testing::WithParamIn
         return heard;
     }
 
+    /// Plays a stream and expects `judge` of its samples. A stream during which the plug-in or the
+    /// server had to wait for a processor, as long as it takes to begin one, says nothing about
+    /// them: another is played in its place.
+    void expectOfStreams(AnyPlayer& player, int count, std::size_t least,
+                         const std::function<void()>& prepare,
+                         const std::function<bool(const std::vector<float>&)>& judge) {
+        const auto waited = [this] {
+            return waitForProcessor(plugin_->pid()) +
+                   waitForProcessor(session->processOf("pipewire")) +
+                   waitForProcessor(session->processOf("wireplumber"));
+        };
+        for (int played = 0; count > 0 && played_ < mostRounds; ++played_, ++played) {
+            prepare();
+            const auto before = waited();
+            const auto samples = nextStream(player, least);
+            const bool isRight = judge(samples);
+            if (isRight || waited() - before < littleWait) {
+                EXPECT_TRUE(isRight)
+                    << "stream " << played << ": " << samples.size() << " samples, the first "
+                    << (samples.empty() ? 0 : samples.front());
+                --count;
+            }
+        }
+        EXPECT_EQ(count, 0) << "the machine had no time";
+    }
+
     const support::PrivateFolder root_;
     std::optional<support::NamedCopy> copy_;
     std::unique_ptr<ChildProcess> silent_;
     ShownStream other_; // that one's
+    int played_ = 0;
 };
 
 } // namespace
@@ -238,18 +282,21 @@ TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
     const std::uint32_t pid = awaitProcess(player->pid());
 
     application_->setVolume(pid, 50);
-    for (int i = 0; i < rounds; ++i) {
-        setElsewhere(other_, {i % 2 == 0 ? 100 : 95});
-        const auto samples = nextStream(*player, enough);
-        ASSERT_GE(samples.size(), enough) << "too little played";
-        const auto [least, greatest] = std::minmax_element(samples.begin(), samples.end());
-        EXPECT_NEAR(samples.front(), level * gainOf(50), 1e-4) << i;
-        EXPECT_NEAR(*greatest, level * gainOf(50), 1e-4) << i;
-        EXPECT_NEAR(*least, level * gainOf(50), 1e-4) << i;
-    }
+    bool isLoud = false;
+    expectOfStreams(
+        *player, rounds, enough,
+        [&] {
+            isLoud = !isLoud;
+            setElsewhere(other_, {isLoud ? 100 : 95});
+        },
+        [](const std::vector<float>& samples) {
+            return samples.size() >= enough && std::ranges::all_of(samples, [](float sample) {
+                       return std::abs(sample - level * gainOf(50)) < 1e-4;
+                   });
+        });
     application_->setMute(pid, true);
-    for (int i = 0; i < 3; ++i)
-        EXPECT_TRUE(nextStream(*player, 0).empty());
+    expectOfStreams(
+        *player, 3, 0, [] {}, [](const std::vector<float>& samples) { return samples.empty(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Clients, PluginFirstSamplesTest, testing::ValuesIn(kinds),
