@@ -44,6 +44,10 @@ class Clock : public MonotonicClock::Source {
 
 /// Knows every line that the server may write.
 class Log : private platform::SystemLogSink {
+  public:
+    ~Log() override { end(); }
+
+  private:
     void line(platform::LogPriority, std::string_view text) noexcept override {
         constexpr std::array<std::string_view, 5> beginnings{
             "'",

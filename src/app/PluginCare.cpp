@@ -13,6 +13,7 @@
 
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,22 +23,30 @@ using Problem = PluginWatch::Problem;
 
 namespace {
 
-/// Has a look at what goes to the system log while it lives.
+struct LogLine {
+    platform::LogPriority priority;
+    std::string text;
+    std::thread::id thread;
+};
+
+/// Keeps what goes to the system log while it lives.
 class LogListener final : public platform::SystemLogSink {
   public:
+    ~LogListener() override { end(); }
+
     void line(platform::LogPriority priority, std::string_view text) noexcept override {
         const std::lock_guard lock(mutex_);
-        lines_.emplace_back(priority, text);
+        lines_.push_back({priority, std::string(text), std::this_thread::get_id()});
     }
 
-    std::vector<std::pair<platform::LogPriority, std::string>> take() {
-        const std::lock_guard lock(mutex_);
+    std::vector<LogLine> take() {
+        end();
         return std::exchange(lines_, {});
     }
 
   private:
     std::mutex mutex_;
-    std::vector<std::pair<platform::LogPriority, std::string>> lines_; // guarded by mutex_
+    std::vector<LogLine> lines_; // guarded by mutex_ until end()
 };
 
 /// Empty without a place for it.
@@ -58,21 +67,22 @@ ProblemBar::Content contentFor(Problem problem) {
     case Problem::none:
         break;
     case Problem::noSocket:
-        return {localized(QStringLiteral("No volume can be set: the audio plug-in has no way to "
-                                         "connect to this window.")),
+        return {localized(QStringLiteral("Volumes can't be set: the audio plug-in can't connect to "
+                                         "Tonvale.")),
                 localized(QStringLiteral("Try Again")), details};
     case Problem::absent:
-        return {localized(QStringLiteral("The audio plug-in isn't running. What you set is "
-                                         "remembered, but not heard yet.")),
+        return {localized(QStringLiteral("The audio plug-in isn't running. Your changes are saved "
+                                         "and take effect when it starts.")),
                 start, details};
     case Problem::starting:
         return {localized(QStringLiteral("The audio plug-in is being started…"))};
     case Problem::notStarted:
-        return {localized(QStringLiteral("The audio plug-in was asked to start, but didn't come.")),
-                start, details};
+        return {
+            localized(QStringLiteral("The audio plug-in was started, but it isn't responding.")),
+            start, details};
     case Problem::silent:
         return {localized(QStringLiteral("The audio plug-in is running, but can't reach the sound "
-                                         "server or this window. What you set is not heard.")),
+                                         "server or Tonvale. Your changes have no effect yet.")),
                 {},
                 details};
     }
@@ -87,7 +97,7 @@ PluginCare::PluginCare(platform::RunLoop& loop, Surroundings surroundings)
                 [this](auto answer) { service_.start(std::move(answer)); },
                 &platform::startDetached},
                programFile(), messagesFile())
-    , watch_(loop, {[this] { return !surroundings_.comm.connectionProcesses().isEmpty(); },
+    , watch_(loop, {[this] { return surroundings_.comm.isAnybodyConnected(); },
                     [this] { return name_.isOwned(); }, [this] { return serveSocket(); }, starter_,
                     [this](Problem problem) { show(problem); }})
     , service_(QString::fromLatin1(PluginStarter::serviceName), platform::sessionBus())
@@ -99,21 +109,22 @@ PluginCare::PluginCare(platform::RunLoop& loop, Surroundings surroundings)
     watch_.begin();
 }
 
-/// The reasons for a failure go to the system log; the person has them from here.
+/// The reasons for a failure go to the system log, once as long as they are the same; the person
+/// has them from here. Other threads may log something else meanwhile.
 bool PluginCare::serveSocket() {
-    std::vector<std::pair<platform::LogPriority, std::string>> lines;
-    bool isServed = false;
-    {
-        LogListener listener;
-        isServed = surroundings_.serveSocket();
-        lines = listener.take();
-    }
+    LogListener listener;
+    const bool isServed = surroundings_.serveSocket();
+    const std::vector<LogLine> lines = listener.take();
     QStringList errors;
-    for (const auto& [priority, line] : lines) {
-        platform::systemLog(priority, "%s", line.c_str());
-        errors += QString::fromStdString(line);
+    for (const LogLine& line : lines) {
+        if (line.thread == std::this_thread::get_id())
+            errors += QString::fromStdString(line.text);
     }
-    socketErrors_ = errors.join(QLatin1Char('\n'));
+    const QString before = std::exchange(socketErrors_, errors.join(QLatin1Char('\n')));
+    for (const LogLine& line : lines) {
+        if (line.thread != std::this_thread::get_id() || socketErrors_ != before)
+            platform::systemLog(line.priority, "%s", line.text.c_str());
+    }
     return isServed;
 }
 

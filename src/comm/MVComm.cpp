@@ -209,6 +209,11 @@ QList<MVCommConnectionProcess> MVComm::connectionProcesses() const {
     return processes;
 }
 
+bool MVComm::isAnybodyConnected() const {
+    return std::ranges::any_of(comms_,
+                               [](const auto& server) { return server->isAnybodyConnected(); });
+}
+
 void MVComm::broadcastDidLaunchNotification() {
     announcement_.start(announcementDelay);
 }

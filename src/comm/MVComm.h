@@ -96,6 +96,8 @@ class MVComm final : public MVCommCallbacks {
     /// The processes of all servers, server by server.
     QList<MVCommConnectionProcess> connectionProcesses() const;
 
+    bool isAnybodyConnected() const;
+
     /// Posts "com.quarnel.mivo.guiDidLaunch" to the plug-ins in 0.1 s, once however often it is
     /// called meanwhile.
     void broadcastDidLaunchNotification();

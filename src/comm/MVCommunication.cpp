@@ -333,6 +333,11 @@ QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
     return processes;
 }
 
+bool MVCommunication::isAnybodyConnected() const {
+    const std::lock_guard lock(connectionsLock_);
+    return !connections_.empty();
+}
+
 void MVCommunication::shutdown() {
     sendQueue_->sync([] {});
     Connections connections;

@@ -80,6 +80,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     /// Copies of the records of all connections, in the order of connecting; pid 0 and a null name
     /// stand for a plug-in that has not checked in.
     QList<MVCommConnectionProcess> connectionProcesses() const;
+    bool isAnybodyConnected() const;
 
     /// Has what sendMessage() accepted written, which never waits for a peer; then ends all
     /// connections, stops listening and removes the socket file, unless the path leads to another

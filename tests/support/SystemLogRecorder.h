@@ -12,6 +12,8 @@ namespace support {
 /// Keeps the lines that would go to the system log while it lives. Any thread.
 class SystemLogRecorder : private platform::SystemLogSink {
   public:
+    ~SystemLogRecorder() override { end(); }
+
     struct Line {
         platform::LogPriority priority;
         std::string text;

@@ -4,24 +4,27 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <shared_mutex>
 #include <span>
 #include <string>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <syslog.h>
 #include <unistd.h>
+#include <utility>
 
 namespace platform {
 
 namespace {
 
-std::atomic<SystemLogSink*> currentSink{nullptr};
+std::shared_mutex sinkMutex;          // shared while a sink is told a line, which may take a while
+SystemLogSink* currentSink = nullptr; // guarded by sinkMutex
 
 int syslogPriority(LogPriority priority) noexcept {
     switch (priority) {
@@ -61,9 +64,12 @@ bool isStandardErrorTheJournal() noexcept {
 }
 
 void writeLine(LogPriority priority, std::string_view text) noexcept {
-    if (SystemLogSink* sink = currentSink.load()) {
-        sink->line(priority, text);
-        return;
+    {
+        const std::shared_lock lock(sinkMutex);
+        if (currentSink != nullptr) {
+            currentSink->line(priority, text);
+            return;
+        }
     }
     ::syslog(LOG_USER | syslogPriority(priority), "%.*s", static_cast<int>(text.size()),
              text.data());
@@ -88,10 +94,19 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
     writeLine(priority, {line.data(), size});
 }
 
-SystemLogSink::SystemLogSink() : previous_(currentSink.exchange(this)) {}
+SystemLogSink::SystemLogSink() {
+    const std::unique_lock lock(sinkMutex);
+    previous_ = std::exchange(currentSink, this);
+}
 
 SystemLogSink::~SystemLogSink() {
-    currentSink.store(previous_);
+    end();
+}
+
+void SystemLogSink::end() noexcept {
+    const std::unique_lock lock(sinkMutex);
+    if (currentSink == this)
+        currentSink = previous_;
 }
 
 } // namespace platform

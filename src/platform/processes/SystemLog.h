@@ -13,8 +13,9 @@ enum class LogPriority { error, warning, info };
 [[gnu::format(printf, 2, 3)]] void systemLog(LogPriority priority, const char* format,
                                              ...) noexcept;
 
-/// Takes the lines in place of the system log while it lives: for tests, and for whoever shows them
-/// to a person. Lines come on the thread that wrote them.
+/// Takes the lines of all threads in place of the system log while it lives: for tests, and for
+/// whoever shows them to a person. Lines come on the thread that wrote them; line() must not write
+/// any. Sinks end in the reverse order of their making.
 class SystemLogSink {
   public:
     SystemLogSink();
@@ -24,8 +25,13 @@ class SystemLogSink {
 
     virtual void line(LogPriority priority, std::string_view text) noexcept = 0;
 
+  protected:
+    /// Takes no more lines, and waits for those that are being taken. A derived class calls it
+    /// first in its destructor, since line() uses its members.
+    void end() noexcept;
+
   private:
-    SystemLogSink* previous_;
+    SystemLogSink* previous_ = nullptr;
 };
 
 } // namespace platform
