@@ -126,13 +126,22 @@ void manager::runOnMainQueue() {
 
 worker::Bound manager::round() {
     const std::lock_guard lock(turn_);
-    if (std::exchange(looksAgain_, false))
-        dispatch();
+    if (std::exchange(looksAgain_, false) && !passRequested_)
+        lookAgain();
     runTasks();
     if (looksAgain_)
         return qshuttle::patience;
     looksAgain_ = roster_.size() > baseSize();
     return looksAgain_ ? worker::Bound(rest) : std::nullopt;
+}
+
+/// A pass that nobody has requested: dispatch() would wake this very thread, which is to rest.
+void manager::lookAgain() {
+    try {
+        schedule_pass();
+    } catch (...) {
+        printCurrentException(__LINE__);
+    }
 }
 
 void manager::runTasks() {

@@ -57,6 +57,7 @@ class manager {
 
     // On the manager's thread, or the main dispatch queue before there is one.
     worker::Bound round();
+    void lookAgain();
     void runTasks();
     void schedule_pass();
     void handOut(Pass& pass);

@@ -107,9 +107,23 @@ int shortages(int times) {
 int shrink(int surplus) {
     const std::uint32_t workers = baseSize() + static_cast<std::uint32_t>(surplus);
     std::latch met(workers);
+    std::latch end(1);
     queue concurrent("", false, 2);
-    for (std::uint32_t i = 0; i < workers; ++i)
+    for (std::uint32_t i = 1; i < workers; ++i)
         concurrent.enqueue([&] { met.arrive_and_wait(); });
+    concurrent.enqueue([&] {
+        met.arrive_and_wait();
+        end.wait();
+    });
+    const Statistics& statistics = manager::shared().statistics();
+    if (!support::waitUntil([&] { return statistics.completions == workers - 1; }))
+        return 1;
+    // As long as a task runs, the manager looks now and then, and rests in between.
+    const std::uint64_t before = statistics.passes;
+    if (!support::waitUntil([&] { return statistics.passes > before + 1; }) ||
+        statistics.passes > before + 4)
+        return 1;
+    end.count_down();
     concurrent.wait();
     return support::waitUntil([] { return manager::shared().workerCount() == baseSize(); }) ? 0 : 1;
 }
