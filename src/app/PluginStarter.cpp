@@ -24,7 +24,7 @@ void PluginStarter::start(std::function<void()> failed) {
             startProgram(failed);
             return;
         }
-        QNLog(qnlog_user, "Starts the service %s", serviceName);
+        QNLog(qnlog_user, "Starting the service %s", serviceName);
         world_.startService([this, failed](const QString& error) {
             error_ = error;
             if (!error.isEmpty())
@@ -34,10 +34,10 @@ void PluginStarter::start(std::function<void()> failed) {
 }
 
 void PluginStarter::startProgram(const std::function<void()>& failed) {
-    QNLog(qnlog_user, "Starts the plug-in %@", program_);
+    QNLog(qnlog_user, "Starting the plug-in %@", program_);
     error_ = QFileInfo(program_).isExecutable()
                  ? world_.startProgram(program_, messages_)
-                 : localized(QStringLiteral("The program is not there, or may not be run."));
+                 : localized(QStringLiteral("The program is missing or not executable."));
     if (!error_.isEmpty())
         failed();
 }

@@ -10,7 +10,8 @@ namespace {
 constexpr std::chrono::seconds absencePatience{2};
 constexpr std::chrono::seconds startPatience{5};
 constexpr std::chrono::seconds silencePatience{10}; // a plug-in tries every 5 s at least
-constexpr int mostExtensions = 2;                   // systemd waits 3 s before it tries again
+constexpr std::chrono::seconds socketPause{5};
+constexpr int mostExtensions = 2; // systemd waits 3 s before it tries again
 
 } // namespace
 
@@ -22,6 +23,7 @@ PluginWatch::PluginWatch(platform::RunLoop& loop, Surroundings surroundings)
 void PluginWatch::begin() {
     if (!surroundings_.serveSocket()) {
         setProblem(Problem::noSocket);
+        patience_.start(socketPause);
         return;
     }
     setProblem(Problem::none);
@@ -58,6 +60,10 @@ void PluginWatch::waitAndSee() {
 
 /// Connections that have not checked in are not announced, so the presence may have changed.
 void PluginWatch::endOfPatience() {
+    if (problem_ == Problem::noSocket) {
+        begin(); // what was in the way may have gone
+        return;
+    }
     const auto before = presence_;
     review();
     if (presence_ != before)

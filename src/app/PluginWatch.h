@@ -31,12 +31,12 @@ class PluginWatch {
         std::function<bool()> isOnTheBus;
         std::function<bool()> serveSocket; ///< false when that fails
         PluginStarter& starter;
-        std::function<void(Problem)> show; ///< called when the problem is another one
+        std::function<void(Problem)> show; ///< called when the problem changes
     };
 
     PluginWatch(platform::RunLoop& loop, Surroundings surroundings);
 
-    /// Serves the socket and begins to watch.
+    /// Serves the socket and begins to watch. Where serving fails, it is tried again every 5 s.
     void begin();
 
     /// To be called, as often as one likes, when a connection or the name on the bus has come or

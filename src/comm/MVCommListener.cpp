@@ -21,8 +21,12 @@ namespace {
 
 constexpr int listenBacklog = 5;
 
-// Long enough for who removes the whole folder, and for who is about to serve the path himself.
+// Gives others time to remove the whole folder, or to serve the path themselves.
 constexpr std::chrono::milliseconds settling{300};
+
+// Until the next look where no change of a file tells that it is time: after a failure, and while
+// another program has the path, whose file stays when it is killed.
+constexpr std::chrono::seconds nextLook{5};
 
 using StatCall = int (*)(const char*, struct stat*);
 
@@ -137,7 +141,7 @@ void MVCommListener::removeFile() {
 void MVCommListener::look() {
     watch_.follow({path_}); // first: whatever happens from now on has another look taken
     const auto there = numberOf(path_, &::lstat);
-    if (there && (there == file_ || there == another_))
+    if (there && there == file_)
         return;
     if (there && isServed(path_))
         leaveToAnother(*there);
@@ -147,19 +151,22 @@ void MVCommListener::look() {
 
 void MVCommListener::leaveToAnother(const FileNumber& file) {
     if (!std::exchange(another_, file))
-        systemLog(LogPriority::error, "Another program has taken %s, where plug-ins connect",
+        systemLog(LogPriority::error,
+                  "Another program listens on %s; plug-ins can't connect to Tonvale there",
                   platform::printableText(path_).c_str());
+    settled_.start(nextLook);
 }
 
 void MVCommListener::serveAgain() {
     if (!serve()) {
         isFailureTold_ = true;
+        settled_.start(nextLook);
         return;
     }
     isFailureTold_ = false;
     another_.reset();
     if (servedAgainLines_.allowsLine())
-        systemLog(LogPriority::warning, "Made %s again, which had vanished",
+        systemLog(LogPriority::warning, "Recreated %s, which had been removed",
                   platform::printableText(path_).c_str());
     handlers_.servedAgain();
 }

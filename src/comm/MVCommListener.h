@@ -18,8 +18,8 @@ class RunLoop;
 
 /// Where plug-ins come in: the listening socket of one path, and its file. If the file vanishes (a
 /// cleaner of temporary folders may remove it), it is made again 0.3 s later; connections stay. If
-/// another program serves the path by then, the path is left alone until that file vanishes, and
-/// the system log gets one line.
+/// another program serves the path by then, the path is left alone as long as that program does,
+/// and the system log gets one line. What fails is tried again every 5 s.
 ///
 /// Main thread only: it hears of changes by the main queue.
 class MVCommListener {

@@ -223,7 +223,7 @@ TEST_F(MVCommContainersTest, ASocketFileThatVanishesIsMadeAgainAndNobodyIsDiscon
             EXPECT_FALSE(fs::exists(socket));
             advance(1ms);
             EXPECT_EQ(fs::status(socket).permissions(), fs::perms(0777));
-            EXPECT_EQ(log_.count("Made " + socket + " again"), 1U);
+            EXPECT_EQ(log_.count("Recreated " + socket), 1U);
             const auto later = checkedIn(socket, 2);
             EXPECT_EQ(pids(), (Pids{1, 2}));
             notice();
@@ -260,7 +260,7 @@ TEST_F(MVCommContainersTest, APathThatAnotherProgramTookIsToldOnceAndLeftToItUnt
         platform::FileDescriptor served = platform::connectUnixSocket(socket);
         EXPECT_TRUE(platform::FileDescriptor(::accept(other.get(), nullptr, nullptr)));
     }
-    EXPECT_EQ(log_.count("Another program has taken " + socket), 1U);
+    EXPECT_EQ(log_.count("Another program listens on " + socket), 1U);
     EXPECT_EQ(pids(), Pids{1});
     EXPECT_FALSE(plugin->isEnded());
 
@@ -274,7 +274,7 @@ TEST_F(MVCommContainersTest, APathThatAnotherProgramTookIsToldOnceAndLeftToItUnt
     advance(300ms);
     const auto last = checkedIn(socket, 3);
     EXPECT_EQ(pids(), (Pids{1, 2, 3}));
-    EXPECT_EQ(log_.count("Another program has taken "), 1U);
+    EXPECT_EQ(log_.count("Another program listens on "), 1U);
 
     other = bindInstead();
     ASSERT_EQ(::listen(other.get(), 5), 0);

@@ -103,7 +103,7 @@ class ProblemBarTest : public DesktopFixture {
 TEST_F(ProblemBarTest, ThePluginIsStartedFromThereAndOutlivesTheApplication) {
     startTonvale();
     const QString text =
-        "The audio plug-in isn't running. What you set is remembered, but not heard yet.";
+        "The audio plug-in isn't running. Your changes are saved and take effect when it starts.";
     const auto absent = bar(text);
     ASSERT_TRUE(absent);
     press(*absent, "Start Plug-in");
@@ -119,8 +119,7 @@ TEST_F(ProblemBarTest, ASocketThatCannotBeServedIsTriedAgainFromThere) {
         std::filesystem::path(std::getenv("TMPDIR")) / "not yet there";
     const support::ScopedVariable place("TONVALE_SOCKET_DIR", folder);
     tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
-    const auto failed =
-        bar("No volume can be set: the audio plug-in has no way to connect to this window.");
+    const auto failed = bar("Volumes can't be set: the audio plug-in can't connect to Tonvale.");
     ASSERT_TRUE(failed);
     press(*failed, "Details…");
     EXPECT_TRUE(waitUntil([&] {
