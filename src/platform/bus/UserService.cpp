@@ -17,6 +17,8 @@ namespace {
 
 using Answer = std::function<void(const QDBusMessage&)>;
 
+constexpr int longestAnswer = 3000; // ms; a manager that hangs counts as none
+
 QDBusMessage callOf(const QString& path, const QString& interface, const QString& method,
                     const QVariantList& arguments) {
     QDBusMessage message = QDBusMessage::createMethodCall(
@@ -41,7 +43,7 @@ void send(QDBusConnection& bus, const QDBusMessage& message, QObject& owner, Ans
         QMetaObject::invokeMethod(&owner, refuse, Qt::QueuedConnection);
         return;
     }
-    auto* const call = new QDBusPendingCallWatcher(bus.asyncCall(message), &owner);
+    auto* const call = new QDBusPendingCallWatcher(bus.asyncCall(message, longestAnswer), &owner);
     QObject::connect(call, &QDBusPendingCallWatcher::finished, call,
                      [call, answer = std::move(answer)] {
                          call->deleteLater();

@@ -12,10 +12,10 @@ QString startDetached(const QString& program, const QString& messages) {
     process.setProgram(program);
     process.setStandardInputFile(QProcess::nullDevice());
     process.setProcessChannelMode(QProcess::MergedChannels);
-    if (messages.isEmpty())
-        process.setStandardOutputFile(QProcess::nullDevice());
-    else
-        process.setStandardOutputFile(messages, QIODevice::Truncate);
+    process.setWorkingDirectory(QStringLiteral("/")); // or it would keep a mount busy
+    // A program whose messages find no room is better than none.
+    const bool hasRoom = !messages.isEmpty() && QFile(messages).open(QIODevice::WriteOnly);
+    process.setStandardOutputFile(hasRoom ? messages : QProcess::nullDevice(), QIODevice::Truncate);
     return process.startDetached() ? QString() : process.errorString();
 }
 
