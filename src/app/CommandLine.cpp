@@ -100,8 +100,20 @@ int print(const QString& answer) {
     return std::fflush(stdout) == 0 ? 0 : 1;
 }
 
+/// "name=value" without a dash is legal and means nothing.
+bool isOption(const QNOption& option, const QString& key) {
+    return option.key == key && option.argument.startsWith(QLatin1Char('-'));
+}
+
 bool asksForHelp(const QNOption& option) {
-    return option.key == CommandLine::help || option.argument == QLatin1String("-h");
+    return isOption(option, CommandLine::help) || option.argument == QLatin1String("-h");
+}
+
+/// Whether Qt takes the next option for the value of this one.
+bool takesNext(const QNOption& option) {
+    const auto* const known = std::ranges::find(qtOptions, option.key, &QtOption::name);
+    return known != std::end(qtOptions) && known->value != Value::none &&
+           option.form == QNOption::Form::flag;
 }
 
 } // namespace
@@ -114,17 +126,19 @@ std::optional<int> CommandLine::answer(const QStringList& arguments) {
     const QList<QNOption> options = readQNOptions(arguments);
     if (std::ranges::any_of(options, &asksForHelp))
         return print(helpText());
-    if (std::ranges::find(options, version, &QNOption::key) != options.end())
+    if (std::ranges::any_of(options, [](const auto& each) { return isOption(each, version); }))
         return print(platform::formatted(QStringLiteral("Tonvale %@\n"),
                                          platform::Bundle::main().version()));
-    for (const QNOption& option : options) {
-        const bool isLast = option.argument == arguments.last();
+    for (qsizetype i = 0; i < options.size(); ++i) {
+        const QNOption& option = options[i];
+        const bool isLast = &option == &options.last() && option.argument == arguments.last();
         if (const char* const complaint = complaintAbout(option, isLast)) {
             const QString name = option.argument.section(QLatin1Char('='), 0, 0);
             const QString line = platform::formatted(text(complaint), name);
             std::fprintf(stderr, "Tonvale: %s\n", platform::shownLine(line.toStdString()).c_str());
             return wrongUsage;
         }
+        i += takesNext(option) ? 1 : 0;
     }
     return std::nullopt;
 }
