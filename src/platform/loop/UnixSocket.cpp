@@ -1,18 +1,20 @@
 #include "platform/loop/UnixSocket.h"
 
+#include "platform/loop/ThreadCalls.h"
 #include "platform/processes/SystemLog.h"
 #include "platform/text/PrintableText.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -70,6 +72,23 @@ void logNarrowMode(const std::string& path, int error) noexcept {
               printableText(path).c_str(), std::strerror(error));
 }
 
+/// Sets the mode of the socket file that is there, where a sandbox forbids to part with the umask.
+/// Never follows a link that somebody has put there meanwhile. False, with errno set, on failure.
+bool openToAll(const std::string& path) noexcept {
+    constexpr mode_t everybody = 0777;
+    const FileDescriptor file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0)
+        return false;
+    if (!S_ISSOCK(status.st_mode) || status.st_uid != ::geteuid()) {
+        errno = EPERM;
+        return false;
+    }
+    std::array<char, 32> handle{};
+    std::snprintf(handle.data(), handle.size(), "/proc/self/fd/%d", file.get());
+    return ::chmod(handle.data(), everybody) == 0;
+}
+
 std::optional<ucred> peerOf(int socket) noexcept {
     ucred peer{};
     socklen_t size = sizeof peer;
@@ -94,19 +113,24 @@ bool bindUnixSocketForAll(int socket, const std::string& path) noexcept {
     bool isBound = false;
     int error = 0;
     const auto bindWithoutUmask = [&] {
-        if (::unshare(CLONE_FS) == 0)
+        nameThisThread("bind socket");
+        const bool isAlone = ::unshare(CLONE_FS) == 0;
+        if (isAlone)
             ::umask(0);
-        else
-            logNarrowMode(path, errno);
         isBound = bindUnixSocket(socket, path);
         error = errno;
+        if (isBound && !isAlone && !openToAll(path))
+            logNarrowMode(path, errno);
     };
     try {
         // A umask is the whole process's, unless a thread parts with the others.
         std::thread(bindWithoutUmask).join();
-    } catch (const std::system_error& noThread) {
-        logNarrowMode(path, noThread.code().value());
-        return bindUnixSocket(socket, path);
+    } catch (const std::exception&) { // no thread, no memory
+        if (!bindUnixSocket(socket, path))
+            return false;
+        if (!openToAll(path))
+            logNarrowMode(path, errno);
+        return true;
     }
     errno = error;
     return isBound;
