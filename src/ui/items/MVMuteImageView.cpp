@@ -68,16 +68,18 @@ void MVMuteImageView::setApp(MVCommAppValue* app) {
 }
 
 void MVMuteImageView::setControllable(bool controllable) {
-    if (std::exchange(isControllable_, controllable) != controllable)
-        update();
+    if (std::exchange(isControllable_, controllable) == controllable)
+        return;
+    update();
+    QAccessible::State changed;
+    changed.disabled = true;
+    announce(changed);
 }
 
 /// To assistive tools; what others change is no news of the person's.
-void MVMuteImageView::announce() {
+void MVMuteImageView::announce(const QAccessible::State& changed) {
     if (!QAccessible::isActive())
         return;
-    QAccessible::State changed;
-    changed.checked = true;
     QAccessibleStateChangeEvent event(this, changed);
     QAccessible::updateAccessibility(&event);
 }
@@ -89,8 +91,10 @@ void MVMuteImageView::toggle() {
     const QString name = app_->displayName(); // an observer may make the record go
     const QPointer<MVMuteImageView> self(this);
     app_->setMuted(muted);
+    QAccessible::State changed;
+    changed.checked = true;
     if (self != nullptr)
-        announce();
+        announce(changed);
     QNLog(qnlog_user, "'%@' %@", MVCommLogText(name), muted ? "muted" : "unmuted");
 }
 

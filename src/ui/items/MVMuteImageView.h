@@ -4,6 +4,7 @@
 
 #include "ui/items/ItemControl.h"
 
+#include <QAccessible>
 #include <QPointer>
 
 /// The mute button of an item: a speaker that is coloured while its program plays, and struck
@@ -38,7 +39,7 @@ class MVMuteImageView final : public ItemControl {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    void announce();
+    void announce(const QAccessible::State& changed);
 
     QPointer<MVCommAppValue> app_;
     bool isControllable_ = true;
