@@ -46,17 +46,18 @@ State& state() {
 Text textOf(const DefaultsTrouble& trouble) {
     const QString file = QString::fromStdString(trouble.file);
     if (trouble.kind == Kind::lost)
-        return {localized(QStringLiteral("Your settings were damaged")),
-                formatted(localized(QStringLiteral(
-                              "Tonvale couldn't read them and starts with the usual ones.\n\nThe "
-                              "damaged file has been kept as\n%@")),
-                          unbrokenPath(file))};
+        return {
+            localized(QStringLiteral("Your settings were damaged")),
+            formatted(localized(QStringLiteral(
+                          "Tonvale couldn't read them and is using the default settings.\n\nThe "
+                          "damaged file has been kept as\n%@")),
+                      unbrokenPath(file))};
     if (trouble.kind == Kind::restored)
-        return {localized(QStringLiteral("The settings file was damaged")),
-                formatted(localized(QStringLiteral(
-                              "Tonvale has written it again; nothing that you have set is lost.\n\n"
-                              "The damaged file has been kept as\n%@")),
-                          unbrokenPath(file))};
+        return {
+            localized(QStringLiteral("The settings file was damaged")),
+            formatted(localized(QStringLiteral("Tonvale has restored it. No settings were lost.\n\n"
+                                               "The damaged file has been kept as\n%@")),
+                      unbrokenPath(file))};
     QString reason = QString::fromStdString(trouble.line);
     if (!file.isEmpty())
         reason.replace(file, unbrokenPath(file));

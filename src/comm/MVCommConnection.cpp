@@ -26,7 +26,7 @@ MVCommConnection::MVCommConnection(platform::RunLoop& loop,
     , outlet_(std::make_shared<MVCommOutlet>(socket_))
     , faultLines_(loop, [this](std::size_t leftOut) {
         platform::systemLog(platform::LogPriority::error,
-                            "Left out %zu more lines about what %s/%u has sent", leftOut,
+                            "Suppressed %zu more lines about data from %s/%u", leftOut,
                             qUtf8Printable(MVCommLogText(process_.name)), process_.pid);
     }) {}
 

@@ -41,7 +41,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     QRect frame() const override;
     void setFrame(const QRect& frame) override;
 
-    /// In place of the problem before; content without a text for none.
+    /// Replaces the problem that is shown; an empty text hides the bar.
     void showProblem(const ProblemBar::Content& content);
 
     VolumeMenu& menu() const noexcept { return *menu_; }

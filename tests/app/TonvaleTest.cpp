@@ -223,8 +223,8 @@ TEST_F(TonvaleTest, WithoutADisplayOneSentenceSaysWhatToSet) {
          std::vector<std::pair<std::optional<std::string>, std::string>>{
              {std::nullopt, "There is no display: set DISPLAY or WAYLAND_DISPLAY."},
              {path("none"), "No window can be shown (could not connect to display " + path("none") +
-                                "): DISPLAY, WAYLAND_DISPLAY or --platform must name a display "
-                                "that answers."}}) {
+                                "): DISPLAY, WAYLAND_DISPLAY or --platform must name a "
+                                "running display."}}) {
         const support::ScopedVariable x11("DISPLAY", display);
         ChildProcess program({TONVALE_PROGRAM});
         EXPECT_EQ(program.wait(), 1);

@@ -177,17 +177,17 @@ TEST_F(HostilePluginTest, LinesAboutOnePluginAreTenASecondThenTheirNumberStandsF
         turn();
         EXPECT_EQ(log_.count("0x79797979"), 1U) << "nobody else's are left out";
         advance(999ms);
-        EXPECT_EQ(log_.count("Left out"), 0U);
+        EXPECT_EQ(log_.count("Suppressed"), 0U);
         advance(1ms);
-        EXPECT_EQ(log_.count("Left out 15 more lines about what noisy/7 has sent"), 1U);
+        EXPECT_EQ(log_.count("Suppressed 15 more lines about data from noisy/7"), 1U);
         log_.clear();
         misbehave(12);
         EXPECT_EQ(log_.count(line), 10U);
         noisy->disconnect();
         turn();
-        EXPECT_EQ(log_.count("Left out 2 more lines about what noisy/7 has sent"), 1U) << "at once";
+        EXPECT_EQ(log_.count("Suppressed 2 more lines about data from noisy/7"), 1U) << "at once";
         advance(1s);
-        EXPECT_EQ(log_.count("Left out"), 1U);
+        EXPECT_EQ(log_.count("Suppressed"), 1U);
     }
 }
 

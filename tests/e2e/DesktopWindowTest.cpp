@@ -211,7 +211,7 @@ TEST_F(DesktopWindowTest, MoreConnectionsThanItHasDescriptorsForLeaveItUsable) {
     EXPECT_TRUE(waitUntil([&] {
         while (platform::FileDescriptor next = platform::connectUnixSocket(MVCommMainSocketPath()))
             connections.push_back(std::move(next));
-        return tonvale_->output().find("Accepting connections rests") != std::string::npos;
+        return tonvale_->output().find("Not accepting connections for now") != std::string::npos;
     })) << connections.size();
     // A window of another size asks the display for memory.
     const QSize larger = usual.size() + QSize(60, rowHeight);

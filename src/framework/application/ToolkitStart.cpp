@@ -50,7 +50,7 @@ void ToolkitStart::fail(const QString& message) {
     if (isDisplayNamed_)
         platform::systemLog(platform::LogPriority::error,
                             "No window can be shown (%s): DISPLAY, WAYLAND_DISPLAY or --platform "
-                            "must name a display that answers.",
+                            "must name a running display.",
                             qUtf8Printable(reason.trimmed()));
     else
         platform::systemLog(platform::LogPriority::error,

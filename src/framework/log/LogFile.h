@@ -21,7 +21,7 @@ class LogFile {
     /// that fails.
     static platform::FileDescriptor open(const std::string& path);
 
-    /// Whether the last byte of the file is no line feed: its writer was killed within a line.
+    /// Whether the file ends in the middle of a line, as when its writer was killed.
     /// False when it cannot be read.
     static bool endsWithinLine(const std::string& path) noexcept;
 

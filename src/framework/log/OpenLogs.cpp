@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <pthread.h>
 
 namespace QN::log {
 
@@ -86,7 +85,6 @@ void OpenLogs::writeAll() {
 }
 
 void OpenLogs::write(qnlog_handle* log) {
-    ::pthread_setname_np(::pthread_self(), "qnlog at exit");
     log->flush();
     const std::lock_guard lock(mutex_);
     for (Entry& each : logs_)

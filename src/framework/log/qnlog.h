@@ -30,7 +30,7 @@
 /// whether the disk hangs or they just come faster than it takes them. Where some are missing, a
 /// line of level 2 says how many, whatever the level of the handle:
 ///
-///     :41:07.21 : [W] Messages missing here, since too many waited: 1234
+///     :41:07.21 : [W] Messages dropped here because too many were waiting: 1234
 ///
 /// The file stays open although somebody renames or deletes it. Each handle writes on at a position
 /// of its own. So open a file only once at a time: two handles write over each other's lines. And

@@ -153,7 +153,8 @@ void qnlog_handle::writeLine(std::uint32_t level, WallClock::time_point time,
 /// Whatever the handle's level, since messages of that level are missing too.
 void qnlog_handle::writeGap(const LineQueue::Record& gap) noexcept {
     std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "Messages missing here, since too many waited: %llu",
+    std::snprintf(text.data(), text.size(),
+                  "Messages dropped here because too many were waiting: %llu",
                   static_cast<unsigned long long>(gap.dropped));
     writeLine(qnlog_warning, gap.time, text.data());
 }

@@ -87,8 +87,8 @@ void AcceptSocket::acceptWaiting() {
 
 void AcceptSocket::rest(int error) {
     if (!std::exchange(restIsLogged_, true))
-        systemLog(LogPriority::error, "Accepting connections rests: %s (%d)", std::strerror(error),
-                  error);
+        systemLog(LogPriority::error, "Not accepting connections for now: %s (%d)",
+                  std::strerror(error), error);
     source_->setInterest(RunLoopSource::nothing);
     resumption_->start(restingTime);
 }

@@ -120,7 +120,7 @@ TEST_F(LogTest, AMessageThatIsTooLongForMemoryLeavesAGapWhateverTheLevel) {
     EXPECT_EQ(contentOf(path("file")),
               "1970-01-01 00:00:00 +000\n"
               ":01:30.0  : [C] log level changed\n"
-              ":01:30.0  : [W] Messages missing here, since too many waited: 1\n");
+              ":01:30.0  : [W] Messages dropped here because too many were waiting: 1\n");
 }
 
 // A FIFO whose reader does not read is a disk that hangs.
@@ -152,7 +152,7 @@ TEST_F(LogTest, GapsInTheFileTellHowManyLinesWereDroppedThereAndLinesComeAgainAf
     std::size_t next = 0;
     std::istringstream lines(content);
     for (std::string line; std::getline(lines, line);) {
-        const std::size_t gap = line.find("waited: ");
+        const std::size_t gap = line.find("waiting: ");
         const std::size_t at = line.find("line ");
         if (gap != std::string::npos) {
             next += std::stoul(line.substr(gap + 8));
@@ -161,5 +161,5 @@ TEST_F(LogTest, GapsInTheFileTellHowManyLinesWereDroppedThereAndLinesComeAgainAf
         }
     }
     EXPECT_EQ(next, number);
-    EXPECT_LT(content.find("waited: "), bound + std::size_t{2} * 65536);
+    EXPECT_LT(content.find("waiting: "), bound + std::size_t{2} * 65536);
 }
