@@ -138,6 +138,12 @@ TEST_F(ApplicationWordTest, IgnoredAndForgottenProgramsFollowTheWord) {
     command(volume(30));
     Preferences forgotten = says({});
     forgotten.forNew = 70;
-    (void)remembered_.told({forgotten, {"player"}}, programs_, clock_.now());
+    programs_[0].wanted = full;
+    clock_.advance(2s);
+    EXPECT_EQ(remembered_.told({forgotten, {"player"}}, programs_, clock_.now())
+                  .consequences[0]
+                  .wanted,
+              nothing)
+        << "while it runs it stays at full volume, as its slider shows";
     EXPECT_EQ(remembered_.of("player"), both(70, false));
 }

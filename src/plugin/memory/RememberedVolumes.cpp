@@ -283,9 +283,14 @@ WantedVolume RememberedVolumes::changeFor(const Program& program, const Preferen
 
 /// What a person's setting that the application tells of asks of the program.
 WantedVolume RememberedVolumes::newsFor(const Program& program) const {
-    if (isSilenced(settingsKey(program.name)))
+    const std::string key = settingsKey(program.name);
+    if (isSilenced(key))
         return {};
-    return differenceTo(settingOf(of(program.name)), program);
+    // One that was forgotten begins anew when it comes again. Until then its slider shows this.
+    const auto latest = latest_.find(key);
+    return differenceTo(latest != latest_.end() ? settingOf(latest->second.wanted)
+                                                : ProgramSetting{},
+                        program);
 }
 
 /// What the application's memory asks of a program for which ours said `before`.
