@@ -229,6 +229,14 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
     EXPECT_EQ(read(preferences), both(40, true)) << "when it is ignored no more";
     preferences.programs["player"] = former;
     EXPECT_EQ(read(preferences), nothing) << "the application has made it the program's own";
+
+    remembered_ = RememberedVolumes("own");
+    programs_[0].wanted = {};
+    preferences = says({});
+    preferences.programs["player-bin"] = former;
+    EXPECT_EQ(remembered_.told({preferences}, programs_, clock_.now()).consequences[0].wanted,
+              both(40, true))
+        << "also of one that came before the word";
 }
 
 TEST_F(RememberedVolumesTest, WhoIsForgottenIsNewWhenItComesAgain) {

@@ -296,7 +296,7 @@ WantedVolume RememberedVolumes::newsFor(const Program& program) const {
 /// What the application's memory asks of a program for which ours said `before`.
 WantedVolume RememberedVolumes::restoredFor(const Program& program,
                                             const ProgramSetting& before) const {
-    const ProgramSetting setting = settingOf(of(program.name));
+    const ProgramSetting setting = settingOf(of(program.name, program.former));
     if (setting == before || isSilenced(settingsKey(program.name)))
         return {};
     WantedVolume change = differenceTo(setting, program);
@@ -311,7 +311,7 @@ WantedVolume RememberedVolumes::restoredFor(const Program& program,
 std::vector<ProgramSetting> RememberedVolumes::settingsOf(std::span<const Program> programs) const {
     std::vector<ProgramSetting> settings;
     for (const Program& program : programs)
-        settings.push_back(settingOf(of(program.name)));
+        settings.push_back(settingOf(of(program.name, program.former)));
     return settings;
 }
 
