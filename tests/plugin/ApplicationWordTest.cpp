@@ -25,6 +25,12 @@ TEST_F(ApplicationWordTest, WhenTheyMeetTheNewestOfEachIsKept) {
         command(both(30, true));
         read({30, true});
     };
+    const auto plainAndSaved = [this] {
+        command(full);
+        Preferences saved = says({});
+        saved.seen = {"player"};
+        read(std::move(saved));
+    };
     struct Case {
         const char* what;
         std::function<void()> before;
@@ -45,6 +51,13 @@ TEST_F(ApplicationWordTest, WhenTheyMeetTheNewestOfEachIsKept) {
              {"changed since", setByCommand, {70, false}, true, "own", {70, false}, false},
              {"changed since to plain", setByCommand, {}, true, "own", {}, false},
              {"saved, then changed", setAndSaved, {70, false}, true, "own", {70, false}, false},
+             {"saved plain, then more",
+              plainAndSaved,
+              {70, false},
+              false,
+              "own",
+              {70, false},
+              false},
              {"of another's file", setByCommand, {70, false}, false, "other", {70, false}, false},
              {"mixer", setElsewhere, {10, false}, false, "own", {30, true}, true},
              {"mixer, another file", setElsewhere, {10, false}, false, "other", {30, true}, true},
@@ -77,7 +90,8 @@ TEST_F(ApplicationWordTest, WhatIsNewHoldsForAWhileAlsoForWhatPlaysAlready) {
     tell({40, false});
     EXPECT_FALSE(remembered_.isNews("player", clock_.now()));
     tell({60, false}, {"player"});
-    EXPECT_TRUE(remembered_.isNews("player", clock_.now()));
+    read({60, false});
+    EXPECT_TRUE(remembered_.isNews("player", clock_.now())) << "whether it is saved or not";
     clock_.advance(10s);
     EXPECT_FALSE(remembered_.isNews("player", clock_.now()));
 }
@@ -140,10 +154,9 @@ TEST_F(ApplicationWordTest, IgnoredAndForgottenProgramsFollowTheWord) {
     forgotten.forNew = 70;
     programs_[0].wanted = full;
     clock_.advance(2s);
-    EXPECT_EQ(remembered_.told({forgotten, {"player"}}, programs_, clock_.now())
-                  .consequences[0]
-                  .wanted,
-              nothing)
+    EXPECT_EQ(
+        remembered_.told({forgotten, {"player"}}, programs_, clock_.now()).consequences[0].wanted,
+        nothing)
         << "while it runs it stays at full volume, as its slider shows";
     EXPECT_EQ(remembered_.of("player"), both(70, false));
 }

@@ -149,6 +149,7 @@ void RememberedVolumes::forgetOld(TimePoint now) {
     std::erase_if(commands_,
                   [now](const Command& each) { return now - each.time >= commandSilence; });
     std::erase_if(reports_, [now](const Report& each) { return now - each.time >= longestEcho; });
+    std::erase_if(news_, [now](const auto& each) { return now - each.second >= newsLifetime; });
 }
 
 bool RememberedVolumes::isSilenced(const std::string& key) const {
@@ -211,10 +212,12 @@ void RememberedVolumes::forgetWhatIsWritten() {
     if (inFile_->file != file_)
         return; // a copy may be older
     std::erase_if(latest_, [this](const auto& entry) {
+        const bool isProgram = checkinNameOfKey(entry.first) == entry.first;
+        // There is no entry for full volume, but the program has been seen.
         const auto holdsIt = [&](const Preferences& preferences) {
-            const auto written = preferences.programs.find(entry.first);
-            return written != preferences.programs.end() &&
-                   written->second == settingOf(entry.second.wanted);
+            return (preferences.programs.contains(entry.first) ||
+                    (isProgram && preferences.seen.contains(entry.first))) &&
+                   settingIn(preferences, entry.first) == settingOf(entry.second.wanted);
         };
         return !entry.second.unreported && holdsIt(*inFile_) && holdsIt(preferences_);
     });
@@ -224,18 +227,19 @@ void RememberedVolumes::takeNews(const ApplicationWord& word, TimePoint now) {
     for (const std::string& key : word.news) {
         const bool isForgotten =
             !preferences_.seen.contains(key) && !preferences_.programs.contains(key);
-        if (isForgotten)
+        if (isForgotten) {
             latest_.erase(key);
-        else if (!isIgnored(checkinNameOfKey(key)) && !isSilenced(key))
-            latest_[key] = {
-                .wanted = settingIn(preferences_, key).wanted(), .ours = true, .told = now};
+            news_.erase(key);
+        } else if (!isIgnored(checkinNameOfKey(key)) && !isSilenced(key)) {
+            latest_[key] = {.wanted = settingIn(preferences_, key).wanted(), .ours = true};
+            news_[key] = now;
+        }
     }
 }
 
 bool RememberedVolumes::isNews(std::string_view name, TimePoint now) const {
-    const auto latest = latest_.find(settingsKey(name));
-    return latest != latest_.end() && latest->second.told &&
-           now - *latest->second.told < newsLifetime;
+    const auto news = news_.find(settingsKey(name));
+    return news != news_.end() && now - news->second < newsLifetime && !isIgnored(name);
 }
 
 /// What the application learns from the answer it need not be told otherwise.
@@ -288,9 +292,8 @@ WantedVolume RememberedVolumes::newsFor(const Program& program) const {
         return {};
     // One that was forgotten begins anew when it comes again. Until then its slider shows this.
     const auto latest = latest_.find(key);
-    return differenceTo(latest != latest_.end() ? settingOf(latest->second.wanted)
-                                                : ProgramSetting{},
-                        program);
+    return differenceTo(
+        latest != latest_.end() ? settingOf(latest->second.wanted) : ProgramSetting{}, program);
 }
 
 /// What the application's memory asks of a program for which ours said `before`.

@@ -127,7 +127,6 @@ class RememberedVolumes {
         WantedVolume wanted;
         bool ours = false; // some of it was asked for by the application
         bool unreported = false;
-        std::optional<TimePoint> told = {}; // when the application called it news
     };
     struct Command {
         std::uint32_t pid;
@@ -168,6 +167,7 @@ class RememberedVolumes {
     bool wasTold_ = false;              // there has been one
     Preferences preferences_;           // what counts
     std::map<std::string, Latest, std::less<>> latest_;
+    std::map<std::string, TimePoint, std::less<>> news_; // when the application told them
     std::set<std::string, std::less<>> owed_; // keys of the ignored that are yet to be freed
     std::vector<Command> commands_;
     std::vector<Report> reports_;
