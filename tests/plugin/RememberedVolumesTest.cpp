@@ -230,6 +230,20 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
     preferences.programs["player"] = former;
     EXPECT_EQ(read(preferences), nothing) << "the application has made it the program's own";
 
+    for (const bool isKnown : {false, true}) {
+        remembered_ = RememberedVolumes("own");
+        preferences = says({}, {{"player-bin"}, {}});
+        if (isKnown)
+            preferences.seen = {"player"};
+        read(preferences);
+        EXPECT_EQ(consequences_[0].ignored, !isKnown) << "it keeps being ignored until it is known";
+        EXPECT_EQ(remembered_.of("player", "player-bin"), isKnown ? full : nothing);
+        EXPECT_EQ(remembered_.of("player"), full);
+        EXPECT_EQ(changeElsewhere(volume(50)).has_value(), isKnown);
+        preferences.ignored = {};
+        read(preferences);
+        EXPECT_FALSE(consequences_[0].ignored);
+    }
     remembered_ = RememberedVolumes("own");
     programs_[0].wanted = {};
     preferences = says({});

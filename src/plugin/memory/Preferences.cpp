@@ -57,6 +57,14 @@ ProgramSetting Preferences::settingOfUnset(const std::string& key,
     return forNew ? ProgramSetting{*forNew, false} : ProgramSetting{};
 }
 
+bool Preferences::isIgnored(std::string_view name, std::string_view former) const {
+    if (ignored.contains(name))
+        return true;
+    const std::string key = settingsKey(name);
+    return !former.empty() && !seen.contains(key) && !programs.contains(key) &&
+           ignored.contains(former);
+}
+
 std::optional<Preferences> parsePreferences(std::string_view bytes) {
     const platform::PropertyListNode root = platform::readPropertyList(bytes);
     if (root == nullptr || !platform::isDictionary(root.get()))

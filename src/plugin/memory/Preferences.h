@@ -51,6 +51,10 @@ struct Preferences {
     /// seen. That has what was set for it by a `formerKey`, else what new programs begin with.
     ProgramSetting settingOfUnset(const std::string& key, const std::string& formerKey = {}) const;
 
+    /// Whether the program `name` is on the ignore list. One that was never seen or set is as its
+    /// `former` name.
+    bool isIgnored(std::string_view name, std::string_view former = {}) const;
+
     bool operator==(const Preferences&) const = default;
 };
 

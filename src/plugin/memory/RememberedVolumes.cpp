@@ -260,10 +260,10 @@ RememberedVolumes::Consequence RememberedVolumes::consequenceFor(const Program& 
                                                                  const Preferences& before,
                                                                  const WantedVolume& change) const {
     Consequence consequence;
-    consequence.ignored = isIgnored(program.name);
+    consequence.ignored = isIgnored(program.name, program.former);
     if (consequence.ignored)
         consequence.freed = owed_.contains(settingsKey(program.name));
-    else if (before.ignored.contains(program.name))
+    else if (before.isIgnored(program.name, program.former))
         consequence.wanted = of(program.name, program.former);
     else
         consequence.wanted = change;
@@ -324,7 +324,7 @@ WantedVolume RememberedVolumes::latestOf(const std::string& key) const {
 }
 
 WantedVolume RememberedVolumes::of(std::string_view name, std::string_view former) const {
-    return isIgnored(name) ? WantedVolume{} : evenIfIgnored(name, former);
+    return isIgnored(name, former) ? WantedVolume{} : evenIfIgnored(name, former);
 }
 
 WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name,
@@ -350,7 +350,7 @@ void RememberedVolumes::commanded(const Program& program, const WantedVolume& ch
     const std::string key = settingsKey(program.name);
     std::erase_if(commands_, [&](const Command& each) { return each.pid == program.pid; });
     commands_.push_back({program.pid, key, now});
-    if (isIgnored(program.name))
+    if (isIgnored(program.name, program.former))
         return;
     Latest& latest = latest_[key];
     latest.wanted.merge(change);
@@ -360,7 +360,7 @@ void RememberedVolumes::commanded(const Program& program, const WantedVolume& ch
 std::optional<ProgramSetting> RememberedVolumes::changedElsewhere(const Program& program,
                                                                   const WantedVolume& before,
                                                                   bool connected, TimePoint now) {
-    if (isIgnored(program.name) || settingOf(before) == settingOf(program.wanted))
+    if (isIgnored(program.name, program.former) || settingOf(before) == settingOf(program.wanted))
         return std::nullopt;
     const std::string key = settingsKey(program.name);
     Latest& latest = latest_[key];

@@ -89,7 +89,9 @@ class RememberedVolumes {
     /// What counts now.
     const Preferences& preferences() const noexcept { return preferences_; }
 
-    bool isIgnored(std::string_view name) const { return preferences_.ignored.contains(name); }
+    bool isIgnored(std::string_view name, std::string_view former = {}) const {
+        return preferences_.isIgnored(name, former);
+    }
 
     /// What a program that comes now is to have. A program without an entry is at full volume, or
     /// that of new ones, not muted, as its slider shows. One that was never seen by its name has

@@ -70,10 +70,11 @@ WantedVolume VolumeMemory::of(const Program& program) const {
 
 void VolumeMemory::added(Program& program) {
     const std::string& name = program.process().name;
-    if (remembered_.isIgnored(name))
+    const std::string former = formerNameOf(program.process());
+    if (remembered_.isIgnored(name, former))
         program.leaveAlone(remembered_.takeDebt(name));
     else
-        program.recall(remembered_.of(name, formerNameOf(program.process())));
+        program.recall(remembered_.of(name, former));
 }
 
 void VolumeMemory::connected(const Program& program) {
