@@ -161,6 +161,7 @@ void AppVolumeController::merge(First first) {
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
+    ignoreRenamed();
     welcomeNew();
     tellObserver();
 }
@@ -185,6 +186,19 @@ void AppVolumeController::useNews() {
     });
     news_.forgetGone(
         [this](std::uint32_t pid) { return list_.indexOfPid(pid) >= 0 || list_.isConnected(pid); });
+}
+
+/// Who was ignored by a name that the program had before is ignored by the new one, unless somebody
+/// ends that.
+void AppVolumeController::ignoreRenamed() {
+    const QStringList names = newApps_.ignoredByFormerName(
+        list_, [this](const QString& name) { return ignoredApps_.isAppIgnored(name); });
+    for (const QString& name : names) {
+        QNLog(qnlog_information, "'%@' is ignored, as it was by its former name",
+              MVCommLogText(name));
+        seen_.add({name});
+        ignoredApps_.ignore(name); // the list is merged anew in here
+    }
 }
 
 void AppVolumeController::welcomeNew() {

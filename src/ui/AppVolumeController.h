@@ -163,6 +163,7 @@ class AppVolumeController {
     void merge(First first);
     void mergeRunning();
     void useNews();
+    void ignoreRenamed();
     void welcomeNew();
     void welcome(MVCommAppValue& app);
     void restore(MVCommAppValue& app) const;

@@ -6,8 +6,6 @@
 #include "ui/AppPreferences.h"
 #include "ui/SeenApps.h"
 
-#include <QStringList>
-
 #include <utility>
 
 QList<MVCommAppValue*> NewApps::take(const AppList& list) {
@@ -32,10 +30,28 @@ std::optional<NewApps::Beginning> NewApps::beginning(const AppList& list,
                                                      const MVCommAppValue& app) const {
     if (preferences_.contains(app.displayName()))
         return std::nullopt;
-    const std::string path = list.connectedPath(app.processName()).toStdString();
-    const QString former = QString::fromStdString(platform::formerName(path));
+    const QString former = formerName(list, app);
     if (!former.isEmpty() && preferences_.contains(former))
         return Beginning{preferences_.percent(former), preferences_.isMuted(former)};
     const auto percent = seen_.defaultVolume();
     return percent ? std::optional(Beginning{*percent, false}) : std::nullopt;
+}
+
+QStringList
+NewApps::ignoredByFormerName(const AppList& list,
+                             const std::function<bool(const QString&)>& isIgnored) const {
+    QStringList processNames;
+    for (const MVCommAppValue* const app : list.apps()) {
+        const QString& name = app->displayName();
+        if (app->isBeeps() || seen_.contains(name) || preferences_.contains(name))
+            continue;
+        if (const QString former = formerName(list, *app); !former.isEmpty() && isIgnored(former))
+            processNames.append(app->processName());
+    }
+    return processNames;
+}
+
+QString NewApps::formerName(const AppList& list, const MVCommAppValue& app) {
+    const std::string path = list.connectedPath(app.processName()).toStdString();
+    return QString::fromStdString(platform::formerName(path));
 }

@@ -3,7 +3,9 @@
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
+#include <functional>
 #include <optional>
 
 class AppList;
@@ -34,7 +36,13 @@ class NewApps {
     /// with. Nothing when it has a setting, or full volume.
     std::optional<Beginning> beginning(const AppList& list, const MVCommAppValue& app) const;
 
+    /// The process names of those that were never seen or set, but whose former name is ignored.
+    QStringList ignoredByFormerName(const AppList& list,
+                                    const std::function<bool(const QString&)>& isIgnored) const;
+
   private:
+    static QString formerName(const AppList& list, const MVCommAppValue& app);
+
     SeenApps& seen_;
     const AppPreferences& preferences_;
     QSet<QString> connected_; // process names, at the last call

@@ -26,9 +26,10 @@ class AppVolumeIgnoringTest : public AppVolumeFixture {
     }
 
     /// Has the plug-in's program known here, as a change of the connections does.
-    void checkIn(ScriptedPlugin& plugin, std::uint32_t pid, const char* name) {
+    void checkIn(ScriptedPlugin& plugin, std::uint32_t pid, const char* name,
+                 const char* path = "/usr/bin/x") {
         const auto before = MVCommCopyConnectedProcesses(model_.comm).size();
-        plugin.checkIn(pid, name);
+        plugin.checkIn(pid, name, path);
         EXPECT_TRUE(waitUntil(
             [&] { return MVCommCopyConnectedProcesses(model_.comm).size() == before + 1; }));
         ignoring_.update();
@@ -124,6 +125,22 @@ TEST_F(AppVolumeIgnoringTest, AProgramThatIsIgnoredWhileThePluginIsAwayIsFreedWh
     EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 ");
     ignoring_.update();
     EXPECT_EQ(sentTo(first), "") << "once";
+}
+
+TEST_F(AppVolumeIgnoringTest, WhoWasIgnoredByAFormerNameIsIgnoredByTheNewOneUntilSomebodyEndsThat) {
+    ignored_.addCustomIgnore("Pacat");
+    checkIn(plugin_, 1, "paplay", "/usr/bin/pacat");
+    EXPECT_TRUE(ignoring_.apps().isEmpty());
+    EXPECT_EQ(ignored_.custom(), (QStringList{"Pacat", "paplay"}));
+    ignored_.removeCustomIgnore("paplay");
+    EXPECT_EQ(ignoring_.apps().size(), 1);
+    EXPECT_EQ(sent(), "");
+    ScriptedPlugin second(MVCommMainSocketPath());
+    ignored_.addCustomIgnore("tool");
+    RememberedApps& remembered = ignoring_.rememberedApps();
+    remembered.set("player", 40, false);
+    checkIn(second, 2, "player", "/usr/bin/tool");
+    EXPECT_EQ(ignoring_.apps().size(), 2) << "it has a setting of its own";
 }
 
 TEST_F(AppVolumeIgnoringTest, AReportOfAProgramThatTurnsOutToBeIgnoredIsForgotten) {
