@@ -137,6 +137,14 @@ TEST_F(ApplicationWordTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestor
     restartApplication();
     programs_[0].wanted = both(20, false);
     EXPECT_EQ(tell({60, false}), volume(60)) << "we have made it so";
+    for (const bool isNews : {false, true}) {
+        restartApplication();
+        ApplicationWord word{says({70, false})};
+        if (isNews)
+            word.news = {"player"};
+        EXPECT_EQ(remembered_.told(word, programs_, clock_.now()).consequences[0].restored, !isNews)
+            << "of what is news somebody has asked for it";
+    }
 }
 
 TEST_F(ApplicationWordTest, IgnoredAndForgottenProgramsFollowTheWord) {

@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 using Volumes = std::vector<float>;
 
 constexpr float half = 0.125F;
+constexpr float sixty = 0.216F;
 constexpr WantedVolume nothing{};
 constexpr WantedVolume wantsHalf{half, std::nullopt};
 constexpr WantedVolume wantsFull{1.0F, std::nullopt};
@@ -270,6 +271,29 @@ TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
     EXPECT_EQ(stream_.channelVolumes, Volumes(6, half)) << "taken up again";
 }
 
+TEST_F(VolumeKeeperTest, WhatIsSetWhileAPageIsLetGoIsNotItsOwn) {
+    keeper_->setKind(StreamKind::page);
+    play({sixty, false});
+    changeElsewhere({half, half});
+    carryOut(keeper_->adopt({}, now_));
+    keeper_->letGo();
+    changeElsewhere({half / 2, half / 2});
+    EXPECT_EQ(keeper_->ownVolume(), OwnVolume{});
+    obey(keeper_->adopt({}, now_));
+    obey(keeper_->want({sixty, false}, now_));
+    stepsToTheEnd();
+    EXPECT_EQ(stream_.channelVolumes, (Volumes{sixty, sixty}));
+}
+
+TEST_F(VolumeKeeperTest, ACommandForWhatIsWantedAlreadyLeavesTheStartOfAPlayerQuiet) {
+    play({sixty, false});
+    now_ -= ChangeAuthor::start;
+    changeElsewhere({0.1F, 0.1F});
+    obey(keeper_->want({sixty, false}, now_));
+    stepsToTheEnd();
+    EXPECT_THAT(stream_.channelVolumes[0], FloatNear(0.1F, 1e-6F));
+}
+
 TEST_F(VolumeKeeperTest, WhatWasWrittenWhileTheStreamWasNewIsNoExcuseLater) {
     play(wantsHalf);
     now_ -= ChangeAuthor::start;
@@ -317,7 +341,6 @@ struct Story {
     bool linked = true;
 };
 
-constexpr float sixty = 0.216F;
 constexpr auto later = ChangeAuthor::start;
 
 Story::Step gainAfter(std::chrono::milliseconds time, float gain) {
@@ -365,14 +388,11 @@ const std::array stories{
     Story{"a player mutes and is back", StreamKind::player, mutedAndBack, {sixty, false}},
     Story{"a player's slider is dragged", StreamKind::player, drag, {0.1F, false}, 1},
     Story{"another mixer sets a player", StreamKind::player, step, {0.3F, false}, 1},
-    Story{"a player starts quietly",
-          StreamKind::player,
-          {gainAfter(50ms, 0.3F)},
-          {sixty * 0.3F, false}},
+    Story{"a player starts quietly", StreamKind::player, {gainAfter(50ms, 0.1F)}, {0.1F, false}},
     Story{"a player sets its volume within two seconds",
           StreamKind::player,
           {gainAfter(1900ms, 0.3F)},
-          {sixty * 0.3F, false}},
+          {sixty, false}},
     Story{"the session manager restores before it makes the link",
           StreamKind::player,
           {gainAfter(3ms, 0.3F)},
@@ -462,6 +482,21 @@ TEST_F(VolumeKeeperTest, APageThatInsistsOnItsVolumeKeepsNobodyBusy) {
     EXPECT_EQ(stream_.channelVolumes, (Volumes{sixty, sixty})) << "and it has the last word";
 }
 
+TEST_F(VolumeKeeperTest, APostponedAnswerToAPageNeitherWritesItsVolumeNorEndsARamp) {
+    keeper_->setKind(StreamKind::page);
+    play({sixty, false});
+    now_ += VolumeHold::duration;
+    changeElsewhere({1.0F, 1.0F}); // is answered
+    (void)keeper_->want(wantsHalf, now_);
+    ASSERT_TRUE(keeper_->isRamping());
+    EXPECT_EQ(keeper_->propsArrived({{0.9F, 0.9F}, false, 1.0F}, now_), VolumeWrite{})
+        << "a step of ours is on its way, but that is louder than what is wanted";
+    (void)keeper_->want({0.001F, {}}, now_);
+    ASSERT_TRUE(keeper_->isRamping());
+    (void)keeper_->wake(now_ + VolumeKeeper::correctionPause);
+    EXPECT_TRUE(keeper_->isRamping());
+}
+
 TEST_F(VolumeKeeperTest, WhatAPageIsFoundWithIsExplainedByWhatItHasSet) {
     struct Case {
         const char* name;
@@ -504,11 +539,20 @@ TEST_F(VolumeKeeperTest, WhatAPageIsFoundWithIsExplainedByWhatItHasSet) {
         stepsToTheEnd();
         EXPECT_EQ(stream_, after);
         EXPECT_EQ(keeper_->ownVolume(), own);
-        EXPECT_EQ(keeper_->takeFound(), nothing) << "its next streams have what is remembered";
+        const WantedVolume found{loudestOf(before.channelVolumes), before.mute};
+        EXPECT_EQ(keeper_->takeFound(), own == OwnVolume{} ? nothing : found);
         EXPECT_EQ(changesAfterRest(), nothing);
-        obey(keeper_->want({1.0F, false}, now_));
+        obey(keeper_->want(remembered, now_));
+        EXPECT_EQ(keeper_->ownVolume(), own) << "that was wanted already";
+        obey(keeper_->want({1.0F, false}, now_, WantReason::restored));
         stepsToTheEnd();
-        EXPECT_EQ(keeper_->ownVolume(), OwnVolume{}) << "a command is surer than a guess";
+        EXPECT_EQ(stream_.mute, after.mute && own.muted);
+        if (own != OwnVolume{}) {
+            EXPECT_LE(loudestOf(stream_.channelVolumes), loudestOf(before.channelVolumes));
+        }
+        obey(keeper_->want({1.0F, false}, now_, WantReason::news));
+        stepsToTheEnd();
+        EXPECT_EQ(keeper_->ownVolume(), OwnVolume{}) << "what a person sets is surer than a guess";
         EXPECT_EQ(loudestOf(stream_.channelVolumes), 1.0F);
     }
 }

@@ -195,8 +195,10 @@ void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& chan
 }
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
-    if (Program* const program = voices_.at(stream.id()).program)
-        memory_.found(*program, found);
+    const Voice& voice = voices_.at(stream.id());
+    const bool isPage = voice.player && voice.player->showsPages;
+    if (voice.program != nullptr)
+        memory_.found(*voice.program, isPage ? WantedVolume{} : found);
 }
 
 void PluginHost::identify(Voice& voice) {

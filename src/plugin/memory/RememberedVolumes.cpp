@@ -125,6 +125,8 @@ RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationWord& word,
         else if (isMeeting)
             change = restoredFor(programs[i], settingsBefore[i]);
         outcome.consequences.push_back(consequenceFor(programs[i], before, change));
+        outcome.consequences.back().restored =
+            isMeeting && !word.news.contains(settingsKey(programs[i].name));
     }
     payDebts(programs);
     return outcome;

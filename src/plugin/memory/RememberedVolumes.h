@@ -53,9 +53,10 @@ class RememberedVolumes {
     /// What follows for a program from a reading.
     struct Consequence {
         bool ignored = false;
-        bool freed = false;   ///< it is to be freed, and nothing else
-        WantedVolume wanted;  ///< what it is to have now; nothing when it stays as it is
-        WantedVolume forNext; ///< what only its next streams are to have
+        bool freed = false;    ///< it is to be freed, and nothing else
+        WantedVolume wanted;   ///< what it is to have now; nothing when it stays as it is
+        bool restored = false; ///< that is only remembered, and nobody has asked for it just now
+        WantedVolume forNext;  ///< what only its next streams are to have
     };
 
     /// What follows from the application's word.

@@ -42,7 +42,7 @@ void VolumeMemory::begin() {
     if (fileThatCounts().empty())
         systemLog(LogPriority::info, "There are no preferences in %s yet", ownFile_.c_str());
     else
-        systemLog(LogPriority::info, "Reads the preferences in %s", fileThatCounts().c_str());
+        systemLog(LogPriority::info, "Reading the preferences from %s", fileThatCounts().c_str());
 }
 
 std::optional<NamedSettings> VolumeMemory::told(const std::string& file, std::string_view bytes,
@@ -98,7 +98,7 @@ void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& 
 void VolumeMemory::found(Program& program, const WantedVolume& found) {
     const std::string& name = program.process().name;
     if (remembered_.isNews(name, MonotonicClock::now()))
-        want(program, remembered_.of(name));
+        want(program, remembered_.of(name), WantReason::news);
     else
         program.found(found);
 }
@@ -135,11 +135,12 @@ void VolumeMemory::follow(Program& program, const RememberedVolumes::Consequence
     program.takeUp();
     program.recall(consequence.forNext);
     if (!consequence.wanted.isEmpty())
-        want(program, consequence.wanted);
+        want(program, consequence.wanted,
+             consequence.restored ? WantReason::restored : WantReason::command);
 }
 
-void VolumeMemory::want(Program& program, const WantedVolume& change) {
-    program.want(change);
+void VolumeMemory::want(Program& program, const WantedVolume& change, WantReason reason) {
+    program.want(change, reason);
     if (&program == effects_.program())
         effects_.asked(program.wanted());
 }

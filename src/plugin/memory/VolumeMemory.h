@@ -3,6 +3,7 @@
 #include "plugin/application/ApplicationReports.h"
 #include "plugin/memory/PreferencesWatch.h"
 #include "plugin/memory/RememberedVolumes.h"
+#include "plugin/volume/VolumeKeeper.h"
 
 #include <functional>
 #include <optional>
@@ -58,7 +59,8 @@ class VolumeMemory {
     void commanded(const Program& program, const WantedVolume& change);
     void changedElsewhere(const Program& program, const WantedVolume& before);
 
-    /// To be called when a stream of the program that was heard before us has `found`.
+    /// To be called when a stream of the program that was heard before us has `found`; empty where
+    /// that is its own volume, which is not for other streams.
     void found(Program& program, const WantedVolume& found);
 
     /// To be called when the notification sounds have got their program.
@@ -69,7 +71,7 @@ class VolumeMemory {
     std::vector<RememberedVolumes::Program> described() const;
     void carryOut(const std::vector<RememberedVolumes::Consequence>& consequences);
     void follow(Program& program, const RememberedVolumes::Consequence& consequence);
-    void want(Program& program, const WantedVolume& change);
+    void want(Program& program, const WantedVolume& change, WantReason reason);
     void leaveAlone(Program& program, bool freed);
 
     ProgramTable& programs_;

@@ -49,11 +49,11 @@ void Program::recall(const WantedVolume& remembered) {
     remembered_.merge(remembered);
 }
 
-void Program::want(const WantedVolume& change) {
+void Program::want(const WantedVolume& change, WantReason reason) {
     if (!leftAlone_)
         recall(change);
     for (AudioStream* const stream : streams_)
-        stream->want(change);
+        stream->want(change, reason);
 }
 
 void Program::leaveAlone(bool freed) {

@@ -4,6 +4,7 @@
 #include "plugin/identity/ProgramProcess.h"
 #include "plugin/programs/ProgramLife.h"
 #include "plugin/volume/StreamVolume.h"
+#include "plugin/volume/VolumeKeeper.h"
 
 #include <functional>
 #include <memory>
@@ -81,8 +82,8 @@ class Program : private AppConnection::Listener {
     /// Takes over what is remembered of the program, for the next streams.
     void recall(const WantedVolume& remembered);
 
-    /// Asks for a volume as the application does, for all streams.
-    void want(const WantedVolume& change);
+    /// Asks for a volume, for all streams.
+    void want(const WantedVolume& change, WantReason reason = WantReason::command);
 
     /// Has nothing wanted of the program from now on, nor anything taken over from elsewhere; only
     /// the application's commands are still carried out. When `freed`, its streams, or else the

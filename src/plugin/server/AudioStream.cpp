@@ -142,8 +142,8 @@ void AudioStream::adopt(const WantedVolume& all) {
     write(keeper_.adopt(all, MonotonicClock::now()));
 }
 
-void AudioStream::want(const WantedVolume& change) {
-    write(keeper_.want(change, MonotonicClock::now()));
+void AudioStream::want(const WantedVolume& change, WantReason reason) {
+    write(keeper_.want(change, MonotonicClock::now(), reason));
 }
 
 void AudioStream::uphold() {

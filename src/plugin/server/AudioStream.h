@@ -97,7 +97,7 @@ class AudioStream {
 
     /// Asks for a volume, a mute, or both. A stream that is heard gets there within half a second,
     /// without clicks.
-    void want(const WantedVolume& change);
+    void want(const WantedVolume& change, WantReason reason = WantReason::command);
 
     /// Writes at once what want() is still about to write.
     void finish();

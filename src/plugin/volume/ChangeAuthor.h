@@ -11,8 +11,8 @@ enum class StreamKind {
     notification, ///< a short sound, whose volume the desktop's sliders set by the session manager
 };
 
-/// Guesses whose doing a change of a stream's volume is that is not ours. The server does not say
-/// who wrote it, so the answer follows from the kind of program and from when the change comes:
+/// Guesses who made a change of a stream's volume that we did not make. The server does not say who
+/// wrote it, so the answer follows from the kind of program and from when the change comes:
 ///
 /// 1. The session manager restores a volume of its own when a stream appears, and only then makes
 ///    the stream's link. Until the link is there, and for VolumeHold::duration at most, a change is

@@ -30,10 +30,16 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
     return more;
 }
 
-VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now) {
+VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now, WantReason reason) {
+    makeRoomFor(change, reason);
     wanted_.merge(change);
-    makeRoomFor(change);
     return props_ ? bringAbout(change, now) : VolumeWrite{};
+}
+
+void VolumeKeeper::letGo() noexcept {
+    letGo_ = true;
+    own_ = {};
+    ownKnowledge_ = OwnKnowledge::none;
 }
 
 void VolumeKeeper::uphold(TimePoint now) noexcept {
@@ -93,7 +99,7 @@ VolumeWrite VolumeKeeper::finish() {
     if (!ramp_.isRunning())
         return {};
     ramp_.stop();
-    return written({volumesAt(heard().gain.value()), std::nullopt});
+    return written({volumesAt(ramp_.target()), std::nullopt});
 }
 
 /// Brings about all that is wanted.
@@ -132,6 +138,8 @@ void VolumeKeeper::explainFound() {
     if (*wanted_.gain > 0.0F)
         own_.merge({loudestOf(props_->channelVolumes) / *wanted_.gain, std::nullopt});
     own_.muted = props_->mute && !wanted_.muted.value_or(false);
+    if (own_ != OwnVolume{})
+        found_.merge({loudestOf(props_->channelVolumes), props_->mute});
 }
 
 /// Brings about the parts of what is wanted that are in `change`.
@@ -191,11 +199,17 @@ VolumeKeeper::ForeignChange VolumeKeeper::takeForeign(const StreamProps& before)
 }
 
 VolumeWrite VolumeKeeper::changedByProgram(const ForeignChange& foreign, TimePoint now) {
-    own_.merge(foreign.change);
-    ownKnowledge_ =
-        author_.kind() == StreamKind::page ? OwnKnowledge::certain : OwnKnowledge::guess;
+    if (letGo_ && adopted_)
+        return {};
+    const bool isPage = author_.kind() == StreamKind::page;
+    WantedVolume own = foreign.change;
+    // A player may set what it has saved, which was the person's volume.
+    if (!isPage && own.gain && wanted_.gain.value_or(0.0F) > 0.0F)
+        own.gain = *own.gain / *wanted_.gain;
+    own_.merge(own);
+    ownKnowledge_ = isPage ? OwnKnowledge::certain : OwnKnowledge::guess;
     VolumeWrite write = correct(now);
-    if (write.isEmpty() && foreign.overtaken)
+    if (write.isEmpty() && foreign.overtaken && !correction_)
         write = written({props_->channelVolumes, std::nullopt});
     return write;
 }
@@ -207,7 +221,7 @@ VolumeWrite VolumeKeeper::changedByPerson(const ForeignChange& foreign, TimePoin
 }
 
 /// Has what is wanted and the program's own volume in effect together, at once: what the program
-/// has just written may be louder.
+/// has just written may be louder. A ramp that a command has started since gets there by itself.
 VolumeWrite VolumeKeeper::correct(TimePoint now) {
     correction_.reset();
     const WantedVolume all = heard();
@@ -218,16 +232,15 @@ VolumeWrite VolumeKeeper::correct(TimePoint now) {
         return {};
     }
     lastCorrection_ = now;
-    ramp_.stop();
     VolumeWrite write;
-    if (all.gain && !isSameGain(loudestOf(props_->channelVolumes), *all.gain))
+    if (all.gain && !ramp_.isRunning() && !isSameGain(loudestOf(props_->channelVolumes), *all.gain))
         write.channelVolumes = volumesAt(*all.gain);
     if (all.muted && *all.muted != props_->mute)
         write.mute = all.muted;
     return written(std::move(write));
 }
 
-/// Takes what has rested for a person's will, as far as it is another than before.
+/// Treats a change that has rested as the person's, unless it changes nothing.
 void VolumeKeeper::settle() {
     WantedVolume will = std::exchange(resting_, {});
     const WantedVolume all = heard();
@@ -246,17 +259,28 @@ void VolumeKeeper::settle() {
     elsewhere_.merge(will);
 }
 
-/// Who asks for a volume means that one, whatever was changed a moment ago, or guessed.
-void VolumeKeeper::makeRoomFor(const WantedVolume& command) noexcept {
-    const bool isGuess = ownKnowledge_ == OwnKnowledge::guess;
-    if (command.gain) {
+/// Who asks for a volume means that one, whatever was changed a moment ago.
+void VolumeKeeper::makeRoomFor(const WantedVolume& change, WantReason reason) noexcept {
+    if (change.gain)
         resting_.gain.reset();
-        own_.gain = isGuess ? 1.0F : own_.gain;
-    }
-    if (command.muted) {
+    if (change.muted)
         resting_.muted.reset();
-        own_.muted = own_.muted && !isGuess;
+    if (ownKnowledge_ == OwnKnowledge::guess)
+        reviewGuess(change, reason);
+}
+
+void VolumeKeeper::reviewGuess(const WantedVolume& change, WantReason reason) noexcept {
+    const float before = wanted_.gain.value_or(0.0F);
+    if (reason == WantReason::restored) {
+        if (change.gain && *change.gain > 0.0F && before > 0.0F)
+            own_.merge({own_.gain * before / *change.gain, std::nullopt});
+        return;
     }
+    const bool isNews = reason == WantReason::news;
+    if (change.gain && (isNews || !isSameGain(*change.gain, before)))
+        own_.gain = 1.0F;
+    if (change.muted && (isNews || change.muted != wanted_.muted))
+        own_.muted = false;
 }
 
 /// Who changes one of volume and mute has seen the other, and has let it be.

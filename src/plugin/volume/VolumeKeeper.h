@@ -9,8 +9,15 @@
 #include <utility>
 #include <vector>
 
-/// Keeps one stream at the volume that is wanted for it: decides what is written, and whose will a
-/// change is that the server tells of. Owns no clock, timer or connection; what an operation
+/// Why a volume is wanted, which decides what becomes of an own volume that is only guessed.
+enum class WantReason {
+    command,  ///< somebody asks for it: the guess ends, unless that is wanted already
+    news,     ///< a person has set it before the stream was found: the guess ends
+    restored, ///< it is only remembered: what is heard gets no louder by it
+};
+
+/// Keeps one stream at the volume that is wanted for it: decides what is written, and who made each
+/// change that the server reports. Owns no clock, timer or connection; what an operation
 /// answers is to be written at once, in order. Any thread, one at a time.
 ///
 /// What happens to a change that is not ours depends on its author, see ChangeAuthor. The session
@@ -47,17 +54,18 @@ class VolumeKeeper {
     /// Forgets what was wanted and wants `all`, which is what its program remembers.
     [[nodiscard]] VolumeWrite adopt(const WantedVolume& all, TimePoint now);
 
-    /// Wants `change` too, which somebody asks for now. It need not be in effect at once: see
-    /// due().
-    [[nodiscard]] VolumeWrite want(const WantedVolume& change, TimePoint now);
+    /// Wants `change` too from now on. It need not be in effect at once: see due().
+    [[nodiscard]] VolumeWrite want(const WantedVolume& change, TimePoint now,
+                                   WantReason reason = WantReason::command);
 
     /// Holds what is wanted as if the stream were new: somebody may set it back now who does not
     /// know of it.
     void uphold(TimePoint now) noexcept;
 
     /// Once what was asked for is written, the stream is up to others, until the next adopt():
-    /// nothing is upheld when it might be new or gets another format.
-    void letGo() noexcept { letGo_ = true; }
+    /// nothing is upheld when it might be new or gets another format. What its program makes of it
+    /// is no own volume.
+    void letGo() noexcept;
 
     /// Whether the stream is heard. What is not heard needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running);
@@ -88,8 +96,8 @@ class VolumeKeeper {
     /// What others have changed since the last call.
     WantedVolume takeChangesElsewhere() { return std::exchange(elsewhere_, {}); }
 
-    /// What a stream that was already heard turned out to have and keeps. That is no change: nobody
-    /// knows when it was made.
+    /// What a stream that was already heard turned out to have and keeps, a page by its own volume.
+    /// That is no change: nobody knows when it was made.
     WantedVolume takeFound() { return std::exchange(found_, {}); }
 
   private:
@@ -116,7 +124,8 @@ class VolumeKeeper {
     VolumeWrite changedByPerson(const ForeignChange& foreign, TimePoint now);
     VolumeWrite correct(TimePoint now);
     void settle();
-    void makeRoomFor(const WantedVolume& command) noexcept;
+    void makeRoomFor(const WantedVolume& change, WantReason reason) noexcept;
+    void reviewGuess(const WantedVolume& change, WantReason reason) noexcept;
     void addUntouched(WantedVolume& will) const;
     bool needsRamp(const WantedVolume& change, TimePoint now) const;
     VolumeWrite written(VolumeWrite write);

@@ -18,6 +18,9 @@ class VolumeRamp {
 
     bool isRunning() const noexcept { return running_; }
 
+    /// The gain that a running ramp heads for.
+    float target() const noexcept { return target_; }
+
     /// When the next step of a running ramp is to be taken.
     TimePoint due() const noexcept { return due_; }
 
