@@ -143,6 +143,12 @@ TEST_F(PreferencesFileTest, TheOwnFileComesBeforeTheCopy) {
     fs::create_symlink(folder_.path() / "elsewhere.plist", own_);
     write(folder_.path() / "elsewhere.plist", playerAt(50));
     EXPECT_EQ(percentIn(file.read()), 50) << "links of one's own are followed";
+    const std::string named = folder_.path() / "named.plist";
+    file.setOwn(named);
+    write(named, playerAt(60));
+    EXPECT_EQ(percentIn(file.read()), 60) << "the one that the application keeps";
+    fs::remove(named);
+    EXPECT_EQ(percentIn(file.read()), 50) << "as long as it is there";
 }
 
 TEST_F(PreferencesFileTest, WhatWasReadLastHoldsWhileThereIsNothingToRead) {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -16,10 +17,11 @@
 
 namespace {
 
-constexpr const char* name = "/com.quarnel.Tonvale.plist";
+constexpr const char* name = "com.quarnel.Tonvale.plist";
 
-std::string inFolder(std::string folder, const char* rest) {
-    return folder.empty() ? folder : folder.append(rest);
+/// The path as the application writes it.
+std::string inFolder(const std::string& folder, const char* rest) {
+    return folder.empty() ? folder : (std::filesystem::path(folder) / rest).string();
 }
 
 /// Nothing, with errno set, on failure. Not much more than a property list may have is read.
@@ -42,28 +44,32 @@ std::optional<std::vector<char>> contentOf(int file) {
 
 PreferencesFile PreferencesFile::standard() {
     return {inFolder(platform::preferencesDirectory(), name),
-            inFolder(inFolder(platform::localLibraryDirectory(), "/Shared"), name)};
+            inFolder(inFolder(platform::localLibraryDirectory(), "Shared"), name)};
 }
 
 PreferencesFile::PreferencesFile(std::string own, std::string copy)
-    : own_(std::move(own)), copy_(std::move(copy)) {}
+    : own_(std::move(own)), standardOwn_(own_), copy_(std::move(copy)) {}
 
 const std::optional<Preferences>& PreferencesFile::read() {
     Reading reading = readFile(own_, false);
     report(reading);
-    // A damaged file of our own is about to be mended; until then what we have is newer than
-    // copies.
-    if (reading.state != State::good && !(reading.state == State::bad && last_)) {
-        const State own = reading.state;
+    const State own = reading.state;
+    if (isToBeReplaced(own) && standardOwn_ != own_)
+        reading = readFile(standardOwn_, false);
+    if (isToBeReplaced(own) && reading.state != State::good)
         reading = readFile(copy_, true);
-        if (reading.state == State::missing)
-            reading.state = own;
-    }
+    if (reading.state == State::missing)
+        reading.state = own;
     if (reading.state == State::good)
         last_ = std::move(reading.preferences);
     else if (reading.state == State::missing && !last_)
         last_.emplace();
     return last_;
+}
+
+/// A damaged file of our own is about to be mended; until then what we have is newer than others.
+bool PreferencesFile::isToBeReplaced(State own) const {
+    return own == State::missing || (own == State::bad && !last_);
 }
 
 /// Whoever owns the copy, it cannot be one by way of a link to somewhere else.

@@ -107,6 +107,7 @@ class PreferencesWatch::Worker : public std::enable_shared_from_this<Worker> {
     std::set<std::string> placesNow() const {
         std::set<std::string> places;
         addPlaces(file_.own(), places);
+        addPlaces(file_.standardOwn(), places);
         addPlaces(file_.copy(), places);
         return places;
     }
