@@ -150,7 +150,7 @@ TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     EXPECT_TRUE(tell());
     ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 3; }));
     EXPECT_EQ(answers[2], Newer());
-    EXPECT_TRUE(log.contains("The plug-in isn't told what is remembered: "));
+    EXPECT_TRUE(log.contains("The plug-in refused the settings: "));
 }
 
 #include "PluginReportsTest.moc"

@@ -89,7 +89,7 @@ class PluginReports::Receiver : public QObject {
     void report(const QDBusError& error) {
         if (error.type() != QDBusError::NoReply && error.type() != QDBusError::ServiceUnknown &&
             std::exchange(lastError_, error.name()) != error.name() && error.isValid())
-            systemLog(LogPriority::warning, "The plug-in isn't told what is remembered: %s",
+            systemLog(LogPriority::warning, "The plug-in refused the settings: %s",
                       qUtf8Printable(error.message()));
     }
 

@@ -23,9 +23,9 @@ QList<platform::NamedSetting> onBus(const NamedSettings& settings) {
 
 /// Reading more would keep new streams waiting.
 bool isWithinBounds(const QByteArray& preferences, const QStringList& news) {
-    const auto size =
-        std::accumulate(news.begin(), news.end(), preferences.size(),
-                        [](qsizetype sum, const QString& name) { return sum + name.size() + 1; });
+    const auto size = std::accumulate(
+        news.begin(), news.end(), preferences.size(),
+        [](qsizetype sum, const QString& name) { return sum + name.toUtf8().size() + 1; });
     return size <= platform::PluginWord::longest;
 }
 
@@ -75,7 +75,7 @@ QList<platform::NamedSetting> PluginService::Remember(const QString&, const QByt
 QDBusMessage PluginService::answer(const QDBusMessage& call, bool isOfThisUser) const {
     if (!isOfThisUser || application_->name.owner() != call.service())
         return call.createErrorReply(QDBusError::AccessDenied,
-                                     QStringLiteral("You are not this user's Tonvale"));
+                                     QStringLiteral("Only this user's Tonvale may call this"));
     return remember(call);
 }
 
@@ -91,9 +91,11 @@ QDBusMessage PluginService::remember(const QDBusMessage& call) const {
         newer = handlers_.told(arguments[0].toString().toStdString(),
                                {preferences.data(), static_cast<std::size_t>(preferences.size())},
                                news);
+    } else {
+        handlers_.applicationChanged(false); // we know no longer what it remembers
     }
     if (!newer)
         return call.createErrorReply(QDBusError::InvalidArgs,
-                                     QStringLiteral("That is no property list, or too long"));
+                                     QStringLiteral("Not a property list, or longer than 1 MiB"));
     return call.createReply(QVariant::fromValue(onBus(*newer)));
 }
