@@ -63,7 +63,7 @@ const char* describe(NameEvidence evidence) noexcept {
 
 bool claimsPages(const ClientProperties& client) {
     return showsPages(client.binary) || client.name == "AudioIPC Server" ||
-           client.name == "CubebUtils";
+           client.name == "CubebUtils" || client.name == "Chromium";
 }
 
 const ApplicationIdentity& ApplicationResolver::resolve(pid_t process, std::uint64_t startTime,

@@ -287,9 +287,13 @@ std::optional<StreamPlayer> PluginHost::named(const platform::StreamEvidence& ev
     const auto process = identifier_.processOf(evidence);
     if (!process)
         return std::nullopt;
-    // A process has one name, whatever its further clients claim.
+    // A process has one name, whatever its further clients claim. But any may be the one that plays
+    // for pages.
     const auto known = process->startTime ? programs_.find(*process) : std::nullopt;
-    return identifier_.named(*process, known ? known->client : clientProperties(evidence));
+    const platform::ClientProperties client = clientProperties(evidence);
+    StreamPlayer player = identifier_.named(*process, known ? known->client : client);
+    player.showsPages = player.showsPages || platform::claimsPages(client);
+    return player;
 }
 
 void PluginHost::release(Voice& voice) {
