@@ -51,8 +51,8 @@ void RememberedApps::set(const QString& displayName, int percent, bool muted) {
 }
 
 void RememberedApps::learn(const platform::NamedSetting& setting) {
-    QNLog(qnlog_information, "'%@' is at %d %%%@, which was not saved", MVCommLogText(setting.name),
-          setting.percent, setting.muted ? ", muted" : "");
+    QNLog(qnlog_information, "Took %d %%%@ for '%@' from the plug-in; it had not been saved",
+          setting.percent, setting.muted ? ", muted," : "", MVCommLogText(setting.name));
     if (MVCommAppValue* const app = recordOf(setting.name))
         controller_.changedElsewhere(app->pid(), setting.percent, setting.muted);
     else
