@@ -41,7 +41,8 @@ class PluginBriefing {
     void begin();
 
     /// What is remembered has changed, or may have. Tells that before it returns, unless the last
-    /// word is too recent. A caller on the bus thus gets its answer after the plug-in has been told.
+    /// word is too recent. A caller on the bus thus gets its answer after the plug-in has been
+    /// told.
     void changed();
 
     /// A person has set a program, or had it forgotten; changed() has yet to be called.

@@ -17,7 +17,8 @@ namespace platform {
 /// nor one that is called like the program. None for a temporary file.
 std::vector<std::string> tellingFolders(std::string_view path, std::string_view name);
 
-/// Whether `called` is a name that nameBeside() could give to a program whose plain name is `plain`.
+/// Whether `called` is a name that nameBeside() could give to a program whose plain name is
+/// `plain`.
 bool mayBeCalled(std::string_view called, const std::string& plain,
                  const std::vector<std::string>& folders);
 
