@@ -196,8 +196,13 @@ TEST_F(PluginBusTest, OnlyTheApplicationIsListenedTo) {
         EXPECT_EQ(tell(application, preferences + QByteArray(1 << 20, ' ')), invalid);
         ASSERT_TRUE(tells("wanted 50 %"));
         EXPECT_EQ(tell(application, preferences), QString());
-        EXPECT_TRUE(hearsConstant(level * gainOf(30)));
+        save({60, false});
+        EXPECT_TRUE(hearsConstant(level * gainOf(30))) << "the file is only noted";
+        EXPECT_EQ(tell(application, preferences + QByteArray(1 << 20, ' ')), invalid);
         save({70, false});
+        EXPECT_TRUE(tells("wanted 70 %")) << "nobody knows what it remembers now";
+        EXPECT_EQ(tell(application, preferences), QString());
+        ASSERT_TRUE(tells("wanted 30 %"));
     }
     ASSERT_TRUE(tells("preferences: /elsewhere, not " + own_.string()));
     EXPECT_EQ(tell(stranger, preferences), denied) << "it has gone";
