@@ -125,6 +125,14 @@ TEST_F(ApplicationWordTest, ACommandIsNewerThanAWordOfTheSameApplication) {
     EXPECT_EQ(tell({60, false}, {"player"}), volume(60));
     EXPECT_EQ(tell({}, {"player"}), volume(100));
     EXPECT_EQ(remembered_.of("player"), full);
+
+    command(volume(50));
+    programs_.clear();
+    Preferences later = says({40, false});
+    later.seen = {"player"};
+    const auto outcome = remembered_.told({std::move(later), {"player"}}, programs_, clock_.now());
+    EXPECT_TRUE(outcome.consequences.empty());
+    EXPECT_EQ(remembered_.of("player"), both(40, false)) << "set when the program had left";
 }
 
 TEST_F(ApplicationWordTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestored) {

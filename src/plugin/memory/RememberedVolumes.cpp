@@ -114,7 +114,7 @@ RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationWord& word,
     moveTo(word.preferences.file);
     const Preferences before = std::exchange(preferences_, word.preferences);
     ignoreNewly(before);
-    takeNews(word, now);
+    takeNews(word, programs, now);
     Outcome outcome;
     if (isMeeting)
         outcome.newer = takeNewer();
@@ -225,14 +225,23 @@ void RememberedVolumes::forgetWhatIsWritten() {
     });
 }
 
-void RememberedVolumes::takeNews(const ApplicationWord& word, TimePoint now) {
+/// A command is newer than the word that was on its way. What is set for a program that has left
+/// comes by the word only.
+void RememberedVolumes::takeNews(const ApplicationWord& word, std::span<const Program> programs,
+                                 TimePoint now) {
+    const auto isCommanded = [&](const std::string& key) {
+        return std::ranges::any_of(commands_, [&](const Command& command) {
+            return command.key == key &&
+                   std::ranges::find(programs, command.pid, &Program::pid) != programs.end();
+        });
+    };
     for (const std::string& key : word.news) {
         const bool isForgotten =
             !preferences_.seen.contains(key) && !preferences_.programs.contains(key);
         if (isForgotten) {
             latest_.erase(key);
             news_.erase(key);
-        } else if (!isIgnored(checkinNameOfKey(key)) && !isSilenced(key)) {
+        } else if (!isIgnored(checkinNameOfKey(key)) && !isCommanded(key)) {
             latest_[key] = {.wanted = settingIn(preferences_, key).wanted(), .ours = true};
             news_[key] = now;
         }

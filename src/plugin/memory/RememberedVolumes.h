@@ -75,11 +75,11 @@ class RememberedVolumes {
                                                 std::span<const Program> programs, TimePoint now);
 
     /// Takes the application's word. Its news are newer than all that we have, unless we have had a
-    /// command for the program within commandSilence. The first word of an application also says
-    /// what it has restored: where it keeps that in the file of the one before, what was set since
-    /// (by a command, by its news, in another mixer) is newer; else only what was set in another
-    /// mixer and could not be reported. It makes nothing louder that was found quieter than
-    /// remembered.
+    /// command within commandSilence for a program that is still there. The first word of an
+    /// application also says what it has restored: where it keeps that in the file of the one
+    /// before, what was set since (by a command, by its news, in another mixer) is newer; else only
+    /// what was set in another mixer and could not be reported. It makes nothing louder that was
+    /// found quieter than remembered.
     [[nodiscard]] Outcome told(const ApplicationWord& word, std::span<const Program> programs,
                                TimePoint now);
 
@@ -152,7 +152,7 @@ class RememberedVolumes {
     void forgetUnseen(const Preferences& before);
     void payDebts(std::span<const Program> programs);
     void forgetWhatIsWritten();
-    void takeNews(const ApplicationWord& word, TimePoint now);
+    void takeNews(const ApplicationWord& word, std::span<const Program> programs, TimePoint now);
     NamedSettings takeNewer();
     Consequence consequenceFor(const Program& program, const Preferences& before,
                                const WantedVolume& change) const;
