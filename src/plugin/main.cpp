@@ -6,7 +6,7 @@
 #include "platform/files/DescriptorLimit.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopDispatcher.h"
+#include "platform/loop/RunLoopNotifier.h"
 #include "platform/loop/SignalEvents.h"
 #include "platform/loop/TerminationSignals.h"
 #include "platform/loop/ThreadPriority.h"
@@ -95,9 +95,9 @@ int run(int argc, char** argv) {
     if (argc == 2 && option != "--status")
         return failUsage("unknown option", option);
     platform::unblockSignals();
-    platform::RunLoop loop;
-    QCoreApplication::setEventDispatcher(new platform::RunLoopDispatcher(loop));
     const QCoreApplication application(argc, argv);
+    platform::RunLoop loop;
+    const platform::RunLoopNotifier notifier(loop);
     return argc == 2 ? printPluginStatus() : serve(loop);
 }
 
