@@ -235,6 +235,14 @@ TEST_F(RunLoopTest, CallsPostedBeforeACallbacksOwnLoopAreMadeInsideIt) {
     EXPECT_EQ(order_, "a|");
 }
 
+TEST_F(RunLoopTest, WhatAPostedCallHoldsMayPostWhenItGoes) {
+    const auto postsAtTheEnd = [this](void*) { loop_.post(note('b')); };
+    loop_.post([this, held = std::shared_ptr<void>(&order_, postsAtTheEnd)] { order_ += 'a'; });
+    loop_.turn();
+    loop_.turn();
+    EXPECT_EQ(order_, "ab");
+}
+
 TEST_F(RunLoopTest, ExceptionsOfCallbacksAreReportedAndTheLoopGoesOn) {
     const support::SystemLogRecorder log;
     const Bell bell;
