@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDBusContext>
 #include <QObject>
 #include <QStringList>
 
@@ -18,17 +19,19 @@ namespace {
 const QString name = "com.quarnel.Tonvale.Plugin";
 
 /// Takes what it is told, and answers.
-class Taker : public QObject {
+class Taker : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.quarnel.Tonvale.Plugin")
 
   public:
     QStringList taken_;
+    bool answers_ = true;
 
   public Q_SLOTS:
     Q_SCRIPTABLE QList<platform::NamedSetting>
     Remember(const QString& file, const QByteArray& preferences, const QStringList& news) {
         taken_ += file + QString::fromUtf8(preferences) + news.join('+');
+        setDelayedReply(!answers_);
         return {{"Player", 30, true}};
     }
 };
@@ -139,6 +142,7 @@ TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     EXPECT_EQ(answers[0], Newer({{"Player", 30, true}}));
     EXPECT_EQ(taker.taken_, QStringList("/filebytesa+b"));
 
+    taker.answers_ = false;
     EXPECT_TRUE(tell());
     plugin.reset();
     ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 2; }));

@@ -25,29 +25,51 @@ void serveDueTimers() {
     }
 }
 
-/// Tells when a thread has read the clock.
-class ClockReadings : public platform::MonotonicClock::Source {
+/// Notes when a thread has read the clock. Lives as long as the program: another thread may be
+/// reading the clock while the former one is put back.
+class NotingSource : public platform::MonotonicClock::Source {
   public:
-    ClockReadings() : clock_(*platform::MonotonicClock::replaceSource(this)) {}
-    ~ClockReadings() override { platform::MonotonicClock::replaceSource(&clock_); }
-    ClockReadings(const ClockReadings&) = delete;
-    ClockReadings& operator=(const ClockReadings&) = delete;
-
     platform::MonotonicClock::time_point now() const noexcept override {
-        const auto time = clock_.now();
-        if (std::this_thread::get_id() == watched_.load())
-            hasRead_ = true;
+        const auto time = clock.load()->now();
+        if (std::this_thread::get_id() == watched.load())
+            hasRead = true;
         return time;
     }
 
-    void watchThisThread() { watched_ = std::this_thread::get_id(); }
-    bool hasRead() const noexcept { return hasRead_; }
+    std::atomic<const Source*> clock = nullptr;
+    std::atomic<std::thread::id> watched{};
+    mutable std::atomic<bool> hasRead = false;
+};
+
+/// Tells when a thread has read the clock.
+class ClockReadings {
+  public:
+    explicit ClockReadings(const platform::MonotonicClock::Source* clock) {
+        source().clock = clock;
+        source().watched = std::thread::id();
+        source().hasRead = false;
+        platform::MonotonicClock::replaceSource(&source());
+    }
+    ~ClockReadings() { platform::MonotonicClock::replaceSource(source().clock); }
+    ClockReadings(const ClockReadings&) = delete;
+    ClockReadings& operator=(const ClockReadings&) = delete;
+
+    static void watchThisThread() { source().watched = std::this_thread::get_id(); }
+    static bool hasRead() noexcept { return source().hasRead; }
 
   private:
-    const platform::MonotonicClock::Source& clock_;
-    std::atomic<std::thread::id> watched_{};
-    mutable std::atomic<bool> hasRead_ = false;
+    static NotingSource& source() {
+        static auto& one = *new NotingSource;
+        return one;
+    }
 };
+
+/// The clock that is in use.
+const platform::MonotonicClock::Source* clockInUse() {
+    const auto* const used = platform::MonotonicClock::replaceSource(nullptr);
+    platform::MonotonicClock::replaceSource(used);
+    return used;
+}
 
 class RLBGTimerTest : public testing::Test {
   protected:
@@ -118,15 +140,15 @@ TEST_F(RLBGTimerTest, TimeSpentWaitingForTheTurnCounts) {
     } cases[] = {{600ms, 400ms}, {2s, 0ms}};
     for (const auto& each : cases) {
         runs = 0;
-        ClockReadings readings;
+        const ClockReadings readings(clockInUse());
         RLBGTimer timer(nullptr);
         std::thread asking;
         timer.performWhileLocked([&] {
             asking = std::thread([&] {
-                readings.watchThisThread();
+                ClockReadings::watchThisThread();
                 timer.afterDelay(1, run());
             });
-            EXPECT_TRUE(support::waitUntil([&] { return readings.hasRead(); }));
+            EXPECT_TRUE(support::waitUntil([&] { return ClockReadings::hasRead(); }));
             clock.advance(each.waited);
         });
         asking.join();
