@@ -2,35 +2,19 @@
 
 #include "support/AccessibleObject.h"
 
-#include <QGuiApplication>
 #include <QImage>
-#include <QPixmap>
-#include <QScreen>
-
-#include <algorithm>
-#include <chrono>
 
 using support::ChildProcess;
 using support::waitUntil;
 
-// The window on Wayland.
+// The window on Wayland: a compositor that draws into memory and has neither mouse nor keyboard.
 namespace {
 
-/// A compositor that draws into memory and has neither mouse nor keyboard, unless it is given
-/// other options.
 class WaylandWindowTest : public DesktopFixture {
   protected:
-    explicit WaylandWindowTest(
-        const std::vector<std::string>& options = {"--backend=headless-backend.so", "--no-config"})
-        : compositor_(commandWith(options)) {
+    WaylandWindowTest() {
         EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(socket_); }))
             << compositor_.output();
-    }
-
-    static std::vector<std::string> commandWith(const std::vector<std::string>& options) {
-        std::vector<std::string> command{"weston", "--socket=tonvale-0", "--idle-time=0"};
-        command.insert(command.end(), options.begin(), options.end());
-        return command;
     }
 
     void open() {
@@ -57,74 +41,8 @@ class WaylandWindowTest : public DesktopFixture {
     const support::AssistiveTool tool_{session_};
     const std::filesystem::path socket_ =
         std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "tonvale-0";
-    ChildProcess compositor_;
-};
-
-/// A compositor in a window that fills the X display, whose mouse is its own. Shows nothing but the
-/// window of the application, on black.
-class WaylandPointerTest : public WaylandWindowTest {
-  protected:
-    WaylandPointerTest()
-        : WaylandWindowTest({"--backend=x11-backend.so", "--use-pixman", "--width=1280",
-                             "--height=800", "--config=" + configuration()}) {}
-
-    static std::string configuration() {
-        const std::string file = std::filesystem::path(std::getenv("TMPDIR")) / "weston.ini";
-        std::ofstream(file) << "[shell]\nbackground-color=0xff000000\npanel-position=none\n"
-                               "animation=none\nstartup-animation=none\nclose-animation=none\n"
-                               "focus-animation=none\nlocking=false\n";
-        return file;
-    }
-
-    /// Where the window is on the screen; a pointer of some pixels does not count.
-    static QRect frame() {
-        constexpr int pointerSize = 48;
-        const QImage screen =
-            QGuiApplication::primaryScreen()->grabWindow(0).toImage().convertToFormat(
-                QImage::Format_RGB32);
-        std::vector<int> inColumn(static_cast<std::size_t>(screen.width()));
-        std::vector<int> inRow(static_cast<std::size_t>(screen.height()));
-        for (int y = 0; y < screen.height(); ++y) {
-            for (int x = 0; x < screen.width(); ++x) {
-                const int isDrawn = qGray(screen.pixel(x, y)) > 8 ? 1 : 0;
-                inColumn[static_cast<std::size_t>(x)] += isDrawn;
-                inRow[static_cast<std::size_t>(y)] += isDrawn;
-            }
-        }
-        const auto range = [](const std::vector<int>& counts) {
-            const auto isWindow = [](int count) { return count > pointerSize; };
-            const auto first = std::find_if(counts.begin(), counts.end(), isWindow);
-            const auto last = std::find_if(counts.rbegin(), counts.rend(), isWindow);
-            return std::pair(static_cast<int>(first - counts.begin()),
-                             static_cast<int>(counts.rend() - last));
-        };
-        const auto [left, right] = range(inColumn);
-        const auto [top, bottom] = range(inRow);
-        return {left, top, right - left, bottom - top};
-    }
-
-    /// The compositor may have a last word.
-    static bool settlesAt(const QSize& size) {
-        using Clock = std::chrono::steady_clock;
-        constexpr std::chrono::milliseconds rest{500};
-        auto last = Clock::now(); // when it had another size
-        return waitUntil([&] {
-            if (frame().size() != size)
-                last = Clock::now();
-            return Clock::now() - last > rest;
-        });
-    }
-
-    static void hand(const std::vector<std::string>& steps) {
-        std::vector<std::string> command{"xdotool"};
-        command.insert(command.end(), steps.begin(), steps.end());
-        const auto result = support::runCommand(command);
-        EXPECT_EQ(result.status, 0) << result.output;
-    }
-
-    static void moveTo(const QPoint& place) {
-        hand({"mousemove", "--sync", std::to_string(place.x()), std::to_string(place.y())});
-    }
+    ChildProcess compositor_{{"weston", "--backend=headless-backend.so", "--socket=tonvale-0",
+                              "--no-config", "--idle-time=0"}};
 };
 
 } // namespace
@@ -138,32 +56,4 @@ TEST_F(WaylandWindowTest, OnlyItsSizeIsRememberedAndIsOfWholeRows) {
         << "the place is that of another desktop";
     open();
     EXPECT_TRUE(isDrawnWith({640, titleBar + 3 * rowHeight}));
-}
-
-TEST_F(WaylandPointerTest, APullAtItsEdgeEndsOnWholeRows) {
-    const auto height = [](int rows) { return titleBar + rows * rowHeight; };
-    rememberFrame({0, 0, 500, height(3)});
-    open();
-    ASSERT_TRUE(waitUntil([&] { return frame().size() == QSize(500, height(3)); }));
-    int rows = 3;
-    struct Pull {
-        int way;
-        int more; // rows
-    };
-    for (const Pull& pull : {Pull{40, 1}, {-40, -1}, {20, 0}, {90, 1}}) {
-        const QRect before = frame();
-        const QPoint edge(before.center().x(), before.bottom() - 1);
-        moveTo(edge);
-        hand({"mousedown", "1"});
-        EXPECT_TRUE(waitUntil([&] { // the compositor knows only then that it is a pull
-            moveTo(edge + QPoint(0, pull.way - 1));
-            moveTo(edge + QPoint(0, pull.way));
-            return frame().height() == before.height() + pull.way;
-        })) << frame().height();
-        hand({"mouseup", "1"});
-        rows += pull.more;
-        ASSERT_TRUE(settlesAt({500, height(rows)})) << frame().height();
-    }
-    quitTonvale();
-    EXPECT_EQ(rememberedFrame(), "0 0 500 " + std::to_string(height(rows)));
 }
