@@ -49,7 +49,7 @@ QWidget* makeContent() {
     auto* const layout = new QVBoxLayout(content);
     layout->setContentsMargins({});
     layout->setSpacing(0);
-    layout->addWidget(new ProblemBar);
+    layout->addWidget(new ProblemBar(ItemLayout::height));
     layout->addWidget(new VolumeScrollView(new MVCollectionView), 1);
     return content;
 }

@@ -1,6 +1,5 @@
 #include "ui/window/ProblemBar.h"
 
-#include "ui/items/ItemLayout.h"
 #include "ui/theme/CurrentTheme.h"
 #include "ui/window/AccessibleWindow.h"
 #include "ui/window/BarButton.h"
@@ -35,11 +34,11 @@ void drawSign(QPainter& painter, const QColor& color, const QColor& background) 
 
 } // namespace
 
-ProblemBar::ProblemBar(QWidget* parent)
+ProblemBar::ProblemBar(int height, QWidget* parent)
     : QWidget(parent), text_(new BarText), help_(new BarButton), details_(new BarButton) {
     installAccessibleWindow();
     setObjectName(QStringLiteral("problem"));
-    setFixedHeight(ItemLayout::height);
+    setFixedHeight(height);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(margin, 0, margin, 0);
     layout->setSpacing(gap);

@@ -6,7 +6,7 @@
 class BarButton;
 class BarText;
 
-/// Says, as high as one item, that something does not work and offers what helps against it. Text
+/// Says, in one row, that something does not work and offers what helps against it. Text
 /// that does not fit ends in an ellipsis; assistive tools and the tool tip have all of it. Hidden
 /// while there is nothing to say. Main thread only.
 class ProblemBar final : public QWidget {
@@ -20,7 +20,8 @@ class ProblemBar final : public QWidget {
         QString details = {}; ///< of the button that tells more
     };
 
-    explicit ProblemBar(QWidget* parent = nullptr);
+    /// `height` in pixels.
+    explicit ProblemBar(int height, QWidget* parent = nullptr);
 
     /// Shows or hides itself. Assistive tools are told of a new text.
     void setContent(const Content& content);
