@@ -1,8 +1,8 @@
 #pragma once
 
 #include "comm/MVCommCallbacks.h"
-#include "platform/files/FileDescriptor.h"
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/FileDescriptor.h"
+#include "platform/base/MonotonicClock.h"
 
 #include <atomic>
 #include <cstddef>

@@ -3,7 +3,7 @@
 
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateAudioSession.h"

@@ -1,6 +1,6 @@
 #include "Harness.h"
-#include "platform/values/PropertyList.h"
-#include "platform/values/UserDefaults.h"
+#include "platform/defaults/PropertyList.h"
+#include "platform/defaults/UserDefaults.h"
 #include "support/PrivateFolder.h"
 
 #include <QFile>

@@ -2,7 +2,7 @@
 
 #include "WindowProbe.h"
 
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 #include "support/ChildProcess.h"
 #include "support/NamedCopy.h"
 #include "support/PrivateAudioSession.h"

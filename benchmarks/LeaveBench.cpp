@@ -4,7 +4,7 @@
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
 #include "framework/application/QNApplication.h"
-#include "platform/files/DescriptorLimit.h"
+#include "platform/base/DescriptorLimit.h"
 #include "platform/loop/RunLoop.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"

@@ -2,17 +2,17 @@
 #include "WireScene.h"
 
 #include "comm/MVComm.h"
-#include "comm/MVCommAppValue.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/desktop/Workspace.h"
+#include "model/AppVolumeController.h"
+#include "model/AppVolumeView.h"
+#include "model/MVCommAppValue.h"
+#include "model/MVIgnoredApps.h"
+#include "platform/defaults/UserDefaults.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/values/UserDefaults.h"
-#include "prefs/MVIgnoredApps.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
-#include "ui/AppVolumeController.h"
-#include "ui/AppVolumeView.h"
+#include "workspace/Workspace.h"
 
 #include <algorithm>
 #include <chrono>

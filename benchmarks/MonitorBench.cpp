@@ -3,7 +3,7 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 #include "framework/monitor/RLBGTimer.h"
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/loop/DispatchQueue.h"
 
 #include <array>

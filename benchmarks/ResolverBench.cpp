@@ -1,12 +1,12 @@
 #include "Harness.h"
-#include "platform/applications/ApplicationResolver.h"
-#include "platform/applications/DesktopEntries.h"
-#include "platform/applications/ProgramFiles.h"
-#include "platform/applications/RegularApplications.h"
+#include "naming/ApplicationResolver.h"
+#include "naming/DesktopEntries.h"
+#include "naming/ProgramFiles.h"
 #include "platform/processes/ProcessInfo.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateFolder.h"
 #include "support/WaitUntil.h"
+#include "workspace/RegularApplications.h"
 
 #include <fstream>
 #include <gio/gdesktopappinfo.h>

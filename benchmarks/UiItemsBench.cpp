@@ -1,7 +1,7 @@
 #include "Harness.h"
 
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 #include "support/VolumeModel.h"
 #include "ui/VolumeWindow.h"
 #include "ui/items/MVCollectionView.h"

@@ -1,8 +1,8 @@
 # The floors of the house, enforced. Every library publishes an include folder of its own that
 # holds one link, FOLDER -> the source folder, so "platform/loop/RunLoop.h" is found only by a target
-# that links the library of src/platform. A file that reaches up a floor does not build.
+# that links a library of src/platform/loop. A file that reaches up a floor does not build.
 #
-#   tonvale_library(NAME FOLDER platform SOURCES a.cpp b.cpp LINKS other libraries
+#   tonvale_library(NAME FOLDER platform/loop SOURCES a.cpp b.cpp LINKS other libraries
 #                   [PCH headers])
 function(tonvale_library name)
     cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;LINKS;PCH" ${ARGN})
@@ -16,6 +16,7 @@ endfunction()
 
 function(tonvale_publish_includes name folder)
     set(root "${CMAKE_BINARY_DIR}/include/${name}")
+    file(REMOVE_RECURSE "${root}") # where an older layout of the tree has left its link
     get_filename_component(link_folder "${root}/${folder}" DIRECTORY)
     file(MAKE_DIRECTORY "${link_folder}")
     file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${root}/${folder}" SYMBOLIC)

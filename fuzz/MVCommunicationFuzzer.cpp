@@ -1,9 +1,9 @@
 #include "comm/MVCommLogText.h"
 #include "comm/MVCommunication.h"
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/UnixSocket.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #include "app/CommandLine.h"
 
 #include "framework/application/OptionParser.h"
-#include "platform/files/Bundle.h"
+#include "platform/base/ShownLine.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/text/Localization.h"
-#include "platform/text/ShownLine.h"
 
 #include <QList>
 

@@ -2,10 +2,10 @@
 
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
+#include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Localization.h"
 #include "platform/text/UnbrokenPath.h"
-#include "platform/values/UserDefaults.h"
 
 #include <QSet>
 

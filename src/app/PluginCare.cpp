@@ -2,10 +2,10 @@
 
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/files/Bundle.h"
-#include "platform/files/Directories.h"
+#include "platform/base/Directories.h"
+#include "platform/base/SystemLog.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/processes/DetachedProgram.h"
-#include "platform/processes/SystemLog.h"
 #include "platform/text/Localization.h"
 #include "ui/VolumeWindow.h"
 

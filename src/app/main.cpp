@@ -2,11 +2,11 @@
 #include "app/MVAppController.h"
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
+#include "platform/base/DescriptorLimit.h"
+#include "platform/base/SystemLog.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/bus/SingleInstance.h"
-#include "platform/files/Bundle.h"
-#include "platform/files/DescriptorLimit.h"
 #include "platform/loop/SignalEvents.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -4,10 +4,10 @@
 #include "comm/MVCommLogText.h"
 #include "comm/MVCommSocketPath.h"
 #include "comm/MVCommunication.h"
+#include "platform/base/Directories.h"
+#include "platform/base/SystemLog.h"
 #include "platform/bus/DistributedNotification.h"
-#include "platform/files/Directories.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,10 +1,10 @@
 #include "comm/MVCommConnection.h"
 
 #include "comm/MVCommLogText.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/SystemLog.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,10 +1,10 @@
 #include "comm/MVCommListener.h"
 
+#include "platform/base/PrintableText.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/UnixSocket.h"
-#include "platform/processes/SystemLog.h"
-#include "platform/text/PrintableText.h"
 
 #include <cerrno>
 #include <cstring>

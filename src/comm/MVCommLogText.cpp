@@ -1,6 +1,6 @@
 #include "comm/MVCommLogText.h"
 
-#include "platform/text/PrintableText.h"
+#include "platform/base/PrintableText.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "comm/MVCommSocketPath.h"
 
-#include "platform/files/Directories.h"
+#include "platform/base/Directories.h"
 
 #include <cstdlib>
 #include <sys/stat.h>

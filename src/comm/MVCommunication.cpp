@@ -5,13 +5,13 @@
 #include "comm/MVCommLogText.h"
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/UnixSocket.h"
-#include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
 #include "ui/TNMenuBarIcon.h"
 
-#include "platform/desktop/BundleImage.h"
+#include "platform/window/BundleImage.h"
 
 namespace {
 

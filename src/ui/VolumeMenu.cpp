@@ -1,7 +1,7 @@
 #include "ui/VolumeMenu.h"
 
+#include "model/GestureHistory.h"
 #include "platform/text/Localization.h"
-#include "ui/input/GestureHistory.h"
 
 #include <QCoreApplication>
 

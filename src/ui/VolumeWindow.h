@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/desktop/WindowSight.h"
-#include "ui/AppVolumeView.h"
-#include "ui/input/GestureHistory.h"
+#include "look/window/MVCustomWindow.h"
+#include "look/window/ProblemBar.h"
+#include "model/AppVolumeView.h"
+#include "model/GestureHistory.h"
+#include "platform/window/WindowSight.h"
 #include "ui/items/MVCollectionViewItem.h"
-#include "ui/window/MVCustomWindow.h"
-#include "ui/window/ProblemBar.h"
 
 #include <QPoint>
 #include <QSize>

@@ -1,6 +1,6 @@
 #include "ServerFixture.h"
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/Timer.h"
 #include "platform/loop/UnixSocket.h"

@@ -1,6 +1,6 @@
 #include "e2e/DesktopFixture.h"
 
-#include "platform/files/DescriptorLimit.h"
+#include "platform/base/DescriptorLimit.h"
 #include "support/DesktopPortal.h"
 
 #include <QGuiApplication>

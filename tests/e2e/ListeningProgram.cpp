@@ -1,5 +1,5 @@
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 #include "support/ListeningApplication.h"
 
 #include <QCoreApplication>

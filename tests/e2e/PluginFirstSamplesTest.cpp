@@ -1,7 +1,7 @@
 #include "e2e/PlayerFixture.h"
 #include "e2e/Sandbox.h"
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "support/PrivateFolder.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 #include "support/ListeningApplication.h"
 #include "support/PrivateAudioSession.h"
 #include "support/SinkRecorder.h"

@@ -1,7 +1,7 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/Sandbox.h"
 
-#include "platform/applications/NameBeside.h"
+#include "naming/NameBeside.h"
 #include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"

@@ -1,8 +1,8 @@
 #include "e2e/PluginFixture.h"
 
-#include "platform/desktop/SampleOutput.h"
-#include "platform/files/Bundle.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/loop/Timer.h"
+#include "platform/sound/SampleOutput.h"
 #include "support/ScopedVariable.h"
 #include "support/SystemLogRecorder.h"
 #include "ui/items/TNBeeper.h"

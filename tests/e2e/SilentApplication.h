@@ -2,7 +2,7 @@
 
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommSocketPath.h"
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/loop/UnixSocket.h"
 #include "support/WaitUntil.h"
 

@@ -2,7 +2,7 @@
 
 #include "support/WaitUntil.h"
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 #include <chrono>
 #include <csignal>

@@ -2,7 +2,7 @@
 
 #include "comm/MVComm.h"
 #include "comm/MVCommMessages.h"
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 
 #include <QString>
 

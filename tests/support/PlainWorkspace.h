@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desktop/Workspace.h"
+#include "workspace/Workspace.h"
 
 #include <QHash>
 #include <QPixmap>

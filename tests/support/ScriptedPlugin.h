@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommMessages.h"
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 
 #include <cstddef>
 #include <mutex>

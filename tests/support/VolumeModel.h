@@ -1,10 +1,10 @@
 #pragma once
 
 #include "comm/MVComm.h"
-#include "platform/values/UserDefaults.h"
-#include "prefs/MVIgnoredApps.h"
+#include "model/AppVolumeController.h"
+#include "model/MVIgnoredApps.h"
+#include "platform/defaults/UserDefaults.h"
 #include "support/PlainWorkspace.h"
-#include "ui/AppVolumeController.h"
 
 #include <filesystem>
 

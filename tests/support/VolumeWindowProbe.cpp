@@ -1,6 +1,6 @@
 #include "support/VolumeWindowProbe.h"
 
-#include "ui/VolumeNumbers.h"
+#include "model/VolumeNumbers.h"
 #include "ui/VolumeWindow.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewTextField.h"

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "comm/MVCommSocketPath.h"
+#include "model/VolumeNumbers.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 #include "support/ScriptedPlugin.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
 #include "support/WaitUntil.h"
-#include "ui/VolumeNumbers.h"
 #include "ui/VolumeWindow.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionView.h"

@@ -1,11 +1,11 @@
 #include "VolumeWindowFixture.h"
 
+#include "look/window/UndoNotice.h"
 #include "platform/bus/NotificationCenter.h"
 #include "support/ManualClock.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
 #include "ui/items/MVCollectionViewTextField.h"
-#include "ui/window/UndoNotice.h"
 
 #include <QMenu>
 #include <QPushButton>

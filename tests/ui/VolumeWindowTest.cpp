@@ -1,10 +1,10 @@
 #include "VolumeWindowFixture.h"
 
+#include "look/window/BarButton.h"
+#include "look/window/QNAboutBox.h"
+#include "look/window/UndoNotice.h"
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
-#include "ui/window/BarButton.h"
-#include "ui/window/QNAboutBox.h"
-#include "ui/window/UndoNotice.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -5,10 +5,10 @@
 #include "framework/application/SignalTable.h"
 #include "framework/application/ToolkitStart.h"
 
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
-#include "platform/processes/ExceptionReport.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 
 #include <QApplication>
 #include <QTimer>

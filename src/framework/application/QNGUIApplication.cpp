@@ -2,9 +2,9 @@
 
 #include "framework/application/ApplicationClasses.h"
 
-#include "platform/files/Bundle.h"
+#include "platform/bundle/Bundle.h"
+#include "platform/defaults/PropertyList.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/values/PropertyList.h"
 
 #include <QApplication>
 #include <QEventLoop>

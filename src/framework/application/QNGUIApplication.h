@@ -3,7 +3,7 @@
 #include "framework/application/PlatformApplication.h"
 #include "framework/application/QNApplication.h"
 
-#include "platform/desktop/Alert.h"
+#include "platform/window/Alert.h"
 
 #include <QColor>
 

@@ -2,10 +2,10 @@
 
 #include "framework/application/QNSignalProxy.h"
 
+#include "platform/base/CallStack.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/SignalEvents.h"
-#include "platform/processes/CallStack.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -2,7 +2,7 @@
 
 #include "framework/application/QNApplication.h"
 
-#include "platform/files/Directories.h"
+#include "platform/base/Directories.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

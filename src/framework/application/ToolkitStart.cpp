@@ -1,6 +1,6 @@
 #include "framework/application/ToolkitStart.h"
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 
 #include <algorithm>
 #include <cstdlib>

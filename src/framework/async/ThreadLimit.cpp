@@ -1,6 +1,6 @@
 #include "framework/async/ThreadLimit.h"
 
-#include "platform/values/SystemValue.h"
+#include "platform/base/SystemValue.h"
 
 #include <algorithm>
 #include <atomic>

@@ -3,9 +3,9 @@
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/ThreadLimit.h"
 
+#include "platform/base/CallStack.h"
+#include "platform/base/ThreadCalls.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/loop/ThreadCalls.h"
-#include "platform/processes/CallStack.h"
 
 #include <algorithm>
 #include <cerrno>

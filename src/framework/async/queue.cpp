@@ -1,6 +1,6 @@
 #include "framework/async/queue.h"
 
-#include "platform/processes/CallStack.h"
+#include "platform/base/CallStack.h"
 
 #include "framework/async/manager.h"
 #include "framework/async/qshuttle.h"

@@ -3,8 +3,8 @@
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/qshuttle.h"
 
-#include "platform/loop/ThreadCalls.h"
-#include "platform/processes/CallStack.h"
+#include "platform/base/CallStack.h"
+#include "platform/base/ThreadCalls.h"
 
 #include <cstdio>
 #include <cstdlib>

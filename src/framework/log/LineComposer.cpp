@@ -2,7 +2,7 @@
 
 #include "framework/log/qnlog.h"
 
-#include "platform/text/HarmlessText.h"
+#include "platform/base/HarmlessText.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "framework/log/LocalTime.h"
 
-#include "platform/loop/WallClock.h"
+#include "platform/base/WallClock.h"
 
 #include <cstdint>
 #include <string>

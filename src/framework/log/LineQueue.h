@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/loop/WallClock.h"
+#include "platform/base/WallClock.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "framework/log/LogBanner.h"
 
-#include "platform/files/Bundle.h"
+#include "platform/bundle/Bundle.h"
 
 namespace QN::log {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "framework/log/OpenLogs.h"
 
-#include "platform/loop/ThreadCalls.h"
+#include "platform/base/ThreadCalls.h"
 
 #include <algorithm>
 #include <atomic>

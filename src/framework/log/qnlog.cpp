@@ -6,8 +6,8 @@
 #include "framework/log/OpenLogs.h"
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/files/Bundle.h"
-#include "platform/loop/WallClock.h"
+#include "platform/base/WallClock.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/processes/SystemFacts.h"
 
 #include <algorithm>

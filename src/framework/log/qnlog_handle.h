@@ -7,7 +7,7 @@
 #include "framework/log/LogFile.h"
 #include "framework/log/qnlog.h"
 
-#include "platform/loop/WallClock.h"
+#include "platform/base/WallClock.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 
+#include "platform/base/CallStack.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/processes/CallStack.h"
 
 #include <stdexcept>
 #include <unordered_set>

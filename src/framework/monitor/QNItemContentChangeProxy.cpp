@@ -1,9 +1,9 @@
 #include "framework/monitor/QNItemContentChangeProxy.h"
 
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/MonotonicClock.h"
+#include "platform/base/SystemLog.h"
 #include "platform/files/FileWatch.h"
-#include "platform/loop/MonotonicClock.h"
-#include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
 
 #include <chrono>
 #include <sstream>

@@ -1,7 +1,7 @@
 #include "framework/monitor/RLBGTimer.h"
 
+#include "platform/base/MonotonicClock.h"
 #include "platform/loop/DispatchTimer.h"
-#include "platform/loop/MonotonicClock.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "platform/bus/BusNameOwner.h"
 
-#include "platform/processes/ExceptionReport.h"
+#include "platform/base/ExceptionReport.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusPendingCallWatcher>

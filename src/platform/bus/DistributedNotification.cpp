@@ -1,8 +1,8 @@
 #include "platform/bus/DistributedNotification.h"
 
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/SystemLog.h"
 #include "platform/bus/SessionBus.h"
-#include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QDBusConnection>
 #include <QDBusError>

@@ -1,6 +1,6 @@
 #include "platform/bus/NotificationCenter.h"
 
-#include "platform/processes/ExceptionReport.h"
+#include "platform/base/ExceptionReport.h"
 
 #include <utility>
 

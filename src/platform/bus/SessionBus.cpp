@@ -1,9 +1,9 @@
 #include "platform/bus/SessionBus.h"
 
-#include "platform/files/Directories.h"
-#include "platform/files/FileDescriptor.h"
-#include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
+#include "platform/base/Directories.h"
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/FileDescriptor.h"
+#include "platform/base/SystemLog.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>

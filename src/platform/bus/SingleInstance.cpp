@@ -1,10 +1,10 @@
 #include "platform/bus/SingleInstance.h"
 
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/SystemLog.h"
 #include "platform/bus/BusCallers.h"
 #include "platform/bus/BusObjects.h"
 #include "platform/bus/SessionBus.h"
-#include "platform/processes/ExceptionReport.h"
-#include "platform/processes/SystemLog.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/bus/SessionLock.h"
+#include "platform/files/SessionLock.h"
 
 #include <QString>
 

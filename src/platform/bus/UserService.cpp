@@ -1,6 +1,6 @@
 #include "platform/bus/UserService.h"
 
-#include "platform/processes/ExceptionReport.h"
+#include "platform/base/ExceptionReport.h"
 
 #include <QDBusError>
 #include <QDBusMessage>

@@ -1,6 +1,6 @@
 #include "platform/files/BackupExclusion.h"
 
-#include "platform/files/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 #include <array>
 #include <cerrno>

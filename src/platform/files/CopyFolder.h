@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/base/FileDescriptor.h"
 #include "platform/files/CopyFolderCalls.h"
-#include "platform/files/FileDescriptor.h"
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "platform/files/FileWatch.h"
 
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/processes/ExceptionReport.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,9 +1,9 @@
 #include "platform/files/FileWatchService.h"
 
+#include "platform/base/SystemLog.h"
 #include "platform/loop/BackgroundLoop.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
-#include "platform/processes/SystemLog.h"
 
 #include <algorithm>
 #include <cerrno>

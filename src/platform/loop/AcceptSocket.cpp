@@ -1,9 +1,9 @@
-#include "platform/files/DescriptorLimit.h"
+#include "platform/base/DescriptorLimit.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/SystemLog.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "platform/loop/BackgroundLoop.h"
 
+#include "platform/base/ThreadCalls.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/ThreadCalls.h"
 
 #include <exception>
 #include <future>

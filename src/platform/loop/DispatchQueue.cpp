@@ -1,8 +1,8 @@
 #include "platform/loop/DispatchQueue.h"
 
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/DispatchThreads.h"
 #include "platform/loop/SerialDispatchQueue.h"
-#include "platform/processes/ExceptionReport.h"
 
 namespace platform {
 

@@ -1,7 +1,7 @@
 #include "platform/loop/DispatchThreads.h"
 
-#include "platform/loop/ThreadCalls.h"
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
+#include "platform/base/ThreadCalls.h"
 
 #include <system_error>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 
 #include <functional>
 #include <memory>

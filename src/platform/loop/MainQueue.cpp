@@ -1,8 +1,8 @@
 #include "platform/loop/MainQueue.h"
 
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/processes/ExceptionReport.h"
 
 #include <deque>
 #include <exception>

@@ -1,9 +1,9 @@
 #include "platform/loop/RunLoop.h"
 
+#include "platform/base/CallStack.h"
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/CallStack.h"
-#include "platform/processes/ExceptionReport.h"
 
 #include <algorithm>
 #include <array>

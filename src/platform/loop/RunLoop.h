@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/files/FileDescriptor.h"
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/FileDescriptor.h"
+#include "platform/base/MonotonicClock.h"
 
 #include <cstddef>
 #include <cstdint>

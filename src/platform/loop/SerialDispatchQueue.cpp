@@ -1,6 +1,6 @@
 #include "platform/loop/SerialDispatchQueue.h"
 
-#include "platform/processes/ExceptionReport.h"
+#include "platform/base/ExceptionReport.h"
 
 #include <exception>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "platform/loop/SignalEvents.h"
 
-#include "platform/processes/CallStack.h"
+#include "platform/base/CallStack.h"
 
 #include <array>
 #include <atomic>

@@ -1,8 +1,8 @@
 #include "platform/loop/UnixSocket.h"
 
-#include "platform/loop/ThreadCalls.h"
-#include "platform/processes/SystemLog.h"
-#include "platform/text/PrintableText.h"
+#include "platform/base/PrintableText.h"
+#include "platform/base/SystemLog.h"
+#include "platform/base/ThreadCalls.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "platform/processes/SystemFacts.h"
 
-#include "platform/values/SystemValue.h"
+#include "platform/base/SystemValue.h"
 
 #include <algorithm>
 #include <array>

@@ -2,11 +2,11 @@
 
 #include "comm/MVCommLineLimit.h"
 #include "comm/MVCommSocketPath.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/UnixSocket.h"
 #include "platform/processes/ProcessInfo.h"
-#include "platform/processes/SystemLog.h"
 #include "plugin/identity/ProgramProcess.h"
 
 #include <cerrno>

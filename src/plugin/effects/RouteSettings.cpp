@@ -1,6 +1,6 @@
 #include "plugin/effects/RouteSettings.h"
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 
 #include <pipewire/extensions/metadata.h>
 #include <string_view>

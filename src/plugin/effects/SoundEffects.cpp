@@ -1,9 +1,9 @@
 #include "plugin/effects/SoundEffects.h"
 
 #include "comm/MVCommMessages.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/AudioServerProcess.h"
-#include "platform/processes/SystemLog.h"
+#include "plugin/effects/AudioServerProcess.h"
 #include "plugin/identity/PseudoNumbers.h"
 #include "plugin/programs/ProgramTable.h"
 #include "plugin/server/AudioGraph.h"

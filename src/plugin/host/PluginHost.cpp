@@ -1,7 +1,7 @@
 #include "plugin/host/PluginHost.h"
 
-#include "platform/desktop/SampleOutput.h"
 #include "platform/processes/ProcessInfo.h"
+#include "platform/sound/SampleOutput.h"
 
 #include <algorithm>
 #include <utility>

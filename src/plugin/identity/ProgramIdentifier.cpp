@@ -1,11 +1,11 @@
 #include "plugin/identity/ProgramIdentifier.h"
 
-#include "platform/applications/ApplicationName.h"
-#include "platform/applications/DesktopEntriesWatch.h"
+#include "naming/ApplicationName.h"
+#include "naming/DesktopEntriesWatch.h"
+#include "platform/base/SystemLog.h"
+#include "platform/base/Utf8.h"
+#include "platform/language/MessageLanguages.h"
 #include "platform/processes/ProcessInfo.h"
-#include "platform/processes/SystemLog.h"
-#include "platform/text/MessageLanguages.h"
-#include "platform/text/Utf8.h"
 #include "plugin/identity/ProgramName.h"
 #include "plugin/identity/PseudoNumbers.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/applications/ApplicationResolver.h"
-#include "platform/applications/DesktopEntries.h"
-#include "platform/applications/ProcessView.h"
-#include "platform/applications/ProgramFiles.h"
-#include "platform/processes/StreamProcess.h"
+#include "naming/ApplicationResolver.h"
+#include "naming/DesktopEntries.h"
+#include "naming/ProcessView.h"
+#include "naming/ProgramFiles.h"
 #include "plugin/identity/ProgramProcess.h"
+#include "plugin/identity/StreamProcess.h"
 
 #include <functional>
 #include <memory>

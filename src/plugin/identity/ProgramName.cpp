@@ -1,7 +1,7 @@
 #include "plugin/identity/ProgramName.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/text/Utf8.h"
+#include "platform/base/Utf8.h"
 
 #include <algorithm>
 #include <span>

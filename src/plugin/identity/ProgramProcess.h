@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/applications/ApplicationResolver.h"
-#include "platform/processes/StreamProcess.h"
+#include "naming/ApplicationResolver.h"
+#include "plugin/identity/StreamProcess.h"
 
 #include <cstddef>
 #include <cstdint>

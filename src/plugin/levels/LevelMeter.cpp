@@ -1,6 +1,6 @@
 #include "plugin/levels/LevelMeter.h"
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 
 #include <algorithm>
 #include <map>

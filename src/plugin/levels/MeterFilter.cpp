@@ -1,6 +1,6 @@
 #include "plugin/levels/MeterFilter.h"
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 #include "plugin/levels/SamplePeak.h"
 #include "plugin/server/AudioGraph.h"
 

@@ -1,9 +1,9 @@
 #include "plugin/memory/Preferences.h"
 
 #include "comm/MVCommMessages.h"
-#include "platform/values/PropertyListNode.h"
-#include "platform/values/PropertyListValues.h"
-#include "platform/values/StorableText.h"
+#include "platform/plist/PropertyListNode.h"
+#include "platform/plist/PropertyListValues.h"
+#include "platform/plist/StorableText.h"
 
 #include <algorithm>
 

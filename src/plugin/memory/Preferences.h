@@ -1,7 +1,7 @@
 #pragma once
 
 #include "plugin/volume/StreamVolume.h"
-#include "prefs/IgnoredNames.h"
+#include "settings/IgnoredNames.h"
 
 #include <map>
 #include <optional>

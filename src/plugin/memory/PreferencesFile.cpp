@@ -1,9 +1,9 @@
 #include "plugin/memory/PreferencesFile.h"
 
-#include "platform/files/Directories.h"
-#include "platform/files/FileDescriptor.h"
-#include "platform/processes/SystemLog.h"
-#include "platform/values/PropertyListNode.h"
+#include "platform/base/Directories.h"
+#include "platform/base/FileDescriptor.h"
+#include "platform/base/SystemLog.h"
+#include "platform/plist/PropertyListNode.h"
 
 #include <array>
 #include <cerrno>

@@ -1,8 +1,8 @@
 #include "plugin/memory/PreferencesWatch.h"
 
+#include "platform/base/SystemLog.h"
 #include "platform/files/FileWatch.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/processes/SystemLog.h"
 
 #include <atomic>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "plugin/memory/VolumeMemory.h"
 
-#include "platform/applications/ApplicationName.h"
-#include "platform/processes/SystemLog.h"
+#include "naming/ApplicationName.h"
+#include "platform/base/SystemLog.h"
 #include "plugin/effects/SoundEffects.h"
 #include "plugin/identity/ProgramName.h"
 #include "plugin/programs/ProgramTable.h"

@@ -1,6 +1,6 @@
 #include "plugin/programs/ProgramTable.h"
 
-#include "platform/applications/NameBeside.h"
+#include "naming/NameBeside.h"
 #include "platform/loop/Timer.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "plugin/server/AudioClient.h"
 
-#include "platform/processes/SystemLog.h"
+#include "platform/base/SystemLog.h"
 #include "plugin/server/ClientClaims.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/processes/StreamProcess.h"
+#include "plugin/identity/StreamProcess.h"
 #include "plugin/server/PipeWireHandles.h"
 
 #include <cstdint>

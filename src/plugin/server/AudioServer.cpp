@@ -1,10 +1,10 @@
 #include "plugin/server/AudioServer.h"
 
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
+#include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/SystemLog.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/loop/MonotonicClock.h"
-#include "platform/processes/StreamProcess.h"
+#include "platform/base/MonotonicClock.h"
+#include "plugin/identity/StreamProcess.h"
 #include "plugin/server/PipeWireHandles.h"
 #include "plugin/volume/StreamObstacle.h"
 #include "plugin/volume/StreamVolume.h"

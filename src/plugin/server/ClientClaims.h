@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/processes/StreamProcess.h"
+#include "plugin/identity/StreamProcess.h"
 
 #include <cstdint>
 #include <spa/utils/dict.h>

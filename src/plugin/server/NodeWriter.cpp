@@ -1,7 +1,7 @@
 #include "plugin/server/NodeWriter.h"
 
+#include "platform/base/SystemLog.h"
 #include "platform/loop/Timer.h"
-#include "platform/processes/SystemLog.h"
 #include "plugin/server/AudioGraph.h"
 #include "plugin/server/AudioServer.h"
 #include "plugin/server/ClientClaims.h"

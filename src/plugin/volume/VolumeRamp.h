@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 
 /// Leads a volume to another in steps so small that nobody hears them: a jump of the gain is a
 /// click, a drag of a slider a crackle. Steps are even on the scale that people see. Says what to

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "platform/loop/MonotonicClock.h"
+#include "platform/base/MonotonicClock.h"
 
 /// Which item of the grid a key leads to. Items are counted from 0 in the order of reading.
 struct ItemNavigation {

@@ -1,9 +1,9 @@
 #include "ui/input/VolumeScrollView.h"
 
+#include "look/window/MVScroller.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVVolumeSlider.h"
-#include "ui/window/MVScroller.h"
 
 #include <QApplication>
 #include <QKeyEvent>

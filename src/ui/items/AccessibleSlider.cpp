@@ -1,7 +1,7 @@
 #include "ui/items/AccessibleSlider.h"
 
+#include "model/VolumeNumbers.h"
 #include "platform/text/Localization.h"
-#include "ui/VolumeNumbers.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/TNVolumeSlider.h"
 

@@ -1,6 +1,6 @@
 #include "ui/items/ItemControl.h"
 
-#include "ui/theme/CurrentTheme.h"
+#include "look/theme/CurrentTheme.h"
 
 #include <QFocusEvent>
 

@@ -1,8 +1,8 @@
 #include "ui/items/MVCollectionItemBackgroundView.h"
 
+#include "model/AppVolumeController.h"
+#include "platform/base/WallClock.h"
 #include "platform/desktop/DesktopMotion.h"
-#include "platform/loop/WallClock.h"
-#include "ui/AppVolumeController.h"
 #include "ui/items/ItemMotion.h"
 #include "ui/items/MVCollectionView.h"
 

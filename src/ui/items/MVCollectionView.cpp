@@ -1,5 +1,7 @@
 #include "ui/items/MVCollectionView.h"
 
+#include "look/theme/CurrentTheme.h"
+#include "look/theme/LighterColor.h"
 #include "platform/desktop/DesktopMotion.h"
 #include "platform/loop/RunLoop.h"
 #include "ui/items/AccessibleItems.h"
@@ -7,8 +9,6 @@
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
-#include "ui/theme/CurrentTheme.h"
-#include "ui/theme/LighterColor.h"
 
 #include <QLabel>
 #include <QPaintEvent>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/loop/MonotonicClock.h"
+#include "look/theme/MVBlackTheme.h"
+#include "platform/base/MonotonicClock.h"
 #include "ui/items/FramePacer.h"
-#include "ui/theme/MVBlackTheme.h"
 
 #include <QPixmap>
 #include <QWidget>

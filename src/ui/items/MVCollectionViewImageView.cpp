@@ -1,6 +1,6 @@
 #include "ui/items/MVCollectionViewImageView.h"
 
-#include "platform/desktop/ForeignImages.h"
+#include "workspace/ForeignImages.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "comm/MVCommAppValue.h"
+#include "model/MVCommAppValue.h"
 #include "ui/items/MVCollectionItemBackgroundView.h"
 
 #include <QPointer>

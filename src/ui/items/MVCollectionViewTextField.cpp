@@ -1,6 +1,6 @@
 #include "ui/items/MVCollectionViewTextField.h"
 
-#include "ui/OneLineText.h"
+#include "platform/text/OneLineText.h"
 #include "ui/items/ItemLayout.h"
 
 #include <QFontInfo>

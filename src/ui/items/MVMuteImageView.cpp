@@ -3,8 +3,8 @@
 #include "comm/MVCommLogText.h"
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
+#include "look/theme/CurrentTheme.h"
 #include "ui/items/KeptPixmaps.h"
-#include "ui/theme/CurrentTheme.h"
 
 #include <QAccessible>
 #include <QKeyEvent>

@@ -1,11 +1,11 @@
 #include "ui/items/MVVolumeSlider.h"
 
+#include "look/theme/CurrentTheme.h"
+#include "look/theme/LighterColor.h"
+#include "model/VolumeNumbers.h"
 #include "platform/bus/NotificationCenter.h"
 #include "platform/loop/DispatchQueue.h"
-#include "ui/VolumeNumbers.h"
 #include "ui/items/SliderGeometry.h"
-#include "ui/theme/CurrentTheme.h"
-#include "ui/theme/LighterColor.h"
 
 #include <QAccessible>
 #include <QKeyEvent>

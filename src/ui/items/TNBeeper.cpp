@@ -1,8 +1,8 @@
 #include "ui/items/TNBeeper.h"
 
-#include "platform/files/Bundle.h"
+#include "model/VolumeNumbers.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/loop/RunLoop.h"
-#include "ui/VolumeNumbers.h"
 
 #include <cstdlib>
 #include <ctime>

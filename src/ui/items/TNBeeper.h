@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/desktop/SampleOutput.h"
 #include "platform/loop/Timer.h"
+#include "platform/sound/SampleOutput.h"
 
 #include <array>
 #include <functional>

@@ -1,9 +1,9 @@
 #include "ui/items/TNVolumeSlider.h"
 
+#include "look/theme/CurrentTheme.h"
+#include "look/theme/LighterColor.h"
 #include "ui/items/KeptPixmaps.h"
 #include "ui/items/SliderGeometry.h"
-#include "ui/theme/CurrentTheme.h"
-#include "ui/theme/LighterColor.h"
 
 #include <QLinearGradient>
 #include <QPainter>

@@ -2,11 +2,11 @@
 
 #include "framework/application/QNGUIApplication.h"
 
-#include "platform/files/Directories.h"
+#include "platform/base/Directories.h"
+#include "platform/base/ExceptionReport.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/RunLoopNotifier.h"
-#include "platform/processes/ExceptionReport.h"
+#include "platform/qtloop/RunLoopNotifier.h"
 #include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"

@@ -1,6 +1,6 @@
 #include "ApplicationFixture.h"
 
-#include "platform/processes/CallStack.h"
+#include "platform/base/CallStack.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
 #include "ApplicationFixture.h"
 
-#include "platform/desktop/Alert.h"
+#include "platform/window/Alert.h"
 
 #include <QApplication>
 #include <QMessageBox>

@@ -2,8 +2,8 @@
 
 #include "framework/application/SupportPath.h"
 #include "framework/log/qnlog.h"
-#include "platform/desktop/ModifierKeys.h"
 #include "platform/files/BackupExclusion.h"
+#include "platform/window/ModifierKeys.h"
 #include "support/ScopedVariable.h"
 
 #include <fcntl.h>

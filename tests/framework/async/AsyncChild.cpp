@@ -6,11 +6,11 @@
 #include "framework/monitor/QNItemContentChangeMonitor.h"
 #include "framework/monitor/RLBGTimer.h"
 
+#include "platform/base/SystemValue.h"
+#include "platform/base/ThreadCalls.h"
 #include "platform/loop/BackgroundLoop.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "platform/loop/ThreadCalls.h"
-#include "platform/values/SystemValue.h"
 #include "support/WaitUntil.h"
 
 #include <atomic>

@@ -1,9 +1,9 @@
 #include "framework/async/ThreadLimit.h"
 #include "framework/async/manager.h"
 
+#include "platform/base/SystemValue.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/MainQueue.h"
-#include "platform/values/SystemValue.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "LogFixture.h"
 
-#include "platform/files/Bundle.h"
+#include "platform/bundle/Bundle.h"
 
 #include <vector>
 

@@ -3,7 +3,7 @@
 #include "framework/log/qnlog.h"
 #include "framework/log/qnlog_handle.h"
 
-#include "platform/loop/WallClock.h"
+#include "platform/base/WallClock.h"
 #include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"

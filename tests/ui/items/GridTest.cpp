@@ -1,5 +1,6 @@
 #include "ui/items/MVCollectionView.h"
 
+#include "look/theme/LighterColor.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "support/ManualClock.h"
@@ -8,7 +9,6 @@
 #include "ui/items/ItemLayout.h"
 #include "ui/items/ItemMotion.h"
 #include "ui/items/MVCollectionViewItem.h"
-#include "ui/theme/LighterColor.h"
 
 #include <QTest>
 

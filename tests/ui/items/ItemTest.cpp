@@ -1,5 +1,6 @@
 #include "ui/items/MVCollectionViewItem.h"
 
+#include "look/window/QNToolTip.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "support/SystemLogRecorder.h"
@@ -11,7 +12,6 @@
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
-#include "ui/window/QNToolTip.h"
 
 #include <QAccessible>
 #include <QApplication>

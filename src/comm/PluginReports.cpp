@@ -1,0 +1,134 @@
+#include "comm/PluginReports.h"
+
+#include "platform/base/ExceptionReport.h"
+#include "platform/base/SystemLog.h"
+#include "platform/bus/BusNameOwner.h"
+#include "platform/bus/SessionBus.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QObject>
+
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+const QString& busName() {
+    static const QString name = QStringLiteral("com.quarnel.Tonvale.Plugin");
+    return name;
+}
+
+const QString& objectPath() {
+    static const QString path = QStringLiteral("/com/quarnel/Tonvale/Plugin");
+    return path;
+}
+
+} // namespace
+
+/// Compares senders itself: the toolkit would ask the bus for the name's owner, and wait.
+class PluginReports::Receiver : public QObject {
+    Q_OBJECT
+
+  public:
+    Receiver(const QDBusConnection& connection, Handlers handlers)
+        : bus_(connection)
+        , handlers_(std::move(handlers))
+        , plugin_(bus_, busName(), [this](const QString& owner) { setOwner(owner); }) {
+        registerNamedSettings();
+        bus_.connect(QString(), objectPath(), busName(), QStringLiteral("ChangedElsewhere"), this,
+                     SLOT(changedElsewhere(uint, int, bool, QDBusMessage)));
+        bus_.connect(QString(), objectPath(), busName(), QStringLiteral("NotControllable"), this,
+                     SLOT(notControllable(uint, QString, QDBusMessage)));
+    }
+
+    bool tell(const PluginWord& word, Answered answered) {
+        if (!isThere())
+            return false;
+        auto call = QDBusMessage::createMethodCall(*plugin_.owner(), objectPath(), busName(),
+                                                   QStringLiteral("Remember"));
+        call.setArguments({word.file, word.preferences, word.news});
+        constexpr int noEnd = std::numeric_limits<int>::max();
+        auto* const answer = new QDBusPendingCallWatcher(bus_.asyncCall(call, noEnd), this);
+        connect(answer, &QDBusPendingCallWatcher::finished, this,
+                [this, answer, answered = std::move(answered)] {
+                    const QDBusPendingReply<QList<NamedSetting>> reply = *answer;
+                    answer->deleteLater();
+                    report(reply.error());
+                    guarded(kExceptionInNotification, [&] {
+                        answered(reply.isError() ? std::nullopt : std::optional(reply.value()));
+                    });
+                });
+        return true;
+    }
+
+  private Q_SLOTS:
+    void changedElsewhere(uint pid, int percent, bool muted, const QDBusMessage& message) {
+        take(message.service(), [=, this] { handlers_.changedElsewhere(pid, percent, muted); });
+    }
+    void notControllable(uint pid, const QString& reason, const QDBusMessage& message) {
+        take(message.service(), [=, this] { handlers_.notControllable(pid, reason); });
+    }
+
+  private:
+    struct Report {
+        QString sender;
+        std::function<void()> tell;
+    };
+
+    bool isThere() const { return plugin_.owner() && !plugin_.owner()->isEmpty(); }
+
+    /// A plug-in that ends is no failure. One that refuses will go on to.
+    void report(const QDBusError& error) {
+        if (error.type() != QDBusError::NoReply && error.type() != QDBusError::ServiceUnknown &&
+            std::exchange(lastError_, error.name()) != error.name() && error.isValid())
+            systemLog(LogPriority::warning, "The plug-in refused the settings: %s",
+                      qUtf8Printable(error.message()));
+    }
+
+    void take(const QString& sender, const std::function<void()>& tell) {
+        constexpr std::size_t bound = 256;
+        if (plugin_.owner() && sender == *plugin_.owner())
+            guarded(kExceptionInNotification, tell);
+        else if (!plugin_.owner() && early_.size() < bound)
+            early_.push_back({sender, tell});
+    }
+
+    void setOwner(const QString& owner) {
+        if (std::exchange(wasThere_, !owner.isEmpty()))
+            guarded(kExceptionInNotification, handlers_.gone);
+        for (const Report& report : std::exchange(early_, {}))
+            take(report.sender, report.tell);
+        if (isThere())
+            guarded(kExceptionInNotification, handlers_.came);
+    }
+
+    QDBusConnection bus_;
+    const Handlers handlers_;
+    BusNameOwner plugin_;
+    bool wasThere_ = false;
+    QString lastError_;
+    std::vector<Report> early_; // from before it was known who the plug-in is
+};
+
+PluginReports::PluginReports(Handlers handlers) {
+    if (const QDBusConnection bus = sessionBus(); bus.isConnected())
+        receiver_ = std::make_unique<Receiver>(bus, std::move(handlers));
+}
+
+PluginReports::~PluginReports() = default;
+
+bool PluginReports::tell(const PluginWord& word, Answered answered) {
+    return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
+}
+
+} // namespace platform
+
+#include "PluginReports.moc"

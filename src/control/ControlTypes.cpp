@@ -1,9 +1,0 @@
-#include "control/ControlTypes.h"
-
-#include <QDBusMetaType>
-
-void registerControlTypes() {
-    platform::registerNamedSettings();
-    qDBusRegisterMetaType<BusInterfaces>();
-    qDBusRegisterMetaType<BusTree>();
-}

@@ -1,0 +1,33 @@
+#include "look/theme/CurrentTheme.h"
+
+#include "look/theme/HighContrastTheme.h"
+#include "look/theme/MVOrangeBrownTheme.h"
+#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/DesktopSettings.h"
+
+#include <QGuiApplication>
+
+using platform::DesktopSettings;
+
+CurrentTheme& CurrentTheme::shared() {
+    static auto* const current = new CurrentTheme;
+    return *current;
+}
+
+CurrentTheme::CurrentTheme() : theme_(&MVOrangeBrownTheme::sharedTheme()) {
+    connect(&DesktopSettings::shared(), &DesktopSettings::changed, this, &CurrentTheme::review);
+    review();
+}
+
+void CurrentTheme::review() {
+    const bool isWanted = platform::isHighContrastWanted(DesktopSettings::shared());
+    if (!isWanted && highContrast_ == nullptr)
+        return;
+    auto chosen = isWanted ? std::make_unique<HighContrastTheme>(QGuiApplication::palette())
+                           : std::unique_ptr<HighContrastTheme>();
+    theme_ = isWanted ? static_cast<const MVBlackTheme*>(chosen.get())
+                      : &MVOrangeBrownTheme::sharedTheme();
+    highContrast_ = std::move(chosen);
+    ++generation_;
+    Q_EMIT changed();
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "look/theme/MVBlackTheme.h"
+
+#include <QPalette>
+
+/// The desktop's own colours: its text on its background, and what it marks with. Nothing is told
+/// by colour alone. Where the desktop's text is not far from its background, white on black.
+class HighContrastTheme final : public MVBlackTheme {
+  public:
+    explicit HighContrastTheme(const QPalette& palette);
+
+    /// How far two opaque colours are from each other, 1 for the same to 21 for black and white:
+    /// the quotient of their luminances.
+    static double contrast(const QColor& first, const QColor& second);
+
+    bool isHighContrast() const override { return true; }
+    QColor collectionViewBackgroundColor1() const override;
+    QColor collectionViewBackgroundColor2() const override;
+    std::optional<QColor> collectionViewBackgroundPatternColor() const override;
+    QColor scrollerTrackBackgroundColor() const override;
+    QColor scrollerBackgroundGradientColor1() const override;
+    QColor scrollerBackgroundGradientColor2() const override;
+    QColor scrollerKnobGradientColor1() const override;
+    QColor scrollerKnobGradientColor2() const override;
+    QColor displayNameActivityColor() const override;
+    QColor displayNameNoActivityColor() const override;
+    QColor windowTitleBarTextColor() const override;
+    QColor windowTitleBarGradientColor1() const override;
+    QColor windowTitleBarGradientColor2() const override;
+    QColor sliderTrackTopBaseColor() const override;
+    QColor sliderTrackBottomActivityBaseColor() const override;
+    QColor sliderTrackBottomActivityMutedBaseColor() const override;
+    QColor sliderKnobGradientColor1() const override;
+    QColor aboutWindowBackgroundGradientStartColor() const override;
+    QColor aboutWindowBackgroundGradientEndColor() const override;
+    QImage muteOffImage(bool hasActivity, qreal pixelRatio) const override;
+    QImage muteOnImage(bool hasActivity, qreal pixelRatio) const override;
+    std::optional<QColor> muteFilters(bool muted, bool active) const override;
+
+  private:
+    QColor background_;
+    QColor text_;
+    QColor mark_;
+};

@@ -1,0 +1,166 @@
+#include "look/window/MVCustomWindow.h"
+
+#include "look/theme/CurrentTheme.h"
+#include "look/window/AccessibleWindow.h"
+#include "look/window/MVCustomWindowBackgroundView.h"
+#include "look/window/MVCustomWindowContentView.h"
+#include "look/window/MVCustomWindowTitleView.h"
+#include "look/window/WindowButton.h"
+#include "platform/desktop/DesktopSettings.h"
+#include "platform/window/X11Settings.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QMenu>
+
+#include <algorithm>
+
+using platform::TitleBarHabits;
+
+namespace {
+
+constexpr int border = MVCustomWindowBackgroundView::border;
+constexpr int titleHeight = MVCustomWindowTitleView::usualHeight;
+
+/// As the key does it, for the menu's own way would open the entry's menu.
+void chooseFirst(QMenu& menu) {
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+    QCoreApplication::sendEvent(&menu, &press);
+}
+
+} // namespace
+
+MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
+    , styleMask_(styleMask)
+    , backgroundView_(new MVCustomWindowBackgroundView(titleHeight, this))
+    , titleView_(new MVCustomWindowTitleView(backgroundView_))
+    , contentView_(new MVCustomWindowContentView(contentView, backgroundView_)) {
+    installAccessibleWindow();
+    connect(titleView_, &MVCustomWindowTitleView::pulled, &pull_, &WindowPull::startMove);
+    connect(titleView_, &MVCustomWindowTitleView::acted, this, &MVCustomWindow::act);
+    connect(titleView_, &MVCustomWindowTitleView::buttonPressed, this, &MVCustomWindow::press);
+    connect(&platform::DesktopSettings::shared(), &platform::DesktopSettings::changed, this,
+            &MVCustomWindow::followHabits);
+    connect(&platform::X11Settings::shared(), &platform::X11Settings::changed, this,
+            &MVCustomWindow::followHabits);
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVCustomWindow::drawAnew);
+    followHabits();
+}
+
+/// For those who keep colours or pictures of the theme it is as another palette.
+void MVCustomWindow::drawAnew() {
+    for (QWidget* const part : findChildren<QWidget*>()) {
+        QEvent event(QEvent::PaletteChange);
+        QCoreApplication::sendEvent(part, &event);
+        part->update();
+    }
+    update();
+}
+
+/// What lies in it is not told of these.
+bool MVCustomWindow::event(QEvent* event) {
+    if (event->type() == QEvent::ActivationChange || event->type() == QEvent::WindowTitleChange)
+        backgroundView_->update(); // with all that it holds
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        CurrentTheme::shared().review();
+    return QWidget::event(event);
+}
+
+MVCustomWindow::~MVCustomWindow() = default;
+
+double MVCustomWindow::titleBarHeight() const {
+    return titleHeight + border;
+}
+
+QWidget& MVCustomWindow::contentView() const {
+    return contentView_->content();
+}
+
+void MVCustomWindow::resizeEvent(QResizeEvent* /*event*/) {
+    backgroundView_->setGeometry(rect());
+    titleView_->setGeometry(border, 0, width() - 2 * border, titleHeight);
+    contentView_->setGeometry(rect().adjusted(border, titleHeight, -border, -border));
+}
+
+void MVCustomWindow::followHabits() {
+    TitleBarHabits habits = TitleBarHabits::of(platform::DesktopSettings::shared(),
+                                               platform::X11Settings::shared().texts());
+    const auto drop = [&](TitleBarHabits::Button button, bool isThere) {
+        if (isThere)
+            return;
+        std::erase(habits.left, button);
+        std::erase(habits.right, button);
+    };
+    drop(TitleBarHabits::Button::close, (styleMask_ & closable) != 0);
+    drop(TitleBarHabits::Button::minimize, (styleMask_ & miniaturizable) != 0);
+    drop(TitleBarHabits::Button::menu, menu_ != nullptr);
+    titleView_->setHabits(habits);
+}
+
+void MVCustomWindow::setMenu(QMenu* menu) {
+    menu_ = menu;
+    followHabits();
+}
+
+void MVCustomWindow::openMenu(QAction* chosen) {
+    if (menu_ == nullptr || menu_->isEmpty())
+        return;
+    const WindowButton* const button = titleView_->button(TitleBarHabits::Button::menu);
+    const bool isLeftwards = layoutDirection() == Qt::RightToLeft;
+    const QPoint corner = isLeftwards
+                              ? button->rect().bottomRight() - QPoint(menu_->sizeHint().width(), 0)
+                              : button->rect().bottomLeft();
+    menu_->popup(button->mapToGlobal(corner));
+    if (chosen == nullptr)
+        chooseFirst(*menu_);
+    else
+        menu_->setActiveAction(chosen); // which opens its own menu
+    if (chosen != nullptr && chosen->menu() != nullptr)
+        chooseFirst(*chosen->menu());
+}
+
+void MVCustomWindow::zoom() {
+    if (isMaximized())
+        showNormal();
+    else
+        showMaximized();
+}
+
+void MVCustomWindow::act(TitleBarHabits::Action action) {
+    switch (action) {
+    case TitleBarHabits::Action::none:
+        break;
+    case TitleBarHabits::Action::maximize:
+        if (minimumSize() != maximumSize())
+            zoom();
+        break;
+    case TitleBarHabits::Action::minimize:
+        if ((styleMask_ & miniaturizable) != 0)
+            showMinimized();
+        break;
+    case TitleBarHabits::Action::lower:
+        lower();
+        break;
+    case TitleBarHabits::Action::menu:
+        if (menu_ != nullptr)
+            menu_->popup(QCursor::pos());
+        break;
+    }
+}
+
+void MVCustomWindow::press(TitleBarHabits::Button button) {
+    switch (button) {
+    case TitleBarHabits::Button::close:
+        close();
+        break;
+    case TitleBarHabits::Button::minimize:
+        showMinimized();
+        break;
+    case TitleBarHabits::Button::menu:
+        openMenu();
+        break;
+    }
+}

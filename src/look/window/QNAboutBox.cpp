@@ -1,0 +1,90 @@
+#include "look/window/QNAboutBox.h"
+
+#include "look/theme/CurrentTheme.h"
+#include "platform/bundle/Bundle.h"
+#include "platform/text/Localization.h"
+#include "platform/window/BundleImage.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QVBoxLayout>
+
+using platform::formatted;
+using platform::localized;
+
+namespace {
+
+constexpr QSize usualSize(380, 260);
+constexpr int iconSize = 96;
+
+/// The gradient of the theme, and what stands on it.
+class AboutContent final : public QWidget {
+  public:
+    AboutContent() {
+        const QString name = QCoreApplication::applicationName();
+        const QString version = QString::fromStdString(platform::Bundle::main().version());
+        auto* const layout = new QVBoxLayout(this);
+        layout->setSpacing(4);
+        layout->addStretch();
+        auto* const icon = new QLabel;
+        icon->setPixmap(platform::bundleIcon(QStringLiteral("tonvale.png"))
+                            .pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
+        icon->setAlignment(Qt::AlignCenter);
+        layout->addWidget(icon);
+        layout->addWidget(line(name, 1.5));
+        layout->addWidget(line(formatted(localized(QStringLiteral("Version %@")), version), 1.0));
+        layout->addSpacing(8);
+        layout->addWidget(
+            line(localized(QStringLiteral("The volume of each program, separately.")), 1.0));
+        layout->addStretch();
+        colorText();
+        connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &AboutContent::colorText);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        const MVBlackTheme& theme = CurrentTheme::theme();
+        QLinearGradient gradient(0, height(), 0, 0);
+        gradient.setColorAt(0, theme.aboutWindowBackgroundGradientStartColor());
+        gradient.setColorAt(1, theme.aboutWindowBackgroundGradientEndColor());
+        QPainter(this).fillRect(rect(), gradient);
+    }
+
+  private:
+    static QLabel* line(const QString& text, double size) {
+        auto* const label = new QLabel(text);
+        label->setAlignment(Qt::AlignCenter);
+        label->setWordWrap(true);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        QFont font = label->font();
+        font.setPointSizeF(font.pointSizeF() * size);
+        font.setBold(size > 1);
+        label->setFont(font);
+        return label;
+    }
+
+    void colorText() {
+        QPalette palette;
+        palette.setColor(QPalette::WindowText, CurrentTheme::theme().windowTitleBarTextColor());
+        setPalette(palette);
+    }
+};
+
+} // namespace
+
+QNAboutBox::QNAboutBox(QWidget* parent) : MVCustomWindow(new AboutContent, closable, parent) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(
+        formatted(localized(QStringLiteral("About %@")), QCoreApplication::applicationName()));
+    setFixedSize(usualSize);
+}
+
+void QNAboutBox::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        MVCustomWindow::keyPressEvent(event);
+}

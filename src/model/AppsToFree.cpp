@@ -1,0 +1,30 @@
+#include "model/AppsToFree.h"
+
+#include "model/AppList.h"
+#include "model/AppPreferences.h"
+#include "model/MVCommAppValue.h"
+#include "model/MVIgnoredApps.h"
+#include "model/PluginCommands.h"
+
+void AppsToFree::mark(const AppList& list) {
+    for (const MVCommAppValue* const app : list.apps()) {
+        const QString name = app->displayName();
+        const bool isPlain =
+            preferences_.percent(name) == AppPreferences::fullVolume && !preferences_.isMuted(name);
+        if (!isPlain && ignoredApps_.isAppIgnored(app->processName()))
+            processNames_.insert(app->processName());
+    }
+}
+
+void AppsToFree::freeConnected(const AppList& list) {
+    processNames_.removeIf([&](const QString& processName) {
+        if (!ignoredApps_.isAppIgnored(processName))
+            return true;
+        const QList<std::uint32_t> pids = list.connectedPids(processName);
+        for (const std::uint32_t pid : pids) {
+            commands_.setVolume(pid, AppPreferences::fullVolume);
+            commands_.setMute(pid, false);
+        }
+        return !pids.isEmpty();
+    });
+}

@@ -1,0 +1,131 @@
+#include "model/GestureHistory.h"
+
+#include "model/MVCommAppValue.h"
+#include "platform/text/Localization.h"
+
+#include <QScopedValueRollback>
+
+using platform::formatted;
+using platform::localized;
+using platform::MonotonicClock;
+
+namespace {
+
+constexpr std::chrono::seconds together{1};
+
+} // namespace
+
+GestureHistory::GestureHistory(Road road, std::function<void()> changed)
+    : road_(std::move(road)), changed_(std::move(changed)) {}
+
+bool GestureHistory::belongsToLast(const QString& program) const {
+    if (done_ == 0 || canRedo())
+        return false;
+    const Gesture& last = gestures_.back();
+    return last.kind == Kind::volume && last.name == program &&
+           (isHeld_ || MonotonicClock::now() - last_ < together);
+}
+
+void GestureHistory::volumeChanged(const QString& program, int before, int after) {
+    if (isFollowing_)
+        return;
+    if (belongsToLast(program)) {
+        gestures_.back().after = after;
+        last_ = MonotonicClock::now();
+    } else if (before != after) {
+        add({Kind::volume, program, before, after});
+    } else {
+        return;
+    }
+    isHeld_ = true;
+}
+
+/// A slider that has come back to where it was has done nothing.
+void GestureHistory::volumeReleased(const QString& program) {
+    if (isFollowing_ || !belongsToLast(program))
+        return;
+    isHeld_ = false;
+    last_ = MonotonicClock::now();
+    if (gestures_.back().before != gestures_.back().after)
+        return;
+    gestures_.pop_back();
+    done_ = gestures_.size();
+    tell();
+}
+
+void GestureHistory::muteChanged(const QString& program, bool muted) {
+    add({Kind::mute, program, muted ? 0 : 1, muted ? 1 : 0});
+}
+
+void GestureHistory::ignoredChanged(const QString& process, bool ignored) {
+    add({Kind::ignored, process, ignored ? 0 : 1, ignored ? 1 : 0});
+}
+
+void GestureHistory::add(Gesture gesture) {
+    if (isFollowing_)
+        return;
+    gestures_.resize(done_);
+    if (gestures_.size() == most)
+        gestures_.erase(gestures_.begin());
+    gestures_.push_back(std::move(gesture));
+    done_ = gestures_.size();
+    isHeld_ = false;
+    last_ = MonotonicClock::now();
+    tell();
+}
+
+void GestureHistory::undo() {
+    if (!canUndo())
+        return;
+    const Gesture gesture = gestures_[--done_];
+    follow(gesture, gesture.before);
+}
+
+void GestureHistory::redo() {
+    if (!canRedo())
+        return;
+    const Gesture gesture = gestures_[done_++];
+    follow(gesture, gesture.after);
+}
+
+void GestureHistory::follow(const Gesture& gesture, int value) {
+    isHeld_ = false;
+    {
+        const QScopedValueRollback following(isFollowing_, true);
+        if (gesture.kind == Kind::volume)
+            road_.setVolume(gesture.name, value);
+        else if (gesture.kind == Kind::mute)
+            road_.setMuted(gesture.name, value != 0);
+        else
+            road_.setIgnored(gesture.name, value != 0);
+    }
+    tell();
+}
+
+void GestureHistory::tell() const {
+    if (changed_)
+        changed_();
+}
+
+QString GestureHistory::textOf(const Gesture& gesture) {
+    switch (gesture.kind) {
+    case Kind::volume:
+        return formatted(localized(QStringLiteral("Volume of \"%@\"")), gesture.name);
+    case Kind::mute:
+        return formatted(gesture.after != 0 ? localized(QStringLiteral("Mute \"%@\""))
+                                            : localized(QStringLiteral("Unmute \"%@\"")),
+                         gesture.name);
+    case Kind::ignored:
+        return formatted(localized(QStringLiteral("Ignore \"%@\"")),
+                         MVCommAppValue::displayNameForProcessName(gesture.name));
+    }
+    return {};
+}
+
+QString GestureHistory::undoText() const {
+    return canUndo() ? textOf(gestures_[done_ - 1]) : QString();
+}
+
+QString GestureHistory::redoText() const {
+    return canRedo() ? textOf(gestures_[done_]) : QString();
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "platform/base/MonotonicClock.h"
+#include "platform/defaults/DefaultsFile.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/loop/DispatchQueue.h"
+#include "platform/loop/DispatchTimer.h"
+
+#include <QHash>
+#include <QMap>
+#include <QString>
+#include <QVariant>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// The values behind UserDefaults: what is set and not saved yet, over what the file holds, over
+/// what is registered. Saves on a queue of its own, soon after the first unsaved change, and again
+/// while that fails: every second for want of room, else less and less often. Any thread; make it
+/// with std::make_shared.
+class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
+  public:
+    using Reporter = std::function<void(const DefaultsTrouble& trouble)>;
+
+    struct Observer {
+        QString key;
+        std::function<void()> handler;
+        // Guarded by the store's mutex.
+        QVariant told;
+        bool isPosted = false;
+        bool isCancelled = false;
+    };
+
+    /// For all stores; null: the system log.
+    static void setReporter(Reporter reporter);
+
+    /// Without a path nothing is saved.
+    DefaultsStore(const std::filesystem::path& path, DefaultsFileCalls& calls);
+    DefaultsStore(const DefaultsStore&) = delete;
+    DefaultsStore& operator=(const DefaultsStore&) = delete;
+
+    /// Reads the file for the first time. To be called once, before everything else.
+    void load();
+
+    void registerDefaults(const QVariantMap& values);
+
+    /// Invalid: there is none.
+    QVariant stored(const QString& key) const;
+    QVariant registered(const QString& key) const;
+
+    /// `value` is storable, or invalid to remove the key.
+    void change(const QString& key, const QVariant& value);
+
+    /// False when something that is set is not in the file.
+    bool synchronize();
+
+    /// False, after a line for the log, also when that has not ended by then.
+    bool synchronize(std::chrono::milliseconds bound);
+
+    /// Whether the last save failed because the disk is full.
+    bool lacksRoom() const;
+
+    /// Saves what is not saved and waits for what is under way. The last call.
+    void finish();
+
+    std::shared_ptr<Observer> addObserver(const QString& key, std::function<void()> handler);
+    void cancelObserver(const std::shared_ptr<Observer>& observer);
+
+  private:
+    struct Change {
+        QVariant value;
+        std::uint64_t number;
+    };
+
+    bool save(bool isDurable);
+    bool hasUnsaved() const;
+    void settle(const DefaultsFile::Outcome& outcome, std::uint64_t lastNumber);
+    void report(const DefaultsFile::Outcome& outcome, DefaultsTrouble::Kind damage);
+    void saveBy(MonotonicClock::time_point deadline);
+    QVariant storedLocked(const QString& key) const;
+    QVariant effectiveLocked(const QString& key) const;
+    void tellLocked(const std::shared_ptr<Observer>& observer);
+    void tellAllLocked();
+    void tellObserver(const std::shared_ptr<Observer>& observer);
+
+    const std::shared_ptr<DispatchQueue> queue_;
+    std::optional<DefaultsFile> file_;       // the queue's blocks and load() only
+    bool isFailing_ = false;                 // likewise: has been reported
+    std::chrono::seconds retryDelay_{1};     // likewise
+    std::optional<DispatchTimer> saveTimer_; // guarded by mutex_, as all that follows
+
+    mutable std::mutex mutex_;
+    QVariantMap registered_;
+    QVariantMap inFile_;
+    QHash<QString, Change> unsaved_;
+    std::uint64_t changes_ = 0; // how many there have been
+    std::optional<MonotonicClock::time_point> saveTime_;
+    bool lacksRoom_ = false;
+    std::vector<std::shared_ptr<Observer>> observers_;
+};
+
+} // namespace platform

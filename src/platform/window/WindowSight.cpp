@@ -1,0 +1,97 @@
+#include "platform/window/WindowSight.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+
+#include <cstdlib>
+#include <memory>
+#include <utility>
+#include <xcb/xcb.h>
+
+namespace platform {
+
+namespace {
+
+constexpr unsigned sentByAClient = 0x80;
+
+struct Free {
+    void operator()(void* memory) const noexcept { std::free(memory); }
+};
+
+/// Has the X server tell of what covers the window, besides what it is asked for already.
+void askForVisibility(xcb_window_t window) {
+    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* const connection = x11 != nullptr ? x11->connection() : nullptr;
+    if (connection == nullptr)
+        return;
+    const std::unique_ptr<xcb_get_window_attributes_reply_t, Free> attributes(
+        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window),
+                                        nullptr));
+    if (attributes == nullptr)
+        return;
+    const std::uint32_t mask = attributes->your_event_mask | XCB_EVENT_MASK_VISIBILITY_CHANGE;
+    xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
+}
+
+} // namespace
+
+WindowSight::WindowSight(QWidget& window) : window_(window) {
+    window.installEventFilter(this);
+    qGuiApp->installNativeEventFilter(this);
+}
+
+WindowSight::~WindowSight() {
+    qGuiApp->removeNativeEventFilter(this);
+}
+
+void WindowSight::follow(QWindow* handle) {
+    if (handle == nullptr)
+        return;
+    const auto native = static_cast<std::uint32_t>(handle->winId());
+    if (handle_ == handle && nativeWindow_ == native)
+        return;
+    if (handle_ != handle)
+        handle->installEventFilter(this);
+    handle_ = handle;
+    nativeWindow_ = native;
+    wasExposed_ = false;
+    isCovered_ = false;
+    askForVisibility(native);
+}
+
+bool WindowSight::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == &window_) {
+        if (event->type() == QEvent::Show)
+            follow(window_.windowHandle());
+        if (event->type() == QEvent::Show || event->type() == QEvent::Hide ||
+            event->type() == QEvent::WindowStateChange)
+            review();
+    } else if (watched == handle_ && event->type() == QEvent::Expose) {
+        wasExposed_ = wasExposed_ || handle_->isExposed();
+        review();
+    }
+    return false;
+}
+
+bool WindowSight::nativeEventFilter(const QByteArray& kind, void* message, qintptr* /*result*/) {
+    if (nativeWindow_ == 0 || kind != "xcb_generic_event_t")
+        return false;
+    const auto& event = *static_cast<const xcb_generic_event_t*>(message);
+    if ((event.response_type & ~sentByAClient) != XCB_VISIBILITY_NOTIFY)
+        return false;
+    const auto& visibility = reinterpret_cast<const xcb_visibility_notify_event_t&>(event);
+    if (visibility.window != nativeWindow_)
+        return false;
+    isCovered_ = visibility.state == XCB_VISIBILITY_FULLY_OBSCURED;
+    review();
+    return false;
+}
+
+void WindowSight::review() {
+    const bool isExposed = handle_ == nullptr || handle_->isExposed() || !wasExposed_;
+    const bool isSeen = window_.isVisible() && !window_.isMinimized() && isExposed && !isCovered_;
+    if (std::exchange(isSeen_, isSeen) != isSeen)
+        Q_EMIT changed(isSeen);
+}
+
+} // namespace platform

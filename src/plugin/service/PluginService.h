@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/bus/BusCallers.h"
+#include "platform/bus/BusNameOwner.h"
+#include "plugin/memory/ApplicationWord.h"
+#include "settings/PluginWord.h"
+
+#include <QByteArray>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+/// The running plug-in on the session bus: com.quarnel.Tonvale.Plugin, the object
+/// /com/quarnel/Tonvale/Plugin with the interface of the bus name. Slots and signals marked
+/// scriptable are its methods and signals, and are told to whoever introspects. Without a session
+/// bus, or when it goes, nobody can ask and nobody hears, and that is all. Main thread only.
+class PluginService : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.quarnel.Tonvale.Plugin")
+
+  public:
+    static QString busName() { return QStringLiteral("com.quarnel.Tonvale.Plugin"); }
+    static QString objectPath() { return QStringLiteral("/com/quarnel/Tonvale/Plugin"); }
+
+    struct Handlers {
+        /// A text for people, in UTF-8.
+        std::function<std::string()> status;
+        /// See VolumeMemory. Only what the application says, the owner of com.quarnel.Tonvale, and
+        /// only if it is of this user.
+        std::function<std::optional<NamedSettings>(const std::string& file,
+                                                   std::string_view preferences,
+                                                   std::span<const std::string> news)>
+            told;
+        std::function<void(bool isThere)> applicationChanged;
+    };
+
+    /// Handlers are called from the event loop. A name that another process holds is a line in the
+    /// system log.
+    explicit PluginService(Handlers handlers);
+    ~PluginService() override;
+    PluginService(const PluginService&) = delete;
+    PluginService& operator=(const PluginService&) = delete;
+
+  public Q_SLOTS:
+    Q_SCRIPTABLE QString Status() const;
+
+    /// The application tells what it remembers: where it keeps that, the property list itself, and
+    /// the names of what is new in it. Answers what was set while an earlier one was there that had
+    /// no time to save it.
+    Q_SCRIPTABLE QList<platform::NamedSetting>
+    Remember(const QString& file, const QByteArray& preferences, const QStringList& news);
+
+  Q_SIGNALS:
+    /// Another mixer has set the volume or the mute of a program; above 100 percent as it is.
+    Q_SCRIPTABLE void ChangedElsewhere(uint pid, int percent, bool muted);
+
+    /// The volume of a program cannot be set, for a reason that is for people; an empty one takes
+    /// that back.
+    Q_SCRIPTABLE void NotControllable(uint pid, const QString& reason);
+
+  private:
+    struct Application {
+        Application(const QDBusConnection& bus, std::function<void(const QString& owner)> changed)
+            : name(bus, QStringLiteral("com.quarnel.Tonvale"), std::move(changed)), callers(bus) {}
+
+        platform::BusNameOwner name;
+        platform::BusCallers callers;
+    };
+
+    QDBusMessage answer(const QDBusMessage& call, bool isOfThisUser) const;
+    QDBusMessage remember(const QDBusMessage& call) const;
+
+    const Handlers handlers_;
+    std::unique_ptr<Application> application_; // null without a bus
+};

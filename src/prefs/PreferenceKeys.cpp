@@ -1,9 +1,0 @@
-#include "prefs/PreferenceKeys.h"
-
-QVariantMap PreferenceKeys::defaults() {
-    return {{disabledCharacterPalette, true},
-            {showInMenuBar, true},
-            {useColorMenuBarIcon, false},
-            {disableSoundEffects, false},
-            {volume, 1.0}};
-}

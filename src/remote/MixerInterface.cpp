@@ -1,0 +1,177 @@
+#include "remote/MixerInterface.h"
+
+#include "comm/MVCommConnectedProcess.h"
+#include "model/AppVolumeController.h"
+#include "model/MVCommAppValue.h"
+#include "model/MVIgnoredApp.h"
+#include "model/MVIgnoredApps.h"
+#include "remote/ControlLog.h"
+#include "remote/ControlTypes.h"
+
+#include <QDBusError>
+
+#include <algorithm>
+
+namespace {
+
+const QString ignoredProperty = QStringLiteral("Ignored");
+const QString noLongerIgnored = QStringLiteral("NoLongerIgnored");
+const QString defaultVolume = QStringLiteral("DefaultVolume");
+constexpr int noDefault = -1;
+
+BusError noSuchProgram() {
+    return {QStringLiteral("com.quarnel.Tonvale.Error.NoSuchProgram"),
+            QStringLiteral("There is no program of that name")};
+}
+
+BusError nothingRemembered() {
+    return {QStringLiteral("com.quarnel.Tonvale.Error.NothingRemembered"),
+            QStringLiteral("Nothing is remembered of the program")};
+}
+
+bool isPercent(int number) {
+    return number >= 0 && number <= 100;
+}
+
+BusError notInRange() {
+    return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
+}
+
+/// The lists of ignored programs hold the names of processes, people know what is displayed.
+QString displayed(const QString& processName) {
+    return MVCommAppValue::displayNameForProcessName(processName);
+}
+
+bool isSameName(const QString& one, const QString& other) {
+    return QString::compare(one, other, Qt::CaseInsensitive) == 0;
+}
+
+QString processNameOf(const QString& displayName) {
+    const QString sounds = kMVCommAudioDaemonName;
+    return isSameName(displayName, displayed(sounds)) ? sounds : displayName;
+}
+
+/// Null for a program that does not run.
+const MVCommAppValue* runningProgram(const AppVolumeController& controller,
+                                     const QString& displayName) {
+    const auto& running = controller.apps();
+    const auto app = std::ranges::find(running, displayName, &MVCommAppValue::displayName);
+    return app != running.end() ? *app : nullptr;
+}
+
+} // namespace
+
+MixerInterface::MixerInterface(AppVolumeController& controller, MVIgnoredApps& ignored,
+                               const std::function<void()>& showWindow)
+    : BusInterface(interfaceName())
+    , controller_(controller)
+    , ignored_(ignored)
+    , showWindow_(showWindow) {}
+
+QVariantMap MixerInterface::properties() const {
+    return {{ignoredProperty, ignoredNames()},
+            {noLongerIgnored, builtInNames(false)},
+            {defaultVolume, controller_.rememberedApps().defaultVolume().value_or(noDefault)}};
+}
+
+std::optional<BusError> MixerInterface::set(const QString& property, const QVariant& value) {
+    if (property != defaultVolume)
+        return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
+                        QStringLiteral("It can only be read")};
+    const int percent = value.toInt();
+    if (percent != noDefault && !isPercent(percent))
+        return notInRange();
+    controller_.rememberedApps().setDefaultVolume(percent == noDefault ? std::nullopt
+                                                                       : std::optional(percent));
+    ControlLog::defaultVolume(controller_.rememberedApps().defaultVolume());
+    return std::nullopt;
+}
+
+std::optional<QString> MixerInterface::signature(const QString& method) const {
+    if (method == QLatin1String("ShowWindow") || method == QLatin1String("GetRemembered"))
+        return QString();
+    if (method == QLatin1String("SetRemembered"))
+        return QStringLiteral("sib");
+    if (method == QLatin1String("Forget") || method == QLatin1String("Ignore") ||
+        method == QLatin1String("Unignore"))
+        return QStringLiteral("s");
+    return std::nullopt;
+}
+
+BusInterface::Outcome MixerInterface::call(const QString& method, const QVariantList& arguments) {
+    if (method == QLatin1String("GetRemembered"))
+        return {{remembered()}};
+    if (method == QLatin1String("ShowWindow")) {
+        showWindow_();
+        return {};
+    }
+    const QString name = arguments[0].toString();
+    if (method == QLatin1String("SetRemembered"))
+        return {{}, setRemembered(name, arguments[1].toInt(), arguments[2].toBool())};
+    if (method == QLatin1String("Forget"))
+        return {{}, forget(name)};
+    return {{}, method == QLatin1String("Ignore") ? ignore(name) : unignore(name)};
+}
+
+QStringList MixerInterface::ignoredNames() const {
+    QStringList names;
+    for (const QString& name : ignored_.custom())
+        names.append(displayed(name));
+    return names + builtInNames(true);
+}
+
+QStringList MixerInterface::builtInNames(bool enabled) const {
+    QStringList names;
+    for (const auto& entry : ignored_.builtIn()) {
+        if (entry->enabled() == enabled)
+            names.append(displayed(entry->name()));
+    }
+    return names;
+}
+
+QVariant MixerInterface::remembered() const {
+    RememberedPrograms programs;
+    for (const auto& each : controller_.rememberedApps().all())
+        programs.append({each.name, each.percent, each.muted});
+    return QVariant::fromValue(programs);
+}
+
+std::optional<BusError> MixerInterface::setRemembered(const QString& name, int percent,
+                                                      bool muted) {
+    if (name.isEmpty())
+        return noSuchProgram();
+    if (!isPercent(percent))
+        return notInRange();
+    RememberedApps& programs = controller_.rememberedApps();
+    const RememberedApps::App before = programs.of(name);
+    const bool isUnmuting = percent == before.percent && !muted; // which is possible in memory
+    if (const MVCommAppValue* const app = runningProgram(controller_, name); app && !isUnmuting) {
+        if (const QString reason = controller_.reasonNotControllable(*app); !reason.isEmpty())
+            return BusError::notControllable(reason);
+    }
+    programs.set(name, percent, muted);
+    if (before.percent != percent)
+        ControlLog::volume(name, percent);
+    if (before.muted != muted)
+        ControlLog::muted(name, muted);
+    return std::nullopt;
+}
+
+std::optional<BusError> MixerInterface::forget(const QString& name) {
+    if (!controller_.rememberedApps().forget(name))
+        return runningProgram(controller_, name) != nullptr ? nothingRemembered() : noSuchProgram();
+    ControlLog::forgotten(name);
+    return std::nullopt;
+}
+
+std::optional<BusError> MixerInterface::ignore(const QString& name) {
+    const QString process = processNameOf(name);
+    if (process.isEmpty())
+        return noSuchProgram();
+    ignored_.ignore(process);
+    return std::nullopt;
+}
+
+std::optional<BusError> MixerInterface::unignore(const QString& name) {
+    return ignored_.unignore(processNameOf(name)) ? std::nullopt : std::optional(noSuchProgram());
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "remote/BusInterface.h"
+
+class AppVolumeController;
+class MVCommAppValue;
+class MVIgnoredApps;
+
+/// com.quarnel.Tonvale.Program: one program that has an item. What is set here goes the way of the
+/// slider: to the plug-ins, into the preferences, and into the log. Lives for one call.
+class ProgramInterface final : public BusInterface {
+  public:
+    static QString interfaceName() { return QStringLiteral("com.quarnel.Tonvale.Program"); }
+
+    /// Whether a signal tells of a property's changes. A level changes all the time, and a position
+    /// with each program that comes or goes.
+    static bool isSignalled(const QString& property);
+
+    /// `app` is one of the controller's records.
+    ProgramInterface(AppVolumeController& controller, MVIgnoredApps& ignored, MVCommAppValue& app);
+
+    QVariantMap properties() const override;
+    std::optional<BusError> set(const QString& property, const QVariant& value) override;
+    std::optional<QString> signature(const QString& method) const override;
+    Outcome call(const QString& method, const QVariantList& arguments) override;
+
+  private:
+    AppVolumeController& controller_;
+    MVIgnoredApps& ignored_;
+    MVCommAppValue& app_;
+};

@@ -1,0 +1,27 @@
+#include "settings/PluginWord.h"
+
+#include <QDBusMetaType>
+#include <QList>
+
+namespace platform {
+
+QDBusArgument& operator<<(QDBusArgument& argument, const NamedSetting& setting) {
+    argument.beginStructure();
+    argument << setting.name << setting.percent << setting.muted;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, NamedSetting& setting) {
+    argument.beginStructure();
+    argument >> setting.name >> setting.percent >> setting.muted;
+    argument.endStructure();
+    return argument;
+}
+
+void registerNamedSettings() {
+    qDBusRegisterMetaType<NamedSetting>();
+    qDBusRegisterMetaType<QList<NamedSetting>>();
+}
+
+} // namespace platform

@@ -1,0 +1,9 @@
+#include "settings/PreferenceKeys.h"
+
+QVariantMap PreferenceKeys::defaults() {
+    return {{disabledCharacterPalette, true},
+            {showInMenuBar, true},
+            {useColorMenuBarIcon, false},
+            {disableSoundEffects, false},
+            {volume, 1.0}};
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "tonvalectl/BusClient.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// One program as the application tells of it.
+struct CtlProgram {
+    std::string path; ///< of its object; empty when it does not run
+    int position = 0; ///< in the window
+    std::string name;
+    int volume = 100; ///< percent
+    bool muted = false;
+    bool playing = false;
+    int activity = 0; ///< 0 to 100
+    std::uint32_t pid = 0;
+    std::string icon;
+    bool controllable = true;
+    std::string reason;
+
+    bool isRunning() const noexcept { return !path.empty(); }
+
+    /// Takes over what a dictionary a{sv} of its properties holds.
+    void update(GVariant* properties);
+};
+
+/// What tonvalectl asks of the application. All of it throws Failure.
+class Mixer {
+  public:
+    static constexpr const char* programInterface = "com.quarnel.Tonvale.Program";
+    static constexpr const char* mixerInterface = "com.quarnel.Tonvale.Mixer";
+
+    /// `bus` must outlive the object.
+    explicit Mixer(BusClient& bus) : bus_(bus) {}
+
+    /// Those that have an item, in the window's order.
+    std::vector<CtlProgram> programs();
+
+    /// Those that are remembered and have none, by name.
+    std::vector<CtlProgram> remembered(const std::vector<CtlProgram>& running);
+
+    /// The one that a person means.
+    CtlProgram find(const std::string& name);
+
+    void setVolume(const CtlProgram& program, int percent);
+    void setMuted(const CtlProgram& program, bool muted);
+    void forget(const CtlProgram& program);
+
+    /// Ignores the program that a person means, or who has just that name if nobody is known by it.
+    void ignore(const std::string& name);
+    void unignore(const std::string& name);
+    std::vector<std::string> ignored();
+
+    /// Percent; -1 is none.
+    int defaultVolume();
+    void setDefaultVolume(int percent);
+
+    void showWindow();
+
+    /// From the answer to GetManagedObjects.
+    static std::vector<CtlProgram> programsIn(GVariant* answer);
+
+  private:
+    void setProperty(const std::string& path, const char* interface, const char* property,
+                     GVariant* value);
+    Variant property(const char* name);
+    std::vector<std::string> names(const char* list);
+    std::string nameToIgnore(const std::string& name);
+    void setRemembered(const CtlProgram& program, int percent, bool muted);
+    void callNamed(const char* method, const std::string& name);
+
+    BusClient& bus_;
+};

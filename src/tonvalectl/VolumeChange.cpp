@@ -1,0 +1,36 @@
+#include "tonvalectl/VolumeChange.h"
+
+#include "tonvalectl/Failure.h"
+#include "tonvalectl/Messages.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+constexpr int full = 100;
+
+} // namespace
+
+VolumeChange VolumeChange::parse(std::string_view text) {
+    std::string_view digits = text;
+    const char sign = digits.empty() ? '\0' : digits.front();
+    const bool isStep = sign == '+' || sign == '-';
+    if (isStep)
+        digits.remove_prefix(1);
+    if (digits.ends_with('%'))
+        digits.remove_suffix(1);
+    int number = -1;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    const bool isNumber = error == std::errc() && end == digits.data() + digits.size() &&
+                          digits.front() != '-' && number <= full;
+    if (!isNumber)
+        throw Failure(ExitCode::badNumber,
+                      Messages::text("“%1” is no volume: it is 0 to 100, or a step such as +5%.",
+                                     {std::string(text)}));
+    return {sign == '-' ? -number : number, isStep};
+}
+
+int VolumeChange::appliedTo(int before) const {
+    return isStep ? std::clamp(before + percent, 0, full) : percent;
+}
