@@ -33,17 +33,17 @@ using bench::cpuOf;
 using Clock = std::chrono::steady_clock;
 
 /// Programs without icons, which take an application with windows.
-class BareWorkspace final : public platform::Workspace {
+class BareWorkspace final : public Workspace {
   public:
-    QList<platform::RunningApplication> running;
+    QList<RunningApplication> running;
 
-    std::optional<QList<platform::RunningApplication>> runningApplications() const override {
+    std::optional<QList<RunningApplication>> runningApplications() const override {
         return running;
     }
     void lookAgain() override {}
-    QIcon iconForProgram(const platform::ProgramOfName& /*program*/) const override { return {}; }
-    QString whyNamed(const platform::ProgramOfName& /*program*/) const override { return {}; }
-    void setTileColors(const platform::TileColors& /*colors*/) override {}
+    QIcon iconForProgram(const ProgramOfName& /*program*/) const override { return {}; }
+    QString whyNamed(const ProgramOfName& /*program*/) const override { return {}; }
+    void setTileColors(const TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return {}; }
 };
 

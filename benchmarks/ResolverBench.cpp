@@ -46,10 +46,10 @@ struct Entries {
             << "[Desktop Entry]\nType=Application\nName=Sleep\nExec=sleep\n";
     }
 
-    platform::DesktopEntries read() const { return {{folder.path()}, {language, {}}, files}; }
+    DesktopEntries read() const { return {{folder.path()}, {language, {}}, files}; }
 
     const support::PrivateFolder folder;
-    const platform::ProgramFiles files;
+    const ProgramFiles files;
 };
 
 /// A program with an entry that a shell has started, as in a terminal.
@@ -64,8 +64,8 @@ struct Stage {
     }
 
     const Entries entries;
-    const platform::DesktopEntries read = entries.read();
-    const platform::ProcessView processes;
+    const DesktopEntries read = entries.read();
+    const ProcessView processes;
     const support::ChildProcess child{{"sleep", "3600"}};
     std::uint64_t start = 0;
 };
@@ -78,7 +78,7 @@ std::shared_ptr<void> makeStage() {
     return stage;
 }
 
-void expectSleep(const platform::ApplicationIdentity& identity) {
+void expectSleep(const ApplicationIdentity& identity) {
     if (identity.name != "Sleep")
         throw std::runtime_error("the program is not known by its entry");
 }
@@ -86,7 +86,7 @@ void expectSleep(const platform::ApplicationIdentity& identity) {
 double resolveFirst() {
     constexpr std::size_t times = 200;
     const auto stage = currentStage.lock();
-    platform::ApplicationResolver resolver(stage->read, stage->processes);
+    ApplicationResolver resolver(stage->read, stage->processes);
     return bench::nanosecondsEach(times,
                                   [&] {
                                       for (std::size_t i = 0; i < times; ++i) {
@@ -101,8 +101,8 @@ double resolveFirst() {
 double resolveAgain() {
     constexpr std::size_t times = 100'000;
     const auto stage = currentStage.lock();
-    const platform::ClientProperties client{"Sleep", "", "sleep", "sleep"};
-    platform::ApplicationResolver resolver(stage->read, stage->processes);
+    const ClientProperties client{"Sleep", "", "sleep", "sleep"};
+    ApplicationResolver resolver(stage->read, stage->processes);
     expectSleep(resolver.resolve(stage->child.pid(), stage->start, client));
     return bench::nanosecondsEach(
                times,
@@ -126,8 +126,8 @@ double readEntries() {
     return bench::nanosecondsEach(
                1,
                [&] {
-                   const platform::DesktopEntries read = entries->read();
-                   const platform::DesktopEntry* const one = read.find("org.example.program-7");
+                   const DesktopEntries read = entries->read();
+                   const DesktopEntry* const one = read.find("org.example.program-7");
                    if (one == nullptr || one->name != "program-7 in another language")
                        throw std::runtime_error("an entry is missing");
                }) /

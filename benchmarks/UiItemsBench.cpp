@@ -52,7 +52,7 @@ class Window {
     }
 
     void fill() {
-        QList<platform::RunningApplication> running;
+        QList<RunningApplication> running;
         for (std::uint32_t i = 0; i < items; ++i)
             running.append({i + 1, QStringLiteral("Music Player %1").arg(i), {}});
         model_.workspace.setRunningApplications(running);

@@ -67,7 +67,7 @@ void updateCallback() {
 
 void MVAppController::initialize() {
     FileAlerts::listen();
-    platform::ForeignImages::setReporter(&reportAboutImage);
+    ForeignImages::setReporter(&reportAboutImage);
     UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
 }
 
@@ -142,7 +142,7 @@ void MVAppController::storeMessageLanguage() {
 
 void MVAppController::colorTiles() {
     const MVBlackTheme& theme = CurrentTheme::theme();
-    platform::Workspace::shared().setTileColors(
+    Workspace::shared().setTileColors(
         {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
 }
 
@@ -203,7 +203,7 @@ void MVAppController::connectPlugins() {
 
 void MVAppController::hearPlugin() {
     AppVolumeController& controller = *volumeController_;
-    pluginReports_ = std::make_unique<platform::PluginReports>(platform::PluginReports::Handlers{
+    pluginReports_ = std::make_unique<PluginReports>(PluginReports::Handlers{
         [&](std::uint32_t pid, int percent, bool muted) {
             controller.changedElsewhere(pid, percent, muted);
         },

@@ -11,10 +11,12 @@ class ControlService;
 class PluginCare;
 class VolumeWindow;
 
+class PluginReports;
+
 namespace platform {
 class BusNameWatch;
-class PluginReports;
 class SingleInstance;
+
 } // namespace platform
 
 /// The application: owns the window and what is behind it, and knows what happens at the
@@ -75,7 +77,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;
-    std::unique_ptr<platform::PluginReports> pluginReports_;
+    std::unique_ptr<PluginReports> pluginReports_;
     std::unique_ptr<PluginCare> pluginCare_;
     std::unique_ptr<platform::BusNameWatch> helper_;
 };

@@ -17,8 +17,6 @@
 #include <utility>
 #include <vector>
 
-namespace platform {
-
 namespace {
 
 const QString& busName() {
@@ -62,7 +60,7 @@ class PluginReports::Receiver : public QObject {
                     const QDBusPendingReply<QList<NamedSetting>> reply = *answer;
                     answer->deleteLater();
                     report(reply.error());
-                    guarded(kExceptionInNotification, [&] {
+                    platform::guarded(platform::kExceptionInNotification, [&] {
                         answered(reply.isError() ? std::nullopt : std::optional(reply.value()));
                     });
                 });
@@ -89,37 +87,37 @@ class PluginReports::Receiver : public QObject {
     void report(const QDBusError& error) {
         if (error.type() != QDBusError::NoReply && error.type() != QDBusError::ServiceUnknown &&
             std::exchange(lastError_, error.name()) != error.name() && error.isValid())
-            systemLog(LogPriority::warning, "The plug-in refused the settings: %s",
+            systemLog(platform::LogPriority::warning, "The plug-in refused the settings: %s",
                       qUtf8Printable(error.message()));
     }
 
     void take(const QString& sender, const std::function<void()>& tell) {
         constexpr std::size_t bound = 256;
         if (plugin_.owner() && sender == *plugin_.owner())
-            guarded(kExceptionInNotification, tell);
+            platform::guarded(platform::kExceptionInNotification, tell);
         else if (!plugin_.owner() && early_.size() < bound)
             early_.push_back({sender, tell});
     }
 
     void setOwner(const QString& owner) {
         if (std::exchange(wasThere_, !owner.isEmpty()))
-            guarded(kExceptionInNotification, handlers_.gone);
+            platform::guarded(platform::kExceptionInNotification, handlers_.gone);
         for (const Report& report : std::exchange(early_, {}))
             take(report.sender, report.tell);
         if (isThere())
-            guarded(kExceptionInNotification, handlers_.came);
+            platform::guarded(platform::kExceptionInNotification, handlers_.came);
     }
 
     QDBusConnection bus_;
     const Handlers handlers_;
-    BusNameOwner plugin_;
+    platform::BusNameOwner plugin_;
     bool wasThere_ = false;
     QString lastError_;
     std::vector<Report> early_; // from before it was known who the plug-in is
 };
 
 PluginReports::PluginReports(Handlers handlers) {
-    if (const QDBusConnection bus = sessionBus(); bus.isConnected())
+    if (const QDBusConnection bus = platform::sessionBus(); bus.isConnected())
         receiver_ = std::make_unique<Receiver>(bus, std::move(handlers));
 }
 
@@ -128,7 +126,5 @@ PluginReports::~PluginReports() = default;
 bool PluginReports::tell(const PluginWord& word, Answered answered) {
     return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
 }
-
-} // namespace platform
 
 #include "PluginReports.moc"

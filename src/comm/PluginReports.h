@@ -10,8 +10,6 @@
 #include <memory>
 #include <optional>
 
-namespace platform {
-
 /// What the audio plug-in tells on the session bus beside its socket: signals of the interface
 /// com.quarnel.Tonvale.Plugin at /com/quarnel/Tonvale/Plugin, from the program that owns the name
 /// com.quarnel.Tonvale.Plugin; what others send there is not heard. And what it is told there.
@@ -50,5 +48,3 @@ class PluginReports {
     class Receiver;
     std::unique_ptr<Receiver> receiver_; // null without a bus
 };
-
-} // namespace platform

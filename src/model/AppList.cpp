@@ -16,17 +16,17 @@ QLocale personsLocale() {
     return locale.language() == QLocale::C ? QLocale(QLocale::English) : locale;
 }
 
-QSet<QString> namesOf(const QList<platform::RunningApplication>& applications) {
+QSet<QString> namesOf(const QList<RunningApplication>& applications) {
     QSet<QString> names;
     names.reserve(applications.size());
-    for (const platform::RunningApplication& each : applications)
+    for (const RunningApplication& each : applications)
         names.insert(each.localizedName);
     return names;
 }
 
 } // namespace
 
-AppList::AppList(const platform::Workspace& workspace, Rules rules)
+AppList::AppList(const Workspace& workspace, Rules rules)
     : workspace_(workspace), rules_(std::move(rules)), collator_(personsLocale()) {
     collator_.setCaseSensitivity(Qt::CaseInsensitive);
 }
@@ -43,15 +43,15 @@ void AppList::mergeConnections(QList<MVCommConnectedProcess> connections) {
     }
 }
 
-QList<AppList::Change> AppList::mergeRunningApps(QList<platform::RunningApplication> running,
+QList<AppList::Change> AppList::mergeRunningApps(QList<RunningApplication> running,
                                                  std::uint32_t own) {
     const bool isFirst = !oldRunningApps_;
-    const auto old = std::exchange(oldRunningApps_, std::move(running))
-                         .value_or(QList<platform::RunningApplication>());
+    const auto old =
+        std::exchange(oldRunningApps_, std::move(running)).value_or(QList<RunningApplication>());
     const QSet<QString> oldNames = namesOf(old);
     QList<Change> changes;
     running_.clear();
-    for (const platform::RunningApplication& each : std::as_const(*oldRunningApps_)) {
+    for (const RunningApplication& each : std::as_const(*oldRunningApps_)) {
         if (each.pid == own)
             continue;
         const QString& name = each.localizedName;
@@ -65,7 +65,7 @@ QList<AppList::Change> AppList::mergeRunningApps(QList<platform::RunningApplicat
             add(MVCommAppValue::initWithRunningApp(each, workspace_));
     }
     const QSet<QString> newNames = namesOf(*oldRunningApps_);
-    for (const platform::RunningApplication& each : old) {
+    for (const RunningApplication& each : old) {
         if (!newNames.contains(each.localizedName))
             changes.append({Change::quit, each.localizedName});
     }

@@ -41,7 +41,7 @@ class AppList {
     };
 
     /// `workspace` must outlive the list.
-    AppList(const platform::Workspace& workspace, Rules rules);
+    AppList(const Workspace& workspace, Rules rules);
     ~AppList();
     AppList(const AppList&) = delete;
     AppList& operator=(const AppList&) = delete;
@@ -51,7 +51,7 @@ class AppList {
 
     /// The same, without the program of process `own`. Answers what has changed since the last
     /// time, in order, nothing at the first time; a launch counts only where there was no record.
-    QList<Change> mergeRunningApps(QList<platform::RunningApplication> running, std::uint32_t own);
+    QList<Change> mergeRunningApps(QList<RunningApplication> running, std::uint32_t own);
 
     /// Removes records that no source names or that are ignored, gives each the process that it
     /// stands for now, restores its settings and sorts. A record keeps its process while a
@@ -102,14 +102,14 @@ class AppList {
     void sort();
     void index();
 
-    const platform::Workspace& workspace_;
+    const Workspace& workspace_;
     const Rules rules_;
     QCollator collator_;
     std::vector<Entry> entries_;
     QHash<QString, MVCommAppValue*> byName_;
     Processes connected_; // by process name
     Processes running_;   // likewise, without our own
-    std::optional<QList<platform::RunningApplication>> oldRunningApps_;
+    std::optional<QList<RunningApplication>> oldRunningApps_;
     QList<MVCommAppValue*> apps_;
     QHash<std::uint32_t, qsizetype> indexOfPid_;
 };

@@ -42,7 +42,7 @@ void log(const AppList::Change& change) {
 } // namespace
 
 AppVolumeController::Surroundings AppVolumeController::sharedSurroundings() {
-    return {MVComm::sharedComm(), MVIgnoredApps::sharedInstance(), platform::Workspace::shared(),
+    return {MVComm::sharedComm(), MVIgnoredApps::sharedInstance(), Workspace::shared(),
             platform::UserDefaults::standard(), platform::UserDefaults::standardPath()};
 }
 
@@ -59,7 +59,7 @@ AppVolumeController::AppVolumeController(const Surroundings& surroundings)
     , newApps_(seen_, appPrefs_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
     , briefing_(defaults_, surroundings.preferencesFile,
-                [this](const platform::NamedSetting& newer) { rememberedApps_.learn(newer); })
+                [this](const NamedSetting& newer) { rememberedApps_.learn(newer); })
     , toBeFreed_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },

@@ -30,9 +30,11 @@ class MVCommAppValue;
 class MVIgnoredApps;
 struct MVCommActivityMessage;
 
+class Workspace;
+
 namespace platform {
 class UserDefaults;
-class Workspace;
+
 } // namespace platform
 
 /// Behind the volume window: keeps the records of all programs that have an item, gives them the
@@ -52,7 +54,7 @@ class AppVolumeController {
     struct Surroundings {
         MVComm& comm;
         MVIgnoredApps& ignoredApps;
-        platform::Workspace& workspace;
+        Workspace& workspace;
         platform::UserDefaults& defaults;
         std::filesystem::path preferencesFile; ///< of `defaults`; empty when there is none
         PreferenceCopies::Folders copyFolders = PreferenceCopies::standardFolders();
@@ -180,7 +182,7 @@ class AppVolumeController {
     MVComm& comm_;
     PluginCommands commands_;
     MVIgnoredApps& ignoredApps_;
-    platform::Workspace& workspace_;
+    Workspace& workspace_;
     platform::UserDefaults& defaults_;
     const double initTime_;
     AppPreferences appPrefs_;

@@ -7,7 +7,7 @@
 #include <utility>
 
 std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithApp(const MVCommConnectedProcess* app,
-                                                            const platform::Workspace& workspace) {
+                                                            const Workspace& workspace) {
     if (app == nullptr)
         return nullptr;
     return std::unique_ptr<MVCommAppValue>(
@@ -15,9 +15,8 @@ std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithApp(const MVCommConnecte
                            app->name, app->path, app->pid, app->isAudioDaemon, false));
 }
 
-std::unique_ptr<MVCommAppValue>
-MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
-                                   const platform::Workspace& workspace) {
+std::unique_ptr<MVCommAppValue> MVCommAppValue::initWithRunningApp(const RunningApplication& app,
+                                                                   const Workspace& workspace) {
     const bool isGeneric = app.bundlePath.isEmpty();
     const QString& path = pathOf(app);
     QIcon icon = isGeneric ? workspace.genericApplicationIcon()
@@ -26,7 +25,7 @@ MVCommAppValue::initWithRunningApp(const platform::RunningApplication& app,
         std::move(icon), isGeneric, app.localizedName, path, app.pid, false, true));
 }
 
-const QString& MVCommAppValue::pathOf(const platform::RunningApplication& app) {
+const QString& MVCommAppValue::pathOf(const RunningApplication& app) {
     return app.executablePath.isEmpty() ? app.bundlePath : app.executablePath;
 }
 
@@ -51,7 +50,7 @@ void MVCommAppValue::setProcess(std::uint32_t pid, const QString& path) {
     path_ = path;
 }
 
-void MVCommAppValue::updateIcon(const platform::Workspace& workspace) {
+void MVCommAppValue::updateIcon(const Workspace& workspace) {
     QIcon icon = isGeneric_ ? icon_ : workspace.iconForProgram({pid_, processName_, path_});
     if (icon.cacheKey() == icon_.cacheKey())
         return;

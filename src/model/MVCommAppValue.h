@@ -9,10 +9,8 @@
 
 struct MVCommConnectedProcess;
 
-namespace platform {
 struct RunningApplication;
 class Workspace;
-} // namespace platform
 
 /// What setActivity() has done.
 enum MVCommActivityChange : int {
@@ -40,12 +38,11 @@ class MVCommAppValue final : public QObject {
   public:
     /// For a connected program; none for null.
     static std::unique_ptr<MVCommAppValue> initWithApp(const MVCommConnectedProcess* app,
-                                                       const platform::Workspace& workspace);
+                                                       const Workspace& workspace);
 
     /// For a running program that is not connected.
-    static std::unique_ptr<MVCommAppValue>
-    initWithRunningApp(const platform::RunningApplication& app,
-                       const platform::Workspace& workspace);
+    static std::unique_ptr<MVCommAppValue> initWithRunningApp(const RunningApplication& app,
+                                                              const Workspace& workspace);
 
     /// What a person reads: for the process of the system's sound effects its name in the person's
     /// language, else the name itself.
@@ -81,7 +78,7 @@ class MVCommAppValue final : public QObject {
     bool hasActivity() const noexcept { return hasActivity_; }
 
     /// Has it take the icon that the workspace has for it by now.
-    void updateIcon(const platform::Workspace& workspace);
+    void updateIcon(const Workspace& workspace);
 
   Q_SIGNALS:
     void iconChanged();
@@ -93,7 +90,7 @@ class MVCommAppValue final : public QObject {
   private:
     friend class AppList; // which finds out that a name belongs to another process now
 
-    static const QString& pathOf(const platform::RunningApplication& app);
+    static const QString& pathOf(const RunningApplication& app);
 
     MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path, std::uint32_t pid,
                    bool isBeeps, bool isRunningApp);

@@ -53,5 +53,5 @@ NewApps::ignoredByFormerName(const AppList& list,
 
 QString NewApps::formerName(const AppList& list, const MVCommAppValue& app) {
     const std::string path = list.connectedPath(app.processName()).toStdString();
-    return QString::fromStdString(platform::formerName(path));
+    return QString::fromStdString(::formerName(path));
 }

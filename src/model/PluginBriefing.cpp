@@ -14,7 +14,7 @@
 using platform::MonotonicClock;
 
 PluginBriefing::PluginBriefing(const platform::UserDefaults& defaults, std::filesystem::path file,
-                               std::function<void(const platform::NamedSetting&)> learn)
+                               std::function<void(const NamedSetting&)> learn)
     : defaults_(defaults)
     , file_(std::move(file))
     , learn_(std::move(learn))
@@ -48,11 +48,11 @@ void PluginBriefing::tell() {
     isWaiting_ = sender_(word(), [this](const auto& newer) { answered(newer); });
 }
 
-void PluginBriefing::answered(const std::optional<QList<platform::NamedSetting>>& newer) {
+void PluginBriefing::answered(const std::optional<QList<NamedSetting>>& newer) {
     isWaiting_ = false;
     if (newer) {
         news_.subtract(onTheWay_);
-        for (const platform::NamedSetting& setting : *newer) {
+        for (const NamedSetting& setting : *newer) {
             if (!news_.contains(setting.name))
                 learn_(setting);
         }
@@ -61,7 +61,7 @@ void PluginBriefing::answered(const std::optional<QList<platform::NamedSetting>>
         changed();
 }
 
-platform::PluginWord PluginBriefing::word() const {
+PluginWord PluginBriefing::word() const {
     QVariantMap preferences;
     for (const QString& key :
          {PreferenceKeys::apps, PreferenceKeys::seenApps, PreferenceKeys::newAppVolume,

@@ -23,8 +23,7 @@ class UserDefaults;
 class PluginBriefing {
   public:
     /// As PluginReports::tell().
-    using Sender =
-        std::function<bool(const platform::PluginWord& word, platform::PluginReports::Answered)>;
+    using Sender = std::function<bool(const PluginWord& word, PluginReports::Answered)>;
 
     /// Words are no closer to each other than that.
     static constexpr std::chrono::milliseconds pace{100};
@@ -32,7 +31,7 @@ class PluginBriefing {
     /// `file` is that of `defaults`, which must outlive the object. `learn` takes what the plug-in
     /// knows newer, unless a person has set something else meanwhile.
     PluginBriefing(const platform::UserDefaults& defaults, std::filesystem::path file,
-                   std::function<void(const platform::NamedSetting&)> learn);
+                   std::function<void(const NamedSetting&)> learn);
 
     /// Until then nobody is told.
     void setSender(Sender sender) { sender_ = std::move(sender); }
@@ -50,12 +49,12 @@ class PluginBriefing {
 
   private:
     void tell();
-    void answered(const std::optional<QList<platform::NamedSetting>>& newer);
-    platform::PluginWord word() const;
+    void answered(const std::optional<QList<NamedSetting>>& newer);
+    PluginWord word() const;
 
     const platform::UserDefaults& defaults_;
     const std::filesystem::path file_;
-    const std::function<void(const platform::NamedSetting&)> learn_;
+    const std::function<void(const NamedSetting&)> learn_;
     Sender sender_;
     QSet<QString> news_;     // keys, that no plug-in has taken
     QSet<QString> onTheWay_; // those of them that the word has that waits for its answer

@@ -50,7 +50,7 @@ void RememberedApps::set(const QString& displayName, int percent, bool muted) {
     keep(displayName, percent, muted);
 }
 
-void RememberedApps::learn(const platform::NamedSetting& setting) {
+void RememberedApps::learn(const NamedSetting& setting) {
     QNLog(qnlog_information, "Took %d %%%@ for '%@' from the plug-in; it had not been saved",
           setting.percent, setting.muted ? ", muted," : "", MVCommLogText(setting.name));
     if (MVCommAppValue* const app = recordOf(setting.name))

@@ -6,14 +6,11 @@
 #include <functional>
 #include <optional>
 
-namespace platform {
-struct NamedSetting;
-}
-
 class AppPreferences;
 class AppVolumeController;
 class MVCommAppValue;
 class SeenApps;
+struct NamedSetting;
 
 /// What is remembered of programs, by the names that are displayed and whether they run or not, for
 /// who has no item to set it at. Main thread only.
@@ -40,7 +37,7 @@ class RememberedApps {
     void set(const QString& displayName, int percent, bool muted);
 
     /// Takes over what the plug-in has of a program already.
-    void learn(const platform::NamedSetting& setting);
+    void learn(const NamedSetting& setting);
 
     /// Has a program be as if it had never been seen; one that is running goes to full volume, not
     /// muted. False when nothing was remembered.

@@ -13,8 +13,6 @@
 #include <cctype>
 #include <iterator>
 
-namespace platform {
-
 namespace {
 
 /// What sound libraries and runtimes say when the program says nothing.
@@ -156,18 +154,19 @@ std::string fittingName(std::string_view text) {
     std::string clean;
     text = text.substr(0, text.find('\0'));
     for (text = trimmed(text); !text.empty();) {
-        const std::size_t length = utf8Length(text);
+        const std::size_t length = platform::utf8Length(text);
         const std::size_t taken = length != 0 ? length : 1;
         const std::string_view bytes = text.substr(0, taken);
         text.remove_prefix(taken);
-        if (length != 0 && bytes[0] != '\n' && disturbsLine(utf8Character(bytes)))
+        if (length != 0 && bytes[0] != '\n' &&
+            platform::disturbsLine(platform::utf8Character(bytes)))
             continue;
         if (clean.size() + taken > longestApplicationName)
             break;
         clean += bytes;
     }
     clean.resize(trimmed(clean).size());
-    makeHarmless(clean, ControlsKept::none);
+    platform::makeHarmless(clean, platform::ControlsKept::none);
     return clean;
 }
 
@@ -236,5 +235,3 @@ std::string formerName(std::string_view path) {
     const bool isImage = without(file, {".appimage"}) != file;
     return fittingName(isImage ? appImageLabel(path) : fileLabel(path));
 }
-
-} // namespace platform

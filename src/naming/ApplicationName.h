@@ -4,8 +4,6 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
-
 class ProgramFiles;
 struct ProcessRecord;
 struct ProgramCommand;
@@ -47,5 +45,3 @@ std::string typedName(const ProgramCommand& command, const ProcessRecord& proces
 
 /// The folder of a program in one of Steam's libraries, which has the game's name; or empty.
 std::string gameFolder(std::string_view path);
-
-} // namespace platform

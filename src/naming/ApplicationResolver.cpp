@@ -5,8 +5,6 @@
 #include "naming/DesktopEntries.h"
 #include "naming/ProgramKinds.h"
 
-namespace platform {
-
 namespace {
 
 /// Beyond that many processes, most of those that are kept have ended.
@@ -133,5 +131,3 @@ ApplicationIdentity identifyApplication(const ProcessRecord& process,
                                         const ProcessView& processes) {
     return ApplicationSearch(process, client, entries, processes).answer();
 }
-
-} // namespace platform

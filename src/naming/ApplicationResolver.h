@@ -9,8 +9,6 @@
 #include <unordered_map>
 #include <vector>
 
-namespace platform {
-
 class DesktopEntries;
 struct DesktopEntry;
 
@@ -150,5 +148,3 @@ ApplicationIdentity identifyApplication(const ProcessRecord& process,
                                         const ClientProperties& client,
                                         const DesktopEntries& entries,
                                         const ProcessView& processes);
-
-} // namespace platform

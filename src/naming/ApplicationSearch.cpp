@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <tuple>
 
-namespace platform {
-
 namespace {
 
 using Found = DesktopEntries::Found;
@@ -145,7 +143,7 @@ const DesktopEntry* ApplicationSearch::sandboxEntry(const Member& member) const 
         return nullptr;
     const Found found = entries_.ofSandbox(member.process.sandbox);
     if (found.empty() || !found.front()->snap.empty()) {
-        const std::string part = snapPart(member.process.controlGroups);
+        const std::string part = platform::snapPart(member.process.controlGroups);
         const std::string name =
             member.process.sandbox.substr(member.process.sandbox.find('.') + 1);
         const auto rank = [&](const DesktopEntry* entry) {
@@ -248,7 +246,7 @@ void ApplicationSearch::climb() {
             family_.push_back(std::move(parent));
         } else {
             isOver = true;
-            unitAbove_ = systemdUnit(parent.process.controlGroups);
+            unitAbove_ = platform::systemdUnit(parent.process.controlGroups);
             if (std::ranges::any_of(family_, [](const Member& each) { return each.entry; }))
                 return;
         }
@@ -287,10 +285,10 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
 /// started in it.
 const DesktopEntry* ApplicationSearch::unitEntry() const {
     const Member& main = family_.back();
-    const std::string unit = systemdUnit(main.process.controlGroups);
+    const std::string unit = platform::systemdUnit(main.process.controlGroups);
     if (unit.empty() || unit == unitAbove_ || startsOthers(main.kind))
         return nullptr;
-    for (const std::string& id : unitApplications(unit)) {
+    for (const std::string& id : platform::unitApplications(unit)) {
         const DesktopEntry* const entry = entries_.find(id);
         if (entry != nullptr)
             return !entry->startsOthers &&
@@ -400,5 +398,3 @@ void ApplicationSearch::take(const DesktopEntry& entry, NameEvidence evidence,
     identity.icon = entry.icon;
     identity.evidence = evidence;
 }
-
-} // namespace platform

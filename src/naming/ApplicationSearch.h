@@ -6,8 +6,6 @@
 
 #include <vector>
 
-namespace platform {
-
 /// The search for the application of one process: looks at the process, then at those above it as
 /// far as they are of its family. For one answer; what it takes by reference must outlive it.
 class ApplicationSearch {
@@ -55,5 +53,3 @@ class ApplicationSearch {
     std::string unitAbove_;      ///< of the process that started the family
     std::string game_;           ///< the number of the game that Steam has started above
 };
-
-} // namespace platform

@@ -15,8 +15,6 @@
 #include <sys/stat.h>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 constexpr std::string_view ending = ".desktop";
@@ -64,7 +62,7 @@ bool DesktopEntries::Stamp::operator==(const Stamp& other) const noexcept {
 
 std::vector<std::string> DesktopEntries::usualFolders() {
     std::vector<std::string> folders;
-    addFolder(folders, applicationSupportDirectory(Domain::user));
+    addFolder(folders, platform::applicationSupportDirectory(platform::Domain::user));
     const char* const variable = std::getenv("XDG_DATA_DIRS");
     std::string_view rest = variable != nullptr ? variable : "";
     while (!rest.empty()) {
@@ -74,7 +72,8 @@ std::vector<std::string> DesktopEntries::usualFolders() {
     }
     addFolder(folders, "/usr/local/share");
     addFolder(folders, "/usr/share");
-    addFolder(folders, applicationSupportDirectory(Domain::user) + "/flatpak/exports/share");
+    addFolder(folders, platform::applicationSupportDirectory(platform::Domain::user) +
+                           "/flatpak/exports/share");
     addFolder(folders, "/var/lib/flatpak/exports/share");
     addFolder(folders, "/var/lib/snapd/desktop");
     return folders;
@@ -99,7 +98,7 @@ bool DesktopEntries::refresh() {
     return changed;
 }
 
-bool DesktopEntries::refresh(PathsWatch& watch) {
+bool DesktopEntries::refresh(platform::PathsWatch& watch) {
     bool isDifferent = refresh();
     if (!watch.isDue())
         return isDifferent;
@@ -260,5 +259,3 @@ const DesktopEntry* DesktopEntries::ofIcon(std::string_view icon) const {
     const Found found = in(byIcon_, icon);
     return found.size() == 1 ? found.front() : nullptr;
 }
-
-} // namespace platform

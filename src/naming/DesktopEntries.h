@@ -14,8 +14,8 @@
 #include <vector>
 
 namespace platform {
-
 class PathsWatch;
+} // namespace platform
 
 /// The desktop entries of the applications that are installed, by all that a program may be known
 /// by. An entry of an earlier folder takes the place of those of its id in later ones; a hidden one
@@ -42,7 +42,7 @@ class DesktopEntries {
     bool refresh();
 
     /// The same, and has `watch` follow the folders of entries and all files in them.
-    bool refresh(PathsWatch& watch);
+    bool refresh(platform::PathsWatch& watch);
 
     /// Reads all of them again, in another language. Nothing is done if it is the same.
     void setLanguages(const std::string& languages);
@@ -134,5 +134,3 @@ class DesktopEntries {
     Index byGame_;
     Index byIcon_;
 };
-
-} // namespace platform

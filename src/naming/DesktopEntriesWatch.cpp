@@ -6,15 +6,13 @@
 #include <chrono>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 constexpr std::chrono::milliseconds burstLength{200};
 
 } // namespace
 
-DesktopEntriesWatch::DesktopEntriesWatch(RunLoop& loop, DesktopEntries& entries,
+DesktopEntriesWatch::DesktopEntriesWatch(platform::RunLoop& loop, DesktopEntries& entries,
                                          std::function<void()> changed)
     : entries_(entries)
     , burst_(loop,
@@ -22,10 +20,8 @@ DesktopEntriesWatch::DesktopEntriesWatch(RunLoop& loop, DesktopEntries& entries,
                  if (entries_.refresh(paths_))
                      changed();
              })
-    , paths_(DispatchQueue::main(), [this] { burst_.start(burstLength); }) {
+    , paths_(platform::DispatchQueue::main(), [this] { burst_.start(burstLength); }) {
     entries_.refresh(paths_);
 }
 
 DesktopEntriesWatch::~DesktopEntriesWatch() = default;
-
-} // namespace platform

@@ -6,9 +6,10 @@
 #include <functional>
 
 namespace platform {
+class RunLoop;
+} // namespace platform
 
 class DesktopEntries;
-class RunLoop;
 
 /// Keeps desktop entries as they are in their folders, some of which may be missing and appear
 /// later. A burst of changes, as by a package manager, is read 0.2 s after its beginning, and what
@@ -21,7 +22,8 @@ class DesktopEntriesWatch {
     /// Begins to watch, and reads what has changed since the entries were read. `changed` is
     /// called from the run loop after each difference; it may destroy the watch. `entries` must
     /// outlive the object.
-    DesktopEntriesWatch(RunLoop& loop, DesktopEntries& entries, std::function<void()> changed);
+    DesktopEntriesWatch(platform::RunLoop& loop, DesktopEntries& entries,
+                        std::function<void()> changed);
 
     /// No call comes afterwards.
     ~DesktopEntriesWatch();
@@ -30,8 +32,6 @@ class DesktopEntriesWatch {
 
   private:
     DesktopEntries& entries_;
-    Timer burst_;
-    PathsWatch paths_;
+    platform::Timer burst_;
+    platform::PathsWatch paths_;
 };
-
-} // namespace platform

@@ -9,8 +9,6 @@
 #include <memory>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
@@ -176,5 +174,3 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
     entry.startsOthers = isStarterOfOthers(file, entry);
     return entry;
 }
-
-} // namespace platform

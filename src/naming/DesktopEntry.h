@@ -7,8 +7,6 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
-
 class ProgramFiles;
 
 /// In which surroundings desktop entries are read.
@@ -54,5 +52,3 @@ struct DesktopEntry {
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
                                              const DesktopSurroundings& surroundings,
                                              const ProgramFiles& files);
-
-} // namespace platform

@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <iterator>
 
-namespace platform {
-
 namespace {
 
 /// Whether what lies there is mostly made anew at each start, under another name.
@@ -82,5 +80,3 @@ std::string nameBeside(const std::string& plain, const std::vector<std::string>&
     }
     return plain;
 }
-
-} // namespace platform

@@ -5,8 +5,6 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
-
 /// Programs that are known by the name of their file only, and have the same one: while both are
 /// there, the later one's name carries its folder, as in "player (nightly)". The names of folders
 /// that tell programs apart are those that stay the same at each start and with each version; see
@@ -33,5 +31,3 @@ struct NamedProgram {
 /// such a folder it is the plain name too, so that both are one program for a person.
 std::string nameBeside(const std::string& plain, const std::vector<std::string>& folders,
                        std::span<const NamedProgram> others);
-
-} // namespace platform

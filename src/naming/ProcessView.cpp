@@ -12,8 +12,6 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace platform {
-
 namespace {
 
 constexpr std::string_view appImageMount = "/tmp/.mount_";
@@ -24,7 +22,7 @@ std::string contentOf(pid_t process, const char* name) {
     constexpr std::size_t largest = 1 << 20;
     constexpr std::size_t step = 1 << 14;
     const std::string path = "/proc/" + std::to_string(process) + "/" + name;
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const platform::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::string content;
     std::size_t size = 0;
     for (ssize_t got = file ? 1 : 0; got > 0 && size < largest;
@@ -79,7 +77,7 @@ bool namesItself(pid_t process, std::string_view value) {
     pid_t number = 0;
     if (std::from_chars(value.data(), value.data() + value.size(), number).ec != std::errc{})
         return false;
-    const std::vector<pid_t> numbers = processNumbers(process);
+    const std::vector<pid_t> numbers = platform::processNumbers(process);
     return std::ranges::find(numbers, number) != numbers.end();
 }
 
@@ -97,7 +95,7 @@ void readEnvironment(ProcessRecord& record) {
 
 std::optional<ProcessRecord> ProcessView::process(pid_t pid) const {
     const auto start = startTime(pid);
-    const auto user = processUser(pid);
+    const auto user = platform::processUser(pid);
     if (!start || !user)
         return std::nullopt;
     ProcessRecord record;
@@ -105,16 +103,17 @@ std::optional<ProcessRecord> ProcessView::process(pid_t pid) const {
     readStatus(record);
     record.startTime = *start;
     record.user = *user;
-    record.executable = executablePath(pid).value_or("");
+    record.executable = platform::executablePath(pid).value_or("");
     record.arguments = split(contentOf(pid, "cmdline"));
-    record.controlGroups = controlGroups(pid);
-    record.sandbox = sandboxApplication(fileSeenBy(pid, "/.flatpak-info"), record.controlGroups);
+    record.controlGroups = platform::controlGroups(pid);
+    record.sandbox = platform::sandboxApplication(platform::fileSeenBy(pid, "/.flatpak-info"),
+                                                  record.controlGroups);
     readEnvironment(record);
     return record;
 }
 
 std::optional<std::uint64_t> ProcessView::startTime(pid_t pid) const {
-    return processStartTime(pid);
+    return platform::processStartTime(pid);
 }
 
 std::vector<pid_t> ProcessView::processesOf(uid_t user) const {
@@ -125,11 +124,10 @@ std::vector<pid_t> ProcessView::processesOf(uid_t user) const {
         const std::string name = each->path().filename();
         pid_t pid = 0;
         const auto [rest, failure] = std::from_chars(name.data(), name.data() + name.size(), pid);
-        if (failure == std::errc{} && rest == name.data() + name.size() && processUser(pid) == user)
+        if (failure == std::errc{} && rest == name.data() + name.size() &&
+            platform::processUser(pid) == user)
             processes.push_back(pid);
     }
     std::ranges::sort(processes);
     return processes;
 }
-
-} // namespace platform

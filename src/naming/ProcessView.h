@@ -6,8 +6,6 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace platform {
-
 /// What can be seen of a process from outside. Numbers are those of our own pid namespace, empty
 /// texts are facts that the kernel hides from us.
 struct ProcessRecord {
@@ -49,5 +47,3 @@ class ProcessView {
     /// Those of one user, in the order of their numbers.
     virtual std::vector<pid_t> processesOf(uid_t user) const;
 };
-
-} // namespace platform

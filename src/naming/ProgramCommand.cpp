@@ -8,8 +8,6 @@
 #include <glib.h>
 #include <initializer_list>
 
-namespace platform {
-
 namespace {
 
 using Words = std::span<const std::string>;
@@ -329,5 +327,3 @@ bool isInFolder(std::string_view path, std::string_view folder) noexcept {
     return !folder.empty() && path.size() > folder.size() && path.starts_with(folder) &&
            path[folder.size()] == '/';
 }
-
-} // namespace platform

@@ -5,8 +5,6 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
-
 struct ProcessRecord;
 
 /// The program that a command comes to, once what only prepares its way (env, sh -c, sandboxes) and
@@ -53,5 +51,3 @@ std::string packageFolder(std::string_view program);
 
 /// Whether the path lies in the folder, at any depth.
 bool isInFolder(std::string_view path, std::string_view folder) noexcept;
-
-} // namespace platform

@@ -9,8 +9,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform {
-
 namespace {
 
 constexpr std::array<const char*, 7> usualFolders{"/usr/local/bin",   "/usr/bin",   "/bin",
@@ -88,5 +86,3 @@ bool ProgramFiles::isScript(const std::string& path) const {
     return file.read(beginning.data(), beginning.size()) && beginning[0] == '#' &&
            beginning[1] == '!';
 }
-
-} // namespace platform

@@ -3,8 +3,6 @@
 #include <string>
 #include <vector>
 
-namespace platform {
-
 /// What the file system says about programs. The default asks the one that we run on; recorded
 /// situations answer from plain data. Any thread, as long as none changes the environment.
 class ProgramFiles {
@@ -33,5 +31,3 @@ class ProgramFiles {
     // sessions, and both have to find the same.
     std::vector<std::string> searchPath_;
 };
-
-} // namespace platform

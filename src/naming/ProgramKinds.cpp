@@ -3,8 +3,6 @@
 #include <span>
 #include <unordered_map>
 
-namespace platform {
-
 namespace {
 
 // The tables are never destroyed, since other threads may ask until the process has ended.
@@ -351,5 +349,3 @@ std::string_view folderName(std::string_view path) noexcept {
     const std::size_t start = static_cast<std::size_t>(name.data() - path.data());
     return start > 1 ? path.substr(0, start - 1) : std::string_view();
 }
-
-} // namespace platform

@@ -2,8 +2,6 @@
 
 #include <string_view>
 
-namespace platform {
-
 /// What a program does for others. It decides whether a process may have its name from the process
 /// that started it. Any thread.
 enum class ProgramKind {
@@ -42,5 +40,3 @@ std::string_view fileName(std::string_view path) noexcept;
 
 /// The path without its last component, with no slash at its end; empty when it has one component.
 std::string_view folderName(std::string_view path) noexcept;
-
-} // namespace platform

@@ -6,8 +6,6 @@
 #include <cctype>
 #include <iterator>
 
-namespace platform {
-
 namespace {
 
 bool isDigit(char each) noexcept {
@@ -96,5 +94,3 @@ std::string_view stableFolderAbove(std::string_view path) {
         name = stableFolderName(fileName(path));
     return name;
 }
-
-} // namespace platform

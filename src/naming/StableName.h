@@ -2,8 +2,6 @@
 
 #include <string_view>
 
-namespace platform {
-
 /// What stays of the names of files and folders from one version of a program to the next, and from
 /// one start to the next. The answers are parts of what they are given. Any thread.
 
@@ -17,5 +15,3 @@ std::string_view stableFolderName(std::string_view folder);
 
 /// The stable name of the nearest folder above the file that has one; or empty.
 std::string_view stableFolderAbove(std::string_view path);
-
-} // namespace platform

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-namespace platform {
-
 namespace {
 
 bool isIn(std::span<const pid_t> line, pid_t process) {
@@ -22,7 +20,7 @@ bool isOldest(const std::string& unit, const ProcessRecord& process, std::span<c
             return false;
         const auto other = processes.process(each);
         return other && other->startTime < process.startTime &&
-               systemdUnit(other->controlGroups) == unit;
+               platform::systemdUnit(other->controlGroups) == unit;
     });
 }
 
@@ -30,7 +28,7 @@ bool isOldest(const std::string& unit, const ProcessRecord& process, std::span<c
 
 bool isStartOfUnit(const std::string& unit, const DesktopEntry& entry, const ProcessRecord& process,
                    std::span<const pid_t> line, const ProcessView& processes) {
-    if (const pid_t first = processOfScope(unit); first != 0)
+    if (const pid_t first = platform::processOfScope(unit); first != 0)
         return isIn(line, first);
     const bool hasSession = unit.ends_with(".service") && process.session != 0;
     // What has been left behind may have made a session for itself.
@@ -41,5 +39,3 @@ bool isStartOfUnit(const std::string& unit, const DesktopEntry& entry, const Pro
 bool mayBecomeAnother(const DesktopEntry& entry) {
     return entry.program.empty() || entry.programIsScript || entry.command.isInterpreted;
 }
-
-} // namespace platform

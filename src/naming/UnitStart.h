@@ -4,8 +4,6 @@
 #include <string>
 #include <sys/types.h>
 
-namespace platform {
-
 struct DesktopEntry;
 struct ProcessRecord;
 class ProcessView;
@@ -24,5 +22,3 @@ bool isStartOfUnit(const std::string& unit, const DesktopEntry& entry, const Pro
 /// Whether the entry's program becomes another one that nobody knows from the entry: it is a
 /// script, or nobody can tell what it is.
 bool mayBecomeAnother(const DesktopEntry& entry);
-
-} // namespace platform

@@ -56,8 +56,8 @@ int serve(platform::RunLoop& loop) {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
-    platform::preferThisThread(platform::systemBus());
-    const platform::TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
+    preferThisThread(platform::systemBus());
+    const TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     const platform::MainQueueService mainQueue(loop);
     PluginHost* running = nullptr;
     PluginService service(
@@ -72,7 +72,7 @@ int serve(platform::RunLoop& loop) {
     running = &host;
     const platform::DistributedNotificationObserver launches(
         QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.applicationLaunched(); });
-    const platform::ResumeObserver resumes([&host] { host.resumed(); });
+    const ResumeObserver resumes([&host] { host.resumed(); });
     return QCoreApplication::exec();
 }
 

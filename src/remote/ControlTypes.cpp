@@ -3,7 +3,7 @@
 #include <QDBusMetaType>
 
 void registerControlTypes() {
-    platform::registerNamedSettings();
+    registerNamedSettings();
     qDBusRegisterMetaType<BusInterfaces>();
     qDBusRegisterMetaType<BusTree>();
 }

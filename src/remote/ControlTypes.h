@@ -10,9 +10,9 @@
 
 // What goes over the bus and is no type of the toolkit's own.
 
-using RememberedPrograms = QList<platform::NamedSetting>; // a(sib)
-using BusInterfaces = QMap<QString, QVariantMap>;         // a{sa{sv}}
-using BusTree = QMap<QDBusObjectPath, BusInterfaces>;     // a{oa{sa{sv}}}
+using RememberedPrograms = QList<NamedSetting>;       // a(sib)
+using BusInterfaces = QMap<QString, QVariantMap>;     // a{sa{sv}}
+using BusTree = QMap<QDBusObjectPath, BusInterfaces>; // a{oa{sa{sv}}}
 
 /// To be called before one of them is sent.
 void registerControlTypes();

@@ -3,8 +3,6 @@
 #include <QDBusMetaType>
 #include <QList>
 
-namespace platform {
-
 QDBusArgument& operator<<(QDBusArgument& argument, const NamedSetting& setting) {
     argument.beginStructure();
     argument << setting.name << setting.percent << setting.muted;
@@ -23,5 +21,3 @@ void registerNamedSettings() {
     qDBusRegisterMetaType<NamedSetting>();
     qDBusRegisterMetaType<QList<NamedSetting>>();
 }
-
-} // namespace platform

@@ -6,8 +6,6 @@
 #include <QString>
 #include <QStringList>
 
-namespace platform {
-
 // What application and plug-in say to each other on the session bus.
 
 /// The settings of a program, by the name that is displayed; (sib) on the bus.
@@ -35,6 +33,4 @@ struct PluginWord {
     QStringList news;       ///< the names in it that a person has set since the plug-in last heard
 };
 
-} // namespace platform
-
-Q_DECLARE_METATYPE(platform::NamedSetting)
+Q_DECLARE_METATYPE(NamedSetting)

@@ -128,8 +128,9 @@ void VolumeWindow::ignore(const QString& process) {
     if (!surroundings_.stopIgnoring)
         return;
     history_.ignoredChanged(process, true);
-    notice_->tell(formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
-                            oneLineText(MVCommAppValue::displayNameForProcessName(process))));
+    notice_->tell(
+        formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
+                  platform::oneLineText(MVCommAppValue::displayNameForProcessName(process))));
 }
 
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no

@@ -9,8 +9,6 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 /// Processes, some of which have windows that say nothing.
@@ -38,9 +36,9 @@ class WindowedProcesses final : public ProcessView {
 } // namespace
 
 std::shared_ptr<ApplicationScan> ApplicationScan::live() {
-    return std::make_shared<ApplicationScan>(
-        Surroundings{DesktopEntries::usualFolders(),
-                     DesktopSurroundings::current(messageLanguage()), SessionOfUser::current()});
+    return std::make_shared<ApplicationScan>(Surroundings{
+        DesktopEntries::usualFolders(), DesktopSurroundings::current(platform::messageLanguage()),
+        SessionOfUser::current()});
 }
 
 ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<ProcessView> processes)
@@ -94,7 +92,7 @@ ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& 
     return identity;
 }
 
-void ApplicationScan::watchEntries(std::shared_ptr<DispatchQueue> queue,
+void ApplicationScan::watchEntries(std::shared_ptr<platform::DispatchQueue> queue,
                                    std::function<void()> changed) {
     watch_.emplace(std::move(queue), std::move(changed));
 }
@@ -107,7 +105,8 @@ void ApplicationScan::refresh() {
     try {
         entries_->refresh(*watch_);
     } catch (const std::system_error& error) { // no thread or descriptor is left
-        systemLog(LogPriority::error, "The desktop entries can't be watched: %s", error.what());
+        systemLog(platform::LogPriority::error, "The desktop entries can't be watched: %s",
+                  error.what());
         watch_.reset();
     }
 }
@@ -118,5 +117,3 @@ void ApplicationScan::prepare() {
     entries_.emplace(surroundings_.folders, surroundings_.desktop, files_);
     resolver_.emplace(*entries_, *processes_);
 }
-
-} // namespace platform

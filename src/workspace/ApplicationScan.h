@@ -16,8 +16,8 @@
 #include <vector>
 
 namespace platform {
-
 class DispatchQueue;
+} // namespace platform
 
 /// Finds out which applications run, and what is known of a program by its name. Reads the desktop
 /// entries at the first question, which takes its time, and those that have changed at each look.
@@ -40,7 +40,8 @@ class ApplicationScan {
     /// Has running() follow the desktop entries from now on: when they may have changed, `changed`
     /// is called on the queue, which has to be the one where this object is used. The next
     /// running() reads them, and until then nothing is told again.
-    void watchEntries(std::shared_ptr<DispatchQueue> queue, std::function<void()> changed);
+    void watchEntries(std::shared_ptr<platform::DispatchQueue> queue,
+                      std::function<void()> changed);
 
     /// The regular applications. Of processes `withWindows` none is taken for a service. If this
     /// one is of an application that is listed, it is the main process.
@@ -61,7 +62,5 @@ class ApplicationScan {
     const std::unique_ptr<ProcessView> processes_;
     std::optional<DesktopEntries> entries_; // from the first question on
     std::optional<ApplicationResolver> resolver_;
-    std::optional<PathsWatch> watch_;
+    std::optional<platform::PathsWatch> watch_;
 };
-
-} // namespace platform

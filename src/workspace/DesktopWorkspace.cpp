@@ -13,8 +13,6 @@
 #include <set>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -56,11 +54,11 @@ RunningApplication runningApplication(const ApplicationIdentity& identity) {
 
 } // namespace
 
-DesktopWorkspace::DesktopWorkspace(RunLoop& loop, std::shared_ptr<ApplicationScan> scan,
+DesktopWorkspace::DesktopWorkspace(platform::RunLoop& loop, std::shared_ptr<ApplicationScan> scan,
                                    const QDBusConnection& bus)
     : loop_(loop)
     , scan_(std::move(scan))
-    , queue_(DispatchQueue::makeSerial("com.quarnel.applications"))
+    , queue_(platform::DispatchQueue::makeSerial("com.quarnel.applications"))
     , soon_(loop, [this] { look(); })
     , later_(loop, [this] { look(); })
     , asking_(loop, [this] { identifyAsked(); })
@@ -68,7 +66,7 @@ DesktopWorkspace::DesktopWorkspace(RunLoop& loop, std::shared_ptr<ApplicationSca
     , windows_([this] { hear(); })
     , self_(std::make_shared<DesktopWorkspace*>(this)) {
     scan_->watchEntries(queue_, [self = self_] {
-        DispatchQueue::main()->async([self] {
+        platform::DispatchQueue::main()->async([self] {
             if (*self != nullptr)
                 (*self)->hearOfEntries();
         });
@@ -83,7 +81,7 @@ DesktopWorkspace::~DesktopWorkspace() {
 /// Of a change that the desktop tells of.
 void DesktopWorkspace::hear() {
     if (!soon_.isActive())
-        soon_.startAt(std::max(MonotonicClock::now() + burstLength, nextLook_));
+        soon_.startAt(std::max(platform::MonotonicClock::now() + burstLength, nextLook_));
     later_.start(becomingTime);
 }
 
@@ -94,11 +92,11 @@ void DesktopWorkspace::hearOfEntries() {
 
 void DesktopWorkspace::lookAgain() {
     if (!soon_.isActive())
-        soon_.startAt(std::max(MonotonicClock::now(), nextLook_));
+        soon_.startAt(std::max(platform::MonotonicClock::now(), nextLook_));
 }
 
 void DesktopWorkspace::look() {
-    nextLook_ = MonotonicClock::now() + leastInterval;
+    nextLook_ = platform::MonotonicClock::now() + leastInterval;
     hasNews_ = isLooking_;
     if (std::exchange(isLooking_, true))
         return;
@@ -145,7 +143,7 @@ void DesktopWorkspace::watchEnds() {
     for (const pid_t process : wanted) {
         if (ends_.contains(process))
             continue;
-        auto watch = ProcessWatch::create(loop_, process, [this] { hear(); });
+        auto watch = platform::ProcessWatch::create(loop_, process, [this] { hear(); });
         if (watch == nullptr && errno == ESRCH)
             hear();
         ends_.emplace(process, std::move(watch));
@@ -188,8 +186,9 @@ void DesktopWorkspace::setTileColors(const TileColors& colors) {
 
 QString DesktopWorkspace::whyNamed(const ProgramOfName& program) const {
     const ApplicationIdentity* const identity = findOrAsk(program);
-    return identity != nullptr ? localized(QString::fromLatin1(describe(identity->evidence)))
-                               : QString();
+    return identity != nullptr
+               ? platform::localized(QString::fromLatin1(describe(identity->evidence)))
+               : QString();
 }
 
 /// A burst of questions is one piece of work.
@@ -230,11 +229,9 @@ void DesktopWorkspace::takeIdentified(const Identities& identified) {
 void DesktopWorkspace::inBackground(std::function<Identities(ApplicationScan&)> work,
                                     TakeAnswer answer) {
     queue_->async([scan = scan_, self = self_, work = std::move(work), answer] {
-        DispatchQueue::main()->async([self, answer, result = work(*scan)] {
+        platform::DispatchQueue::main()->async([self, answer, result = work(*scan)] {
             if (*self != nullptr)
                 ((*self)->*answer)(result);
         });
     });
 }
-
-} // namespace platform

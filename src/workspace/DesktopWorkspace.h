@@ -16,9 +16,9 @@
 #include <vector>
 
 namespace platform {
-
 class DispatchQueue;
 class RunLoop;
+} // namespace platform
 
 /// The workspace of the desktop that we run on. It looks at the processes, on a queue of its own,
 /// when it hears of something: from systemd's manager of the person's session, from the window
@@ -29,7 +29,7 @@ class DesktopWorkspace final : public Workspace {
   public:
     /// Begins to look. `loop` is the main thread's and serves the main queue; `bus` is where
     /// systemd's manager may be.
-    DesktopWorkspace(RunLoop& loop, std::shared_ptr<ApplicationScan> scan,
+    DesktopWorkspace(platform::RunLoop& loop, std::shared_ptr<ApplicationScan> scan,
                      const QDBusConnection& bus);
     ~DesktopWorkspace() override;
 
@@ -67,9 +67,9 @@ class DesktopWorkspace final : public Workspace {
     void takeIdentified(const Identities& identified);
     void inBackground(std::function<Identities(ApplicationScan&)> work, TakeAnswer answer);
 
-    RunLoop& loop_;
+    platform::RunLoop& loop_;
     const std::shared_ptr<ApplicationScan> scan_; // used on the queue
-    const std::shared_ptr<DispatchQueue> queue_;
+    const std::shared_ptr<platform::DispatchQueue> queue_;
     mutable ProgramIcons icons_;
 
     std::optional<QList<RunningApplication>> running_;
@@ -77,19 +77,17 @@ class DesktopWorkspace final : public Workspace {
     QHash<QString, Identified> identified_; // what else has been asked about
     mutable std::vector<ProgramOfName> asked_;
     std::vector<ProgramOfName> underway_; // of what has been asked
-    std::map<pid_t, std::unique_ptr<ProcessWatch>> ends_;
+    std::map<pid_t, std::unique_ptr<platform::ProcessWatch>> ends_;
     bool isLooking_ = false;
     bool hasNews_ = false;         // since the look began
     bool haveEntriesNews_ = false; // that no look has read
     bool isReadingNews_ = false;   // of entries
-    MonotonicClock::time_point nextLook_;
+    platform::MonotonicClock::time_point nextLook_;
 
-    Timer soon_;
-    Timer later_;
-    mutable Timer asking_;
+    platform::Timer soon_;
+    platform::Timer later_;
+    mutable platform::Timer asking_;
     const UnitWatch units_;
     const WindowList windows_;
     const std::shared_ptr<DesktopWorkspace*> self_; // null after the destruction
 };
-
-} // namespace platform

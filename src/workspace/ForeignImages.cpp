@@ -5,8 +5,6 @@
 
 #include <atomic>
 
-namespace platform {
-
 namespace {
 
 thread_local int depth = 0;
@@ -39,5 +37,3 @@ ForeignImages::~ForeignImages() {
     if (--depth == 0)
         qInstallMessageHandler(usualHandler);
 }
-
-} // namespace platform

@@ -2,8 +2,6 @@
 
 class QString;
 
-namespace platform {
-
 /// While one lives, images of other programs are read or drawn. What Qt says of damaged ones
 /// (categories such as qt.svg, but also of fonts and colors that an image asks for) concerns no
 /// person at a terminal: it goes to the reporter instead of Qt's message handler. What other
@@ -20,5 +18,3 @@ class ForeignImages {
     ForeignImages(const ForeignImages&) = delete;
     ForeignImages& operator=(const ForeignImages&) = delete;
 };
-
-} // namespace platform

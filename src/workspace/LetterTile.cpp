@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 /// The first character, as a person counts, that is a letter or a number; else the first one.
@@ -78,5 +76,3 @@ class LetterTileEngine final : public QIconEngine {
 QIcon letterTile(const QString& name, const TileColors& colors) {
     return QIcon(new LetterTileEngine(initialOf(name), colors)); // which owns it
 }
-
-} // namespace platform

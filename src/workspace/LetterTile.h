@@ -4,8 +4,6 @@
 #include <QIcon>
 #include <QString>
 
-namespace platform {
-
 /// What letter tiles are painted with.
 struct TileColors {
     QColor tile = {0x60, 0x68, 0x70};
@@ -15,5 +13,3 @@ struct TileColors {
 /// An icon for a program that has none: the first letter of its name on a tile. Sharp at every
 /// size. The main thread only, with an application object.
 QIcon letterTile(const QString& name, const TileColors& colors);
-
-} // namespace platform

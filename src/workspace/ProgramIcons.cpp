@@ -8,8 +8,6 @@
 
 #include <cstring>
 
-namespace platform {
-
 namespace {
 
 constexpr int usualSize = 32;
@@ -75,5 +73,3 @@ QIcon ProgramIcons::find(const QString& icon, const QString& executable,
     }
     return letterTile(name, colors_);
 }
-
-} // namespace platform

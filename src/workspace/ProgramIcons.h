@@ -6,8 +6,6 @@
 #include <QIcon>
 #include <QString>
 
-namespace platform {
-
 /// The icons of programs, from the desktop's theme. What has been answered is kept, so that the
 /// same question has the same icon. The main thread only, with an application object.
 class ProgramIcons {
@@ -27,5 +25,3 @@ class ProgramIcons {
     TileColors colors_;
     QHash<QString, QIcon> known_;
 };
-
-} // namespace platform

@@ -12,8 +12,6 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 /// Asks for each process once.
@@ -44,7 +42,7 @@ bool isService(const ProcessRecord& process) {
 }
 
 bool isOfSession(const ProcessRecord& process, const SessionOfUser& session) {
-    const std::string own = loginSession(process.controlGroups);
+    const std::string own = platform::loginSession(process.controlGroups);
     return process.user == session.user &&
            (own.empty() || session.session.empty() || own == session.session);
 }
@@ -87,5 +85,3 @@ std::vector<ApplicationIdentity> regularApplications(const DesktopEntries& entri
     }
     return applications;
 }
-
-} // namespace platform

@@ -6,8 +6,6 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace platform {
-
 /// Whose processes count.
 struct SessionOfUser {
     uid_t user = 0;
@@ -29,5 +27,3 @@ struct SessionOfUser {
 std::vector<ApplicationIdentity> regularApplications(const DesktopEntries& entries,
                                                      const ProcessView& processes,
                                                      const SessionOfUser& session);
-
-} // namespace platform

@@ -12,8 +12,6 @@
 
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 const QString& busName() {
@@ -77,7 +75,8 @@ class UnitWatch::Receiver : public QObject {
             const QDBusPendingReply<> reply = *answer;
             if (reply.isValid()) {
                 manager_ = reply.reply().service();
-                guarded(kExceptionInNotification, changed_); // what has come meanwhile
+                platform::guarded(platform::kExceptionInNotification,
+                                  changed_); // what has come meanwhile
             }
             answer->deleteLater();
         });
@@ -87,7 +86,7 @@ class UnitWatch::Receiver : public QObject {
         const bool hasProcesses =
             unit.endsWith(QLatin1String(".scope")) || unit.endsWith(QLatin1String(".service"));
         if (hasProcesses && isListening() && message.service() == manager_)
-            guarded(kExceptionInNotification, changed_);
+            platform::guarded(platform::kExceptionInNotification, changed_);
     }
 
     const std::function<void()> changed_;
@@ -106,7 +105,5 @@ UnitWatch::~UnitWatch() = default;
 bool UnitWatch::isListening() const noexcept {
     return receiver_ != nullptr && receiver_->isListening();
 }
-
-} // namespace platform
 
 #include "UnitWatch.moc"

@@ -5,8 +5,6 @@
 #include <functional>
 #include <memory>
 
-namespace platform {
-
 /// Tells when the systemd manager of a bus, on the session bus the person's own, starts or ends
 /// something that may be an application: a scope or a service. Silent on a bus without one. Begins
 /// anew with a manager that comes later. Never waits for the bus. The main thread only.
@@ -26,5 +24,3 @@ class UnitWatch {
 
     std::unique_ptr<Receiver> receiver_; // null without a bus
 };
-
-} // namespace platform

@@ -9,17 +9,15 @@
 #include <vector>
 #include <xcb/xcb.h>
 
-namespace platform {
-
 namespace {
 
-using x11::answerOf;
-using x11::askForEvents;
-using x11::connection;
-using x11::nameAtom;
-using x11::Owned;
-using x11::rootWindow;
-using x11::sentByAClient;
+using platform::x11::answerOf;
+using platform::x11::askForEvents;
+using platform::x11::connection;
+using platform::x11::nameAtom;
+using platform::x11::Owned;
+using platform::x11::rootWindow;
+using platform::x11::sentByAClient;
 
 constexpr std::uint32_t mostWindows = 1024;
 
@@ -82,8 +80,6 @@ bool WindowList::nativeEventFilter(const QByteArray& kind, void* message, qintpt
         return false;
     const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
     if (property.window == root_ && property.atom == clientList_)
-        guarded(kExceptionInNotification, changed_);
+        platform::guarded(platform::kExceptionInNotification, changed_);
     return false;
 }
-
-} // namespace platform

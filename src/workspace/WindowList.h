@@ -7,8 +7,6 @@
 #include <set>
 #include <sys/types.h>
 
-namespace platform {
-
 /// The windows of an X11 desktop, as its window manager lists them. Where Qt does not draw on X11
 /// there are none. The main thread only, with an application object.
 class WindowList final : private QAbstractNativeEventFilter {
@@ -31,5 +29,3 @@ class WindowList final : private QAbstractNativeEventFilter {
     std::uint32_t clientList_ = 0;
     std::uint32_t windowProcess_ = 0;
 };
-
-} // namespace platform

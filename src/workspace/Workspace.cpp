@@ -4,12 +4,8 @@
 #include "platform/loop/RunLoop.h"
 #include "workspace/DesktopWorkspace.h"
 
-namespace platform {
-
 Workspace& Workspace::shared() {
-    static auto& workspace =
-        *new DesktopWorkspace(*RunLoop::current(), ApplicationScan::live(), sessionBus());
+    static auto& workspace = *new DesktopWorkspace(*platform::RunLoop::current(),
+                                                   ApplicationScan::live(), platform::sessionBus());
     return workspace;
 }
-
-} // namespace platform

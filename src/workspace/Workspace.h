@@ -10,8 +10,6 @@
 #include <functional>
 #include <optional>
 
-namespace platform {
-
 /// A program that a person would say is running in this session.
 struct RunningApplication {
     std::uint32_t pid = 0; ///< of its main process
@@ -78,5 +76,3 @@ class Workspace {
   private:
     std::function<void()> handler_;
 };
-
-} // namespace platform

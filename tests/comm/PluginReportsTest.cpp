@@ -28,8 +28,8 @@ class Taker : public QObject, protected QDBusContext {
     bool answers_ = true;
 
   public Q_SLOTS:
-    Q_SCRIPTABLE QList<platform::NamedSetting>
-    Remember(const QString& file, const QByteArray& preferences, const QStringList& news) {
+    Q_SCRIPTABLE QList<NamedSetting> Remember(const QString& file, const QByteArray& preferences,
+                                              const QStringList& news) {
         taken_ += file + QString::fromUtf8(preferences) + news.join('+');
         setDelayedReply(!answers_);
         return {{"Player", 30, true}};
@@ -60,7 +60,7 @@ class PluginReportsTest : public testing::Test {
     static void SetUpTestSuite() { bus.emplace(); }
     static void TearDownTestSuite() { bus.reset(); }
 
-    platform::PluginReports::Handlers record() {
+    PluginReports::Handlers record() {
         return {[this](std::uint32_t pid, int percent, bool muted) {
                     heard_ += QStringLiteral("%1 %2 %3").arg(pid).arg(percent).arg(int{muted});
                 },
@@ -87,7 +87,7 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
     const support::SystemLogRecorder log;
     std::optional<Peer> plugin(std::in_place, *bus);
     plugin->own();
-    const platform::PluginReports reports(record());
+    const PluginReports reports(record());
     Peer stranger(*bus);
     const QString changed = "ChangedElsewhere";
     const QString refused = "NotControllable";
@@ -115,7 +115,7 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
 }
 
 TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
-    const platform::PluginReports reports(record());
+    const PluginReports reports(record());
     Peer plugin(*bus);
     plugin.own();
     plugin.say("ChangedElsewhere", {2U, 2, false});
@@ -123,11 +123,11 @@ TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
 }
 
 TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
-    using Newer = std::optional<QList<platform::NamedSetting>>;
+    using Newer = std::optional<QList<NamedSetting>>;
     const support::SystemLogRecorder log;
     std::vector<Newer> answers;
-    const platform::PluginWord word{"/file", "bytes", {"a", "b"}};
-    platform::PluginReports reports(record());
+    const PluginWord word{"/file", "bytes", {"a", "b"}};
+    PluginReports reports(record());
     const auto tell = [&] {
         return reports.tell(word, [&](const Newer& newer) { answers.push_back(newer); });
     };

@@ -336,7 +336,7 @@ TEST_F(PluginIdentityTest, NamesAreInTheLanguageOfTheApplicationAndFollowTheEntr
 
 TEST_F(PluginIdentityTest, ProgramsOfOneFileNameAreTwoWhileBothAreThere) {
     const std::filesystem::path build = std::filesystem::path(STREAM_PLAYER).parent_path();
-    if (platform::tellingFolders((build / "a/jukebox").string(), "jukebox").empty())
+    if (tellingFolders((build / "a/jukebox").string(), "jukebox").empty())
         GTEST_SKIP() << "the build lies in a temporary folder, which tells nothing";
     const support::ScopedVariable place("TMPDIR", build);
     const support::PrivateFolder programs;

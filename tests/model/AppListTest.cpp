@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <set>
 
-using platform::RunningApplication;
-
 namespace {
 
 using Change = AppList::Change;

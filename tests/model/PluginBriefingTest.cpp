@@ -11,25 +11,24 @@ namespace {
 /// The plug-in's side of the bus: answers when the test says so.
 class PluginBriefingTest : public AppVolumeFixture {
   protected:
-    using Answered = platform::PluginReports::Answered;
+    using Answered = PluginReports::Answered;
 
     std::optional<support::ManualClock> clock_; // from when the programs are connected
     bool isThere_ = false;
-    std::vector<platform::PluginWord> words_;
+    std::vector<PluginWord> words_;
     std::vector<Answered> waiting_;
 
     void SetUp() override {
-        controller_.briefing().setSender(
-            [this](const platform::PluginWord& word, Answered answered) {
-                if (!isThere_)
-                    return false;
-                words_.push_back(word);
-                waiting_.push_back(std::move(answered));
-                return true;
-            });
+        controller_.briefing().setSender([this](const PluginWord& word, Answered answered) {
+            if (!isThere_)
+                return false;
+            words_.push_back(word);
+            waiting_.push_back(std::move(answered));
+            return true;
+        });
     }
 
-    void answer(const std::optional<QList<platform::NamedSetting>>& newer) {
+    void answer(const std::optional<QList<NamedSetting>>& newer) {
         const Answered next = waiting_.front();
         waiting_.erase(waiting_.begin());
         next(newer);
@@ -72,13 +71,13 @@ TEST_F(PluginBriefingTest, TellsAllAndWhatIsNewUntilItIsTaken) {
     answer(std::nullopt);
     ASSERT_EQ(words_.size(), 2U) << "at once, since it is late";
     EXPECT_EQ(newsOf(1), QStringList({"other", "player"})) << "the first one was not taken";
-    answer(QList<platform::NamedSetting>());
+    answer(QList<NamedSetting>());
     controller_.changedElsewhere(1, 70, false);
     controller_.rememberedApps().forget("other");
     ASSERT_EQ(wordsLater(), 3U);
     EXPECT_EQ(newsOf(2), QStringList("other")) << "the plug-in knows the other";
     EXPECT_EQ(toldPercent(2, "player"), 70);
-    answer(QList<platform::NamedSetting>());
+    answer(QList<NamedSetting>());
     EXPECT_EQ(wordsLater(), 3U) << "nothing has changed";
 }
 
@@ -91,8 +90,7 @@ TEST_F(PluginBriefingTest, LearnsWhatThePluginHasButForWhatWasSetMeanwhile) {
     controller_.setPercent(other, 20);
     sent();
     view_.told.clear();
-    answer(QList<platform::NamedSetting>{
-        {"player", 30, true}, {"other", 50, true}, {"gone", 60, false}});
+    answer(QList<NamedSetting>{{"player", 30, true}, {"other", 50, true}, {"gone", 60, false}});
     EXPECT_EQ(controller_.percentOf(app), 30);
     EXPECT_TRUE(app.muted());
     EXPECT_FALSE(view_.told.isEmpty());

@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-using platform::fittingName;
-using platform::formerName;
-using platform::tellingName;
-
 TEST(FittingName, IsOneLineOfUtf8ThatEndsWithAWholeCharacter) {
     EXPECT_EQ(fittingName("  Böhmischer Jäger\t\n"), "Böhmischer Jäger");
     EXPECT_EQ(fittingName("one\ntwo\x1b[31m"), "one?two?[31m");

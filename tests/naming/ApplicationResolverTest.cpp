@@ -8,14 +8,10 @@
 #include <filesystem>
 #include <fstream>
 
-using platform::ApplicationIdentity;
-using platform::NameEvidence;
-using platform::ProcessRecord;
-
 namespace {
 
 /// One process, whose looks are counted.
-class OneProcess final : public platform::ProcessView {
+class OneProcess final : public ProcessView {
   public:
     std::optional<ProcessRecord> process(pid_t pid) const override {
         ++looks;
@@ -41,7 +37,7 @@ class ApplicationResolverTest : public testing::Test {
                              << "\nExec=/opt/player/player\nIcon=first\n";
     }
 
-    std::string nameOf(const platform::ClientProperties& client = {}) {
+    std::string nameOf(const ClientProperties& client = {}) {
         return resolver_.resolve(process, start, client).name;
     }
 
@@ -50,13 +46,13 @@ class ApplicationResolverTest : public testing::Test {
 
     const support::PrivateFolder folder_;
     const std::filesystem::path path_ = folder_.path() / "player.desktop";
-    struct AllThere final : platform::ProgramFiles {
+    struct AllThere final : ProgramFiles {
         bool isExecutable(const std::string&) const override { return true; }
         bool isScript(const std::string&) const override { return false; }
     } files_;
-    platform::DesktopEntries entries_{{folder_.path().string()}, {}, files_};
+    DesktopEntries entries_{{folder_.path().string()}, {}, files_};
     OneProcess processes_;
-    platform::ApplicationResolver resolver_{entries_, processes_};
+    ApplicationResolver resolver_{entries_, processes_};
 };
 
 } // namespace

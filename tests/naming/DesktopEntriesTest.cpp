@@ -14,8 +14,6 @@
 #include <fstream>
 
 using namespace std::chrono_literals;
-using platform::DesktopEntries;
-using platform::DesktopEntry;
 namespace fs = std::filesystem;
 
 namespace {
@@ -37,7 +35,7 @@ class DesktopEntriesTest : public testing::Test {
     const support::PrivateFolder folder_;
     const fs::path first_ = folder_.path() / "first";
     const fs::path second_ = folder_.path() / "second/deeper";
-    const platform::ProgramFiles files_;
+    const ProgramFiles files_;
 };
 
 class DesktopEntriesWatchTest : public DesktopEntriesTest {
@@ -83,7 +81,7 @@ TEST_F(DesktopEntriesTest, CountWhereTheirProgramIsAPersonsOwnWhateverTheSearchP
     write(first_ / "missing.desktop", "missing-player", "TryExec=missing-player\n");
     const support::ScopedVariable variable("HOME", home);
     const support::ScopedVariable path("PATH", "/usr/bin");
-    const platform::ProgramFiles files;
+    const ProgramFiles files;
     const DesktopEntries entries({first_}, {}, files);
     EXPECT_EQ(nameOf(entries, "own"), "own-player");
     EXPECT_EQ(entries.ofProgram((home / ".local/bin/own-player").string()).size(), 1U);
@@ -136,7 +134,7 @@ TEST_F(DesktopEntriesTest, AreReadAgainOnlyWhenTheyHaveChangedOrTheLanguageHas) 
 }
 
 TEST_F(DesktopEntriesWatchTest, FollowsFilesAndFoldersAsTheyComeAndGo) {
-    const platform::DesktopEntriesWatch watch(loop_, entries_, [this] { ++calls_; });
+    const DesktopEntriesWatch watch(loop_, entries_, [this] { ++calls_; });
     EXPECT_EQ(entries_.size(), 0U);
     EXPECT_TRUE(isTold([&] { write(first_ / "a.desktop", "one"); }));
     EXPECT_TRUE(isTold([&] { write(second_ / "sub/b.desktop", "b"); })) << "two folders at once";
@@ -162,7 +160,7 @@ TEST_F(DesktopEntriesWatchTest, FollowsFilesAndFoldersAsTheyComeAndGo) {
 
 TEST_F(DesktopEntriesWatchTest, ReadsWhatHasChangedBeforeIt) {
     write(first_ / "a.desktop", "a");
-    const platform::DesktopEntriesWatch watch(loop_, entries_, [this] { ++calls_; });
+    const DesktopEntriesWatch watch(loop_, entries_, [this] { ++calls_; });
     EXPECT_EQ(nameOf(entries_, "a"), "a");
     EXPECT_TRUE(isTold([&] { write(first_ / "b.desktop", "b"); }));
 }

@@ -8,27 +8,25 @@
 
 #include <unistd.h>
 
-using platform::ProcessView;
-
 namespace {
 
 /// A child that has its arguments already.
-platform::ProcessRecord recordOf(const support::ChildProcess& child) {
+ProcessRecord recordOf(const support::ChildProcess& child) {
     const ProcessView view;
-    std::optional<platform::ProcessRecord> record;
+    std::optional<ProcessRecord> record;
     EXPECT_TRUE(support::waitUntil([&] {
         record = view.process(child.pid());
         // In the midst of its exec a process has the executable but no arguments or environment.
         return record && record->executable.ends_with("/sleep") && !record->arguments.empty();
     }));
-    return record.value_or(platform::ProcessRecord());
+    return record.value_or(ProcessRecord());
 }
 
 } // namespace
 
 TEST(ProcessView, SeesAProcessAndNothingOfOneThatIsGone) {
     support::ChildProcess child({"sleep", "60"});
-    const platform::ProcessRecord record = recordOf(child);
+    const ProcessRecord record = recordOf(child);
     EXPECT_EQ(record.pid, child.pid());
     EXPECT_EQ(record.parent, ::getpid());
     EXPECT_EQ(record.session, ::getsid(child.pid()));

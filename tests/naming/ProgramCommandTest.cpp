@@ -1,12 +1,8 @@
 #include "naming/ProgramCommand.h"
+
 #include "naming/ProcessView.h"
 
 #include <gmock/gmock.h>
-
-using platform::commandWords;
-using platform::packageFolder;
-using platform::ProgramCommand;
-using platform::startedProgram;
 
 namespace {
 

@@ -6,9 +6,6 @@
 #include <iterator>
 #include <stdexcept>
 
-using platform::NameEvidence;
-using platform::ProcessRecord;
-
 namespace {
 
 const std::map<std::string, NameEvidence> evidences{
@@ -190,7 +187,7 @@ class Situation::Reader {
                            take("client-binary")};
         for (const std::string& other : parts(take("beside"), ';'))
             question.beside.push_back(std::stoi(other));
-        platform::ApplicationIdentity& expected = question.expected;
+        ApplicationIdentity& expected = question.expected;
         expected.name = take("name");
         if (expected.name.empty())
             fail("needs a name");
@@ -217,7 +214,7 @@ Situation::Situation(const std::filesystem::path& session, const std::filesystem
     Reader reader(*this);
     reader.read(session);
     reader.read(file);
-    entries_ = std::make_unique<platform::DesktopEntries>(
+    entries_ = std::make_unique<DesktopEntries>(
         std::vector{(folder_.path() / "user").string(), (folder_.path() / "system").string()},
         surroundings_, files_);
 }

@@ -24,17 +24,17 @@ class Situation {
         std::string title;
         pid_t process = 0;
         std::string sandbox;
-        platform::ClientProperties client;
+        ClientProperties client;
         std::vector<pid_t> beside; ///< which play already, in their order
-        platform::ApplicationIdentity expected;
+        ApplicationIdentity expected;
     };
 
     /// Reads the file on top of the one that stands for the session in which it all happens.
     /// Throws std::runtime_error when one of them says what nobody understands.
     Situation(const std::filesystem::path& session, const std::filesystem::path& file);
 
-    const platform::DesktopEntries& entries() const { return *entries_; }
-    const platform::ProcessView& processes() const { return processes_; }
+    const DesktopEntries& entries() const { return *entries_; }
+    const ProcessView& processes() const { return processes_; }
     const std::vector<Question>& questions() const { return questions_; }
 
     /// The names that a list of running applications should have.
@@ -43,7 +43,7 @@ class Situation {
     static constexpr uid_t user = 1000;
 
   private:
-    class Files final : public platform::ProgramFiles {
+    class Files final : public ProgramFiles {
       public:
         Files();
         bool isExecutable(const std::string& path) const override;
@@ -60,8 +60,8 @@ class Situation {
     const support::PrivateFolder folder_;
     Files files_;
     PlainProcesses processes_;
-    platform::DesktopSurroundings surroundings_;
-    std::unique_ptr<platform::DesktopEntries> entries_;
+    DesktopSurroundings surroundings_;
+    std::unique_ptr<DesktopEntries> entries_;
     std::vector<Question> questions_;
     std::vector<std::string> running_;
 };

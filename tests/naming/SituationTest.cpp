@@ -8,8 +8,6 @@
 
 namespace fs = std::filesystem;
 
-namespace platform {
-
 // In the words of GoogleTest's messages.
 static void PrintTo(const ApplicationIdentity& identity, std::ostream* stream) {
     *stream << "\n  name " << identity.name << "\n  pid " << identity.mainProcess << "\n  entry "
@@ -17,8 +15,6 @@ static void PrintTo(const ApplicationIdentity& identity, std::ostream* stream) {
             << "\n  evidence " << describe(identity.evidence)
             << (identity.showsPages ? "\n  shows pages" : "");
 }
-
-} // namespace platform
 
 namespace {
 
@@ -41,9 +37,9 @@ std::string testName(const testing::TestParamInfo<fs::path>& info) {
 class SituationTest : public testing::TestWithParam<fs::path> {
   protected:
     const Situation situation_{fs::path(TONVALE_SITUATIONS) / "session.ini", GetParam()};
-    platform::ApplicationResolver resolver_{situation_.entries(), situation_.processes()};
+    ApplicationResolver resolver_{situation_.entries(), situation_.processes()};
 
-    platform::ApplicationIdentity answer(const Situation::Question& question) {
+    ApplicationIdentity answer(const Situation::Question& question) {
         if (question.process == 0)
             return resolver_.resolveSandbox(question.sandbox, question.client);
         const auto start = situation_.processes().startTime(question.process);
@@ -51,21 +47,19 @@ class SituationTest : public testing::TestWithParam<fs::path> {
     }
 
     /// What it is called while those play.
-    std::string nameBeside(const std::vector<pid_t>& others,
-                           const platform::ApplicationIdentity& found) {
-        std::vector<platform::NamedProgram> there;
+    std::string nameWhile(const std::vector<pid_t>& others, const ApplicationIdentity& found) {
+        std::vector<NamedProgram> there;
         for (const pid_t other : others) {
             const auto start = situation_.processes().startTime(other);
             const auto& identity = resolver_.resolve(other, start.value_or(0));
-            there.push_back(
-                {platform::nameBeside(identity.name, identity.folders, there), identity.folders});
+            there.push_back({nameBeside(identity.name, identity.folders, there), identity.folders});
         }
-        return platform::nameBeside(found.name, found.folders, there);
+        return nameBeside(found.name, found.folders, there);
     }
 
-    std::vector<platform::ApplicationIdentity> listed() const {
-        return platform::regularApplications(situation_.entries(), situation_.processes(),
-                                             {Situation::user, "2"});
+    std::vector<ApplicationIdentity> listed() const {
+        return regularApplications(situation_.entries(), situation_.processes(),
+                                   {Situation::user, "2"});
     }
 };
 
@@ -73,9 +67,9 @@ class SituationTest : public testing::TestWithParam<fs::path> {
 
 TEST_P(SituationTest, IsSeenAsAPersonWouldSeeIt) {
     for (const Situation::Question& question : situation_.questions()) {
-        platform::ApplicationIdentity found = answer(question);
+        ApplicationIdentity found = answer(question);
         found.entryPath.clear(); // lies in the test's own folder
-        found.name = nameBeside(question.beside, found);
+        found.name = nameWhile(question.beside, found);
         found.folders.clear();
         const auto start = situation_.processes().startTime(found.mainProcess);
         EXPECT_EQ(found.mainStartTime, start.value_or(0)) << question.title;
@@ -91,7 +85,7 @@ TEST_P(SituationTest, IsTheSameFromBothSides) {
     EXPECT_EQ(names, situation_.running());
     for (const auto& application : listed()) {
         for (const Situation::Question& question : situation_.questions()) {
-            const platform::ApplicationIdentity found = answer(question);
+            const ApplicationIdentity found = answer(question);
             if (found.name != application.name)
                 continue;
             EXPECT_EQ(found.entry, application.entry);

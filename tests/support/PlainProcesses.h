@@ -7,9 +7,9 @@
 #include <vector>
 
 /// Processes that a test has made up.
-class PlainProcesses final : public platform::ProcessView {
+class PlainProcesses final : public ProcessView {
   public:
-    std::optional<platform::ProcessRecord> process(pid_t pid) const override {
+    std::optional<ProcessRecord> process(pid_t pid) const override {
         const auto found = records.find(pid);
         return found != records.end() ? std::optional(found->second) : std::nullopt;
     }
@@ -26,5 +26,5 @@ class PlainProcesses final : public platform::ProcessView {
         return processes;
     }
 
-    std::map<pid_t, platform::ProcessRecord> records;
+    std::map<pid_t, ProcessRecord> records;
 };

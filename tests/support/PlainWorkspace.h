@@ -8,9 +8,9 @@
 namespace support {
 
 /// A desktop on which runs what the test says.
-class PlainWorkspace final : public platform::Workspace {
+class PlainWorkspace final : public Workspace {
   public:
-    void setRunningApplications(QList<platform::RunningApplication> applications) {
+    void setRunningApplications(QList<RunningApplication> applications) {
         applications_ = std::move(applications);
         tellRunningApplications();
     }
@@ -24,23 +24,23 @@ class PlainWorkspace final : public platform::Workspace {
     /// How often somebody has wanted to know what runs now.
     int looks() const noexcept { return looks_; }
 
-    std::optional<QList<platform::RunningApplication>> runningApplications() const override {
+    std::optional<QList<RunningApplication>> runningApplications() const override {
         return applications_;
     }
     void lookAgain() override { ++looks_; }
-    QIcon iconForProgram(const platform::ProgramOfName& program) const override {
+    QIcon iconForProgram(const ProgramOfName& program) const override {
         return icons_.value(program.path, generic_);
     }
-    QString whyNamed(const platform::ProgramOfName& program) const override {
+    QString whyNamed(const ProgramOfName& program) const override {
         return reasons_.value(program.name);
     }
-    void setTileColors(const platform::TileColors& /*colors*/) override {}
+    void setTileColors(const TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return generic_; }
 
   private:
     static QIcon someIcon() { return QIcon(QPixmap(1, 1)); }
 
-    QList<platform::RunningApplication> applications_;
+    QList<RunningApplication> applications_;
     QHash<QString, QIcon> icons_;
     QHash<QString, QString> reasons_;
     int looks_ = 0;

@@ -24,7 +24,7 @@ class VolumeWindowInputTest : public VolumeWindowFixture {
   protected:
     void showPrograms(int count) {
         clock_.emplace();
-        QList<platform::RunningApplication> programs;
+        QList<RunningApplication> programs;
         for (int number = 1; number <= count; ++number)
             programs.push_back({static_cast<std::uint32_t>(number),
                                 QStringLiteral("%1 program").arg(QChar('a' + number - 1)),

@@ -15,13 +15,13 @@ TEST(ApplicationScan, KnowsAProgramByTheNameThatItHasBesideAnother) {
     record.pid = 100;
     record.startTime = 10;
     record.executable = "/home/ann/b/player";
-    platform::ApplicationScan scan({{}, {}, {record.user, ""}}, std::move(processes));
+    ApplicationScan scan({{}, {}, {record.user, ""}}, std::move(processes));
     const auto evidenceOf = [&scan](const char* name) {
         return scan.identify(100, name, "").evidence;
     };
-    EXPECT_EQ(evidenceOf("player"), platform::NameEvidence::fileName);
-    EXPECT_EQ(evidenceOf("player (b)"), platform::NameEvidence::fileName);
-    EXPECT_EQ(evidenceOf("player (a)"), platform::NameEvidence::clientName);
+    EXPECT_EQ(evidenceOf("player"), NameEvidence::fileName);
+    EXPECT_EQ(evidenceOf("player (b)"), NameEvidence::fileName);
+    EXPECT_EQ(evidenceOf("player (a)"), NameEvidence::clientName);
 }
 
 TEST(ApplicationScan, TakesThisProcessForItsApplicationEvenIfAToolOfThatWasThereBefore) {
@@ -50,7 +50,7 @@ TEST(ApplicationScan, TakesThisProcessForItsApplicationEvenIfAToolOfThatWasThere
     add(own + 1, 10, folder.path() / "mixer/mixerctl");
     add(own, 20, mixer);
     add(own + 2, 30, other);
-    platform::ApplicationScan scan({{entries}, {}, {::geteuid(), ""}}, std::move(processes));
+    ApplicationScan scan({{entries}, {}, {::geteuid(), ""}}, std::move(processes));
     const auto running = scan.running({});
     ASSERT_EQ(running.size(), 2U);
     EXPECT_EQ(running[0].name, "The mixer");

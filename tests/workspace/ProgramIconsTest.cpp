@@ -23,7 +23,7 @@ class ProgramIconsTest : public testing::Test {
     }
 
     const IconTheme theme_;
-    platform::ProgramIcons icons_;
+    ProgramIcons icons_;
 };
 
 } // namespace

@@ -18,7 +18,7 @@ TEST(UnitWatch, TellsOfScopesAndServicesOfTheManagerThatIsThere) {
     const BusConnection watching(bus.address());
     int changes = 0;
     std::optional<SystemdManager> manager(address);
-    const platform::UnitWatch watch([&] { ++changes; }, *watching);
+    const UnitWatch watch([&] { ++changes; }, *watching);
     ASSERT_TRUE(waitUntil([&] { return watch.isListening(); }));
     EXPECT_EQ(manager->subscribers(), 1);
     changes = 0;
@@ -40,11 +40,11 @@ TEST(UnitWatch, TellsOfScopesAndServicesOfTheManagerThatIsThere) {
 }
 
 TEST(UnitWatch, IsSilentWithoutAManagerAndWithoutABus) {
-    const platform::UnitWatch none([] {}, QDBusConnection("no such bus"));
+    const UnitWatch none([] {}, QDBusConnection("no such bus"));
     EXPECT_FALSE(none.isListening());
     const support::PrivateBus bus;
     BusConnection alone(bus.address());
-    const platform::UnitWatch watch([] { ADD_FAILURE(); }, *alone);
+    const UnitWatch watch([] { ADD_FAILURE(); }, *alone);
     alone.settle();
     EXPECT_FALSE(watch.isListening());
 }

@@ -51,7 +51,7 @@ class ListingManager {
 TEST(WindowList, TellsWhoseWindowsAreListedWheneverTheListChanges) {
     ListingManager manager;
     int changes = 0;
-    const platform::WindowList list([&] { ++changes; });
+    const WindowList list([&] { ++changes; });
     EXPECT_TRUE(list.owners().empty());
     auto window = std::make_unique<QWidget>();
     window->show();

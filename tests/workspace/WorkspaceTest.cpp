@@ -38,9 +38,8 @@ class WorkspaceTest : public testing::Test {
     }
 
     void begin() {
-        auto scan =
-            std::make_shared<platform::ApplicationScan>(platform::ApplicationScan::Surroundings{
-                {entries_}, {"de_DE", {}}, platform::SessionOfUser::current()});
+        auto scan = std::make_shared<ApplicationScan>(
+            ApplicationScan::Surroundings{{entries_}, {"de_DE", {}}, SessionOfUser::current()});
         workspace_.emplace(loop_, std::move(scan), QDBusConnection("no such bus"));
         workspace_->setTileColors({Qt::yellow, Qt::black});
         workspace_->setRunningApplicationsHandler([this] { ++changes_; });
@@ -51,7 +50,7 @@ class WorkspaceTest : public testing::Test {
     QStringList running() const {
         QStringList names;
         const auto applications =
-            workspace_->runningApplications().value_or(QList<platform::RunningApplication>());
+            workspace_->runningApplications().value_or(QList<RunningApplication>());
         for (const auto& each : applications)
             names += each.localizedName;
         return names;
@@ -71,7 +70,7 @@ class WorkspaceTest : public testing::Test {
     platform::RunLoop loop_;
     const platform::RunLoopNotifier notifier_{loop_};
     const platform::MainQueueService mainQueue_{loop_};
-    std::optional<platform::DesktopWorkspace> workspace_;
+    std::optional<DesktopWorkspace> workspace_;
     int changes_ = 0;
 };
 
@@ -86,12 +85,11 @@ TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItK
     begin();
     ASSERT_TRUE(comesToRun({"Der player"}));
     EXPECT_EQ(changes_, 1);
-    const platform::RunningApplication first = workspace_->runningApplications()->front();
-    EXPECT_EQ(first,
-              (platform::RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
-                                            QString::fromStdString(entries_ / "player.desktop"),
-                                            QString::fromStdString(program)}));
-    const platform::ProgramOfName asked{first.pid, first.localizedName, first.executablePath};
+    const RunningApplication first = workspace_->runningApplications()->front();
+    EXPECT_EQ(first, (RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
+                                         QString::fromStdString(entries_ / "player.desktop"),
+                                         QString::fromStdString(program)}));
+    const ProgramOfName asked{first.pid, first.localizedName, first.executablePath};
     EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), Qt::red);
     EXPECT_EQ(workspace_->whyNamed(asked), "This application starts the program.");
     EXPECT_EQ(middleOf(workspace_->genericApplicationIcon()), Qt::red);
@@ -120,7 +118,7 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
     const auto pid = static_cast<std::uint32_t>(agent.pid());
     const QString path = QString::fromStdString(program);
     const struct {
-        platform::ProgramOfName program;
+        ProgramOfName program;
         QColor color;
         const char* reason;
     } cases[] = {
@@ -183,7 +181,7 @@ TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
 TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
     install("player");
     begin();
-    const platform::ProgramOfName inside{2, "Der player", "/app/bin/player"};
+    const ProgramOfName inside{2, "Der player", "/app/bin/player"};
     EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(inside).isEmpty(); }));
     EXPECT_EQ(workspace_->whyNamed(inside), "The program says that it is this application.");
     EXPECT_EQ(middleOf(workspace_->iconForProgram(inside)), Qt::red);

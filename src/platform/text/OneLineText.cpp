@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace platform {
+
 namespace {
 
 bool isBreak(QChar character) {
@@ -19,7 +21,7 @@ bool leavesNoInk(QChar character) {
 } // namespace
 
 QString oneLineText(const QString& text) {
-    return QString::fromStdString(platform::shownLine(text.toStdString()));
+    return QString::fromStdString(shownLine(text.toStdString()));
 }
 
 Qt::LayoutDirection directionOf(const QString& text) {
@@ -29,3 +31,5 @@ Qt::LayoutDirection directionOf(const QString& text) {
 bool isInvisible(const QString& text) {
     return std::ranges::all_of(text, &leavesNoInk);
 }
+
+} // namespace platform

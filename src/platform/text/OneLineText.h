@@ -2,8 +2,10 @@
 
 #include <QString>
 
+namespace platform {
+
 /// What is shown of a text that a stranger chose, such as a program's name: see
-/// platform::shownLine(). For the eye only: never compare or store it.
+/// shownLine(). For the eye only: never compare or store it.
 QString oneLineText(const QString& text);
 
 /// Which way a text runs: that of its first letter which has one, whatever stands around it; from
@@ -12,3 +14,5 @@ Qt::LayoutDirection directionOf(const QString& text);
 
 /// Whether nothing of a text would be seen: blanks, controls and marks, or nothing at all.
 bool isInvisible(const QString& text);
+
+} // namespace platform

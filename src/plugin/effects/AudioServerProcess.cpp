@@ -11,8 +11,6 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace platform {
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -27,11 +25,11 @@ std::string variable(const char* name) {
 }
 
 bool isDaemon(pid_t process) {
-    const auto path = executablePath(process);
+    const auto path = platform::executablePath(process);
     if (path)
         return fs::path(*path).filename() == daemonName;
     // A daemon with capabilities of its own hides its executable.
-    return commandName(process) == daemonName;
+    return platform::commandName(process) == daemonName;
 }
 
 /// However the folder is called.
@@ -94,7 +92,8 @@ std::optional<pid_t> daemonHolding(const std::vector<std::string>& links) {
         const auto [end, failure] =
             std::from_chars(name.data(), name.data() + name.size(), process);
         if (failure == std::errc{} && end == name.data() + name.size() &&
-            processUser(process) == ::geteuid() && isDaemon(process) && holdsAny(process, links))
+            platform::processUser(process) == ::geteuid() && isDaemon(process) &&
+            holdsAny(process, links))
             return process;
     }
     return std::nullopt;
@@ -122,17 +121,15 @@ std::vector<fs::path> audioServerSockets() {
 
 std::optional<AudioServerProcess> findAudioServer(const std::vector<fs::path>& sockets) {
     for (const fs::path& path : sockets) {
-        const FileDescriptor socket = connectUnixSocket(path);
+        const platform::FileDescriptor socket = platform::connectUnixSocket(path);
         if (!socket)
             continue;
-        std::optional<pid_t> process = peerProcess(socket.get());
+        std::optional<pid_t> process = platform::peerProcess(socket.get());
         if (!process || !isDaemon(*process))
             process = daemonHolding(listenersAt(path));
         if (!process)
             return std::nullopt;
-        return AudioServerProcess{*process, executablePath(*process).value_or("")};
+        return AudioServerProcess{*process, platform::executablePath(*process).value_or("")};
     }
     return std::nullopt;
 }
-
-} // namespace platform

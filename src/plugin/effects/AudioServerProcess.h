@@ -6,8 +6,6 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace platform {
-
 /// The process of the sound server.
 struct AudioServerProcess {
     pid_t pid;
@@ -26,5 +24,3 @@ std::vector<std::filesystem::path> audioServerSockets();
 /// as another user. Any thread.
 std::optional<AudioServerProcess>
 findAudioServer(const std::vector<std::filesystem::path>& sockets = audioServerSockets());
-
-} // namespace platform

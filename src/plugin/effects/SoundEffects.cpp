@@ -23,9 +23,9 @@ ProgramProcess serverProcess() {
     ProgramProcess process;
     process.pid = numberWithoutProcess;
     process.name = kMVCommNotificationSoundsName;
-    if (const auto server = platform::findAudioServer()) {
+    if (const auto server = findAudioServer()) {
         process.pid = static_cast<std::uint32_t>(server->pid);
-        process.proof = platform::StreamProcess::Proof::peer;
+        process.proof = StreamProcess::Proof::peer;
         if (server->path.size() <= ProgramProcess::longestPath)
             process.path = server->path;
     } else {

@@ -18,10 +18,9 @@ bool tellsOfSessionManager(const AudioGlobal& global) {
 
 /// The application's own sample sounds have the volume that they are to show. Who else calls itself
 /// like it is a program like any other.
-bool isSampleSound(const platform::StreamEvidence& evidence, const ProgramProcess& process) {
+bool isSampleSound(const StreamEvidence& evidence, const ProgramProcess& process) {
     return evidence.client.name == platform::SampleOutput::clientName &&
-           process.proof == platform::StreamProcess::Proof::peer &&
-           AppConnection::isServedBy(process);
+           process.proof == StreamProcess::Proof::peer && AppConnection::isServedBy(process);
 }
 
 /// Whether what was found out before is a process that is certain, and still the same.
@@ -270,7 +269,7 @@ std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
     if (client == clients_.end() || client->second.watched == nullptr ||
         !client->second.watched->isDescribed() || !stream.isDescribed() || stream.isInternal())
         return std::nullopt;
-    platform::StreamEvidence evidence;
+    StreamEvidence evidence;
     client->second.watched->describeTo(evidence);
     stream.describeTo(evidence);
     auto& [known, player] = client->second.identified;
@@ -283,16 +282,16 @@ std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
     return player ? std::optional(programs_.besideOthers(*player)) : std::nullopt;
 }
 
-std::optional<StreamPlayer> PluginHost::named(const platform::StreamEvidence& evidence) {
+std::optional<StreamPlayer> PluginHost::named(const StreamEvidence& evidence) {
     const auto process = identifier_.processOf(evidence);
     if (!process)
         return std::nullopt;
     // A process has one name, whatever its further clients claim. But any may be the one that plays
     // for pages.
     const auto known = process->startTime ? programs_.find(*process) : std::nullopt;
-    const platform::ClientProperties client = clientProperties(evidence);
+    const ClientProperties client = clientProperties(evidence);
     StreamPlayer player = identifier_.named(*process, known ? known->client : client);
-    player.showsPages = player.showsPages || platform::claimsPages(client);
+    player.showsPages = player.showsPages || claimsPages(client);
     return player;
 }
 

@@ -69,7 +69,7 @@ class PluginHost : private AudioServer::Listener,
 
         /// What was found out last, since all streams of a client mostly say the same.
         struct {
-            platform::StreamEvidence evidence;
+            StreamEvidence evidence;
             std::optional<StreamPlayer> player;
         } identified;
     };
@@ -100,7 +100,7 @@ class PluginHost : private AudioServer::Listener,
     void identify(Voice& voice);
     void identifyAgain();
     std::optional<StreamPlayer> playerOf(const AudioStream& stream);
-    std::optional<StreamPlayer> named(const platform::StreamEvidence& evidence);
+    std::optional<StreamPlayer> named(const StreamEvidence& evidence);
     bool isNotification(const AudioStream& stream) const;
     void release(Voice& voice);
 

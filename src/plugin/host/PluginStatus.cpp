@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-using Proof = platform::StreamProcess::Proof;
+using Proof = StreamProcess::Proof;
 
 namespace {
 
@@ -64,7 +64,7 @@ std::string evidenceText(const ProgramProcess& process) {
         return {};
     const std::string entry =
         process.entryPath.empty() ? "" : " (" + platform::printableText(process.entryPath) + ")";
-    return std::string("    ") + platform::describe(*process.evidence) + entry + "\n";
+    return std::string("    ") + describe(*process.evidence) + entry + "\n";
 }
 
 std::string programText(const ProgramStatus& program) {

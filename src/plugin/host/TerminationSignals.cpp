@@ -9,21 +9,18 @@
 #include <system_error>
 #include <utility>
 
-namespace platform {
-
-TerminationSignals::TerminationSignals(RunLoop& loop, std::function<void(int)> handler) {
+TerminationSignals::TerminationSignals(platform::RunLoop& loop, std::function<void(int)> handler) {
     const auto deliver = [this, call = std::move(handler)] {
         if (const auto signal = events_.next())
             call(*signal);
     };
-    source_ = RunLoopSource::create(loop, events_.descriptor(), RunLoopSource::reading, deliver);
+    source_ = platform::RunLoopSource::create(loop, events_.descriptor(),
+                                              platform::RunLoopSource::reading, deliver);
     if (!source_)
-        throw TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
+        throw platform::TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         events_.watch(signal);
-    surviveFailedWrites();
+    platform::surviveFailedWrites();
 }
 
 TerminationSignals::~TerminationSignals() = default;
-
-} // namespace platform

@@ -6,9 +6,9 @@
 #include <memory>
 
 namespace platform {
-
 class RunLoop;
 class RunLoopSource;
+} // namespace platform
 
 /// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
 /// failed writes (surviveFailedWrites()) end nothing. For a program without an application object.
@@ -17,14 +17,12 @@ class TerminationSignals {
   public:
     /// `handler` gets the signal's number. The loop's thread only; throws std::system_error when
     /// the kernel has no descriptors left.
-    TerminationSignals(RunLoop& loop, std::function<void(int)> handler);
+    TerminationSignals(platform::RunLoop& loop, std::function<void(int)> handler);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
   private:
-    SignalEvents events_;
-    std::unique_ptr<RunLoopSource> source_;
+    platform::SignalEvents events_;
+    std::unique_ptr<platform::RunLoopSource> source_;
 };
-
-} // namespace platform

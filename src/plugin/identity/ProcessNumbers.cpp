@@ -9,8 +9,6 @@
 #include <string_view>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 struct FolderCloser {
@@ -27,9 +25,9 @@ std::optional<pid_t> processOf(std::string_view name) {
 
 /// 0 when the process has ended.
 pid_t ownNumber(pid_t process) {
-    if (sharesProcessNumbers(process))
+    if (platform::sharesProcessNumbers(process))
         return process;
-    const std::vector<pid_t> numbers = processNumbers(process);
+    const std::vector<pid_t> numbers = platform::processNumbers(process);
     return numbers.empty() ? 0 : numbers.back();
 }
 
@@ -56,5 +54,3 @@ std::vector<pid_t> ProcessNumbers::find(pid_t own) {
     known_ = std::move(seen);
     return found;
 }
-
-} // namespace platform

@@ -4,8 +4,6 @@
 #include <unordered_map>
 #include <vector>
 
-namespace platform {
-
 /// Finds processes by the number that they have for themselves, which is another than ours in a pid
 /// namespace inside our own. Remembers that number of each process: one that was there the last
 /// time costs no more than its place in the list of all. One thread at a time.
@@ -24,5 +22,3 @@ class ProcessNumbers {
 
     std::unordered_map<pid_t, Known> known_; // all processes of the last time
 };
-
-} // namespace platform

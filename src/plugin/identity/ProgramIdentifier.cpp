@@ -14,12 +14,10 @@
 
 namespace {
 
-std::string nameOf(const platform::ApplicationIdentity& identity,
-                   const platform::StreamProcess& process) {
+std::string nameOf(const ApplicationIdentity& identity, const StreamProcess& process) {
     std::string name = identity.name;
     if (name.empty())
-        name = platform::fittingName(
-            platform::commandName(static_cast<pid_t>(process.pid)).value_or(""));
+        name = fittingName(platform::commandName(static_cast<pid_t>(process.pid)).value_or(""));
     return name.empty() ? "unknown" : checkinName(std::move(name));
 }
 
@@ -29,8 +27,8 @@ std::string fittingPath(const std::string& path) {
 
 } // namespace
 
-platform::ClientProperties clientProperties(const platform::StreamEvidence& evidence) {
-    platform::StreamClaims claims = mergedClaims(evidence);
+ClientProperties clientProperties(const StreamEvidence& evidence) {
+    StreamClaims claims = mergedClaims(evidence);
     return {.name = std::move(claims.name),
             .id = std::move(claims.id),
             .icon = std::move(claims.icon),
@@ -39,8 +37,8 @@ platform::ClientProperties clientProperties(const platform::StreamEvidence& evid
 
 ProgramIdentifier::ProgramIdentifier(platform::RunLoop& loop, std::function<void()> changed)
     : changed_(std::move(changed))
-    , entries_(platform::DesktopEntries::usualFolders(),
-               platform::DesktopSurroundings::current(platform::messageLanguages()), files_)
+    , entries_(DesktopEntries::usualFolders(),
+               DesktopSurroundings::current(platform::messageLanguages()), files_)
     , resolver_(entries_, processes_) {
     watchEntries(loop);
 }
@@ -49,7 +47,7 @@ ProgramIdentifier::~ProgramIdentifier() = default;
 
 void ProgramIdentifier::watchEntries(platform::RunLoop& loop) {
     try {
-        watch_ = std::make_unique<platform::DesktopEntriesWatch>(loop, entries_, changed_);
+        watch_ = std::make_unique<DesktopEntriesWatch>(loop, entries_, changed_);
     } catch (const std::system_error& error) { // no thread or descriptor is left
         platform::systemLog(platform::LogPriority::error,
                             "The desktop entries can't be watched: %s", error.what());
@@ -63,12 +61,12 @@ void ProgramIdentifier::setLanguage(const std::string& language) {
         changed_();
 }
 
-StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
-                                      const platform::ClientProperties& client) {
+StreamPlayer ProgramIdentifier::named(const StreamProcess& process,
+                                      const ClientProperties& client) {
     const auto pid = static_cast<pid_t>(process.pid);
-    const platform::ApplicationIdentity identity =
-        process.startTime ? resolver_.resolve(pid, *process.startTime, client)
-                          : resolver_.resolveSandbox(process.sandbox, client);
+    const ApplicationIdentity identity = process.startTime
+                                             ? resolver_.resolve(pid, *process.startTime, client)
+                                             : resolver_.resolveSandbox(process.sandbox, client);
     StreamPlayer player;
     player.process = {process.pid,
                       nameOf(identity, process),
@@ -91,9 +89,8 @@ StreamPlayer ProgramIdentifier::named(const platform::StreamProcess& process,
 }
 
 /// The process that stands for the application, unless that is the same or has ended.
-std::optional<ProgramProcess>
-ProgramIdentifier::mainProcess(const platform::ApplicationIdentity& identity,
-                               const ProgramProcess& process) {
+std::optional<ProgramProcess> ProgramIdentifier::mainProcess(const ApplicationIdentity& identity,
+                                                             const ProgramProcess& process) {
     const pid_t pid = identity.mainProcess;
     const std::uint64_t startTime = identity.mainStartTime;
     if (pid == 0 || static_cast<std::uint32_t>(pid) == process.pid ||
@@ -103,7 +100,7 @@ ProgramIdentifier::mainProcess(const platform::ApplicationIdentity& identity,
     main.pid = static_cast<std::uint32_t>(pid);
     main.path = fittingPath(identity.executable);
     main.startTime = startTime;
-    if (identity.evidence == platform::NameEvidence::family) {
+    if (identity.evidence == NameEvidence::family) {
         // It is no helper of itself.
         const auto& own = resolver_.resolve(pid, startTime, process.client);
         if (own.name == identity.name) {
@@ -115,7 +112,7 @@ ProgramIdentifier::mainProcess(const platform::ApplicationIdentity& identity,
 }
 
 StreamPlayer ProgramIdentifier::namedAgain(const ProgramProcess& process) {
-    platform::StreamProcess again{process.pid, process.startTime, process.sandbox, process.proof};
+    StreamProcess again{process.pid, process.startTime, process.sandbox, process.proof};
     if (PseudoNumbers::isOne(process.pid))
         again.pid = 0;
     return named(again, process.client);

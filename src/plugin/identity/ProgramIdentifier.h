@@ -12,9 +12,11 @@
 #include <optional>
 #include <string>
 
-namespace platform {
 class DesktopEntriesWatch;
+
+namespace platform {
 class RunLoop;
+
 } // namespace platform
 
 /// Tells whose a stream is: which process plays it, which application that is, and what a person
@@ -37,31 +39,29 @@ class ProgramIdentifier {
     void setLanguage(const std::string& language);
 
     /// The process that plays; nothing for what the sound server plays itself.
-    std::optional<platform::StreamProcess>
-    processOf(const platform::StreamEvidence& evidence) const {
-        return platform::identifyStream(evidence, facts_);
+    std::optional<StreamProcess> processOf(const StreamEvidence& evidence) const {
+        return identifyStream(evidence, facts_);
     }
 
     /// Who that is. The claims count only where nothing else tells.
-    StreamPlayer named(const platform::StreamProcess& process,
-                       const platform::ClientProperties& client);
+    StreamPlayer named(const StreamProcess& process, const ClientProperties& client);
 
     /// The same for one that has been named before, by what is known now.
     StreamPlayer namedAgain(const ProgramProcess& process);
 
   private:
     void watchEntries(platform::RunLoop& loop);
-    std::optional<ProgramProcess> mainProcess(const platform::ApplicationIdentity& identity,
+    std::optional<ProgramProcess> mainProcess(const ApplicationIdentity& identity,
                                               const ProgramProcess& process);
 
     const std::function<void()> changed_;
-    const platform::StreamProcessFacts facts_;
-    const platform::ProgramFiles files_;
-    const platform::ProcessView processes_;
-    platform::DesktopEntries entries_;
-    platform::ApplicationResolver resolver_;
-    std::unique_ptr<platform::DesktopEntriesWatch> watch_; // null when they cannot be watched
+    const StreamProcessFacts facts_;
+    const ProgramFiles files_;
+    const ProcessView processes_;
+    DesktopEntries entries_;
+    ApplicationResolver resolver_;
+    std::unique_ptr<DesktopEntriesWatch> watch_; // null when they cannot be watched
 };
 
 /// What the evidence claims of the program.
-platform::ClientProperties clientProperties(const platform::StreamEvidence& evidence);
+ClientProperties clientProperties(const StreamEvidence& evidence);

@@ -25,16 +25,16 @@ struct ProgramProcess {
     /// Set for a process that can be looked at; tells it from a later one of the same number.
     std::optional<std::uint64_t> startTime;
 
-    platform::StreamProcess::Proof proof = platform::StreamProcess::Proof::none;
+    StreamProcess::Proof proof = StreamProcess::Proof::none;
 
     /// Why it has the name. Nothing for a program that we have named.
-    std::optional<platform::NameEvidence> evidence = {};
+    std::optional<NameEvidence> evidence = {};
     std::string entryPath = {}; ///< the file of the desktop entry that the name is from
 
     // What the name follows from besides the process.
-    std::string sandbox = {}; ///< see platform::StreamProcess
-    platform::ClientProperties client = {};
-    std::vector<std::string> folders = {}; ///< see platform::ApplicationIdentity
+    std::string sandbox = {}; ///< see StreamProcess
+    ClientProperties client = {};
+    std::vector<std::string> folders = {}; ///< see ApplicationIdentity
 
     bool isSameProcess(const ProgramProcess& other) const noexcept {
         return pid == other.pid && startTime == other.startTime;

@@ -12,8 +12,6 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
-
 namespace {
 
 constexpr std::string_view pulseApi = "pipewire-pulse";
@@ -193,7 +191,7 @@ std::vector<pid_t> StreamProcessFacts::processesNumbered(pid_t own) const {
 }
 
 std::vector<pid_t> StreamProcessFacts::numbers(pid_t process) const {
-    return processNumbers(process);
+    return platform::processNumbers(process);
 }
 
 std::optional<std::string> StreamProcessFacts::executablePath(pid_t process) const {
@@ -213,7 +211,8 @@ std::optional<std::uint64_t> StreamProcessFacts::startTime(pid_t process) const 
 }
 
 std::string StreamProcessFacts::application(pid_t process) const {
-    return sandboxApplication(fileSeenBy(process, "/.flatpak-info"), controlGroups(process));
+    return platform::sandboxApplication(platform::fileSeenBy(process, "/.flatpak-info"),
+                                        platform::controlGroups(process));
 }
 
 std::string StreamProcessFacts::machine() const {
@@ -247,5 +246,3 @@ std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
         return StreamProcess{};
     return certainProcess(*peer, StreamProcess::Proof::peer, facts);
 }
-
-} // namespace platform

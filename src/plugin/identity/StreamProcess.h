@@ -8,8 +8,6 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace platform {
-
 /// What a node or a client of the sound server says about the process behind it. Anybody may claim
 /// anything, and something else later. Empty texts are missing properties.
 struct StreamClaims {
@@ -103,5 +101,3 @@ class StreamProcessFacts {
 /// for a stream that the sound server plays itself. Any thread; may read all of /proc.
 std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts = {});
-
-} // namespace platform

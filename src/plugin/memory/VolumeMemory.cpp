@@ -16,7 +16,7 @@ using platform::systemLog;
 namespace {
 
 std::string formerNameOf(const ProgramProcess& process) {
-    return checkinName(platform::formerName(process.path));
+    return checkinName(formerName(process.path));
 }
 
 RememberedVolumes::Program describedFor(const Program& program) {

@@ -19,7 +19,7 @@ Program* ProgramTable::find(const std::string& name) const {
     return found != programs_.end() ? found->get() : nullptr;
 }
 
-std::optional<ProgramProcess> ProgramTable::find(const platform::StreamProcess& process) const {
+std::optional<ProgramProcess> ProgramTable::find(const StreamProcess& process) const {
     for (const auto& program : programs_) {
         for (auto& member : program->life().members()) {
             if (member.process.pid == process.pid && member.process.startTime == process.startTime)
@@ -33,15 +33,15 @@ StreamPlayer ProgramTable::besideOthers(StreamPlayer player) const {
     ProgramProcess& process = player.process;
     if (process.folders.empty())
         return player;
-    std::vector<platform::NamedProgram> others;
+    std::vector<NamedProgram> others;
     for (const auto& program : programs_) {
         const std::string& name = program->process().name;
-        if (!platform::mayBeCalled(name, process.name, process.folders))
+        if (!mayBeCalled(name, process.name, process.folders))
             continue;
         for (auto& member : program->life().members())
             others.push_back({name, std::move(member.process.folders)});
     }
-    process.name = platform::nameBeside(process.name, process.folders, others);
+    process.name = nameBeside(process.name, process.folders, others);
     if (player.main)
         player.main->name = process.name;
     return player;

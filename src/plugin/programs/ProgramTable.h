@@ -50,7 +50,7 @@ class ProgramTable : private Program::Listener {
     Program* find(const std::string& name) const;
 
     /// What is known of the process, or null when it is of no program.
-    std::optional<ProgramProcess> find(const platform::StreamProcess& process) const;
+    std::optional<ProgramProcess> find(const StreamProcess& process) const;
 
     /// The player under the name that it has beside the programs that are there. It keeps that as
     /// long as one of its processes lasts, whoever else has gone.

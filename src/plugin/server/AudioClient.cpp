@@ -28,7 +28,7 @@ AudioClient::AudioClient(pw_registry& registry, std::uint32_t id, std::uint64_t 
     pw_client_add_listener(client_.get(), hook_.get(), &clientEvents, this);
 }
 
-void AudioClient::describeTo(platform::StreamEvidence& evidence) const {
+void AudioClient::describeTo(StreamEvidence& evidence) const {
     evidence.client = known_.client;
     evidence.peer = known_.peer;
     evidence.user = known_.user;
@@ -38,7 +38,7 @@ void AudioClient::describeTo(platform::StreamEvidence& evidence) const {
 void AudioClient::informed(const pw_client_info& info) {
     if ((info.change_mask & PW_CLIENT_CHANGE_MASK_PROPS) == 0 || info.props == nullptr)
         return;
-    platform::StreamEvidence known;
+    StreamEvidence known;
     known.client = claimsIn(*info.props);
     known.peer = textIn(*info.props, PW_KEY_SEC_PID);
     known.user = textIn(*info.props, PW_KEY_SEC_UID);

@@ -30,7 +30,7 @@ class AudioClient {
     bool isDescribed() const noexcept { return described_; }
 
     /// Fills in what is known of the client.
-    void describeTo(platform::StreamEvidence& evidence) const;
+    void describeTo(StreamEvidence& evidence) const;
 
   private:
     void informed(const pw_client_info& info);
@@ -39,7 +39,7 @@ class AudioClient {
 
     const std::uint32_t id_;
     Listener& listener_;
-    platform::StreamEvidence known_;
+    StreamEvidence known_;
     bool described_ = false;
     ProxyHandle<pw_client> client_;
     ListenerHook hook_;

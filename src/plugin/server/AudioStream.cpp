@@ -69,7 +69,7 @@ AudioStream::~AudioStream() {
     writer_.forget(id_);
 }
 
-void AudioStream::describeTo(platform::StreamEvidence& evidence) const {
+void AudioStream::describeTo(StreamEvidence& evidence) const {
     evidence.node = claims_;
 }
 
@@ -87,7 +87,7 @@ void AudioStream::informed(const pw_node_info& info) {
     if (stateChanges)
         write(keeper_.setRunning(running));
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
-        platform::StreamClaims claims = claimsIn(*info.props);
+        StreamClaims claims = claimsIn(*info.props);
         const bool internal = spa_dict_lookup(info.props, PW_KEY_NODE_LINK_GROUP) != nullptr;
         std::string role = textIn(*info.props, PW_KEY_MEDIA_ROLE);
         if (!described_ || claims != claims_ || internal != internal_ || role != role_) {

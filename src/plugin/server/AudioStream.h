@@ -63,7 +63,7 @@ class AudioStream {
     bool isDescribed() const noexcept { return described_; }
 
     /// Fills in what the node claims about its process.
-    void describeTo(platform::StreamEvidence& evidence) const;
+    void describeTo(StreamEvidence& evidence) const;
 
     /// Whether the stream belongs to a chain of filters or a loop-back, not to a program.
     bool isInternal() const noexcept { return internal_; }
@@ -129,7 +129,7 @@ class AudioStream {
     NodeWriter& writer_;
     Listener& listener_;
 
-    platform::StreamClaims claims_;
+    StreamClaims claims_;
     std::string role_;
     bool described_ = false;
     bool internal_ = false;

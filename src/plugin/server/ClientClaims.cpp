@@ -15,7 +15,7 @@ std::uint64_t serialIn(const spa_dict* properties) {
     return serial;
 }
 
-platform::StreamClaims claimsIn(const spa_dict& properties) {
+StreamClaims claimsIn(const spa_dict& properties) {
     return {.process = textIn(properties, PW_KEY_APP_PROCESS_ID),
             .binary = textIn(properties, PW_KEY_APP_PROCESS_BINARY),
             .name = textIn(properties, PW_KEY_APP_NAME),

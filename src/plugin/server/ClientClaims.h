@@ -13,4 +13,4 @@ std::string textIn(const spa_dict& properties, const char* key);
 std::uint64_t serialIn(const spa_dict* properties);
 
 /// What the properties of a node or a client say about the process behind it.
-platform::StreamClaims claimsIn(const spa_dict& properties);
+StreamClaims claimsIn(const spa_dict& properties);

@@ -14,8 +14,8 @@
 
 namespace {
 
-QList<platform::NamedSetting> onBus(const NamedSettings& settings) {
-    QList<platform::NamedSetting> list;
+QList<NamedSetting> onBus(const NamedSettings& settings) {
+    QList<NamedSetting> list;
     for (const auto& [name, setting] : settings)
         list.append({QString::fromStdString(name), setting.percent, setting.muted});
     return list;
@@ -26,7 +26,7 @@ bool isWithinBounds(const QByteArray& preferences, const QStringList& news) {
     const auto size = std::accumulate(
         news.begin(), news.end(), preferences.size(),
         [](qsizetype sum, const QString& name) { return sum + name.toUtf8().size() + 1; });
-    return size <= platform::PluginWord::longest;
+    return size <= PluginWord::longest;
 }
 
 } // namespace
@@ -35,7 +35,7 @@ PluginService::PluginService(Handlers handlers) : handlers_(std::move(handlers))
     QDBusConnection bus = platform::sessionBus();
     if (!bus.isConnected())
         return;
-    platform::registerNamedSettings();
+    registerNamedSettings();
     // Before the name, which the application waits for: so its owner is known when it calls.
     application_ = std::make_unique<Application>(
         bus, [this](const QString& owner) { handlers_.applicationChanged(!owner.isEmpty()); });
@@ -61,8 +61,7 @@ QString PluginService::Status() const {
     return text;
 }
 
-QList<platform::NamedSetting> PluginService::Remember(const QString&, const QByteArray&,
-                                                      const QStringList&) {
+QList<NamedSetting> PluginService::Remember(const QString&, const QByteArray&, const QStringList&) {
     setDelayedReply(true);
     application_->callers.ask(message().service(),
                               [this, call = message(), bus = connection()](bool isOfThisUser) {

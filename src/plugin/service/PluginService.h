@@ -58,8 +58,8 @@ class PluginService : public QObject, protected QDBusContext {
     /// The application tells what it remembers: where it keeps that, the property list itself, and
     /// the names of what is new in it. Answers what was set while an earlier one was there that had
     /// no time to save it.
-    Q_SCRIPTABLE QList<platform::NamedSetting>
-    Remember(const QString& file, const QByteArray& preferences, const QStringList& news);
+    Q_SCRIPTABLE QList<NamedSetting> Remember(const QString& file, const QByteArray& preferences,
+                                              const QStringList& news);
 
   Q_SIGNALS:
     /// Another mixer has set the volume or the mute of a program; above 100 percent as it is.

@@ -5,8 +5,6 @@
 
 #include <QObject>
 
-namespace platform {
-
 class ResumeObserver::Receiver : public QObject {
     Q_OBJECT
 
@@ -26,11 +24,11 @@ class ResumeObserver::Receiver : public QObject {
   private Q_SLOTS:
     void prepareForSleep(bool fallsAsleep) {
         if (!fallsAsleep)
-            guarded(kExceptionInNotification, handler_);
+            platform::guarded(platform::kExceptionInNotification, handler_);
     }
 
     void lost() {
-        systemLog(LogPriority::warning,
+        systemLog(platform::LogPriority::warning,
                   "The system bus has gone; no waking up is noticed any more");
     }
 
@@ -42,7 +40,5 @@ ResumeObserver::ResumeObserver(std::function<void()> handler, const QDBusConnect
     : receiver_(std::make_unique<Receiver>(std::move(handler), bus)) {}
 
 ResumeObserver::~ResumeObserver() = default;
-
-} // namespace platform
 
 #include "ResumeObserver.moc"

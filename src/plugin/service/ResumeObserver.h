@@ -5,8 +5,6 @@
 #include <functional>
 #include <memory>
 
-namespace platform {
-
 /// Calls a handler on the main thread each time that the machine has woken up again, as logind
 /// tells it on the system bus, until it is destroyed. Without a bus or without logind nothing ever
 /// happens; that the bus has gone is one line in the system log, and the next one is not looked
@@ -14,7 +12,7 @@ namespace platform {
 class ResumeObserver {
   public:
     explicit ResumeObserver(std::function<void()> handler,
-                            const QDBusConnection& bus = systemBus());
+                            const QDBusConnection& bus = platform::systemBus());
     ~ResumeObserver();
     ResumeObserver(const ResumeObserver&) = delete;
     ResumeObserver& operator=(const ResumeObserver&) = delete;
@@ -23,5 +21,3 @@ class ResumeObserver {
     class Receiver;
     std::unique_ptr<Receiver> receiver_;
 };
-
-} // namespace platform

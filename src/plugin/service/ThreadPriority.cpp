@@ -5,8 +5,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace platform {
-
 void preferThisThread(const QDBusConnection& bus) {
     const pid_t thread = ::gettid();
     if (::setpriority(PRIO_PROCESS, static_cast<id_t>(thread), kSoundNiceLevel) == 0 ||
@@ -19,5 +17,3 @@ void preferThisThread(const QDBusConnection& bus) {
     call << static_cast<qulonglong>(thread) << kSoundNiceLevel;
     bus.send(call);
 }
-
-} // namespace platform

@@ -2,8 +2,6 @@
 
 #include <QDBusConnection>
 
-namespace platform {
-
 /// The nice level of the sound server and its session manager.
 inline constexpr int kSoundNiceLevel = -11;
 
@@ -11,5 +9,3 @@ inline constexpr int kSoundNiceLevel = -11;
 /// kSoundNiceLevel, where the system lets us, else by asking RealtimeKit on `bus`, the system bus,
 /// without waiting. Where neither helps, all stays as it is.
 void preferThisThread(const QDBusConnection& bus);
-
-} // namespace platform

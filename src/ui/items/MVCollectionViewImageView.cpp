@@ -12,6 +12,6 @@ void MVCollectionViewImageView::setIcon(const QIcon& icon) {
 void MVCollectionViewImageView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const platform::ForeignImages foreign;
+    const ForeignImages foreign;
     icon_.paint(&painter, rect());
 }

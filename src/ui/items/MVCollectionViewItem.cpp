@@ -31,12 +31,14 @@ namespace {
 /// What a stranger chose, for the eye.
 QString shownText(const QString& text) {
     constexpr qsizetype longest = 500;
-    return oneLineText(text.left(longest));
+    return platform::oneLineText(text.left(longest));
 }
 
 QString nameOf(const MVCommAppValue& app) {
     QString name = shownText(app.displayName());
-    return isInvisible(name) ? formatted(localized(QStringLiteral("Process %d")), app.pid()) : name;
+    return platform::isInvisible(name)
+               ? formatted(localized(QStringLiteral("Process %d")), app.pid())
+               : name;
 }
 
 /// Those that say something, each on a line.

@@ -173,7 +173,7 @@ class ProgramTableTest : public ApplicationTest, protected ProgramTable::Listene
 
 TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
     ProgramProcess process = playerOf(321);
-    process.name.assign(platform::longestApplicationName, 'n');
+    process.name.assign(longestApplicationName, 'n');
     process.path.assign(ProgramProcess::longestPath, 'p');
     connection_ = AppConnection::open(loop_, process, commands_);
     const MVCommCheckinMessage checkin = checkinIn(received(application_.accept()));
@@ -339,9 +339,9 @@ TEST_F(ProgramTableTest, AProcessIsOfTheProgramThatItHasJoinedLast) {
     Program& owl = table_.join({named("Owl", main)}, client + 1);
     EXPECT_EQ(owl.process().pid, pidOf(main));
     EXPECT_EQ(fox.process().pid, pidOf(helper)) << "two programs of one number get each command";
-    const auto known = table_.find(platform::StreamProcess{pidOf(main), named("", main).startTime});
+    const auto known = table_.find(StreamProcess{pidOf(main), named("", main).startTime});
     EXPECT_TRUE(known && known->name == "Owl");
-    EXPECT_FALSE(table_.find(platform::StreamProcess{pidOf(main), 1}));
+    EXPECT_FALSE(table_.find(StreamProcess{pidOf(main), 1}));
 }
 
 TEST_F(ProgramTableTest, ANewNameMovesTheProcesses) {

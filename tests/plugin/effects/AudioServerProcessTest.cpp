@@ -15,7 +15,6 @@
 
 namespace fs = std::filesystem;
 using platform::FileDescriptor;
-using platform::findAudioServer;
 using support::ScopedVariable;
 using testing::ElementsAre;
 
@@ -89,13 +88,12 @@ TEST(AudioServerSockets, AreThoseThatClientsTry) {
     const ScopedVariable session("XDG_RUNTIME_DIR", "/run/user/7");
     {
         const ScopedVariable own("PIPEWIRE_RUNTIME_DIR", std::nullopt);
-        EXPECT_THAT(platform::audioServerSockets(),
+        EXPECT_THAT(audioServerSockets(),
                     ElementsAre("/run/user/7/pipewire-0", "/run/pipewire/pipewire-0"));
     }
     const ScopedVariable own("PIPEWIRE_RUNTIME_DIR", "/run/mine");
     const ScopedVariable named("PIPEWIRE_REMOTE", "other");
-    EXPECT_THAT(platform::audioServerSockets(),
-                ElementsAre("/run/mine/other", "/run/pipewire/other"));
+    EXPECT_THAT(audioServerSockets(), ElementsAre("/run/mine/other", "/run/pipewire/other"));
     const ScopedVariable whole("PIPEWIRE_REMOTE", "/somewhere/socket");
-    EXPECT_THAT(platform::audioServerSockets(), ElementsAre("/somewhere/socket"));
+    EXPECT_THAT(audioServerSockets(), ElementsAre("/somewhere/socket"));
 }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using Proof = platform::StreamProcess::Proof;
-using Evidence = platform::NameEvidence;
+using Proof = StreamProcess::Proof;
+using Evidence = NameEvidence;
 
 namespace {
 

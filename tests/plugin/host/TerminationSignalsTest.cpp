@@ -9,8 +9,7 @@
 TEST(TerminationSignals, ReachTheRunLoop) {
     platform::RunLoop loop;
     std::vector<int> received;
-    const platform::TerminationSignals signals(loop,
-                                               [&](int number) { received.push_back(number); });
+    const TerminationSignals signals(loop, [&](int number) { received.push_back(number); });
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         ASSERT_EQ(::raise(number), 0);
         loop.turn();

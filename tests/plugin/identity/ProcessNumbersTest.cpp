@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 TEST(ProcessNumbers, AreThoseThatAProcessHasForItself) {
-    platform::ProcessNumbers numbers;
+    ProcessNumbers numbers;
     support::ChildProcess plain({"sleep", "60"});
     for (int i = 0; i < 2; ++i) {
         EXPECT_THAT(numbers.find(plain.pid()), testing::ElementsAre(plain.pid()));

@@ -7,9 +7,6 @@
 #include <map>
 #include <unistd.h>
 
-using platform::StreamEvidence;
-using platform::StreamProcess;
-
 namespace {
 
 constexpr uid_t otherUser = 4242;
@@ -18,7 +15,7 @@ constexpr std::uint64_t late = 9000;
 constexpr std::uint64_t clientAppeared = 5000;
 
 /// A process table of plain data.
-class Processes : public platform::StreamProcessFacts {
+class Processes : public StreamProcessFacts {
   public:
     struct Process {
         std::string path;

@@ -27,7 +27,7 @@ TEST(ResumeObserver, HearsOfEachWakingFromLogindOnly) {
     BusConnection observing(bus.address());
     int resumed = 0;
     {
-        const platform::ResumeObserver observer(
+        const ResumeObserver observer(
             [&] {
                 ++resumed;
                 throw std::runtime_error("from a handler");

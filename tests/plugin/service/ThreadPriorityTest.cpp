@@ -56,11 +56,11 @@ TEST(ThreadPriority, RealtimeKitIsAskedForItWhereTheSystemLetsUsNot) {
         const auto level = [&] { return ::getpriority(PRIO_PROCESS, static_cast<id_t>(thread)); };
         const int before = level();
         giveUpRights();
-        platform::preferThisThread(*client);
+        preferThisThread(*client);
         EXPECT_EQ(level(), before);
     }).join();
     EXPECT_TRUE(support::waitUntil([&] { return kit.askedFor == thread; }));
-    EXPECT_EQ(kit.level, platform::kSoundNiceLevel);
+    EXPECT_EQ(kit.level, kSoundNiceLevel);
 }
 
 #include "ThreadPriorityTest.moc"

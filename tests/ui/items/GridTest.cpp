@@ -28,7 +28,7 @@ class PlainTheme final : public MVBlackTheme {
 class GridTest : public testing::Test {
   protected:
     void fill(MVCollectionView& grid, int count) {
-        QList<platform::RunningApplication> running;
+        QList<RunningApplication> running;
         for (int i = 0; i < count; ++i)
             running.append({static_cast<std::uint32_t>(i + 1), QString::number(i), {}});
         model_.workspace.setRunningApplications(running);
