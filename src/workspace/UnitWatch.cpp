@@ -7,6 +7,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QMetaType>
 #include <QObject>
 #include <QString>
 
@@ -44,6 +45,9 @@ class UnitWatch::Receiver : public QObject {
                     if (!owner.isEmpty())
                         subscribe();
                 });
+        // The toolkit finds a slot's types by name, and calls no slot with one that it does not
+        // know.
+        qRegisterMetaType<QDBusObjectPath>();
         for (const char* const signal : {"UnitNew", "UnitRemoved"})
             bus.connect(QString(), objectPath(), interfaceName(), QLatin1String(signal), this,
                         SLOT(unitChanged(QString, QDBusObjectPath, QDBusMessage)));
