@@ -10,6 +10,7 @@
 #include "model/VolumeNumbers.h"
 #include "model/WindowSize.h"
 #include "platform/defaults/UserDefaults.h"
+#include "platform/processes/FreedMemory.h"
 #include "platform/text/Localization.h"
 #include "platform/text/OneLineText.h"
 #include "platform/window/WindowPlaces.h"
@@ -65,6 +66,19 @@ ItemsOfRecords takeKept(MVCollectionView::Items& items) {
             kept.emplace(record, std::move(item));
     }
     return kept;
+}
+
+/// An item has some seventy small blocks, and all programs may leave at once.
+void destroyAll(MVCollectionView::Items items) {
+    constexpr std::size_t batch = 16;
+    std::size_t count = 0;
+    for (auto& item : items) {
+        if (item == nullptr)
+            continue;
+        item.reset();
+        if (++count % batch == 0)
+            platform::mergeFreedMemory();
+    }
 }
 
 } // namespace
@@ -248,7 +262,7 @@ void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
         items.push_back(std::move(item));
     }
     grid_->setItems(std::move(items));
-    before.clear();
+    destroyAll(std::move(before));
     scrollView_->keyboard().restoreFocus(focused);
     updateHint();
 }
