@@ -106,7 +106,7 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
     , notice_(new UndoNotice(scrollView_)) {
     setWindowTitle(QCoreApplication::applicationName());
     makeMenu();
-    connect(&sight_, &platform::WindowSight::changed, this, &QWidget::setUpdatesEnabled);
+    connect(&visibility_, &platform::WindowVisibility::changed, this, &QWidget::setUpdatesEnabled);
     connect(notice_, &UndoNotice::undoWanted, this, [this] {
         notice_->hide();
         history_.undo();

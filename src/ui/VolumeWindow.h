@@ -4,7 +4,7 @@
 #include "look/window/ProblemBar.h"
 #include "model/AppVolumeView.h"
 #include "model/GestureHistory.h"
-#include "platform/window/WindowSight.h"
+#include "platform/window/WindowVisibility.h"
 #include "ui/items/MVCollectionViewItem.h"
 
 #include <QPoint>
@@ -80,7 +80,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     MVCollectionView* const grid_;
     VolumeMenu* const menu_;
     UndoNotice* const notice_;
-    platform::WindowSight sight_{*this};
+    platform::WindowVisibility visibility_{*this};
     QTimer endOfResizing_;
     QSize insistedSize_;  // the last one that had to be corrected
     int corrections_ = 0; // of that size

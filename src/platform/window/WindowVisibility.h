@@ -14,19 +14,19 @@ namespace platform {
 /// while it is hidden or minimised, nor while other windows cover it as far as the desktop says so.
 /// X11 does without a compositor; with one no covered window is told of it. Wayland's compositors
 /// do as they like. In doubt it can be seen. The main thread only.
-class WindowSight final : public QObject, private QAbstractNativeEventFilter {
+class WindowVisibility final : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
   public:
     /// Of a window of its own, which must outlive this.
-    explicit WindowSight(QWidget& window);
-    ~WindowSight() override;
+    explicit WindowVisibility(QWidget& window);
+    ~WindowVisibility() override;
 
-    bool isSeen() const noexcept { return isSeen_; }
+    bool isVisible() const noexcept { return isVisible_; }
 
   Q_SIGNALS:
     /// Before what is to be seen again is drawn.
-    void changed(bool isSeen);
+    void changed(bool isVisible);
 
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -39,7 +39,7 @@ class WindowSight final : public QObject, private QAbstractNativeEventFilter {
     std::uint32_t nativeWindow_ = 0;
     bool wasExposed_ = false; // since the native window has been there
     bool isCovered_ = false;
-    bool isSeen_ = true;
+    bool isVisible_ = true;
 };
 
 } // namespace platform

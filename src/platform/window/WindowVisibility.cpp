@@ -1,4 +1,4 @@
-#include "platform/window/WindowSight.h"
+#include "platform/window/WindowVisibility.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -35,16 +35,16 @@ void askForVisibility(xcb_window_t window) {
 
 } // namespace
 
-WindowSight::WindowSight(QWidget& window) : window_(window) {
+WindowVisibility::WindowVisibility(QWidget& window) : window_(window) {
     window.installEventFilter(this);
     qGuiApp->installNativeEventFilter(this);
 }
 
-WindowSight::~WindowSight() {
+WindowVisibility::~WindowVisibility() {
     qGuiApp->removeNativeEventFilter(this);
 }
 
-void WindowSight::follow(QWindow* handle) {
+void WindowVisibility::follow(QWindow* handle) {
     if (handle == nullptr)
         return;
     const auto native = static_cast<std::uint32_t>(handle->winId());
@@ -59,7 +59,7 @@ void WindowSight::follow(QWindow* handle) {
     askForVisibility(native);
 }
 
-bool WindowSight::eventFilter(QObject* watched, QEvent* event) {
+bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &window_) {
         if (event->type() == QEvent::Show)
             follow(window_.windowHandle());
@@ -73,7 +73,8 @@ bool WindowSight::eventFilter(QObject* watched, QEvent* event) {
     return false;
 }
 
-bool WindowSight::nativeEventFilter(const QByteArray& kind, void* message, qintptr* /*result*/) {
+bool WindowVisibility::nativeEventFilter(const QByteArray& kind, void* message,
+                                         qintptr* /*result*/) {
     if (nativeWindow_ == 0 || kind != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
@@ -87,11 +88,12 @@ bool WindowSight::nativeEventFilter(const QByteArray& kind, void* message, qintp
     return false;
 }
 
-void WindowSight::review() {
+void WindowVisibility::review() {
     const bool isExposed = handle_ == nullptr || handle_->isExposed() || !wasExposed_;
-    const bool isSeen = window_.isVisible() && !window_.isMinimized() && isExposed && !isCovered_;
-    if (std::exchange(isSeen_, isSeen) != isSeen)
-        Q_EMIT changed(isSeen);
+    const bool isVisible =
+        window_.isVisible() && !window_.isMinimized() && isExposed && !isCovered_;
+    if (std::exchange(isVisible_, isVisible) != isVisible)
+        Q_EMIT changed(isVisible);
 }
 
 } // namespace platform
