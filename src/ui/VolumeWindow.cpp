@@ -3,7 +3,7 @@
 #include "look/theme/CurrentTheme.h"
 #include "look/window/QNAboutBox.h"
 #include "look/window/UndoNotice.h"
-#include "look/window/WindowPlace.h"
+#include "look/window/WindowPlacement.h"
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
 #include "model/MVIgnoredApps.h"
@@ -213,7 +213,7 @@ void VolumeWindow::updateMenu() {
     menu_->showSelection(item != nullptr ? item->label().text() : QString());
 }
 
-/// In the middle at first. Window managers that know of steps keep to them while a person pulls,
+/// In the middle at first. Window managers that know of steps keep to them while a person drags,
 /// the others are corrected afterwards.
 void VolumeWindow::keepToWholeRows() {
     const int titleBar = static_cast<int>(titleBarHeight());
@@ -225,7 +225,7 @@ void VolumeWindow::keepToWholeRows() {
     endOfResizing_.setSingleShot(true);
     endOfResizing_.setInterval(restOfResizing);
     connect(&endOfResizing_, &QTimer::timeout, this, &VolumeWindow::snap);
-    connect(&pull(), &WindowPull::ended, this, [this] {
+    connect(&drag(), &WindowDrag::ended, this, [this] {
         insistedSize_ = {};
         snap();
     });
@@ -313,13 +313,13 @@ void VolumeWindow::changeEvent(QEvent* event) {
     MVCustomWindow::changeEvent(event);
 }
 
-/// Not while a person pulls. A compositor may repeat the size that a pull has ended with after the
+/// Not while a person drags. A compositor may repeat the size that a drag has ended with after the
 /// window has been corrected, so one size is corrected several times; but not for ever, since a
 /// window manager may insist on it.
 void VolumeWindow::snap() {
     constexpr int mostCorrections = 3;
     const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
-    if (pull().isUnderWay() || wanted == size() || isMaximized() || isFullScreen())
+    if (drag().isUnderWay() || wanted == size() || isMaximized() || isFullScreen())
         return;
     if (size() != insistedSize_)
         corrections_ = 0;
@@ -356,7 +356,8 @@ void VolumeWindow::setFrame(const QRect& frame) {
     QList<QRect> places;
     for (const QScreen* const screen : QGuiApplication::screens())
         places += screen->availableGeometry();
-    const QRect place = WindowPlace::broughtBack(frame, static_cast<int>(titleBarHeight()), places);
+    const QRect place =
+        WindowPlacement::movedOnScreen(frame, static_cast<int>(titleBarHeight()), places);
     if (place != geometry() && !isMaximized() && !isFullScreen())
         setGeometry(place);
 }

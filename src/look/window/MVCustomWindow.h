@@ -1,6 +1,6 @@
 #pragma once
 
-#include "look/window/WindowPull.h"
+#include "look/window/WindowDrag.h"
 #include "platform/desktop/TitleBarHabits.h"
 
 #include <QPointer>
@@ -45,7 +45,7 @@ class MVCustomWindow : public QWidget {
     bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
-    WindowPull& pull() noexcept { return pull_; }
+    WindowDrag& drag() noexcept { return drag_; }
 
     /// What a person does with the title bar, as the desktop has it.
     void act(platform::TitleBarHabits::Action action);
@@ -56,7 +56,7 @@ class MVCustomWindow : public QWidget {
     void press(platform::TitleBarHabits::Button button);
 
     const unsigned styleMask_;
-    WindowPull pull_{*this};
+    WindowDrag drag_{*this};
     MVCustomWindowBackgroundView* const backgroundView_;
     MVCustomWindowTitleView* const titleView_;
     MVCustomWindowContentView* const contentView_;

@@ -84,7 +84,7 @@ void MVCustomWindowTitleView::mouseMoveEvent(QMouseEvent* event) {
     const QPoint way = event->position().toPoint() - pressed_;
     if (isHeld_ && way.manhattanLength() >= QApplication::startDragDistance()) {
         isHeld_ = false;
-        Q_EMIT pulled();
+        Q_EMIT dragged();
     }
 }
 

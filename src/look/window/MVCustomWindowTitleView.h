@@ -26,8 +26,8 @@ class MVCustomWindowTitleView final : public QWidget {
     WindowButton* button(platform::TitleBarHabits::Button kind) const;
 
   Q_SIGNALS:
-    /// A press that is being pulled away; the button of the mouse is still down.
-    void pulled();
+    /// A press that is being dragged away; the button of the mouse is still down.
+    void dragged();
     void acted(platform::TitleBarHabits::Action action);
     void buttonPressed(platform::TitleBarHabits::Button kind);
 

@@ -37,19 +37,19 @@ Qt::CursorShape WindowEdges::cursor(Qt::Edges edges) noexcept {
     return isUpright ? Qt::SizeVerCursor : Qt::ArrowCursor;
 }
 
-QRect WindowEdges::pulled(const QRect& frame, Qt::Edges edges, const QPoint& way,
-                          const QSize& least, const QSize& most) noexcept {
+QRect WindowEdges::dragged(const QRect& frame, Qt::Edges edges, const QPoint& offset,
+                           const QSize& least, const QSize& most) noexcept {
     if (!edges)
-        return frame.translated(way);
+        return frame.translated(offset);
     QSize size = frame.size();
     if (edges & Qt::LeftEdge)
-        size.rwidth() -= way.x();
+        size.rwidth() -= offset.x();
     if (edges & Qt::RightEdge)
-        size.rwidth() += way.x();
+        size.rwidth() += offset.x();
     if (edges & Qt::TopEdge)
-        size.rheight() -= way.y();
+        size.rheight() -= offset.y();
     if (edges & Qt::BottomEdge)
-        size.rheight() += way.y();
+        size.rheight() += offset.y();
     QRect result(frame.topLeft(), size.boundedTo(most).expandedTo(least));
     if (edges & Qt::LeftEdge)
         result.moveRight(frame.right());

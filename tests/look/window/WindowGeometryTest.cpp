@@ -1,9 +1,9 @@
 #include "look/window/WindowEdges.h"
-#include "look/window/WindowPlace.h"
+#include "look/window/WindowPlacement.h"
 
 #include <gtest/gtest.h>
 
-using WindowPlace::broughtBack;
+using WindowPlacement::movedOnScreen;
 
 TEST(WindowEdges, AreTakenHoldOfInANarrowFrameWithWideCorners) {
     const QSize size(500, 300);
@@ -33,26 +33,26 @@ TEST(WindowEdges, AreTakenHoldOfInANarrowFrameWithWideCorners) {
 
 TEST(WindowEdges, MoveWhileTheOppositeOnesStay) {
     const QRect frame(100, 100, 500, 300);
-    const auto pulled = [&](Qt::Edges edges, const QPoint& way) {
-        return WindowEdges::pulled(frame, edges, way, {400, 200}, {800, 400});
+    const auto dragged = [&](Qt::Edges edges, const QPoint& way) {
+        return WindowEdges::dragged(frame, edges, way, {400, 200}, {800, 400});
     };
-    EXPECT_EQ(pulled({}, {7, -8}), QRect(107, 92, 500, 300));
-    EXPECT_EQ(pulled(Qt::RightEdge | Qt::BottomEdge, {10, 20}), QRect(100, 100, 510, 320));
-    EXPECT_EQ(pulled(Qt::LeftEdge | Qt::TopEdge, {10, 20}), QRect(110, 120, 490, 280));
-    EXPECT_EQ(pulled(Qt::LeftEdge, {300, 0}), QRect(200, 100, 400, 300)) << "the least";
-    EXPECT_EQ(pulled(Qt::TopEdge, {0, -300}), QRect(100, 0, 500, 400)) << "the most";
+    EXPECT_EQ(dragged({}, {7, -8}), QRect(107, 92, 500, 300));
+    EXPECT_EQ(dragged(Qt::RightEdge | Qt::BottomEdge, {10, 20}), QRect(100, 100, 510, 320));
+    EXPECT_EQ(dragged(Qt::LeftEdge | Qt::TopEdge, {10, 20}), QRect(110, 120, 490, 280));
+    EXPECT_EQ(dragged(Qt::LeftEdge, {300, 0}), QRect(200, 100, 400, 300)) << "the least";
+    EXPECT_EQ(dragged(Qt::TopEdge, {0, -300}), QRect(100, 0, 500, 400)) << "the most";
 }
 
-TEST(WindowPlace, AFrameThatCanBeReachedStaysWhereItIs) {
+TEST(WindowPlacement, AFrameThatCanBeReachedStaysWhereItIs) {
     const QList<QRect> screens{{0, 30, 1280, 770}, {1280, 0, 800, 600}};
     for (const QRect& frame :
          {QRect(100, 100, 500, 300), QRect(-400, 100, 500, 300), QRect(1200, 700, 500, 300),
           QRect(2000, 570, 500, 300), QRect(0, 15, 500, 300)})
-        EXPECT_EQ(broughtBack(frame, 30, screens), frame) << frame.x() << ", " << frame.y();
-    EXPECT_EQ(broughtBack({9000, 9000, 500, 300}, 30, {}), QRect(9000, 9000, 500, 300));
+        EXPECT_EQ(movedOnScreen(frame, 30, screens), frame) << frame.x() << ", " << frame.y();
+    EXPECT_EQ(movedOnScreen({9000, 9000, 500, 300}, 30, {}), QRect(9000, 9000, 500, 300));
 }
 
-TEST(WindowPlace, AFrameOutOfReachComesToTheNearestScreenAndFitsIt) {
+TEST(WindowPlacement, AFrameOutOfReachComesToTheNearestScreenAndFitsIt) {
     const QList<QRect> screens{{0, 30, 1280, 770}, {1280, 0, 800, 600}};
     const struct {
         QRect frame;
@@ -65,6 +65,6 @@ TEST(WindowPlace, AFrameOutOfReachComesToTheNearestScreenAndFitsIt) {
         {{100, 790, 500, 300}, {100, 500, 500, 300}},
     };
     for (const auto& each : cases)
-        EXPECT_EQ(broughtBack(each.frame, 30, screens), each.place)
+        EXPECT_EQ(movedOnScreen(each.frame, 30, screens), each.place)
             << each.frame.x() << ", " << each.frame.y();
 }

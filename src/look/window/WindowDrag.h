@@ -11,12 +11,12 @@
 /// Lets a person move a window that draws its own frame, and resize it at its edges. The window
 /// system does it, with whatever it knows of other windows and screens; where it does not, the
 /// window follows the pointer. Main thread only.
-class WindowPull final : public QObject {
+class WindowDrag final : public QObject {
     Q_OBJECT
 
   public:
     /// Of a window of its own, which must outlive this.
-    explicit WindowPull(QWidget& window);
+    explicit WindowDrag(QWidget& window);
 
     /// From a press of the mouse on: moves the window until it is released.
     void startMove();

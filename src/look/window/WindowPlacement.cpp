@@ -1,4 +1,4 @@
-#include "look/window/WindowPlace.h"
+#include "look/window/WindowPlacement.h"
 
 #include <algorithm>
 
@@ -14,7 +14,8 @@ bool isInReach(const QRect& titleBar, const QRect& screen) {
 
 } // namespace
 
-QRect WindowPlace::broughtBack(const QRect& frame, int titleBar, const QList<QRect>& screens) {
+QRect WindowPlacement::movedOnScreen(const QRect& frame, int titleBar,
+                                     const QList<QRect>& screens) {
     const QRect handle(frame.topLeft(), QSize(frame.width(), titleBar));
     if (screens.isEmpty() || std::ranges::any_of(screens, [&](const QRect& screen) {
             return isInReach(handle, screen);

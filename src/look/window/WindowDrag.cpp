@@ -1,4 +1,4 @@
-#include "look/window/WindowPull.h"
+#include "look/window/WindowDrag.h"
 
 #include "look/window/WindowEdges.h"
 
@@ -6,12 +6,12 @@
 
 #include <utility>
 
-WindowPull::WindowPull(QWidget& window) : window_(window) {
+WindowDrag::WindowDrag(QWidget& window) : window_(window) {
     window.installEventFilter(this);
 }
 
 /// The native window gets the mouse before any of what lies in it.
-bool WindowPull::eventFilter(QObject* watched, QEvent* event) {
+bool WindowDrag::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &window_) {
         if (event->type() == QEvent::Show && handle_ != window_.windowHandle()) {
             handle_ = window_.windowHandle();
@@ -41,7 +41,7 @@ bool WindowPull::eventFilter(QObject* watched, QEvent* event) {
     }
 }
 
-bool WindowPull::press(const QMouseEvent& event) {
+bool WindowDrag::press(const QMouseEvent& event) {
     pressed_ = event.globalPosition().toPoint();
     const Qt::Edges edges = edgesAt(event.position());
     if (event.button() != Qt::LeftButton || !edges)
@@ -50,11 +50,11 @@ bool WindowPull::press(const QMouseEvent& event) {
     return true;
 }
 
-bool WindowPull::motion(const QMouseEvent& event) {
+bool WindowDrag::motion(const QMouseEvent& event) {
     if (own_) {
-        const QPoint way = event.globalPosition().toPoint() - pressed_;
-        window_.setGeometry(WindowEdges::pulled(own_->frame, own_->edges, way,
-                                                window_.minimumSize(), window_.maximumSize()));
+        const QPoint offset = event.globalPosition().toPoint() - pressed_;
+        window_.setGeometry(WindowEdges::dragged(own_->frame, own_->edges, offset,
+                                                 window_.minimumSize(), window_.maximumSize()));
         return true;
     }
     if (event.buttons() != Qt::NoButton)
@@ -66,14 +66,14 @@ bool WindowPull::motion(const QMouseEvent& event) {
     return edges != Qt::Edges();
 }
 
-Qt::Edges WindowPull::edgesAt(const QPointF& point) const {
+Qt::Edges WindowDrag::edgesAt(const QPointF& point) const {
     return window_.isMaximized() || window_.isFullScreen() ||
                    window_.minimumSize() == window_.maximumSize()
                ? Qt::Edges()
                : WindowEdges::at(point, window_.size());
 }
 
-void WindowPull::showCursor(Qt::Edges edges) {
+void WindowDrag::showCursor(Qt::Edges edges) {
     if (std::exchange(shownEdges_, edges) == edges)
         return;
     if (edges)
@@ -82,11 +82,11 @@ void WindowPull::showCursor(Qt::Edges edges) {
         handle_->unsetCursor();
 }
 
-void WindowPull::startMove() {
+void WindowDrag::startMove() {
     begin({});
 }
 
-void WindowPull::begin(Qt::Edges edges) {
+void WindowDrag::begin(Qt::Edges edges) {
     if (handle_ == nullptr)
         return;
     isWithSystem_ = edges ? handle_->startSystemResize(edges) : handle_->startSystemMove();
@@ -94,7 +94,7 @@ void WindowPull::begin(Qt::Edges edges) {
         own_ = Own{edges, window_.geometry()};
 }
 
-void WindowPull::end() {
+void WindowDrag::end() {
     if (!isUnderWay())
         return;
     isWithSystem_ = false;
