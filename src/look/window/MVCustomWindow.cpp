@@ -17,7 +17,7 @@
 
 #include <algorithm>
 
-using platform::TitleBarHabits;
+using platform::TitleBarSettings;
 
 namespace {
 
@@ -43,11 +43,11 @@ MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget
     connect(titleView_, &MVCustomWindowTitleView::acted, this, &MVCustomWindow::act);
     connect(titleView_, &MVCustomWindowTitleView::buttonPressed, this, &MVCustomWindow::press);
     connect(&platform::DesktopSettings::shared(), &platform::DesktopSettings::changed, this,
-            &MVCustomWindow::followHabits);
+            &MVCustomWindow::followTitleBarSettings);
     connect(&platform::X11Settings::shared(), &platform::X11Settings::changed, this,
-            &MVCustomWindow::followHabits);
+            &MVCustomWindow::followTitleBarSettings);
     connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVCustomWindow::drawAnew);
-    followHabits();
+    followTitleBarSettings();
 }
 
 /// For those who keep colours or pictures of the theme it is as another palette.
@@ -85,30 +85,30 @@ void MVCustomWindow::resizeEvent(QResizeEvent* /*event*/) {
     contentView_->setGeometry(rect().adjusted(border, titleHeight, -border, -border));
 }
 
-void MVCustomWindow::followHabits() {
-    TitleBarHabits habits = TitleBarHabits::of(platform::DesktopSettings::shared(),
-                                               platform::X11Settings::shared().texts());
-    const auto drop = [&](TitleBarHabits::Button button, bool isThere) {
+void MVCustomWindow::followTitleBarSettings() {
+    TitleBarSettings titleBar = TitleBarSettings::of(platform::DesktopSettings::shared(),
+                                                     platform::X11Settings::shared().texts());
+    const auto drop = [&](TitleBarSettings::Button button, bool isThere) {
         if (isThere)
             return;
-        std::erase(habits.left, button);
-        std::erase(habits.right, button);
+        std::erase(titleBar.left, button);
+        std::erase(titleBar.right, button);
     };
-    drop(TitleBarHabits::Button::close, (styleMask_ & closable) != 0);
-    drop(TitleBarHabits::Button::minimize, (styleMask_ & miniaturizable) != 0);
-    drop(TitleBarHabits::Button::menu, menu_ != nullptr);
-    titleView_->setHabits(habits);
+    drop(TitleBarSettings::Button::close, (styleMask_ & closable) != 0);
+    drop(TitleBarSettings::Button::minimize, (styleMask_ & miniaturizable) != 0);
+    drop(TitleBarSettings::Button::menu, menu_ != nullptr);
+    titleView_->setTitleBar(titleBar);
 }
 
 void MVCustomWindow::setMenu(QMenu* menu) {
     menu_ = menu;
-    followHabits();
+    followTitleBarSettings();
 }
 
 void MVCustomWindow::openMenu(QAction* chosen) {
     if (menu_ == nullptr || menu_->isEmpty())
         return;
-    const WindowButton* const button = titleView_->button(TitleBarHabits::Button::menu);
+    const WindowButton* const button = titleView_->button(TitleBarSettings::Button::menu);
     const bool isLeftwards = layoutDirection() == Qt::RightToLeft;
     const QPoint corner = isLeftwards
                               ? button->rect().bottomRight() - QPoint(menu_->sizeHint().width(), 0)
@@ -129,37 +129,37 @@ void MVCustomWindow::zoom() {
         showMaximized();
 }
 
-void MVCustomWindow::act(TitleBarHabits::Action action) {
+void MVCustomWindow::act(TitleBarSettings::Action action) {
     switch (action) {
-    case TitleBarHabits::Action::none:
+    case TitleBarSettings::Action::none:
         break;
-    case TitleBarHabits::Action::maximize:
+    case TitleBarSettings::Action::maximize:
         if (minimumSize() != maximumSize())
             zoom();
         break;
-    case TitleBarHabits::Action::minimize:
+    case TitleBarSettings::Action::minimize:
         if ((styleMask_ & miniaturizable) != 0)
             showMinimized();
         break;
-    case TitleBarHabits::Action::lower:
+    case TitleBarSettings::Action::lower:
         lower();
         break;
-    case TitleBarHabits::Action::menu:
+    case TitleBarSettings::Action::menu:
         if (menu_ != nullptr)
             menu_->popup(QCursor::pos());
         break;
     }
 }
 
-void MVCustomWindow::press(TitleBarHabits::Button button) {
+void MVCustomWindow::press(TitleBarSettings::Button button) {
     switch (button) {
-    case TitleBarHabits::Button::close:
+    case TitleBarSettings::Button::close:
         close();
         break;
-    case TitleBarHabits::Button::minimize:
+    case TitleBarSettings::Button::minimize:
         showMinimized();
         break;
-    case TitleBarHabits::Button::menu:
+    case TitleBarSettings::Button::menu:
         openMenu();
         break;
     }

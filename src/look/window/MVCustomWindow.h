@@ -1,7 +1,7 @@
 #pragma once
 
 #include "look/window/WindowDrag.h"
-#include "platform/desktop/TitleBarHabits.h"
+#include "platform/desktop/TitleBarSettings.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -48,12 +48,12 @@ class MVCustomWindow : public QWidget {
     WindowDrag& drag() noexcept { return drag_; }
 
     /// What a person does with the title bar, as the desktop has it.
-    void act(platform::TitleBarHabits::Action action);
+    void act(platform::TitleBarSettings::Action action);
 
   private:
     void drawAnew();
-    void followHabits();
-    void press(platform::TitleBarHabits::Button button);
+    void followTitleBarSettings();
+    void press(platform::TitleBarSettings::Button button);
 
     const unsigned styleMask_;
     WindowDrag drag_{*this};

@@ -28,15 +28,15 @@ MVCustomWindowTitleView::MVCustomWindowTitleView(QWidget* parent)
                 &MVCustomWindowTitleView::buttonPressed);
 }
 
-void MVCustomWindowTitleView::setHabits(const platform::TitleBarHabits& habits) {
-    habits_ = habits;
-    start_->setButtons(habits.left);
-    end_->setButtons(habits.right);
+void MVCustomWindowTitleView::setTitleBar(const platform::TitleBarSettings& titleBar) {
+    titleBar_ = titleBar;
+    start_->setButtons(titleBar.left);
+    end_->setButtons(titleBar.right);
     resizeEvent(nullptr);
     update();
 }
 
-WindowButton* MVCustomWindowTitleView::button(platform::TitleBarHabits::Button kind) const {
+WindowButton* MVCustomWindowTitleView::button(platform::TitleBarSettings::Button kind) const {
     WindowButton* const atStart = start_->button(kind);
     return atStart != nullptr ? atStart : end_->button(kind);
 }
@@ -69,11 +69,11 @@ void MVCustomWindowTitleView::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void MVCustomWindowTitleView::mousePressEvent(QMouseEvent* event) {
-    using Action = platform::TitleBarHabits::Action;
+    using Action = platform::TitleBarSettings::Action;
     isHeld_ = event->button() == Qt::LeftButton;
     pressed_ = event->position().toPoint();
-    const Action action = event->button() == Qt::MiddleButton  ? habits_.middleClick
-                          : event->button() == Qt::RightButton ? habits_.secondaryClick
+    const Action action = event->button() == Qt::MiddleButton  ? titleBar_.middleClick
+                          : event->button() == Qt::RightButton ? titleBar_.secondaryClick
                                                                : Action::none;
     if (action != Action::none)
         Q_EMIT acted(action);
@@ -94,11 +94,11 @@ void MVCustomWindowTitleView::mouseReleaseEvent(QMouseEvent* /*event*/) {
 
 void MVCustomWindowTitleView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton)
-        Q_EMIT acted(habits_.doubleClick);
+        Q_EMIT acted(titleBar_.doubleClick);
 }
 
 bool MVCustomWindowTitleView::event(QEvent* event) {
     if (event->type() == QEvent::LayoutDirectionChange)
-        setHabits(habits_);
+        setTitleBar(titleBar_);
     return QWidget::event(event);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desktop/TitleBarHabits.h"
+#include "platform/desktop/TitleBarSettings.h"
 
 #include <QWidget>
 
@@ -20,16 +20,16 @@ class MVCustomWindowTitleView final : public QWidget {
 
     /// How it behaves from now on, and which buttons it has. Mirrored for languages that are
     /// written from right to left.
-    void setHabits(const platform::TitleBarHabits& habits);
+    void setTitleBar(const platform::TitleBarSettings& titleBar);
 
     /// Null when there is no such button.
-    WindowButton* button(platform::TitleBarHabits::Button kind) const;
+    WindowButton* button(platform::TitleBarSettings::Button kind) const;
 
   Q_SIGNALS:
     /// A press that is being dragged away; the button of the mouse is still down.
     void dragged();
-    void acted(platform::TitleBarHabits::Action action);
-    void buttonPressed(platform::TitleBarHabits::Button kind);
+    void acted(platform::TitleBarSettings::Action action);
+    void buttonPressed(platform::TitleBarSettings::Button kind);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -43,7 +43,7 @@ class MVCustomWindowTitleView final : public QWidget {
   private:
     QRect roomForTitle() const;
 
-    platform::TitleBarHabits habits_;
+    platform::TitleBarSettings titleBar_;
     MVCustomWindowWidgetsView* const start_;
     MVCustomWindowWidgetsView* const end_;
     QPoint pressed_;

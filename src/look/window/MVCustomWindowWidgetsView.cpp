@@ -10,7 +10,7 @@ constexpr int gap = 2;
 
 } // namespace
 
-void MVCustomWindowWidgetsView::setButtons(const platform::TitleBarHabits::Buttons& kinds) {
+void MVCustomWindowWidgetsView::setButtons(const platform::TitleBarSettings::Buttons& kinds) {
     qDeleteAll(buttons_);
     buttons_.clear();
     for (const WindowButton::Kind kind : kinds) {

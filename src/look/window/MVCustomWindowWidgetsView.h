@@ -12,7 +12,7 @@ class MVCustomWindowWidgetsView final : public QWidget {
     using QWidget::QWidget;
 
     /// These, in the direction of reading, in place of those before.
-    void setButtons(const platform::TitleBarHabits::Buttons& kinds);
+    void setButtons(const platform::TitleBarSettings::Buttons& kinds);
 
     /// Null when there is no such button here.
     WindowButton* button(WindowButton::Kind kind) const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desktop/TitleBarHabits.h"
+#include "platform/desktop/TitleBarSettings.h"
 
 #include <QAbstractButton>
 
@@ -9,7 +9,7 @@ class WindowButton final : public QAbstractButton {
     Q_OBJECT
 
   public:
-    using Kind = platform::TitleBarHabits::Button;
+    using Kind = platform::TitleBarSettings::Button;
 
     explicit WindowButton(Kind kind, QWidget* parent = nullptr);
 

@@ -11,8 +11,8 @@
 
 #include <gtest/gtest.h>
 
-using platform::TitleBarHabits;
-using Button = TitleBarHabits::Button;
+using platform::TitleBarSettings;
+using Button = TitleBarSettings::Button;
 
 namespace {
 
@@ -125,10 +125,10 @@ TEST_F(CustomWindowTest, ClicksOnTheTitleDoWhatTheDesktopWants) {
     EXPECT_TRUE(window_.isMaximized());
     doubleClickTitle();
     EXPECT_FALSE(window_.isMaximized());
-    TitleBarHabits habits;
-    habits.doubleClick = TitleBarHabits::Action::none;
-    habits.middleClick = TitleBarHabits::Action::minimize;
-    window_.titleView().setHabits(habits);
+    TitleBarSettings titleBar;
+    titleBar.doubleClick = TitleBarSettings::Action::none;
+    titleBar.middleClick = TitleBarSettings::Action::minimize;
+    window_.titleView().setTitleBar(titleBar);
     doubleClickTitle();
     EXPECT_FALSE(window_.isMaximized());
     clickTitle(Qt::MiddleButton);
@@ -168,9 +168,9 @@ TEST_F(CustomWindowTest, ButtonsLieWhereTheDesktopHasThemAndAreMirrored) {
     EXPECT_LT(left(Button::close), left(Button::minimize));
     EXPECT_LT(left(Button::minimize), 100);
     window_.setLayoutDirection(Qt::LeftToRight);
-    TitleBarHabits habits;
-    habits.placeButtons("close:");
-    window_.titleView().setHabits(habits);
+    TitleBarSettings titleBar;
+    titleBar.placeButtons("close:");
+    window_.titleView().setTitleBar(titleBar);
     EXPECT_LT(left(Button::close), 50);
     EXPECT_EQ(window_.titleView().button(Button::minimize), nullptr);
 }

@@ -15,7 +15,7 @@
 #include <xcb/xcb.h>
 
 using platform::X11Settings;
-using Button = platform::TitleBarHabits::Button;
+using Button = platform::TitleBarSettings::Button;
 
 namespace {
 

@@ -1,15 +1,15 @@
 #include "platform/desktop/DesktopSettings.h"
 
 #include "platform/desktop/DesktopMotion.h"
-#include "platform/desktop/TitleBarHabits.h"
+#include "platform/desktop/TitleBarSettings.h"
 #include "support/DesktopPortal.h"
 
 #include <gtest/gtest.h>
 
 using platform::DesktopSettings;
-using platform::TitleBarHabits;
-using Action = TitleBarHabits::Action;
-using Button = TitleBarHabits::Button;
+using platform::TitleBarSettings;
+using Action = TitleBarSettings::Action;
+using Button = TitleBarSettings::Button;
 
 namespace {
 
@@ -77,7 +77,7 @@ TEST_F(DesktopSettingsTest, APortalThatComesLaterIsAskedAndOneWithoutAnswersHarm
     portal_->set(appearance, "contrast", 0U);
     EXPECT_TRUE(support::waitUntil([&] { return !isHighContrastWanted(settings_); }));
     const DesktopSettings none(QDBusConnection("none"));
-    EXPECT_EQ(TitleBarHabits::of(none), TitleBarHabits());
+    EXPECT_EQ(TitleBarSettings::of(none), TitleBarSettings());
 }
 
 TEST_F(DesktopSettingsTest, TitleBarsDoWhatTheDesktopsDo) {
@@ -85,34 +85,34 @@ TEST_F(DesktopSettingsTest, TitleBarsDoWhatTheDesktopsDo) {
     change(preferences, "action-middle-click-titlebar", "lower");
     change(preferences, "action-right-click-titlebar", "none");
     change(preferences, "button-layout", "close,maximize,minimize:appmenu");
-    const TitleBarHabits habits = TitleBarHabits::of(settings_);
-    EXPECT_EQ(habits.doubleClick, Action::minimize);
-    EXPECT_EQ(habits.middleClick, Action::lower);
-    EXPECT_EQ(habits.secondaryClick, Action::none);
-    EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::close, Button::minimize}));
-    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu}));
+    const TitleBarSettings titleBar = TitleBarSettings::of(settings_);
+    EXPECT_EQ(titleBar.doubleClick, Action::minimize);
+    EXPECT_EQ(titleBar.middleClick, Action::lower);
+    EXPECT_EQ(titleBar.secondaryClick, Action::none);
+    EXPECT_EQ(titleBar.left, (TitleBarSettings::Buttons{Button::close, Button::minimize}));
+    EXPECT_EQ(titleBar.right, (TitleBarSettings::Buttons{Button::menu}));
 
-    const TitleBarHabits onX11 = TitleBarHabits::of(
+    const TitleBarSettings onX11 = TitleBarSettings::of(
         settings_, {{"Gtk/TitlebarMiddleClick", "menu"}, {"Gtk/TitlebarRightClick", "minimize"}});
     EXPECT_EQ(onX11.doubleClick, Action::minimize) << "of that it tells nothing";
     EXPECT_EQ(onX11.middleClick, Action::menu);
     EXPECT_EQ(onX11.secondaryClick, Action::minimize);
-    EXPECT_EQ(onX11.left, habits.left);
+    EXPECT_EQ(onX11.left, titleBar.left);
 }
 
-TEST(TitleBarHabits, TextsThatSayNothingLeaveWhatIsUsual) {
-    TitleBarHabits habits;
+TEST(TitleBarSettings, TextsThatSayNothingLeaveWhatIsUsual) {
+    TitleBarSettings titleBar;
     for (const char* const layout : {"", "close", "a:b:c"}) {
-        habits.placeButtons(QLatin1String(layout));
-        EXPECT_EQ(habits, TitleBarHabits()) << layout;
+        titleBar.placeButtons(QLatin1String(layout));
+        EXPECT_EQ(titleBar, TitleBarSettings()) << layout;
     }
-    habits.placeButtons("appmenu:close");
-    EXPECT_EQ(habits.left, (TitleBarHabits::Buttons{Button::menu}));
-    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::close}));
-    habits.placeButtons("minimize:close");
-    EXPECT_EQ(habits.right, (TitleBarHabits::Buttons{Button::menu, Button::close}));
+    titleBar.placeButtons("appmenu:close");
+    EXPECT_EQ(titleBar.left, (TitleBarSettings::Buttons{Button::menu}));
+    EXPECT_EQ(titleBar.right, (TitleBarSettings::Buttons{Button::close}));
+    titleBar.placeButtons("minimize:close");
+    EXPECT_EQ(titleBar.right, (TitleBarSettings::Buttons{Button::menu, Button::close}));
     const auto action = [](const char* text) {
-        return TitleBarHabits::actionFromText(QLatin1String(text), Action::lower);
+        return TitleBarSettings::actionFromText(QLatin1String(text), Action::lower);
     };
     EXPECT_EQ(action("toggle-maximize-vertically"), Action::maximize);
     EXPECT_EQ(action("none"), Action::none);

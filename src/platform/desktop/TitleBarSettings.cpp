@@ -1,4 +1,4 @@
-#include "platform/desktop/TitleBarHabits.h"
+#include "platform/desktop/TitleBarSettings.h"
 
 #include "platform/desktop/DesktopSettings.h"
 
@@ -9,20 +9,20 @@ namespace platform {
 namespace {
 
 /// The menu is not among them: desktops mean another one.
-TitleBarHabits::Buttons buttonsFromText(const QString& text) {
-    TitleBarHabits::Buttons buttons;
+TitleBarSettings::Buttons buttonsFromText(const QString& text) {
+    TitleBarSettings::Buttons buttons;
     for (const QString& name : text.split(QLatin1Char(','))) {
         if (name == QLatin1String("close"))
-            buttons.push_back(TitleBarHabits::Button::close);
+            buttons.push_back(TitleBarSettings::Button::close);
         if (name == QLatin1String("minimize"))
-            buttons.push_back(TitleBarHabits::Button::minimize);
+            buttons.push_back(TitleBarSettings::Button::minimize);
     }
     return buttons;
 }
 
 } // namespace
 
-TitleBarHabits::Action TitleBarHabits::actionFromText(const QString& text, Action otherwise) {
+TitleBarSettings::Action TitleBarSettings::actionFromText(const QString& text, Action otherwise) {
     if (text.startsWith(QLatin1String("toggle-maximize")))
         return Action::maximize;
     if (text == QLatin1String("minimize"))
@@ -35,7 +35,7 @@ TitleBarHabits::Action TitleBarHabits::actionFromText(const QString& text, Actio
                                                                                   : otherwise;
 }
 
-void TitleBarHabits::placeButtons(const QString& layout) {
+void TitleBarSettings::placeButtons(const QString& layout) {
     const QStringList ends = layout.split(QLatin1Char(':'));
     if (ends.size() != 2)
         return;
@@ -47,8 +47,8 @@ void TitleBarHabits::placeButtons(const QString& layout) {
         right.insert(right.begin(), Button::menu);
 }
 
-TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings,
-                                  const QMap<QString, QString>& x11) {
+TitleBarSettings TitleBarSettings::of(const DesktopSettings& settings,
+                                      const QMap<QString, QString>& x11) {
     const auto text = [&](const char* x11Name, const char* key) {
         const auto told = x11.constFind(QLatin1String(x11Name));
         return told != x11.cend() ? *told
@@ -57,15 +57,15 @@ TitleBarHabits TitleBarHabits::of(const DesktopSettings& settings,
                                                QLatin1String(key))
                                         .toString();
     };
-    TitleBarHabits habits;
-    habits.doubleClick = actionFromText(
-        text("Gtk/TitlebarDoubleClick", "action-double-click-titlebar"), habits.doubleClick);
-    habits.middleClick = actionFromText(
-        text("Gtk/TitlebarMiddleClick", "action-middle-click-titlebar"), habits.middleClick);
-    habits.secondaryClick = actionFromText(
-        text("Gtk/TitlebarRightClick", "action-right-click-titlebar"), habits.secondaryClick);
-    habits.placeButtons(text("Gtk/DecorationLayout", "button-layout"));
-    return habits;
+    TitleBarSettings titleBar;
+    titleBar.doubleClick = actionFromText(
+        text("Gtk/TitlebarDoubleClick", "action-double-click-titlebar"), titleBar.doubleClick);
+    titleBar.middleClick = actionFromText(
+        text("Gtk/TitlebarMiddleClick", "action-middle-click-titlebar"), titleBar.middleClick);
+    titleBar.secondaryClick = actionFromText(
+        text("Gtk/TitlebarRightClick", "action-right-click-titlebar"), titleBar.secondaryClick);
+    titleBar.placeButtons(text("Gtk/DecorationLayout", "button-layout"));
+    return titleBar;
 }
 
 } // namespace platform

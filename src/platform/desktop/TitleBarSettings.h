@@ -11,7 +11,7 @@ class DesktopSettings;
 
 /// What a desktop's title bars do and where they have their buttons, so that ours do likewise. A
 /// plain value; what a desktop does not say is as most have it.
-struct TitleBarHabits {
+struct TitleBarSettings {
     enum class Action { none, maximize, minimize, lower, menu };
     enum class Button { close, minimize, menu };
     using Buttons = std::vector<Button>;
@@ -26,8 +26,8 @@ struct TitleBarHabits {
 
     /// As the desktop's settings are now. What an X11 desktop tells its programs (`x11`, by the
     /// names of XSETTINGS) goes first: the portal may tell of another desktop's settings there.
-    static TitleBarHabits of(const DesktopSettings& settings,
-                             const QMap<QString, QString>& x11 = {});
+    static TitleBarSettings of(const DesktopSettings& settings,
+                               const QMap<QString, QString>& x11 = {});
 
     /// From the desktops' texts: "toggle-maximize"; of "menu:minimize,maximize,close" all buttons
     /// that we have. There is a menu always, at the end that has no buttons of its own; a text
@@ -35,7 +35,7 @@ struct TitleBarHabits {
     static Action actionFromText(const QString& text, Action otherwise);
     void placeButtons(const QString& layout);
 
-    bool operator==(const TitleBarHabits&) const = default;
+    bool operator==(const TitleBarSettings&) const = default;
 };
 
 } // namespace platform
