@@ -2,7 +2,7 @@
 
 #include "look/theme/HighContrastTheme.h"
 #include "look/theme/MVOrangeBrownTheme.h"
-#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/DesktopAnimations.h"
 #include "platform/desktop/DesktopSettings.h"
 
 #include <QGuiApplication>
@@ -20,13 +20,13 @@ CurrentTheme::CurrentTheme() : theme_(&MVOrangeBrownTheme::sharedTheme()) {
 }
 
 void CurrentTheme::review() {
-    const bool isWanted = platform::isHighContrastWanted(DesktopSettings::shared());
-    if (!isWanted && highContrast_ == nullptr)
+    const bool isHighContrast = platform::isHighContrastWanted(DesktopSettings::shared());
+    if (!isHighContrast && highContrast_ == nullptr)
         return;
-    auto chosen = isWanted ? std::make_unique<HighContrastTheme>(QGuiApplication::palette())
-                           : std::unique_ptr<HighContrastTheme>();
-    theme_ = isWanted ? static_cast<const MVBlackTheme*>(chosen.get())
-                      : &MVOrangeBrownTheme::sharedTheme();
+    auto chosen = isHighContrast ? std::make_unique<HighContrastTheme>(QGuiApplication::palette())
+                                 : std::unique_ptr<HighContrastTheme>();
+    theme_ = isHighContrast ? static_cast<const MVBlackTheme*>(chosen.get())
+                            : &MVOrangeBrownTheme::sharedTheme();
     highContrast_ = std::move(chosen);
     ++generation_;
     Q_EMIT changed();

@@ -2,8 +2,8 @@
 
 #include "model/AppVolumeController.h"
 #include "platform/base/WallClock.h"
-#include "platform/desktop/DesktopMotion.h"
-#include "ui/items/ItemMotion.h"
+#include "platform/desktop/DesktopAnimations.h"
+#include "ui/items/ItemAnimation.h"
 #include "ui/items/MVCollectionView.h"
 
 #include <QPropertyAnimation>
@@ -19,13 +19,13 @@ std::unique_ptr<QPropertyAnimation>
 MVCollectionItemBackgroundView::animationForKey(const QByteArray& key) {
     const auto* const controller = AppVolumeController::sharedController();
     const auto* const grid = qobject_cast<const MVCollectionView*>(parentWidget());
-    ItemMotion motion;
+    ItemAnimation motion;
     if (controller != nullptr)
         motion.sinceStart = platform::WallClock::now().time_since_epoch() -
                             std::chrono::duration<double>(controller->initTime());
     motion.isInLiveResize = grid != nullptr && grid->isInLiveResize();
-    motion.isWanted = platform::DesktopMotion::shared().isWanted() &&
-                      style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0;
+    motion.isEnabled = platform::DesktopAnimations::shared().areEnabled() &&
+                       style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0;
     const auto duration = motion.duration();
     if (duration == duration.zero())
         return nullptr;

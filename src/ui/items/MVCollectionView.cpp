@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/LighterColor.h"
-#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/DesktopAnimations.h"
 #include "platform/loop/RunLoop.h"
 #include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
@@ -35,7 +35,7 @@ MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme* theme)
     , pacer_(*platform::RunLoop::current())
     , hint_(new QLabel(this)) {
     installAccessibleItems();
-    platform::DesktopMotion::shared(); // asks, long before something moves
+    platform::DesktopAnimations::shared(); // asks, long before something moves
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);

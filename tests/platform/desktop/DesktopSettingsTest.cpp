@@ -1,6 +1,6 @@
 #include "platform/desktop/DesktopSettings.h"
 
-#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/DesktopAnimations.h"
 #include "platform/desktop/TitleBarSettings.h"
 #include "support/DesktopPortal.h"
 
@@ -38,18 +38,18 @@ class DesktopSettingsTest : public testing::Test {
 } // namespace
 
 TEST_F(DesktopSettingsTest, MotionAndContrastAreWhatTheDesktopSaysNowAndLater) {
-    const platform::DesktopMotion motion(settings_);
+    const platform::DesktopAnimations motion(settings_);
     support::serveEvents();
-    EXPECT_TRUE(motion.isWanted()) << "nobody has said anything";
+    EXPECT_TRUE(motion.areEnabled()) << "nobody has said anything";
     change(interface, "enable-animations", false);
-    EXPECT_FALSE(motion.isWanted());
+    EXPECT_FALSE(motion.areEnabled());
     change(interface, "enable-animations", true);
-    EXPECT_TRUE(motion.isWanted());
+    EXPECT_TRUE(motion.areEnabled());
     change(appearance, "reduced-motion", 1U);
-    EXPECT_FALSE(motion.isWanted());
+    EXPECT_FALSE(motion.areEnabled());
     change(interface, "enable-animations", "yes");
     change(appearance, "reduced-motion", 0U);
-    EXPECT_TRUE(motion.isWanted());
+    EXPECT_TRUE(motion.areEnabled());
 
     EXPECT_FALSE(isHighContrastWanted(settings_));
     change(appearance, "contrast", 1U);

@@ -6,8 +6,8 @@
 #include "support/ManualClock.h"
 #include "support/VolumeModel.h"
 #include "support/WaitUntil.h"
+#include "ui/items/ItemAnimation.h"
 #include "ui/items/ItemLayout.h"
-#include "ui/items/ItemMotion.h"
 #include "ui/items/MVCollectionViewItem.h"
 
 #include <QTest>
@@ -102,9 +102,9 @@ TEST_F(GridTest, ItemsGoStraightToTheirPlacesWhileTheWindowIsResized) {
     EXPECT_EQ(grid.items()[1]->pos(), QPoint(350, 0));
 }
 
-TEST(ItemMotion, ThereIsNoneAtFirstNorWhileResizingNorForWhoWantsNone) {
-    EXPECT_GT((ItemMotion{.sinceStart = 1s}).duration(), 0ms);
-    EXPECT_EQ((ItemMotion{.sinceStart = 999ms}).duration(), 0ms);
-    EXPECT_EQ((ItemMotion{.sinceStart = 1h, .isInLiveResize = true}).duration(), 0ms);
-    EXPECT_EQ((ItemMotion{.sinceStart = 1h, .isWanted = false}).duration(), 0ms);
+TEST(ItemAnimation, ThereIsNoneAtFirstNorWhileResizingNorForWhoWantsNone) {
+    EXPECT_GT((ItemAnimation{.sinceStart = 1s}).duration(), 0ms);
+    EXPECT_EQ((ItemAnimation{.sinceStart = 999ms}).duration(), 0ms);
+    EXPECT_EQ((ItemAnimation{.sinceStart = 1h, .isInLiveResize = true}).duration(), 0ms);
+    EXPECT_EQ((ItemAnimation{.sinceStart = 1h, .isEnabled = false}).duration(), 0ms);
 }

@@ -6,15 +6,15 @@ class DesktopSettings;
 
 /// Whether a person wants things to move on the screen, by the desktop's settings as they are now;
 /// true where nobody knows. The main thread only.
-class DesktopMotion {
+class DesktopAnimations {
   public:
     /// By the settings of the session; the first call makes them be asked for.
-    static const DesktopMotion& shared();
+    static const DesktopAnimations& shared();
 
     /// `settings` must outlive it.
-    explicit DesktopMotion(const DesktopSettings& settings) : settings_(settings) {}
+    explicit DesktopAnimations(const DesktopSettings& settings) : settings_(settings) {}
 
-    bool isWanted() const;
+    bool areEnabled() const;
 
   private:
     const DesktopSettings& settings_;

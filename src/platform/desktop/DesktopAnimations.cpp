@@ -1,4 +1,4 @@
-#include "platform/desktop/DesktopMotion.h"
+#include "platform/desktop/DesktopAnimations.h"
 
 #include "platform/desktop/DesktopSettings.h"
 
@@ -15,12 +15,12 @@ bool isOff(const QVariant& value) {
 
 } // namespace
 
-const DesktopMotion& DesktopMotion::shared() {
-    static const DesktopMotion motion(DesktopSettings::shared());
+const DesktopAnimations& DesktopAnimations::shared() {
+    static const DesktopAnimations motion(DesktopSettings::shared());
     return motion;
 }
 
-bool DesktopMotion::isWanted() const {
+bool DesktopAnimations::areEnabled() const {
     constexpr unsigned reduced = 1;
     return !isOff(settings_.value(interface, QStringLiteral("enable-animations"))) &&
            settings_.value(appearance, QStringLiteral("reduced-motion")).toUInt() != reduced;
