@@ -4,7 +4,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "look/theme/CurrentTheme.h"
-#include "ui/items/KeptPixmaps.h"
+#include "ui/items/PixmapCache.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
@@ -41,7 +41,7 @@ QImage imageOf(const Look& look) {
 
 /// In the middle of a button of the usual size; shared by all items.
 const QPixmap& pictureOf(const Look& look) {
-    static auto* const kept = new KeptPixmaps<Look>;
+    static auto* const kept = new PixmapCache<Look>;
     return kept->get(look, usualSize, look.ratio, [&look](QPainter& picture) {
         const QImage image = imageOf(look);
         QRectF place(QPointF(), image.deviceIndependentSize());

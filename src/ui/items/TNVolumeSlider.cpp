@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/LighterColor.h"
-#include "ui/items/KeptPixmaps.h"
+#include "ui/items/PixmapCache.h"
 #include "ui/items/SliderGeometry.h"
 
 #include <QLinearGradient>
@@ -57,8 +57,8 @@ struct Look {
 };
 
 /// The track and the bars at full length, shared by all sliders of a size, and the knobs.
-KeptPixmaps<Look>& kept() {
-    static auto* const pixmaps = new KeptPixmaps<Look>;
+PixmapCache<Look>& kept() {
+    static auto* const pixmaps = new PixmapCache<Look>;
     return *pixmaps;
 }
 

@@ -10,7 +10,7 @@
 /// search for. `Key` is a structure of numbers with ==. Holds the newest few, as many as one window
 /// shows. The main thread only.
 template <typename Key>
-class KeptPixmaps {
+class PixmapCache {
   public:
     /// The picture for `key`; drawn by `draw`, which is given a painter on a transparent one of so
     /// many pixels with `ratio` device pixels each, when it is not kept. Valid until the next call.
