@@ -221,7 +221,7 @@ TEST_F(VolumeWindowInputTest, TheWheelScrollsAndMovesASliderOnlyWhenThatIsMeant)
     turnWheel(row('c').slider, -120);
     EXPECT_EQ(scrolled(), 2 * ItemLayout::height) << "what has begun as a scroll";
     EXPECT_EQ(percent('c'), 100);
-    clock_->advance(WheelRule::pause);
+    clock_->advance(WheelPolicy::pause);
     turnWheel(row('c').slider, -240);
     EXPECT_EQ(percent('c'), 90);
     turnWheel(row('c').mute, 40, 7);

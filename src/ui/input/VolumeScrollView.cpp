@@ -48,7 +48,7 @@ void VolumeScrollView::wheelEvent(QWheelEvent* event) {
     event->accept();
     MVVolumeSlider* const slider = sliderAt(event->position());
     const bool isFree = slider != nullptr && slider->isEnabled() && !slider->isInDrag();
-    if (rule_.use(isFree) == WheelRule::Use::volume && slider != nullptr)
+    if (rule_.use(isFree) == WheelPolicy::Use::volume && slider != nullptr)
         moveSlider(*slider, *event);
     else
         scroll(*event);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/input/ItemKeyboard.h"
-#include "ui/input/WheelRule.h"
+#include "ui/input/WheelPolicy.h"
 
 #include <QPointer>
 #include <QScrollArea>
@@ -11,8 +11,8 @@ class MVCollectionView;
 class MVVolumeSlider;
 
 /// Scrolls the grid of items: by whole rows with a wheel, smoothly with a device that counts
-/// pixels. Over a slider the wheel moves that, by the mouse's road, as WheelRule says. Main thread
-/// only.
+/// pixels. Over a slider the wheel moves that, by the mouse's road, as WheelPolicy says. Main
+/// thread only.
 class VolumeScrollView final : public QScrollArea {
     Q_OBJECT
 
@@ -38,7 +38,7 @@ class VolumeScrollView final : public QScrollArea {
 
     MVCollectionView& grid_;
     ItemKeyboard keyboard_;
-    WheelRule rule_;
+    WheelPolicy rule_;
     WheelSteps pixels_;
     WheelSteps percents_;
     QPointer<MVVolumeSlider> moved_;

@@ -1,10 +1,10 @@
-#include "ui/input/WheelRule.h"
+#include "ui/input/WheelPolicy.h"
 
 #include <cmath>
 
 using platform::MonotonicClock;
 
-WheelRule::Use WheelRule::use(bool isOverSlider) {
+WheelPolicy::Use WheelPolicy::use(bool isOverSlider) {
     const auto now = MonotonicClock::now();
     const bool isScrolling = scrolled_ && now - *scrolled_ < pause;
     if (isOverSlider && !isScrolling)

@@ -6,7 +6,7 @@
 
 /// What a turn of the wheel means: it scrolls, and changes a volume only over a slider. Shortly
 /// after a scroll it goes on scrolling, whatever has come under the pointer. Main thread only.
-class WheelRule {
+class WheelPolicy {
   public:
     enum class Use { scroll, volume };
 
