@@ -5,7 +5,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Localization.h"
-#include "platform/text/UnbrokenPath.h"
+#include "platform/text/WrappablePath.h"
 
 #include <QSet>
 
@@ -16,7 +16,7 @@
 using platform::DefaultsTrouble;
 using platform::formatted;
 using platform::localized;
-using platform::unbrokenPath;
+using platform::wrappablePath;
 using Kind = DefaultsTrouble::Kind;
 
 namespace {
@@ -51,16 +51,16 @@ Text textOf(const DefaultsTrouble& trouble) {
             formatted(localized(QStringLiteral(
                           "Tonvale couldn't read them and is using the default settings.\n\nThe "
                           "damaged file has been kept as\n%@")),
-                      unbrokenPath(file))};
+                      wrappablePath(file))};
     if (trouble.kind == Kind::restored)
         return {
             localized(QStringLiteral("The settings file was damaged")),
             formatted(localized(QStringLiteral("Tonvale has restored it. No settings were lost.\n\n"
                                                "The damaged file has been kept as\n%@")),
-                      unbrokenPath(file))};
+                      wrappablePath(file))};
     QString reason = QString::fromStdString(trouble.line);
     if (!file.isEmpty())
-        reason.replace(file, unbrokenPath(file));
+        reason.replace(file, wrappablePath(file));
     return {
         localized(QStringLiteral("Settings can't be saved")),
         formatted(localized(QStringLiteral(
@@ -119,7 +119,7 @@ void FileAlerts::logIsMissing(const QString& path) {
     const QString reason =
         path.isEmpty()
             ? localized(QStringLiteral("There is no folder for it."))
-            : formatted(localized(QStringLiteral("The file would be\n%@")), unbrokenPath(path));
+            : formatted(localized(QStringLiteral("The file would be\n%@")), wrappablePath(path));
     tell({localized(QStringLiteral("The log can't be written")),
           formatted(localized(QStringLiteral("Tonvale works as usual; what it would write to its "
                                              "log goes to the system log.\n\n%@")),

@@ -59,7 +59,7 @@ void BarButton::paintEvent(QPaintEvent* /*event*/) {
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 6, 6);
     }
     painter.setPen(theme.windowTitleBarTextColor());
-    painter.setLayoutDirection(platform::directionOf(text()));
+    painter.setLayoutDirection(platform::textDirection(text()));
     const QRect room = rect().adjusted(padding / 2, 0, -padding / 2, 0);
     painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));

@@ -50,7 +50,7 @@ bool BarText::event(QEvent* event) {
 void BarText::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(CurrentTheme::theme().windowTitleBarTextColor());
-    painter.setLayoutDirection(platform::directionOf(text_));
+    painter.setLayoutDirection(platform::textDirection(text_));
     const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);
     painter.drawText(rect(), static_cast<int>(side | Qt::AlignAbsolute | Qt::AlignVCenter),
                      lines().join(QLatin1Char('\n')));

@@ -43,7 +43,7 @@ char32_t utf8Character(std::string_view bytes) noexcept {
     return character;
 }
 
-std::string fittingUtf8(std::string_view text, std::size_t longest) {
+std::string truncatedUtf8(std::string_view text, std::size_t longest) {
     std::string result;
     while (!text.empty() && text.front() != '\0') {
         const std::size_t length = utf8Length(text);

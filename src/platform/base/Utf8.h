@@ -16,6 +16,6 @@ char32_t utf8Character(std::string_view bytes) noexcept;
 
 /// The beginning of a text that has at most so many bytes, cut between two characters and before
 /// any NUL. Bytes that are no UTF-8 become question marks. Any thread.
-std::string fittingUtf8(std::string_view text, std::size_t longest);
+std::string truncatedUtf8(std::string_view text, std::size_t longest);
 
 } // namespace platform

@@ -24,7 +24,7 @@ QString oneLineText(const QString& text) {
     return QString::fromStdString(shownLine(text.toStdString()));
 }
 
-Qt::LayoutDirection directionOf(const QString& text) {
+Qt::LayoutDirection textDirection(const QString& text) {
     return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
 }
 

@@ -10,7 +10,7 @@ QString oneLineText(const QString& text);
 
 /// Which way a text runs: that of its first letter which has one, whatever stands around it; from
 /// left to right without such a letter.
-Qt::LayoutDirection directionOf(const QString& text);
+Qt::LayoutDirection textDirection(const QString& text);
 
 /// Whether nothing of a text would be seen: blanks, controls and marks, or nothing at all.
 bool isInvisible(const QString& text);

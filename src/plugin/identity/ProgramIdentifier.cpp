@@ -22,7 +22,7 @@ std::string nameOf(const ApplicationIdentity& identity, const StreamProcess& pro
 }
 
 std::string fittingPath(const std::string& path) {
-    return platform::fittingUtf8(path, ProgramProcess::longestPath);
+    return platform::truncatedUtf8(path, ProgramProcess::longestPath);
 }
 
 } // namespace

@@ -35,7 +35,7 @@ void MVCollectionViewTextField::setTextColor(const QColor& color) {
 void MVCollectionViewTextField::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(color_);
-    painter.setLayoutDirection(platform::directionOf(text_));
+    painter.setLayoutDirection(platform::textDirection(text_));
     const QString shown = fontMetrics().elidedText(text_, Qt::ElideRight, width());
     const QRect place =
         QStyle::alignedRect(layoutDirection(), Qt::AlignLeft,

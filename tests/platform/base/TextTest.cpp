@@ -21,7 +21,7 @@ TEST(FittingUtf8, CutsBetweenCharactersAndMakesValid) {
           Case{"\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5"}, Case{"o\xC0\xAF", "o??"},
           Case{"s\xED\xA0\x80", "s???"}, Case{"cut \xE2\x82", "cut ??"},
           Case{std::string("a\0b", 3), "a"}, Case{"", ""}})
-        EXPECT_EQ(platform::fittingUtf8(text, 7), fitting);
+        EXPECT_EQ(platform::truncatedUtf8(text, 7), fitting);
 }
 
 TEST(MessageLanguages, FollowTheEnvironmentAsMessagesDo) {

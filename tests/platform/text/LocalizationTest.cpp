@@ -1,7 +1,7 @@
 #include "platform/text/Localization.h"
 
 #include "platform/text/ByteCount.h"
-#include "platform/text/UnbrokenPath.h"
+#include "platform/text/WrappablePath.h"
 
 #include <gtest/gtest.h>
 
@@ -117,12 +117,12 @@ TEST(BinaryByteCount, RoundsToOneDecimalOfTheUnitThatSuits) {
     QLocale::setDefault(before);
 }
 
-TEST(UnbrokenPath, BreaksAfterSlashesOnly) {
+TEST(WrappablePath, BreaksAfterSlashesOnly) {
     for (const char* const path :
          {"/home/me/.config/com.quarnel.Tonvale.plist.damaged-20261125-230102-2",
           "/home/my name/a (b)/x, y; z? w!", "/media/\u97f3\u697d/d\u00e9j\u00e0\u2013vu", "/",
           ""}) {
-        QString text = platform::unbrokenPath(qs(path));
+        QString text = platform::wrappablePath(qs(path));
         QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, text);
         for (qsizetype at = breaks.toNextBoundary(); at >= 0 && at < text.size();
              at = breaks.toNextBoundary())

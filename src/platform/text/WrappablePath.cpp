@@ -1,10 +1,10 @@
-#include "platform/text/UnbrokenPath.h"
+#include "platform/text/WrappablePath.h"
 
 #include <QTextBoundaryFinder>
 
 namespace platform {
 
-QString unbrokenPath(const QString& path) {
+QString wrappablePath(const QString& path) {
     constexpr QChar wordJoiner(0x2060);
     QString unbroken;
     QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, path);
