@@ -13,7 +13,7 @@
 #include "platform/processes/FreedMemory.h"
 #include "platform/text/Localization.h"
 #include "platform/text/OneLineText.h"
-#include "platform/window/WindowPlaces.h"
+#include "platform/window/WindowPositioning.h"
 #include "settings/PreferenceKeys.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
@@ -330,7 +330,7 @@ void VolumeWindow::snap() {
 
 QRect VolumeWindow::frame() const {
     const QRect frame = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
-    return platform::windowsHavePlaces() ? frame : QRect(keptPlace_, frame.size());
+    return platform::canPositionWindows() ? frame : QRect(keptPlace_, frame.size());
 }
 
 double VolumeWindow::itemHeight() const {
@@ -349,7 +349,7 @@ void VolumeWindow::setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) {
 
 void VolumeWindow::setFrame(const QRect& frame) {
     keptPlace_ = frame.topLeft();
-    if (!platform::windowsHavePlaces()) {
+    if (!platform::canPositionWindows()) {
         resize(frame.size());
         return;
     }

@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/window/AccessibleWindow.h"
-#include "platform/window/WindowPlaces.h"
+#include "platform/window/WindowPositioning.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
@@ -76,8 +76,8 @@ void QNToolTip::showAt(const QPoint& place, QWidget& owner) {
     fitText();
     // Where windows have no places it may be counted from where none is; there the window system
     // keeps tips on the screen.
-    setGeometry(platform::windowsHavePlaces() ? placeFor(place, owner.screen()->geometry())
-                                              : QRect(place + besideMouse, size()));
+    setGeometry(platform::canPositionWindows() ? placeFor(place, owner.screen()->geometry())
+                                               : QRect(place + besideMouse, size()));
     show();
     raise();
 }

@@ -4,6 +4,6 @@ namespace platform {
 
 /// Whether programs know where their windows are on the desktop, and may put them elsewhere. On
 /// Wayland they do not. The main thread, with an application object.
-bool windowsHavePlaces();
+bool canPositionWindows();
 
 } // namespace platform

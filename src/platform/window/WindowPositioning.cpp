@@ -1,10 +1,10 @@
-#include "platform/window/WindowPlaces.h"
+#include "platform/window/WindowPositioning.h"
 
 #include <QGuiApplication>
 
 namespace platform {
 
-bool windowsHavePlaces() {
+bool canPositionWindows() {
     return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
