@@ -11,13 +11,13 @@
 
 namespace {
 
-using platform::x11::answerOf;
-using platform::x11::askForEvents;
+using platform::x11::atomReply;
 using platform::x11::connection;
-using platform::x11::nameAtom;
 using platform::x11::Owned;
+using platform::x11::requestAtom;
 using platform::x11::rootWindow;
-using platform::x11::sentByAClient;
+using platform::x11::selectEvents;
+using platform::x11::sentByClient;
 
 constexpr std::uint32_t mostWindows = 1024;
 
@@ -27,7 +27,7 @@ xcb_get_property_cookie_t askFor(xcb_window_t window, xcb_atom_t property, xcb_a
 }
 
 /// The numbers of a property; none when the window has gone.
-std::vector<std::uint32_t> answerOf(xcb_get_property_cookie_t question) {
+std::vector<std::uint32_t> atomReply(xcb_get_property_cookie_t question) {
     const Owned<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(connection(), question, nullptr));
     constexpr int bits = 32;
@@ -44,11 +44,11 @@ WindowList::WindowList(std::function<void()> changed) : changed_(std::move(chang
     if (connection() == nullptr)
         return;
     root_ = rootWindow();
-    const auto list = nameAtom("_NET_CLIENT_LIST");
-    const auto process = nameAtom("_NET_WM_PID");
-    clientList_ = answerOf(list);
-    windowProcess_ = answerOf(process);
-    askForEvents(root_, XCB_EVENT_MASK_PROPERTY_CHANGE);
+    const auto list = requestAtom("_NET_CLIENT_LIST");
+    const auto process = requestAtom("_NET_WM_PID");
+    clientList_ = atomReply(list);
+    windowProcess_ = atomReply(process);
+    selectEvents(root_, XCB_EVENT_MASK_PROPERTY_CHANGE);
     qGuiApp->installNativeEventFilter(this);
 }
 
@@ -62,11 +62,11 @@ std::set<pid_t> WindowList::owners() const {
         return {};
     std::vector<xcb_get_property_cookie_t> questions;
     for (const xcb_window_t window :
-         answerOf(askFor(root_, clientList_, XCB_ATOM_WINDOW, mostWindows)))
+         atomReply(askFor(root_, clientList_, XCB_ATOM_WINDOW, mostWindows)))
         questions.push_back(askFor(window, windowProcess_, XCB_ATOM_CARDINAL, 1));
     std::set<pid_t> owners;
     for (const xcb_get_property_cookie_t question : questions) {
-        for (const std::uint32_t process : answerOf(question))
+        for (const std::uint32_t process : atomReply(question))
             owners.insert(static_cast<pid_t>(process));
     }
     return owners;
@@ -76,7 +76,7 @@ bool WindowList::nativeEventFilter(const QByteArray& kind, void* message, qintpt
     if (kind != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
-    if ((event.response_type & ~sentByAClient) != XCB_PROPERTY_NOTIFY)
+    if ((event.response_type & ~sentByClient) != XCB_PROPERTY_NOTIFY)
         return false;
     const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
     if (property.window == root_ && property.atom == clientList_)

@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-constexpr unsigned sentByAClient = 0x80;
+constexpr unsigned sentByClient = 0x80;
 
 struct Free {
     void operator()(void* memory) const noexcept { std::free(memory); }
@@ -78,7 +78,7 @@ bool WindowVisibility::nativeEventFilter(const QByteArray& kind, void* message,
     if (nativeWindow_ == 0 || kind != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
-    if ((event.response_type & ~sentByAClient) != XCB_VISIBILITY_NOTIFY)
+    if ((event.response_type & ~sentByClient) != XCB_VISIBILITY_NOTIFY)
         return false;
     const auto& visibility = reinterpret_cast<const xcb_visibility_notify_event_t&>(event);
     if (visibility.window != nativeWindow_)

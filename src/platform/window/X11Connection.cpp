@@ -13,17 +13,17 @@ xcb_window_t rootWindow() {
     return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
 }
 
-xcb_intern_atom_cookie_t nameAtom(std::string_view name) {
+xcb_intern_atom_cookie_t requestAtom(std::string_view name) {
     return xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
 }
 
-xcb_atom_t answerOf(xcb_intern_atom_cookie_t question) {
+xcb_atom_t atomReply(xcb_intern_atom_cookie_t question) {
     const Owned<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(connection(), question, nullptr));
     return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-void askForEvents(xcb_window_t window, std::uint32_t events) {
+void selectEvents(xcb_window_t window, std::uint32_t events) {
     const Owned<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
         connection(), xcb_get_window_attributes(connection(), window), nullptr));
     if (attributes == nullptr)

@@ -11,7 +11,7 @@
 namespace platform::x11 {
 
 /// The bit of an event's type that says that another client has sent it.
-constexpr unsigned sentByAClient = 0x80;
+constexpr unsigned sentByClient = 0x80;
 
 struct Free {
     void operator()(void* memory) const noexcept { std::free(memory); }
@@ -28,13 +28,13 @@ xcb_connection_t* connection();
 xcb_window_t rootWindow();
 
 /// Asks for the number of a name, so that several questions can be under way.
-xcb_intern_atom_cookie_t nameAtom(std::string_view name);
+xcb_intern_atom_cookie_t requestAtom(std::string_view name);
 
 /// Waits for the answer; none when there is no such.
-xcb_atom_t answerOf(xcb_intern_atom_cookie_t question);
+xcb_atom_t atomReply(xcb_intern_atom_cookie_t question);
 
 /// Has the server tell of such events of the window, besides what Qt has asked for. Nothing
 /// happens when the window has gone.
-void askForEvents(xcb_window_t window, std::uint32_t events);
+void selectEvents(xcb_window_t window, std::uint32_t events);
 
 } // namespace platform::x11

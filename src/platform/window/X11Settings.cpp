@@ -12,13 +12,13 @@ namespace platform {
 
 namespace {
 
-using x11::answerOf;
-using x11::askForEvents;
+using x11::atomReply;
 using x11::connection;
-using x11::nameAtom;
 using x11::Owned;
+using x11::requestAtom;
 using x11::rootWindow;
-using x11::sentByAClient;
+using x11::selectEvents;
+using x11::sentByClient;
 
 constexpr std::uint32_t mostWords = 1 << 16; // of a property
 
@@ -101,13 +101,13 @@ X11Settings::X11Settings() {
     if (connection() == nullptr)
         return;
     root_ = rootWindow();
-    const auto selection = nameAtom("_XSETTINGS_S0");
-    const auto property = nameAtom("_XSETTINGS_SETTINGS");
-    const auto manager = nameAtom("MANAGER");
-    selection_ = answerOf(selection);
-    property_ = answerOf(property);
-    manager_ = answerOf(manager);
-    askForEvents(root_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    const auto selection = requestAtom("_XSETTINGS_S0");
+    const auto property = requestAtom("_XSETTINGS_SETTINGS");
+    const auto manager = requestAtom("MANAGER");
+    selection_ = atomReply(selection);
+    property_ = atomReply(property);
+    manager_ = atomReply(manager);
+    selectEvents(root_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     qGuiApp->installNativeEventFilter(this);
     if (findDaemon())
         read();
@@ -123,7 +123,7 @@ bool X11Settings::findDaemon() {
         connection(), xcb_get_selection_owner(connection(), selection_), nullptr));
     daemon_ = owner != nullptr ? owner->owner : 0;
     if (daemon_ != 0)
-        askForEvents(daemon_, XCB_EVENT_MASK_PROPERTY_CHANGE);
+        selectEvents(daemon_, XCB_EVENT_MASK_PROPERTY_CHANGE);
     return daemon_ != 0;
 }
 
@@ -146,7 +146,7 @@ bool X11Settings::nativeEventFilter(const QByteArray& kind, void* message, qintp
     if (kind != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
-    const unsigned type = event.response_type & ~sentByAClient;
+    const unsigned type = event.response_type & ~sentByClient;
     if (type == XCB_PROPERTY_NOTIFY) {
         const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
         if (property.window == daemon_ && property.atom == property_)
