@@ -6,7 +6,7 @@
 #include "platform/base/PrintableText.h"
 #include "platform/base/SystemLog.h"
 #include "platform/defaults/UserDefaults.h"
-#include "platform/files/CopyFolder.h"
+#include "platform/files/SharedFolder.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/DispatchTimer.h"
 
@@ -26,10 +26,10 @@
 
 namespace fs = std::filesystem;
 
-using platform::CopyFolder;
 using platform::DispatchQueue;
 using platform::FileDescriptor;
 using platform::MonotonicClock;
+using platform::SharedFolder;
 
 namespace {
 
@@ -96,7 +96,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     using Handlers = std::vector<std::function<void()>>;
 
     Worker(platform::UserDefaults& defaults, fs::path file, Folders folders,
-           platform::CopyFolderCalls& calls)
+           platform::SharedFolderCalls& calls)
         : defaults_(defaults)
         , file_(std::move(file))
         , folders_(std::move(folders))
@@ -205,10 +205,10 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     void copyTo(const std::string& folder, const Content& content) {
         const std::string target = targetIn(folder);
         const std::string name = file_.filename();
-        CopyFolder place(folder, calls_);
-        const CopyFolder::Outcome outcome = content.error == 0
-                                                ? place.put(name, content.bytes, modeOfCopies)
-                                                : CopyFolder::Outcome{.writing = content.error};
+        SharedFolder place(folder, calls_);
+        const SharedFolder::Outcome outcome = content.error == 0
+                                                  ? place.put(name, content.bytes, modeOfCopies)
+                                                  : SharedFolder::Outcome{.writing = content.error};
         if (outcome.removing != 0)
             tell(target, outcome.removing, "Couldn't remove path: " + target);
         else if (outcome.writing != 0)
@@ -239,7 +239,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     platform::UserDefaults& defaults_;
     const fs::path file_;
     const Folders folders_;
-    platform::CopyFolderCalls& calls_;
+    platform::SharedFolderCalls& calls_;
     const std::shared_ptr<DispatchQueue> queue_ =
         DispatchQueue::makeSerial("com.quarnel.preference-copies");
 
@@ -276,7 +276,7 @@ PreferenceCopies::Folders PreferenceCopies::standardFolders() {
 }
 
 PreferenceCopies::PreferenceCopies(platform::UserDefaults& defaults, fs::path file, Folders folders,
-                                   platform::CopyFolderCalls& calls)
+                                   platform::SharedFolderCalls& calls)
     : worker_(std::make_shared<Worker>(defaults, std::move(file), std::move(folders), calls)) {
     worker_->prepare();
 }

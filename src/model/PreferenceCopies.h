@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/MonotonicClock.h"
-#include "platform/files/CopyFolderCalls.h"
+#include "platform/files/SharedFolderCalls.h"
 
 #include <chrono>
 #include <filesystem>
@@ -18,7 +18,7 @@ class UserDefaults;
 /// nothing but their container, read it. All of that happens on a queue of its own, and never more
 /// often than every 100 ms unless it is asked for at once; the last state always gets everywhere.
 /// Copies have the mode 0744, are hidden where the folder is ours, and are whole at any time
-/// (CopyFolder). What cannot be copied is a line in the system log, once for a target and error
+/// (SharedFolder). What cannot be copied is a line in the system log, once for a target and error
 /// until it works again, and is tried again when the error may pass by itself: every second for
 /// want of room, else less and less often.
 ///
@@ -35,7 +35,7 @@ class PreferenceCopies {
     /// `calls` likewise.
     PreferenceCopies(platform::UserDefaults& defaults, std::filesystem::path file,
                      Folders folders = standardFolders(),
-                     platform::CopyFolderCalls& calls = platform::CopyFolderCalls::system());
+                     platform::SharedFolderCalls& calls = platform::SharedFolderCalls::system());
 
     /// What is marked and not saved is not saved any more. Waits for what is under way, 3 s at
     /// most, unless finish() has waited in vain.

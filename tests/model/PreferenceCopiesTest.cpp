@@ -4,7 +4,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
-#include "support/FailingCopyCalls.h"
+#include "support/FailingSharedFolderCalls.h"
 #include "support/ManualClock.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -72,7 +72,7 @@ class PreferenceCopiesTest : public testing::Test {
     const fs::path two_ = folder_.path() / "two";
     const fs::path source_ = folder_.path() / "own" / name;
     std::atomic<int> saves_ = 0;
-    support::FailingCopyCalls calls_;
+    support::FailingSharedFolderCalls calls_;
     UserDefaults defaults_{source_};
     PreferenceCopies copies_{defaults_, source_,
                              [this] {

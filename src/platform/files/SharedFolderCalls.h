@@ -5,13 +5,13 @@
 
 namespace platform {
 
-/// The calls to the system by which CopyFolder makes a file. Tests put calls that fail in their
+/// The calls to the system by which SharedFolder makes a file. Tests put calls that fail in their
 /// place. Each is as in section 2 of the manual.
-class CopyFolderCalls {
+class SharedFolderCalls {
   public:
-    virtual ~CopyFolderCalls() = default;
+    virtual ~SharedFolderCalls() = default;
 
-    static CopyFolderCalls& system() noexcept;
+    static SharedFolderCalls& system() noexcept;
 
     virtual int create(int folder, const char* name) noexcept; ///< openat; a new file, mode 0600
     virtual ssize_t write(int file, const void* bytes, std::size_t size) noexcept;

@@ -1,4 +1,4 @@
-#include "platform/files/CopyFolder.h"
+#include "platform/files/SharedFolder.h"
 
 #include <algorithm>
 #include <array>
@@ -76,14 +76,14 @@ std::optional<List> readHiddenList(int folder, uid_t user) {
 
 } // namespace
 
-CopyFolder::CopyFolder(const std::string& path, CopyFolderCalls& calls)
+SharedFolder::SharedFolder(const std::string& path, SharedFolderCalls& calls)
     : calls_(calls), folder_(follow(path)) {
     error_ = folder_ ? 0 : errno;
 }
 
 /// The folder at `path`, from the root name by name, so that each link can be looked at. Empty,
 /// with errno set, when there is none.
-FileDescriptor CopyFolder::follow(const std::string& path) {
+FileDescriptor SharedFolder::follow(const std::string& path) {
     constexpr int mostLinks = 40; // the kernel's bound
     FileDescriptor folder = root();
     std::string left = path;
@@ -112,7 +112,7 @@ FileDescriptor CopyFolder::follow(const std::string& path) {
 }
 
 /// Puts what a link holds before the rest of the path.
-bool CopyFolder::readLink(int link, std::string& rest) {
+bool SharedFolder::readLink(int link, std::string& rest) {
     std::array<char, longestPath> target;
     const ssize_t size = ::readlinkat(link, "", target.data(), target.size());
     if (size <= 0)
@@ -121,7 +121,8 @@ bool CopyFolder::readLink(int link, std::string& rest) {
     return true;
 }
 
-CopyFolder::Outcome CopyFolder::put(const std::string& name, std::string_view bytes, mode_t mode) {
+SharedFolder::Outcome SharedFolder::put(const std::string& name, std::string_view bytes,
+                                        mode_t mode) {
     if (!folder_)
         return {.writing = error_};
     const int former = makeRoom(name.c_str());
@@ -147,7 +148,7 @@ CopyFolder::Outcome CopyFolder::put(const std::string& name, std::string_view by
 
 /// Removes a folder that has the name, since only that cannot be replaced. 0 when something has the
 /// name, -1 when nothing has, else the error.
-int CopyFolder::makeRoom(const char* name) {
+int SharedFolder::makeRoom(const char* name) {
     struct stat status {};
     if (::fstatat(folder_.get(), name, &status, AT_SYMLINK_NOFOLLOW) != 0)
         return -1;
@@ -158,7 +159,7 @@ int CopyFolder::makeRoom(const char* name) {
 
 /// Under `name`, which a program that was killed may have left; when that cannot be had, under one
 /// that nobody can foresee.
-FileDescriptor CopyFolder::createTemporary(std::string& name) {
+FileDescriptor SharedFolder::createTemporary(std::string& name) {
     calls_.remove(folder_.get(), name.c_str(), 0);
     FileDescriptor file(calls_.create(folder_.get(), name.c_str()));
     if (file || errno != EEXIST)
@@ -168,7 +169,7 @@ FileDescriptor CopyFolder::createTemporary(std::string& name) {
 }
 
 /// The error, or 0. Some file systems tell only when a file is closed that they are full.
-int CopyFolder::write(FileDescriptor file, std::string_view bytes, mode_t mode, int& modeError) {
+int SharedFolder::write(FileDescriptor file, std::string_view bytes, mode_t mode, int& modeError) {
     while (!bytes.empty()) {
         const ssize_t count = calls_.write(file.get(), bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR)
@@ -180,7 +181,7 @@ int CopyFolder::write(FileDescriptor file, std::string_view bytes, mode_t mode, 
     return calls_.close(file.release()) == 0 || errno == EINTR ? 0 : errno;
 }
 
-void CopyFolder::hide(const std::string& name) {
+void SharedFolder::hide(const std::string& name) {
     struct stat status {};
     if (!folder_ || ::fstat(folder_.get(), &status) != 0 || status.st_uid != calls_.user())
         return;

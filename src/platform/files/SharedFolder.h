@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/FileDescriptor.h"
-#include "platform/files/CopyFolderCalls.h"
+#include "platform/files/SharedFolderCalls.h"
 
 #include <string>
 #include <string_view>
@@ -15,7 +15,7 @@ namespace platform {
 /// What is written outlives a crash of the program, not one of the machine.
 ///
 /// Does not notice when the folder gets another name. One thread at a time.
-class CopyFolder {
+class SharedFolder {
   public:
     /// What has gone wrong, as error numbers; 0 where nothing has.
     struct Outcome {
@@ -26,8 +26,8 @@ class CopyFolder {
 
     /// `path` is absolute; `calls` must outlive the object. When the folder cannot be entered,
     /// put() fails to write, with the same error.
-    explicit CopyFolder(const std::string& path,
-                        CopyFolderCalls& calls = CopyFolderCalls::system());
+    explicit SharedFolder(const std::string& path,
+                          SharedFolderCalls& calls = SharedFolderCalls::system());
 
     /// Writes a file. A link or an empty folder that has its name goes, another folder stays.
     Outcome put(const std::string& name, std::string_view bytes, mode_t mode);
@@ -43,7 +43,7 @@ class CopyFolder {
     FileDescriptor createTemporary(std::string& name);
     int write(FileDescriptor file, std::string_view bytes, mode_t mode, int& modeError);
 
-    CopyFolderCalls& calls_;
+    SharedFolderCalls& calls_;
     FileDescriptor folder_;
     int error_ = 0; // why there is no folder_
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/files/CopyFolderCalls.h"
+#include "platform/files/SharedFolderCalls.h"
 
 #include <atomic>
 #include <cerrno>
@@ -10,7 +10,7 @@
 namespace support {
 
 /// Calls to the system that fail with an error number, as long as it is not 0.
-class FailingCopyCalls : public platform::CopyFolderCalls {
+class FailingSharedFolderCalls : public platform::SharedFolderCalls {
   public:
     std::atomic<int> createError = 0;
     std::filesystem::path failingFolder; // where alone nothing can be created; empty: everywhere
@@ -22,24 +22,25 @@ class FailingCopyCalls : public platform::CopyFolderCalls {
     std::atomic<unsigned> renames = 0;
 
     int create(int folder, const char* name) noexcept override {
-        return isFailing(folder) && fails(createError) ? -1 : CopyFolderCalls::create(folder, name);
+        return isFailing(folder) && fails(createError) ? -1
+                                                       : SharedFolderCalls::create(folder, name);
     }
     ssize_t write(int file, const void* bytes, std::size_t size) noexcept override {
-        CopyFolderCalls::write(file, bytes, writeError != 0 ? size / 2 : 0);
-        return fails(writeError) ? -1 : CopyFolderCalls::write(file, bytes, size);
+        SharedFolderCalls::write(file, bytes, writeError != 0 ? size / 2 : 0);
+        return fails(writeError) ? -1 : SharedFolderCalls::write(file, bytes, size);
     }
     int changeMode(int file, mode_t mode) noexcept override {
-        return fails(modeError) ? -1 : CopyFolderCalls::changeMode(file, mode);
+        return fails(modeError) ? -1 : SharedFolderCalls::changeMode(file, mode);
     }
     int close(int file) noexcept override {
-        const int result = CopyFolderCalls::close(file);
+        const int result = SharedFolderCalls::close(file);
         return fails(closeError) ? -1 : result;
     }
     int rename(int folder, const char* from, const char* to) noexcept override {
         ++renames;
-        return fails(renameError) ? -1 : CopyFolderCalls::rename(folder, from, to);
+        return fails(renameError) ? -1 : SharedFolderCalls::rename(folder, from, to);
     }
-    uid_t user() noexcept override { return CopyFolderCalls::user() + userOffset; }
+    uid_t user() noexcept override { return SharedFolderCalls::user() + userOffset; }
 
   private:
     bool isFailing(int folder) const {

@@ -1,6 +1,6 @@
-#include "platform/files/CopyFolder.h"
+#include "platform/files/SharedFolder.h"
 
-#include "support/FailingCopyCalls.h"
+#include "support/FailingSharedFolderCalls.h"
 #include "support/Files.h"
 #include "support/PrivateFolder.h"
 
@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-using platform::CopyFolder;
+using platform::SharedFolder;
 using support::contentOf;
 using support::modeOf;
 
@@ -21,12 +21,12 @@ namespace {
 
 constexpr mode_t mode = 0744;
 
-class CopyFolderTest : public testing::Test {
+class SharedFolderTest : public testing::Test {
   protected:
-    CopyFolderTest() { fs::create_directory(folder_); }
+    SharedFolderTest() { fs::create_directory(folder_); }
 
-    CopyFolder::Outcome put(const std::string& bytes = "new") {
-        return CopyFolder(folder_, calls_).put("file", bytes, mode);
+    SharedFolder::Outcome put(const std::string& bytes = "new") {
+        return SharedFolder(folder_, calls_).put("file", bytes, mode);
     }
 
     static void write(const fs::path& file, const std::string& bytes) {
@@ -55,15 +55,15 @@ class CopyFolderTest : public testing::Test {
     const support::PrivateFolder private_;
     const fs::path folder_ = private_.path() / "folder";
     const fs::path file_ = folder_ / "file";
-    support::FailingCopyCalls calls_;
+    support::FailingSharedFolderCalls calls_;
 };
 
 } // namespace
 
-TEST_F(CopyFolderTest, PutsFilesOfThatModeInPlaceOfWhateverHadTheName) {
+TEST_F(SharedFolderTest, PutsFilesOfThatModeInPlaceOfWhateverHadTheName) {
     const std::string large(1 << 20, 'x');
     for (const std::string& bytes : {std::string("first"), std::string(), large}) {
-        const CopyFolder::Outcome outcome = put(bytes);
+        const SharedFolder::Outcome outcome = put(bytes);
         EXPECT_EQ(outcome.removing + outcome.writing + outcome.mode, 0);
         EXPECT_EQ(contentOf(file_), bytes);
         EXPECT_EQ(modeOf(file_), mode);
@@ -75,7 +75,7 @@ TEST_F(CopyFolderTest, PutsFilesOfThatModeInPlaceOfWhateverHadTheName) {
     EXPECT_EQ(names(), Names{"file"}) << "nothing is left beside it";
 }
 
-TEST_F(CopyFolderTest, ReplacesALinkAndNotWhatItLeadsTo) {
+TEST_F(SharedFolderTest, ReplacesALinkAndNotWhatItLeadsTo) {
     const fs::path precious = private_.path() / "precious";
     write(precious, "precious");
     plantLink(precious, file_);
@@ -88,41 +88,45 @@ TEST_F(CopyFolderTest, ReplacesALinkAndNotWhatItLeadsTo) {
     EXPECT_EQ(names(), Names{"file"});
 }
 
-TEST_F(CopyFolderTest, FollowsItsUsersLinksToTheFolderAndNoOthers) {
+TEST_F(SharedFolderTest, FollowsItsUsersLinksToTheFolderAndNoOthers) {
     const fs::path own = private_.path() / "own";
     const fs::path absolute = private_.path() / "absolute";
     const fs::path planted = private_.path() / "planted";
     fs::create_directory(folder_ / "inner");
     fs::create_symlink("folder", own);
     fs::create_symlink(own, absolute);
-    EXPECT_EQ(CopyFolder(absolute / "inner/../inner/", calls_).put("file", "1", mode).writing, 0);
+    EXPECT_EQ(SharedFolder(absolute / "inner/../inner/", calls_).put("file", "1", mode).writing, 0);
     EXPECT_EQ(contentOf(folder_ / "inner/file"), "1");
 
     fs::create_symlink("circle", private_.path() / "circle");
-    EXPECT_EQ(CopyFolder(private_.path() / "circle", calls_).put("file", "2", mode).writing, ELOOP);
+    EXPECT_EQ(SharedFolder(private_.path() / "circle", calls_).put("file", "2", mode).writing,
+              ELOOP);
     plantLink("folder", planted);
     for (const fs::path& path : {planted, planted / "inner"})
-        EXPECT_EQ(CopyFolder(path, calls_).put("file", "2", mode).writing, ELOOP) << path;
+        EXPECT_EQ(SharedFolder(path, calls_).put("file", "2", mode).writing, ELOOP) << path;
     EXPECT_EQ(contentOf(folder_ / "inner/file"), "1");
     EXPECT_FALSE(fs::exists(file_));
 }
 
-TEST_F(CopyFolderTest, SaysWhereItFailsAndLeavesWhatIsThereWhole) {
+TEST_F(SharedFolderTest, SaysWhereItFailsAndLeavesWhatIsThereWhole) {
     const struct {
         const char* what;
-        std::atomic<int> support::FailingCopyCalls::*call;
+        std::atomic<int> support::FailingSharedFolderCalls::*call;
         int error;
         int removing, writing, mode; // with a file there
         int writingAfresh;           // without one
     } cases[] = {
-        {"full at once", &support::FailingCopyCalls::createError, ENOSPC, 0, ENOSPC, 0, ENOSPC},
-        {"not ours", &support::FailingCopyCalls::createError, EACCES, EACCES, 0, 0, EACCES},
-        {"read-only", &support::FailingCopyCalls::createError, EROFS, EROFS, 0, 0, EROFS},
-        {"full meanwhile", &support::FailingCopyCalls::writeError, ENOSPC, 0, ENOSPC, 0, ENOSPC},
-        {"full at the end", &support::FailingCopyCalls::closeError, EDQUOT, 0, EDQUOT, 0, EDQUOT},
-        {"sticky", &support::FailingCopyCalls::renameError, EPERM, EPERM, 0, 0, EPERM},
-        {"broken", &support::FailingCopyCalls::renameError, EIO, 0, EIO, 0, EIO},
-        {"mode", &support::FailingCopyCalls::modeError, EPERM, 0, 0, EPERM, 0},
+        {"full at once", &support::FailingSharedFolderCalls::createError, ENOSPC, 0, ENOSPC, 0,
+         ENOSPC},
+        {"not ours", &support::FailingSharedFolderCalls::createError, EACCES, EACCES, 0, 0, EACCES},
+        {"read-only", &support::FailingSharedFolderCalls::createError, EROFS, EROFS, 0, 0, EROFS},
+        {"full meanwhile", &support::FailingSharedFolderCalls::writeError, ENOSPC, 0, ENOSPC, 0,
+         ENOSPC},
+        {"full at the end", &support::FailingSharedFolderCalls::closeError, EDQUOT, 0, EDQUOT, 0,
+         EDQUOT},
+        {"sticky", &support::FailingSharedFolderCalls::renameError, EPERM, EPERM, 0, 0, EPERM},
+        {"broken", &support::FailingSharedFolderCalls::renameError, EIO, 0, EIO, 0, EIO},
+        {"mode", &support::FailingSharedFolderCalls::modeError, EPERM, 0, 0, EPERM, 0},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
@@ -131,7 +135,7 @@ TEST_F(CopyFolderTest, SaysWhereItFailsAndLeavesWhatIsThereWhole) {
         EXPECT_EQ(put().writing, each.writingAfresh);
         EXPECT_EQ(names().size(), each.writingAfresh == 0 ? 1U : 0U);
         write(file_, "old");
-        const CopyFolder::Outcome outcome = put();
+        const SharedFolder::Outcome outcome = put();
         calls_.*each.call = 0;
         EXPECT_EQ(outcome.removing, each.removing);
         EXPECT_EQ(outcome.writing, each.writing);
@@ -139,12 +143,13 @@ TEST_F(CopyFolderTest, SaysWhereItFailsAndLeavesWhatIsThereWhole) {
         EXPECT_EQ(contentOf(file_), each.mode != 0 ? "new" : "old");
         EXPECT_EQ(names(), Names{"file"});
     }
-    const CopyFolder::Outcome nowhere = CopyFolder(folder_ / "none", calls_).put("f", "x", mode);
+    const SharedFolder::Outcome nowhere =
+        SharedFolder(folder_ / "none", calls_).put("f", "x", mode);
     EXPECT_EQ(nowhere.writing, ENOENT);
-    EXPECT_EQ(CopyFolder(file_, calls_).put("f", "x", mode).writing, ENOTDIR);
+    EXPECT_EQ(SharedFolder(file_, calls_).put("f", "x", mode).writing, ENOTDIR);
 }
 
-TEST_F(CopyFolderTest, AFolderThatIsNotEmptyStaysAndATemporaryNameThatCannotBeHadDoesNotStopIt) {
+TEST_F(SharedFolderTest, AFolderThatIsNotEmptyStaysAndATemporaryNameThatCannotBeHadDoesNotStopIt) {
     fs::create_directories(folder_ / ".file.new/precious");
     EXPECT_EQ(put().writing, 0);
     EXPECT_EQ(contentOf(file_), "new");
@@ -155,14 +160,14 @@ TEST_F(CopyFolderTest, AFolderThatIsNotEmptyStaysAndATemporaryNameThatCannotBeHa
     EXPECT_EQ(names(), (Names{".file.new", "file"}));
 }
 
-TEST_F(CopyFolderTest, HidesAFileByALineOfItsOwn) {
+TEST_F(SharedFolderTest, HidesAFileByALineOfItsOwn) {
     const fs::path list = folder_ / ".hidden";
     const auto hidden = [&](const char* former) {
         write(list, former);
-        CopyFolder(folder_, calls_).hide("file");
+        SharedFolder(folder_, calls_).hide("file");
         return contentOf(list);
     };
-    CopyFolder(folder_, calls_).hide("file");
+    SharedFolder(folder_, calls_).hide("file");
     EXPECT_EQ(contentOf(list), "file\n");
     EXPECT_EQ(modeOf(list), 0644U);
     ::chmod(list.c_str(), 0600);
@@ -175,15 +180,15 @@ TEST_F(CopyFolderTest, HidesAFileByALineOfItsOwn) {
     EXPECT_EQ(names(), Names{".hidden"});
 }
 
-TEST_F(CopyFolderTest, HidesNothingThroughALinkOrInAnothersFolder) {
+TEST_F(SharedFolderTest, HidesNothingThroughALinkOrInAnothersFolder) {
     const fs::path precious = private_.path() / "precious";
     write(precious, "precious");
     fs::create_symlink(precious, folder_ / ".hidden");
-    CopyFolder(folder_, calls_).hide("file");
+    SharedFolder(folder_, calls_).hide("file");
     EXPECT_EQ(contentOf(precious), "precious");
     EXPECT_TRUE(fs::is_symlink(folder_ / ".hidden"));
     fs::remove(folder_ / ".hidden");
     calls_.userOffset = 1;
-    CopyFolder(folder_, calls_).hide("file");
+    SharedFolder(folder_, calls_).hide("file");
     EXPECT_TRUE(fs::is_empty(folder_));
 }
