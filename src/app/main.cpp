@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
         if (const auto status = CommandLine::answer(argumentTexts(argc, argv)))
             return *status;
         platform::unblockSignals();
-        platform::surviveFailedWrites();
+        platform::ignoreWriteSignals();
         platform::raiseDescriptorLimit();
         QNGUIApplication::setMainInterface(&makeInterface);
         return QNApplicationMain(nullptr, argc, argv);

@@ -189,7 +189,7 @@ QByteArray propertyListXml(const QVariant& value) {
     const QVariant storable = storableValue(value);
     if (!storable.isValid())
         return {};
-    const PointLocale locale;
+    const NumericCLocale locale;
     const PropertyListNode root(nodeFrom(storable));
     char* xml = nullptr;
     std::uint32_t length = 0;

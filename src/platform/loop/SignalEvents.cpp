@@ -104,7 +104,7 @@ void unblockSignals() noexcept {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-void surviveFailedWrites() noexcept {
+void ignoreWriteSignals() noexcept {
     for (const int signal : {SIGPIPE, SIGXFSZ})
         install(signal, &doNothing, nullptr); // ignoring would be inherited by what we start
 }

@@ -48,6 +48,6 @@ void unblockSignals() noexcept;
 /// Has writing to a connection that the peer has closed (SIGPIPE) or beyond the permitted size of a
 /// file (SIGXFSZ) fail with an error instead of ending the process. Programs that we start get the
 /// default again.
-void surviveFailedWrites() noexcept;
+void ignoreWriteSignals() noexcept;
 
 } // namespace platform

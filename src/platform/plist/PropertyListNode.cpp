@@ -28,7 +28,7 @@ PropertyListNode readPropertyList(std::string_view bytes) {
         bytes.remove_prefix(byteOrderMark.size());
     if (!isWithinPropertyListBounds(bytes))
         return nullptr;
-    const PointLocale locale;
+    const NumericCLocale locale;
     plist_t root = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
     return PropertyListNode(root);
@@ -49,9 +49,9 @@ void forEachEntry(void* dictionary, const std::function<void(const char* key, vo
     }
 }
 
-PointLocale::PointLocale() noexcept : previous_(::uselocale(pointLocale())) {}
+NumericCLocale::NumericCLocale() noexcept : previous_(::uselocale(pointLocale())) {}
 
-PointLocale::~PointLocale() {
+NumericCLocale::~NumericCLocale() {
     ::uselocale(static_cast<locale_t>(previous_));
 }
 

@@ -34,12 +34,12 @@ void forEachEntry(void* dictionary, const std::function<void(const char* key, vo
 
 /// Numbers are read and written with a point while it lives, whatever the program's locale says:
 /// libplist follows the locale. The calling thread only.
-class PointLocale {
+class NumericCLocale {
   public:
-    PointLocale() noexcept;
-    ~PointLocale();
-    PointLocale(const PointLocale&) = delete;
-    PointLocale& operator=(const PointLocale&) = delete;
+    NumericCLocale() noexcept;
+    ~NumericCLocale();
+    NumericCLocale(const NumericCLocale&) = delete;
+    NumericCLocale& operator=(const NumericCLocale&) = delete;
 
   private:
     void* previous_;

@@ -20,7 +20,7 @@ TerminationSignals::TerminationSignals(platform::RunLoop& loop, std::function<vo
         throw platform::TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         events_.watch(signal);
-    platform::surviveFailedWrites();
+    platform::ignoreWriteSignals();
 }
 
 TerminationSignals::~TerminationSignals() = default;

@@ -11,7 +11,7 @@ class RunLoopSource;
 } // namespace platform
 
 /// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
-/// failed writes (surviveFailedWrites()) end nothing. For a program without an application object.
+/// failed writes (ignoreWriteSignals()) end nothing. For a program without an application object.
 /// One at a time in a process.
 class TerminationSignals {
   public:
