@@ -13,11 +13,11 @@
 #include <utility>
 #include <vector>
 
-using platform::DefaultsTrouble;
+using platform::DefaultsError;
 using platform::formatted;
 using platform::localized;
 using platform::wrappablePath;
-using Kind = DefaultsTrouble::Kind;
+using Kind = DefaultsError::Kind;
 
 namespace {
 
@@ -29,8 +29,8 @@ struct Text {
 /// Never destroyed: preferences may be saved after main() has returned.
 struct State {
     std::mutex mutex;
-    std::vector<DefaultsTrouble> early; // guarded by mutex: before the log is open
-    bool isLogOpen = false;             // guarded by mutex
+    std::vector<DefaultsError> early; // guarded by mutex: before the log is open
+    bool isLogOpen = false;           // guarded by mutex
 
     // The main thread only.
     FileAlerts::Show show;
@@ -43,7 +43,7 @@ State& state() {
     return *state;
 }
 
-Text textOf(const DefaultsTrouble& trouble) {
+Text textOf(const DefaultsError& trouble) {
     const QString file = QString::fromStdString(trouble.file);
     if (trouble.kind == Kind::lost)
         return {
@@ -78,13 +78,13 @@ void tell(Text text) {
     }
 }
 
-void log(const DefaultsTrouble& trouble) {
+void log(const DefaultsError& trouble) {
     QNLogText(trouble.kind == Kind::unsaved ? qnlog_error : qnlog_warning,
               QString::fromStdString(trouble.line));
 }
 
 /// Any thread.
-void report(const DefaultsTrouble& trouble) {
+void report(const DefaultsError& trouble) {
     {
         const std::lock_guard lock(state().mutex);
         if (!state().isLogOpen) {
@@ -103,13 +103,13 @@ void FileAlerts::listen() {
 }
 
 void FileAlerts::logIsOpen() {
-    std::vector<DefaultsTrouble> early;
+    std::vector<DefaultsError> early;
     {
         const std::lock_guard lock(state().mutex);
         state().isLogOpen = true;
         early.swap(state().early);
     }
-    for (const DefaultsTrouble& trouble : early) {
+    for (const DefaultsError& trouble : early) {
         log(trouble);
         tell(textOf(trouble));
     }

@@ -27,7 +27,7 @@ SharedReporter& sharedReporter() {
     return *reporter;
 }
 
-void report(const DefaultsTrouble& trouble) {
+void report(const DefaultsError& trouble) {
     DefaultsStore::Reporter call;
     {
         const std::lock_guard lock(sharedReporter().mutex);
@@ -36,8 +36,8 @@ void report(const DefaultsTrouble& trouble) {
     if (call)
         call(trouble);
     else
-        systemLog(trouble.kind == DefaultsTrouble::Kind::unsaved ? LogPriority::error
-                                                                 : LogPriority::warning,
+        systemLog(trouble.kind == DefaultsError::Kind::unsaved ? LogPriority::error
+                                                               : LogPriority::warning,
                   "%s", trouble.line.c_str());
 }
 
@@ -56,7 +56,7 @@ DefaultsStore::DefaultsStore(const std::filesystem::path& path, DefaultsFileCall
 
 void DefaultsStore::load() {
     if (!file_) {
-        platform::report({DefaultsTrouble::Kind::unsaved,
+        platform::report({DefaultsError::Kind::unsaved,
                           "There is no folder for settings; they are kept in memory only"});
         return;
     }
@@ -65,7 +65,7 @@ void DefaultsStore::load() {
             self->save(false);
     });
     const DefaultsFile::Outcome outcome = file_->update({}, {}, false);
-    report(outcome, DefaultsTrouble::Kind::lost);
+    report(outcome, DefaultsError::Kind::lost);
     inFile_ = outcome.values.value_or(QVariantMap());
 }
 
@@ -111,7 +111,7 @@ bool DefaultsStore::synchronize(std::chrono::milliseconds bound) {
     if (isSaved.wait_for(bound) == std::future_status::ready)
         return isSaved.get();
     platform::report(
-        {DefaultsTrouble::Kind::unsaved, "Saving the settings takes too long to wait for"});
+        {DefaultsError::Kind::unsaved, "Saving the settings takes too long to wait for"});
     return false;
 }
 
@@ -164,7 +164,7 @@ bool DefaultsStore::save(bool isDurable) {
             changes.insert(change.key(), change->value);
     }
     const DefaultsFile::Outcome outcome = file_->update(known, changes, isDurable);
-    report(outcome, DefaultsTrouble::Kind::restored);
+    report(outcome, DefaultsError::Kind::restored);
     settle(outcome, lastNumber);
     return outcome.failure.empty();
 }
@@ -186,13 +186,13 @@ void DefaultsStore::settle(const DefaultsFile::Outcome& outcome, std::uint64_t l
     tellAllLocked();
 }
 
-void DefaultsStore::report(const DefaultsFile::Outcome& outcome, DefaultsTrouble::Kind damage) {
+void DefaultsStore::report(const DefaultsFile::Outcome& outcome, DefaultsError::Kind damage) {
     if (!outcome.setAside.empty())
         platform::report({damage,
                           "The settings were damaged and have been moved to " + outcome.setAside,
                           outcome.setAside});
     if (!outcome.failure.empty() && !isFailing_)
-        platform::report({DefaultsTrouble::Kind::unsaved,
+        platform::report({DefaultsError::Kind::unsaved,
                           outcome.failure + "; settings are kept in memory until it works",
                           outcome.file});
     isFailing_ = !outcome.failure.empty();

@@ -28,7 +28,7 @@ namespace platform {
 /// with std::make_shared.
 class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
   public:
-    using Reporter = std::function<void(const DefaultsTrouble& trouble)>;
+    using Reporter = std::function<void(const DefaultsError& trouble)>;
 
     struct Observer {
         QString key;
@@ -83,7 +83,7 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     bool save(bool isDurable);
     bool hasUnsaved() const;
     void settle(const DefaultsFile::Outcome& outcome, std::uint64_t lastNumber);
-    void report(const DefaultsFile::Outcome& outcome, DefaultsTrouble::Kind damage);
+    void report(const DefaultsFile::Outcome& outcome, DefaultsError::Kind damage);
     void saveBy(MonotonicClock::time_point deadline);
     QVariant storedLocked(const QString& key) const;
     QVariant effectiveLocked(const QString& key) const;

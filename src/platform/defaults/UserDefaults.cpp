@@ -90,7 +90,7 @@ std::filesystem::path UserDefaults::standardPath() {
     return std::filesystem::path(folder) / "com.quarnel.Tonvale.plist";
 }
 
-void UserDefaults::setReporter(std::function<void(const DefaultsTrouble& trouble)> reporter) {
+void UserDefaults::setReporter(std::function<void(const DefaultsError& trouble)> reporter) {
     DefaultsStore::setReporter(std::move(reporter));
 }
 

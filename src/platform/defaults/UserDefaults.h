@@ -17,7 +17,7 @@ class DefaultsObservation;
 class DefaultsStore;
 
 /// What has gone wrong with the file of user defaults.
-struct DefaultsTrouble {
+struct DefaultsError {
     enum class Kind {
         unsaved,  ///< what is set is kept in memory only, for now
         lost,     ///< the file was damaged when it was read first, so nothing is set
@@ -49,7 +49,7 @@ class UserDefaults {
 
     /// Who is told of trouble; null: the system log. Called on any thread, and must not call back.
     /// Set it before standard() is asked for, or what that finds at first goes to the system log.
-    static void setReporter(std::function<void(const DefaultsTrouble& trouble)> reporter);
+    static void setReporter(std::function<void(const DefaultsError& trouble)> reporter);
 
     /// Reads the file at `path`, which is absolute. With an empty path, values are in memory only.
     /// `calls` must outlive the object.

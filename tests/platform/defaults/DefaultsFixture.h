@@ -68,13 +68,13 @@ class DefaultsFixture : public testing::Test {
 
   protected:
     DefaultsFixture() {
-        platform::UserDefaults::setReporter([this](const platform::DefaultsTrouble& trouble) {
+        platform::UserDefaults::setReporter([this](const platform::DefaultsError& trouble) {
             const std::lock_guard lock(mutex_);
             troubles_.push_back(trouble);
         });
     }
 
-    std::vector<platform::DefaultsTrouble> troubles() const {
+    std::vector<platform::DefaultsError> troubles() const {
         const std::lock_guard lock(mutex_);
         return troubles_;
     }
@@ -113,5 +113,5 @@ class DefaultsFixture : public testing::Test {
 
   private:
     mutable std::mutex mutex_;
-    std::vector<platform::DefaultsTrouble> troubles_; // guarded by mutex_
+    std::vector<platform::DefaultsError> troubles_; // guarded by mutex_
 };

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using UserDefaultsSaving = DefaultsFixture;
-using Kind = platform::DefaultsTrouble::Kind;
+using Kind = platform::DefaultsError::Kind;
 using support::modeOf;
 using support::waitUntil;
 
