@@ -2,8 +2,8 @@
 
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/application/QNGUIApplication.h"
+#include "framework/application/QtStartMessages.h"
 #include "framework/application/SignalTable.h"
-#include "framework/application/ToolkitStart.h"
 
 #include "platform/base/ExceptionReport.h"
 #include "platform/loop/MainQueue.h"
@@ -35,7 +35,7 @@ class GuardedApplication final : public QApplication {
 } // namespace
 
 int PlatformApplication::main(int argc, char** argv, const Interface& makeInterface) {
-    std::optional<ToolkitStart> start(std::in_place, argc, argv);
+    std::optional<QtStartMessages> start(std::in_place, argc, argv);
     GuardedApplication toolkit(argc, argv);
     start.reset();
     platform::RunLoop loop;

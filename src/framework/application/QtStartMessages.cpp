@@ -1,4 +1,4 @@
-#include "framework/application/ToolkitStart.h"
+#include "framework/application/QtStartMessages.h"
 
 #include "platform/base/SystemLog.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-ToolkitStart* running = nullptr;
+QtStartMessages* running = nullptr;
 
 bool isDisplayNamed(int argc, char** argv) {
     constexpr const char* variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
@@ -23,20 +23,20 @@ bool isDisplayNamed(int argc, char** argv) {
 
 } // namespace
 
-ToolkitStart::ToolkitStart(int argc, char** argv)
+QtStartMessages::QtStartMessages(int argc, char** argv)
     : isDisplayNamed_(isDisplayNamed(argc, argv)), former_(qInstallMessageHandler(&take)) {
     running = this;
 }
 
-ToolkitStart::~ToolkitStart() {
+QtStartMessages::~QtStartMessages() {
     qInstallMessageHandler(former_);
     running = nullptr;
     for (const QString& message : std::as_const(messages_))
         platform::systemLog(platform::LogPriority::warning, "%s", qUtf8Printable(message));
 }
 
-void ToolkitStart::take(QtMsgType type, const QMessageLogContext& /*context*/,
-                        const QString& message) {
+void QtStartMessages::take(QtMsgType type, const QMessageLogContext& /*context*/,
+                           const QString& message) {
     if (type == QtFatalMsg)
         running->fail(message);
     const std::lock_guard lock(running->mutex_);
@@ -44,7 +44,7 @@ void ToolkitStart::take(QtMsgType type, const QMessageLogContext& /*context*/,
 }
 
 /// The first message tells more than the last one, which sends people to reinstall the program.
-void ToolkitStart::fail(const QString& message) {
+void QtStartMessages::fail(const QString& message) {
     const std::lock_guard lock(mutex_);
     const QString& reason = messages_.isEmpty() ? message : messages_.first();
     if (isDisplayNamed_)

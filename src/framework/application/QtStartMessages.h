@@ -9,13 +9,13 @@
 /// What Qt says while its application object is made. Without a display that object ends the
 /// program; this says on standard error, in one sentence, what to do about it. What else is said
 /// goes to the system log when the start is over. One at a time.
-class ToolkitStart {
+class QtStartMessages {
   public:
     /// `argc` and `argv` are main()'s.
-    ToolkitStart(int argc, char** argv);
-    ~ToolkitStart();
-    ToolkitStart(const ToolkitStart&) = delete;
-    ToolkitStart& operator=(const ToolkitStart&) = delete;
+    QtStartMessages(int argc, char** argv);
+    ~QtStartMessages();
+    QtStartMessages(const QtStartMessages&) = delete;
+    QtStartMessages& operator=(const QtStartMessages&) = delete;
 
   private:
     static void take(QtMsgType type, const QMessageLogContext& context, const QString& message);
