@@ -73,7 +73,7 @@ struct ApplicationIdentity {
     NameEvidence evidence = NameEvidence::none;
 
     /// What tells it from another application of its name, where both are known by their file only;
-    /// see nameBeside().
+    /// see disambiguatedName().
     std::vector<std::string> folders = {};
 
     /// Whether the process in question shows web pages: a browser, or a program with an engine of

@@ -2,7 +2,7 @@
 
 #include "naming/ApplicationName.h"
 #include "naming/DesktopEntries.h"
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 #include "naming/UnitStart.h"
 #include "platform/processes/SystemdUnit.h"
 
@@ -371,7 +371,7 @@ void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     const std::string& image = main.process.appImage;
     if (!identity.name.empty())
         identity.folders =
-            tellingFolders(image.empty() ? main.command.subject() : image, identity.name);
+            distinguishingFolders(image.empty() ? main.command.subject() : image, identity.name);
     if (identity.name.empty()) {
         for (const std::string& claim : {client_.name, client_.binary}) {
             if (identity.name.empty())

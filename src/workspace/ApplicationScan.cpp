@@ -1,7 +1,7 @@
 #include "workspace/ApplicationScan.h"
 
 #include "naming/ApplicationName.h"
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 #include "platform/base/SystemLog.h"
 #include "platform/language/MessageLanguages.h"
 
@@ -75,7 +75,7 @@ ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& 
     if (const auto start = processes_->startTime(process)) {
         resolver_->forget(process); // it may have become another program
         const ApplicationIdentity& found = resolver_->resolve(process, *start);
-        if (mayBeCalled(name, found.name, found.folders))
+        if (isDisambiguatedName(name, found.name, found.folders))
             return found;
     }
     ApplicationIdentity identity;

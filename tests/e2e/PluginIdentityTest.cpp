@@ -1,7 +1,7 @@
 #include "e2e/PluginFixture.h"
 #include "e2e/Sandbox.h"
 
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 #include "support/NamedCopy.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
@@ -336,7 +336,7 @@ TEST_F(PluginIdentityTest, NamesAreInTheLanguageOfTheApplicationAndFollowTheEntr
 
 TEST_F(PluginIdentityTest, ProgramsOfOneFileNameAreTwoWhileBothAreThere) {
     const std::filesystem::path build = std::filesystem::path(STREAM_PLAYER).parent_path();
-    if (tellingFolders((build / "a/jukebox").string(), "jukebox").empty())
+    if (distinguishingFolders((build / "a/jukebox").string(), "jukebox").empty())
         GTEST_SKIP() << "the build lies in a temporary folder, which tells nothing";
     const support::ScopedVariable place("TMPDIR", build);
     const support::PrivateFolder programs;

@@ -1,6 +1,6 @@
 #include "Situation.h"
 
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 
 #include <gmock/gmock.h>
 
@@ -52,9 +52,10 @@ class SituationTest : public testing::TestWithParam<fs::path> {
         for (const pid_t other : others) {
             const auto start = situation_.processes().startTime(other);
             const auto& identity = resolver_.resolve(other, start.value_or(0));
-            there.push_back({nameBeside(identity.name, identity.folders, there), identity.folders});
+            there.push_back(
+                {disambiguatedName(identity.name, identity.folders, there), identity.folders});
         }
-        return nameBeside(found.name, found.folders, there);
+        return disambiguatedName(found.name, found.folders, there);
     }
 
     std::vector<ApplicationIdentity> listed() const {

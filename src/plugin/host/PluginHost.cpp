@@ -251,7 +251,7 @@ void PluginHost::identifyAgain() {
     for (Voice* const voice : moved)
         identify(*voice);
     programs_.rename([this](const ProgramProcess& process) {
-        return programs_.besideOthers(identifier_.namedAgain(process));
+        return programs_.disambiguated(identifier_.namedAgain(process));
     });
     levels_.review();
 }
@@ -279,7 +279,7 @@ std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
     }
     if (player && isSampleSound(evidence, player->process))
         return std::nullopt;
-    return player ? std::optional(programs_.besideOthers(*player)) : std::nullopt;
+    return player ? std::optional(programs_.disambiguated(*player)) : std::nullopt;
 }
 
 std::optional<StreamPlayer> PluginHost::named(const StreamEvidence& evidence) {

@@ -1,6 +1,6 @@
 #include "plugin/programs/ProgramTable.h"
 
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 #include "platform/loop/Timer.h"
 
 #include <algorithm>
@@ -29,19 +29,19 @@ std::optional<ProgramProcess> ProgramTable::find(const StreamProcess& process) c
     return std::nullopt;
 }
 
-StreamPlayer ProgramTable::besideOthers(StreamPlayer player) const {
+StreamPlayer ProgramTable::disambiguated(StreamPlayer player) const {
     ProgramProcess& process = player.process;
     if (process.folders.empty())
         return player;
     std::vector<NamedProgram> others;
     for (const auto& program : programs_) {
         const std::string& name = program->process().name;
-        if (!mayBeCalled(name, process.name, process.folders))
+        if (!isDisambiguatedName(name, process.name, process.folders))
             continue;
         for (auto& member : program->life().members())
             others.push_back({name, std::move(member.process.folders)});
     }
-    process.name = nameBeside(process.name, process.folders, others);
+    process.name = disambiguatedName(process.name, process.folders, others);
     if (player.main)
         player.main->name = process.name;
     return player;

@@ -54,7 +54,7 @@ class ProgramTable : private Program::Listener {
 
     /// The player under the name that it has beside the programs that are there. It keeps that as
     /// long as one of its processes lasts, whoever else has gone.
-    StreamPlayer besideOthers(StreamPlayer player) const;
+    StreamPlayer disambiguated(StreamPlayer player) const;
 
     /// The program of a player that has a new stream, which this client of the sound server owns.
     /// Made and announced when it is new. Stays the table's.

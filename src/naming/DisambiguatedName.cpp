@@ -1,4 +1,4 @@
-#include "naming/NameBeside.h"
+#include "naming/DisambiguatedName.h"
 
 #include "naming/ApplicationName.h"
 #include "naming/ProgramKinds.h"
@@ -37,7 +37,7 @@ bool isTelling(const std::string& folder, std::size_t place,
 
 } // namespace
 
-std::vector<std::string> tellingFolders(std::string_view path, std::string_view name) {
+std::vector<std::string> distinguishingFolders(std::string_view path, std::string_view name) {
     std::vector<std::string> folders;
     if (isTemporary(path))
         return folders;
@@ -49,8 +49,8 @@ std::vector<std::string> tellingFolders(std::string_view path, std::string_view 
     return folders;
 }
 
-bool mayBeCalled(std::string_view called, const std::string& plain,
-                 const std::vector<std::string>& folders) {
+bool isDisambiguatedName(std::string_view called, const std::string& plain,
+                         const std::vector<std::string>& folders) {
     const auto isWithFolder = [&](const std::string& folder) {
         return called == withFolder(plain, folder);
     };
@@ -58,11 +58,11 @@ bool mayBeCalled(std::string_view called, const std::string& plain,
            (called.starts_with(plain) && std::ranges::any_of(folders, isWithFolder));
 }
 
-std::string nameBeside(const std::string& plain, const std::vector<std::string>& folders,
-                       std::span<const NamedProgram> others) {
+std::string disambiguatedName(const std::string& plain, const std::vector<std::string>& folders,
+                              std::span<const NamedProgram> others) {
     std::vector<const NamedProgram*> namesakes;
     for (const NamedProgram& other : others) {
-        if (other.folders == folders && mayBeCalled(other.name, plain, folders))
+        if (other.folders == folders && isDisambiguatedName(other.name, plain, folders))
             return other.name;
         if (other.name == plain)
             namesakes.push_back(&other);
