@@ -150,7 +150,7 @@ std::string_view scriptLabel(const ProgramCommand& command) {
 
 } // namespace
 
-std::string fittingName(std::string_view text) {
+std::string sanitizedName(std::string_view text) {
     std::string clean;
     text = text.substr(0, text.find('\0'));
     for (text = trimmed(text); !text.empty();) {
@@ -170,7 +170,7 @@ std::string fittingName(std::string_view text) {
     return clean;
 }
 
-std::string tellingName(std::string_view claimed) {
+std::string meaningfulName(std::string_view claimed) {
     claimed = trimmed(claimed);
     for (const std::string_view library : {"ALSA plug-in [", "PipeWire ALSA ["}) {
         if (claimed.starts_with(library) && claimed.ends_with(']')) {
@@ -183,7 +183,7 @@ std::string tellingName(std::string_view claimed) {
     return isEmpty ? std::string() : std::string(claimed);
 }
 
-std::string tellingIcon(std::string_view claimed) {
+std::string meaningfulIcon(std::string_view claimed) {
     const bool isCommon = std::ranges::find(commonIcons, claimed) != std::end(commonIcons);
     return isCommon ? std::string() : std::string(claimed);
 }
@@ -206,8 +206,8 @@ std::string gameFolder(std::string_view path) {
     return {};
 }
 
-std::string typedName(const ProgramCommand& command, const ProcessRecord& process,
-                      const ProgramFiles& files) {
+std::string linkName(const ProgramCommand& command, const ProcessRecord& process,
+                     const ProgramFiles& files) {
     if (command.isInterpreted || !process.appImage.empty() || process.arguments.empty())
         return {};
     std::string name(fileName(process.arguments.front()));
@@ -233,5 +233,5 @@ std::string formerName(std::string_view path) {
         return {};
     const std::string_view file = fileName(path);
     const bool isImage = without(file, {".appimage"}) != file;
-    return fittingName(isImage ? appImageLabel(path) : fileLabel(path));
+    return sanitizedName(isImage ? appImageLabel(path) : fileLabel(path));
 }

@@ -17,7 +17,7 @@ bool isByClient(NameEvidence evidence) noexcept {
 
 ApplicationIdentity ofEntry(const DesktopEntry& entry, NameEvidence evidence) {
     ApplicationIdentity identity;
-    identity.name = fittingName(entry.name);
+    identity.name = sanitizedName(entry.name);
     identity.entry = entry.id;
     identity.entryPath = entry.path;
     identity.icon = entry.icon;
@@ -101,24 +101,24 @@ ApplicationIdentity ApplicationResolver::resolveClient(const ClientProperties& c
 ApplicationIdentity ApplicationResolver::namedByClient(const ClientProperties& client) const {
     if (const DesktopEntry* const entry = entries_.find(client.id))
         return ofEntry(*entry, NameEvidence::clientId);
-    const std::string icon = tellingIcon(client.icon);
+    const std::string icon = meaningfulIcon(client.icon);
     const DesktopEntry* entry = entries_.find(icon);
     if (entry == nullptr)
         entry = entries_.ofIcon(icon);
     if (entry != nullptr)
         return ofEntry(*entry, NameEvidence::clientIcon);
-    const std::string binary = tellingName(client.binary);
+    const std::string binary = meaningfulName(client.binary);
     if (const auto found = entries_.ofName(binary); !found.empty())
         return ofEntry(*found.front(), NameEvidence::clientProgram);
     ApplicationIdentity identity;
     const auto answer = [&identity](const std::string& name, NameEvidence evidence) {
         if (identity.name.empty() && !name.empty()) {
-            identity.name = fittingName(name);
+            identity.name = sanitizedName(name);
             identity.evidence = evidence;
         }
     };
     answer(binary, NameEvidence::clientProgram);
-    answer(tellingName(client.name), NameEvidence::clientName);
+    answer(meaningfulName(client.name), NameEvidence::clientName);
     answer(client.binary, NameEvidence::clientProgram);
     answer(client.name, NameEvidence::clientName);
     identity.icon = icon.empty() ? identity.name : icon;

@@ -105,7 +105,7 @@ ApplicationIdentity ApplicationSearch::answer() {
     if (!answerBySpeech(identity) && !answerByEntry(identity) && !answerByGame(identity) &&
         !answerByClaim(identity))
         answerByLabel(identity);
-    identity.name = fittingName(identity.name);
+    identity.name = sanitizedName(identity.name);
     identity.showsPages = isOfPages();
     return identity;
 }
@@ -353,7 +353,7 @@ bool ApplicationSearch::answerByClaim(ApplicationIdentity& identity) const {
         take(*entry, NameEvidence::clientId, identity);
         return true;
     }
-    const std::string icon = tellingIcon(client_.icon);
+    const std::string icon = meaningfulIcon(client_.icon);
     const DesktopEntry* entry = entries_.find(icon);
     if (entry == nullptr)
         entry = entries_.ofIcon(icon);
@@ -364,7 +364,7 @@ bool ApplicationSearch::answerByClaim(ApplicationIdentity& identity) const {
 
 void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     const Member& main = family_.back();
-    identity.name = typedName(main.command, main.process, entries_.files());
+    identity.name = linkName(main.command, main.process, entries_.files());
     if (identity.name.empty())
         identity.name = programLabel(main.command, main.process);
     identity.evidence = NameEvidence::fileName;
@@ -375,7 +375,7 @@ void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     if (identity.name.empty()) {
         for (const std::string& claim : {client_.name, client_.binary}) {
             if (identity.name.empty())
-                identity.name = tellingName(claim);
+                identity.name = meaningfulName(claim);
         }
         identity.evidence = NameEvidence::clientName;
     }
@@ -385,7 +385,7 @@ void ApplicationSearch::answerByLabel(ApplicationIdentity& identity) const {
     }
     if (identity.name.empty())
         identity.evidence = NameEvidence::none;
-    identity.icon = tellingIcon(client_.icon);
+    identity.icon = meaningfulIcon(client_.icon);
     if (identity.icon.empty())
         identity.icon = identity.name;
 }

@@ -234,7 +234,7 @@ DesktopEntries::Found DesktopEntries::ofName(std::string_view name) const {
 
 const DesktopEntry* DesktopEntries::called(std::string_view name) const {
     const auto found = std::ranges::find_if(
-        entries_, [name](const DesktopEntry* each) { return fittingName(each->name) == name; });
+        entries_, [name](const DesktopEntry* each) { return sanitizedName(each->name) == name; });
     return found != entries_.end() ? *found : nullptr;
 }
 

@@ -24,7 +24,7 @@ bool isCommon(std::string_view folder) {
 }
 
 std::string withFolder(const std::string& plain, const std::string& folder) {
-    return fittingName(plain + " (" + folder + ")");
+    return sanitizedName(plain + " (" + folder + ")");
 }
 
 /// Whether the folder at this place tells a program from the others.

@@ -3,26 +3,26 @@
 #include <gtest/gtest.h>
 
 TEST(FittingName, IsOneLineOfUtf8ThatEndsWithAWholeCharacter) {
-    EXPECT_EQ(fittingName("  Böhmischer Jäger\t\n"), "Böhmischer Jäger");
-    EXPECT_EQ(fittingName("one\ntwo\x1b[31m"), "one?two?[31m");
-    EXPECT_EQ(fittingName("a\xff\xfe"), "a??");
-    EXPECT_EQ(fittingName("pay\u202Egpj.exe"), "paygpj.exe") << "text that turns its direction";
-    EXPECT_EQ(fittingName(std::string_view("cut\0off", 7)), "cut");
+    EXPECT_EQ(sanitizedName("  Böhmischer Jäger\t\n"), "Böhmischer Jäger");
+    EXPECT_EQ(sanitizedName("one\ntwo\x1b[31m"), "one?two?[31m");
+    EXPECT_EQ(sanitizedName("a\xff\xfe"), "a??");
+    EXPECT_EQ(sanitizedName("pay\u202Egpj.exe"), "paygpj.exe") << "text that turns its direction";
+    EXPECT_EQ(sanitizedName(std::string_view("cut\0off", 7)), "cut");
     const std::string ascii(126, 'x');
-    EXPECT_EQ(fittingName(ascii + "€"), ascii) << "126 bytes and a character of three";
-    EXPECT_EQ(fittingName(ascii + "é"), ascii);
-    EXPECT_EQ(fittingName(ascii + "ab"), ascii + "a");
+    EXPECT_EQ(sanitizedName(ascii + "€"), ascii) << "126 bytes and a character of three";
+    EXPECT_EQ(sanitizedName(ascii + "é"), ascii);
+    EXPECT_EQ(sanitizedName(ascii + "ab"), ascii + "a");
 }
 
 TEST(TellingName, IsWhatTheProgramHasChosen) {
     for (const char* const empty :
          {"", "Chromium", "ALSA plug-in [java]", "PipeWire ALSA [python3.11]", "AudioIPC Server",
           "CubebUtils", "SDL Application", "pw-cat", "audio stream", "electron25", "OpenAL Soft"})
-        EXPECT_EQ(tellingName(empty), "") << empty;
-    EXPECT_EQ(tellingName("ALSA plug-in [mpg123]"), "mpg123");
-    EXPECT_EQ(tellingName("PipeWire ALSA [supertux2]"), "supertux2");
-    EXPECT_EQ(tellingName("Chromium Web Browser"), "Chromium Web Browser");
-    EXPECT_EQ(tellingName("C* Music Player"), "C* Music Player");
+        EXPECT_EQ(meaningfulName(empty), "") << empty;
+    EXPECT_EQ(meaningfulName("ALSA plug-in [mpg123]"), "mpg123");
+    EXPECT_EQ(meaningfulName("PipeWire ALSA [supertux2]"), "supertux2");
+    EXPECT_EQ(meaningfulName("Chromium Web Browser"), "Chromium Web Browser");
+    EXPECT_EQ(meaningfulName("C* Music Player"), "C* Music Player");
 }
 
 TEST(FormerName, IsThatOfTheFileUnlessManyProgramsHaveIt) {

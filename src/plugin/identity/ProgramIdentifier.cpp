@@ -17,7 +17,7 @@ namespace {
 std::string nameOf(const ApplicationIdentity& identity, const StreamProcess& process) {
     std::string name = identity.name;
     if (name.empty())
-        name = fittingName(platform::commandName(static_cast<pid_t>(process.pid)).value_or(""));
+        name = sanitizedName(platform::commandName(static_cast<pid_t>(process.pid)).value_or(""));
     return name.empty() ? "unknown" : checkinName(std::move(name));
 }
 
