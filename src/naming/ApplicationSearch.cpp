@@ -3,7 +3,7 @@
 #include "naming/ApplicationName.h"
 #include "naming/DesktopEntries.h"
 #include "naming/DisambiguatedName.h"
-#include "naming/UnitStart.h"
+#include "naming/UnitMainProcess.h"
 #include "platform/processes/SystemdUnit.h"
 
 #include <algorithm>
@@ -204,7 +204,7 @@ const DesktopEntry* ApplicationSearch::namedEntry(const Member& member) const {
         // becomes. A plain program stays what it is, whatever else is called like its windows.
         found = entries_.ofWindow(name);
         std::erase_if(found, [&](const DesktopEntry* entry) {
-            return isOther(entry) || !mayBecomeAnother(*entry);
+            return isOther(entry) || !mayExecAnother(*entry);
         });
     }
     if (found.empty() && command.isInterpreted) {
@@ -292,7 +292,7 @@ const DesktopEntry* ApplicationSearch::unitEntry() const {
         const DesktopEntry* const entry = entries_.find(id);
         if (entry != nullptr)
             return !entry->startsOthers &&
-                           isStartOfUnit(unit, *entry, main.process, line_, processes_)
+                           isUnitMainProcess(unit, *entry, main.process, line_, processes_)
                        ? entry
                        : nullptr;
     }

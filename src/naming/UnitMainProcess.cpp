@@ -1,4 +1,4 @@
-#include "naming/UnitStart.h"
+#include "naming/UnitMainProcess.h"
 
 #include "naming/DesktopEntry.h"
 #include "naming/ProcessView.h"
@@ -26,16 +26,17 @@ bool isOldest(const std::string& unit, const ProcessRecord& process, std::span<c
 
 } // namespace
 
-bool isStartOfUnit(const std::string& unit, const DesktopEntry& entry, const ProcessRecord& process,
-                   std::span<const pid_t> line, const ProcessView& processes) {
+bool isUnitMainProcess(const std::string& unit, const DesktopEntry& entry,
+                       const ProcessRecord& process, std::span<const pid_t> line,
+                       const ProcessView& processes) {
     if (const pid_t first = platform::processOfScope(unit); first != 0)
         return isIn(line, first);
     const bool hasSession = unit.ends_with(".service") && process.session != 0;
     // What has been left behind may have made a session for itself.
-    return (hasSession ? isIn(line, process.session) : mayBecomeAnother(entry)) &&
+    return (hasSession ? isIn(line, process.session) : mayExecAnother(entry)) &&
            isOldest(unit, process, line, processes);
 }
 
-bool mayBecomeAnother(const DesktopEntry& entry) {
+bool mayExecAnother(const DesktopEntry& entry) {
     return entry.program.empty() || entry.programIsScript || entry.command.isInterpreted;
 }

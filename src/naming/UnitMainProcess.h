@@ -16,9 +16,10 @@ class ProcessView;
 /// that bears a process's number stands for that one; systemd gives a service's process a session
 /// of its own. Where neither tells, the oldest process of the unit counts, and it only when the
 /// `entry` starts something that becomes another program. Any thread that `processes` allows.
-bool isStartOfUnit(const std::string& unit, const DesktopEntry& entry, const ProcessRecord& process,
-                   std::span<const pid_t> line, const ProcessView& processes);
+bool isUnitMainProcess(const std::string& unit, const DesktopEntry& entry,
+                       const ProcessRecord& process, std::span<const pid_t> line,
+                       const ProcessView& processes);
 
 /// Whether the entry's program becomes another one that nobody knows from the entry: it is a
 /// script, or nobody can tell what it is.
-bool mayBecomeAnother(const DesktopEntry& entry);
+bool mayExecAnother(const DesktopEntry& entry);
