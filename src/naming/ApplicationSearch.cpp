@@ -164,7 +164,7 @@ bool ApplicationSearch::isOfCarrier(const Member& member) const {
         std::ranges::any_of(found, [](const DesktopEntry* each) { return each->startsOthers; });
     const std::string_view path = located(member.command);
     return !carries || path.starts_with("/app/") || path.starts_with("/snap/") ||
-           member.kind == ProgramKind::pageShow || startsOthers(member.kind);
+           member.kind == ProgramKind::webView || startsOthers(member.kind);
 }
 
 const DesktopEntry* ApplicationSearch::programEntry(const Member& member) const {
@@ -264,7 +264,7 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
         return child.kind == parent.kind && a.executable == b.executable;
     if (!a.sandbox.empty() && child.evidence == NameEvidence::sandbox)
         return parent.evidence == NameEvidence::sandbox;
-    if (child.kind == ProgramKind::pageShow)
+    if (child.kind == ProgramKind::webView)
         return true;
     if (parent.kind == ProgramKind::speech) // a module runs the voice that a person has chosen
         return child.kind != ProgramKind::speech && child.entry == nullptr;

@@ -268,7 +268,7 @@ Kinds allKinds() {
     add(sessions, ProgramKind::session);
     add(wrappers, ProgramKind::wrapper);
     add(browsers, ProgramKind::browser);
-    add(pageShows, ProgramKind::pageShow);
+    add(pageShows, ProgramKind::webView);
     add(soundTools, ProgramKind::soundTool);
     return kinds;
 }
@@ -303,7 +303,7 @@ ProgramKind programKind(std::string_view executable) {
 
 bool showsPages(std::string_view executable) {
     const ProgramKind kind = programKind(executable);
-    return kind == ProgramKind::browser || kind == ProgramKind::pageShow ||
+    return kind == ProgramKind::browser || kind == ProgramKind::webView ||
            programRuntime(executable) == ProgramRuntime::electron;
 }
 

@@ -13,7 +13,7 @@ enum class ProgramKind {
     session,   ///< the desktop, the system's own processes
     wrapper,   ///< makes a sandbox or other surroundings, then runs one program in it
     browser,   ///< shows web pages
-    pageShow,  ///< shows pages for the program that it belongs to
+    webView,   ///< shows pages for the program that it belongs to
     soundTool, ///< plays a sound at the command line, often for another program
     speech,    ///< the desktop's speech service, or one of its modules
 };
