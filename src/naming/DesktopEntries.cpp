@@ -79,9 +79,9 @@ std::vector<std::string> DesktopEntries::usualFolders() {
     return folders;
 }
 
-DesktopEntries::DesktopEntries(std::vector<std::string> folders, DesktopSurroundings surroundings,
+DesktopEntries::DesktopEntries(std::vector<std::string> folders, DesktopEnvironment environment,
                                const ProgramFiles& files)
-    : folders_(std::move(folders)), surroundings_(std::move(surroundings)), files_(files) {
+    : folders_(std::move(folders)), surroundings_(std::move(environment)), files_(files) {
     refresh();
 }
 

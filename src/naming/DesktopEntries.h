@@ -33,7 +33,7 @@ class DesktopEntries {
     static std::vector<std::string> usualFolders();
 
     /// Reads the entries. `files` must outlive the object.
-    DesktopEntries(std::vector<std::string> folders, DesktopSurroundings surroundings,
+    DesktopEntries(std::vector<std::string> folders, DesktopEnvironment environment,
                    const ProgramFiles& files);
     DesktopEntries(const DesktopEntries&) = delete;
     DesktopEntries& operator=(const DesktopEntries&) = delete;
@@ -118,7 +118,7 @@ class DesktopEntries {
     static Found in(const Index& index, std::string_view key);
 
     const std::vector<std::string> folders_;
-    DesktopSurroundings surroundings_;
+    DesktopEnvironment surroundings_;
     const ProgramFiles& files_;
     std::uint64_t generation_ = 0;
 

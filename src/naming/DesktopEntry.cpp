@@ -145,13 +145,13 @@ bool isStarterOfOthers(const EntryFile& file, const DesktopEntry& entry) {
 
 } // namespace
 
-DesktopSurroundings DesktopSurroundings::current(std::string languages) {
+DesktopEnvironment DesktopEnvironment::current(std::string languages) {
     const char* const desktops = std::getenv("XDG_CURRENT_DESKTOP");
     return {std::move(languages), split(desktops != nullptr ? desktops : "", ':')};
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
-                                             const DesktopSurroundings& surroundings,
+                                             const DesktopEnvironment& environment,
                                              const ProgramFiles& files) {
     const EntryFile file(path);
     if (!file.isValid() || file.text("Type") != "Application" || file.isTrue("Hidden"))
@@ -162,13 +162,13 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
     DesktopEntry entry;
     entry.id = std::move(id);
     entry.path = path;
-    entry.name = file.localText("Name", surroundings.languages);
+    entry.name = file.localText("Name", environment.languages);
     if (entry.name.empty())
         return std::nullopt;
-    entry.icon = file.localText("Icon", surroundings.languages);
+    entry.icon = file.localText("Icon", environment.languages);
     entry.windowClass = file.text("StartupWMClass");
     entry.isForPeople = !file.isTrue("NoDisplay");
-    entry.isShown = isShownOn(file, surroundings.desktops);
+    entry.isShown = isShownOn(file, environment.desktops);
     readCommand(file, files, entry);
     readSandbox(file, entry);
     entry.startsOthers = isStarterOfOthers(file, entry);

@@ -9,8 +9,8 @@
 
 class ProgramFiles;
 
-/// In which surroundings desktop entries are read.
-struct DesktopSurroundings {
+/// The environment in which desktop entries are read.
+struct DesktopEnvironment {
     /// The languages of texts, the preferred first, as in LANGUAGE: "de_AT:de:en". Empty for
     /// English.
     std::string languages;
@@ -19,7 +19,7 @@ struct DesktopSurroundings {
     std::vector<std::string> desktops;
 
     /// With the desktops that the environment names.
-    static DesktopSurroundings current(std::string languages);
+    static DesktopEnvironment current(std::string languages);
 };
 
 /// What a desktop entry of an application says. The texts are as in the file: anybody may have
@@ -50,5 +50,5 @@ struct DesktopEntry {
 /// Reads the entry of the id from a file. Nothing for one that is damaged, is no application, is
 /// hidden, or whose TryExec names a program that is not installed. Any thread.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
-                                             const DesktopSurroundings& surroundings,
+                                             const DesktopEnvironment& environment,
                                              const ProgramFiles& files);

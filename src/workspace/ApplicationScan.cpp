@@ -37,7 +37,7 @@ class WindowedProcesses final : public ProcessView {
 
 std::shared_ptr<ApplicationScan> ApplicationScan::live() {
     return std::make_shared<ApplicationScan>(Surroundings{
-        DesktopEntries::usualFolders(), DesktopSurroundings::current(platform::messageLanguage()),
+        DesktopEntries::usualFolders(), DesktopEnvironment::current(platform::messageLanguage()),
         SessionOfUser::current()});
 }
 

@@ -26,7 +26,7 @@ class ApplicationScan {
   public:
     struct Surroundings {
         std::vector<std::string> folders; ///< of desktop entries, in the order of search
-        DesktopSurroundings desktop;
+        DesktopEnvironment desktop;
         SessionOfUser session;
     };
 

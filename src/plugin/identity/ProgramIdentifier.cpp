@@ -38,7 +38,7 @@ ClientProperties clientProperties(const StreamEvidence& evidence) {
 ProgramIdentifier::ProgramIdentifier(platform::RunLoop& loop, std::function<void()> changed)
     : changed_(std::move(changed))
     , entries_(DesktopEntries::usualFolders(),
-               DesktopSurroundings::current(platform::messageLanguages()), files_)
+               DesktopEnvironment::current(platform::messageLanguages()), files_)
     , resolver_(entries_, processes_) {
     watchEntries(loop);
 }
