@@ -23,7 +23,7 @@
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
 #include "ui/VolumeWindow.h"
-#include "workspace/ForeignImages.h"
+#include "workspace/ImageWarningFilter.h"
 #include "workspace/Workspace.h"
 
 #include <QCloseEvent>
@@ -67,7 +67,7 @@ void updateCallback() {
 
 void MVAppController::initialize() {
     FileAlerts::listen();
-    ForeignImages::setReporter(&reportAboutImage);
+    ImageWarningFilter::setReporter(&reportAboutImage);
     UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
 }
 

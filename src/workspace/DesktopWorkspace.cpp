@@ -2,7 +2,7 @@
 
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Localization.h"
-#include "workspace/ForeignImages.h"
+#include "workspace/ImageWarningFilter.h"
 
 #include <QPainter>
 #include <QPixmap>
@@ -173,7 +173,7 @@ QIcon DesktopWorkspace::iconForProgram(const ProgramOfName& program) const {
 }
 
 QIcon DesktopWorkspace::genericApplicationIcon() const {
-    const ForeignImages foreign;
+    const ImageWarningFilter foreign;
     const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     // A theme may name a file that is damaged or of a format without a reader.
     return themed.pixmap(iconSizes[1]).isNull() ? drawnApplicationIcon() : themed;

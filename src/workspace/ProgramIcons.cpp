@@ -1,6 +1,6 @@
 #include "workspace/ProgramIcons.h"
 
-#include "workspace/ForeignImages.h"
+#include "workspace/ImageWarningFilter.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -66,7 +66,7 @@ QIcon ProgramIcons::icon(const QString& icon, const QString& executable, const Q
 
 QIcon ProgramIcons::find(const QString& icon, const QString& executable,
                          const QString& name) const {
-    const ForeignImages foreign;
+    const ImageWarningFilter foreign;
     for (const QString& each : {icon, QFileInfo(executable).fileName()}) {
         if (QIcon found = named(each); isUsable(found))
             return found;

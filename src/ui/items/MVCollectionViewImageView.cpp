@@ -1,6 +1,6 @@
 #include "ui/items/MVCollectionViewImageView.h"
 
-#include "workspace/ForeignImages.h"
+#include "workspace/ImageWarningFilter.h"
 
 #include <QPainter>
 
@@ -12,6 +12,6 @@ void MVCollectionViewImageView::setIcon(const QIcon& icon) {
 void MVCollectionViewImageView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const ForeignImages foreign;
+    const ImageWarningFilter foreign;
     icon_.paint(&painter, rect());
 }

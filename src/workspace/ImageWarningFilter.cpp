@@ -1,4 +1,4 @@
-#include "workspace/ForeignImages.h"
+#include "workspace/ImageWarningFilter.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -9,7 +9,7 @@ namespace {
 
 thread_local int depth = 0;
 std::atomic<QtMessageHandler> usualHandler{nullptr};
-ForeignImages::Reporter reporter = nullptr;
+ImageWarningFilter::Reporter reporter = nullptr;
 
 void handle(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (depth == 0 || type == QtFatalMsg)
@@ -20,12 +20,12 @@ void handle(QtMsgType type, const QMessageLogContext& context, const QString& me
 
 } // namespace
 
-void ForeignImages::setReporter(Reporter newReporter) noexcept {
+void ImageWarningFilter::setReporter(Reporter newReporter) noexcept {
     reporter = newReporter;
 }
 
 /// The usual handler is known before another thread can come to ours.
-ForeignImages::ForeignImages() {
+ImageWarningFilter::ImageWarningFilter() {
     if (depth++ > 0)
         return;
     usualHandler = qInstallMessageHandler(nullptr);
@@ -33,7 +33,7 @@ ForeignImages::ForeignImages() {
     qInstallMessageHandler(&handle);
 }
 
-ForeignImages::~ForeignImages() {
+ImageWarningFilter::~ImageWarningFilter() {
     if (--depth == 0)
         qInstallMessageHandler(usualHandler);
 }
