@@ -41,8 +41,8 @@ class BareWorkspace final : public Workspace {
         return running;
     }
     void lookAgain() override {}
-    QIcon iconForProgram(const ProgramOfName& /*program*/) const override { return {}; }
-    QString whyNamed(const ProgramOfName& /*program*/) const override { return {}; }
+    QIcon iconForProgram(const ProgramReference& /*program*/) const override { return {}; }
+    QString whyNamed(const ProgramReference& /*program*/) const override { return {}; }
     void setTileColors(const TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return {}; }
 };

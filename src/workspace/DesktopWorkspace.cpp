@@ -153,7 +153,7 @@ void DesktopWorkspace::watchEnds() {
 /// What is known of the name. Another process of that name may be another program, and other
 /// entries may say something else, so it is asked about as well; meanwhile the answer is the last
 /// one.
-const ApplicationIdentity* DesktopWorkspace::findOrAsk(const ProgramOfName& program) const {
+const ApplicationIdentity* DesktopWorkspace::findOrAsk(const ProgramReference& program) const {
     if (const auto found = known_.constFind(program.name); found != known_.cend())
         return &*found;
     const auto found = identified_.constFind(program.name);
@@ -163,7 +163,7 @@ const ApplicationIdentity* DesktopWorkspace::findOrAsk(const ProgramOfName& prog
     return isThere ? &found->identity : nullptr;
 }
 
-QIcon DesktopWorkspace::iconForProgram(const ProgramOfName& program) const {
+QIcon DesktopWorkspace::iconForProgram(const ProgramReference& program) const {
     const ApplicationIdentity* const identity = findOrAsk(program);
     const ApplicationIdentity& known = identity != nullptr ? *identity : ApplicationIdentity();
     return icons_.icon(QString::fromStdString(known.icon),
@@ -184,7 +184,7 @@ void DesktopWorkspace::setTileColors(const TileColors& colors) {
     tellRunningApplications();
 }
 
-QString DesktopWorkspace::whyNamed(const ProgramOfName& program) const {
+QString DesktopWorkspace::whyNamed(const ProgramReference& program) const {
     const ApplicationIdentity* const identity = findOrAsk(program);
     return identity != nullptr
                ? platform::localized(QString::fromLatin1(describe(identity->evidence)))
@@ -192,8 +192,8 @@ QString DesktopWorkspace::whyNamed(const ProgramOfName& program) const {
 }
 
 /// A burst of questions is one piece of work.
-void DesktopWorkspace::askAbout(const ProgramOfName& program) const {
-    const auto isIt = [&](const ProgramOfName& each) { return each.name == program.name; };
+void DesktopWorkspace::askAbout(const ProgramReference& program) const {
+    const auto isIt = [&](const ProgramReference& each) { return each.name == program.name; };
     if (std::ranges::any_of(asked_, isIt) || std::ranges::any_of(underway_, isIt))
         return;
     asked_.push_back(program);
@@ -206,7 +206,7 @@ void DesktopWorkspace::identifyAsked() {
     inBackground(
         [asked = underway_](ApplicationScan& scan) {
             Identities identities;
-            for (const ProgramOfName& each : asked)
+            for (const ProgramReference& each : asked)
                 identities.push_back(scan.identify(static_cast<pid_t>(each.pid),
                                                    each.name.toStdString(),
                                                    each.path.toStdString()));

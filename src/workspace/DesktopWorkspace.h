@@ -37,9 +37,9 @@ class DesktopWorkspace final : public Workspace {
         return running_;
     }
     void lookAgain() override;
-    QIcon iconForProgram(const ProgramOfName& program) const override;
+    QIcon iconForProgram(const ProgramReference& program) const override;
     QIcon genericApplicationIcon() const override;
-    QString whyNamed(const ProgramOfName& program) const override;
+    QString whyNamed(const ProgramReference& program) const override;
     void setTileColors(const TileColors& colors) override;
 
     /// Whether systemd tells of changes.
@@ -61,8 +61,8 @@ class DesktopWorkspace final : public Workspace {
     void take(const Identities& running);
     bool outdate();
     void watchEnds();
-    const ApplicationIdentity* findOrAsk(const ProgramOfName& program) const;
-    void askAbout(const ProgramOfName& program) const;
+    const ApplicationIdentity* findOrAsk(const ProgramReference& program) const;
+    void askAbout(const ProgramReference& program) const;
     void identifyAsked();
     void takeIdentified(const Identities& identified);
     void inBackground(std::function<Identities(ApplicationScan&)> work, TakeAnswer answer);
@@ -75,8 +75,8 @@ class DesktopWorkspace final : public Workspace {
     std::optional<QList<RunningApplication>> running_;
     ByName known_;                          // what runs
     QHash<QString, Identified> identified_; // what else has been asked about
-    mutable std::vector<ProgramOfName> asked_;
-    std::vector<ProgramOfName> underway_; // of what has been asked
+    mutable std::vector<ProgramReference> asked_;
+    std::vector<ProgramReference> underway_; // of what has been asked
     std::map<pid_t, std::unique_ptr<platform::ProcessWatch>> ends_;
     bool isLooking_ = false;
     bool hasNews_ = false;         // since the look began

@@ -21,7 +21,7 @@ struct RunningApplication {
 };
 
 /// What a program is known by to whoever asks about it.
-struct ProgramOfName {
+struct ProgramReference {
     std::uint32_t pid = 0; ///< of its main process
     QString name;
     QString path; ///< of its executable; empty when unknown
@@ -48,13 +48,13 @@ class Workspace {
 
     /// A program's icon, else a tile with its letter. Never null; the same one until a change is
     /// told. When nothing is known of a program yet, that is found out, and the change told.
-    virtual QIcon iconForProgram(const ProgramOfName& program) const = 0;
+    virtual QIcon iconForProgram(const ProgramReference& program) const = 0;
 
     /// What stands for a program of which nothing is known. Never null.
     virtual QIcon genericApplicationIcon() const = 0;
 
     /// A sentence for a person: why the program has its name. Empty as long as that is not known.
-    virtual QString whyNamed(const ProgramOfName& program) const = 0;
+    virtual QString whyNamed(const ProgramReference& program) const = 0;
 
     /// For all tiles; a change of the icons, which is told.
     virtual void setTileColors(const TileColors& colors) = 0;

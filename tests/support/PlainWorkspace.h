@@ -28,10 +28,10 @@ class PlainWorkspace final : public Workspace {
         return applications_;
     }
     void lookAgain() override { ++looks_; }
-    QIcon iconForProgram(const ProgramOfName& program) const override {
+    QIcon iconForProgram(const ProgramReference& program) const override {
         return icons_.value(program.path, generic_);
     }
-    QString whyNamed(const ProgramOfName& program) const override {
+    QString whyNamed(const ProgramReference& program) const override {
         return reasons_.value(program.name);
     }
     void setTileColors(const TileColors& /*colors*/) override {}

@@ -89,7 +89,7 @@ TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItK
     EXPECT_EQ(first, (RunningApplication{static_cast<std::uint32_t>(player.pid()), "Der player",
                                          QString::fromStdString(entries_ / "player.desktop"),
                                          QString::fromStdString(program)}));
-    const ProgramOfName asked{first.pid, first.localizedName, first.executablePath};
+    const ProgramReference asked{first.pid, first.localizedName, first.executablePath};
     EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), Qt::red);
     EXPECT_EQ(workspace_->whyNamed(asked), "This application starts the program.");
     EXPECT_EQ(middleOf(workspace_->genericApplicationIcon()), Qt::red);
@@ -118,7 +118,7 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
     const auto pid = static_cast<std::uint32_t>(agent.pid());
     const QString path = QString::fromStdString(program);
     const struct {
-        ProgramOfName program;
+        ProgramReference program;
         QColor color;
         const char* reason;
     } cases[] = {
@@ -181,7 +181,7 @@ TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
 TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
     install("player");
     begin();
-    const ProgramOfName inside{2, "Der player", "/app/bin/player"};
+    const ProgramReference inside{2, "Der player", "/app/bin/player"};
     EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(inside).isEmpty(); }));
     EXPECT_EQ(workspace_->whyNamed(inside), "The program says that it is this application.");
     EXPECT_EQ(middleOf(workspace_->iconForProgram(inside)), Qt::red);
