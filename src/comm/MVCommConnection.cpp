@@ -9,11 +9,11 @@
 #include <cerrno>
 #include <cstring>
 
-void MVCommOutlet::send(const MVCommConsoleMessage& message) noexcept {
+void MVCommSender::send(const MVCommConsoleMessage& message) noexcept {
     if (socket_->send(std::as_bytes(std::span(&message, 1))))
         return;
     const int error = errno;
-    if (failureLines_.allowsLine())
+    if (failureLimit_.allowsLine())
         platform::systemLog(platform::LogPriority::error, "send failed: %s (%d)",
                             std::strerror(error), error);
 }
@@ -23,8 +23,8 @@ MVCommConnection::MVCommConnection(platform::RunLoop& loop,
                                    std::unique_ptr<platform::RunLoopSource> source)
     : socket_(std::move(socket))
     , source_(std::move(source))
-    , outlet_(std::make_shared<MVCommOutlet>(socket_))
-    , faultLines_(loop, [this](std::size_t leftOut) {
+    , sender_(std::make_shared<MVCommSender>(socket_))
+    , faultLog_(loop, [this](std::size_t leftOut) {
         platform::systemLog(platform::LogPriority::error,
                             "Suppressed %zu more lines about data from %s/%u", leftOut,
                             qUtf8Printable(MVCommLogText(process_.name)), process_.pid);
@@ -42,6 +42,6 @@ void MVCommConnection::shutdown() noexcept {
     source_.reset();
     if (socket_ != nullptr)
         socket_->invalidate();
-    outlet_.reset();
+    sender_.reset();
     socket_.reset();
 }

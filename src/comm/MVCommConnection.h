@@ -1,8 +1,8 @@
 #pragma once
 
 #include "comm/MVCommConnectionProcess.h"
-#include "comm/MVCommFaultLines.h"
-#include "comm/MVCommLineLimit.h"
+#include "comm/MVCommFaultLog.h"
+#include "comm/MVCommLogLimit.h"
 #include "comm/MVCommMessages.h"
 
 #include <memory>
@@ -17,9 +17,9 @@ class Timer;
 /// The sending side of one connection, shared by the connection and the sends in progress, so that
 /// a connection that goes away meanwhile does not pull the descriptor from under them. Used by one
 /// thread at a time.
-class MVCommOutlet {
+class MVCommSender {
   public:
-    explicit MVCommOutlet(std::shared_ptr<const platform::DataSocket> socket) noexcept
+    explicit MVCommSender(std::shared_ptr<const platform::DataSocket> socket) noexcept
         : socket_(std::move(socket)) {}
 
     /// Writes the message without waiting. A failure is a line "send failed: …" in the system log,
@@ -28,7 +28,7 @@ class MVCommOutlet {
 
   private:
     const std::shared_ptr<const platform::DataSocket> socket_;
-    MVCommLineLimit failureLines_;
+    MVCommLogLimit failureLimit_;
 };
 
 /// One connected plug-in: its socket with the source that reads it, and the record of its program.
@@ -52,7 +52,7 @@ class MVCommConnection {
     const MVCommConnectionProcess& process() const noexcept { return process_; }
 
     /// To be asked before each line about what the plug-in has done wrong.
-    MVCommFaultLines& faultLines() noexcept { return faultLines_; }
+    MVCommFaultLog& faultLog() noexcept { return faultLog_; }
 
     /// The connection's activity reset: pending while the timer is active. One timer serves for
     /// the connection's whole life, so that pushing the reset back allocates nothing.
@@ -60,7 +60,7 @@ class MVCommConnection {
     void setResetActivityTimer(std::unique_ptr<platform::Timer> timer);
 
     /// Null after shutdown().
-    const std::shared_ptr<MVCommOutlet>& outlet() const noexcept { return outlet_; }
+    const std::shared_ptr<MVCommSender>& sender() const noexcept { return sender_; }
 
     /// Stops reading and ends the connection; the peer sees the end at once, and the descriptor is
     /// closed as soon as no send or delivery uses it. Later calls do nothing. A pending activity
@@ -70,8 +70,8 @@ class MVCommConnection {
   private:
     std::shared_ptr<platform::DataSocket> socket_;
     std::unique_ptr<platform::RunLoopSource> source_;
-    std::shared_ptr<MVCommOutlet> outlet_;
+    std::shared_ptr<MVCommSender> sender_;
     MVCommConnectionProcess process_;
-    MVCommFaultLines faultLines_; // names the process
+    MVCommFaultLog faultLog_; // names the process
     std::unique_ptr<platform::Timer> resetActivityTimer_;
 };

@@ -165,7 +165,7 @@ void MVCommListener::serveAgain() {
     }
     isFailureTold_ = false;
     another_.reset();
-    if (servedAgainLines_.allowsLine())
+    if (recreatedLimit_.allowsLine())
         systemLog(LogPriority::warning, "Recreated %s, which had been removed",
                   platform::printableText(path_).c_str());
     handlers_.servedAgain();

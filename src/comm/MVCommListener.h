@@ -1,6 +1,6 @@
 #pragma once
 
-#include "comm/MVCommLineLimit.h"
+#include "comm/MVCommLogLimit.h"
 #include "platform/files/PathsWatch.h"
 #include "platform/loop/Socket.h"
 #include "platform/loop/Timer.h"
@@ -70,7 +70,7 @@ class MVCommListener {
     std::optional<FileNumber> file_;    // of what stands for the socket at the path
     std::optional<FileNumber> another_; // of what stands in its place, once that has been told
     bool isFailureTold_ = false;
-    MVCommLineLimit servedAgainLines_;
+    MVCommLogLimit recreatedLimit_;
     platform::Timer settled_;
     platform::PathsWatch watch_;
 };

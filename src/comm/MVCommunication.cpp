@@ -42,7 +42,7 @@ double secondsNow() noexcept {
 
 void logFault(MVCommConnection& connection, MVCommParser::Result result, const MVCommParser& parser,
               const char* method) {
-    if (result == MVCommParser::Result::end || !connection.faultLines().allowsLine())
+    if (result == MVCommParser::Result::end || !connection.faultLog().allowsLine())
         return;
     switch (result) {
     case MVCommParser::Result::tooShort:
@@ -136,7 +136,7 @@ bool MVCommunication::isWelcome(int descriptor) {
     auto user = static_cast<uid_t>(-1);
     if (platform::peerUser(descriptor, user) && comm_.acceptsUser(user))
         return true;
-    if (strangerLines_.allowsLine())
+    if (strangerLimit_.allowsLine())
         systemLog(LogPriority::warning, "Closed the connection of a program of user %u", user);
     return false;
 }
@@ -163,7 +163,7 @@ void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
         placeOfDescriptor_.resize(index + 1);
     const std::lock_guard lock(connectionsLock_);
     placeOfDescriptor_[index] = connections_.insert(connections_.end(), connection);
-    outlets_.reset();
+    senders_.reset();
 }
 
 std::shared_ptr<MVCommConnection>
@@ -230,7 +230,7 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
         std::swap(connection.process(), previous);
     }
     const bool isDuplicate = !previous.name.isNull() || previous.pid >= 1;
-    if (isDuplicate && connection.faultLines().allowsLine())
+    if (isDuplicate && connection.faultLog().allowsLine())
         systemLog(LogPriority::error, "%s: Duplicate checkin for %s/%u, overwriting", method,
                   qUtf8Printable(MVCommLogText(previous.name)), previous.pid);
     QNLog(3, "'%s' connected (pid=%u, path='%s')", MVCommLogText(name), checkin.pid,
@@ -255,7 +255,7 @@ void MVCommunication::handleDisconnect(const std::shared_ptr<MVCommConnection>& 
     {
         const std::lock_guard lock(connectionsLock_);
         connections_.erase(place);
-        outlets_.reset();
+        senders_.reset();
     }
     QNLog(3, "'%s' disconnected", MVCommLogText(connection->process().name));
     retire(connection);
@@ -304,24 +304,24 @@ void MVCommunication::doSendMessage(const MVCommConsoleMessage& message) {
     if (repeated && !allowFrequentMessages_)
         return;
 
-    const std::shared_ptr<const Outlets> targets = outlets(); // held while they are written to
-    for (const auto& outlet : *targets)
-        outlet->send(message);
+    const std::shared_ptr<const Senders> targets = senders(); // held while they are written to
+    for (const auto& sender : *targets)
+        sender->send(message);
 
     std::memcpy(last.bytes.data(), &message, sizeof message);
     last.sent = secondsNow();
 }
 
-std::shared_ptr<const MVCommunication::Outlets> MVCommunication::outlets() {
+std::shared_ptr<const MVCommunication::Senders> MVCommunication::senders() {
     const std::lock_guard lock(connectionsLock_);
-    if (outlets_ == nullptr) {
-        Outlets outlets;
-        outlets.reserve(connections_.size());
+    if (senders_ == nullptr) {
+        Senders senders;
+        senders.reserve(connections_.size());
         for (const auto& connection : connections_)
-            outlets.push_back(connection->outlet());
-        outlets_ = std::make_shared<const Outlets>(std::move(outlets));
+            senders.push_back(connection->sender());
+        senders_ = std::make_shared<const Senders>(std::move(senders));
     }
-    return outlets_;
+    return senders_;
 }
 
 QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
@@ -344,7 +344,7 @@ void MVCommunication::shutdown() {
     {
         const std::lock_guard lock(connectionsLock_);
         connections.swap(connections_);
-        outlets_.reset();
+        senders_.reset();
     }
     placeOfDescriptor_.clear();
     for (const auto& connection : connections)

@@ -2,7 +2,7 @@
 
 #include "comm/MVCommCallbacks.h"
 #include "comm/MVCommConnectionProcess.h"
-#include "comm/MVCommLineLimit.h"
+#include "comm/MVCommLogLimit.h"
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommParser.h"
 #include "platform/loop/Timer.h"
@@ -24,7 +24,7 @@
 
 class MVCommConnection;
 class MVCommListener;
-class MVCommOutlet;
+class MVCommSender;
 
 namespace platform {
 class AcceptSocket;
@@ -105,7 +105,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
         double sent = 0;
     };
     using Connections = std::list<std::shared_ptr<MVCommConnection>>;
-    using Outlets = std::vector<std::shared_ptr<MVCommOutlet>>;
+    using Senders = std::vector<std::shared_ptr<MVCommSender>>;
 
     MVCommunication(MVCommCallbacks& comm, QString socketPath);
     bool setup();
@@ -122,7 +122,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     void resetActivity(MVCommConnection& connection);
     void retire(const std::shared_ptr<MVCommConnection>& connection);
     void doSendMessage(const MVCommConsoleMessage& message);
-    std::shared_ptr<const Outlets> outlets();
+    std::shared_ptr<const Senders> senders();
 
     MVCommCallbacks& comm_;
     const QString socketPath_;
@@ -132,14 +132,14 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     std::unique_ptr<MVCommListener> listener_; // null after shutdown()
     platform::Timer connectionCallbackTimer_;
     platform::MonotonicClock::time_point burstBegan_; // of check-ins; while the timer is active
-    MVCommLineLimit strangerLines_;
+    MVCommLogLimit strangerLimit_;
     Connections retired_; // disconnected, but with an activity reset still to come
     std::vector<std::optional<Connections::iterator>> placeOfDescriptor_; // in connections_
 
     mutable std::mutex connectionsLock_;
     // Guarded by connectionsLock_.
     Connections connections_;                // changed on the main thread only
-    std::shared_ptr<const Outlets> outlets_; // of the connections; null: to be made
+    std::shared_ptr<const Senders> senders_; // of the connections; null: to be made
 
     std::atomic<bool> allowFrequentMessages_ = false;
     std::atomic<bool> suppressMessages_ = false;

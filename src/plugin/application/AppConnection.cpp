@@ -1,6 +1,6 @@
 #include "plugin/application/AppConnection.h"
 
-#include "comm/MVCommLineLimit.h"
+#include "comm/MVCommLogLimit.h"
 #include "comm/MVCommSocketPath.h"
 #include "platform/base/SystemLog.h"
 #include "platform/loop/RunLoopSource.h"
@@ -47,7 +47,7 @@ platform::FileDescriptor connectToApplication() {
 
 /// One line for a command that every connection gets.
 void logIgnored(const char* why, std::int64_t value) {
-    static MVCommLineLimit limit;
+    static MVCommLogLimit limit;
     if (limit.allowsLine())
         systemLog(LogPriority::warning, "Ignored a command %s %lld", why,
                   static_cast<long long>(value));

@@ -12,15 +12,15 @@ class RunLoop;
 /// Thins out the lines that the faults of one plug-in cause: ten a second are written, the others
 /// are counted, and their number is told when the second is over or the plug-in has gone. The
 /// loop's thread only.
-class MVCommFaultLines {
+class MVCommFaultLog {
   public:
     /// `tellLeftOut` gets a number above 0.
-    MVCommFaultLines(platform::RunLoop& loop, std::function<void(std::size_t)> tellLeftOut);
+    MVCommFaultLog(platform::RunLoop& loop, std::function<void(std::size_t)> tellLeftOut);
 
     /// Tells what has not been told.
-    ~MVCommFaultLines();
-    MVCommFaultLines(const MVCommFaultLines&) = delete;
-    MVCommFaultLines& operator=(const MVCommFaultLines&) = delete;
+    ~MVCommFaultLog();
+    MVCommFaultLog(const MVCommFaultLog&) = delete;
+    MVCommFaultLog& operator=(const MVCommFaultLog&) = delete;
 
     /// Whether the next line may be written; it counts as written or left out then.
     [[nodiscard]] bool allowsLine();

@@ -6,7 +6,7 @@
 
 /// Thins out a line that a stranger can cause as often as he likes: one a second. One thread at a
 /// time.
-class MVCommLineLimit {
+class MVCommLogLimit {
   public:
     /// Whether the line may be written now; it counts as written then.
     bool allowsLine() noexcept {

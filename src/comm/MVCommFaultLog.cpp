@@ -1,4 +1,4 @@
-#include "comm/MVCommFaultLines.h"
+#include "comm/MVCommFaultLog.h"
 
 #include <utility>
 
@@ -9,21 +9,21 @@ constexpr std::chrono::seconds length{1};
 
 } // namespace
 
-MVCommFaultLines::MVCommFaultLines(platform::RunLoop& loop,
-                                   std::function<void(std::size_t)> tellLeftOut)
+MVCommFaultLog::MVCommFaultLog(platform::RunLoop& loop,
+                               std::function<void(std::size_t)> tellLeftOut)
     : tellLeftOut_(std::move(tellLeftOut)), second_(loop, [this] { tell(); }) {}
 
-MVCommFaultLines::~MVCommFaultLines() {
+MVCommFaultLog::~MVCommFaultLog() {
     tell();
 }
 
-bool MVCommFaultLines::allowsLine() {
+bool MVCommFaultLog::allowsLine() {
     if (!second_.isActive())
         second_.start(length);
     return ++lines_ <= mostLines;
 }
 
-void MVCommFaultLines::tell() {
+void MVCommFaultLog::tell() {
     if (const std::size_t lines = std::exchange(lines_, 0); lines > mostLines)
         tellLeftOut_(lines - mostLines);
 }
