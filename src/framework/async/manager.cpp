@@ -120,19 +120,19 @@ void manager::runOnMainQueue() {
     const std::lock_guard lock(turn_);
     if (thread_.isStarted())
         return; // it was woken when it was started
-    const worker::Disguise disguise(thread_);
+    const worker::CurrentOverride asManager(thread_);
     runTasks();
 }
 
-worker::Bound manager::round() {
+worker::Timeout manager::round() {
     const std::lock_guard lock(turn_);
     if (std::exchange(looksAgain_, false) && !passRequested_)
         lookAgain();
     runTasks();
     if (looksAgain_)
         return qshuttle::patience;
-    looksAgain_ = roster_.size() > baseSize();
-    return looksAgain_ ? worker::Bound(rest) : std::nullopt;
+    looksAgain_ = pool_.size() > baseSize();
+    return looksAgain_ ? worker::Timeout(rest) : std::nullopt;
 }
 
 /// A pass that nobody has requested: dispatch() would wake this very thread, which is to rest.
@@ -206,32 +206,32 @@ void manager::handOut(Pass& pass) {
 }
 
 void manager::serve(const std::shared_ptr<qshuttle>& queue, Pass& pass) {
-    const qshuttle::Look look = queue->look();
-    pass.hasFinishedQueues |= look.isOver;
-    if (!look.isRunnable)
+    const qshuttle::Snapshot snapshot = queue->snapshot();
+    pass.hasFinishedQueues |= snapshot.isOver;
+    if (!snapshot.isRunnable)
         return;
-    worker* const found = findWorker(*queue, look);
+    worker* const found = findWorker(*queue, snapshot);
     if (!found)
         return;
     bool left = false;
     if (!handOver(queue, *found, left)) {
-        roster_.release(*found); // its task has taken a shorter road meanwhile
+        pool_.release(*found); // its task has taken a shorter road meanwhile
         return;
     }
     ++pass.handedOut;
     pass.tasksLeft |= left;
 }
 
-worker* manager::findWorker(qshuttle& queue, const qshuttle::Look& look) {
-    if (worker* const free = roster_.claim())
+worker* manager::findWorker(qshuttle& queue, const qshuttle::Snapshot& snapshot) {
+    if (worker* const free = pool_.claim())
         return free;
-    if (queue.is_background() && roster_.size() >= baseSize())
-        return leaveWaiting(queue, look.isShared);
+    if (queue.is_background() && pool_.size() >= baseSize())
+        return leaveWaiting(queue, snapshot.isShared);
     // Workers that get on with the queue will come to this task: making more of them would only
     // have them get in each other's way. Whether they do is looked at again soon.
-    if (look.isShared && look.isMoving) {
+    if (snapshot.isShared && snapshot.isMoving) {
         looksAgain_ = true;
-        return leaveWaiting(queue, look.isShared);
+        return leaveWaiting(queue, snapshot.isShared);
     }
     return &createWorker();
 }
@@ -246,19 +246,19 @@ worker* manager::leaveWaiting(qshuttle& queue, bool isShared) {
         if (!next_)
             next_ = &queue;
     }
-    return roster_.claim();
+    return pool_.claim();
 }
 
 worker& manager::createWorker() {
     try {
-        if (thread_limit() < std::uint64_t{roster_.size()} + 1) {
+        if (thread_limit() < std::uint64_t{pool_.size()} + 1) {
             ++failures_;
             throw ThreadLimitError();
         }
         failures_ = 0;
-        return roster_.create([this](worker& self) {
+        return pool_.create([this](worker& self) {
             work(self);
-            return worker::Bound();
+            return worker::Timeout();
         });
     } catch (...) {
         ++statistics_.creationFailures;
@@ -283,7 +283,7 @@ void manager::creationFailed(const char* text) {
 
 void manager::removeFinishedQueues() {
     std::erase_if(queues_, [this](const auto& queue) {
-        const bool isOver = queue->look().isOver;
+        const bool isOver = queue->snapshot().isOver;
         if (isOver && queue.get() == next_)
             next_ = nullptr;
         return isOver;
@@ -291,17 +291,17 @@ void manager::removeFinishedQueues() {
 }
 
 void manager::retireSurplus() {
-    if (roster_.size() > baseSize() && running_ == 0 && roster_.retire())
+    if (pool_.size() > baseSize() && running_ == 0 && pool_.retire())
         ++statistics_.retiredWorkers;
 }
 
 void manager::offer(const std::shared_ptr<qshuttle>& queue) {
-    worker* const free = starves_ ? nullptr : roster_.claim();
+    worker* const free = starves_ ? nullptr : pool_.claim();
     bool left = false;
     if (free && handOver(queue, *free, left))
         return;
     if (free)
-        roster_.release(*free);
+        pool_.release(*free);
     dispatch();
 }
 
@@ -336,7 +336,7 @@ void manager::complete(worker& self, std::shared_ptr<qshuttle> queue) {
     running_.fetch_sub(1);
     const bool isSerial = queue->isSerial();
     // Free first: a pass that finds nothing of the queue running must find its worker.
-    roster_.release(self);
+    pool_.release(self);
     const bool wasLast = queue->finish() == 1;
     queue.reset();
     if (wasLast || isSerial || lacksWorkers_)

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "framework/async/Roster.h"
 #include "framework/async/SpinFlag.h"
 #include "framework/async/Statistics.h"
+#include "framework/async/WorkerPool.h"
 #include "framework/async/managed_task_helper.h"
 #include "framework/async/qshuttle.h"
 
@@ -50,19 +50,19 @@ class manager {
     void offer(const std::shared_ptr<qshuttle>& queue);
 
     const Statistics& statistics() const noexcept { return statistics_; }
-    std::uint32_t workerCount() const noexcept { return roster_.size(); }
+    std::uint32_t workerCount() const noexcept { return pool_.size(); }
 
   private:
     struct Pass;
 
     // On the manager's thread, or the main dispatch queue before there is one.
-    worker::Bound round();
+    worker::Timeout round();
     void lookAgain();
     void runTasks();
     void schedule_pass();
     void handOut(Pass& pass);
     void serve(const std::shared_ptr<qshuttle>& queue, Pass& pass);
-    worker* findWorker(qshuttle& queue, const qshuttle::Look& look);
+    worker* findWorker(qshuttle& queue, const qshuttle::Snapshot& snapshot);
     worker* leaveWaiting(qshuttle& queue, bool isShared);
     worker& createWorker();
     void creationFailed(const char* text);
@@ -92,7 +92,7 @@ class manager {
     std::uint32_t refusals_ = 0; // passes that ended because the system gave no thread
     bool looksAgain_ = false;    // the next round has a pass made although nobody requests one
 
-    Roster roster_;
+    WorkerPool pool_;
     std::atomic<std::int64_t> running_{0};  // tasks of all queues
     std::atomic<bool> lacksWorkers_{false}; // the last pass left tasks that a free worker could run
     std::atomic<bool> starves_{false};      // some of them in queues of which nothing runs

@@ -50,7 +50,7 @@ bool qshuttle::takeNext(TaskEntry& task, bool goOn) {
     return true;
 }
 
-qshuttle::Look qshuttle::look() {
+qshuttle::Snapshot qshuttle::snapshot() {
     const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(flag_);
     if (std::exchange(hasMoved_, false))
@@ -69,7 +69,7 @@ qshuttle::Look qshuttle::look() {
 
 void qshuttle::leaveToWorkers() {
     const std::lock_guard lock(flag_);
-    leftToWorkers_ = isRunnable(); // a worker may have taken the last task since the look
+    leftToWorkers_ = isRunnable(); // a worker may have taken the last task since the snapshot
 }
 
 void qshuttle::suspend() {

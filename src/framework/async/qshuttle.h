@@ -50,7 +50,7 @@ class qshuttle {
     static constexpr std::chrono::milliseconds patience{10};
 
     /// What a scheduling pass has to know of the queue.
-    struct Look {
+    struct Snapshot {
         bool isRunnable; ///< a task may run now
         bool isShared;   ///< other tasks of the queue are running
         bool isMoving;   ///< a worker has gone on to its next task within the last `patience`
@@ -58,7 +58,7 @@ class qshuttle {
     };
 
     /// Also sets the drained signal when nothing is left to run. The manager's thread only.
-    Look look();
+    Snapshot snapshot();
 
     /// Notes that a pass has found no worker for the queue, so that append() need not ask for
     /// another pass in vain. The next worker that gets free has the manager look again.
@@ -91,8 +91,8 @@ class qshuttle {
     const std::string name_;
 
     bool leftToWorkers_ = false;                      // guarded by flag_
-    bool hasMoved_ = false;                           // since the last look; guarded by flag_
-    std::chrono::steady_clock::time_point lastMoved_; // as the looks saw it; guarded by flag_
+    bool hasMoved_ = false;                           // since the last snapshot; guarded by flag_
+    std::chrono::steady_clock::time_point lastMoved_; // as of the snapshots; guarded by flag_
 };
 
 } // namespace QN::async

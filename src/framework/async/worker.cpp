@@ -22,7 +22,7 @@ constexpr std::chrono::seconds idlePeriod{1};
 
 } // namespace
 
-worker::worker(std::string name, std::function<Bound(worker&)> round, std::function<void()> idle)
+worker::worker(std::string name, std::function<Timeout(worker&)> round, std::function<void()> idle)
     : name_(std::move(name)), round_(std::move(round)), idle_(std::move(idle)) {}
 
 worker::~worker() {
@@ -80,11 +80,11 @@ worker* worker::current() noexcept {
     return ownWorker;
 }
 
-worker::Disguise::Disguise(worker& who) noexcept {
+worker::CurrentOverride::CurrentOverride(worker& who) noexcept {
     ownWorker = &who;
 }
 
-worker::Disguise::~Disguise() {
+worker::CurrentOverride::~CurrentOverride() {
     ownWorker = nullptr;
 }
 
@@ -99,14 +99,14 @@ void worker::live() {
     ownWorker = this;
     wake_.wait();
     for (;;) {
-        const Bound bound = round_(*this);
+        const Timeout bound = round_(*this);
         if (stop_)
             return;
         sleep(bound);
     }
 }
 
-void worker::sleep(Bound bound) {
+void worker::sleep(Timeout bound) {
     if (!bound && !idle_) {
         wake_.wait();
         return;

@@ -26,11 +26,12 @@ class qshuttle;
 class worker {
   public:
     /// How long the thread may sleep until its next round; without bound when it has no value.
-    using Bound = std::optional<std::chrono::nanoseconds>;
+    using Timeout = std::optional<std::chrono::nanoseconds>;
 
     /// `round` is called on the thread. With an `idle` callback the thread sleeps for 1 s at most
     /// and calls it whenever nobody has woken it in that time.
-    worker(std::string name, std::function<Bound(worker&)> round, std::function<void()> idle = {});
+    worker(std::string name, std::function<Timeout(worker&)> round,
+           std::function<void()> idle = {});
     ~worker();
     worker(const worker&) = delete;
     worker& operator=(const worker&) = delete;
@@ -61,21 +62,21 @@ class worker {
     static worker* current() noexcept;
 
     /// Has the calling thread count as the thread of a worker while it lives.
-    class Disguise {
+    class CurrentOverride {
       public:
-        explicit Disguise(worker& who) noexcept;
-        ~Disguise();
-        Disguise(const Disguise&) = delete;
-        Disguise& operator=(const Disguise&) = delete;
+        explicit CurrentOverride(worker& who) noexcept;
+        ~CurrentOverride();
+        CurrentOverride(const CurrentOverride&) = delete;
+        CurrentOverride& operator=(const CurrentOverride&) = delete;
     };
 
   private:
     static void* body(void* self);
     void live();
-    void sleep(Bound bound);
+    void sleep(Timeout bound);
 
     const std::string name_;
-    const std::function<Bound(worker&)> round_;
+    const std::function<Timeout(worker&)> round_;
     const std::function<void()> idle_;
     pthread_t thread_{};
     std::atomic<bool> started_{false};

@@ -47,8 +47,8 @@ class HandPool {
     void passUntilIdle(qshuttle& queue) {
         EXPECT_TRUE(support::waitUntil([&] {
             pass();
-            const qshuttle::Look look = queue.look();
-            return !look.isRunnable && !look.isShared;
+            const qshuttle::Snapshot snapshot = queue.snapshot();
+            return !snapshot.isRunnable && !snapshot.isShared;
         }));
     }
 

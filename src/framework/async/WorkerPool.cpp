@@ -1,4 +1,4 @@
-#include "framework/async/Roster.h"
+#include "framework/async/WorkerPool.h"
 
 #include <algorithm>
 #include <mutex>
@@ -6,14 +6,14 @@
 
 namespace QN::async {
 
-worker* Roster::claim() {
+worker* WorkerPool::claim() {
     if (free_.load() <= 0)
         return nullptr;
     const std::lock_guard lock(flag_);
     return claimUnderFlag();
 }
 
-worker* Roster::claimUnderFlag() noexcept {
+worker* WorkerPool::claimUnderFlag() noexcept {
     const auto found =
         std::find_if(workers_.begin(), workers_.end(), [](worker& each) { return each.claim(); });
     if (found == workers_.end())
@@ -22,12 +22,12 @@ worker* Roster::claimUnderFlag() noexcept {
     return &*found;
 }
 
-void Roster::release(worker& claimed) noexcept {
+void WorkerPool::release(worker& claimed) noexcept {
     claimed.release();
     free_.fetch_add(1);
 }
 
-worker& Roster::create(Round round) {
+worker& WorkerPool::create(Round round) {
     std::list<worker> fresh;
     worker& made = fresh.emplace_back("QN::async::worker", std::move(round));
     made.start();
@@ -37,7 +37,7 @@ worker& Roster::create(Round round) {
     return made;
 }
 
-bool Roster::retire() {
+bool WorkerPool::retire() {
     std::list<worker> retired; // destroyed, which joins the thread, when the flag is free again
     const std::lock_guard lock(flag_);
     const worker* const free = claimUnderFlag();

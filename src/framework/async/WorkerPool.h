@@ -12,9 +12,9 @@ namespace QN::async {
 
 /// The workers that run tasks. The manager's thread alone makes and retires them; any thread may
 /// claim a free one, and it stays in being until whoever claimed it has released it.
-class Roster {
+class WorkerPool {
   public:
-    using Round = std::function<worker::Bound(worker&)>;
+    using Round = std::function<worker::Timeout(worker&)>;
 
     /// The first free worker, claimed; null when all have something to do.
     worker* claim();
