@@ -71,7 +71,7 @@ bool MVComm::addCommForPath(const QString& path) {
     return true;
 }
 
-void MVComm::servedAgain() {
+void MVComm::socketRecreated() {
     afterAddition_.start(additionDelay);
 }
 
@@ -164,7 +164,7 @@ void MVComm::dropContainersExcept(const QStringList& paths) {
             (wanted.contains(path) && !server->isFolderReplaced()))
             return false;
         containerPaths_.remove(path);
-        server->leaveFileAlone();
+        server->stopRecreating();
         ending_.push_back({server, server->connectionProcesses()});
         return true;
     });

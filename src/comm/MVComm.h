@@ -86,7 +86,7 @@ class MVComm final : public MVCommCallbacks {
     MVCommDataCallback dataCallback() const override { return dataCallback_; }
     MVCommCallback connectionCallback() const override { return connectionCallback_; }
     MVCommCallback disconnectionCallback() const override { return disconnectionCallback_; }
-    void servedAgain() override;
+    void socketRecreated() override;
 
     /// These do for every server, in order, what MVCommunication says of them.
     void sendMessage(const MVCommConsoleMessage* message);

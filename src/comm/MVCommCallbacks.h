@@ -24,7 +24,7 @@ class MVCommCallbacks {
     virtual MVCommCallback disconnectionCallback() const = 0;
 
     /// A server has made its socket file again, for which plug-ins may be waiting.
-    virtual void servedAgain() {}
+    virtual void socketRecreated() {}
 
     /// Whether programs of `user` may connect: those of our own user and the system's, for nobody
     /// else has business with the volume of our sound.

@@ -78,7 +78,7 @@ bool MVCommListener::isFolderReplaced() const {
     return numberOf(folder_, &::stat) != servedFolder_;
 }
 
-void MVCommListener::leaveAlone() {
+void MVCommListener::stopRecreating() {
     settled_.stop();
     watch_.follow({});
 }
@@ -146,7 +146,7 @@ void MVCommListener::look() {
     if (there && isServed(path_))
         leaveToAnother(*there);
     else
-        serveAgain();
+        recreateSocket();
 }
 
 void MVCommListener::leaveToAnother(const FileNumber& file) {
@@ -157,7 +157,7 @@ void MVCommListener::leaveToAnother(const FileNumber& file) {
     settled_.start(nextLook);
 }
 
-void MVCommListener::serveAgain() {
+void MVCommListener::recreateSocket() {
     if (!serve()) {
         isFailureTold_ = true;
         settled_.start(nextLook);
@@ -168,7 +168,7 @@ void MVCommListener::serveAgain() {
     if (recreatedLimit_.allowsLine())
         systemLog(LogPriority::warning, "Recreated %s, which had been removed",
                   platform::printableText(path_).c_str());
-    handlers_.servedAgain();
+    handlers_.socketRecreated();
 }
 
 void MVCommListener::logError(const char* format, int error) const {

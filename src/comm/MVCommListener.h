@@ -26,7 +26,7 @@ class MVCommListener {
   public:
     struct Handlers {
         platform::AcceptSocket::Handler accepted;
-        std::function<void()> servedAgain; ///< the file has been made again
+        std::function<void()> socketRecreated; ///< the file has been made again
     };
 
     /// Serves `path` on the thread's run loop, in place of a file that is there. Null when that
@@ -45,7 +45,7 @@ class MVCommListener {
     bool isFolderReplaced() const;
 
     /// From now on the file is not made again.
-    void leaveAlone();
+    void stopRecreating();
 
   private:
     using FileNumber = std::pair<dev_t, ino_t>;
@@ -58,7 +58,7 @@ class MVCommListener {
     void removeFile();
     void look();
     void leaveToAnother(const FileNumber& file);
-    void serveAgain();
+    void recreateSocket();
     void logError(const char* format, int error) const;
 
     const std::string path_;

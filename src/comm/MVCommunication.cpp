@@ -119,7 +119,7 @@ bool MVCommunication::setup() {
                                  platform::FileDescriptor connection) {
         handleBaseSocketAccept(socket, std::move(connection));
     };
-    listener_ = MVCommListener::open(address, {accepted, [this] { comm_.servedAgain(); }});
+    listener_ = MVCommListener::open(address, {accepted, [this] { comm_.socketRecreated(); }});
     return listener_ != nullptr;
 }
 
@@ -127,9 +127,9 @@ bool MVCommunication::isFolderReplaced() const {
     return listener_ != nullptr && listener_->isFolderReplaced();
 }
 
-void MVCommunication::leaveFileAlone() {
+void MVCommunication::stopRecreating() {
     if (listener_ != nullptr)
-        listener_->leaveAlone();
+        listener_->stopRecreating();
 }
 
 bool MVCommunication::isWelcome(int descriptor) {

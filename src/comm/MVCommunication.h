@@ -63,7 +63,7 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     bool isFolderReplaced() const;
 
     /// From now on the socket file is not made again; another server may be about to take the path.
-    void leaveFileAlone();
+    void stopRecreating();
 
     /// Has `message` written to every connection, in the order of the calls. A message that was
     /// sent less than 1/12 s ago is dropped (see setAllowFrequentMessages), as are all while
