@@ -10,8 +10,8 @@ enum class ExitCode : int {
     usage = 2,
     notRunning = 3,
     noSuchProgram = 4,
-    doubtfulName = 5,
-    badNumber = 6,
+    ambiguousName = 5,
+    invalidVolume = 6,
     notControllable = 7,
     busLost = 8,
 };

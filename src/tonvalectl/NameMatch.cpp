@@ -69,7 +69,7 @@ std::string nameMeant(const std::string& wanted, const std::vector<std::string>&
         throw Failure(ExitCode::noSuchProgram,
                       Messages::text("There is no program “%1”.", {wanted}));
     if (meant.size() > 1)
-        throw Failure(ExitCode::doubtfulName,
+        throw Failure(ExitCode::ambiguousName,
                       Messages::text("“%1” may be any of: %2", {wanted, listed(meant)}));
     return meant.front();
 }

@@ -84,7 +84,7 @@ void defaultVolume(Mixer& mixer, const Command& command) {
     } else {
         const VolumeChange change = VolumeChange::parse(*command.value);
         if (change.isStep)
-            throw Failure(ExitCode::badNumber,
+            throw Failure(ExitCode::invalidVolume,
                           Messages::text("“%1” is no volume: it is 0 to 100.", {*command.value}));
         mixer.setDefaultVolume(change.percent);
     }

@@ -25,7 +25,7 @@ VolumeChange VolumeChange::parse(std::string_view text) {
     const bool isNumber = error == std::errc() && end == digits.data() + digits.size() &&
                           digits.front() != '-' && number <= full;
     if (!isNumber)
-        throw Failure(ExitCode::badNumber,
+        throw Failure(ExitCode::invalidVolume,
                       Messages::text("“%1” is no volume: it is 0 to 100, or a step such as +5%.",
                                      {std::string(text)}));
     return {sign == '-' ? -number : number, isStep};

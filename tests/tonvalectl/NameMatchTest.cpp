@@ -52,7 +52,7 @@ TEST(NameMatchTest, ADoubtfulNameIsRefusedWithAllThatItMayMean) {
         nameMeant("p", {"player", "other", "Piano\x1b[2J"});
         ADD_FAILURE();
     } catch (const Failure& failure) {
-        EXPECT_EQ(failure.code(), ExitCode::doubtfulName);
+        EXPECT_EQ(failure.code(), ExitCode::ambiguousName);
         EXPECT_STREQ(failure.what(), "“p” may be any of: player, Piano [2J")
             << "what a program calls itself does nothing to a terminal";
     }

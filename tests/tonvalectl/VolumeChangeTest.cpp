@@ -19,7 +19,7 @@ TEST(VolumeChangeTest, ReadsPercentsAndStepsAndNothingElse) {
             VolumeChange::parse(text);
             ADD_FAILURE() << text;
         } catch (const Failure& failure) {
-            EXPECT_EQ(failure.code(), ExitCode::badNumber) << text;
+            EXPECT_EQ(failure.code(), ExitCode::invalidVolume) << text;
         }
     }
 }
