@@ -2,7 +2,7 @@
 
 #include "app/CommandLine.h"
 #include "app/FileAlerts.h"
-#include "app/PluginCare.h"
+#include "app/PluginProblems.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
 #include "comm/PluginReports.h"
@@ -191,9 +191,9 @@ void MVAppController::connectPlugins() {
     MVComm& comm = MVComm::sharedComm();
     comm.setAppConnectCallback(&updateCallback);
     comm.setAppDisconnectCallback(&updateCallback);
-    pluginCare_ = std::make_unique<PluginCare>(
+    pluginProblems_ = std::make_unique<PluginProblems>(
         *platform::RunLoop::current(),
-        PluginCare::Surroundings{
+        PluginProblems::Surroundings{
             comm, *window_,
             [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
             [this](const QString& title, const QString& text) {
@@ -245,7 +245,7 @@ void MVAppController::applicationWillTerminate() {
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
     saveAndDisconnect();
-    pluginCare_.reset();
+    pluginProblems_.reset();
     pluginReports_.reset();
     instance_->serve(nullptr);
     control_.reset();
@@ -283,8 +283,8 @@ void MVAppController::showMainWindow() {
 void MVAppController::updateApps() {
     if (volumeController_)
         volumeController_->updateConnectionsSoon();
-    if (pluginCare_)
-        pluginCare_->connectionsChanged();
+    if (pluginProblems_)
+        pluginProblems_->connectionsChanged();
 }
 
 void MVAppController::handleActivity(const MVCommActivityMessage* message) {

@@ -8,7 +8,7 @@
 
 class AppVolumeController;
 class ControlService;
-class PluginCare;
+class PluginProblems;
 class VolumeWindow;
 
 class PluginReports;
@@ -78,6 +78,6 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginReports> pluginReports_;
-    std::unique_ptr<PluginCare> pluginCare_;
+    std::unique_ptr<PluginProblems> pluginProblems_;
     std::unique_ptr<platform::BusNameWatch> helper_;
 };

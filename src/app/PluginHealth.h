@@ -14,7 +14,7 @@ class RunLoop;
 /// Knows whether a plug-in applies what the window shows, and if not, why: so that the window can
 /// say so. A plug-in is there while anything is connected to a socket or the plug-in's name is on
 /// the session bus. Short absences, as at a start or a restart, are no problem. Main thread only.
-class PluginWatch {
+class PluginHealth {
   public:
     enum class Problem {
         none,
@@ -34,7 +34,7 @@ class PluginWatch {
         std::function<void(Problem)> show; ///< called when the problem changes
     };
 
-    PluginWatch(platform::RunLoop& loop, Surroundings surroundings);
+    PluginHealth(platform::RunLoop& loop, Surroundings surroundings);
 
     /// Serves the socket and begins to watch. Where serving fails, it is tried again every 5 s.
     void begin();

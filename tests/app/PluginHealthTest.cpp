@@ -1,4 +1,4 @@
-#include "app/PluginWatch.h"
+#include "app/PluginHealth.h"
 
 #include "app/PluginStarter.h"
 #include "platform/loop/RunLoop.h"
@@ -14,7 +14,7 @@
 #include <vector>
 
 using platform::UserService;
-using Problem = PluginWatch::Problem;
+using Problem = PluginHealth::Problem;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,7 +24,7 @@ const UserService::State stopped{true, "loaded", "inactive"};
 const UserService::State starting{true, "loaded", "activating"};
 
 /// A watch in a world that a test makes. Time passes as the test says.
-class PluginWatchTest : public testing::Test {
+class PluginHealthTest : public testing::Test {
   protected:
     void pass(std::chrono::milliseconds time) {
         constexpr std::chrono::milliseconds step{100};
@@ -73,15 +73,15 @@ class PluginWatchTest : public testing::Test {
                             }},
                            program_,
                            QString::fromStdString(folder_.path() / "messages")};
-    PluginWatch watch_{loop_,
-                       {[this] { return isConnected_; }, [this] { return isOnTheBus_; },
-                        [this] { return canServe_; }, starter_,
-                        [this](Problem problem) { shown_.push_back(problem); }}};
+    PluginHealth watch_{loop_,
+                        {[this] { return isConnected_; }, [this] { return isOnTheBus_; },
+                         [this] { return canServe_; }, starter_,
+                         [this](Problem problem) { shown_.push_back(problem); }}};
 };
 
 } // namespace
 
-TEST_F(PluginWatchTest, TellsOfAPluginThatIsAwayForTwoSecondsUntilOneIsThere) {
+TEST_F(PluginHealthTest, TellsOfAPluginThatIsAwayForTwoSecondsUntilOneIsThere) {
     watch_.begin();
     pass(1900ms);
     EXPECT_EQ(takeShown(), Shown());
@@ -98,7 +98,7 @@ TEST_F(PluginWatchTest, TellsOfAPluginThatIsAwayForTwoSecondsUntilOneIsThere) {
     }
 }
 
-TEST_F(PluginWatchTest, ARestartIsNoProblem) {
+TEST_F(PluginHealthTest, ARestartIsNoProblem) {
     watch_.begin();
     pass(1500ms);
     set(false, true);
@@ -121,14 +121,14 @@ TEST_F(PluginWatchTest, ARestartIsNoProblem) {
     EXPECT_EQ(takeShown(), Shown{Problem::absent});
 }
 
-TEST_F(PluginWatchTest, OneThatConnectsButHasNotCheckedInIsThere) {
+TEST_F(PluginHealthTest, OneThatConnectsButHasNotCheckedInIsThere) {
     watch_.begin();
     isConnected_ = true; // which nobody announces
     pass(3s);
     EXPECT_EQ(takeShown(), Shown());
 }
 
-TEST_F(PluginWatchTest, OneThatIsOnTheBusHasTenSecondsToConnect) {
+TEST_F(PluginHealthTest, OneThatIsOnTheBusHasTenSecondsToConnect) {
     watch_.begin();
     set(false, true);
     pass(9900ms);
@@ -141,7 +141,7 @@ TEST_F(PluginWatchTest, OneThatIsOnTheBusHasTenSecondsToConnect) {
     EXPECT_EQ(takeShown(), Shown{Problem::none});
 }
 
-TEST_F(PluginWatchTest, TellsAtOnceOfASocketThatCannotBeServedAndTriesAgain) {
+TEST_F(PluginHealthTest, TellsAtOnceOfASocketThatCannotBeServedAndTriesAgain) {
     for (const bool isAsked : {true, false}) {
         SCOPED_TRACE(isAsked);
         canServe_ = false;
@@ -160,7 +160,7 @@ TEST_F(PluginWatchTest, TellsAtOnceOfASocketThatCannotBeServedAndTriesAgain) {
     }
 }
 
-TEST_F(PluginWatchTest, StartsTheServiceIfThereIsOneElseTheProgram) {
+TEST_F(PluginHealthTest, StartsTheServiceIfThereIsOneElseTheProgram) {
     QFile(program_).open(QIODevice::WriteOnly);
     QFile::setPermissions(program_, QFile::ReadOwner | QFile::ExeOwner);
     for (const bool hasService : {true, false}) {
@@ -181,7 +181,7 @@ TEST_F(PluginWatchTest, StartsTheServiceIfThereIsOneElseTheProgram) {
     }
 }
 
-TEST_F(PluginWatchTest, TellsWhyNoneHasCome) {
+TEST_F(PluginHealthTest, TellsWhyNoneHasCome) {
     const auto start = [this] {
         pass(2100ms);
         takeShown();

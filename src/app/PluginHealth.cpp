@@ -1,4 +1,4 @@
-#include "app/PluginWatch.h"
+#include "app/PluginHealth.h"
 
 #include "app/PluginStarter.h"
 
@@ -15,12 +15,12 @@ constexpr int mostExtensions = 2; // systemd waits 3 s before it tries again
 
 } // namespace
 
-PluginWatch::PluginWatch(platform::RunLoop& loop, Surroundings surroundings)
+PluginHealth::PluginHealth(platform::RunLoop& loop, Surroundings surroundings)
     : surroundings_(std::move(surroundings))
     , review_(loop, [this] { review(); })
     , patience_(loop, [this] { endOfPatience(); }) {}
 
-void PluginWatch::begin() {
+void PluginHealth::begin() {
     if (!surroundings_.serveSocket()) {
         setProblem(Problem::noSocket);
         patience_.start(socketPause);
@@ -31,13 +31,13 @@ void PluginWatch::begin() {
     review();
 }
 
-PluginWatch::Presence PluginWatch::presence() const {
+PluginHealth::Presence PluginHealth::presence() const {
     if (surroundings_.isConnected())
         return Presence::connected;
     return surroundings_.isOnTheBus() ? Presence::onTheBus : Presence::none;
 }
 
-void PluginWatch::review() {
+void PluginHealth::review() {
     if (problem_ == Problem::noSocket)
         return;
     const Presence now = presence();
@@ -49,7 +49,7 @@ void PluginWatch::review() {
     waitAndSee();
 }
 
-void PluginWatch::waitAndSee() {
+void PluginHealth::waitAndSee() {
     if (presence_ == Presence::connected)
         patience_.stop();
     else if (presence_ == Presence::onTheBus)
@@ -59,7 +59,7 @@ void PluginWatch::waitAndSee() {
 }
 
 /// Connections that have not checked in are not announced, so the presence may have changed.
-void PluginWatch::endOfPatience() {
+void PluginHealth::endOfPatience() {
     if (problem_ == Problem::noSocket) {
         begin(); // what was in the way may have gone
         return;
@@ -74,7 +74,7 @@ void PluginWatch::endOfPatience() {
         lookWhetherItStarts();
 }
 
-void PluginWatch::lookWhetherItStarts() {
+void PluginHealth::lookWhetherItStarts() {
     surroundings_.starter.askWhetherItStarts([this](bool isStarting) {
         if (presence_ != Presence::none || patience_.isActive())
             return; // it has come, or gone anew, meanwhile
@@ -85,14 +85,14 @@ void PluginWatch::lookWhetherItStarts() {
     });
 }
 
-void PluginWatch::help() {
+void PluginHealth::help() {
     if (problem_ == Problem::noSocket)
         begin();
     else if (problem_ == Problem::absent || problem_ == Problem::notStarted)
         start();
 }
 
-void PluginWatch::start() {
+void PluginHealth::start() {
     extensions_ = 0;
     setProblem(Problem::starting);
     waitAndSee();
@@ -104,7 +104,7 @@ void PluginWatch::start() {
     });
 }
 
-void PluginWatch::setProblem(Problem problem) {
+void PluginHealth::setProblem(Problem problem) {
     if (std::exchange(problem_, problem) != problem)
         surroundings_.show(problem);
 }

@@ -1,4 +1,4 @@
-#include "app/PluginCare.h"
+#include "app/PluginProblems.h"
 
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
@@ -19,7 +19,7 @@
 
 using platform::formatted;
 using platform::localized;
-using Problem = PluginWatch::Problem;
+using Problem = PluginHealth::Problem;
 
 namespace {
 
@@ -91,7 +91,7 @@ ProblemBar::Content contentFor(Problem problem) {
 
 } // namespace
 
-PluginCare::PluginCare(platform::RunLoop& loop, Surroundings surroundings)
+PluginProblems::PluginProblems(platform::RunLoop& loop, Surroundings surroundings)
     : surroundings_(std::move(surroundings))
     , starter_({[this](auto answer) { service_.ask(std::move(answer)); },
                 [this](auto answer) { service_.start(std::move(answer)); },
@@ -111,7 +111,7 @@ PluginCare::PluginCare(platform::RunLoop& loop, Surroundings surroundings)
 
 /// The reasons for a failure go to the system log, once as long as they are the same; the person
 /// has them from here. Other threads may log something else meanwhile.
-bool PluginCare::serveSocket() {
+bool PluginProblems::serveSocket() {
     LogListener listener;
     const bool isServed = surroundings_.serveSocket();
     const std::vector<LogLine> lines = listener.take();
@@ -128,11 +128,11 @@ bool PluginCare::serveSocket() {
     return isServed;
 }
 
-void PluginCare::show(Problem problem) {
+void PluginProblems::show(Problem problem) {
     surroundings_.window.showProblem(contentFor(problem));
 }
 
-void PluginCare::tellDetails() {
+void PluginProblems::tellDetails() {
     const QString title = localized(QStringLiteral("The audio plug-in"));
     if (watch_.problem() == Problem::noSocket) {
         surroundings_.tell(

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/PluginHealth.h"
 #include "app/PluginStarter.h"
-#include "app/PluginWatch.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/UserService.h"
 
@@ -19,7 +19,7 @@ class RunLoop;
 
 /// Tells the person in the window while no plug-in applies what is set there, and does what helps
 /// at the press of a button. Main thread only.
-class PluginCare {
+class PluginProblems {
   public:
     /// All of it must outlive this. `serveSocket` answers false when that fails, and is called
     /// again when the person wants to try again; `tell` shows a title and a text.
@@ -31,20 +31,20 @@ class PluginCare {
     };
 
     /// Serves the socket.
-    PluginCare(platform::RunLoop& loop, Surroundings surroundings);
+    PluginProblems(platform::RunLoop& loop, Surroundings surroundings);
 
     /// A plug-in has connected or disconnected. Costs little.
     void connectionsChanged() { watch_.changed(); }
 
   private:
     bool serveSocket();
-    void show(PluginWatch::Problem problem);
+    void show(PluginHealth::Problem problem);
     void tellDetails();
 
     const Surroundings surroundings_;
     QString socketErrors_; // of the last attempt to serve it
     PluginStarter starter_;
-    PluginWatch watch_;
+    PluginHealth watch_;
     platform::UserService service_; // its answers go to those above
     platform::BusNameWatch name_;
     QObject guard_; // ends the window's calls
