@@ -14,18 +14,18 @@ using platform::formatted;
 using platform::localized;
 using platform::UserService;
 
-PluginStarter::PluginStarter(World world, QString program, QString messages)
-    : world_(std::move(world)), program_(std::move(program)), messages_(std::move(messages)) {}
+PluginStarter::PluginStarter(SystemCalls system, QString program, QString messages)
+    : system_(std::move(system)), program_(std::move(program)), messages_(std::move(messages)) {}
 
 void PluginStarter::start(std::function<void()> failed) {
     error_.clear();
-    world_.askService([this, failed = std::move(failed)](const UserService::State& state) {
+    system_.askService([this, failed = std::move(failed)](const UserService::State& state) {
         if (!state.isInstalled) {
             startProgram(failed);
             return;
         }
         QNLog(qnlog_user, "Starting the service %s", serviceName);
-        world_.startService([this, failed](const QString& error) {
+        system_.startService([this, failed](const QString& error) {
             error_ = error;
             if (!error.isEmpty())
                 failed();
@@ -36,20 +36,20 @@ void PluginStarter::start(std::function<void()> failed) {
 void PluginStarter::startProgram(const std::function<void()>& failed) {
     QNLog(qnlog_user, "Starting the plug-in %@", program_);
     error_ = QFileInfo(program_).isExecutable()
-                 ? world_.startProgram(program_, messages_)
+                 ? system_.startProgram(program_, messages_)
                  : localized(QStringLiteral("The program is missing or not executable."));
     if (!error_.isEmpty())
         failed();
 }
 
 void PluginStarter::askWhetherItStarts(std::function<void(bool)> answer) const {
-    world_.askService([answer = std::move(answer)](const UserService::State& state) {
+    system_.askService([answer = std::move(answer)](const UserService::State& state) {
         answer(state.isStarting());
     });
 }
 
 void PluginStarter::describe(std::function<void(const QString&)> answer) const {
-    world_.askService([this, answer = std::move(answer)](const UserService::State& state) {
+    system_.askService([this, answer = std::move(answer)](const UserService::State& state) {
         answer(state.isInstalled ? describeService(state) : describeProgram());
     });
 }

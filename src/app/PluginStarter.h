@@ -11,8 +11,8 @@
 /// thread only.
 class PluginStarter {
   public:
-    /// What it does in the world; tests replace it.
-    struct World {
+    /// What it does in the system; tests replace it.
+    struct SystemCalls {
         std::function<void(std::function<void(const platform::UserService::State&)> answer)>
             askService;
         std::function<void(std::function<void(const QString& error)> answer)> startService;
@@ -24,7 +24,7 @@ class PluginStarter {
 
     /// `program` is the one in the bundle, which may be missing; `messages` the file that takes
     /// what it prints, or nothing.
-    PluginStarter(World world, QString program, QString messages);
+    PluginStarter(SystemCalls system, QString program, QString messages);
 
     /// Calls `failed`, at once or later, when it cannot be started. That it has been started does
     /// not say that it works.
@@ -42,7 +42,7 @@ class PluginStarter {
     QString describeService(const platform::UserService::State& state) const;
     QString describeProgram() const;
 
-    const World world_;
+    const SystemCalls system_;
     const QString program_;
     const QString messages_;
     QString error_; // of the last start

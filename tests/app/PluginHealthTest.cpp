@@ -23,7 +23,7 @@ const UserService::State notInstalled;
 const UserService::State stopped{true, "loaded", "inactive"};
 const UserService::State starting{true, "loaded", "activating"};
 
-/// A watch in a world that a test makes. Time passes as the test says.
+/// A watch in a system that a test makes. Time passes as the test says.
 class PluginHealthTest : public testing::Test {
   protected:
     void pass(std::chrono::milliseconds time) {
