@@ -36,20 +36,20 @@ class WindowedProcesses final : public ProcessView {
 } // namespace
 
 std::shared_ptr<ApplicationScan> ApplicationScan::live() {
-    return std::make_shared<ApplicationScan>(Surroundings{
+    return std::make_shared<ApplicationScan>(Environment{
         DesktopEntries::usualFolders(), DesktopEnvironment::current(platform::messageLanguage()),
         SessionOfUser::current()});
 }
 
-ApplicationScan::ApplicationScan(Surroundings surroundings, std::unique_ptr<ProcessView> processes)
-    : surroundings_(std::move(surroundings))
+ApplicationScan::ApplicationScan(Environment environment, std::unique_ptr<ProcessView> processes)
+    : environment_(std::move(environment))
     , processes_(processes != nullptr ? std::move(processes) : std::make_unique<ProcessView>()) {}
 
 std::vector<ApplicationIdentity> ApplicationScan::running(const std::set<pid_t>& withWindows) {
     prepare();
     refresh();
     auto applications = regularApplications(*entries_, WindowedProcesses(*processes_, withWindows),
-                                            surroundings_.session);
+                                            environment_.session);
     standForOurselves(applications);
     return applications;
 }
@@ -114,6 +114,6 @@ void ApplicationScan::refresh() {
 void ApplicationScan::prepare() {
     if (entries_)
         return;
-    entries_.emplace(surroundings_.folders, surroundings_.desktop, files_);
+    entries_.emplace(environment_.folders, environment_.desktop, files_);
     resolver_.emplace(*entries_, *processes_);
 }

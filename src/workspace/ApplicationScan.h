@@ -24,7 +24,7 @@ class DispatchQueue;
 /// One thread at a time, which need not be the main one.
 class ApplicationScan {
   public:
-    struct Surroundings {
+    struct Environment {
         std::vector<std::string> folders; ///< of desktop entries, in the order of search
         DesktopEnvironment desktop;
         SessionOfUser session;
@@ -34,7 +34,7 @@ class ApplicationScan {
     /// environment.
     static std::shared_ptr<ApplicationScan> live();
 
-    explicit ApplicationScan(Surroundings surroundings,
+    explicit ApplicationScan(Environment environment,
                              std::unique_ptr<ProcessView> processes = nullptr);
 
     /// Has running() follow the desktop entries from now on: when they may have changed, `changed`
@@ -57,7 +57,7 @@ class ApplicationScan {
     void refresh();
     void standForOurselves(std::vector<ApplicationIdentity>& applications) const;
 
-    const Surroundings surroundings_;
+    const Environment environment_;
     const ProgramFiles files_;
     const std::unique_ptr<ProcessView> processes_;
     std::optional<DesktopEntries> entries_; // from the first question on
