@@ -64,8 +64,8 @@ std::vector<std::vector<std::string>> playersIn(const fs::path& folder, std::siz
 }
 
 /// A display high enough for every program's controls, and programs that play.
-struct Surroundings {
-    explicit Surroundings(std::size_t programs)
+struct Dependencies {
+    explicit Dependencies(std::size_t programs)
         : desktop("1000x7000", playersIn(folder.path(), programs)) {}
 
     support::PrivateFolder folder;
@@ -74,7 +74,7 @@ struct Surroundings {
 
 template <int programs>
 std::shared_ptr<void> makeDesktop() {
-    return std::make_shared<Surroundings>(programs);
+    return std::make_shared<Dependencies>(programs);
 }
 
 constexpr std::uint32_t width = 920;

@@ -150,9 +150,9 @@ void MVAppController::makeWindow() {
     colorTiles();
     connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVAppController::colorTiles);
     volumeController_ =
-        std::make_unique<AppVolumeController>(AppVolumeController::sharedSurroundings());
+        std::make_unique<AppVolumeController>(AppVolumeController::sharedDependencies());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due
-    window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedSurroundings(*volumeController_));
+    window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedDependencies(*volumeController_));
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
@@ -163,7 +163,7 @@ void MVAppController::makeWindow() {
 }
 
 void MVAppController::serveBus() {
-    control_ = std::make_unique<ControlService>(ControlService::Surroundings{
+    control_ = std::make_unique<ControlService>(ControlService::Dependencies{
         *volumeController_, MVIgnoredApps::sharedInstance(), UserDefaults::standard(),
         [this] { applicationShouldHandleReopen(window_->isVisible(), {}); }});
     instance_->serve(control_.get());
@@ -193,7 +193,7 @@ void MVAppController::connectPlugins() {
     comm.setAppDisconnectCallback(&updateCallback);
     pluginProblems_ = std::make_unique<PluginProblems>(
         *platform::RunLoop::current(),
-        PluginProblems::Surroundings{
+        PluginProblems::Dependencies{
             comm, *window_,
             [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
             [this](const QString& title, const QString& text) {

@@ -15,13 +15,13 @@ constexpr int mostExtensions = 2; // systemd waits 3 s before it tries again
 
 } // namespace
 
-PluginHealth::PluginHealth(platform::RunLoop& loop, Surroundings surroundings)
-    : surroundings_(std::move(surroundings))
+PluginHealth::PluginHealth(platform::RunLoop& loop, Dependencies dependencies)
+    : dependencies_(std::move(dependencies))
     , review_(loop, [this] { review(); })
     , patience_(loop, [this] { endOfPatience(); }) {}
 
 void PluginHealth::begin() {
-    if (!surroundings_.serveSocket()) {
+    if (!dependencies_.serveSocket()) {
         setProblem(Problem::noSocket);
         patience_.start(socketPause);
         return;
@@ -32,9 +32,9 @@ void PluginHealth::begin() {
 }
 
 PluginHealth::Presence PluginHealth::presence() const {
-    if (surroundings_.isConnected())
+    if (dependencies_.isConnected())
         return Presence::connected;
-    return surroundings_.isOnTheBus() ? Presence::onTheBus : Presence::none;
+    return dependencies_.isOnTheBus() ? Presence::onTheBus : Presence::none;
 }
 
 void PluginHealth::review() {
@@ -75,7 +75,7 @@ void PluginHealth::endOfPatience() {
 }
 
 void PluginHealth::lookWhetherItStarts() {
-    surroundings_.starter.askWhetherItStarts([this](bool isStarting) {
+    dependencies_.starter.askWhetherItStarts([this](bool isStarting) {
         if (presence_ != Presence::none || patience_.isActive())
             return; // it has come, or gone anew, meanwhile
         if (isStarting && extensions_++ < mostExtensions)
@@ -96,7 +96,7 @@ void PluginHealth::start() {
     extensions_ = 0;
     setProblem(Problem::starting);
     waitAndSee();
-    surroundings_.starter.start([this] {
+    dependencies_.starter.start([this] {
         if (problem_ != Problem::starting)
             return;
         patience_.stop();
@@ -106,5 +106,5 @@ void PluginHealth::start() {
 
 void PluginHealth::setProblem(Problem problem) {
     if (std::exchange(problem_, problem) != problem)
-        surroundings_.show(problem);
+        dependencies_.show(problem);
 }

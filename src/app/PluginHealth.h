@@ -26,7 +26,7 @@ class PluginHealth {
     };
 
     /// All of it must outlive the watch.
-    struct Surroundings {
+    struct Dependencies {
         std::function<bool()> isConnected;
         std::function<bool()> isOnTheBus;
         std::function<bool()> serveSocket; ///< false when that fails
@@ -34,7 +34,7 @@ class PluginHealth {
         std::function<void(Problem)> show; ///< called when the problem changes
     };
 
-    PluginHealth(platform::RunLoop& loop, Surroundings surroundings);
+    PluginHealth(platform::RunLoop& loop, Dependencies dependencies);
 
     /// Serves the socket and begins to watch. Where serving fails, it is tried again every 5 s.
     void begin();
@@ -60,7 +60,7 @@ class PluginHealth {
     void start();
     void setProblem(Problem problem);
 
-    const Surroundings surroundings_;
+    const Dependencies dependencies_;
     Problem problem_ = Problem::none;
     std::optional<Presence> presence_; // nothing before the first look
     int extensions_ = 0;               // of patience, while systemd is about to start the service

@@ -91,20 +91,20 @@ ProblemBar::Content contentFor(Problem problem) {
 
 } // namespace
 
-PluginProblems::PluginProblems(platform::RunLoop& loop, Surroundings surroundings)
-    : surroundings_(std::move(surroundings))
+PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencies)
+    : dependencies_(std::move(dependencies))
     , starter_({[this](auto answer) { service_.ask(std::move(answer)); },
                 [this](auto answer) { service_.start(std::move(answer)); },
                 &platform::startDetached},
                programFile(), messagesFile())
-    , watch_(loop, {[this] { return surroundings_.comm.isAnybodyConnected(); },
+    , watch_(loop, {[this] { return dependencies_.comm.isAnybodyConnected(); },
                     [this] { return name_.isOwned(); }, [this] { return serveSocket(); }, starter_,
                     [this](Problem problem) { show(problem); }})
     , service_(QString::fromLatin1(PluginStarter::serviceName), platform::sessionBus())
     , name_(QStringLiteral("com.quarnel.Tonvale.Plugin"), [this] { watch_.changed(); }) {
-    QObject::connect(&surroundings_.window, &VolumeWindow::helpWanted, &guard_,
+    QObject::connect(&dependencies_.window, &VolumeWindow::helpWanted, &guard_,
                      [this] { watch_.help(); });
-    QObject::connect(&surroundings_.window, &VolumeWindow::detailsWanted, &guard_,
+    QObject::connect(&dependencies_.window, &VolumeWindow::detailsWanted, &guard_,
                      [this] { tellDetails(); });
     watch_.begin();
 }
@@ -113,7 +113,7 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Surroundings surrounding
 /// has them from here. Other threads may log something else meanwhile.
 bool PluginProblems::serveSocket() {
     LogListener listener;
-    const bool isServed = surroundings_.serveSocket();
+    const bool isServed = dependencies_.serveSocket();
     const std::vector<LogLine> lines = listener.take();
     QStringList errors;
     for (const LogLine& line : lines) {
@@ -129,16 +129,16 @@ bool PluginProblems::serveSocket() {
 }
 
 void PluginProblems::show(Problem problem) {
-    surroundings_.window.showProblem(contentFor(problem));
+    dependencies_.window.showProblem(contentFor(problem));
 }
 
 void PluginProblems::tellDetails() {
     const QString title = localized(QStringLiteral("The audio plug-in"));
     if (watch_.problem() == Problem::noSocket) {
-        surroundings_.tell(
+        dependencies_.tell(
             title, formatted(localized(QStringLiteral("Socket: %@")), MVCommMainSocketPath()) +
                        QLatin1Char('\n') + socketErrors_);
         return;
     }
-    starter_.describe([this, title](const QString& text) { surroundings_.tell(title, text); });
+    starter_.describe([this, title](const QString& text) { dependencies_.tell(title, text); });
 }

@@ -23,7 +23,7 @@ class PluginProblems {
   public:
     /// All of it must outlive this. `serveSocket` answers false when that fails, and is called
     /// again when the person wants to try again; `tell` shows a title and a text.
-    struct Surroundings {
+    struct Dependencies {
         MVComm& comm;
         VolumeWindow& window;
         std::function<bool()> serveSocket;
@@ -31,7 +31,7 @@ class PluginProblems {
     };
 
     /// Serves the socket.
-    PluginProblems(platform::RunLoop& loop, Surroundings surroundings);
+    PluginProblems(platform::RunLoop& loop, Dependencies dependencies);
 
     /// A plug-in has connected or disconnected. Costs little.
     void connectionsChanged() { watch_.changed(); }
@@ -41,7 +41,7 @@ class PluginProblems {
     void show(PluginHealth::Problem problem);
     void tellDetails();
 
-    const Surroundings surroundings_;
+    const Dependencies dependencies_;
     QString socketErrors_; // of the last attempt to serve it
     PluginStarter starter_;
     PluginHealth watch_;

@@ -41,27 +41,27 @@ void log(const AppList::Change& change) {
 
 } // namespace
 
-AppVolumeController::Surroundings AppVolumeController::sharedSurroundings() {
+AppVolumeController::Dependencies AppVolumeController::sharedDependencies() {
     return {MVComm::sharedComm(), MVIgnoredApps::sharedInstance(), Workspace::shared(),
             platform::UserDefaults::standard(), platform::UserDefaults::standardPath()};
 }
 
-AppVolumeController::AppVolumeController(const Surroundings& surroundings)
-    : comm_(surroundings.comm)
+AppVolumeController::AppVolumeController(const Dependencies& dependencies)
+    : comm_(dependencies.comm)
     , commands_(comm_)
-    , ignoredApps_(surroundings.ignoredApps)
-    , workspace_(surroundings.workspace)
-    , defaults_(surroundings.defaults)
+    , ignoredApps_(dependencies.ignoredApps)
+    , workspace_(dependencies.workspace)
+    , defaults_(dependencies.defaults)
     , initTime_(
           std::chrono::duration<double>(platform::WallClock::now().time_since_epoch()).count())
     , appPrefs_(defaults_.value(PreferenceKeys::apps))
     , seen_(defaults_)
     , newApps_(seen_, appPrefs_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
-    , briefing_(defaults_, surroundings.preferencesFile,
+    , briefing_(defaults_, dependencies.preferencesFile,
                 [this](const NamedSetting& newer) { rememberedApps_.learn(newer); })
     , toBeFreed_(appPrefs_, ignoredApps_, commands_)
-    , copies_(defaults_, surroundings.preferencesFile, surroundings.copyFolders)
+    , copies_(defaults_, dependencies.preferencesFile, dependencies.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
     , merging_(*platform::RunLoop::current(), [this] { updateConnections(); })

@@ -51,7 +51,7 @@ class AppVolumeController {
         QStringLiteral("MVCollectionViewItemSliderChangedNotification");
 
     /// All of them must outlive the controller.
-    struct Surroundings {
+    struct Dependencies {
         MVComm& comm;
         MVIgnoredApps& ignoredApps;
         Workspace& workspace;
@@ -69,9 +69,9 @@ class AppVolumeController {
     };
 
     /// Those of the process.
-    static Surroundings sharedSurroundings();
+    static Dependencies sharedDependencies();
 
-    explicit AppVolumeController(const Surroundings& surroundings);
+    explicit AppVolumeController(const Dependencies& dependencies);
     ~AppVolumeController();
     AppVolumeController(const AppVolumeController&) = delete;
     AppVolumeController& operator=(const AppVolumeController&) = delete;

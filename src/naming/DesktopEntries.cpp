@@ -81,7 +81,7 @@ std::vector<std::string> DesktopEntries::usualFolders() {
 
 DesktopEntries::DesktopEntries(std::vector<std::string> folders, DesktopEnvironment environment,
                                const ProgramFiles& files)
-    : folders_(std::move(folders)), surroundings_(std::move(environment)), files_(files) {
+    : folders_(std::move(folders)), environment_(std::move(environment)), files_(files) {
     refresh();
 }
 
@@ -116,9 +116,9 @@ std::vector<std::string> DesktopEntries::readPaths() const {
 }
 
 void DesktopEntries::setLanguages(const std::string& languages) {
-    if (languages == surroundings_.languages)
+    if (languages == environment_.languages)
         return;
-    surroundings_.languages = languages;
+    environment_.languages = languages;
     known_.clear();
     refresh();
 }
@@ -147,7 +147,7 @@ bool DesktopEntries::scan(const std::string& path, const std::string& prefix) {
         changed = true;
         file.stamp = stamp;
         file.id = prefix + std::string(withoutEnding(name));
-        file.entry = readDesktopEntry(filePath, file.id, surroundings_, files_);
+        file.entry = readDesktopEntry(filePath, file.id, environment_, files_);
     }
     return changed;
 }

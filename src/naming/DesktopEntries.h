@@ -118,7 +118,7 @@ class DesktopEntries {
     static Found in(const Index& index, std::string_view key);
 
     const std::vector<std::string> folders_;
-    DesktopEnvironment surroundings_;
+    DesktopEnvironment environment_;
     const ProgramFiles& files_;
     std::uint64_t generation_ = 0;
 

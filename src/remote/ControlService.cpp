@@ -45,17 +45,17 @@ constexpr const char* managerXml = R"(<interface name="org.freedesktop.DBus.Obje
 
 } // namespace
 
-ControlService::ControlService(Surroundings surroundings)
-    : surroundings_(std::move(surroundings))
+ControlService::ControlService(Dependencies dependencies)
+    : dependencies_(std::move(dependencies))
     , ignoredObserver_(MVIgnoredApps::didChangeNotification,
                        [this](const QVariant&) { publishing_.start(); })
-    , defaultVolumeObservation_(surroundings_.defaults.observe(PreferenceKeys::newAppVolume,
+    , defaultVolumeObservation_(dependencies_.defaults.observe(PreferenceKeys::newAppVolume,
                                                                [this] { publishing_.start(); })) {
     registerControlTypes();
     publishing_.setSingleShot(true);
     publishing_.setInterval(0);
     QObject::connect(&publishing_, &QTimer::timeout, &publishing_, [this] { publish(); });
-    surroundings_.controller.setObserver([this] {
+    dependencies_.controller.setObserver([this] {
         if (!publishing_.isActive())
             publishing_.start();
     });
@@ -63,7 +63,7 @@ ControlService::ControlService(Surroundings surroundings)
 }
 
 ControlService::~ControlService() {
-    surroundings_.controller.setObserver(nullptr);
+    dependencies_.controller.setObserver(nullptr);
 }
 
 QString ControlService::introspect(const QString& path) const {
@@ -72,7 +72,7 @@ QString ControlService::introspect(const QString& path) const {
                QLatin1String(InterfaceXml::mixer) + QStringLiteral("<node name=\"programs\"/>\n");
     if (path == ProgramPath::programs) {
         QString children;
-        for (const MVCommAppValue* const app : surroundings_.controller.apps())
+        for (const MVCommAppValue* const app : dependencies_.controller.apps())
             children += QStringLiteral("<node name=\"%1\"/>\n")
                             .arg(ProgramPath::lastPart(app->processName()));
         return children.isEmpty() ? QStringLiteral("\n") : children;
@@ -83,7 +83,7 @@ QString ControlService::introspect(const QString& path) const {
 }
 
 QDBusMessage ControlService::answer(const QDBusMessage& call) {
-    surroundings_.controller.catchUp();
+    dependencies_.controller.catchUp();
     const QDBusMessage answer =
         call.path() == ProgramPath::root ? answerRoot(call) : answerProgram(call);
     if (publishing_.isActive())
@@ -95,8 +95,8 @@ QDBusMessage ControlService::answerRoot(const QDBusMessage& call) {
     if (call.interface() == QLatin1String(managerInterface) &&
         call.member() == QLatin1String("GetManagedObjects"))
         return call.createReply(QVariant::fromValue(programs()));
-    return MixerInterface(surroundings_.controller, surroundings_.ignoredApps,
-                          surroundings_.showWindow)
+    return MixerInterface(dependencies_.controller, dependencies_.ignoredApps,
+                          dependencies_.showWindow)
         .answer(call);
 }
 
@@ -105,11 +105,11 @@ QDBusMessage ControlService::answerProgram(const QDBusMessage& call) {
     if (app == nullptr)
         return call.createErrorReply(QDBusError::UnknownObject,
                                      QStringLiteral("There is no such program"));
-    return ProgramInterface(surroundings_.controller, surroundings_.ignoredApps, *app).answer(call);
+    return ProgramInterface(dependencies_.controller, dependencies_.ignoredApps, *app).answer(call);
 }
 
 MVCommAppValue* ControlService::appAt(const QString& path) const {
-    const auto& apps = surroundings_.controller.apps();
+    const auto& apps = dependencies_.controller.apps();
     const auto found = std::ranges::find(
         apps, path, [](const MVCommAppValue* app) { return ProgramPath::of(app->processName()); });
     return found != apps.end() ? *found : nullptr;
@@ -117,8 +117,8 @@ MVCommAppValue* ControlService::appAt(const QString& path) const {
 
 BusTree ControlService::programs() const {
     BusTree tree;
-    for (MVCommAppValue* const app : surroundings_.controller.apps()) {
-        const ProgramInterface program(surroundings_.controller, surroundings_.ignoredApps, *app);
+    for (MVCommAppValue* const app : dependencies_.controller.apps()) {
+        const ProgramInterface program(dependencies_.controller, dependencies_.ignoredApps, *app);
         tree.insert(QDBusObjectPath(ProgramPath::of(app->processName())),
                     {{program.name(), program.properties()}});
     }
@@ -126,8 +126,8 @@ BusTree ControlService::programs() const {
 }
 
 QVariantMap ControlService::mixer() const {
-    return MixerInterface(surroundings_.controller, surroundings_.ignoredApps,
-                          surroundings_.showWindow)
+    return MixerInterface(dependencies_.controller, dependencies_.ignoredApps,
+                          dependencies_.showWindow)
         .properties();
 }
 

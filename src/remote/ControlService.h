@@ -21,7 +21,7 @@ class MVIgnoredApps;
 class ControlService final : public platform::BusObjects {
   public:
     /// All of these must outlive the object.
-    struct Surroundings {
+    struct Dependencies {
         AppVolumeController& controller;
         MVIgnoredApps& ignoredApps;
         platform::UserDefaults& defaults;
@@ -29,7 +29,7 @@ class ControlService final : public platform::BusObjects {
     };
 
     /// Becomes the controller's observer.
-    explicit ControlService(Surroundings surroundings);
+    explicit ControlService(Dependencies dependencies);
     ~ControlService() override;
 
     QString introspect(const QString& path) const override;
@@ -43,7 +43,7 @@ class ControlService final : public platform::BusObjects {
     QVariantMap mixer() const;
     void publish();
 
-    const Surroundings surroundings_;
+    const Dependencies dependencies_;
     ControlSignals signals_;
     QTimer publishing_;
     const platform::NotificationObserver ignoredObserver_;

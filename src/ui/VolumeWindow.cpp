@@ -83,8 +83,8 @@ void destroyAll(MVCollectionView::Items items) {
 
 } // namespace
 
-MVCollectionViewItem::Surroundings
-VolumeWindow::sharedSurroundings(AppVolumeController& controller) {
+MVCollectionViewItem::Dependencies
+VolumeWindow::sharedDependencies(AppVolumeController& controller) {
     return {controller,
             [](const QString& name) { MVIgnoredApps::sharedInstance().addCustomIgnore(name); },
             [] {
@@ -95,10 +95,10 @@ VolumeWindow::sharedSurroundings(AppVolumeController& controller) {
             [](const QString& name) { MVIgnoredApps::sharedInstance().removeCustomIgnore(name); }};
 }
 
-VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings)
+VolumeWindow::VolumeWindow(const MVCollectionViewItem::Dependencies& dependencies)
     : MVCustomWindow(makeContent())
     , history_(road(), [this] { updateMenu(); })
-    , surroundings_(surroundings)
+    , dependencies_(dependencies)
     , problemBar_(contentView().findChild<ProblemBar*>())
     , scrollView_(contentView().findChild<VolumeScrollView*>())
     , grid_(&scrollView_->grid())
@@ -119,7 +119,7 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
         for (const auto& item : grid_->items())
             item->updateControls();
     });
-    surroundings_.controller.setGestureObserver(
+    dependencies_.controller.setGestureObserver(
         {[this](const MVCommAppValue& app, int before, int after) {
              history_.volumeChanged(app.displayName(), before, after);
          },
@@ -127,19 +127,19 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Surroundings& surrounding
          [this](const MVCommAppValue& app, bool muted) {
              history_.muteChanged(app.displayName(), muted);
          }});
-    surroundings_.controller.setView(this);
+    dependencies_.controller.setView(this);
 }
 
 /// Ignoring is undone by the window, since its item has gone by then.
-MVCollectionViewItem::Surroundings VolumeWindow::surroundingsOfItems() {
-    MVCollectionViewItem::Surroundings surroundings = surroundings_;
-    surroundings.ignore = [this](const QString& process) { ignore(process); };
-    return surroundings;
+MVCollectionViewItem::Dependencies VolumeWindow::itemDependencies() {
+    MVCollectionViewItem::Dependencies dependencies = dependencies_;
+    dependencies.ignore = [this](const QString& process) { ignore(process); };
+    return dependencies;
 }
 
 void VolumeWindow::ignore(const QString& process) {
-    surroundings_.ignore(process);
-    if (!surroundings_.stopIgnoring)
+    dependencies_.ignore(process);
+    if (!dependencies_.stopIgnoring)
         return;
     history_.ignoredChanged(process, true);
     notice_->tell(
@@ -166,9 +166,9 @@ GestureHistory::Road VolumeWindow::road() {
             [this](const QString& process, bool isIgnored) {
                 notice_->hide();
                 if (isIgnored)
-                    surroundings_.ignore(process);
+                    dependencies_.ignore(process);
                 else
-                    surroundings_.stopIgnoring(process);
+                    dependencies_.stopIgnoring(process);
             }};
 }
 
@@ -243,8 +243,8 @@ void VolumeWindow::keepOnScreens() {
 }
 
 VolumeWindow::~VolumeWindow() {
-    surroundings_.controller.setGestureObserver({});
-    surroundings_.controller.setView(nullptr);
+    dependencies_.controller.setGestureObserver({});
+    dependencies_.controller.setView(nullptr);
 }
 
 void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
@@ -256,7 +256,7 @@ void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
     for (MVCommAppValue* const app : apps) {
         std::unique_ptr<MVCollectionViewItem>& item = kept[app];
         if (item == nullptr)
-            item = std::make_unique<MVCollectionViewItem>(surroundingsOfItems(), *app);
+            item = std::make_unique<MVCollectionViewItem>(itemDependencies(), *app);
         else
             item->updateControls();
         items.push_back(std::move(item));
@@ -296,7 +296,7 @@ void VolumeWindow::showProblem(const ProblemBar::Content& content) {
 void VolumeWindow::resizeEvent(QResizeEvent* event) {
     MVCustomWindow::resizeEvent(event);
     notice_->place();
-    const QSize corrected = surroundings_.controller.windowWillResize(insistedSize_).toSize();
+    const QSize corrected = dependencies_.controller.windowWillResize(insistedSize_).toSize();
     if (size() != insistedSize_ && size() != corrected)
         insistedSize_ = {}; // it has been resized since
     endOfResizing_.start();
@@ -318,7 +318,7 @@ void VolumeWindow::changeEvent(QEvent* event) {
 /// window manager may insist on it.
 void VolumeWindow::snap() {
     constexpr int mostCorrections = 3;
-    const QSize wanted = surroundings_.controller.windowWillResize(size()).toSize();
+    const QSize wanted = dependencies_.controller.windowWillResize(size()).toSize();
     if (drag().isUnderWay() || wanted == size() || isMaximized() || isFullScreen())
         return;
     if (size() != insistedSize_)

@@ -25,11 +25,11 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
 
   public:
     /// Becomes the view of the items' controller, which must outlive the window.
-    explicit VolumeWindow(const MVCollectionViewItem::Surroundings& surroundings);
+    explicit VolumeWindow(const MVCollectionViewItem::Dependencies& dependencies);
     ~VolumeWindow() override;
 
     /// Those of the process.
-    static MVCollectionViewItem::Surroundings sharedSurroundings(AppVolumeController& controller);
+    static MVCollectionViewItem::Dependencies sharedDependencies(AppVolumeController& controller);
 
     void appsWillChange() override {}
     void appsDidChange(const QList<MVCommAppValue*>& apps) override;
@@ -61,7 +61,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void changeEvent(QEvent* event) override;
 
   private:
-    MVCollectionViewItem::Surroundings surroundingsOfItems();
+    MVCollectionViewItem::Dependencies itemDependencies();
     GestureHistory::Road road();
     MVCollectionViewItem* itemOf(const QString& program) const;
     void ignore(const QString& process);
@@ -74,7 +74,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void updateHint();
 
     GestureHistory history_;
-    const MVCollectionViewItem::Surroundings surroundings_;
+    const MVCollectionViewItem::Dependencies dependencies_;
     ProblemBar* const problemBar_;
     VolumeScrollView* const scrollView_;
     MVCollectionView* const grid_;

@@ -34,7 +34,7 @@ class RememberingWindowTest : public PreferencesFixture {
     void startApplication() {
         model_.emplace(own_);
         AppVolumeController& controller = model_->controller;
-        window_.emplace(MVCollectionViewItem::Surroundings{
+        window_.emplace(MVCollectionViewItem::Dependencies{
             controller,
             [this](const QString& ignored) { model_->ignoredApps.addCustomIgnore(ignored); },
             [] { return false; }, [](float) {}});

@@ -21,7 +21,7 @@ namespace {
 class AppVolumeSavingTest : public testing::Test {
   protected:
     void start(const PreferenceCopies::Folders& folders = PreferenceCopies::standardFolders()) {
-        controller_.emplace(AppVolumeController::Surroundings{
+        controller_.emplace(AppVolumeController::Dependencies{
             model_.comm, model_.ignoredApps, model_.workspace, defaults_, file_, folders});
     }
 

@@ -103,9 +103,9 @@ class Situation::Reader {
     }
 
     void readSituation() {
-        situation_.surroundings_.languages = take("language", situation_.surroundings_.languages);
+        situation_.environment_.languages = take("language", situation_.environment_.languages);
         if (const std::string desktops = take("desktops"); !desktops.empty())
-            situation_.surroundings_.desktops = parts(desktops, ';');
+            situation_.environment_.desktops = parts(desktops, ';');
         std::ranges::copy(parts(take("running"), ';'), std::back_inserter(situation_.running_));
         if (take("about").empty())
             fail("does not say what it is about");
@@ -216,7 +216,7 @@ Situation::Situation(const std::filesystem::path& session, const std::filesystem
     reader.read(file);
     entries_ = std::make_unique<DesktopEntries>(
         std::vector{(folder_.path() / "user").string(), (folder_.path() / "system").string()},
-        surroundings_, files_);
+        environment_, files_);
 }
 
 Situation::Files::Files()

@@ -60,7 +60,7 @@ class Situation {
     const support::PrivateFolder folder_;
     Files files_;
     PlainProcesses processes_;
-    DesktopEnvironment surroundings_;
+    DesktopEnvironment environment_;
     std::unique_ptr<DesktopEntries> entries_;
     std::vector<Question> questions_;
     std::vector<std::string> running_;

@@ -59,7 +59,7 @@ class VolumeWindowFixture : public testing::Test {
     platform::RunLoopNotifier notifier_{loop_};
     platform::MainQueueService mainQueue_{loop_};
     support::VolumeModel model_;
-    VolumeWindow window_{MVCollectionViewItem::Surroundings{
+    VolumeWindow window_{MVCollectionViewItem::Dependencies{
         model_.controller,
         [this](const QString& name) { model_.ignoredApps.addCustomIgnore(name); },
         [] { return false; }, [](float) {},

@@ -39,7 +39,7 @@ class WorkspaceTest : public testing::Test {
 
     void begin() {
         auto scan = std::make_shared<ApplicationScan>(
-            ApplicationScan::Surroundings{{entries_}, {"de_DE", {}}, SessionOfUser::current()});
+            ApplicationScan::Environment{{entries_}, {"de_DE", {}}, SessionOfUser::current()});
         workspace_.emplace(loop_, std::move(scan), QDBusConnection("no such bus"));
         workspace_->setTileColors({Qt::yellow, Qt::black});
         workspace_->setRunningApplicationsHandler([this] { ++changes_; });

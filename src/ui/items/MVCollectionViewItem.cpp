@@ -57,10 +57,10 @@ QString withoutMnemonic(QString text) {
 
 } // namespace
 
-MVCollectionViewItem::MVCollectionViewItem(const Surroundings& surroundings, MVCommAppValue& app,
+MVCollectionViewItem::MVCollectionViewItem(const Dependencies& dependencies, MVCommAppValue& app,
                                            QWidget* parent)
     : MVCollectionItemBackgroundView(parent)
-    , surroundings_(surroundings)
+    , dependencies_(dependencies)
     , app_(&app)
     , iconView_(new MVCollectionViewImageView(this))
     , label_(new MVCollectionViewTextField(this))
@@ -124,10 +124,10 @@ void MVCollectionViewItem::announceTextColor() {
 void MVCollectionViewItem::updateControls() {
     if (app_ == nullptr)
         return;
-    const int percent = surroundings_.controller.percentOf(*app_);
+    const int percent = dependencies_.controller.percentOf(*app_);
     slider_->showValue(VolumeNumbers::fractionForPercent(percent));
     slider_->setMuted(app_->muted());
-    const bool isControllable = surroundings_.controller.reasonNotControllable(*app_).isEmpty();
+    const bool isControllable = dependencies_.controller.reasonNotControllable(*app_).isEmpty();
     slider_->setEnabled(isControllable);
     muteView_->setControllable(isControllable);
     announceTextColor();
@@ -146,14 +146,14 @@ void MVCollectionViewItem::volumeSliderDidReleaseMouse() {
     if (app_ == nullptr)
         return;
     const float volume = slider_->floatValue();
-    surroundings_.controller.sliderReleased(*app_, static_cast<double>(volume));
+    dependencies_.controller.sliderReleased(*app_, static_cast<double>(volume));
     QNLog(qnlog_user, "'%@' volume changed to %.2f", MVCommLogText(displayName()), volume);
-    if (!app_->hasActivity() && surroundings_.mayBeep())
-        surroundings_.beepAtVolume(volume);
+    if (!app_->hasActivity() && dependencies_.mayBeep())
+        dependencies_.beepAtVolume(volume);
 }
 
 void MVCollectionViewItem::wasMuted() {
-    surroundings_.controller.appWasMuted(*app_);
+    dependencies_.controller.appWasMuted(*app_);
     slider_->setMuted(app_->muted());
     announceTextColor();
 }
@@ -170,7 +170,7 @@ void MVCollectionViewItem::ignore() {
     if (app_ == nullptr)
         return;
     const QString process = app_->processName(); // the record goes meanwhile
-    surroundings_.ignore(process);
+    dependencies_.ignore(process);
 }
 
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
@@ -205,13 +205,13 @@ QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (!reason.isEmpty() && (isSlider || muteView_->geometry().contains(place)))
         return reason;
     if (isSlider)
-        return formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_));
+        return formatted(QStringLiteral("%d %%"), dependencies_.controller.percentOf(*app_));
     const QString text = description();
     return text.isEmpty() ? label_->text() : label_->text() + QLatin1Char('\n') + text;
 }
 
 QString MVCollectionViewItem::description() const {
-    return app_ != nullptr ? lines({app_->path(), surroundings_.controller.whyNamed(*app_),
+    return app_ != nullptr ? lines({app_->path(), dependencies_.controller.whyNamed(*app_),
                                     reasonNotControllable()})
                            : QString();
 }
@@ -220,7 +220,7 @@ QString MVCollectionViewItem::state() const {
     if (app_ == nullptr)
         return {};
     QStringList states{
-        formatted(QStringLiteral("%d %%"), surroundings_.controller.percentOf(*app_))};
+        formatted(QStringLiteral("%d %%"), dependencies_.controller.percentOf(*app_))};
     if (app_->hasActivity())
         states += localized(QStringLiteral("playing"));
     if (app_->muted())
@@ -229,7 +229,7 @@ QString MVCollectionViewItem::state() const {
 }
 
 QString MVCollectionViewItem::reasonNotControllable() const {
-    return app_ != nullptr ? shownText(surroundings_.controller.reasonNotControllable(*app_))
+    return app_ != nullptr ? shownText(dependencies_.controller.reasonNotControllable(*app_))
                            : QString();
 }
 

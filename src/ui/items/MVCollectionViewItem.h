@@ -31,7 +31,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
 
   public:
     /// What an item needs of the rest of the program. All of it must outlive the item.
-    struct Surroundings {
+    struct Dependencies {
         AppVolumeController& controller;
         std::function<void(const QString& processName)> ignore;
         std::function<bool()> mayBeep;                  ///< whether the person wants sample sounds
@@ -40,7 +40,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
         std::function<void(const QString& processName)> stopIgnoring = {};
     };
 
-    MVCollectionViewItem(const Surroundings& surroundings, MVCommAppValue& app,
+    MVCollectionViewItem(const Dependencies& dependencies, MVCommAppValue& app,
                          QWidget* parent = nullptr);
     ~MVCollectionViewItem() override;
 
@@ -102,7 +102,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     void activityCameOrWent(bool hasActivity);
     void announceTextColor();
 
-    const Surroundings surroundings_;
+    const Dependencies dependencies_;
     const QPointer<MVCommAppValue> app_;
     MVCollectionViewImageView* const iconView_;
     MVCollectionViewTextField* const label_;

@@ -35,7 +35,7 @@ class GridTest : public testing::Test {
         MVCollectionView::Items items;
         for (MVCommAppValue* const app : model_.controller.apps())
             items.push_back(std::make_unique<MVCollectionViewItem>(
-                MVCollectionViewItem::Surroundings{model_.controller, {}, [] { return false; }, {}},
+                MVCollectionViewItem::Dependencies{model_.controller, {}, [] { return false; }, {}},
                 *app));
         grid.setItems(std::move(items));
     }

@@ -38,7 +38,7 @@ class ItemTest : public testing::Test {
     void show(MVCommAppValue& app) {
         app_ = &app;
         item_ = std::make_unique<MVCollectionViewItem>(
-            MVCollectionViewItem::Surroundings{
+            MVCollectionViewItem::Dependencies{
                 model_.controller, [this](const QString& name) { ignored_ = name; },
                 [this] { return mayBeep_; }, [this](float volume) { beeps_.push_back(volume); }},
             app);
