@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/application/ApplicationReports.h"
+#include "plugin/connection/ApplicationReports.h"
 #include "plugin/effects/SoundEffects.h"
 #include "plugin/host/PluginStatus.h"
 #include "plugin/identity/ProgramIdentifier.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/application/ApplicationReports.h"
+#include "plugin/connection/ApplicationReports.h"
 #include "plugin/memory/PreferencesWatch.h"
 #include "plugin/memory/RememberedVolumes.h"
 #include "plugin/volume/VolumeKeeper.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/application/AppConnection.h"
+#include "plugin/connection/AppConnection.h"
 #include "plugin/identity/ProgramProcess.h"
 #include "plugin/programs/ProgramLife.h"
 #include "plugin/volume/StreamVolume.h"

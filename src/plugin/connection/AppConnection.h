@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommMessages.h"
-#include "plugin/application/CommandReader.h"
+#include "plugin/connection/CommandReader.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "plugin/application/CommandReader.h"
+#include "plugin/connection/CommandReader.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "plugin/application/AppConnection.h"
+#include "plugin/connection/AppConnection.h"
 
 #include "comm/MVCommLogLimit.h"
 #include "comm/MVCommSocketPath.h"
