@@ -51,8 +51,8 @@ PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
 }
 
 PluginHost::~PluginHost() {
-    for (const auto& [id, voice] : voices_)
-        voice.stream->finish();
+    for (const auto& [id, entry] : streams_)
+        entry.stream->finish();
     server_.serveUntil([this] { return writer_.settle(); });
     forgetServer();
 }
@@ -92,9 +92,9 @@ void PluginHost::serverLost() {
 
 void PluginHost::forgetServer() {
     levels_.detach();
-    for (auto& [id, voice] : voices_)
-        release(voice);
-    voices_.clear();
+    for (auto& [id, entry] : streams_)
+        release(entry);
+    streams_.clear();
     writer_.clear();
     while (!clients_.empty())
         dropClient(clients_.begin()->first);
@@ -108,18 +108,18 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
     effects_.globalAdded(*server_.registry(), global);
     if (global.kind == AudioGlobal::Kind::node && graph_.isOutputStream(global.id)) {
         AudioStream::Listener& listener = *this;
-        voices_[global.id].stream = std::make_unique<AudioStream>(
+        streams_[global.id].stream = std::make_unique<AudioStream>(
             loop_, server_, writer_, global.id,
             server_.hasListedAll() ? AudioStream::Origin::appeared : AudioStream::Origin::existed,
             listener);
         watchOwner(global.id);
     } else if (global.kind == AudioGlobal::Kind::client) {
         clients_[global.id].appeared = platform::ticksSinceBoot();
-        for (const auto& [id, voice] : voices_)
+        for (const auto& [id, entry] : streams_)
             watchOwner(id);
     } else if (tellsOfSessionManager(global) && server_.hasListedAll()) {
-        for (const auto& [id, voice] : voices_)
-            voice.stream->uphold();
+        for (const auto& [id, entry] : streams_)
+            entry.stream->uphold();
     }
     levels_.review();
 }
@@ -127,10 +127,10 @@ void PluginHost::globalAdded(const AudioGlobal& global) {
 void PluginHost::globalRemoved(std::uint32_t id) {
     graph_.remove(id);
     effects_.globalRemoved(id);
-    const auto voice = voices_.find(id);
-    if (voice != voices_.end()) {
-        release(voice->second);
-        voices_.erase(voice);
+    const auto entry = streams_.find(id);
+    if (entry != streams_.end()) {
+        release(entry->second);
+        streams_.erase(entry);
     }
     dropClient(id);
     levels_.review();
@@ -152,15 +152,15 @@ void PluginHost::watchOwner(std::uint32_t stream) {
 }
 
 void PluginHost::clientDescribed(AudioClient& client) {
-    for (auto& [id, voice] : voices_) {
+    for (auto& [id, entry] : streams_) {
         if (graph_.clientOf(id) == client.id())
-            identify(voice);
+            identify(entry);
     }
     levels_.review();
 }
 
 void PluginHost::streamDescribed(AudioStream& stream) {
-    identify(voices_.at(stream.id()));
+    identify(streams_.at(stream.id()));
     levels_.review();
 }
 
@@ -169,7 +169,7 @@ void PluginHost::streamStateChanged(AudioStream&) {
 }
 
 void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
-    const Voice& changed = voices_.at(stream.id());
+    const StreamEntry& changed = streams_.at(stream.id());
     Program* const program = changed.program;
     if (program == nullptr)
         return;
@@ -180,30 +180,30 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
 }
 
 /// The streams of one process may differ, but its further processes are the same item to a person.
-void PluginHost::haveOthersFollow(const Voice& changed, const WantedVolume& change) {
+void PluginHost::haveOthersFollow(const StreamEntry& changed, const WantedVolume& change) {
     if (!changed.player || changed.program->isLeftAlone())
         return;
     WantedVolume all = change;
     if (all.gain)
         all.gain = std::min(*all.gain, *kFullVolume.gain);
-    for (const auto& [id, voice] : voices_) {
-        if (voice.program == changed.program && voice.player &&
-            !voice.player->process.isSameProcess(changed.player->process))
-            voice.stream->want(all);
+    for (const auto& [id, entry] : streams_) {
+        if (entry.program == changed.program && entry.player &&
+            !entry.player->process.isSameProcess(changed.player->process))
+            entry.stream->want(all);
     }
 }
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
-    const Voice& voice = voices_.at(stream.id());
-    const bool isPage = voice.player && voice.player->showsPages;
-    if (voice.program != nullptr)
-        memory_.found(*voice.program, isPage ? WantedVolume{} : found);
+    const StreamEntry& entry = streams_.at(stream.id());
+    const bool isPage = entry.player && entry.player->showsPages;
+    if (entry.program != nullptr)
+        memory_.found(*entry.program, isPage ? WantedVolume{} : found);
 }
 
-void PluginHost::identify(Voice& voice) {
-    if (voice.orphaned)
+void PluginHost::identify(StreamEntry& entry) {
+    if (entry.orphaned)
         return;
-    AudioStream& stream = *voice.stream;
+    AudioStream& stream = *entry.stream;
     const auto client = graph_.clientOf(stream.id());
     const bool isSoundEffect = effects_.program() != nullptr && isNotification(stream);
     const auto player = isSoundEffect ? std::nullopt : playerOf(stream);
@@ -211,15 +211,15 @@ void PluginHost::identify(Voice& voice) {
     Program* const next = isSoundEffect ? effects_.program()
                           : player      ? &programs_.join(*player, *client)
                                         : nullptr;
-    Program* const last = std::exchange(voice.program, nullptr);
-    const auto lastPlayer = std::exchange(voice.player, player);
-    voice.orphaned = false; // if the last one has just ended
+    Program* const last = std::exchange(entry.program, nullptr);
+    const auto lastPlayer = std::exchange(entry.player, player);
+    entry.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
         last->remove(stream);
         stream.adopt({}); // what that finds is nobody's will
         stream.letGo();
     }
-    voice.program = next;
+    entry.program = next;
     stream.setKind(isSoundEffect                  ? StreamKind::notification
                    : player && player->showsPages ? StreamKind::page
                                                   : StreamKind::player);
@@ -237,19 +237,19 @@ void PluginHost::identify(Voice& voice) {
 void PluginHost::identifyAgain() {
     for (auto& [id, client] : clients_)
         client.identified = {};
-    std::vector<Voice*> moved;
-    for (auto& [id, voice] : voices_) {
-        if (voice.program == nullptr || !voice.player)
+    std::vector<StreamEntry*> moved;
+    for (auto& [id, entry] : streams_) {
+        if (entry.program == nullptr || !entry.player)
             continue;
-        const auto player = playerOf(*voice.stream);
-        if (player && player->process.name == voice.program->process().name)
+        const auto player = playerOf(*entry.stream);
+        if (player && player->process.name == entry.program->process().name)
             continue;
-        release(voice);
-        voice.stream->adopt({}); // what that finds is nobody's will
-        moved.push_back(&voice);
+        release(entry);
+        entry.stream->adopt({}); // what that finds is nobody's will
+        moved.push_back(&entry);
     }
-    for (Voice* const voice : moved)
-        identify(*voice);
+    for (StreamEntry* const entry : moved)
+        identify(*entry);
     programs_.rename([this](const ProgramProcess& process) {
         return programs_.disambiguated(identifier_.namedAgain(process));
     });
@@ -295,22 +295,22 @@ std::optional<StreamPlayer> PluginHost::named(const StreamEvidence& evidence) {
     return player;
 }
 
-void PluginHost::release(Voice& voice) {
-    Program* const program = std::exchange(voice.program, nullptr);
+void PluginHost::release(StreamEntry& entry) {
+    Program* const program = std::exchange(entry.program, nullptr);
     if (program == nullptr)
         return;
-    program->remove(*voice.stream);
+    program->remove(*entry.stream);
     reviewObstacle(*program);
 }
 
 void PluginHost::programGoes(Program& program) {
     if (&program == effects_.program())
         effects_.forgetProgram();
-    for (auto& [id, voice] : voices_) {
-        if (voice.program != &program)
+    for (auto& [id, entry] : streams_) {
+        if (entry.program != &program)
             continue;
-        voice.program = nullptr;
-        voice.orphaned = true;
+        entry.program = nullptr;
+        entry.orphaned = true;
     }
     levels_.review();
 }
@@ -330,7 +330,7 @@ void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& b
 }
 
 void PluginHost::streamObstacleChanged(AudioStream& stream) {
-    if (Program* const program = voices_.at(stream.id()).program)
+    if (Program* const program = streams_.at(stream.id()).program)
         reviewObstacle(*program);
 }
 

@@ -55,7 +55,7 @@ class PluginHost : private AudioServer::Listener,
 
   private:
     /// A stream and whose it is: nobody's until it is identified, and again when its process ended.
-    struct Voice {
+    struct StreamEntry {
         std::unique_ptr<AudioStream> stream;
         Program* program = nullptr;
         std::optional<StreamPlayer> player; // as which it joined the program
@@ -96,19 +96,19 @@ class PluginHost : private AudioServer::Listener,
     void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
-    void haveOthersFollow(const Voice& changed, const WantedVolume& change);
-    void identify(Voice& voice);
+    void haveOthersFollow(const StreamEntry& changed, const WantedVolume& change);
+    void identify(StreamEntry& entry);
     void identifyAgain();
     std::optional<StreamPlayer> playerOf(const AudioStream& stream);
     std::optional<StreamPlayer> named(const StreamEvidence& evidence);
     bool isNotification(const AudioStream& stream) const;
-    void release(Voice& voice);
+    void release(StreamEntry& entry);
 
     platform::RunLoop& loop_;
     const ApplicationReports reports_;
     AudioGraph graph_;
     std::map<std::uint32_t, Client> clients_;
-    std::map<std::uint32_t, Voice> voices_; // by node
+    std::map<std::uint32_t, StreamEntry> streams_; // by node
     ProgramIdentifier identifier_;
     ProgramTable programs_;
     SoundEffects effects_;
