@@ -69,7 +69,7 @@ PluginStatus PluginHost::status() const {
                                                                           memory_.of(*program),
                                                                           program->isConnected(),
                                                                           {},
-                                                                          program->isLeftAlone(),
+                                                                          program->isIgnored(),
                                                                           program->obstacle()});
         for (const AudioStream* const stream : program->streams())
             entry.streams.push_back({stream->id(), stream->isRunning(), stream->wanted(),
@@ -175,13 +175,13 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
         return;
     program->changedElsewhere(change);
     haveOthersFollow(changed, change);
-    if (program == effects_.program() && !program->isLeftAlone())
+    if (program == effects_.program() && !program->isIgnored())
         effects_.changedElsewhere();
 }
 
 /// The streams of one process may differ, but its further processes are the same item to a person.
 void PluginHost::haveOthersFollow(const StreamEntry& changed, const WantedVolume& change) {
-    if (!changed.player || changed.program->isLeftAlone())
+    if (!changed.player || changed.program->isIgnored())
         return;
     WantedVolume all = change;
     if (all.gain)

@@ -73,7 +73,7 @@ std::string programText(const ProgramStatus& program) {
            (process.path.empty() ? "path unknown" : platform::printableText(process.path)) + ", " +
            proofText(process.proof) + "): " + wantedText(program.wanted) +
            (program.remembered.isEmpty() ? "" : ", remembered " + textOf(program.remembered)) +
-           (program.leftAlone ? ", ignored" : "") +
+           (program.ignored ? ", ignored" : "") +
            (program.connected ? "" : ", the application does not know of it") +
            (program.obstacle.empty() ? "" : "; can't be set: " + program.obstacle) + "\n" +
            evidenceText(process);

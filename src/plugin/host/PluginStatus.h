@@ -25,8 +25,8 @@ struct ProgramStatus {
     WantedVolume remembered; ///< what the next program of its name will get, unless it is ignored
     bool connected = false;
     std::vector<StreamStatus> streams;
-    bool leftAlone = false; ///< it is ignored
-    std::string obstacle;   ///< why no volume of it can be set; empty when one can
+    bool ignored = false; ///< it is ignored
+    std::string obstacle; ///< why no volume of it can be set; empty when one can
 };
 
 struct PluginStatus {

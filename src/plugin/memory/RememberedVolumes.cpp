@@ -90,7 +90,7 @@ RememberedVolumes::read(Preferences reading, std::span<const Program> programs, 
             consequence.forNext = std::exchange(consequence.wanted, {});
         consequences.push_back(consequence);
     }
-    payDebts(programs);
+    clearPendingResets(programs);
     return consequences;
 }
 
@@ -128,7 +128,7 @@ RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationWord& word,
         outcome.consequences.back().restored =
             isMeeting && !word.news.contains(settingsKey(programs[i].name));
     }
-    payDebts(programs);
+    clearPendingResets(programs);
     return outcome;
 }
 
@@ -158,16 +158,16 @@ bool RememberedVolumes::isSilenced(const std::string& key) const {
     return std::ranges::any_of(commands_, [&](const Command& each) { return each.key == key; });
 }
 
-void RememberedVolumes::payDebts(std::span<const Program> programs) {
+void RememberedVolumes::clearPendingResets(std::span<const Program> programs) {
     for (const Program& program : programs)
-        owed_.erase(settingsKey(program.name));
+        pendingResets_.erase(settingsKey(program.name));
 }
 
 /// Of those that are ignored from now on, nothing counts any more but what we owe them.
 void RememberedVolumes::ignoreNewly(const Preferences& before) {
     if (preferences_.ignored == before.ignored)
         return;
-    auto keys = owed_;
+    auto keys = pendingResets_;
     for (const auto& [key, setting] : before.programs)
         keys.insert(key);
     for (const auto& [key, latest] : latest_)
@@ -175,7 +175,7 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
     for (const std::string& key : keys) {
         const std::string_view name = checkinNameOfKey(key);
         if (!isIgnored(name)) {
-            owed_.erase(key);
+            pendingResets_.erase(key);
             continue;
         }
         if (before.ignored.contains(name))
@@ -186,7 +186,7 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
         const bool isOurs =
             before.programs.contains(key) || (latest != latest_.end() && latest->second.ours);
         if (isOurs && !settingOf(wanted).isPlain())
-            owed_.insert(key);
+            pendingResets_.insert(key);
         latest_.erase(key);
     }
 }
@@ -273,7 +273,7 @@ RememberedVolumes::Consequence RememberedVolumes::consequenceFor(const Program& 
     Consequence consequence;
     consequence.ignored = isIgnored(program.name, program.former);
     if (consequence.ignored)
-        consequence.freed = owed_.contains(settingsKey(program.name));
+        consequence.reset = pendingResets_.contains(settingsKey(program.name));
     else if (before.isIgnored(program.name, program.former))
         consequence.wanted = of(program.name, program.former);
     else
@@ -351,8 +351,8 @@ WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name,
     return wanted;
 }
 
-bool RememberedVolumes::takeDebt(std::string_view name) {
-    return isIgnored(name) && owed_.erase(settingsKey(name)) > 0;
+bool RememberedVolumes::takePendingReset(std::string_view name) {
+    return isIgnored(name) && pendingResets_.erase(settingsKey(name)) > 0;
 }
 
 void RememberedVolumes::commanded(const Program& program, const WantedVolume& change,

@@ -27,7 +27,7 @@
 /// makes a setting of that when it gets to know it; until then it is a default, not a change.
 ///
 /// Of a program that is ignored nothing is remembered or touched. One that had been changed before
-/// is freed once: it goes to full volume, not muted. What was set in another mixer only stays.
+/// is reset once: it goes to full volume, not muted. What was set in another mixer only stays.
 class RememberedVolumes {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -53,7 +53,7 @@ class RememberedVolumes {
     /// What follows for a program from a reading.
     struct Consequence {
         bool ignored = false;
-        bool freed = false;    ///< it is to be freed, and nothing else
+        bool reset = false;    ///< it is to be reset, and nothing else
         WantedVolume wanted;   ///< what it is to have now; nothing when it stays as it is
         bool restored = false; ///< that is only remembered, and nobody has asked for it just now
         WantedVolume forNext;  ///< what only its next streams are to have
@@ -108,8 +108,8 @@ class RememberedVolumes {
     /// plays already, too.
     bool isNews(std::string_view name, TimePoint now) const;
 
-    /// Whether a program that comes now is ignored and yet to be freed, which this answer settles.
-    [[nodiscard]] bool takeDebt(std::string_view name);
+    /// Whether a program that comes now is ignored and yet to be reset, which this answer settles.
+    [[nodiscard]] bool takePendingReset(std::string_view name);
 
     /// The application has asked `program` for `change`.
     void commanded(const Program& program, const WantedVolume& change, TimePoint now);
@@ -150,7 +150,7 @@ class RememberedVolumes {
     void ignoreNewly(const Preferences& before);
     void updateLatest(const std::string& key, const ProgramSetting& setting);
     void forgetUnseen(const Preferences& before);
-    void payDebts(std::span<const Program> programs);
+    void clearPendingResets(std::span<const Program> programs);
     void forgetWhatIsWritten();
     void takeNews(const ApplicationWord& word, std::span<const Program> programs, TimePoint now);
     NamedSettings takeNewer();
@@ -171,7 +171,8 @@ class RememberedVolumes {
     Preferences preferences_;           // what counts
     std::map<std::string, Latest, std::less<>> latest_;
     std::map<std::string, TimePoint, std::less<>> news_; // when the application told them
-    std::set<std::string, std::less<>> owed_; // keys of the ignored that are yet to be freed
+    std::set<std::string, std::less<>>
+        pendingResets_; // keys of the ignored that are yet to be reset
     std::vector<Command> commands_;
     std::vector<Report> reports_;
 };

@@ -72,7 +72,7 @@ void VolumeMemory::added(Program& program) {
     const std::string& name = program.process().name;
     const std::string former = formerNameOf(program.process());
     if (remembered_.isIgnored(name, former))
-        program.leaveAlone(remembered_.takeDebt(name));
+        program.ignore(remembered_.takePendingReset(name));
     else
         program.recall(remembered_.of(name, former));
 }
@@ -86,7 +86,7 @@ void VolumeMemory::connected(const Program& program) {
 void VolumeMemory::commanded(const Program& program, const WantedVolume& change) {
     remembered_.commanded(describedFor(program), change, MonotonicClock::now());
     if (&program == effects_.program())
-        effects_.asked(program.isLeftAlone() ? change : program.wanted());
+        effects_.asked(program.isIgnored() ? change : program.wanted());
 }
 
 void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& before) {
@@ -128,11 +128,11 @@ void VolumeMemory::carryOut(const std::vector<RememberedVolumes::Consequence>& c
 
 void VolumeMemory::follow(Program& program, const RememberedVolumes::Consequence& consequence) {
     if (consequence.ignored) {
-        if (consequence.freed || !program.isLeftAlone())
-            leaveAlone(program, consequence.freed);
+        if (consequence.reset || !program.isIgnored())
+            ignore(program, consequence.reset);
         return;
     }
-    program.takeUp();
+    program.unignore();
     program.recall(consequence.forNext);
     if (!consequence.wanted.isEmpty())
         want(program, consequence.wanted,
@@ -145,8 +145,8 @@ void VolumeMemory::want(Program& program, const WantedVolume& change, WantReason
         effects_.asked(program.wanted());
 }
 
-void VolumeMemory::leaveAlone(Program& program, bool freed) {
-    program.leaveAlone(freed);
-    if (freed && &program == effects_.program())
+void VolumeMemory::ignore(Program& program, bool reset) {
+    program.ignore(reset);
+    if (reset && &program == effects_.program())
         effects_.asked(kFullVolume);
 }

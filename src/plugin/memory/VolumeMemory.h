@@ -72,7 +72,7 @@ class VolumeMemory {
     void carryOut(const std::vector<RememberedVolumes::Consequence>& consequences);
     void follow(Program& program, const RememberedVolumes::Consequence& consequence);
     void want(Program& program, const WantedVolume& change, WantReason reason);
-    void leaveAlone(Program& program, bool freed);
+    void ignore(Program& program, bool reset);
 
     ProgramTable& programs_;
     SoundEffects& effects_;

@@ -21,8 +21,8 @@ void Program::add(AudioStream& stream) {
     streams_.insert(&stream);
     // What one of several that played before us has is not the will for the others.
     const bool existed = stream.origin() == AudioStream::Origin::existed;
-    stream.adopt(existed && !leftAlone_ ? remembered_ : takeForNext());
-    if (leftAlone_)
+    stream.adopt(existed && !ignored_ ? remembered_ : takeForNext());
+    if (ignored_)
         stream.letGo();
 }
 
@@ -31,7 +31,7 @@ void Program::remove(AudioStream& stream) {
 }
 
 void Program::changedElsewhere(const WantedVolume& change) {
-    if (leftAlone_)
+    if (ignored_)
         return;
     const WantedVolume before = wanted_;
     wanted_.merge(change);
@@ -40,7 +40,7 @@ void Program::changedElsewhere(const WantedVolume& change) {
 }
 
 void Program::found(const WantedVolume& found) {
-    if (!leftAlone_)
+    if (!ignored_)
         wanted_.merge(found);
 }
 
@@ -50,19 +50,19 @@ void Program::recall(const WantedVolume& remembered) {
 }
 
 void Program::want(const WantedVolume& change, WantReason reason) {
-    if (!leftAlone_)
+    if (!ignored_)
         recall(change);
     for (AudioStream* const stream : streams_)
         stream->want(change, reason);
 }
 
-void Program::leaveAlone(bool freed) {
-    leftAlone_ = true;
+void Program::ignore(bool reset) {
+    ignored_ = true;
     wanted_ = {};
     remembered_ = {};
-    freesNext_ = freed && streams_.empty();
+    resetsNext_ = reset && streams_.empty();
     for (AudioStream* const stream : streams_) {
-        if (freed)
+        if (reset)
             stream->want(kFullVolume);
         else
             stream->adopt({});
@@ -70,16 +70,16 @@ void Program::leaveAlone(bool freed) {
     }
 }
 
-void Program::takeUp() {
-    if (!std::exchange(leftAlone_, false))
+void Program::unignore() {
+    if (!std::exchange(ignored_, false))
         return;
-    freesNext_ = false;
+    resetsNext_ = false;
     for (AudioStream* const stream : streams_)
         stream->adopt({});
 }
 
 WantedVolume Program::takeForNext() noexcept {
-    return std::exchange(freesNext_, false) ? kFullVolume : wanted_;
+    return std::exchange(resetsNext_, false) ? kFullVolume : wanted_;
 }
 
 bool Program::reviewObstacle() {

@@ -86,13 +86,13 @@ class Program : private AppConnection::Listener {
     void want(const WantedVolume& change, WantReason reason = WantReason::command);
 
     /// Has nothing wanted of the program from now on, nor anything taken over from elsewhere; only
-    /// the application's commands are still carried out. When `freed`, its streams, or else the
+    /// the application's commands are still carried out. When `reset`, its streams, or else the
     /// first one to come, go to full volume, not muted, before that.
-    void leaveAlone(bool freed);
+    void ignore(bool reset);
 
     /// Ends that, with nothing wanted.
-    void takeUp();
-    bool isLeftAlone() const noexcept { return leftAlone_; }
+    void unignore();
+    bool isIgnored() const noexcept { return ignored_; }
 
     /// What the next stream gets, which settles what is owed to it.
     [[nodiscard]] WantedVolume takeForNext() noexcept;
@@ -127,8 +127,8 @@ class Program : private AppConnection::Listener {
     WantedVolume wanted_;
     WantedVolume remembered_; // what was wanted before the present streams came, and commands since
     bool playing_ = false;
-    bool leftAlone_ = false;
-    bool freesNext_ = false; // the next stream is owed full volume, although it is left alone
+    bool ignored_ = false;
+    bool resetsNext_ = false; // the next stream is owed full volume, although it is left alone
     std::string obstacle_;
     ProgramLife life_;
     std::unique_ptr<AppConnection> connection_;

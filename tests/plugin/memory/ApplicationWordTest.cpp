@@ -159,7 +159,7 @@ TEST_F(ApplicationWordTest, IgnoredAndForgottenProgramsFollowTheWord) {
     read({50, false});
     programs_[0].wanted = both(50, false);
     const Preferences ignoring = says({50, false}, {{"player"}, {}});
-    EXPECT_TRUE(remembered_.told({ignoring}, programs_, clock_.now()).consequences[0].freed);
+    EXPECT_TRUE(remembered_.told({ignoring}, programs_, clock_.now()).consequences[0].reset);
     command(volume(30));
     restartApplication();
     EXPECT_TRUE(remembered_.told({ignoring}, programs_, clock_.now()).newer.empty());

@@ -116,17 +116,17 @@ TEST_F(RememberedVolumesTest, TheNewestOfThreeWins) {
 
 TEST_F(RememberedVolumesTest, AnIgnoredProgramThatWasChangedIsFreedOnce) {
     const IgnoredNames ignored{{"PLAYER"}, {}};
-    const auto freed = [this] {
+    const auto reset = [this] {
         EXPECT_TRUE(consequences_.at(0).ignored);
         EXPECT_EQ(consequences_[0].wanted, nothing);
-        return consequences_[0].freed;
+        return consequences_[0].reset;
     };
     read({40, false});
     EXPECT_EQ(read(says({40, false}, ignored)), nothing);
-    EXPECT_TRUE(freed());
+    EXPECT_TRUE(reset());
     read(says({30, false}, ignored));
-    EXPECT_FALSE(freed()) << "nothing of it is touched any more";
-    EXPECT_FALSE(remembered_.takeDebt("player"));
+    EXPECT_FALSE(reset()) << "nothing of it is touched any more";
+    EXPECT_FALSE(remembered_.takePendingReset("player"));
     EXPECT_EQ(remembered_.of("player"), nothing);
     EXPECT_EQ(changeElsewhere(volume(70)), std::nullopt);
     command(volume(100));
@@ -151,13 +151,13 @@ TEST_F(RememberedVolumesTest, OnlyWhatWeChangedIsFreed) {
         before();
         const RememberedVolumes asBefore = remembered_;
         read(says({}, ignored));
-        EXPECT_EQ(consequences_[0].freed, expected);
+        EXPECT_EQ(consequences_[0].reset, expected);
         // The same for a program that comes later.
         remembered_ = asBefore;
         programs_.clear();
         read(says({}, ignored));
-        EXPECT_EQ(remembered_.takeDebt("player"), expected);
-        EXPECT_FALSE(remembered_.takeDebt("player"));
+        EXPECT_EQ(remembered_.takePendingReset("player"), expected);
+        EXPECT_FALSE(remembered_.takePendingReset("player"));
     }
 }
 
@@ -165,7 +165,7 @@ TEST_F(RememberedVolumesTest, WhatIsIgnoredFromTheStartIsLeftAlone) {
     programs_.clear();
     read(says({40, false}, {{"player"}, {}}));
     EXPECT_EQ(remembered_.of("player"), nothing);
-    EXPECT_FALSE(remembered_.takeDebt("player")) << "that was long ago";
+    EXPECT_FALSE(remembered_.takePendingReset("player")) << "that was long ago";
     EXPECT_TRUE(remembered_.isIgnored("finder"));
 }
 
