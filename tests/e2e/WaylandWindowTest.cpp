@@ -157,7 +157,7 @@ class WaylandPointerTest : public WaylandWindowTest {
 
     /// Releases the button; true when the compositor has ended the resize, so that the program
     /// gets the mouse again.
-    bool letGo() const {
+    bool release() const {
         const std::size_t before = tonvale_->outputSize();
         hand({"mouseup", "1"});
         return waitUntil([&] { return isTraced("wl_pointer.enter", before); });
@@ -206,7 +206,7 @@ TEST_F(WaylandPointerTest, APullAtItsEdgeEndsOnWholeRows) {
             moveThrough(edge + QPoint(0, pull.way - 1), edge + QPoint(0, pull.way));
             return frame().height() == before.height() + pull.way;
         })) << state();
-        ASSERT_TRUE(letGo()) << state();
+        ASSERT_TRUE(release()) << state();
         rows += pull.more;
         ASSERT_TRUE(settlesAt({500, height(rows)})) << state();
     }

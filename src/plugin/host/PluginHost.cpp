@@ -217,7 +217,7 @@ void PluginHost::identify(StreamEntry& entry) {
     if (last != nullptr && last != next) {
         last->remove(stream);
         stream.adopt({}); // what that finds is nobody's will
-        stream.letGo();
+        stream.release();
     }
     entry.program = next;
     stream.setKind(isSoundEffect                  ? StreamKind::notification

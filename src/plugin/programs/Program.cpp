@@ -23,7 +23,7 @@ void Program::add(AudioStream& stream) {
     const bool existed = stream.origin() == AudioStream::Origin::existed;
     stream.adopt(existed && !ignored_ ? remembered_ : takeForNext());
     if (ignored_)
-        stream.letGo();
+        stream.release();
 }
 
 void Program::remove(AudioStream& stream) {
@@ -66,7 +66,7 @@ void Program::ignore(bool reset) {
             stream->want(kFullVolume);
         else
             stream->adopt({});
-        stream->letGo();
+        stream->release();
     }
 }
 

@@ -107,7 +107,7 @@ class AudioStream {
     void uphold();
 
     /// Upholds nothing any more, until the next adopt(). What was asked for is still brought about.
-    void letGo() noexcept { keeper_.letGo(); }
+    void release() noexcept { keeper_.release(); }
 
     /// The level of what the program plays, 0 to 1: 0 unless the stream runs. That is before the
     /// volume that a person wants, but after the program's own. Peaks in `measured` are those after

@@ -21,7 +21,7 @@ VolumeWrite VolumeKeeper::adopt(const WantedVolume& all, TimePoint now) {
     wanted_ = all;
     resting_ = {};
     adopted_ = true;
-    letGo_ = false;
+    isReleased_ = false;
     if (!props_)
         return write;
     VolumeWrite more = apply(now);
@@ -36,14 +36,14 @@ VolumeWrite VolumeKeeper::want(const WantedVolume& change, TimePoint now, WantRe
     return props_ ? bringAbout(change, now) : VolumeWrite{};
 }
 
-void VolumeKeeper::letGo() noexcept {
-    letGo_ = true;
+void VolumeKeeper::release() noexcept {
+    isReleased_ = true;
     own_ = {};
     ownKnowledge_ = OwnKnowledge::none;
 }
 
 void VolumeKeeper::uphold(TimePoint now) noexcept {
-    if (letGo_)
+    if (isReleased_)
         return;
     author_.uphold(now);
     resting_ = {};         // it is set back before it has counted
@@ -174,7 +174,7 @@ VolumeWrite VolumeKeeper::reformatted() {
     ownVolumes_.clear();
     const std::vector<float>& volumes = props_->channelVolumes;
     const std::optional<float> gain = resting_.gain ? resting_.gain : heard().gain;
-    if (letGo_ || !gain || volumes.empty() || isSameGain(loudestOf(volumes), *gain))
+    if (isReleased_ || !gain || volumes.empty() || isSameGain(loudestOf(volumes), *gain))
         return {};
     return written({volumesAt(*gain), std::nullopt});
 }
@@ -199,7 +199,7 @@ VolumeKeeper::ForeignChange VolumeKeeper::takeForeign(const StreamProps& before)
 }
 
 VolumeWrite VolumeKeeper::changedByProgram(const ForeignChange& foreign, TimePoint now) {
-    if (letGo_ && adopted_)
+    if (isReleased_ && adopted_)
         return {};
     const bool isPage = author_.kind() == StreamKind::page;
     WantedVolume own = foreign.change;
@@ -225,7 +225,7 @@ VolumeWrite VolumeKeeper::changedByPerson(const ForeignChange& foreign, TimePoin
 VolumeWrite VolumeKeeper::correct(TimePoint now) {
     correction_.reset();
     const WantedVolume all = heard();
-    if (letGo_ || isInEffect(all, *props_))
+    if (isReleased_ || isInEffect(all, *props_))
         return {};
     if (lastCorrection_ > now - correctionPause) {
         correction_ = lastCorrection_ + correctionPause;

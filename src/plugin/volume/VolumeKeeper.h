@@ -65,7 +65,7 @@ class VolumeKeeper {
     /// Once what was asked for is written, the stream is up to others, until the next adopt():
     /// nothing is upheld when it might be new or gets another format. What its program makes of it
     /// is no own volume.
-    void letGo() noexcept;
+    void release() noexcept;
 
     /// Whether the stream is heard. What is not heard needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running);
@@ -137,7 +137,7 @@ class VolumeKeeper {
     ChangeAuthor author_;
     bool heardAlready_ = false;
     bool adopted_ = false;
-    bool letGo_ = true;
+    bool isReleased_ = true;
     bool running_ = false;
     WantedVolume wanted_;
     OwnVolume own_;

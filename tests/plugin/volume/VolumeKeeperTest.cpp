@@ -255,7 +255,7 @@ TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
     play(wantsHalf);
     now_ += VolumeHold::duration;
     carryOut(keeper_->want({1.0F, {}}, now_));
-    keeper_->letGo();
+    keeper_->release();
     stepsToTheEnd();
     EXPECT_EQ(stream_.channelVolumes, (Volumes{1.0F, 1.0F})) << "what was asked for before";
     changeElsewhere({half, half});
@@ -276,7 +276,7 @@ TEST_F(VolumeKeeperTest, WhatIsSetWhileAPageIsLetGoIsNotItsOwn) {
     play({sixty, false});
     changeElsewhere({half, half});
     carryOut(keeper_->adopt({}, now_));
-    keeper_->letGo();
+    keeper_->release();
     changeElsewhere({half / 2, half / 2});
     EXPECT_EQ(keeper_->ownVolume(), OwnVolume{});
     obey(keeper_->adopt({}, now_));
