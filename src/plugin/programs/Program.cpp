@@ -9,7 +9,7 @@ Program::Program(platform::RunLoop& loop, ProgramProcess process, Listener& list
     : loop_(loop)
     , process_(std::move(process))
     , listener_(listener)
-    , life_(loop, [this] { lifeChanged(); }) {}
+    , lifetime_(loop, [this] { lifetimeChanged(); }) {}
 
 Program::~Program() {
     report(0.0F);
@@ -124,10 +124,10 @@ void Program::connectionLost() {
     listener_.programDisconnected(*this);
 }
 
-void Program::lifeChanged() {
-    if (life_.contains(process_))
+void Program::lifetimeChanged() {
+    if (lifetime_.contains(process_))
         return;
-    const ProgramProcess* const first = life_.first();
+    const ProgramProcess* const first = lifetime_.first();
     if (first == nullptr) {
         listener_.programEnded(*this);
         return;

@@ -2,7 +2,7 @@
 
 #include "plugin/connection/AppConnection.h"
 #include "plugin/identity/ProgramProcess.h"
-#include "plugin/programs/ProgramLife.h"
+#include "plugin/programs/ProgramLifetime.h"
 #include "plugin/volume/StreamVolume.h"
 #include "plugin/volume/VolumeKeeper.h"
 
@@ -55,8 +55,8 @@ class Program : private AppConnection::Listener {
     const ProgramProcess& process() const noexcept { return process_; }
 
     /// What decides how long the program lasts.
-    ProgramLife& life() noexcept { return life_; }
-    const ProgramLife& life() const noexcept { return life_; }
+    ProgramLifetime& lifetime() noexcept { return lifetime_; }
+    const ProgramLifetime& lifetime() const noexcept { return lifetime_; }
 
     /// Gives the stream the program's volume, from now on too. The stream must be removed before it
     /// goes.
@@ -118,7 +118,7 @@ class Program : private AppConnection::Listener {
     void commandArrived(const MVCommConsoleMessage& command) override;
     void connectionLost() override;
     void ignoreListChanged() override { listener_.ignoreListChanged(); }
-    void lifeChanged();
+    void lifetimeChanged();
 
     platform::RunLoop& loop_;
     ProgramProcess process_;
@@ -130,6 +130,6 @@ class Program : private AppConnection::Listener {
     bool ignored_ = false;
     bool resetsNext_ = false; // the next stream is owed full volume, although it is left alone
     std::string obstacle_;
-    ProgramLife life_;
+    ProgramLifetime lifetime_;
     std::unique_ptr<AppConnection> connection_;
 };

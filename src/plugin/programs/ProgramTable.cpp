@@ -21,7 +21,7 @@ Program* ProgramTable::find(const std::string& name) const {
 
 std::optional<ProgramProcess> ProgramTable::find(const StreamProcess& process) const {
     for (const auto& program : programs_) {
-        for (auto& member : program->life().members()) {
+        for (auto& member : program->lifetime().members()) {
             if (member.process.pid == process.pid && member.process.startTime == process.startTime)
                 return std::move(member.process);
         }
@@ -38,7 +38,7 @@ StreamPlayer ProgramTable::disambiguated(StreamPlayer player) const {
         const std::string& name = program->process().name;
         if (!isDisambiguatedName(name, process.name, process.folders))
             continue;
-        for (auto& member : program->life().members())
+        for (auto& member : program->lifetime().members())
             others.push_back({name, std::move(member.process.folders)});
     }
     process.name = disambiguatedName(process.name, process.folders, others);
@@ -55,10 +55,10 @@ Program& ProgramTable::join(StreamPlayer player, std::uint32_t client) {
     Program* const known = find(player.process.name);
     const ProgramProcess& first = player.main ? *player.main : player.process;
     Program& program = known != nullptr ? *known : add(first);
-    using Role = ProgramLife::Role;
+    using Role = ProgramLifetime::Role;
     if (player.main)
-        program.life().join(*player.main, client, Role::main);
-    program.life().join(player.process, client, player.main ? Role::helper : Role::main);
+        program.lifetime().join(*player.main, client, Role::main);
+    program.lifetime().join(player.process, client, player.main ? Role::helper : Role::main);
     return program;
 }
 
@@ -75,24 +75,25 @@ Program& ProgramTable::add(const ProgramProcess& process) {
 void ProgramTable::withdraw(Program& program, StreamPlayer player, std::uint32_t client) {
     giveNumber(player.process);
     // The first may be all that held the program.
-    program.life().withdraw(player.process, client);
+    program.lifetime().withdraw(player.process, client);
     if (player.main && find(player.main->name) == &program)
-        program.life().withdraw(*player.main, client);
+        program.lifetime().withdraw(*player.main, client);
 }
 
 bool ProgramTable::hasHelpers(const std::string& program) const {
     const Program* const found = find(program);
     return found != nullptr &&
-           std::ranges::any_of(found->life().members(), [](const ProgramLife::Member& each) {
-               return each.role == ProgramLife::Role::helper;
-           });
+           std::ranges::any_of(found->lifetime().members(),
+                               [](const ProgramLifetime::Member& each) {
+                                   return each.role == ProgramLifetime::Role::helper;
+                               });
 }
 
 void ProgramTable::rename(const std::function<StreamPlayer(const ProgramProcess&)>& named) {
-    using Role = ProgramLife::Role;
-    std::vector<std::pair<std::string, ProgramLife::Member>> members;
+    using Role = ProgramLifetime::Role;
+    std::vector<std::pair<std::string, ProgramLifetime::Member>> members;
     for (const auto& program : programs_) {
-        for (auto& member : program->life().members())
+        for (auto& member : program->lifetime().members())
             members.emplace_back(program->process().name, std::move(member));
     }
     // A main process has the name of its helpers.
@@ -100,7 +101,7 @@ void ProgramTable::rename(const std::function<StreamPlayer(const ProgramProcess&
                           [](const auto& each) { return each.second.role == Role::helper; });
     for (const auto& [name, member] : members) {
         const Program* const program = find(name);
-        if (program == nullptr || !program->life().contains(member.process) ||
+        if (program == nullptr || !program->lifetime().contains(member.process) ||
             (member.role == Role::main && hasHelpers(name)))
             continue;
         StreamPlayer player = named(member.process);
@@ -108,13 +109,13 @@ void ProgramTable::rename(const std::function<StreamPlayer(const ProgramProcess&
             continue;
         join(std::move(player), member.client);
         if (Program* const last = find(name))
-            last->life().release(member.process, member.client);
+            last->lifetime().release(member.process, member.client);
     }
 }
 
 void ProgramTable::clientGone(std::uint32_t client) {
     for (Program* const program : all())
-        program->life().clientGone(client);
+        program->lifetime().clientGone(client);
 }
 
 void ProgramTable::giveNumber(ProgramProcess& process) {
@@ -125,10 +126,10 @@ void ProgramTable::giveNumber(ProgramProcess& process) {
 /// Drops an earlier process of its number too.
 void ProgramTable::takeFromOthers(const ProgramProcess& process, std::uint32_t client) {
     for (Program* const program : all())
-        program->life().endPredecessor(process);
+        program->lifetime().endPredecessor(process);
     for (Program* const program : all()) {
         if (program->process().name != process.name)
-            program->life().release(process, client);
+            program->lifetime().release(process, client);
     }
 }
 

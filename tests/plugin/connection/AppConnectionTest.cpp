@@ -372,9 +372,9 @@ TEST_F(ProgramTableTest, ANewNameMovesTheProcesses) {
     const Program* const fuchs = table_.find(std::string("Fuchs"));
     ASSERT_NE(fuchs, nullptr);
     EXPECT_EQ(fuchs->process().pid, pidOf(main));
-    EXPECT_EQ(fuchs->life().members().size(), 3U);
+    EXPECT_EQ(fuchs->lifetime().members().size(), 3U);
     EXPECT_THAT(renamed("Owl"), ElementsAre("Owl"));
-    EXPECT_EQ(owl.life().members().size(), 4U);
+    EXPECT_EQ(owl.lifetime().members().size(), 4U);
 }
 
 TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {

@@ -1,24 +1,24 @@
-#include "plugin/programs/ProgramLife.h"
+#include "plugin/programs/ProgramLifetime.h"
 
 #include "platform/processes/ProcessInfo.h"
 
 #include <algorithm>
 #include <utility>
 
-ProgramLife::ProgramLife(platform::RunLoop& loop, std::function<void()> changed)
+ProgramLifetime::ProgramLifetime(platform::RunLoop& loop, std::function<void()> changed)
     : loop_(loop), changed_(std::move(changed)) {}
 
-ProgramLife::~ProgramLife() = default;
+ProgramLifetime::~ProgramLifetime() = default;
 
 template <typename Condition>
-void ProgramLife::drop(const Condition& condition) {
+void ProgramLifetime::drop(const Condition& condition) {
     if (std::erase_if(parts_, condition) == 0)
         return;
     const auto call = changed_; // which may destroy this
     call();
 }
 
-void ProgramLife::join(const ProgramProcess& process, std::uint32_t client, Role role) {
+void ProgramLifetime::join(const ProgramProcess& process, std::uint32_t client, Role role) {
     auto part = find(process, client);
     if (part == parts_.end())
         part = parts_.insert(part, makePart(process, client, role));
@@ -27,7 +27,7 @@ void ProgramLife::join(const ProgramProcess& process, std::uint32_t client, Role
     ++part->streams;
 }
 
-void ProgramLife::withdraw(const ProgramProcess& process, std::uint32_t client) {
+void ProgramLifetime::withdraw(const ProgramProcess& process, std::uint32_t client) {
     const auto part = find(process, client);
     if (part == parts_.end())
         return;
@@ -35,54 +35,54 @@ void ProgramLife::withdraw(const ProgramProcess& process, std::uint32_t client) 
     drop([](const Part& each) { return each.streams == 0; });
 }
 
-void ProgramLife::release(const ProgramProcess& process, std::uint32_t client) {
+void ProgramLifetime::release(const ProgramProcess& process, std::uint32_t client) {
     drop([&](const Part& part) { return isOf(part, process, client); });
 }
 
-void ProgramLife::endPredecessor(const ProgramProcess& process) {
+void ProgramLifetime::endPredecessor(const ProgramProcess& process) {
     drop([&process](const Part& part) {
         return part.member.process.pid == process.pid &&
                !part.member.process.isSameProcess(process);
     });
 }
 
-void ProgramLife::clientGone(std::uint32_t client) {
+void ProgramLifetime::clientGone(std::uint32_t client) {
     drop(
         [client](const Part& part) { return part.endsWithClient && part.member.client == client; });
 }
 
-bool ProgramLife::contains(const ProgramProcess& process) const {
+bool ProgramLifetime::contains(const ProgramProcess& process) const {
     return std::ranges::any_of(
         parts_, [&](const Part& part) { return part.member.process.isSameProcess(process); });
 }
 
-const ProgramProcess* ProgramLife::first() const noexcept {
+const ProgramProcess* ProgramLifetime::first() const noexcept {
     const auto main =
         std::ranges::find(parts_, Role::main, [](const Part& part) { return part.member.role; });
     const auto found = main != parts_.end() ? main : parts_.begin();
     return found != parts_.end() ? &found->member.process : nullptr;
 }
 
-std::vector<ProgramLife::Member> ProgramLife::members() const {
+std::vector<ProgramLifetime::Member> ProgramLifetime::members() const {
     std::vector<Member> members;
     for (const Part& part : parts_)
         members.push_back(part.member);
     return members;
 }
 
-bool ProgramLife::isOf(const Part& part, const ProgramProcess& process, std::uint32_t client) {
+bool ProgramLifetime::isOf(const Part& part, const ProgramProcess& process, std::uint32_t client) {
     return part.member.process.isSameProcess(process) &&
            (!part.endsWithClient || part.member.client == client);
 }
 
-std::vector<ProgramLife::Part>::iterator ProgramLife::find(const ProgramProcess& process,
-                                                           std::uint32_t client) {
+std::vector<ProgramLifetime::Part>::iterator ProgramLifetime::find(const ProgramProcess& process,
+                                                                   std::uint32_t client) {
     return std::ranges::find_if(parts_,
                                 [&](const Part& part) { return isOf(part, process, client); });
 }
 
-ProgramLife::Part ProgramLife::makePart(const ProgramProcess& process, std::uint32_t client,
-                                        Role role) {
+ProgramLifetime::Part ProgramLifetime::makePart(const ProgramProcess& process, std::uint32_t client,
+                                                Role role) {
     Part part{{process, role, client}, false, nullptr, 0};
     const auto pid = static_cast<pid_t>(process.pid);
     if (process.startTime)

@@ -1,4 +1,4 @@
-#include "plugin/programs/ProgramLife.h"
+#include "plugin/programs/ProgramLifetime.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/processes/ProcessInfo.h"
 #include "support/ChildProcess.h"
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t client = 40;
 constexpr std::uint32_t otherClient = 41;
-constexpr auto main = ProgramLife::Role::main;
+constexpr auto main = ProgramLifetime::Role::main;
 
 ProgramProcess processOf(const support::ChildProcess& child) {
     ProgramProcess process;
@@ -18,49 +18,51 @@ ProgramProcess processOf(const support::ChildProcess& child) {
     return process;
 }
 
-class ProgramLifeTest : public testing::Test {
+class ProgramLifetimeTest : public testing::Test {
   protected:
-    std::uint32_t first() const { return life_.first() != nullptr ? life_.first()->pid : 0; }
+    std::uint32_t first() const {
+        return lifetime_.first() != nullptr ? lifetime_.first()->pid : 0;
+    }
 
     platform::RunLoop loop_;
     int changes_ = 0;
-    ProgramLife life_{loop_, [this] { ++changes_; }};
+    ProgramLifetime lifetime_{loop_, [this] { ++changes_; }};
     support::ChildProcess child_{{"sleep", "60"}};
     support::ChildProcess other_{{"sleep", "60"}};
 };
 
 } // namespace
 
-TEST_F(ProgramLifeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
+TEST_F(ProgramLifetimeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
     const ProgramProcess ended = processOf(child_);
     child_.stop(SIGKILL);
     ProgramProcess numberUsedAgain = ended;
     numberUsedAgain.pid = static_cast<std::uint32_t>(::getpid());
     for (const ProgramProcess& process : {ended, numberUsedAgain}) {
-        life_.join(process, client, main);
-        life_.join(process, otherClient, main);
+        lifetime_.join(process, client, main);
+        lifetime_.join(process, otherClient, main);
         loop_.turn();
-        life_.clientGone(client);
+        lifetime_.clientGone(client);
         EXPECT_EQ(first(), process.pid);
-        life_.clientGone(otherClient);
+        lifetime_.clientGone(otherClient);
         EXPECT_EQ(first(), 0U);
     }
 }
 
-TEST_F(ProgramLifeTest, OnlyTheErrorIsWithdrawnAndOnlyTheProcessReleased) {
+TEST_F(ProgramLifetimeTest, OnlyTheErrorIsWithdrawnAndOnlyTheProcessReleased) {
     const ProgramProcess process = processOf(child_);
-    life_.join(process, client, main);
-    life_.join(process, client, main);
-    life_.withdraw(process, client);
+    lifetime_.join(process, client, main);
+    lifetime_.join(process, client, main);
+    lifetime_.withdraw(process, client);
     EXPECT_EQ(first(), process.pid);
-    life_.withdraw(process, client);
+    lifetime_.withdraw(process, client);
     EXPECT_EQ(first(), 0U);
-    life_.withdraw(process, client);
+    lifetime_.withdraw(process, client);
     EXPECT_EQ(changes_, 1);
 
-    life_.join(process, client, main);
-    life_.join(process, client, main);
-    life_.join(processOf(other_), client, main);
-    life_.release(process, otherClient);
+    lifetime_.join(process, client, main);
+    lifetime_.join(process, client, main);
+    lifetime_.join(processOf(other_), client, main);
+    lifetime_.release(process, otherClient);
     EXPECT_EQ(first(), processOf(other_).pid) << "whichever client it is by";
 }

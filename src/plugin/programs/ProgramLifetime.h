@@ -18,7 +18,7 @@ class RunLoop;
 /// drop and make whenever they pause. A process that cannot be watched, because it is not here or
 /// has ended already, counts as ended when the client of the sound server that stands for it goes.
 /// The run loop's thread only.
-class ProgramLife {
+class ProgramLifetime {
   public:
     /// What a process is to its application.
     enum class Role { main, helper };
@@ -31,10 +31,10 @@ class ProgramLife {
 
     /// `changed` is called when a process has ended, from the loop or from any function below but
     /// join(): first() may be another now. The life may be destroyed in there.
-    ProgramLife(platform::RunLoop& loop, std::function<void()> changed);
-    ~ProgramLife();
-    ProgramLife(const ProgramLife&) = delete;
-    ProgramLife& operator=(const ProgramLife&) = delete;
+    ProgramLifetime(platform::RunLoop& loop, std::function<void()> changed);
+    ~ProgramLifetime();
+    ProgramLifetime(const ProgramLifetime&) = delete;
+    ProgramLifetime& operator=(const ProgramLifetime&) = delete;
 
     /// A stream of this process, owned by this client of the sound server, has come; or of a helper
     /// of it.
