@@ -4,7 +4,7 @@
 #include "platform/base/SystemLog.h"
 #include "platform/loop/Timer.h"
 #include "plugin/effects/AudioServerProcess.h"
-#include "plugin/identity/PseudoNumbers.h"
+#include "plugin/identity/PseudoPids.h"
 #include "plugin/programs/ProgramTable.h"
 #include "plugin/server/AudioGraph.h"
 
@@ -17,7 +17,7 @@ using platform::MonotonicClock;
 namespace {
 
 // For a server whose process can't be seen: the last of the numbers that no process has.
-constexpr std::uint32_t numberWithoutProcess = PseudoNumbers::last + 1;
+constexpr std::uint32_t numberWithoutProcess = PseudoPids::last + 1;
 
 ProgramProcess serverProcess() {
     ProgramProcess process;

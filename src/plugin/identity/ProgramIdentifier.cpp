@@ -7,7 +7,7 @@
 #include "platform/language/MessageLanguages.h"
 #include "platform/processes/ProcessInfo.h"
 #include "plugin/identity/ProgramName.h"
-#include "plugin/identity/PseudoNumbers.h"
+#include "plugin/identity/PseudoPids.h"
 
 #include <system_error>
 #include <utility>
@@ -113,7 +113,7 @@ std::optional<ProgramProcess> ProgramIdentifier::mainProcess(const ApplicationId
 
 StreamPlayer ProgramIdentifier::namedAgain(const ProgramProcess& process) {
     StreamProcess again{process.pid, process.startTime, process.sandbox, process.proof};
-    if (PseudoNumbers::isOne(process.pid))
+    if (PseudoPids::isOne(process.pid))
         again.pid = 0;
     return named(again, process.client);
 }

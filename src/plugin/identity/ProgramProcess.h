@@ -13,7 +13,7 @@
 struct ProgramProcess {
     static constexpr std::size_t longestPath = 1023;
 
-    /// A process, or one of PseudoNumbers; 0 before it has been given one of these.
+    /// A process, or one of PseudoPids; 0 before it has been given one of these.
     std::uint32_t pid = 0;
 
     /// Of the application that it is: the same for all processes of a program. Valid UTF-8, at most

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/identity/ProcessNumbers.h"
+#include "plugin/identity/NamespacePids.h"
 
 #include <cstdint>
 #include <optional>
@@ -74,7 +74,7 @@ class StreamProcessFacts {
     /// Takes the time now that the first question would take.
     void prepare() const { numbers_.find(0); }
 
-    virtual std::vector<pid_t> processesNumbered(pid_t own) const; ///< see ProcessNumbers
+    virtual std::vector<pid_t> processesNumbered(pid_t own) const; ///< see NamespacePids
     virtual std::vector<pid_t> numbers(pid_t process) const;       ///< see processNumbers()
     virtual std::optional<std::string> executablePath(pid_t process) const;
     virtual std::optional<std::string> commandName(pid_t process) const;
@@ -85,7 +85,7 @@ class StreamProcessFacts {
     virtual std::string host() const;
 
   private:
-    mutable ProcessNumbers numbers_;
+    mutable NamespacePids numbers_;
 };
 
 /// Finds the process that plays a stream.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/identity/PseudoNumbers.h"
+#include "plugin/identity/PseudoPids.h"
 #include "plugin/programs/Program.h"
 #include "plugin/server/Backoff.h"
 
@@ -102,7 +102,7 @@ class ProgramTable : private Program::Listener {
     platform::RunLoop& loop_;
     Listener& listener_;
     std::vector<std::unique_ptr<Program>> programs_;
-    PseudoNumbers numbers_;
+    PseudoPids numbers_;
     Backoff pauses_;
     const std::unique_ptr<platform::Timer> retry_;
 };

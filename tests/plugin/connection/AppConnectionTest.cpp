@@ -394,7 +394,7 @@ TEST_F(ProgramTableTest, AProgramWithoutAProcessGoesWithItsLastClientAndComesBac
     EXPECT_EQ(&table_.join({remote}, client + 1), &one);
     const std::uint32_t number = one.process().pid;
     const std::uint32_t other = table_.join({processOf(0, "two")}, client + 2).process().pid;
-    EXPECT_TRUE(PseudoNumbers::isOne(number) && PseudoNumbers::isOne(other));
+    EXPECT_TRUE(PseudoPids::isOne(number) && PseudoPids::isOne(other));
     EXPECT_NE(number, other);
     table_.clientGone(client);
     EXPECT_THAT(gone_, IsEmpty());
@@ -405,11 +405,11 @@ TEST_F(ProgramTableTest, AProgramWithoutAProcessGoesWithItsLastClientAndComesBac
     EXPECT_EQ(table_.join({remote}, client).process().pid, number);
 }
 
-TEST(PseudoNumbers, AreOfOneProgramEachAlsoWhereTheirNamesSuggestTheSame) {
+TEST(PseudoPids, AreOfOneProgramEachAlsoWhereTheirNamesSuggestTheSame) {
     // Two names of one hash.
     const std::string name = "name 210927";
     const std::string twin = "name 389256";
-    PseudoNumbers numbers;
+    PseudoPids numbers;
     const std::uint32_t first = numbers.take(name);
     const std::uint32_t second = numbers.take(twin);
     EXPECT_EQ(second, first + 1);

@@ -1,4 +1,4 @@
-#include "plugin/identity/ProcessNumbers.h"
+#include "plugin/identity/NamespacePids.h"
 #include "support/ChildProcess.h"
 #include "support/WaitUntil.h"
 
@@ -9,8 +9,8 @@
 #include <string>
 #include <unistd.h>
 
-TEST(ProcessNumbers, AreThoseThatAProcessHasForItself) {
-    ProcessNumbers numbers;
+TEST(NamespacePids, AreThoseThatAProcessHasForItself) {
+    NamespacePids numbers;
     support::ChildProcess plain({"sleep", "60"});
     for (int i = 0; i < 2; ++i) {
         EXPECT_THAT(numbers.find(plain.pid()), testing::ElementsAre(plain.pid()));

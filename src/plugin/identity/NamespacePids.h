@@ -7,7 +7,7 @@
 /// Finds processes by the number that they have for themselves, which is another than ours in a pid
 /// namespace inside our own. Remembers that number of each process: one that was there the last
 /// time costs no more than its place in the list of all. One thread at a time.
-class ProcessNumbers {
+class NamespacePids {
   public:
     /// The processes, as we count, that have this number for themselves now, as far as we can see;
     /// in any order.

@@ -1,4 +1,4 @@
-#include "plugin/identity/ProcessNumbers.h"
+#include "plugin/identity/NamespacePids.h"
 
 #include "platform/processes/ProcessInfo.h"
 
@@ -33,7 +33,7 @@ pid_t ownNumber(pid_t process) {
 
 } // namespace
 
-std::vector<pid_t> ProcessNumbers::find(pid_t own) {
+std::vector<pid_t> NamespacePids::find(pid_t own) {
     std::vector<pid_t> found;
     std::unordered_map<pid_t, Known> seen;
     seen.reserve(known_.size());

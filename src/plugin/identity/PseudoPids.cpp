@@ -1,4 +1,4 @@
-#include "plugin/identity/PseudoNumbers.h"
+#include "plugin/identity/PseudoPids.h"
 
 #include <string_view>
 
@@ -9,12 +9,12 @@ std::uint32_t naturalNumber(std::string_view program) {
     std::uint32_t hash = 2166136261U;
     for (const char each : program)
         hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;
-    return PseudoNumbers::first + hash % (PseudoNumbers::last - PseudoNumbers::first + 1);
+    return PseudoPids::first + hash % (PseudoPids::last - PseudoPids::first + 1);
 }
 
 } // namespace
 
-std::uint32_t PseudoNumbers::take(const std::string& program) {
+std::uint32_t PseudoPids::take(const std::string& program) {
     const auto displaced = displaced_.find(program);
     if (displaced != displaced_.end())
         return displaced->second;
@@ -31,7 +31,7 @@ std::uint32_t PseudoNumbers::take(const std::string& program) {
     return number;
 }
 
-void PseudoNumbers::release(const std::string& program) {
+void PseudoPids::release(const std::string& program) {
     if (!displaced_.contains(program))
         std::erase_if(owners_, [&program](const auto& owner) { return owner.second == program; });
 }

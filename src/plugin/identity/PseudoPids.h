@@ -6,7 +6,7 @@
 
 /// The numbers of programs that have no process here. Each program has the one that follows from
 /// its name, unless another has that already.
-class PseudoNumbers {
+class PseudoPids {
   public:
     /// No kernel gives a process such a number (its limit is 2^22).
     static constexpr std::uint32_t first = 0x40000000;
