@@ -1,7 +1,7 @@
 #pragma once
 
 #include "plugin/volume/ChangeAuthor.h"
-#include "plugin/volume/OwnWrites.h"
+#include "plugin/volume/PendingWrites.h"
 #include "plugin/volume/StreamVolume.h"
 #include "plugin/volume/VolumeRamp.h"
 
@@ -151,6 +151,6 @@ class VolumeKeeper {
     VolumeRamp ramp_;
     std::optional<TimePoint> correction_; // when it is due
     TimePoint lastCorrection_ = TimePoint::min();
-    OwnWrites<std::vector<float>> ownVolumes_;
-    OwnWrites<bool> ownMutes_;
+    PendingWrites<std::vector<float>> ownVolumes_;
+    PendingWrites<bool> ownMutes_;
 };

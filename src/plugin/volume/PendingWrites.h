@@ -10,7 +10,7 @@
 /// followed by another. There is no time after which a write counts as lost: a program that is
 /// stopped, or one of a crowd, takes its new volume late. Any thread, one at a time.
 template <typename Value>
-class OwnWrites {
+class PendingWrites {
   public:
     static constexpr std::size_t most = 64;
 

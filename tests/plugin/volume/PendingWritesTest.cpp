@@ -1,4 +1,4 @@
-#include "plugin/volume/OwnWrites.h"
+#include "plugin/volume/PendingWrites.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 
 namespace {
 
-using Writes = OwnWrites<int>;
+using Writes = PendingWrites<int>;
 
-class OwnWritesTest : public testing::Test {
+class PendingWritesTest : public testing::Test {
   protected:
     bool takes(int value) { return writes_.takeEcho(value, std::equal_to<int>()); }
 
@@ -17,7 +17,7 @@ class OwnWritesTest : public testing::Test {
 
 } // namespace
 
-TEST_F(OwnWritesTest, EachComesBackOnceAndThoseBeforeItNoMore) {
+TEST_F(PendingWritesTest, EachComesBackOnceAndThoseBeforeItNoMore) {
     for (const int value : {1, 2, 3, 4})
         writes_.add(value);
     EXPECT_FALSE(takes(5));
@@ -30,7 +30,7 @@ TEST_F(OwnWritesTest, EachComesBackOnceAndThoseBeforeItNoMore) {
     EXPECT_EQ(writes_.newest(), nullptr);
 }
 
-TEST_F(OwnWritesTest, TheOldestOfTooManyAreForgotten) {
+TEST_F(PendingWritesTest, TheOldestOfTooManyAreForgotten) {
     for (int value = 0; value <= static_cast<int>(Writes::most); ++value)
         writes_.add(value);
     EXPECT_FALSE(takes(0));
