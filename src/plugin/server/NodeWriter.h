@@ -17,7 +17,7 @@ class Timer;
 
 /// Changes the programs' streams, over connections that are made when they are needed and closed
 /// again when they are of no use; see WriteLanes. The run loop's thread only.
-class NodeWriter : private WriteLanes::Outlet {
+class NodeWriter : private WriteLanes::Transport {
   public:
     /// `graph` is that of the server, with all nodes that are to be changed.
     NodeWriter(platform::RunLoop& loop, const AudioServer& server, const AudioGraph& graph);

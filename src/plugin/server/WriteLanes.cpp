@@ -90,14 +90,14 @@ bool WriteLanes::isSettled() const noexcept {
 
 void WriteLanes::clear() {
     for (const auto& [id, lane] : std::exchange(lanes_, {}))
-        outlet_.close(id);
+        transport_.close(id);
     streams_.clear();
     heldUp_ = false;
 }
 
 std::optional<WriteLanes::Lane> WriteLanes::open(std::optional<std::uint32_t> suspect,
                                                  TimePoint now) {
-    if (!outlet_.open(++newest_))
+    if (!transport_.open(++newest_))
         return std::nullopt;
     lanes_[newest_] = {suspect, {}, now};
     return newest_;
@@ -116,7 +116,7 @@ WriteLanes::Lanes::iterator WriteLanes::laneFor(std::uint32_t stream, TimePoint 
             std::ranges::find(lane.sent, owner, &Change::owner) != lane.sent.end())
             return each;
         const bool isPatient = lane.sent.empty() || now - lane.lastNews < patience;
-        const bool isBetter = open == lanes_.end() || !outlet_.knows(open->first, stream);
+        const bool isBetter = open == lanes_.end() || !transport_.knows(open->first, stream);
         if (!lane.suspect && isPatient && isBetter)
             open = each;
     }
@@ -137,7 +137,7 @@ bool WriteLanes::isKept(Lane id) const noexcept {
 
 void WriteLanes::route(std::uint32_t stream, TimePoint now) {
     auto lane = laneFor(stream, now);
-    const bool isNew = lane != lanes_.end() && !outlet_.knows(lane->first, stream);
+    const bool isNew = lane != lanes_.end() && !transport_.knows(lane->first, stream);
     if (isNew || (lane == lanes_.end() && sharedLanes() >= mostShared)) {
         heldUp_ = true;
         return;
@@ -159,7 +159,7 @@ void WriteLanes::send(Lanes::iterator lane, std::uint32_t stream, TimePoint now)
         state.lastNews = now;
     VolumeWrite values = std::exchange(known.waiting, {});
     known.isSent = true;
-    const int question = outlet_.send(lane->first, stream, values);
+    const int question = transport_.send(lane->first, stream, values);
     state.sent.push_back({question, stream, known.owner, std::move(values), false});
 }
 
@@ -202,7 +202,7 @@ bool WriteLanes::isForsaken(const State& lane) noexcept {
 /// may not have read is sent again, in order and without what has been overtaken.
 void WriteLanes::isolate(Lane stuck, TimePoint now) {
     const std::deque<Change> sent = std::move(lanes_.at(stuck).sent);
-    outlet_.close(stuck);
+    transport_.close(stuck);
     lanes_.erase(stuck);
     const std::uint32_t owner = sent.front().owner;
     const bool isNeeded = std::ranges::any_of(
@@ -228,7 +228,7 @@ void WriteLanes::isolate(Lane stuck, TimePoint now) {
 
 void WriteLanes::drop(Lane id, TimePoint now) {
     std::deque<Change> sent = std::move(lanes_.at(id).sent);
-    outlet_.close(id);
+    transport_.close(id);
     lanes_.erase(id);
     arrived({std::make_move_iterator(sent.begin()), std::make_move_iterator(sent.end())}, now);
 }

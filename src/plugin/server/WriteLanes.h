@@ -39,9 +39,9 @@ class WriteLanes {
     static constexpr std::size_t mostShared = 2;
 
     /// The connections. None of these may call back.
-    class Outlet {
+    class Transport {
       public:
-        virtual ~Outlet() = default;
+        virtual ~Transport() = default;
 
         /// Makes a connection that is called `lane` from now on. False when the server takes none.
         virtual bool open(Lane lane) = 0;
@@ -57,8 +57,8 @@ class WriteLanes {
         virtual int send(Lane lane, std::uint32_t stream, const VolumeWrite& change) = 0;
     };
 
-    /// `outlet` must outlive this.
-    explicit WriteLanes(Outlet& outlet) noexcept : outlet_(outlet) {}
+    /// `transport` must outlive this.
+    explicit WriteLanes(Transport& transport) noexcept : transport_(transport) {}
 
     /// Opens the lane that is kept. Without it the first change does.
     void prepare(TimePoint now);
@@ -126,7 +126,7 @@ class WriteLanes {
     static bool isOverdue(const State& lane, TimePoint now) noexcept;
     static bool isForsaken(const State& lane) noexcept;
 
-    Outlet& outlet_;
+    Transport& transport_;
     Lane newest_ = 0;
     Lanes lanes_;
     std::map<std::uint32_t, Stream> streams_; // that have a change waiting or on its way

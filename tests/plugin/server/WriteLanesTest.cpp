@@ -24,7 +24,7 @@ VolumeWrite gain(float value) {
 
 /// A server that serves each connection in order, and none further than to the first change of a
 /// program that does not answer. Such a program does what it was told when it goes on.
-class WriteLanesTest : public testing::Test, protected WriteLanes::Outlet {
+class WriteLanesTest : public testing::Test, protected WriteLanes::Transport {
   protected:
     WriteLanes::TimePoint now_{1h};
     std::set<std::uint32_t> stopped_; // owners
