@@ -56,7 +56,7 @@ int serve(platform::RunLoop& loop) {
         return anotherRuns;
     }
     platform::raiseDescriptorLimit();
-    preferThisThread(platform::systemBus());
+    raiseThreadPriority(platform::systemBus());
     const TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
     const platform::MainQueueService mainQueue(loop);
     PluginHost* running = nullptr;

@@ -5,7 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-void preferThisThread(const QDBusConnection& bus) {
+void raiseThreadPriority(const QDBusConnection& bus) {
     const pid_t thread = ::gettid();
     if (::setpriority(PRIO_PROCESS, static_cast<id_t>(thread), kSoundNiceLevel) == 0 ||
         !bus.isConnected())

@@ -56,7 +56,7 @@ TEST(ThreadPriority, RealtimeKitIsAskedForItWhereTheSystemLetsUsNot) {
         const auto level = [&] { return ::getpriority(PRIO_PROCESS, static_cast<id_t>(thread)); };
         const int before = level();
         giveUpRights();
-        preferThisThread(*client);
+        raiseThreadPriority(*client);
         EXPECT_EQ(level(), before);
     }).join();
     EXPECT_TRUE(support::waitUntil([&] { return kit.askedFor == thread; }));
