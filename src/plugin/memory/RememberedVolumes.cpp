@@ -104,7 +104,7 @@ bool RememberedVolumes::note(Preferences reading) {
     return counts;
 }
 
-RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationWord& word,
+RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationPreferences& word,
                                                    std::span<const Program> programs,
                                                    TimePoint now) {
     forgetOld(now);
@@ -227,8 +227,8 @@ void RememberedVolumes::forgetWhatIsWritten() {
 
 /// A command is newer than the word that was on its way. What is set for a program that has left
 /// comes by the word only.
-void RememberedVolumes::takeNews(const ApplicationWord& word, std::span<const Program> programs,
-                                 TimePoint now) {
+void RememberedVolumes::takeNews(const ApplicationPreferences& word,
+                                 std::span<const Program> programs, TimePoint now) {
     const auto isCommanded = [&](const std::string& key) {
         return std::ranges::any_of(commands_, [&](const Command& command) {
             return command.key == key &&

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/MonotonicClock.h"
-#include "plugin/memory/ApplicationWord.h"
+#include "plugin/memory/ApplicationPreferences.h"
 
 #include <cstdint>
 #include <map>
@@ -80,8 +80,8 @@ class RememberedVolumes {
     /// before, what was set since (by a command, by its news, in another mixer) is newer; else only
     /// what was set in another mixer and could not be reported. It makes nothing louder that was
     /// found quieter than remembered.
-    [[nodiscard]] Outcome told(const ApplicationWord& word, std::span<const Program> programs,
-                               TimePoint now);
+    [[nodiscard]] Outcome told(const ApplicationPreferences& word,
+                               std::span<const Program> programs, TimePoint now);
 
     /// The application has gone from the session bus, or another one has come and has yet to speak.
     /// Until then the file counts.
@@ -152,7 +152,8 @@ class RememberedVolumes {
     void forgetUnseen(const Preferences& before);
     void clearPendingResets(std::span<const Program> programs);
     void forgetWhatIsWritten();
-    void takeNews(const ApplicationWord& word, std::span<const Program> programs, TimePoint now);
+    void takeNews(const ApplicationPreferences& word, std::span<const Program> programs,
+                  TimePoint now);
     NamedSettings takeNewer();
     Consequence consequenceFor(const Program& program, const Preferences& before,
                                const WantedVolume& change) const;

@@ -36,8 +36,8 @@ class VolumeMemory {
     void readAgain() { preferences_.readAgain(); }
 
     /// The application tells its preferences: `bytes` is the property list, `file` where it keeps
-    /// that, `news` see ApplicationWord. Answers what the application does not know yet. Nothing
-    /// when that is no property list; then the file counts.
+    /// that, `news` see ApplicationPreferences. Answers what the application does not know yet.
+    /// Nothing when that is no property list; then the file counts.
     std::optional<NamedSettings> told(const std::string& file, std::string_view bytes,
                                       std::span<const std::string> news);
 

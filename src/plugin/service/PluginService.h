@@ -2,7 +2,7 @@
 
 #include "platform/bus/BusCallers.h"
 #include "platform/bus/BusNameOwner.h"
-#include "plugin/memory/ApplicationWord.h"
+#include "plugin/memory/ApplicationPreferences.h"
 #include "settings/PluginWord.h"
 
 #include <QByteArray>

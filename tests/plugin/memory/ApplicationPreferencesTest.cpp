@@ -8,11 +8,11 @@ using namespace std::chrono_literals;
 // What the application tells, and what the plug-in knows better.
 namespace {
 
-using ApplicationWordTest = RememberedVolumesFixture;
+using ApplicationPreferencesTest = RememberedVolumesFixture;
 
 } // namespace
 
-TEST_F(ApplicationWordTest, WhenTheyMeetTheNewestOfEachIsKept) {
+TEST_F(ApplicationPreferencesTest, WhenTheyMeetTheNewestOfEachIsKept) {
     const std::set<std::string, std::less<>> isNews{"player"};
     const auto nothingSince = [] {};
     const auto setByCommand = [this] { command(both(30, true)); };
@@ -86,7 +86,7 @@ TEST_F(ApplicationWordTest, WhenTheyMeetTheNewestOfEachIsKept) {
     }
 }
 
-TEST_F(ApplicationWordTest, WhatIsNewHoldsForAWhileAlsoForWhatPlaysAlready) {
+TEST_F(ApplicationPreferencesTest, WhatIsNewHoldsForAWhileAlsoForWhatPlaysAlready) {
     tell({40, false});
     EXPECT_FALSE(remembered_.isNews("player", clock_.now()));
     tell({60, false}, {"player"});
@@ -96,7 +96,7 @@ TEST_F(ApplicationWordTest, WhatIsNewHoldsForAWhileAlsoForWhatPlaysAlready) {
     EXPECT_FALSE(remembered_.isNews("player", clock_.now()));
 }
 
-TEST_F(ApplicationWordTest, TheFileCountsOnlyWhileNoApplicationTells) {
+TEST_F(ApplicationPreferencesTest, TheFileCountsOnlyWhileNoApplicationTells) {
     read({10, false});
     programs_[0].wanted = both(10, false);
     EXPECT_EQ(tell({40, false}), volume(40));
@@ -114,7 +114,7 @@ TEST_F(ApplicationWordTest, TheFileCountsOnlyWhileNoApplicationTells) {
     EXPECT_EQ(remembered_.of("player"), both(40, false));
 }
 
-TEST_F(ApplicationWordTest, ACommandIsNewerThanAWordOfTheSameApplication) {
+TEST_F(ApplicationPreferencesTest, ACommandIsNewerThanAWordOfTheSameApplication) {
     read(ProgramSetting{});
     tell({});
     command(volume(50));
@@ -135,7 +135,7 @@ TEST_F(ApplicationWordTest, ACommandIsNewerThanAWordOfTheSameApplication) {
     EXPECT_EQ(remembered_.of("player"), both(40, false)) << "set when the program had left";
 }
 
-TEST_F(ApplicationWordTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestored) {
+TEST_F(ApplicationPreferencesTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestored) {
     read({50, false});
     programs_[0].wanted = both(30, true); // as it was found
     EXPECT_EQ(tell({80, false}), nothing);
@@ -147,7 +147,7 @@ TEST_F(ApplicationWordTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestor
     EXPECT_EQ(tell({60, false}), volume(60)) << "we have made it so";
     for (const bool isNews : {false, true}) {
         restartApplication();
-        ApplicationWord word{says({70, false})};
+        ApplicationPreferences word{says({70, false})};
         if (isNews)
             word.news = {"player"};
         EXPECT_EQ(remembered_.told(word, programs_, clock_.now()).consequences[0].restored, !isNews)
@@ -155,7 +155,7 @@ TEST_F(ApplicationWordTest, NothingThatWasFoundQuieterIsMadeLouderByWhatIsRestor
     }
 }
 
-TEST_F(ApplicationWordTest, IgnoredAndForgottenProgramsFollowTheWord) {
+TEST_F(ApplicationPreferencesTest, IgnoredAndForgottenProgramsFollowTheWord) {
     read({50, false});
     programs_[0].wanted = both(50, false);
     const Preferences ignoring = says({50, false}, {{"player"}, {}});

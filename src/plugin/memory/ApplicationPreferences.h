@@ -9,7 +9,7 @@
 
 /// What the application tells over the session bus of its preferences: all that it remembers now.
 /// Plain data, any thread.
-struct ApplicationWord {
+struct ApplicationPreferences {
     Preferences preferences; ///< their `file` is where the application keeps them
 
     /// The settingsKey() of each program that a person has set, or had forgotten, since the plug-in
