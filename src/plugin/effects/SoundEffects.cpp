@@ -85,7 +85,7 @@ void SoundEffects::watchNext() {
         [this](const std::optional<std::string>& value) { settingChanged(value); });
     others_.pop_front();
     volume_.appeared();
-    settled_->start(RestoredVolume::settling);
+    settled_->start(RouteVolumePolicy::settling);
 }
 
 void SoundEffects::globalRemoved(std::uint32_t id) {

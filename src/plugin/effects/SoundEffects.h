@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plugin/effects/RestoredVolume.h"
 #include "plugin/effects/RouteSettings.h"
+#include "plugin/effects/RouteVolumePolicy.h"
 
 #include <cstdint>
 #include <deque>
@@ -64,7 +64,7 @@ class SoundEffects {
 
     ProgramTable& programs_;
     Program* program_ = nullptr; // the table's
-    RestoredVolume volume_;
+    RouteVolumePolicy volume_;
     pw_registry* registry_ = nullptr;
     std::deque<std::uint32_t> others_;        // that may be watched once the first has gone
     std::unique_ptr<RouteSettings> settings_; // while there is a session manager

@@ -13,7 +13,7 @@
 /// their changes mean. The setting itself may come and go; for a while after it came, what it holds
 /// is what the session manager remembered, and nobody's will. Nothing is written before the
 /// application has asked for something. Plain data, any thread.
-class RestoredVolume {
+class RouteVolumePolicy {
   public:
     /// How long a setting that appeared may still be filled by the session manager.
     static constexpr std::chrono::milliseconds settling{300};

@@ -1,4 +1,4 @@
-#include "plugin/effects/RestoredVolume.h"
+#include "plugin/effects/RouteVolumePolicy.h"
 
 #include <algorithm>
 #include <utility>
@@ -29,27 +29,28 @@ std::vector<std::string> stereo() {
 
 } // namespace
 
-void RestoredVolume::appeared() {
+void RouteVolumePolicy::appeared() {
     gone();
     state_ = State::settling;
 }
 
-void RestoredVolume::gone() {
+void RouteVolumePolicy::gone() {
     state_ = State::absent;
     known_.reset();
     writes_.clear();
 }
 
-std::optional<std::string> RestoredVolume::asked(const WantedVolume& all, TimePoint now) {
+std::optional<std::string> RouteVolumePolicy::asked(const WantedVolume& all, TimePoint now) {
     wasAsked_ = true;
     return state_ == State::settled ? write(all, now) : std::nullopt;
 }
 
-std::optional<std::string> RestoredVolume::changedBeside(const WantedVolume& all, TimePoint now) {
+std::optional<std::string> RouteVolumePolicy::changedBeside(const WantedVolume& all,
+                                                            TimePoint now) {
     return wasAsked_ && state_ == State::settled ? write(all, now) : std::nullopt;
 }
 
-std::optional<std::string> RestoredVolume::settled(const WantedVolume& all, TimePoint now) {
+std::optional<std::string> RouteVolumePolicy::settled(const WantedVolume& all, TimePoint now) {
     if (state_ != State::settling)
         return std::nullopt;
     state_ = State::settled;
@@ -59,7 +60,7 @@ std::optional<std::string> RestoredVolume::settled(const WantedVolume& all, Time
 /// While a write of ours is on its way, nobody can tell whether another's came before or after it,
 /// since the server may leave out what has been replaced. So the newest that is told counts, also
 /// when that is ours in the end.
-WantedVolume RestoredVolume::told(const std::optional<std::string>& value, TimePoint now) {
+WantedVolume RouteVolumePolicy::told(const std::optional<std::string>& value, TimePoint now) {
     forgetLostWrites(now);
     const auto before = writes_.empty() ? known_ : writes_.back().setting;
     remember(value ? parseStreamSetting(*value) : std::nullopt);
@@ -73,17 +74,17 @@ WantedVolume RestoredVolume::told(const std::optional<std::string>& value, TimeP
     return differenceOf(before.value_or(StreamSetting{}), *known_);
 }
 
-void RestoredVolume::remember(const std::optional<StreamSetting>& setting) {
+void RouteVolumePolicy::remember(const std::optional<StreamSetting>& setting) {
     known_ = setting;
     if (known_ && loudestOf(known_->volumes) > 0.0F)
         balance_ = known_->volumes;
 }
 
-void RestoredVolume::forgetLostWrites(TimePoint now) {
+void RouteVolumePolicy::forgetLostWrites(TimePoint now) {
     std::erase_if(writes_, [now](const Write& each) { return now - each.time > longestEcho; });
 }
 
-bool RestoredVolume::isEcho(const StreamSetting& setting) {
+bool RouteVolumePolicy::isEcho(const StreamSetting& setting) {
     const auto write = std::find_if(writes_.begin(), writes_.end(), [&setting](const Write& each) {
         return haveSameEffect(each.setting, setting);
     });
@@ -94,7 +95,7 @@ bool RestoredVolume::isEcho(const StreamSetting& setting) {
 }
 
 /// Always whole: sliders elsewhere show a value without a volume as silent.
-StreamSetting RestoredVolume::settingFor(const WantedVolume& all) const {
+StreamSetting RouteVolumePolicy::settingFor(const WantedVolume& all) const {
     StreamSetting target = known_.value_or(StreamSetting{});
     target.mute = all.muted.value_or(target.mute.value_or(false));
     if (target.volumes.empty())
@@ -108,7 +109,7 @@ StreamSetting RestoredVolume::settingFor(const WantedVolume& all) const {
     return target;
 }
 
-std::optional<std::string> RestoredVolume::write(const WantedVolume& all, TimePoint now) {
+std::optional<std::string> RouteVolumePolicy::write(const WantedVolume& all, TimePoint now) {
     forgetLostWrites(now);
     StreamSetting wanted = settingFor(all);
     const bool isThere = writes_.empty() ? known_ && haveSameEffect(*known_, wanted)

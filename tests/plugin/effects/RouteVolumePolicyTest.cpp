@@ -1,4 +1,4 @@
-#include "plugin/effects/RestoredVolume.h"
+#include "plugin/effects/RouteVolumePolicy.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ std::string valueOf(const std::string& volumes, bool mute = false) {
            R"(],"channels":["FL","FR"]})";
 }
 
-class RestoredVolumeTest : public testing::Test {
+class RouteVolumePolicyTest : public testing::Test {
   protected:
     /// The setting is there for a while, with what the session manager remembered.
     void settle(const std::optional<std::string>& value) {
@@ -38,14 +38,14 @@ class RestoredVolumeTest : public testing::Test {
         return change;
     }
 
-    RestoredVolume::TimePoint now_{1h};
+    RouteVolumePolicy::TimePoint now_{1h};
     WantedVolume wanted_;
-    RestoredVolume volume_;
+    RouteVolumePolicy volume_;
 };
 
 } // namespace
 
-TEST_F(RestoredVolumeTest, WhatIsWrittenIsWholeAndKeepsBalanceAndChannels) {
+TEST_F(RouteVolumePolicyTest, WhatIsWrittenIsWholeAndKeepsBalanceAndChannels) {
     struct Case {
         std::vector<std::string> told;
         WantedVolume wanted;
@@ -61,7 +61,7 @@ TEST_F(RestoredVolumeTest, WhatIsWrittenIsWholeAndKeepsBalanceAndChannels) {
                percent(50),
                R"({"x":[1],"mute":false,"volumes":[0.125],"channels":["MONO"]})"},
           Case{{R"({"mute":true})", "rubbish"}, percent(50), valueOf("0.125,0.125")}}) {
-        RestoredVolume volume;
+        RouteVolumePolicy volume;
         volume.appeared();
         for (const std::string& value : values)
             volume.told(value, now_);
@@ -70,7 +70,7 @@ TEST_F(RestoredVolumeTest, WhatIsWrittenIsWholeAndKeepsBalanceAndChannels) {
     }
 }
 
-TEST_F(RestoredVolumeTest, WhatIsThereIsNotWrittenAgain) {
+TEST_F(RouteVolumePolicyTest, WhatIsThereIsNotWrittenAgain) {
     settle(valueOf("0.12500001,0.125"));
     EXPECT_EQ(ask(percent(50)), nothing);
     EXPECT_TRUE(ask(percent(40)));
@@ -78,7 +78,7 @@ TEST_F(RestoredVolumeTest, WhatIsThereIsNotWrittenAgain) {
     EXPECT_TRUE(ask(percent(50))) << "the write on its way counts, not what is there still";
 }
 
-TEST_F(RestoredVolumeTest, OurOwnWritesAreNobodysWill) {
+TEST_F(RouteVolumePolicyTest, OurOwnWritesAreNobodysWill) {
     settle(valueOf("1.0,1.0"));
     const auto first = ask(percent(80));
     const auto second = ask(percent(60));
@@ -91,7 +91,7 @@ TEST_F(RestoredVolumeTest, OurOwnWritesAreNobodysWill) {
     EXPECT_EQ(wanted_, percent(60));
 }
 
-TEST_F(RestoredVolumeTest, TheNewestThatIsToldCountsWhileWritesAreOnTheirWay) {
+TEST_F(RouteVolumePolicyTest, TheNewestThatIsToldCountsWhileWritesAreOnTheirWay) {
     settle(valueOf("1.0,1.0"));
     const auto first = ask(percent(80));
     const auto second = ask(percent(40));
@@ -106,7 +106,7 @@ TEST_F(RestoredVolumeTest, TheNewestThatIsToldCountsWhileWritesAreOnTheirWay) {
     EXPECT_EQ(wanted_.gain, 1.0F);
 }
 
-TEST_F(RestoredVolumeTest, WhatIsSetBesideIsWrittenOnlyIfWeEverDidSo) {
+TEST_F(RouteVolumePolicyTest, WhatIsSetBesideIsWrittenOnlyIfWeEverDidSo) {
     settle(valueOf("1.0,1.0"));
     EXPECT_EQ(volume_.changedBeside(percent(80), now_), nothing);
     told(ask(percent(50)));
@@ -114,16 +114,16 @@ TEST_F(RestoredVolumeTest, WhatIsSetBesideIsWrittenOnlyIfWeEverDidSo) {
     EXPECT_TRUE(volume_.changedBeside(percent(80), now_));
 }
 
-TEST_F(RestoredVolumeTest, AWriteThatNeverComesBackIsForgotten) {
+TEST_F(RouteVolumePolicyTest, AWriteThatNeverComesBackIsForgotten) {
     settle(valueOf("1.0,1.0"));
     EXPECT_TRUE(ask(percent(80)));
-    now_ += RestoredVolume::longestEcho + 1ms;
+    now_ += RouteVolumePolicy::longestEcho + 1ms;
     EXPECT_TRUE(ask(percent(80)));
-    now_ += RestoredVolume::longestEcho + 1ms;
+    now_ += RouteVolumePolicy::longestEcho + 1ms;
     EXPECT_EQ(told(valueOf("0.125,0.125")), percent(50));
 }
 
-TEST_F(RestoredVolumeTest, ASliderElsewhereChangesWhatItMovesAndNoMore) {
+TEST_F(RouteVolumePolicyTest, ASliderElsewhereChangesWhatItMovesAndNoMore) {
     settle(valueOf("1.0,1.0"));
     told(ask(percent(50)));
     EXPECT_EQ(told(valueOf("0.125,0.125", true)), (WantedVolume{nothing, true}));
@@ -133,7 +133,7 @@ TEST_F(RestoredVolumeTest, ASliderElsewhereChangesWhatItMovesAndNoMore) {
     EXPECT_EQ(told(R"({"mute":true,"volumes":[0.125,0.125]})"), (WantedVolume{0.125F, true}));
 }
 
-TEST_F(RestoredVolumeTest, ASettingThatCameAgainGetsTheWantedVolume) {
+TEST_F(RouteVolumePolicyTest, ASettingThatCameAgainGetsTheWantedVolume) {
     EXPECT_EQ(ask(percent(50)), nothing) << "nobody is there";
     volume_.appeared();
     EXPECT_EQ(ask({nothing, true}), nothing) << "it may still be filled";
