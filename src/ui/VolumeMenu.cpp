@@ -1,6 +1,6 @@
 #include "ui/VolumeMenu.h"
 
-#include "model/GestureHistory.h"
+#include "model/UndoHistory.h"
 #include "platform/text/Localization.h"
 
 #include <QCoreApplication>
@@ -34,7 +34,7 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     edit->addSeparator();
     // The key itself is the grid's.
     ignore_ = addEntry(edit, {}, {}, &VolumeMenu::ignoreWanted);
-    showHistory(GestureHistory({}));
+    showHistory(UndoHistory({}));
     showSelection({});
 
     QMenu* const windows = addPart(localized(QStringLiteral("&Window")));
@@ -69,7 +69,7 @@ void VolumeMenu::addOpening(const QKeySequence& key, QAction* chosen) {
     window_.addAction(opening);
 }
 
-void VolumeMenu::showHistory(const GestureHistory& history) {
+void VolumeMenu::showHistory(const UndoHistory& history) {
     const auto show = [](QAction& entry, const QString& title, const QString& what) {
         entry.setText(what.isEmpty() ? title : title + QLatin1Char(' ') + plainTitle(what));
         entry.setEnabled(!what.isEmpty());

@@ -2,7 +2,7 @@
 
 #include <QMenu>
 
-class GestureHistory;
+class UndoHistory;
 
 /// The menu of the volume window: File, Edit, Window and Help, with their shortcuts, which hold in
 /// the whole window. F10 opens it, and Alt with a letter one of the four. Main thread only.
@@ -14,7 +14,7 @@ class VolumeMenu final : public QMenu {
     explicit VolumeMenu(QWidget& window);
 
     /// Shows what can be taken back now.
-    void showHistory(const GestureHistory& history);
+    void showHistory(const UndoHistory& history);
 
     /// What Delete would ignore; empty for nothing.
     void showSelection(const QString& name);

@@ -97,7 +97,7 @@ VolumeWindow::sharedDependencies(AppVolumeController& controller) {
 
 VolumeWindow::VolumeWindow(const MVCollectionViewItem::Dependencies& dependencies)
     : MVCustomWindow(makeContent())
-    , history_(road(), [this] { updateMenu(); })
+    , history_(undoActions(), [this] { updateMenu(); })
     , dependencies_(dependencies)
     , problemBar_(contentView().findChild<ProblemBar*>())
     , scrollView_(contentView().findChild<VolumeScrollView*>())
@@ -149,7 +149,7 @@ void VolumeWindow::ignore(const QString& process) {
 
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no
 /// item at the moment, or cannot be controlled, stays as it is.
-GestureHistory::Road VolumeWindow::road() {
+UndoHistory::Actions VolumeWindow::undoActions() {
     return {[this](const QString& program, int percent) {
                 const MVCollectionViewItem* const item = itemOf(program);
                 if (item != nullptr && item->slider().isEnabled()) {

@@ -3,7 +3,7 @@
 #include "look/window/MVCustomWindow.h"
 #include "look/window/ProblemBar.h"
 #include "model/AppVolumeView.h"
-#include "model/GestureHistory.h"
+#include "model/UndoHistory.h"
 #include "platform/window/WindowVisibility.h"
 #include "ui/items/MVCollectionViewItem.h"
 
@@ -45,7 +45,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void showProblem(const ProblemBar::Content& content);
 
     VolumeMenu& menu() const noexcept { return *menu_; }
-    GestureHistory& history() noexcept { return history_; }
+    UndoHistory& history() noexcept { return history_; }
 
   Q_SIGNALS:
     /// A person wants the program to end.
@@ -62,7 +62,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
 
   private:
     MVCollectionViewItem::Dependencies itemDependencies();
-    GestureHistory::Road road();
+    UndoHistory::Actions undoActions();
     MVCollectionViewItem* itemOf(const QString& program) const;
     void ignore(const QString& process);
     void makeMenu();
@@ -73,7 +73,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void snap();
     void updateHint();
 
-    GestureHistory history_;
+    UndoHistory history_;
     const MVCollectionViewItem::Dependencies dependencies_;
     ProblemBar* const problemBar_;
     VolumeScrollView* const scrollView_;

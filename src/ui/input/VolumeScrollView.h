@@ -11,7 +11,7 @@ class MVCollectionView;
 class MVVolumeSlider;
 
 /// Scrolls the grid of items: by whole rows with a wheel, smoothly with a device that counts
-/// pixels. Over a slider the wheel moves that, by the mouse's road, as WheelPolicy says. Main
+/// pixels. Over a slider the wheel moves that, as the mouse does, by the rules of WheelPolicy. Main
 /// thread only.
 class VolumeScrollView final : public QScrollArea {
     Q_OBJECT

@@ -11,21 +11,21 @@
 /// What a person has done to programs, the last of which can be taken back, and done again until
 /// something else is done. Moves of one slider that belong together, by a drag or by keys that
 /// follow each other within a second, are one. Main thread only.
-class GestureHistory {
+class UndoHistory {
   public:
     /// What it holds at most; the oldest is forgotten.
     static constexpr std::size_t most = 100;
 
     /// The ways in which a gesture is taken back or done again: those of the mouse. What they
     /// report to the history meanwhile is no new gesture.
-    struct Road {
+    struct Actions {
         std::function<void(const QString& program, int percent)> setVolume;
         std::function<void(const QString& program, bool muted)> setMuted;
         std::function<void(const QString& process, bool ignored)> setIgnored;
     };
 
     /// `changed` is called when what can be taken back or done again is another; may be null.
-    explicit GestureHistory(Road road, std::function<void()> changed = nullptr);
+    explicit UndoHistory(Actions actions, std::function<void()> changed = nullptr);
 
     /// After a gesture. `program` is the displayed name, by which settings are kept, `process` the
     /// name that is ignored.
@@ -60,7 +60,7 @@ class GestureHistory {
     void tell() const;
     static QString textOf(const Gesture& gesture);
 
-    const Road road_;
+    const Actions actions_;
     const std::function<void()> changed_;
     std::vector<Gesture> gestures_;
     std::size_t done_ = 0; // of them; what follows has been taken back

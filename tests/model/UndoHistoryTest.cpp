@@ -1,4 +1,4 @@
-#include "model/GestureHistory.h"
+#include "model/UndoHistory.h"
 
 #include "support/ManualClock.h"
 
@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class GestureHistoryTest : public testing::Test {
+class UndoHistoryTest : public testing::Test {
   protected:
     /// What has been done by undo and redo since the last call; each reports to the history, as
     /// the controls do.
@@ -26,26 +26,25 @@ class GestureHistoryTest : public testing::Test {
     support::ManualClock clock_;
     std::string done_;
     int changes_ = 0;
-    GestureHistory history_{{[this](const QString& program, int percent) {
-                                 done_ += program.toStdString() + std::to_string(percent) + " ";
-                                 history_.volumeChanged(program, 1, percent);
-                                 history_.volumeReleased(program);
-                             },
-                             [this](const QString& program, bool muted) {
-                                 done_ += program.toStdString() + (muted ? " muted " : " unmuted ");
-                                 history_.muteChanged(program, muted);
-                             },
-                             [this](const QString& process, bool ignored) {
-                                 done_ +=
-                                     process.toStdString() + (ignored ? " ignored " : " shown ");
-                                 history_.ignoredChanged(process, ignored);
-                             }},
-                            [this] { ++changes_; }};
+    UndoHistory history_{{[this](const QString& program, int percent) {
+                              done_ += program.toStdString() + std::to_string(percent) + " ";
+                              history_.volumeChanged(program, 1, percent);
+                              history_.volumeReleased(program);
+                          },
+                          [this](const QString& program, bool muted) {
+                              done_ += program.toStdString() + (muted ? " muted " : " unmuted ");
+                              history_.muteChanged(program, muted);
+                          },
+                          [this](const QString& process, bool ignored) {
+                              done_ += process.toStdString() + (ignored ? " ignored " : " shown ");
+                              history_.ignoredChanged(process, ignored);
+                          }},
+                         [this] { ++changes_; }};
 };
 
 } // namespace
 
-TEST_F(GestureHistoryTest, GesturesAreTakenBackFromTheLastAndDoneAgain) {
+TEST_F(UndoHistoryTest, GesturesAreTakenBackFromTheLastAndDoneAgain) {
     drag("a", {100, 80, 30});
     history_.muteChanged("b", true);
     history_.ignoredChanged("c", true);
@@ -68,7 +67,7 @@ TEST_F(GestureHistoryTest, GesturesAreTakenBackFromTheLastAndDoneAgain) {
     EXPECT_GE(changes_, 11);
 }
 
-TEST_F(GestureHistoryTest, MovesThatBelongTogetherAreOne) {
+TEST_F(UndoHistoryTest, MovesThatBelongTogetherAreOne) {
     drag("a", {100, 99});
     clock_.advance(900ms);
     drag("a", {99, 98});
@@ -85,7 +84,7 @@ TEST_F(GestureHistoryTest, MovesThatBelongTogetherAreOne) {
     EXPECT_EQ(done(), "a20 b100 a40 a100 ");
 }
 
-TEST_F(GestureHistoryTest, AMoveAfterAnUndoIsOneOfItsOwn) {
+TEST_F(UndoHistoryTest, AMoveAfterAnUndoIsOneOfItsOwn) {
     drag("a", {100, 50});
     drag("b", {100, 50});
     history_.undo();
@@ -94,19 +93,19 @@ TEST_F(GestureHistoryTest, AMoveAfterAnUndoIsOneOfItsOwn) {
     EXPECT_EQ(done(), "b100 a50 ");
 }
 
-TEST_F(GestureHistoryTest, WhatComesBackToWhereItWasIsNoGesture) {
+TEST_F(UndoHistoryTest, WhatComesBackToWhereItWasIsNoGesture) {
     drag("a", {100, 50, 100});
     EXPECT_FALSE(history_.canUndo());
     drag("a", {100, 100});
     EXPECT_FALSE(history_.canUndo());
 }
 
-TEST_F(GestureHistoryTest, TheOldestIsForgotten) {
-    for (std::size_t count = 0; count < GestureHistory::most + 5; ++count)
+TEST_F(UndoHistoryTest, TheOldestIsForgotten) {
+    for (std::size_t count = 0; count < UndoHistory::most + 5; ++count)
         history_.muteChanged(QString::number(count), true);
     std::size_t undone = 0;
     for (; history_.canUndo(); ++undone)
         history_.undo();
-    EXPECT_EQ(undone, GestureHistory::most);
+    EXPECT_EQ(undone, UndoHistory::most);
     EXPECT_TRUE(done().ends_with(" 5 unmuted "));
 }

@@ -1,4 +1,4 @@
-#include "model/GestureHistory.h"
+#include "model/UndoHistory.h"
 
 #include "model/MVCommAppValue.h"
 #include "platform/text/Localization.h"
@@ -15,10 +15,10 @@ constexpr std::chrono::seconds together{1};
 
 } // namespace
 
-GestureHistory::GestureHistory(Road road, std::function<void()> changed)
-    : road_(std::move(road)), changed_(std::move(changed)) {}
+UndoHistory::UndoHistory(Actions actions, std::function<void()> changed)
+    : actions_(std::move(actions)), changed_(std::move(changed)) {}
 
-bool GestureHistory::belongsToLast(const QString& program) const {
+bool UndoHistory::belongsToLast(const QString& program) const {
     if (done_ == 0 || canRedo())
         return false;
     const Gesture& last = gestures_.back();
@@ -26,7 +26,7 @@ bool GestureHistory::belongsToLast(const QString& program) const {
            (isHeld_ || MonotonicClock::now() - last_ < together);
 }
 
-void GestureHistory::volumeChanged(const QString& program, int before, int after) {
+void UndoHistory::volumeChanged(const QString& program, int before, int after) {
     if (isFollowing_)
         return;
     if (belongsToLast(program)) {
@@ -41,7 +41,7 @@ void GestureHistory::volumeChanged(const QString& program, int before, int after
 }
 
 /// A slider that has come back to where it was has done nothing.
-void GestureHistory::volumeReleased(const QString& program) {
+void UndoHistory::volumeReleased(const QString& program) {
     if (isFollowing_ || !belongsToLast(program))
         return;
     isHeld_ = false;
@@ -53,15 +53,15 @@ void GestureHistory::volumeReleased(const QString& program) {
     tell();
 }
 
-void GestureHistory::muteChanged(const QString& program, bool muted) {
+void UndoHistory::muteChanged(const QString& program, bool muted) {
     add({Kind::mute, program, muted ? 0 : 1, muted ? 1 : 0});
 }
 
-void GestureHistory::ignoredChanged(const QString& process, bool ignored) {
+void UndoHistory::ignoredChanged(const QString& process, bool ignored) {
     add({Kind::ignored, process, ignored ? 0 : 1, ignored ? 1 : 0});
 }
 
-void GestureHistory::add(Gesture gesture) {
+void UndoHistory::add(Gesture gesture) {
     if (isFollowing_)
         return;
     gestures_.resize(done_);
@@ -74,40 +74,40 @@ void GestureHistory::add(Gesture gesture) {
     tell();
 }
 
-void GestureHistory::undo() {
+void UndoHistory::undo() {
     if (!canUndo())
         return;
     const Gesture gesture = gestures_[--done_];
     follow(gesture, gesture.before);
 }
 
-void GestureHistory::redo() {
+void UndoHistory::redo() {
     if (!canRedo())
         return;
     const Gesture gesture = gestures_[done_++];
     follow(gesture, gesture.after);
 }
 
-void GestureHistory::follow(const Gesture& gesture, int value) {
+void UndoHistory::follow(const Gesture& gesture, int value) {
     isHeld_ = false;
     {
         const QScopedValueRollback following(isFollowing_, true);
         if (gesture.kind == Kind::volume)
-            road_.setVolume(gesture.name, value);
+            actions_.setVolume(gesture.name, value);
         else if (gesture.kind == Kind::mute)
-            road_.setMuted(gesture.name, value != 0);
+            actions_.setMuted(gesture.name, value != 0);
         else
-            road_.setIgnored(gesture.name, value != 0);
+            actions_.setIgnored(gesture.name, value != 0);
     }
     tell();
 }
 
-void GestureHistory::tell() const {
+void UndoHistory::tell() const {
     if (changed_)
         changed_();
 }
 
-QString GestureHistory::textOf(const Gesture& gesture) {
+QString UndoHistory::textOf(const Gesture& gesture) {
     switch (gesture.kind) {
     case Kind::volume:
         return formatted(localized(QStringLiteral("Volume of \"%@\"")), gesture.name);
@@ -122,10 +122,10 @@ QString GestureHistory::textOf(const Gesture& gesture) {
     return {};
 }
 
-QString GestureHistory::undoText() const {
+QString UndoHistory::undoText() const {
     return canUndo() ? textOf(gestures_[done_ - 1]) : QString();
 }
 
-QString GestureHistory::redoText() const {
+QString UndoHistory::redoText() const {
     return canRedo() ? textOf(gestures_[done_]) : QString();
 }
