@@ -60,7 +60,7 @@ AppVolumeController::AppVolumeController(const Dependencies& dependencies)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
     , briefing_(defaults_, dependencies.preferencesFile,
                 [this](const NamedSetting& newer) { rememberedApps_.learn(newer); })
-    , toBeFreed_(appPrefs_, ignoredApps_, commands_)
+    , newlyIgnored_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, dependencies.preferencesFile, dependencies.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
                          [this](MVCommAppValue& app) { restore(app); }})
@@ -157,7 +157,7 @@ void AppVolumeController::merge(First first) {
         const QScopedValueRollback restoring(isRestoring_, true);
         list_.settle();
     }
-    toBeFreed_.freeConnected(list_);
+    newlyIgnored_.resetConnected(list_);
     useNews();
     if (view_ != nullptr)
         view_->appsDidChange(apps());
@@ -348,7 +348,7 @@ void AppVolumeController::pluginHasGone() {
 }
 
 void AppVolumeController::ignoredAppsDidChange() {
-    toBeFreed_.mark(list_);
+    newlyIgnored_.mark(list_);
     savePrefs();
     update();
 }

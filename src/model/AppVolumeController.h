@@ -2,8 +2,8 @@
 
 #include "model/AppList.h"
 #include "model/AppPreferences.h"
-#include "model/AppsToFree.h"
 #include "model/NewApps.h"
+#include "model/NewlyIgnoredApps.h"
 #include "model/PluginBriefing.h"
 #include "model/PluginCommands.h"
 #include "model/PluginNews.h"
@@ -190,7 +190,7 @@ class AppVolumeController {
     NewApps newApps_;
     RememberedApps rememberedApps_;
     PluginBriefing briefing_;
-    AppsToFree toBeFreed_;
+    NewlyIgnoredApps newlyIgnored_;
     PreferenceCopies copies_;
     AppList list_;
     PluginNews news_;

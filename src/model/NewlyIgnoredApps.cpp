@@ -1,4 +1,4 @@
-#include "model/AppsToFree.h"
+#include "model/NewlyIgnoredApps.h"
 
 #include "model/AppList.h"
 #include "model/AppPreferences.h"
@@ -6,7 +6,7 @@
 #include "model/MVIgnoredApps.h"
 #include "model/PluginCommands.h"
 
-void AppsToFree::mark(const AppList& list) {
+void NewlyIgnoredApps::mark(const AppList& list) {
     for (const MVCommAppValue* const app : list.apps()) {
         const QString name = app->displayName();
         const bool isPlain =
@@ -16,7 +16,7 @@ void AppsToFree::mark(const AppList& list) {
     }
 }
 
-void AppsToFree::freeConnected(const AppList& list) {
+void NewlyIgnoredApps::resetConnected(const AppList& list) {
     processNames_.removeIf([&](const QString& processName) {
         if (!ignoredApps_.isAppIgnored(processName))
             return true;

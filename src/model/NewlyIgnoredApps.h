@@ -11,11 +11,11 @@ class PluginCommands;
 /// Has programs that become ignored be as if they had never been touched: at full volume, not
 /// muted. What is remembered of them stays, for the day when they are not ignored any more. Main
 /// thread only.
-class AppsToFree {
+class NewlyIgnoredApps {
   public:
     /// All must outlive the object.
-    AppsToFree(const AppPreferences& preferences, const MVIgnoredApps& ignoredApps,
-               PluginCommands& commands)
+    NewlyIgnoredApps(const AppPreferences& preferences, const MVIgnoredApps& ignoredApps,
+                     PluginCommands& commands)
         : preferences_(preferences), ignoredApps_(ignoredApps), commands_(commands) {}
 
     /// After the ignored names have changed, and before the records of `list` go.
@@ -23,7 +23,7 @@ class AppsToFree {
 
     /// Tells the plug-ins about those that were marked. Who is not connected, since the plug-in is
     /// away, waits for that, and for another call.
-    void freeConnected(const AppList& list);
+    void resetConnected(const AppList& list);
 
   private:
     const AppPreferences& preferences_;
