@@ -7,7 +7,7 @@
 #include "model/AppVolumeView.h"
 #include "model/MVCommAppValue.h"
 #include "model/MVIgnoredApps.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "model/WindowSize.h"
 #include "platform/base/WallClock.h"
 #include "platform/defaults/UserDefaults.h"
@@ -233,8 +233,8 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
     const qsizetype index = list_.indexOfPid(message->pid);
     if (index < 0)
         return;
-    const float level = VolumeNumbers::clampedLevel(message->level);
-    const qint64 level100 = VolumeNumbers::percentOfLevel(level);
+    const float level = VolumeConversion::clampedLevel(message->level);
+    const qint64 level100 = VolumeConversion::percentOfLevel(level);
     MVCommAppValue* const app = apps()[index];
     if (level100 == app->activity())
         return;
@@ -250,7 +250,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     if (isRestoring_)
         return;
     const int before = percentOf(app);
-    const int percent = VolumeNumbers::percentOfFraction(app.volume());
+    const int percent = VolumeConversion::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
     briefing_.note(app.displayName());
@@ -273,7 +273,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
 
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
     app.setVolume(fraction);
-    if (percentOf(app) != VolumeNumbers::percentOfFraction(fraction))
+    if (percentOf(app) != VolumeConversion::percentOfFraction(fraction))
         sliderChanged(app); // somebody has set another one meanwhile
     copies_.saveNow();
     if (gestures_.volumeReleased)
@@ -281,7 +281,7 @@ void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
 }
 
 void AppVolumeController::setPercent(MVCommAppValue& app, int percent) {
-    app.setVolume(static_cast<double>(VolumeNumbers::fractionForPercent(percent)));
+    app.setVolume(static_cast<double>(VolumeConversion::fractionForPercent(percent)));
     sliderChanged(app);
     if (gestures_.volumeReleased)
         gestures_.volumeReleased(app);
@@ -311,7 +311,7 @@ QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
 }
 
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
-    const PluginNews::Setting setting{std::clamp(percent, 0, VolumeNumbers::full), muted};
+    const PluginNews::Setting setting{std::clamp(percent, 0, VolumeConversion::full), muted};
     if (MVCommAppValue* const app = list_.appOfProcess(pid)) {
         setFromElsewhere(*app, setting);
         tellItem(*app);

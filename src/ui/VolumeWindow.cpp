@@ -7,7 +7,7 @@
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
 #include "model/MVIgnoredApps.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "model/WindowSize.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/processes/FreedMemory.h"
@@ -153,7 +153,7 @@ UndoHistory::Actions VolumeWindow::undoActions() {
     return {[this](const QString& program, int percent) {
                 const MVCollectionViewItem* const item = itemOf(program);
                 if (item != nullptr && item->slider().isEnabled()) {
-                    item->slider().setSliderValue_(VolumeNumbers::fractionForPercent(percent),
+                    item->slider().setSliderValue_(VolumeConversion::fractionForPercent(percent),
                                                    false);
                     item->slider().update();
                 }

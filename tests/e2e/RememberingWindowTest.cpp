@@ -1,6 +1,6 @@
 #include "comm/PluginReports.h"
 #include "e2e/PreferencesFixture.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/loop/MainQueue.h"
 #include "support/VolumeModel.h"
 #include "support/VolumeWindowProbe.h"
@@ -65,7 +65,7 @@ class RememberingWindowTest : public PreferencesFixture {
     bool shows(int percent, bool muted) {
         const RowProbe shown = row();
         const auto percentShown = [&] {
-            return VolumeNumbers::percentOfFraction(
+            return VolumeConversion::percentOfFraction(
                 static_cast<double>(shown.slider->floatValue()));
         };
         const bool isShown = waitUntil(

@@ -1,6 +1,6 @@
 #include "support/VolumeWindowProbe.h"
 
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "ui/VolumeWindow.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewTextField.h"
@@ -33,11 +33,11 @@ RowProbe::RowProbe(const VolumeWindow& window, const QString& name) {
 }
 
 void RowProbe::slideTo(int percent) const {
-    slider->setSliderValue_(VolumeNumbers::fractionForPercent(percent), false);
+    slider->setSliderValue_(VolumeConversion::fractionForPercent(percent), false);
 }
 
 int RowProbe::level() const {
-    return static_cast<int>(VolumeNumbers::percentOfLevel(slider->activity()));
+    return static_cast<int>(VolumeConversion::percentOfLevel(slider->activity()));
 }
 
 QString notice(const VolumeWindow& window) {

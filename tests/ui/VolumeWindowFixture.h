@@ -1,7 +1,7 @@
 #pragma once
 
 #include "comm/MVCommSocketPath.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/qtloop/RunLoopNotifier.h"

@@ -147,7 +147,7 @@ TEST_F(VolumeWindowTest, WhatIsSetElsewhereMovesTheControlsButNotAHeldSlider) {
     const RowProbe row = connected();
     MVCommAppValue& app = *model_.controller.apps()[0];
     const auto shown = [&] {
-        return VolumeNumbers::percentOfFraction(static_cast<double>(row.slider->floatValue()));
+        return VolumeConversion::percentOfFraction(static_cast<double>(row.slider->floatValue()));
     };
     model_.controller.changedElsewhere(4711, 37, true);
     EXPECT_EQ(shown(), 37);

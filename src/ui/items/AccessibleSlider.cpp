@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleSlider.h"
 
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/text/Localization.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/TNVolumeSlider.h"
@@ -59,7 +59,7 @@ QVariant AccessibleSlider::currentValue() const {
 void AccessibleSlider::setCurrentValue(const QVariant& value) {
     if (!slider_.isEnabled())
         return;
-    slider_.setSliderValue_(VolumeNumbers::clampedLevel(value.toFloat()), true);
+    slider_.setSliderValue_(VolumeConversion::clampedLevel(value.toFloat()), true);
     slider_.update();
 }
 

@@ -6,7 +6,7 @@
 #include "look/theme/CurrentTheme.h"
 #include "look/window/QNToolTip.h"
 #include "model/AppVolumeController.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/bus/NotificationCenter.h"
 #include "platform/text/Localization.h"
 #include "platform/text/OneLineText.h"
@@ -125,7 +125,7 @@ void MVCollectionViewItem::updateControls() {
     if (app_ == nullptr)
         return;
     const int percent = dependencies_.controller.percentOf(*app_);
-    slider_->showValue(VolumeNumbers::fractionForPercent(percent));
+    slider_->showValue(VolumeConversion::fractionForPercent(percent));
     slider_->setMuted(app_->muted());
     const bool isControllable = dependencies_.controller.reasonNotControllable(*app_).isEmpty();
     slider_->setEnabled(isControllable);

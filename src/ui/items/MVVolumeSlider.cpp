@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/LighterColor.h"
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/bus/NotificationCenter.h"
 #include "platform/loop/DispatchQueue.h"
 #include "ui/items/SliderGeometry.h"
@@ -37,9 +37,9 @@ std::optional<int> stepOf(int key, Qt::Key more, Qt::Key less) {
     case Qt::Key_PageUp:
         return page;
     case Qt::Key_Home:
-        return -VolumeNumbers::full;
+        return -VolumeConversion::full;
     case Qt::Key_End:
-        return VolumeNumbers::full;
+        return VolumeConversion::full;
     default:
         return std::nullopt;
     }
@@ -220,12 +220,12 @@ void MVVolumeSlider::hideEvent(QHideEvent* /*event*/) {
 }
 
 int MVVolumeSlider::percent() const {
-    return VolumeNumbers::percentOfFraction(static_cast<double>(value_));
+    return VolumeConversion::percentOfFraction(static_cast<double>(value_));
 }
 
 void MVVolumeSlider::moveTo(int percent) {
     isMoved_ = true;
-    setFloatValue(VolumeNumbers::fractionForPercent(percent));
+    setFloatValue(VolumeConversion::fractionForPercent(percent));
     update();
 }
 

@@ -1,6 +1,6 @@
 #include "ui/items/TNBeeper.h"
 
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/loop/RunLoop.h"
 
@@ -48,7 +48,7 @@ void TNBeeper::beepAtVolume(float volume) {
     if (end_.isActive())
         stop();
     const Range& range = ranges[static_cast<std::size_t>(::random()) & 15U];
-    const float level = VolumeNumbers::clampedLevel(volume);
+    const float level = VolumeConversion::clampedLevel(volume);
     sound_->play(range.start, range.duration, level * level * level);
     end_.start(std::chrono::duration_cast<platform::MonotonicClock::duration>(range.duration));
 }

@@ -1,13 +1,13 @@
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 
 #include <algorithm>
 #include <cmath>
 
-int VolumeNumbers::percentOfFraction(double fraction) {
+int VolumeConversion::percentOfFraction(double fraction) {
     return fraction > 0 ? static_cast<int>(std::min(fraction, 1.0) * full) : 0;
 }
 
-float VolumeNumbers::fractionForPercent(int percent) {
+float VolumeConversion::fractionForPercent(int percent) {
     const int wanted = std::clamp(percent, 0, full);
     const auto isEnough = [wanted](float fraction) {
         return percentOfFraction(static_cast<double>(fraction)) >= wanted;
@@ -20,10 +20,10 @@ float VolumeNumbers::fractionForPercent(int percent) {
     return fraction;
 }
 
-float VolumeNumbers::clampedLevel(float level) {
+float VolumeConversion::clampedLevel(float level) {
     return level > 0.0F ? std::min(level, 1.0F) : 0.0F;
 }
 
-qint64 VolumeNumbers::percentOfLevel(float clampedLevel) {
+qint64 VolumeConversion::percentOfLevel(float clampedLevel) {
     return static_cast<qint64>(clampedLevel * static_cast<float>(full));
 }

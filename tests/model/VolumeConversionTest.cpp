@@ -1,4 +1,4 @@
-#include "model/VolumeNumbers.h"
+#include "model/VolumeConversion.h"
 #include "model/WindowSize.h"
 
 #include <gtest/gtest.h>
@@ -6,9 +6,9 @@
 #include <cmath>
 #include <limits>
 
-using VolumeNumbers::percentOfFraction;
+using VolumeConversion::percentOfFraction;
 
-TEST(VolumeNumbers, FractionsAreCutOffNotRounded) {
+TEST(VolumeConversion, FractionsAreCutOffNotRounded) {
     EXPECT_EQ(percentOfFraction(0.999), 99);
     EXPECT_EQ(percentOfFraction(0.0), 0);
     EXPECT_EQ(percentOfFraction(0.005), 0);
@@ -18,20 +18,20 @@ TEST(VolumeNumbers, FractionsAreCutOffNotRounded) {
     EXPECT_EQ(percentOfFraction(std::nan("")), 0);
 }
 
-TEST(VolumeNumbers, EveryPercentHasTheSmallestFractionThatMeansIt) {
+TEST(VolumeConversion, EveryPercentHasTheSmallestFractionThatMeansIt) {
     for (int percent = 0; percent <= 100; ++percent) {
-        const float fraction = VolumeNumbers::fractionForPercent(percent);
+        const float fraction = VolumeConversion::fractionForPercent(percent);
         EXPECT_EQ(static_cast<int>(static_cast<double>(fraction) * 100.0), percent);
         const float less = std::nextafter(fraction, -1.0F);
         EXPECT_TRUE(percent == 0 ? std::fpclassify(fraction) == FP_ZERO
                                  : static_cast<int>(static_cast<double>(less) * 100.0) < percent)
             << percent;
     }
-    EXPECT_FLOAT_EQ(VolumeNumbers::fractionForPercent(-1), 0.0F);
-    EXPECT_FLOAT_EQ(VolumeNumbers::fractionForPercent(1000), 1.0F);
+    EXPECT_FLOAT_EQ(VolumeConversion::fractionForPercent(-1), 0.0F);
+    EXPECT_FLOAT_EQ(VolumeConversion::fractionForPercent(1000), 1.0F);
 }
 
-TEST(VolumeNumbers, LevelsAreClampedAndCutOff) {
+TEST(VolumeConversion, LevelsAreClampedAndCutOff) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const struct {
         float level;
@@ -40,7 +40,7 @@ TEST(VolumeNumbers, LevelsAreClampedAndCutOff) {
                  {0.0F, 0},   {-0.0F, 0},      {1.0F, 100},        {0.9999F, 99},
                  {1e-30F, 0}, {infinity, 100}, {-infinity, 0},     {0.759F, 75}};
     for (const auto& each : cases)
-        EXPECT_EQ(VolumeNumbers::percentOfLevel(VolumeNumbers::clampedLevel(each.level)),
+        EXPECT_EQ(VolumeConversion::percentOfLevel(VolumeConversion::clampedLevel(each.level)),
                   each.percent)
             << each.level;
 }

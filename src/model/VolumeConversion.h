@@ -4,7 +4,7 @@
 
 /// How percents, fractions and levels become each other. Whatever has to be cut off is cut towards
 /// zero; what is no number is 0.
-namespace VolumeNumbers {
+namespace VolumeConversion {
 
 inline constexpr int full = 100; ///< percent
 
@@ -20,4 +20,4 @@ float clampedLevel(float level);
 /// A clamped level in percent.
 qint64 percentOfLevel(float clampedLevel);
 
-} // namespace VolumeNumbers
+} // namespace VolumeConversion
