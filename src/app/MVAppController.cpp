@@ -208,8 +208,8 @@ void MVAppController::hearPlugin() {
             controller.changedElsewhere(pid, percent, muted);
         },
         [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
-        [&] { controller.pluginHasGone(); }, [&] { controller.briefing().begin(); }});
-    controller.briefing().setSender([this](const auto& word, auto answered) {
+        [&] { controller.pluginHasGone(); }, [&] { controller.publisher().begin(); }});
+    controller.publisher().setSender([this](const auto& word, auto answered) {
         return pluginReports_ != nullptr && pluginReports_->tell(word, std::move(answered));
     });
 }

@@ -47,7 +47,7 @@ class PluginReports::Receiver : public QObject {
                      SLOT(notControllable(uint, QString, QDBusMessage)));
     }
 
-    bool tell(const PluginWord& word, Answered answered) {
+    bool tell(const PreferencesMessage& word, Answered answered) {
         if (!isThere())
             return false;
         auto call = QDBusMessage::createMethodCall(*plugin_.owner(), objectPath(), busName(),
@@ -123,7 +123,7 @@ PluginReports::PluginReports(Handlers handlers) {
 
 PluginReports::~PluginReports() = default;
 
-bool PluginReports::tell(const PluginWord& word, Answered answered) {
+bool PluginReports::tell(const PreferencesMessage& word, Answered answered) {
     return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QList>
 #include <QString>
@@ -42,7 +42,7 @@ class PluginReports {
     /// Tells the plug-in the application's word. `answered` is called from the event loop, once it
     /// has answered or gone, however long that takes; not after this object has gone. False, and no
     /// call, when there is no plug-in.
-    bool tell(const PluginWord& word, Answered answered);
+    bool tell(const PreferencesMessage& word, Answered answered);
 
   private:
     class Receiver;

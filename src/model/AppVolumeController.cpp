@@ -58,8 +58,8 @@ AppVolumeController::AppVolumeController(const Dependencies& dependencies)
     , seen_(defaults_)
     , newApps_(seen_, appPrefs_)
     , rememberedApps_(*this, appPrefs_, seen_, [this] { settingsChanged(); })
-    , briefing_(defaults_, dependencies.preferencesFile,
-                [this](const NamedSetting& newer) { rememberedApps_.learn(newer); })
+    , publisher_(defaults_, dependencies.preferencesFile,
+                 [this](const NamedSetting& newer) { rememberedApps_.learn(newer); })
     , newlyIgnored_(appPrefs_, ignoredApps_, commands_)
     , copies_(defaults_, dependencies.preferencesFile, dependencies.copyFolders)
     , list_(workspace_, {[this](const QString& name) { return ignoredApps_.isAppIgnored(name); },
@@ -253,7 +253,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
     const int percent = VolumeConversion::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
-    briefing_.note(app.displayName());
+    publisher_.note(app.displayName());
     keepSetting(app.displayName());
     if (gestures_.volumeChanged)
         gestures_.volumeChanged(app, before, percent);
@@ -265,7 +265,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     const bool isChange = appPrefs_.isMuted(app.displayName()) != app.muted();
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
-    briefing_.note(app.displayName());
+    publisher_.note(app.displayName());
     keepSetting(app.displayName());
     if (isChange && gestures_.muteChanged)
         gestures_.muteChanged(app, app.muted());
@@ -380,7 +380,7 @@ void AppVolumeController::storePrefs() {
 }
 
 void AppVolumeController::savePrefs() {
-    briefing_.changed(); // first: what is in the file has been told
+    publisher_.changed(); // first: what is in the file has been told
     copies_.mark();
 }
 

@@ -4,10 +4,10 @@
 #include "model/AppPreferences.h"
 #include "model/NewApps.h"
 #include "model/NewlyIgnoredApps.h"
-#include "model/PluginBriefing.h"
 #include "model/PluginCommands.h"
 #include "model/PluginNews.h"
 #include "model/PreferenceCopies.h"
+#include "model/PreferencePublisher.h"
 #include "model/RememberedApps.h"
 #include "model/SeenApps.h"
 #include "platform/bus/NotificationCenter.h"
@@ -140,7 +140,7 @@ class AppVolumeController {
     QString whyNamed(const MVCommAppValue& app) const;
 
     /// What the plug-in is told beside its socket.
-    PluginBriefing& briefing() noexcept { return briefing_; }
+    PreferencePublisher& publisher() noexcept { return publisher_; }
 
     /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
     /// and waits a minute for a process that is not known yet.
@@ -189,7 +189,7 @@ class AppVolumeController {
     SeenApps seen_;
     NewApps newApps_;
     RememberedApps rememberedApps_;
-    PluginBriefing briefing_;
+    PreferencePublisher publisher_;
     NewlyIgnoredApps newlyIgnored_;
     PreferenceCopies copies_;
     AppList list_;

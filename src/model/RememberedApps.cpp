@@ -7,7 +7,7 @@
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
 #include "model/SeenApps.h"
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QHash>
 
@@ -46,7 +46,7 @@ void RememberedApps::set(const QString& displayName, int percent, bool muted) {
             controller_.setMuted(*app, muted);
         return;
     }
-    controller_.briefing().note(displayName);
+    controller_.publisher().note(displayName);
     keep(displayName, percent, muted);
 }
 
@@ -71,7 +71,7 @@ bool RememberedApps::forget(const QString& displayName) {
         return false;
     if (preferences_.contains(displayName))
         set(displayName, AppPreferences::fullVolume, false);
-    controller_.briefing().note(displayName);
+    controller_.publisher().note(displayName);
     preferences_.remove(displayName);
     seen_.remove(displayName);
     changed_();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QDBusObjectPath>
 #include <QList>

@@ -126,7 +126,7 @@ TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     using Newer = std::optional<QList<NamedSetting>>;
     const support::SystemLogRecorder log;
     std::vector<Newer> answers;
-    const PluginWord word{"/file", "bytes", {"a", "b"}};
+    const PreferencesMessage word{"/file", "bytes", {"a", "b"}};
     PluginReports reports(record());
     const auto tell = [&] {
         return reports.tell(word, [&](const Newer& newer) { answers.push_back(newer); });

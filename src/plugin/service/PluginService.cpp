@@ -26,7 +26,7 @@ bool isWithinBounds(const QByteArray& preferences, const QStringList& news) {
     const auto size = std::accumulate(
         news.begin(), news.end(), preferences.size(),
         [](qsizetype sum, const QString& name) { return sum + name.toUtf8().size() + 1; });
-    return size <= PluginWord::longest;
+    return size <= PreferencesMessage::longest;
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "platform/bus/BusCallers.h"
 #include "platform/bus/BusNameOwner.h"
 #include "plugin/memory/ApplicationPreferences.h"
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QByteArray>
 #include <QDBusContext>

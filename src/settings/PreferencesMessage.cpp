@@ -1,4 +1,4 @@
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QDBusMetaType>
 #include <QList>

@@ -24,7 +24,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, NamedSetting& set
 void registerNamedSettings();
 
 /// What the application remembers.
-struct PluginWord {
+struct PreferencesMessage {
     /// A longer one, in bytes, is refused.
     static constexpr qsizetype longest = 1 << 20;
 

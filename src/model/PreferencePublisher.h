@@ -3,7 +3,7 @@
 #include "comm/PluginReports.h"
 #include "platform/base/MonotonicClock.h"
 #include "platform/loop/Timer.h"
-#include "settings/PluginWord.h"
+#include "settings/PreferencesMessage.h"
 
 #include <QSet>
 #include <QString>
@@ -20,18 +20,18 @@ class UserDefaults;
 /// next word waits for the answer to the one before, so that a plug-in that hangs gets one at most.
 /// What the plug-in answers was set before this program was started, and could not be saved then.
 /// The thread's run loop, and no other thread.
-class PluginBriefing {
+class PreferencePublisher {
   public:
     /// As PluginReports::tell().
-    using Sender = std::function<bool(const PluginWord& word, PluginReports::Answered)>;
+    using Sender = std::function<bool(const PreferencesMessage& word, PluginReports::Answered)>;
 
     /// Words are no closer to each other than that.
     static constexpr std::chrono::milliseconds pace{100};
 
     /// `file` is that of `defaults`, which must outlive the object. `learn` takes what the plug-in
     /// knows newer, unless a person has set something else meanwhile.
-    PluginBriefing(const platform::UserDefaults& defaults, std::filesystem::path file,
-                   std::function<void(const NamedSetting&)> learn);
+    PreferencePublisher(const platform::UserDefaults& defaults, std::filesystem::path file,
+                        std::function<void(const NamedSetting&)> learn);
 
     /// Until then nobody is told.
     void setSender(Sender sender) { sender_ = std::move(sender); }
@@ -50,7 +50,7 @@ class PluginBriefing {
   private:
     void tell();
     void answered(const std::optional<QList<NamedSetting>>& newer);
-    PluginWord word() const;
+    PreferencesMessage word() const;
 
     const platform::UserDefaults& defaults_;
     const std::filesystem::path file_;

@@ -1,4 +1,4 @@
-#include "model/PluginBriefing.h"
+#include "model/PreferencePublisher.h"
 
 #include "model/AppPreferences.h"
 #include "platform/defaults/PropertyList.h"
@@ -13,18 +13,19 @@
 
 using platform::MonotonicClock;
 
-PluginBriefing::PluginBriefing(const platform::UserDefaults& defaults, std::filesystem::path file,
-                               std::function<void(const NamedSetting&)> learn)
+PreferencePublisher::PreferencePublisher(const platform::UserDefaults& defaults,
+                                         std::filesystem::path file,
+                                         std::function<void(const NamedSetting&)> learn)
     : defaults_(defaults)
     , file_(std::move(file))
     , learn_(std::move(learn))
     , timer_(*platform::RunLoop::current(), [this] { tell(); }) {}
 
-void PluginBriefing::begin() {
+void PreferencePublisher::begin() {
     tell();
 }
 
-void PluginBriefing::changed() {
+void PreferencePublisher::changed() {
     if (timer_.isActive())
         return;
     if (last_ + pace > MonotonicClock::now())
@@ -33,13 +34,13 @@ void PluginBriefing::changed() {
         tell();
 }
 
-void PluginBriefing::note(const QString& displayName) {
+void PreferencePublisher::note(const QString& displayName) {
     const QString key = AppPreferences::keyForDisplayName(displayName);
     news_.insert(key);
     onTheWay_.remove(key);
 }
 
-void PluginBriefing::tell() {
+void PreferencePublisher::tell() {
     isDue_ = isWaiting_;
     if (isWaiting_ || !sender_)
         return;
@@ -48,7 +49,7 @@ void PluginBriefing::tell() {
     isWaiting_ = sender_(word(), [this](const auto& newer) { answered(newer); });
 }
 
-void PluginBriefing::answered(const std::optional<QList<NamedSetting>>& newer) {
+void PreferencePublisher::answered(const std::optional<QList<NamedSetting>>& newer) {
     isWaiting_ = false;
     if (newer) {
         news_.subtract(onTheWay_);
@@ -61,7 +62,7 @@ void PluginBriefing::answered(const std::optional<QList<NamedSetting>>& newer) {
         changed();
 }
 
-PluginWord PluginBriefing::word() const {
+PreferencesMessage PreferencePublisher::word() const {
     QVariantMap preferences;
     for (const QString& key :
          {PreferenceKeys::apps, PreferenceKeys::seenApps, PreferenceKeys::newAppVolume,

@@ -9,23 +9,24 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The plug-in's side of the bus: answers when the test says so.
-class PluginBriefingTest : public AppVolumeFixture {
+class PreferencePublisherTest : public AppVolumeFixture {
   protected:
     using Answered = PluginReports::Answered;
 
     std::optional<support::ManualClock> clock_; // from when the programs are connected
     bool isThere_ = false;
-    std::vector<PluginWord> words_;
+    std::vector<PreferencesMessage> words_;
     std::vector<Answered> waiting_;
 
     void SetUp() override {
-        controller_.briefing().setSender([this](const PluginWord& word, Answered answered) {
-            if (!isThere_)
-                return false;
-            words_.push_back(word);
-            waiting_.push_back(std::move(answered));
-            return true;
-        });
+        controller_.publisher().setSender(
+            [this](const PreferencesMessage& word, Answered answered) {
+                if (!isThere_)
+                    return false;
+                words_.push_back(word);
+                waiting_.push_back(std::move(answered));
+                return true;
+            });
     }
 
     void answer(const std::optional<QList<NamedSetting>>& newer) {
@@ -55,13 +56,13 @@ class PluginBriefingTest : public AppVolumeFixture {
 
 } // namespace
 
-TEST_F(PluginBriefingTest, TellsAllAndWhatIsNewUntilItIsTaken) {
+TEST_F(PreferencePublisherTest, TellsAllAndWhatIsNewUntilItIsTaken) {
     MVCommAppValue& app = connected(1, "player");
     clock_.emplace();
     controller_.setPercent(app, 40);
     EXPECT_EQ(wordsLater(), 0U) << "nobody is there";
     isThere_ = true;
-    controller_.briefing().begin();
+    controller_.publisher().begin();
     ASSERT_EQ(words_.size(), 1U);
     EXPECT_EQ(toldPercent(0, "player"), 40);
     EXPECT_EQ(newsOf(0), QStringList("player")) << "set while nobody was there";
@@ -81,12 +82,12 @@ TEST_F(PluginBriefingTest, TellsAllAndWhatIsNewUntilItIsTaken) {
     EXPECT_EQ(wordsLater(), 3U) << "nothing has changed";
 }
 
-TEST_F(PluginBriefingTest, LearnsWhatThePluginHasButForWhatWasSetMeanwhile) {
+TEST_F(PreferencePublisherTest, LearnsWhatThePluginHasButForWhatWasSetMeanwhile) {
     MVCommAppValue& app = connected(1, "player");
     support::ScriptedPlugin second(MVCommMainSocketPath());
     MVCommAppValue& other = connected(second, 2, "other");
     isThere_ = true;
-    controller_.briefing().begin();
+    controller_.publisher().begin();
     controller_.setPercent(other, 20);
     sent();
     view_.told.clear();
