@@ -5,7 +5,7 @@
 #include "app/PluginProblems.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
-#include "comm/PluginReports.h"
+#include "comm/PluginBusClient.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
 #include "look/theme/CurrentTheme.h"
@@ -203,14 +203,14 @@ void MVAppController::connectPlugins() {
 
 void MVAppController::hearPlugin() {
     AppVolumeController& controller = *volumeController_;
-    pluginReports_ = std::make_unique<PluginReports>(PluginReports::Handlers{
+    pluginBus_ = std::make_unique<PluginBusClient>(PluginBusClient::Handlers{
         [&](std::uint32_t pid, int percent, bool muted) {
             controller.changedElsewhere(pid, percent, muted);
         },
         [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
         [&] { controller.pluginHasGone(); }, [&] { controller.publisher().begin(); }});
     controller.publisher().setSender([this](const auto& word, auto answered) {
-        return pluginReports_ != nullptr && pluginReports_->tell(word, std::move(answered));
+        return pluginBus_ != nullptr && pluginBus_->tell(word, std::move(answered));
     });
 }
 
@@ -246,7 +246,7 @@ void MVAppController::applicationWillTerminate() {
         saveScreenshot();
     saveAndDisconnect();
     pluginProblems_.reset();
-    pluginReports_.reset();
+    pluginBus_.reset();
     instance_->serve(nullptr);
     control_.reset();
     window_.reset();

@@ -11,7 +11,7 @@ class ControlService;
 class PluginProblems;
 class VolumeWindow;
 
-class PluginReports;
+class PluginBusClient;
 
 namespace platform {
 class BusNameWatch;
@@ -77,7 +77,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;
-    std::unique_ptr<PluginReports> pluginReports_;
+    std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;
     std::unique_ptr<platform::BusNameWatch> helper_;
 };

@@ -178,7 +178,7 @@ void AppVolumeController::mergeRunning() {
 /// What has been reported of processes that are known by now. Of one that is ignored nothing is
 /// remembered.
 void AppVolumeController::useNews() {
-    news_.offer([this](std::uint32_t pid, const PluginNews::Setting& setting) {
+    news_.offer([this](std::uint32_t pid, const PendingPluginReports::Setting& setting) {
         MVCommAppValue* const app = list_.appOfProcess(pid);
         if (app != nullptr)
             setFromElsewhere(*app, setting);
@@ -311,7 +311,8 @@ QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
 }
 
 void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
-    const PluginNews::Setting setting{std::clamp(percent, 0, VolumeConversion::full), muted};
+    const PendingPluginReports::Setting setting{std::clamp(percent, 0, VolumeConversion::full),
+                                                muted};
     if (MVCommAppValue* const app = list_.appOfProcess(pid)) {
         setFromElsewhere(*app, setting);
         tellItem(*app);
@@ -321,7 +322,7 @@ void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool 
 }
 
 void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
-                                           const PluginNews::Setting& setting) {
+                                           const PendingPluginReports::Setting& setting) {
     appPrefs_.setPercent(app.displayName(), setting.percent);
     appPrefs_.setMuted(app.displayName(), setting.isMuted);
     {

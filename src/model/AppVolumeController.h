@@ -4,8 +4,8 @@
 #include "model/AppPreferences.h"
 #include "model/NewApps.h"
 #include "model/NewlyIgnoredApps.h"
+#include "model/PendingPluginReports.h"
 #include "model/PluginCommands.h"
-#include "model/PluginNews.h"
 #include "model/PreferenceCopies.h"
 #include "model/PreferencePublisher.h"
 #include "model/RememberedApps.h"
@@ -169,7 +169,7 @@ class AppVolumeController {
     void welcomeNew();
     void welcome(MVCommAppValue& app);
     void restore(MVCommAppValue& app) const;
-    void setFromElsewhere(MVCommAppValue& app, const PluginNews::Setting& setting);
+    void setFromElsewhere(MVCommAppValue& app, const PendingPluginReports::Setting& setting);
     void ignoredAppsDidChange();
     void copyThenTellPlugins();
     void keepSetting(const QString& displayName);
@@ -193,7 +193,7 @@ class AppVolumeController {
     NewlyIgnoredApps newlyIgnored_;
     PreferenceCopies copies_;
     AppList list_;
-    PluginNews news_;
+    PendingPluginReports news_;
     platform::Timer merging_; // until the end of a turn in which connections have changed
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "comm/PluginReports.h"
+#include "comm/PluginBusClient.h"
 #include "platform/base/MonotonicClock.h"
 #include "platform/loop/Timer.h"
 #include "settings/PreferencesMessage.h"
@@ -22,8 +22,8 @@ class UserDefaults;
 /// The thread's run loop, and no other thread.
 class PreferencePublisher {
   public:
-    /// As PluginReports::tell().
-    using Sender = std::function<bool(const PreferencesMessage& word, PluginReports::Answered)>;
+    /// As PluginBusClient::tell().
+    using Sender = std::function<bool(const PreferencesMessage& word, PluginBusClient::Answered)>;
 
     /// Words are no closer to each other than that.
     static constexpr std::chrono::milliseconds pace{100};

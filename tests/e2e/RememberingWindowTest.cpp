@@ -1,4 +1,4 @@
-#include "comm/PluginReports.h"
+#include "comm/PluginBusClient.h"
 #include "e2e/PreferencesFixture.h"
 #include "model/VolumeConversion.h"
 #include "platform/loop/MainQueue.h"
@@ -38,11 +38,11 @@ class RememberingWindowTest : public PreferencesFixture {
             controller,
             [this](const QString& ignored) { model_->ignoredApps.addCustomIgnore(ignored); },
             [] { return false; }, [](float) {}});
-        reports_.emplace(PluginReports::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
-                                                     controller.changedElsewhere(pid, percent,
-                                                                                 muted);
-                                                 },
-                                                 [](std::uint32_t, const QString&) {}, [] {}});
+        reports_.emplace(PluginBusClient::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
+                                                       controller.changedElsewhere(pid, percent,
+                                                                                   muted);
+                                                   },
+                                                   [](std::uint32_t, const QString&) {}, [] {}});
         EXPECT_TRUE(model_->serve());
         window_->show();
     }
@@ -77,7 +77,7 @@ class RememberingWindowTest : public PreferencesFixture {
     const platform::MainQueueService mainQueue_{loop_};
     std::optional<support::VolumeModel> model_;
     std::optional<VolumeWindow> window_;
-    std::optional<PluginReports> reports_;
+    std::optional<PluginBusClient> reports_;
 };
 
 } // namespace

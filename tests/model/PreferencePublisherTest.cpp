@@ -11,7 +11,7 @@ namespace {
 /// The plug-in's side of the bus: answers when the test says so.
 class PreferencePublisherTest : public AppVolumeFixture {
   protected:
-    using Answered = PluginReports::Answered;
+    using Answered = PluginBusClient::Answered;
 
     std::optional<support::ManualClock> clock_; // from when the programs are connected
     bool isThere_ = false;

@@ -14,7 +14,7 @@
 /// com.quarnel.Tonvale.Plugin at /com/quarnel/Tonvale/Plugin, from the program that owns the name
 /// com.quarnel.Tonvale.Plugin; what others send there is not heard. And what it is told there.
 /// Never waits for the bus; hears nothing without one. Main thread only.
-class PluginReports {
+class PluginBusClient {
   public:
     struct Handlers {
         /// ChangedElsewhere(u pid, i percent, b muted): another program has set a program's volume
@@ -34,10 +34,10 @@ class PluginReports {
 
     /// Each handler is called from the event loop, never from the constructor. Exceptions are
     /// reported (ExceptionReport).
-    explicit PluginReports(Handlers handlers);
-    ~PluginReports();
-    PluginReports(const PluginReports&) = delete;
-    PluginReports& operator=(const PluginReports&) = delete;
+    explicit PluginBusClient(Handlers handlers);
+    ~PluginBusClient();
+    PluginBusClient(const PluginBusClient&) = delete;
+    PluginBusClient& operator=(const PluginBusClient&) = delete;
 
     /// Tells the plug-in the application's word. `answered` is called from the event loop, once it
     /// has answered or gone, however long that takes; not after this object has gone. False, and no

@@ -1,4 +1,4 @@
-#include "comm/PluginReports.h"
+#include "comm/PluginBusClient.h"
 
 #include "support/BusConnection.h"
 #include "support/PrivateBus.h"
@@ -55,12 +55,12 @@ class Peer {
     support::BusConnection bus_;
 };
 
-class PluginReportsTest : public testing::Test {
+class PluginBusClientTest : public testing::Test {
   protected:
     static void SetUpTestSuite() { bus.emplace(); }
     static void TearDownTestSuite() { bus.reset(); }
 
-    PluginReports::Handlers record() {
+    PluginBusClient::Handlers record() {
         return {[this](std::uint32_t pid, int percent, bool muted) {
                     heard_ += QStringLiteral("%1 %2 %3").arg(pid).arg(percent).arg(int{muted});
                 },
@@ -83,11 +83,11 @@ class PluginReportsTest : public testing::Test {
 
 } // namespace
 
-TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
+TEST_F(PluginBusClientTest, HearsTheOwnerOfTheNameOnly) {
     const support::SystemLogRecorder log;
     std::optional<Peer> plugin(std::in_place, *bus);
     plugin->own();
-    const PluginReports reports(record());
+    const PluginBusClient reports(record());
     Peer stranger(*bus);
     const QString changed = "ChangedElsewhere";
     const QString refused = "NotControllable";
@@ -114,20 +114,20 @@ TEST_F(PluginReportsTest, HearsTheOwnerOfTheNameOnly) {
     ASSERT_TRUE(hears({"gone", "4 4 0"})) << "now it is the plug-in";
 }
 
-TEST_F(PluginReportsTest, HearsAPluginThatComesLater) {
-    const PluginReports reports(record());
+TEST_F(PluginBusClientTest, HearsAPluginThatComesLater) {
+    const PluginBusClient reports(record());
     Peer plugin(*bus);
     plugin.own();
     plugin.say("ChangedElsewhere", {2U, 2, false});
     EXPECT_TRUE(hears({"2 2 0"})) << heard_.join(' ').toStdString();
 }
 
-TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
+TEST_F(PluginBusClientTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     using Newer = std::optional<QList<NamedSetting>>;
     const support::SystemLogRecorder log;
     std::vector<Newer> answers;
     const PreferencesMessage word{"/file", "bytes", {"a", "b"}};
-    PluginReports reports(record());
+    PluginBusClient reports(record());
     const auto tell = [&] {
         return reports.tell(word, [&](const Newer& newer) { answers.push_back(newer); });
     };
@@ -157,4 +157,4 @@ TEST_F(PluginReportsTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     EXPECT_TRUE(log.contains("The plug-in refused the settings: "));
 }
 
-#include "PluginReportsTest.moc"
+#include "PluginBusClientTest.moc"

@@ -11,7 +11,7 @@
 
 /// What the audio plug-in has told about processes beside its socket, until it can be used.
 /// Bounded: what is too much costs the oldest. Main thread only.
-class PluginNews {
+class PendingPluginReports {
   public:
     struct Setting {
         int percent;

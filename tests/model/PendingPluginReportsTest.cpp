@@ -1,4 +1,4 @@
-#include "model/PluginNews.h"
+#include "model/PendingPluginReports.h"
 
 #include "support/ManualClock.h"
 
@@ -11,9 +11,9 @@ using namespace std::chrono_literals;
 namespace {
 
 /// What is kept for the process, and then no longer: percent, and "m" when it is muted.
-std::string take(PluginNews& news, std::uint32_t wanted) {
+std::string take(PendingPluginReports& news, std::uint32_t wanted) {
     std::string text;
-    news.offer([&](std::uint32_t pid, const PluginNews::Setting& setting) {
+    news.offer([&](std::uint32_t pid, const PendingPluginReports::Setting& setting) {
         if (pid == wanted)
             text += std::to_string(setting.percent) + (setting.isMuted ? "m" : "");
         return pid == wanted;
@@ -23,9 +23,9 @@ std::string take(PluginNews& news, std::uint32_t wanted) {
 
 } // namespace
 
-TEST(PluginNews, ASettingWaitsAMinuteForItsProcessAndIsTakenOnce) {
+TEST(PendingPluginReports, ASettingWaitsAMinuteForItsProcessAndIsTakenOnce) {
     support::ManualClock clock;
-    PluginNews news;
+    PendingPluginReports news;
     news.keep(1, {10, false});
     clock.advance(30s);
     news.keep(2, {20, true});
@@ -37,8 +37,8 @@ TEST(PluginNews, ASettingWaitsAMinuteForItsProcessAndIsTakenOnce) {
     EXPECT_EQ(take(news, 2), "");
 }
 
-TEST(PluginNews, TooMuchCostsTheOldest) {
-    PluginNews news;
+TEST(PendingPluginReports, TooMuchCostsTheOldest) {
+    PendingPluginReports news;
     for (std::uint32_t pid = 0; pid < 1000; ++pid) {
         news.keep(pid, {50, false});
         news.setReason(pid, "why");
@@ -49,8 +49,8 @@ TEST(PluginNews, TooMuchCostsTheOldest) {
     EXPECT_EQ(news.reason(744), "why");
 }
 
-TEST(PluginNews, AReasonHoldsUntilItIsTakenBackOrItsProcessIsGone) {
-    PluginNews news;
+TEST(PendingPluginReports, AReasonHoldsUntilItIsTakenBackOrItsProcessIsGone) {
+    PendingPluginReports news;
     const auto nobody = [](std::uint32_t) { return false; };
     const auto one = [](std::uint32_t pid) { return pid == 1; };
     news.setReason(1, "why");

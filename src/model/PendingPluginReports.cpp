@@ -1,4 +1,4 @@
-#include "model/PluginNews.h"
+#include "model/PendingPluginReports.h"
 
 #include <algorithm>
 #include <utility>
@@ -24,18 +24,19 @@ void append(Entries& entries, typename Entries::value_type entry) {
 
 } // namespace
 
-void PluginNews::keep(std::uint32_t pid, const Setting& setting) {
+void PendingPluginReports::keep(std::uint32_t pid, const Setting& setting) {
     std::erase_if(kept_, [pid](const Kept& each) { return each.pid == pid; });
     append(kept_, Kept{pid, setting, MonotonicClock::now() + lifetime});
 }
 
-void PluginNews::offer(const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed) {
+void PendingPluginReports::offer(
+    const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed) {
     while (!kept_.empty() && kept_.front().end <= MonotonicClock::now())
         kept_.pop_front();
     std::erase_if(kept_, [&](const Kept& each) { return isUsed(each.pid, each.setting); });
 }
 
-void PluginNews::setReason(std::uint32_t pid, const QString& reason) {
+void PendingPluginReports::setReason(std::uint32_t pid, const QString& reason) {
     const auto found = find(reasons_, pid);
     if (reason.isEmpty() && found != reasons_.end())
         reasons_.erase(found);
@@ -45,19 +46,19 @@ void PluginNews::setReason(std::uint32_t pid, const QString& reason) {
         append(reasons_, Reason{pid, reason, false});
 }
 
-QString PluginNews::reason(std::uint32_t pid) const {
+QString PendingPluginReports::reason(std::uint32_t pid) const {
     const auto found = find(reasons_, pid);
     return found != reasons_.end() ? found->text : QString();
 }
 
-void PluginNews::forgetGone(const std::function<bool(std::uint32_t pid)>& isKnown) {
+void PendingPluginReports::forgetGone(const std::function<bool(std::uint32_t pid)>& isKnown) {
     std::erase_if(reasons_, [&](Reason& reason) {
         const bool wasKnown = std::exchange(reason.wasKnown, isKnown(reason.pid));
         return wasKnown && !reason.wasKnown;
     });
 }
 
-void PluginNews::clear() {
+void PendingPluginReports::clear() {
     kept_.clear();
     reasons_.clear();
 }

@@ -1,4 +1,4 @@
-#include "comm/PluginReports.h"
+#include "comm/PluginBusClient.h"
 
 #include "platform/base/ExceptionReport.h"
 #include "platform/base/SystemLog.h"
@@ -32,7 +32,7 @@ const QString& objectPath() {
 } // namespace
 
 /// Compares senders itself: the toolkit would ask the bus for the name's owner, and wait.
-class PluginReports::Receiver : public QObject {
+class PluginBusClient::Receiver : public QObject {
     Q_OBJECT
 
   public:
@@ -116,15 +116,15 @@ class PluginReports::Receiver : public QObject {
     std::vector<Report> early_; // from before it was known who the plug-in is
 };
 
-PluginReports::PluginReports(Handlers handlers) {
+PluginBusClient::PluginBusClient(Handlers handlers) {
     if (const QDBusConnection bus = platform::sessionBus(); bus.isConnected())
         receiver_ = std::make_unique<Receiver>(bus, std::move(handlers));
 }
 
-PluginReports::~PluginReports() = default;
+PluginBusClient::~PluginBusClient() = default;
 
-bool PluginReports::tell(const PreferencesMessage& word, Answered answered) {
+bool PluginBusClient::tell(const PreferencesMessage& word, Answered answered) {
     return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
 }
 
-#include "PluginReports.moc"
+#include "PluginBusClient.moc"
