@@ -204,8 +204,8 @@ void MVAppController::connectPlugins() {
 void MVAppController::hearPlugin() {
     AppVolumeController& controller = *volumeController_;
     pluginBus_ = std::make_unique<PluginBusClient>(PluginBusClient::Handlers{
-        [&](std::uint32_t pid, int percent, bool muted) {
-            controller.changedElsewhere(pid, percent, muted);
+        [&](std::uint32_t pid, const ProgramSetting& setting) {
+            controller.changedElsewhere(pid, setting);
         },
         [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
         [&] { controller.pluginHasGone(); }, [&] { controller.publisher().begin(); }});

@@ -69,7 +69,7 @@ class PluginBusClient::Receiver : public QObject {
 
   private Q_SLOTS:
     void changedElsewhere(uint pid, int percent, bool muted, const QDBusMessage& message) {
-        take(message.service(), [=, this] { handlers_.changedElsewhere(pid, percent, muted); });
+        take(message.service(), [=, this] { handlers_.changedElsewhere(pid, {percent, muted}); });
     }
     void notControllable(uint pid, const QString& reason, const QDBusMessage& message) {
         take(message.service(), [=, this] { handlers_.notControllable(pid, reason); });

@@ -19,7 +19,7 @@ class PluginBusClient {
     struct Handlers {
         /// ChangedElsewhere(u pid, i percent, b muted): another program has set a program's volume
         /// or mute. The percent is as it came.
-        std::function<void(std::uint32_t pid, int percent, bool muted)> changedElsewhere;
+        std::function<void(std::uint32_t pid, const ProgramSetting&)> changedElsewhere;
         /// NotControllable(u pid, s reason): a program's volume cannot be set; it can again when
         /// the reason, for people, is empty.
         std::function<void(std::uint32_t pid, const QString& reason)> notControllable;

@@ -3,7 +3,6 @@
 #include "platform/defaults/PropertyList.h"
 #include "settings/PreferenceKeys.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -27,8 +26,7 @@ bool isNumber(const QVariant& value) {
 /// A value that has no meaning is gone, one that has is a number in range, or a boolean.
 QVariantMap sound(QVariantMap preferences) {
     if (const QVariant volume = preferences.take(appVolume); isNumber(volume))
-        preferences.insert(appVolume,
-                           std::clamp<double>(volume.toDouble(), 0, AppPreferences::fullVolume));
+        preferences.insert(appVolume, ProgramSetting::clamped(volume.toDouble()));
     if (const QVariant mute = preferences.take(appMute); isNumber(mute))
         preferences.insert(appMute, mute.toBool());
     return preferences;
@@ -49,23 +47,25 @@ AppPreferences::AppPreferences(const QVariant& stored) {
 }
 
 float AppPreferences::volume(const QString& displayName) const {
-    return preferencesOf(displayName).value(appVolume, fullVolume).toFloat();
+    return preferencesOf(displayName).value(appVolume, ProgramSetting::fullVolume).toFloat();
 }
 
-int AppPreferences::percent(const QString& displayName) const {
-    return static_cast<int>(volume(displayName));
-}
-
-bool AppPreferences::isMuted(const QString& displayName) const {
-    return preferencesOf(displayName).value(appMute).toBool();
+ProgramSetting AppPreferences::setting(const QString& displayName) const {
+    return {static_cast<int>(volume(displayName)),
+            preferencesOf(displayName).value(appMute).toBool()};
 }
 
 bool AppPreferences::contains(const QString& displayName) const {
     return apps_.contains(keyForDisplayName(displayName));
 }
 
+void AppPreferences::set(const QString& displayName, const ProgramSetting& setting) {
+    setPercent(displayName, setting.percent);
+    setMuted(displayName, setting.muted);
+}
+
 void AppPreferences::setPercent(const QString& displayName, int percent) {
-    set(displayName, appVolume, static_cast<double>(std::clamp(percent, 0, fullVolume)));
+    set(displayName, appVolume, static_cast<double>(ProgramSetting::clamped(percent)));
 }
 
 void AppPreferences::setMuted(const QString& displayName, bool muted) {
@@ -81,7 +81,8 @@ std::optional<QVariantMap> AppPreferences::tidyAppPref(QVariantMap preferences) 
         mute != preferences.cend() && !mute->toBool())
         preferences.remove(appMute);
     if (const auto volume = preferences.constFind(appVolume);
-        volume != preferences.cend() && static_cast<int>(volume->toDouble()) == fullVolume)
+        volume != preferences.cend() &&
+        static_cast<int>(volume->toDouble()) == ProgramSetting::fullVolume)
         preferences.remove(appVolume);
     if (preferences.isEmpty())
         return std::nullopt;

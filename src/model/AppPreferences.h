@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/ProgramSetting.h"
+
 #include <QString>
 #include <QVariantMap>
 
@@ -10,8 +12,6 @@
 /// not there has just that. Programs of one name share their settings. Any thread, one at a time.
 class AppPreferences {
   public:
-    static constexpr int fullVolume = 100;
-
     AppPreferences() = default;
 
     /// From what the preferences hold. Of another type than it should be counts as not there, a
@@ -21,15 +21,15 @@ class AppPreferences {
     /// Tidy; for the preferences.
     const QVariantMap& dictionary() const noexcept { return apps_; }
 
-    /// Percent, 0 to 100: as it is stored, and without its fraction.
+    /// The percent, 0 to 100, as it is stored, and without its fraction.
     float volume(const QString& displayName) const;
-    int percent(const QString& displayName) const;
-    bool isMuted(const QString& displayName) const;
+    ProgramSetting setting(const QString& displayName) const;
 
     /// Whether it differs from what a program has that is not there.
     bool contains(const QString& displayName) const;
 
-    /// `percent` is clamped to 0 to 100.
+    /// Each clamps.
+    void set(const QString& displayName, const ProgramSetting& setting);
     void setPercent(const QString& displayName, int percent);
     void setMuted(const QString& displayName, bool muted);
     void remove(const QString& displayName);

@@ -17,7 +17,6 @@
 
 #include <QScopedValueRollback>
 
-#include <algorithm>
 #include <chrono>
 #include <unistd.h>
 #include <utility>
@@ -178,7 +177,7 @@ void AppVolumeController::mergeRunning() {
 /// What has been reported of processes that are known by now. Of one that is ignored nothing is
 /// remembered.
 void AppVolumeController::useNews() {
-    news_.offer([this](std::uint32_t pid, const PendingPluginReports::Setting& setting) {
+    news_.offer([this](std::uint32_t pid, const ProgramSetting& setting) {
         MVCommAppValue* const app = list_.appOfProcess(pid);
         if (app != nullptr)
             setFromElsewhere(*app, setting);
@@ -218,15 +217,15 @@ void AppVolumeController::welcome(MVCommAppValue& app) {
     QNLog(qnlog_information, "'%@' is new and begins at %d %%", MVCommLogText(app.displayName()),
           beginning->percent);
     commands_.setVolume(app.pid(), beginning->percent);
-    if (beginning->isMuted)
+    if (beginning->muted)
         commands_.setMute(app.pid(), true);
-    setFromElsewhere(app, {beginning->percent, beginning->isMuted});
+    setFromElsewhere(app, *beginning);
     tellItem(app);
 }
 
 void AppVolumeController::restore(MVCommAppValue& app) const {
     app.setVolume(static_cast<double>(appPrefs_.volume(app.displayName())));
-    app.setMuted(appPrefs_.isMuted(app.displayName()));
+    app.setMuted(appPrefs_.setting(app.displayName()).muted);
 }
 
 void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
@@ -262,7 +261,7 @@ void AppVolumeController::sliderChanged(MVCommAppValue& app) {
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
     if (isRestoring_)
         return;
-    const bool isChange = appPrefs_.isMuted(app.displayName()) != app.muted();
+    const bool isChange = appPrefs_.setting(app.displayName()).muted != app.muted();
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
     publisher_.note(app.displayName());
@@ -289,7 +288,7 @@ void AppVolumeController::setPercent(MVCommAppValue& app, int percent) {
 }
 
 int AppVolumeController::percentOf(const MVCommAppValue& app) const {
-    return appPrefs_.percent(app.displayName());
+    return appPrefs_.setting(app.displayName()).percent;
 }
 
 void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
@@ -310,9 +309,7 @@ QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
                          : workspace_.whyNamed({app.pid(), app.processName(), app.path()});
 }
 
-void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool muted) {
-    const PendingPluginReports::Setting setting{std::clamp(percent, 0, VolumeConversion::full),
-                                                muted};
+void AppVolumeController::changedElsewhere(std::uint32_t pid, const ProgramSetting& setting) {
     if (MVCommAppValue* const app = list_.appOfProcess(pid)) {
         setFromElsewhere(*app, setting);
         tellItem(*app);
@@ -321,10 +318,8 @@ void AppVolumeController::changedElsewhere(std::uint32_t pid, int percent, bool 
     }
 }
 
-void AppVolumeController::setFromElsewhere(MVCommAppValue& app,
-                                           const PendingPluginReports::Setting& setting) {
-    appPrefs_.setPercent(app.displayName(), setting.percent);
-    appPrefs_.setMuted(app.displayName(), setting.isMuted);
+void AppVolumeController::setFromElsewhere(MVCommAppValue& app, const ProgramSetting& setting) {
+    appPrefs_.set(app.displayName(), setting);
     {
         const QScopedValueRollback restoring(isRestoring_, true);
         restore(app);

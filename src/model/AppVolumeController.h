@@ -144,7 +144,7 @@ class AppVolumeController {
 
     /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
     /// and waits a minute for a process that is not known yet.
-    void changedElsewhere(std::uint32_t pid, int percent, bool muted);
+    void changedElsewhere(std::uint32_t pid, const ProgramSetting& setting);
     void notControllable(std::uint32_t pid, const QString& reason);
     void pluginHasGone();
 
@@ -169,7 +169,7 @@ class AppVolumeController {
     void welcomeNew();
     void welcome(MVCommAppValue& app);
     void restore(MVCommAppValue& app) const;
-    void setFromElsewhere(MVCommAppValue& app, const PendingPluginReports::Setting& setting);
+    void setFromElsewhere(MVCommAppValue& app, const ProgramSetting& setting);
     void ignoredAppsDidChange();
     void copyThenTellPlugins();
     void keepSetting(const QString& displayName);

@@ -26,15 +26,15 @@ QList<MVCommAppValue*> NewApps::take(const AppList& list) {
     return arrived;
 }
 
-std::optional<NewApps::Beginning> NewApps::beginning(const AppList& list,
-                                                     const MVCommAppValue& app) const {
+std::optional<ProgramSetting> NewApps::beginning(const AppList& list,
+                                                 const MVCommAppValue& app) const {
     if (preferences_.contains(app.displayName()))
         return std::nullopt;
     const QString former = formerName(list, app);
     if (!former.isEmpty() && preferences_.contains(former))
-        return Beginning{preferences_.percent(former), preferences_.isMuted(former)};
+        return preferences_.setting(former);
     const auto percent = seen_.defaultVolume();
-    return percent ? std::optional(Beginning{*percent, false}) : std::nullopt;
+    return percent ? std::optional(ProgramSetting{*percent, false}) : std::nullopt;
 }
 
 QStringList

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/ProgramSetting.h"
+
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -17,12 +19,6 @@ class SeenApps;
 /// program. Main thread only.
 class NewApps {
   public:
-    /// What a program begins with.
-    struct Beginning {
-        int percent;
-        bool isMuted;
-    };
-
     /// Both must outlive the object.
     NewApps(SeenApps& seen, const AppPreferences& preferences)
         : seen_(seen), preferences_(preferences) {}
@@ -34,7 +30,7 @@ class NewApps {
     /// What one of these is to have by the rule that its plug-in follows too: what is remembered by
     /// the name that it had before more was known of it than its file, else what new programs begin
     /// with. Nothing when it has a setting, or full volume.
-    std::optional<Beginning> beginning(const AppList& list, const MVCommAppValue& app) const;
+    std::optional<ProgramSetting> beginning(const AppList& list, const MVCommAppValue& app) const;
 
     /// The process names of those that were never seen or set, but whose former name is ignored.
     QStringList ignoredByFormerName(const AppList& list,

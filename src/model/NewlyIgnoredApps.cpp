@@ -9,9 +9,7 @@
 void NewlyIgnoredApps::mark(const AppList& list) {
     for (const MVCommAppValue* const app : list.apps()) {
         const QString name = app->displayName();
-        const bool isPlain =
-            preferences_.percent(name) == AppPreferences::fullVolume && !preferences_.isMuted(name);
-        if (!isPlain && ignoredApps_.isAppIgnored(app->processName()))
+        if (!preferences_.setting(name).isPlain() && ignoredApps_.isAppIgnored(app->processName()))
             processNames_.insert(app->processName());
     }
 }
@@ -22,7 +20,7 @@ void NewlyIgnoredApps::resetConnected(const AppList& list) {
             return true;
         const QList<std::uint32_t> pids = list.connectedPids(processName);
         for (const std::uint32_t pid : pids) {
-            commands_.setVolume(pid, AppPreferences::fullVolume);
+            commands_.setVolume(pid, ProgramSetting::fullVolume);
             commands_.setMute(pid, false);
         }
         return !pids.isEmpty();

@@ -24,13 +24,13 @@ void append(Entries& entries, typename Entries::value_type entry) {
 
 } // namespace
 
-void PendingPluginReports::keep(std::uint32_t pid, const Setting& setting) {
+void PendingPluginReports::keep(std::uint32_t pid, const ProgramSetting& setting) {
     std::erase_if(kept_, [pid](const Kept& each) { return each.pid == pid; });
     append(kept_, Kept{pid, setting, MonotonicClock::now() + lifetime});
 }
 
 void PendingPluginReports::offer(
-    const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed) {
+    const std::function<bool(std::uint32_t pid, const ProgramSetting&)>& isUsed) {
     while (!kept_.empty() && kept_.front().end <= MonotonicClock::now())
         kept_.pop_front();
     std::erase_if(kept_, [&](const Kept& each) { return isUsed(each.pid, each.setting); });

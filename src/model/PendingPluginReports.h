@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/MonotonicClock.h"
+#include "settings/ProgramSetting.h"
 
 #include <QHash>
 #include <QString>
@@ -13,17 +14,12 @@
 /// Bounded: what is too much costs the oldest. Main thread only.
 class PendingPluginReports {
   public:
-    struct Setting {
-        int percent;
-        bool isMuted;
-    };
-
     /// Keeps a setting, in place of an older one of the process, for a minute.
-    void keep(std::uint32_t pid, const Setting& setting);
+    void keep(std::uint32_t pid, const ProgramSetting& setting);
 
     /// Shows `isUsed` all settings that are kept, the oldest first. Those for which it answers true
     /// are kept no longer.
-    void offer(const std::function<bool(std::uint32_t pid, const Setting&)>& isUsed);
+    void offer(const std::function<bool(std::uint32_t pid, const ProgramSetting&)>& isUsed);
 
     /// Why the volume of a process cannot be set; empty when it can.
     void setReason(std::uint32_t pid, const QString& reason);
@@ -38,7 +34,7 @@ class PendingPluginReports {
   private:
     struct Kept {
         std::uint32_t pid;
-        Setting setting;
+        ProgramSetting setting;
         platform::MonotonicClock::time_point end;
     };
     struct Reason {

@@ -7,7 +7,6 @@
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
 #include "model/SeenApps.h"
-#include "settings/PreferencesMessage.h"
 
 #include <QHash>
 
@@ -21,47 +20,47 @@ RememberedApps::RememberedApps(AppVolumeController& controller, AppPreferences& 
     , seen_(seen)
     , changed_(std::move(changed)) {}
 
-QList<RememberedApps::App> RememberedApps::all() const {
+QList<NamedSetting> RememberedApps::all() const {
     QHash<QString, QString> displayed; // what the preferences can hold of a name: the whole of it
     for (const MVCommAppValue* const app : controller_.apps())
         displayed.insert(AppPreferences::keyForDisplayName(app->displayName()), app->displayName());
     QStringList names = preferences_.dictionary().keys() + seen_.names();
     names.sort();
     names.removeDuplicates();
-    QList<App> apps;
+    QList<NamedSetting> apps;
     for (const QString& name : std::as_const(names))
-        apps.append(of(displayed.value(name, name)));
+        apps.append({displayed.value(name, name), of(name)});
     return apps;
 }
 
-RememberedApps::App RememberedApps::of(const QString& displayName) const {
-    return {displayName, preferences_.percent(displayName), preferences_.isMuted(displayName)};
+ProgramSetting RememberedApps::of(const QString& displayName) const {
+    return preferences_.setting(displayName);
 }
 
-void RememberedApps::set(const QString& displayName, int percent, bool muted) {
+void RememberedApps::set(const QString& displayName, const ProgramSetting& setting) {
     if (MVCommAppValue* const app = recordOf(displayName)) {
-        if (controller_.percentOf(*app) != percent)
-            controller_.setPercent(*app, percent);
-        if (app->muted() != muted)
-            controller_.setMuted(*app, muted);
+        if (controller_.percentOf(*app) != setting.percent)
+            controller_.setPercent(*app, setting.percent);
+        if (app->muted() != setting.muted)
+            controller_.setMuted(*app, setting.muted);
         return;
     }
     controller_.publisher().note(displayName);
-    keep(displayName, percent, muted);
+    keep(displayName, setting);
 }
 
-void RememberedApps::learn(const NamedSetting& setting) {
+void RememberedApps::learn(const NamedSetting& newer) {
+    const auto& [name, setting] = newer;
     QNLog(qnlog_information, "Took %d %%%@ for '%@' from the plug-in; it had not been saved",
-          setting.percent, setting.muted ? ", muted," : "", MVCommLogText(setting.name));
-    if (MVCommAppValue* const app = recordOf(setting.name))
-        controller_.changedElsewhere(app->pid(), setting.percent, setting.muted);
+          setting.percent, setting.muted ? ", muted," : "", MVCommLogText(name));
+    if (MVCommAppValue* const app = recordOf(name))
+        controller_.changedElsewhere(app->pid(), setting);
     else
-        keep(setting.name, setting.percent, setting.muted);
+        keep(name, setting);
 }
 
-void RememberedApps::keep(const QString& displayName, int percent, bool muted) {
-    preferences_.setPercent(displayName, percent);
-    preferences_.setMuted(displayName, muted);
+void RememberedApps::keep(const QString& displayName, const ProgramSetting& setting) {
+    preferences_.set(displayName, setting);
     seen_.add({displayName});
     changed_();
 }
@@ -70,7 +69,7 @@ bool RememberedApps::forget(const QString& displayName) {
     if (!seen_.contains(displayName) && !preferences_.contains(displayName))
         return false;
     if (preferences_.contains(displayName))
-        set(displayName, AppPreferences::fullVolume, false);
+        set(displayName, {});
     controller_.publisher().note(displayName);
     preferences_.remove(displayName);
     seen_.remove(displayName);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/PreferencesMessage.h"
+
 #include <QList>
 #include <QString>
 
@@ -10,34 +12,26 @@ class AppPreferences;
 class AppVolumeController;
 class MVCommAppValue;
 class SeenApps;
-struct NamedSetting;
 
 /// What is remembered of programs, by the names that are displayed and whether they run or not, for
 /// who has no item to set it at. Main thread only.
 class RememberedApps {
   public:
-    struct App {
-        QString name;
-        int percent;
-        bool muted;
-    };
-
     /// The controller and what it remembers by; all must outlive the object. `changed` is called
     /// after what it remembers has become another.
     RememberedApps(AppVolumeController& controller, AppPreferences& preferences, SeenApps& seen,
                    std::function<void()> changed);
 
     /// Every program that has ever been seen or set, by name.
-    QList<App> all() const;
+    QList<NamedSetting> all() const;
 
-    App of(const QString& displayName) const;
+    ProgramSetting of(const QString& displayName) const;
 
-    /// Also sets all that one that is running has, as its item would. `percent` is clamped to 0 to
-    /// 100.
-    void set(const QString& displayName, int percent, bool muted);
+    /// Also sets all that one that is running has, as its item would. Clamps.
+    void set(const QString& displayName, const ProgramSetting& setting);
 
     /// Takes over what the plug-in has of a program already.
-    void learn(const NamedSetting& setting);
+    void learn(const NamedSetting& newer);
 
     /// Has a program be as if it had never been seen; one that is running goes to full volume, not
     /// muted. False when nothing was remembered.
@@ -49,7 +43,7 @@ class RememberedApps {
     void setDefaultVolume(std::optional<int> percent);
 
   private:
-    void keep(const QString& displayName, int percent, bool muted);
+    void keep(const QString& displayName, const ProgramSetting& setting);
     MVCommAppValue* recordOf(const QString& displayName) const;
 
     AppVolumeController& controller_;

@@ -4,8 +4,6 @@
 #include "platform/defaults/UserDefaults.h"
 #include "settings/PreferenceKeys.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr qsizetype bound = 2000;
@@ -57,8 +55,7 @@ std::optional<int> SeenApps::defaultVolume() const {
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
     case QMetaType::Double:
-        return static_cast<int>(
-            std::clamp<double>(value.toDouble(), 0, AppPreferences::fullVolume));
+        return static_cast<int>(ProgramSetting::clamped(value.toDouble()));
     default:
         return std::nullopt;
     }
@@ -66,8 +63,7 @@ std::optional<int> SeenApps::defaultVolume() const {
 
 void SeenApps::setDefaultVolume(std::optional<int> percent) {
     if (percent)
-        defaults_.set(PreferenceKeys::newAppVolume,
-                      std::clamp(*percent, 0, AppPreferences::fullVolume));
+        defaults_.set(PreferenceKeys::newAppVolume, ProgramSetting::clamped(*percent));
     else
         defaults_.remove(PreferenceKeys::newAppVolume);
 }

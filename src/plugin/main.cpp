@@ -39,8 +39,8 @@ constexpr const char* usage =
 
 ApplicationReports reportsTo(PluginService& service) {
     return {.changedElsewhere =
-                [&service](std::uint32_t pid, int percent, bool muted) {
-                    Q_EMIT service.ChangedElsewhere(pid, percent, muted);
+                [&service](std::uint32_t pid, const ProgramSetting& setting) {
+                    Q_EMIT service.ChangedElsewhere(pid, setting.percent, setting.muted);
                 },
             .notControllable =
                 [&service](std::uint32_t pid, const std::string& reason) {

@@ -10,7 +10,6 @@
 
 // What goes over the bus and is no type of the toolkit's own.
 
-using RememberedPrograms = QList<NamedSetting>;       // a(sib)
 using BusInterfaces = QMap<QString, QVariantMap>;     // a{sa{sv}}
 using BusTree = QMap<QDBusObjectPath, BusInterfaces>; // a{oa{sa{sv}}}
 

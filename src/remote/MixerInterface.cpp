@@ -29,10 +29,6 @@ BusError nothingRemembered() {
             QStringLiteral("Nothing is remembered of the program")};
 }
 
-bool isPercent(int number) {
-    return number >= 0 && number <= 100;
-}
-
 BusError notInRange() {
     return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
 }
@@ -79,7 +75,7 @@ std::optional<BusError> MixerInterface::set(const QString& property, const QVari
         return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
                         QStringLiteral("It can only be read")};
     const int percent = value.toInt();
-    if (percent != noDefault && !isPercent(percent))
+    if (percent != noDefault && !ProgramSetting::isInRange(percent))
         return notInRange();
     controller_.rememberedApps().setDefaultVolume(percent == noDefault ? std::nullopt
                                                                        : std::optional(percent));
@@ -107,7 +103,7 @@ BusInterface::Outcome MixerInterface::call(const QString& method, const QVariant
     }
     const QString name = arguments[0].toString();
     if (method == QLatin1String("SetRemembered"))
-        return {{}, setRemembered(name, arguments[1].toInt(), arguments[2].toBool())};
+        return {{}, setRemembered(name, {arguments[1].toInt(), arguments[2].toBool()})};
     if (method == QLatin1String("Forget"))
         return {{}, forget(name)};
     return {{}, method == QLatin1String("Ignore") ? ignore(name) : unignore(name)};
@@ -130,30 +126,28 @@ QStringList MixerInterface::builtInNames(bool enabled) const {
 }
 
 QVariant MixerInterface::remembered() const {
-    RememberedPrograms programs;
-    for (const auto& each : controller_.rememberedApps().all())
-        programs.append({each.name, each.percent, each.muted});
-    return QVariant::fromValue(programs);
+    return QVariant::fromValue(controller_.rememberedApps().all());
 }
 
-std::optional<BusError> MixerInterface::setRemembered(const QString& name, int percent,
-                                                      bool muted) {
+std::optional<BusError> MixerInterface::setRemembered(const QString& name,
+                                                      const ProgramSetting& setting) {
     if (name.isEmpty())
         return noSuchProgram();
-    if (!isPercent(percent))
+    if (!ProgramSetting::isInRange(setting.percent))
         return notInRange();
     RememberedApps& programs = controller_.rememberedApps();
-    const RememberedApps::App before = programs.of(name);
-    const bool isUnmuting = percent == before.percent && !muted; // which is possible in memory
+    const ProgramSetting before = programs.of(name);
+    // which is possible in memory
+    const bool isUnmuting = setting.percent == before.percent && !setting.muted;
     if (const MVCommAppValue* const app = runningProgram(controller_, name); app && !isUnmuting) {
         if (const QString reason = controller_.reasonNotControllable(*app); !reason.isEmpty())
             return BusError::notControllable(reason);
     }
-    programs.set(name, percent, muted);
-    if (before.percent != percent)
-        ControlLog::volume(name, percent);
-    if (before.muted != muted)
-        ControlLog::muted(name, muted);
+    programs.set(name, setting);
+    if (before.percent != setting.percent)
+        ControlLog::volume(name, setting.percent);
+    if (before.muted != setting.muted)
+        ControlLog::muted(name, setting.muted);
     return std::nullopt;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "remote/BusInterface.h"
+#include "settings/ProgramSetting.h"
 
 #include <functional>
 
@@ -25,7 +26,7 @@ class MixerInterface final : public BusInterface {
     QStringList ignoredNames() const;
     QStringList builtInNames(bool enabled) const;
     QVariant remembered() const;
-    std::optional<BusError> setRemembered(const QString& name, int percent, bool muted);
+    std::optional<BusError> setRemembered(const QString& name, const ProgramSetting& setting);
     std::optional<BusError> forget(const QString& name);
     std::optional<BusError> ignore(const QString& name);
     std::optional<BusError> unignore(const QString& name);

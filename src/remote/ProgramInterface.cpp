@@ -52,7 +52,7 @@ std::optional<BusError> ProgramInterface::set(const QString& property, const QVa
         return std::nullopt;
     }
     const int percent = value.toInt();
-    if (percent < 0 || percent > 100)
+    if (!ProgramSetting::isInRange(percent))
         return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
     controller_.setPercent(app_, percent);
     ControlLog::volume(app_.displayName(), percent);

@@ -3,16 +3,16 @@
 #include <QDBusMetaType>
 #include <QList>
 
-QDBusArgument& operator<<(QDBusArgument& argument, const NamedSetting& setting) {
+QDBusArgument& operator<<(QDBusArgument& argument, const NamedSetting& named) {
     argument.beginStructure();
-    argument << setting.name << setting.percent << setting.muted;
+    argument << named.name << named.setting.percent << named.setting.muted;
     argument.endStructure();
     return argument;
 }
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, NamedSetting& setting) {
+const QDBusArgument& operator>>(const QDBusArgument& argument, NamedSetting& named) {
     argument.beginStructure();
-    argument >> setting.name >> setting.percent >> setting.muted;
+    argument >> named.name >> named.setting.percent >> named.setting.muted;
     argument.endStructure();
     return argument;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/ProgramSetting.h"
+
 #include <QByteArray>
 #include <QDBusArgument>
 #include <QMetaType>
@@ -8,11 +10,10 @@
 
 // What application and plug-in say to each other on the session bus.
 
-/// The settings of a program, by the name that is displayed; (sib) on the bus.
+/// The setting of a program, by the name that is displayed; (sib) on the bus.
 struct NamedSetting {
     QString name;
-    int percent = 0;
-    bool muted = false;
+    ProgramSetting setting;
 
     bool operator==(const NamedSetting&) const = default;
 };

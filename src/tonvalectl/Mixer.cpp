@@ -48,8 +48,8 @@ void sortByName(std::vector<CtlProgram>& programs) {
 void CtlProgram::update(GVariant* properties) {
     lookUp(properties, "Name", name);
     lookUp(properties, "Position", "i", position);
-    lookUp(properties, "Volume", "i", volume);
-    lookUp(properties, "Muted", muted);
+    lookUp(properties, "Volume", "i", setting.percent);
+    lookUp(properties, "Muted", setting.muted);
     lookUp(properties, "Playing", playing);
     lookUp(properties, "Activity", "i", activity);
     lookUp(properties, "ProcessId", "u", pid);
@@ -98,8 +98,7 @@ std::vector<CtlProgram> Mixer::remembered(const std::vector<CtlProgram>& running
             continue;
         CtlProgram& program = programs.emplace_back();
         program.name = name;
-        program.volume = percent;
-        program.muted = muted != FALSE;
+        program.setting = {percent, muted != FALSE};
     }
     sortByName(programs);
     return programs;
@@ -120,7 +119,7 @@ void Mixer::setVolume(const CtlProgram& program, int percent) {
     if (program.isRunning())
         setProperty(program.path, programInterface, "Volume", g_variant_new_int32(percent));
     else
-        setRemembered(program, percent, program.muted);
+        setRemembered(program.name, {percent, program.setting.muted});
 }
 
 void Mixer::setMuted(const CtlProgram& program, bool muted) {
@@ -128,7 +127,7 @@ void Mixer::setMuted(const CtlProgram& program, bool muted) {
         setProperty(program.path, programInterface, "Muted",
                     g_variant_new_boolean(muted ? TRUE : FALSE));
     else
-        setRemembered(program, program.volume, muted);
+        setRemembered(program.name, {program.setting.percent, muted});
 }
 
 void Mixer::forget(const CtlProgram& program) {
@@ -198,9 +197,9 @@ std::vector<std::string> Mixer::names(const char* list) {
     return names;
 }
 
-void Mixer::setRemembered(const CtlProgram& program, int percent, bool muted) {
+void Mixer::setRemembered(const std::string& name, const ProgramSetting& setting) {
     bus_.call(BusClient::root, mixerInterface, "SetRemembered",
-              g_variant_new("(sib)", program.name.c_str(), percent, muted ? TRUE : FALSE));
+              g_variant_new("(sib)", name.c_str(), setting.percent, setting.muted ? TRUE : FALSE));
 }
 
 void Mixer::callNamed(const char* method, const std::string& name) {

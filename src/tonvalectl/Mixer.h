@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/ProgramSetting.h"
 #include "tonvalectl/BusClient.h"
 
 #include <cstdint>
@@ -11,8 +12,7 @@ struct CtlProgram {
     std::string path; ///< of its object; empty when it does not run
     int position = 0; ///< in the window
     std::string name;
-    int volume = 100; ///< percent
-    bool muted = false;
+    ProgramSetting setting;
     bool playing = false;
     int activity = 0; ///< 0 to 100
     std::uint32_t pid = 0;
@@ -68,7 +68,7 @@ class Mixer {
     Variant property(const char* name);
     std::vector<std::string> names(const char* list);
     std::string nameToIgnore(const std::string& name);
-    void setRemembered(const CtlProgram& program, int percent, bool muted);
+    void setRemembered(const std::string& name, const ProgramSetting& setting);
     void callNamed(const char* method, const std::string& name);
 
     BusClient& bus_;

@@ -25,8 +25,8 @@ std::string percent(int number) {
 /// In the order of the columns.
 Row rowOf(const CtlProgram& program) {
     const bool runs = program.isRunning();
-    return {Messages::shown(program.name), percent(program.volume),
-            program.muted ? Messages::text("yes") : Messages::text("no"),
+    return {Messages::shown(program.name), percent(program.setting.percent),
+            program.setting.muted ? Messages::text("yes") : Messages::text("no"),
             runs ? percent(program.activity) : "-", runs ? std::to_string(program.pid) : "-"};
 }
 
@@ -114,8 +114,8 @@ std::string members(const CtlProgram& program, Level level = Level::told) {
     std::string text;
     for (const auto& [key, value] : std::initializer_list<std::pair<const char*, std::string>>{
              {"name", quoted(program.name)},
-             {"volume", std::to_string(program.volume)},
-             {"muted", truth(program.muted)},
+             {"volume", std::to_string(program.setting.percent)},
+             {"muted", truth(program.setting.muted)},
              {"activity", std::to_string(program.activity)},
              {"playing", truth(program.playing)},
              {"pid", runs ? std::to_string(program.pid) : "null"},
@@ -152,8 +152,8 @@ std::string Report::table(const std::vector<CtlProgram>& programs,
 }
 
 std::string Report::line(const CtlProgram& program) {
-    std::string text = percent(program.volume);
-    if (program.muted)
+    std::string text = percent(program.setting.percent);
+    if (program.setting.muted)
         text += ' ' + Messages::text("muted");
     return text + '\n';
 }
@@ -182,8 +182,8 @@ std::string Report::event(std::string_view what, const CtlProgram& program) {
         Messages::text(std::string(what).c_str()) + ' ' + Messages::shown(program.name);
     if (what == "removed")
         return text + '\n';
-    text += ' ' + percent(program.volume);
-    if (program.muted)
+    text += ' ' + percent(program.setting.percent);
+    if (program.setting.muted)
         text += ' ' + Messages::text("muted");
     if (program.playing)
         text += ' ' + Messages::text("playing");

@@ -63,12 +63,13 @@ void set(Mixer& mixer, const Command& command) {
     const VolumeChange change = VolumeChange::parse(command.value.value_or(""));
     const CtlProgram program = mixer.find(command.name);
     expectControllable(program);
-    mixer.setVolume(program, change.appliedTo(program.volume));
+    mixer.setVolume(program, change.appliedTo(program.setting.percent));
 }
 
 void mute(Mixer& mixer, const Command& command) {
     const CtlProgram program = mixer.find(command.name);
-    const bool muted = command.verb == Verb::toggle ? !program.muted : command.verb == Verb::mute;
+    const bool muted =
+        command.verb == Verb::toggle ? !program.setting.muted : command.verb == Verb::mute;
     if (muted) // else it is possible in memory
         expectControllable(program);
     mixer.setMuted(program, muted);

@@ -1,16 +1,10 @@
 #include "tonvalectl/VolumeChange.h"
 
+#include "settings/ProgramSetting.h"
 #include "tonvalectl/Failure.h"
 #include "tonvalectl/Messages.h"
 
-#include <algorithm>
 #include <charconv>
-
-namespace {
-
-constexpr int full = 100;
-
-} // namespace
 
 VolumeChange VolumeChange::parse(std::string_view text) {
     std::string_view digits = text;
@@ -23,7 +17,7 @@ VolumeChange VolumeChange::parse(std::string_view text) {
     int number = -1;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     const bool isNumber = error == std::errc() && end == digits.data() + digits.size() &&
-                          digits.front() != '-' && number <= full;
+                          digits.front() != '-' && number <= ProgramSetting::fullVolume;
     if (!isNumber)
         throw Failure(ExitCode::invalidVolume,
                       Messages::text("“%1” is no volume: it is 0 to 100, or a step such as +5%.",
@@ -32,5 +26,5 @@ VolumeChange VolumeChange::parse(std::string_view text) {
 }
 
 int VolumeChange::appliedTo(int before) const {
-    return isStep ? std::clamp(before + percent, 0, full) : percent;
+    return isStep ? ProgramSetting::clamped(before + percent) : percent;
 }

@@ -32,7 +32,7 @@ class Taker : public QObject, protected QDBusContext {
                                               const QStringList& news) {
         taken_ += file + QString::fromUtf8(preferences) + news.join('+');
         setDelayedReply(!answers_);
-        return {{"Player", 30, true}};
+        return {{"Player", {30, true}}};
     }
 };
 
@@ -61,8 +61,11 @@ class PluginBusClientTest : public testing::Test {
     static void TearDownTestSuite() { bus.reset(); }
 
     PluginBusClient::Handlers record() {
-        return {[this](std::uint32_t pid, int percent, bool muted) {
-                    heard_ += QStringLiteral("%1 %2 %3").arg(pid).arg(percent).arg(int{muted});
+        return {[this](std::uint32_t pid, const ProgramSetting& setting) {
+                    heard_ += QStringLiteral("%1 %2 %3")
+                                  .arg(pid)
+                                  .arg(setting.percent)
+                                  .arg(int{setting.muted});
                 },
                 [this](std::uint32_t pid, const QString& reason) {
                     heard_ += QStringLiteral("%1 %2").arg(pid).arg(reason);
@@ -139,7 +142,7 @@ TEST_F(PluginBusClientTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     ASSERT_TRUE(support::waitUntil([this] { return comings_ == 1; }));
     EXPECT_TRUE(tell());
     ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 1; }));
-    EXPECT_EQ(answers[0], Newer({{"Player", 30, true}}));
+    EXPECT_EQ(answers[0], Newer({{"Player", {30, true}}}));
     EXPECT_EQ(taker.taken_, QStringList("/filebytesa+b"));
 
     taker.answers_ = false;

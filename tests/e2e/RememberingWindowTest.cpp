@@ -38,11 +38,11 @@ class RememberingWindowTest : public PreferencesFixture {
             controller,
             [this](const QString& ignored) { model_->ignoredApps.addCustomIgnore(ignored); },
             [] { return false; }, [](float) {}});
-        reports_.emplace(PluginBusClient::Handlers{[&](std::uint32_t pid, int percent, bool muted) {
-                                                       controller.changedElsewhere(pid, percent,
-                                                                                   muted);
-                                                   },
-                                                   [](std::uint32_t, const QString&) {}, [] {}});
+        reports_.emplace(
+            PluginBusClient::Handlers{[&](std::uint32_t pid, const ProgramSetting& setting) {
+                                        controller.changedElsewhere(pid, setting);
+                                    },
+                                    [](std::uint32_t, const QString&) {}, [] {}});
         EXPECT_TRUE(model_->serve());
         window_->show();
     }

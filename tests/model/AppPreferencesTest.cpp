@@ -26,20 +26,20 @@ TEST(AppPreferences, OnlyWhatDiffersFromFullVolumeAndUnmutedIsKept) {
 
 TEST(AppPreferences, AreTidyAfterEachChange) {
     AppPreferences preferences;
-    EXPECT_EQ(preferences.percent("player"), 100);
-    EXPECT_FALSE(preferences.isMuted("player"));
+    EXPECT_EQ(preferences.setting("player").percent, 100);
+    EXPECT_FALSE(preferences.setting("player").muted);
     preferences.setPercent("player", 99);
     preferences.setMuted("other", true);
     EXPECT_EQ(preferences.dictionary(), (QVariantMap{{"player", QVariantMap{{"Volume", 99.0}}},
                                                      {"other", QVariantMap{{"Mute", true}}}}));
     EXPECT_EQ(preferences.dictionary()["player"].toMap()["Volume"].typeId(), QMetaType::Double);
-    EXPECT_EQ(preferences.percent("player"), 99);
-    EXPECT_EQ(preferences.percent("Player"), 100) << "names are exact";
+    EXPECT_EQ(preferences.setting("player").percent, 99);
+    EXPECT_EQ(preferences.setting("Player").percent, 100) << "names are exact";
     preferences.setPercent("player", 100);
     preferences.setMuted("other", false);
     EXPECT_TRUE(preferences.dictionary().isEmpty());
     preferences.setPercent("player", -5);
-    EXPECT_EQ(preferences.percent("player"), 0);
+    EXPECT_EQ(preferences.setting("player").percent, 0);
 }
 
 TEST(AppPreferences, WhatIsMalformedCountsAsNotThere) {
@@ -68,10 +68,10 @@ TEST(AppPreferences, WhatIsMalformedCountsAsNotThere) {
         {"unknown", QVariantMap{{"Color", "red"}}},
     };
     EXPECT_EQ(preferences.dictionary(), expected);
-    EXPECT_EQ(preferences.percent("numbers"), 12);
+    EXPECT_EQ(preferences.setting("numbers").percent, 12);
     EXPECT_FLOAT_EQ(preferences.volume("numbers"), 12.75F);
-    EXPECT_EQ(preferences.percent("below"), 0);
-    EXPECT_EQ(preferences.percent("above"), 100);
+    EXPECT_EQ(preferences.setting("below").percent, 0);
+    EXPECT_EQ(preferences.setting("above").percent, 100);
 }
 
 TEST(AppPreferences, AnyNameIsFoundAgainInTheFile) {
@@ -101,5 +101,5 @@ TEST(AppPreferences, AnyNameIsFoundAgainInTheFile) {
     const platform::UserDefaults defaults(path);
     const AppPreferences read(defaults.value("Apps"));
     for (int i = 0; i < names.size(); ++i)
-        EXPECT_EQ(read.percent(names[i]), i) << i << " " << names[i].left(20).toStdString();
+        EXPECT_EQ(read.setting(names[i]).percent, i) << i << " " << names[i].left(20).toStdString();
 }

@@ -109,7 +109,7 @@ TEST_F(AppVolumeControllerTest, RestoringTellsRealChangesAndSendsNothing) {
     });
     restoring.update();
     EXPECT_EQ(volumes.size() + mutes, 0);
-    restoring.changedElsewhere(1, 55, false);
+    restoring.changedElsewhere(1, {55, false});
     EXPECT_EQ(volumes.size(), 1);
     EXPECT_EQ(mutes, 1);
     EXPECT_EQ(sent(), "");
@@ -196,7 +196,7 @@ TEST_F(AppVolumeControllerTest, LaunchesAndQuitsAreLoggedInOneHarmlessLine) {
 }
 
 TEST_F(AppVolumeControllerTest, WhatIsChangedElsewhereIsTakenOverWithoutACommand) {
-    controller_.changedElsewhere(1, 150, true); // has no record yet
+    controller_.changedElsewhere(1, {150, true}); // has no record yet
     controller_.notControllable(1, "why");
     controller_.notControllable(2, "other");
     MVCommAppValue& app = connected(1, "player");
@@ -206,7 +206,7 @@ TEST_F(AppVolumeControllerTest, WhatIsChangedElsewhereIsTakenOverWithoutACommand
     EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Mute", true}}}}));
 
     view_.told.clear();
-    controller_.changedElsewhere(1, 33, false);
+    controller_.changedElsewhere(1, {33, false});
     controller_.notControllable(1, QString());
     EXPECT_DOUBLE_EQ(app.volume(), 33.0);
     EXPECT_FALSE(app.muted());
@@ -223,13 +223,13 @@ TEST_F(AppVolumeControllerTest, WhatAnotherProgramOfTheNameIsGivenElsewhereIsTak
     ScriptedPlugin first(MVCommMainSocketPath());
     ScriptedPlugin second(MVCommMainSocketPath());
     MVCommAppValue& app = connected(first, 1, "player");
-    controller_.changedElsewhere(2, 70, true); // has no connection yet
+    controller_.changedElsewhere(2, {70, true}); // has no connection yet
     controller_.notControllable(2, "why");
     second.checkIn(2, "player");
     EXPECT_TRUE(waitUntil([&] { return controller_.percentOf(app) == 70; }));
     EXPECT_TRUE(app.muted());
     view_.told.clear();
-    controller_.changedElsewhere(2, 30, false);
+    controller_.changedElsewhere(2, {30, false});
     EXPECT_DOUBLE_EQ(app.volume(), 30.0);
     EXPECT_EQ(view_.told, QStringList{"item 0"});
     EXPECT_EQ(stored(), (QVariantMap{{"player", QVariantMap{{"Volume", 30.0}}}}));

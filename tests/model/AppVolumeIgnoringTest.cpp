@@ -101,7 +101,7 @@ TEST_F(AppVolumeIgnoringTest, AnIgnoredProgramIsFreedOnceAndLeftAloneUntilItIsNo
     ignored_.addCustomIgnore("player");
     EXPECT_EQ(sentTo(first), "9,1,0,100 10,1,0,0 9,2,0,100 10,2,0,0 ");
     ignored_.addCustomIgnore("other");
-    ignoring_.changedElsewhere(1, 70, false);
+    ignoring_.changedElsewhere(1, {70, false});
     ignoring_.update();
     EXPECT_EQ(sentTo(first), "");
     ignored_.removeCustomIgnore("player");
@@ -138,14 +138,14 @@ TEST_F(AppVolumeIgnoringTest, WhoWasIgnoredByAFormerNameIsIgnoredByTheNewOneUnti
     ScriptedPlugin second(MVCommMainSocketPath());
     ignored_.addCustomIgnore("tool");
     RememberedApps& remembered = ignoring_.rememberedApps();
-    remembered.set("player", 40, false);
+    remembered.set("player", {40, false});
     checkIn(second, 2, "player", "/usr/bin/tool");
     EXPECT_EQ(ignoring_.apps().size(), 2) << "it has a setting of its own";
 }
 
 TEST_F(AppVolumeIgnoringTest, AReportOfAProgramThatTurnsOutToBeIgnoredIsForgotten) {
     ignored_.addCustomIgnore("player");
-    ignoring_.changedElsewhere(1, 70, false);
+    ignoring_.changedElsewhere(1, {70, false});
     checkIn(plugin_, 1, "player");
     ignored_.removeCustomIgnore("player");
     ASSERT_EQ(ignoring_.apps().size(), 1);

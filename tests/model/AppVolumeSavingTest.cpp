@@ -46,7 +46,7 @@ TEST_F(AppVolumeSavingTest, ReleaseAndQuitDoNotWaitForThePace) {
     MVCommAppValue& app = *controller_->apps().at(0);
     const auto percentInCopy = [&] {
         const platform::UserDefaults copy(folder_.path() / "p.plist");
-        return AppPreferences(copy.value("Apps")).percent("player");
+        return AppPreferences(copy.value("Apps")).setting("player").percent;
     };
     app.setVolume(0.1);
     controller_->sliderChanged(app);

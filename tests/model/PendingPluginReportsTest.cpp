@@ -13,9 +13,9 @@ namespace {
 /// What is kept for the process, and then no longer: percent, and "m" when it is muted.
 std::string take(PendingPluginReports& news, std::uint32_t wanted) {
     std::string text;
-    news.offer([&](std::uint32_t pid, const PendingPluginReports::Setting& setting) {
+    news.offer([&](std::uint32_t pid, const ProgramSetting& setting) {
         if (pid == wanted)
-            text += std::to_string(setting.percent) + (setting.isMuted ? "m" : "");
+            text += std::to_string(setting.percent) + (setting.muted ? "m" : "");
         return pid == wanted;
     });
     return text;

@@ -50,7 +50,7 @@ class PreferencePublisherTest : public AppVolumeFixture {
 
     int toldPercent(std::size_t index, const QString& name) {
         const auto word = platform::parsePropertyList(words_.at(index).preferences);
-        return AppPreferences(word.value_or(QVariant()).toMap()["Apps"]).percent(name);
+        return AppPreferences(word.value_or(QVariant()).toMap()["Apps"]).setting(name).percent;
     }
 };
 
@@ -67,13 +67,13 @@ TEST_F(PreferencePublisherTest, TellsAllAndWhatIsNewUntilItIsTaken) {
     EXPECT_EQ(toldPercent(0, "player"), 40);
     EXPECT_EQ(newsOf(0), QStringList("player")) << "set while nobody was there";
     controller_.setMuted(app, true);
-    controller_.rememberedApps().set("other", 20, false);
+    controller_.rememberedApps().set("other", {20, false});
     EXPECT_EQ(wordsLater(), 1U) << "the next one waits for the answer";
     answer(std::nullopt);
     ASSERT_EQ(words_.size(), 2U) << "at once, since it is late";
     EXPECT_EQ(newsOf(1), QStringList({"other", "player"})) << "the first one was not taken";
     answer(QList<NamedSetting>());
-    controller_.changedElsewhere(1, 70, false);
+    controller_.changedElsewhere(1, {70, false});
     controller_.rememberedApps().forget("other");
     ASSERT_EQ(wordsLater(), 3U);
     EXPECT_EQ(newsOf(2), QStringList("other")) << "the plug-in knows the other";
@@ -91,7 +91,8 @@ TEST_F(PreferencePublisherTest, LearnsWhatThePluginHasButForWhatWasSetMeanwhile)
     controller_.setPercent(other, 20);
     sent();
     view_.told.clear();
-    answer(QList<NamedSetting>{{"player", 30, true}, {"other", 50, true}, {"gone", 60, false}});
+    answer(
+        QList<NamedSetting>{{"player", {30, true}}, {"other", {50, true}}, {"gone", {60, false}}});
     EXPECT_EQ(controller_.percentOf(app), 30);
     EXPECT_TRUE(app.muted());
     EXPECT_FALSE(view_.told.isEmpty());

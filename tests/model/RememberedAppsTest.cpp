@@ -16,7 +16,7 @@ class RememberedAppsTest : public AppVolumeFixture {
 
 TEST_F(RememberedAppsTest, WhatAnotherMixerHasSetIsMoreThanTheVolumeOfNewOnes) {
     remembered_.setDefaultVolume(30);
-    controller_.changedElsewhere(pid, 60, true); // it has been heard before we came
+    controller_.changedElsewhere(pid, {60, true}); // it has been heard before we came
     const MVCommAppValue& app = connected(pid, "player");
     EXPECT_EQ(controller_.percentOf(app), 60);
     EXPECT_EQ(sent(), "");
@@ -25,8 +25,8 @@ TEST_F(RememberedAppsTest, WhatAnotherMixerHasSetIsMoreThanTheVolumeOfNewOnes) {
 
 TEST_F(RememberedAppsTest, AProgramOfANewNameTakesOverWhatIsRememberedByThatOfItsFile) {
     remembered_.setDefaultVolume(30);
-    remembered_.set("pacat", 40, true);
-    remembered_.set("python3.11", 50, false);
+    remembered_.set("pacat", {40, true});
+    remembered_.set("python3.11", {50, false});
     plugin_.checkIn(pid, "paplay", "/usr/bin/pacat");
     ASSERT_TRUE(support::waitUntil([&] { return find("paplay") != nullptr; }));
     EXPECT_EQ(controller_.percentOf(*find("paplay")), 40);
@@ -39,7 +39,7 @@ TEST_F(RememberedAppsTest, AProgramOfANewNameTakesOverWhatIsRememberedByThatOfIt
     ASSERT_TRUE(support::waitUntil([&] { return find("synth") != nullptr; }));
     EXPECT_EQ(controller_.percentOf(*find("synth")), 30) << "its file has many names";
 
-    remembered_.set("paplay", 100, false);
+    remembered_.set("paplay", {100, false});
     plugin_.checkIn(pid + 2, "paplay", "/usr/bin/pacat");
     ASSERT_TRUE(support::waitUntil([&] { return find("paplay")->pid() == pid + 2; }));
     EXPECT_EQ(controller_.percentOf(*find("paplay")), 100) << "that is its own by now";
@@ -64,7 +64,7 @@ TEST_F(RememberedAppsTest, TheItemOfAProgramFollowsWhatIsSetByItsName) {
     int calls = 0;
     controller_.setObserver([&] { ++calls; });
     view_.told.clear();
-    remembered_.set("player", 40, true);
+    remembered_.set("player", {40, true});
     EXPECT_EQ(controller_.percentOf(app), 40);
     EXPECT_TRUE(app.muted());
     EXPECT_FALSE(view_.told.isEmpty());

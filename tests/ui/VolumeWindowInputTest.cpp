@@ -203,7 +203,7 @@ TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
     for (int times = 0; times < 5; ++times)
         press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(sentUntil("9,4711,100 "), "10,4711,0 9,4711,10 9,4711,0 9,4711,100 ");
-    model_.controller.changedElsewhere(4711, 50, true);
+    model_.controller.changedElsewhere(4711, {50, true});
     EXPECT_FALSE(window_.history().canUndo()) << "nobody did that here";
     press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(player.slider->percent(), 0);

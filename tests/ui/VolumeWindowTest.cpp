@@ -149,14 +149,14 @@ TEST_F(VolumeWindowTest, WhatIsSetElsewhereMovesTheControlsButNotAHeldSlider) {
     const auto shown = [&] {
         return VolumeConversion::percentOfFraction(static_cast<double>(row.slider->floatValue()));
     };
-    model_.controller.changedElsewhere(4711, 37, true);
+    model_.controller.changedElsewhere(4711, {37, true});
     EXPECT_EQ(shown(), 37);
     EXPECT_TRUE(row.slider->isMuted());
 
     const QPoint middle(row.slider->width() / 2, 10);
     QTest::mousePress(row.slider, Qt::LeftButton, {}, middle);
     EXPECT_EQ(shown(), 50);
-    model_.controller.changedElsewhere(4711, 20, false);
+    model_.controller.changedElsewhere(4711, {20, false});
     model_.controller.update();
     EXPECT_EQ(shown(), 50);
     EXPECT_FALSE(row.slider->isMuted());
@@ -205,7 +205,7 @@ TEST_F(VolumeWindowTest, AProgramThatCannotBeControlledCanOnlyBeUnmutedInMemory)
         EXPECT_EQ(row.slider->floatValue(), 1.0F) << way;
     }
     for (std::size_t way = 0; way < 4; ++way) {
-        model_.controller.changedElsewhere(4711, 100, true);
+        model_.controller.changedElsewhere(4711, {100, true});
         EXPECT_FALSE(button.state().disabled) << way;
         ways[way]();
         EXPECT_FALSE(app.muted()) << way;

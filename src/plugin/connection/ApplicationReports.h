@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/ProgramSetting.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -8,8 +10,8 @@
 /// unless somebody sets them.
 struct ApplicationReports {
     /// Another mixer has set a program's volume or mute. Above 100 percent as it is.
-    std::function<void(std::uint32_t pid, int percent, bool muted)> changedElsewhere =
-        [](std::uint32_t, int, bool) {};
+    std::function<void(std::uint32_t pid, const ProgramSetting&)> changedElsewhere =
+        [](std::uint32_t, const ProgramSetting&) {};
 
     /// None of the program's streams has a volume that can be set, for this reason, which is for
     /// people; when it is empty, one has.

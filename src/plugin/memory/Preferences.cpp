@@ -5,8 +5,6 @@
 #include "platform/plist/PropertyListValues.h"
 #include "platform/plist/StorableText.h"
 
-#include <algorithm>
-
 namespace {
 
 /// What a person reads for the notification sounds, and so their key. The application translates
@@ -18,7 +16,7 @@ std::optional<int> percentIn(void* dictionary, const char* key) {
     const auto percent = entry != nullptr ? platform::numberOf(entry) : std::nullopt;
     if (!percent)
         return std::nullopt;
-    return static_cast<int>(static_cast<float>(std::clamp(*percent, 0.0, 100.0)));
+    return static_cast<int>(static_cast<float>(ProgramSetting::clamped(*percent)));
 }
 
 ProgramSetting settingIn(void* dictionary) {
@@ -44,8 +42,12 @@ std::vector<std::string> textsIn(void* dictionary, const char* key) {
 
 } // namespace
 
+WantedVolume wantedBy(const ProgramSetting& setting) noexcept {
+    return {gainOfPercent(setting.percent), setting.muted};
+}
+
 ProgramSetting settingOf(const WantedVolume& wanted) noexcept {
-    return {wanted.percent().value_or(100), wanted.muted.value_or(false)};
+    return {wanted.percent().value_or(ProgramSetting::fullVolume), wanted.muted.value_or(false)};
 }
 
 ProgramSetting Preferences::settingOfUnset(const std::string& key,

@@ -2,6 +2,7 @@
 
 #include "plugin/volume/StreamVolume.h"
 #include "settings/IgnoredNames.h"
+#include "settings/ProgramSetting.h"
 
 #include <map>
 #include <optional>
@@ -11,18 +12,8 @@
 
 /// What the preferences hold for the plug-in: plain data, any thread.
 
-/// The volume of one program as a person sees and remembers it.
-struct ProgramSetting {
-    int percent = 100; ///< 0 to 100
-    bool muted = false;
-
-    bool operator==(const ProgramSetting&) const = default;
-
-    /// Whether nothing need be remembered of it.
-    bool isPlain() const noexcept { return *this == ProgramSetting{}; }
-
-    WantedVolume wanted() const noexcept { return {gainOfPercent(percent), muted}; }
-};
+/// What the setting asks of streams.
+WantedVolume wantedBy(const ProgramSetting& setting) noexcept;
 
 /// How what is wanted looks to a person: 100 percent and not muted where nothing is wanted. Volumes
 /// that other mixers set above 100 percent look so.

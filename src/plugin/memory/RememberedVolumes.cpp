@@ -12,12 +12,6 @@ ProgramSetting settingIn(const Preferences& preferences, const std::string& key)
     return found != preferences.programs.end() ? found->second : ProgramSetting{};
 }
 
-/// As the application keeps it.
-ProgramSetting clamped(ProgramSetting setting) {
-    setting.percent = std::clamp(setting.percent, 0, 100);
-    return setting;
-}
-
 /// The names of all that either holds something else about.
 std::vector<std::string> differencesOf(const Preferences& before, const Preferences& after) {
     std::vector<std::string> keys;
@@ -55,7 +49,7 @@ void followChanges(Preferences& preferences, const Preferences& last, const Pref
 /// What has to be asked of a program that is to have `setting`.
 WantedVolume differenceTo(const ProgramSetting& setting,
                           const RememberedVolumes::Program& program) {
-    const ProgramSetting present = clamped(settingOf(program.wanted));
+    const ProgramSetting present = settingOf(program.wanted).clamped();
     WantedVolume change;
     if (present.percent != setting.percent)
         change.gain = gainOfPercent(setting.percent);
@@ -180,7 +174,7 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
         }
         if (before.ignored.contains(name))
             continue;
-        WantedVolume wanted = settingIn(before, key).wanted();
+        WantedVolume wanted = wantedBy(settingIn(before, key));
         wanted.merge(latestOf(key));
         const auto latest = latest_.find(key);
         const bool isOurs =
@@ -194,7 +188,7 @@ void RememberedVolumes::ignoreNewly(const Preferences& before) {
 /// A newer entry of the preferences takes the place of what was the latest.
 void RememberedVolumes::updateLatest(const std::string& key, const ProgramSetting& setting) {
     if (isSilenced(key) || std::ranges::any_of(reports_, [&](const Report& each) {
-            return each.key == key && clamped(each.setting) == setting;
+            return each.key == key && each.setting.clamped() == setting;
         }))
         return;
     latest_.erase(key);
@@ -242,7 +236,7 @@ void RememberedVolumes::takeNews(const ApplicationPreferences& word,
             latest_.erase(key);
             news_.erase(key);
         } else if (!isIgnored(checkinNameOfKey(key)) && !isCommanded(key)) {
-            latest_[key] = {.wanted = settingIn(preferences_, key).wanted(), .ours = true};
+            latest_[key] = {.wanted = wantedBy(settingIn(preferences_, key)), .ours = true};
             news_[key] = now;
         }
     }
@@ -259,7 +253,7 @@ NamedSettings RememberedVolumes::takeNewer() {
     for (auto& [key, latest] : latest_) {
         if (isIgnored(checkinNameOfKey(key)))
             continue;
-        const ProgramSetting setting = clamped(settingOf(of(checkinNameOfKey(key))));
+        const ProgramSetting setting = settingOf(of(checkinNameOfKey(key))).clamped();
         if (setting != settingIn(preferences_, key))
             newer.emplace_back(key, setting);
         latest.unreported = false;
@@ -290,7 +284,7 @@ WantedVolume RememberedVolumes::changeFor(const Program& program, const Preferen
     const auto isOfProgram = [&](const auto& each) { return each.pid == program.pid; };
     if (std::ranges::any_of(commands_, isOfProgram) ||
         std::ranges::any_of(reports_, [&](const Report& each) {
-            return isOfProgram(each) && clamped(each.setting) == setting;
+            return isOfProgram(each) && each.setting.clamped() == setting;
         }))
         return {};
     return differenceTo(setting, program);
@@ -314,7 +308,7 @@ WantedVolume RememberedVolumes::restoredFor(const Program& program,
     if (setting == before || isSilenced(settingsKey(program.name)))
         return {};
     WantedVolume change = differenceTo(setting, program);
-    const ProgramSetting present = clamped(settingOf(program.wanted));
+    const ProgramSetting present = settingOf(program.wanted).clamped();
     if (present.percent < std::min(before.percent, setting.percent))
         change.gain.reset();
     if (present.muted && !before.muted && !setting.muted)
@@ -343,10 +337,10 @@ WantedVolume RememberedVolumes::evenIfIgnored(std::string_view name,
     const std::string key = settingsKey(name);
     // A session manager would else restore what some other program of its kind had.
     WantedVolume wanted = preferences_.written && name != kMVCommNotificationSoundsName
-                              ? preferences_.settingOfUnset(key, settingsKey(former)).wanted()
+                              ? wantedBy(preferences_.settingOfUnset(key, settingsKey(former)))
                               : WantedVolume{};
     if (const auto found = preferences_.programs.find(key); found != preferences_.programs.end())
-        wanted = found->second.wanted();
+        wanted = wantedBy(found->second);
     wanted.merge(latestOf(key));
     return wanted;
 }

@@ -80,7 +80,7 @@ void VolumeMemory::added(Program& program) {
 void VolumeMemory::connected(const Program& program) {
     preferences_.readAgain();
     if (const auto setting = remembered_.connected(describedFor(program), MonotonicClock::now()))
-        reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
+        reports_.changedElsewhere(program.process().pid, *setting);
 }
 
 void VolumeMemory::commanded(const Program& program, const WantedVolume& change) {
@@ -92,7 +92,7 @@ void VolumeMemory::commanded(const Program& program, const WantedVolume& change)
 void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& before) {
     if (const auto setting = remembered_.changedElsewhere(
             describedFor(program), before, program.isConnected(), MonotonicClock::now()))
-        reports_.changedElsewhere(program.process().pid, setting->percent, setting->muted);
+        reports_.changedElsewhere(program.process().pid, *setting);
 }
 
 void VolumeMemory::found(Program& program, const WantedVolume& found) {

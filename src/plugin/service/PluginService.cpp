@@ -17,7 +17,7 @@ namespace {
 QList<NamedSetting> onBus(const NamedSettings& settings) {
     QList<NamedSetting> list;
     for (const auto& [name, setting] : settings)
-        list.append({QString::fromStdString(name), setting.percent, setting.muted});
+        list.append({QString::fromStdString(name), setting});
     return list;
 }
 

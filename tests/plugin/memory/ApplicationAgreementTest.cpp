@@ -86,9 +86,9 @@ TEST(ApplicationAgreement, BothReadTheSameSettingsAndTakeNonsenseForMissing) {
             << entry;
         const AppPreferences application(
             platform::parsePropertyList(QByteArray::fromStdString(xml)).value().toMap()["Apps"]);
-        EXPECT_EQ(application.percent("player"), expected.percent) << entry;
-        EXPECT_EQ(application.isMuted("player"), expected.muted) << entry;
-        EXPECT_TRUE(read->programs.contains("other") && application.isMuted("other")) << entry;
+        EXPECT_EQ(application.setting("player"), expected) << entry;
+        EXPECT_TRUE(read->programs.contains("other") && application.setting("other").muted)
+            << entry;
     }
 }
 

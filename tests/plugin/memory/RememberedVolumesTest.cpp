@@ -198,7 +198,7 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
     constexpr ProgramSetting former{40, true};
     const struct {
         const char* about;
-        bool isSeen;
+        bool isVisible;
         ProgramSetting own;
         ProgramSetting former;
         std::optional<int> forNew;
@@ -215,7 +215,7 @@ TEST_F(RememberedVolumesTest, AProgramOfANewNameHasWhatIsRememberedByTheFormerOn
         if (!each.former.isPlain())
             preferences.programs["player-bin"] = each.former;
         preferences.programs[""] = {10, false}; // nobody's
-        if (each.isSeen)
+        if (each.isVisible)
             preferences.seen = {"player"};
         read(preferences);
         EXPECT_EQ(remembered_.of("player", "player-bin"), each.expected) << each.about;
