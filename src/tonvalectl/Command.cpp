@@ -2,37 +2,13 @@
 
 #include "tonvalectl/Failure.h"
 #include "tonvalectl/Messages.h"
+#include "tonvalectl/Verbs.h"
 
 #include <algorithm>
-#include <array>
+#include <ranges>
 #include <string_view>
 
 namespace {
-
-using Verb = Command::Verb;
-
-struct Form {
-    std::string_view word;
-    Verb verb;
-    std::size_t least; // of what follows
-    std::size_t most;
-    std::string_view options; // that go with it
-};
-
-constexpr std::array forms{
-    Form{"list", Verb::list, 0, 0, "--json --all --names --ignored"},
-    Form{"get", Verb::get, 1, 1, "--json"},
-    Form{"set", Verb::set, 2, 2, ""},
-    Form{"mute", Verb::mute, 1, 1, ""},
-    Form{"unmute", Verb::unmute, 1, 1, ""},
-    Form{"toggle", Verb::toggle, 1, 1, ""},
-    Form{"ignore", Verb::ignore, 1, 1, ""},
-    Form{"unignore", Verb::unignore, 1, 1, ""},
-    Form{"forget", Verb::forget, 1, 1, ""},
-    Form{"default", Verb::defaultVolume, 0, 1, ""},
-    Form{"show", Verb::show, 0, 0, ""},
-    Form{"monitor", Verb::monitor, 0, 0, "--json"},
-};
 
 Failure wrong(const char* english, const std::string& what = {}) {
     return {ExitCode::usage, Messages::text(english, {what})};
@@ -58,47 +34,55 @@ Words sorted(const std::vector<std::string>& arguments) {
     return words;
 }
 
-bool goesWith(std::string_view option, std::string_view options) {
-    const std::string all = " " + std::string(options) + " ";
-    return all.find(" " + std::string(option) + " ") != std::string::npos;
+std::vector<std::string_view> split(std::string_view words) {
+    std::vector<std::string_view> parts;
+    for (const auto part : std::views::split(words, ' ')) {
+        if (!part.empty())
+            parts.emplace_back(part.begin(), part.end());
+    }
+    return parts;
 }
 
-void apply(const std::string& option, const Form& form, Command& command) {
-    if (!goesWith(option, form.options))
-        throw wrong("There is no option %1 here; see --help.", option);
-    (option == "--json"    ? command.json
-     : option == "--all"   ? command.all
-     : option == "--names" ? command.names
-                           : command.ignored) = true;
+/// `given` begins with the verb.
+void takeArguments(const std::vector<std::string>& given, Command& command) {
+    const auto forms = split(command.verb->arguments);
+    const auto least =
+        std::ranges::count_if(forms, [](std::string_view form) { return form[0] != '['; });
+    const std::size_t count = given.size() - 1;
+    if (count < static_cast<std::size_t>(least) || count > forms.size())
+        throw wrong("“%1” takes other arguments; see --help.", given.front());
+    for (std::size_t i = 0; i < count; ++i) {
+        if (forms[i] == "NAME")
+            command.name = given[i + 1];
+        else
+            command.value = given[i + 1];
+    }
+}
+
+void takeOption(const std::string& word, Command& command) {
+    const auto option = std::ranges::find(options(), word, &Option::word);
+    if (option == options().end() ||
+        std::ranges::count(split(option->verbs), command.verb->word) == 0)
+        throw wrong("There is no option %1 here; see --help.", word);
+    command.*option->flag = true;
 }
 
 } // namespace
 
 Command Command::parse(const std::vector<std::string>& arguments) {
     const Words words = sorted(arguments);
-    const auto asksFor = [&words](const char* option) {
-        return std::ranges::find(words.options, option) != words.options.end();
-    };
-    if (asksFor("--help") || asksFor("-h"))
-        return {.verb = Verb::help, .name = {}, .value = {}};
-    if (asksFor("--version"))
-        return {.verb = Verb::version, .name = {}, .value = {}};
+    for (const Verb& verb : verbOptions()) {
+        if (std::ranges::count(words.options, verb.word) > 0)
+            return {.verb = &verb, .name = {}, .value = {}};
+    }
     if (words.plain.empty())
         throw wrong("There is no command; see --help.");
-    const auto form = std::ranges::find(forms, words.plain.front(), &Form::word);
-    if (form == forms.end())
+    const auto verb = std::ranges::find(verbs(), words.plain.front(), &Verb::word);
+    if (verb == verbs().end())
         throw wrong("There is no command “%1”; see --help.", words.plain.front());
-    const std::size_t count = words.plain.size() - 1;
-    if (count < form->least || count > form->most)
-        throw wrong("“%1” takes other arguments; see --help.", words.plain.front());
-    Command command{.verb = form->verb, .name = {}, .value = {}};
-    if (form->verb == Verb::defaultVolume && count > 0)
-        command.value = words.plain[1];
-    else if (count > 0)
-        command.name = words.plain[1];
-    if (count > 1)
-        command.value = words.plain[2];
+    Command command{.verb = &*verb, .name = {}, .value = {}};
+    takeArguments(words.plain, command);
     for (const std::string& option : words.options)
-        apply(option, *form, command);
+        takeOption(option, command);
     return command;
 }

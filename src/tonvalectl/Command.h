@@ -4,26 +4,11 @@
 #include <string>
 #include <vector>
 
+struct Verb;
+
 /// What the arguments of tonvalectl ask for.
 struct Command {
-    enum class Verb {
-        list,
-        get,
-        set,
-        mute,
-        unmute,
-        toggle,
-        ignore,
-        unignore,
-        forget,
-        defaultVolume,
-        show,
-        monitor,
-        help,
-        version,
-    };
-
-    Verb verb;
+    const Verb* verb;
     std::string name;                 ///< of a program, as it was written; empty without
     std::optional<std::string> value; ///< of a volume, likewise
     bool json = false;

@@ -26,14 +26,12 @@ struct CtlProgram {
     void update(GVariant* properties);
 };
 
-/// What tonvalectl asks of the application. All of it throws Failure.
+/// What tonvalectl asks of the application. All of it throws Failure, the constructor without a
+/// session bus.
 class Mixer {
   public:
     static constexpr const char* programInterface = "com.quarnel.Tonvale.Program";
     static constexpr const char* mixerInterface = "com.quarnel.Tonvale.Mixer";
-
-    /// `bus` must outlive the object.
-    explicit Mixer(BusClient& bus) : bus_(bus) {}
 
     /// Those that have an item, in the window's order.
     std::vector<CtlProgram> programs();
@@ -71,5 +69,5 @@ class Mixer {
     void setRemembered(const std::string& name, const ProgramSetting& setting);
     void callNamed(const char* method, const std::string& name);
 
-    BusClient& bus_;
+    BusClient bus_;
 };

@@ -40,9 +40,9 @@ class RememberingWindowTest : public PreferencesFixture {
             [] { return false; }, [](float) {}});
         reports_.emplace(
             PluginBusClient::Handlers{[&](std::uint32_t pid, const ProgramSetting& setting) {
-                                        controller.changedElsewhere(pid, setting);
-                                    },
-                                    [](std::uint32_t, const QString&) {}, [] {}});
+                                          controller.changedElsewhere(pid, setting);
+                                      },
+                                      [](std::uint32_t, const QString&) {}, [] {}});
         EXPECT_TRUE(model_->serve());
         window_->show();
     }
