@@ -5,6 +5,7 @@
 #include <QLocale>
 #include <QStringView>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -16,104 +17,62 @@ namespace platform {
 namespace {
 
 struct Directive {
-    std::size_t position = 0; // from 1; 0: the next argument
+    int position = 0; // from 1; 0: the next argument
     bool leftAligned = false;
     bool signShown = false;
     bool zeroPadded = false;
-    qsizetype width = 0;
+    int width = 0;
     std::optional<int> precision;
     bool wide = false; // a length other than int's
     char16_t conversion = u'\0';
 };
 
-/// Reads one directive, from behind its percent sign.
-class DirectiveReader {
-  public:
-    DirectiveReader(QStringView format, qsizetype start) : format_(format), place_(start) {}
+/// Takes the next character of a text if it is one of those wanted; 0 otherwise.
+char16_t take(QStringView& text, QStringView wanted) {
+    if (text.isEmpty() || std::ranges::find(wanted, text.front()) == wanted.end())
+        return u'\0';
+    const char16_t taken = text.front().unicode();
+    text = text.mid(1);
+    return taken;
+}
 
-    /// Behind the directive after read().
-    qsizetype place() const noexcept { return place_; }
-
-    std::optional<Directive> read() {
-        Directive directive;
-        readPosition(directive);
-        readFlags(directive);
-        directive.width = readNumber().value_or(0);
-        if (skip(u'.'))
-            directive.precision = readNumber().value_or(0);
-        readLength(directive);
-        directive.conversion = current();
-        ++place_;
-        return isKnown(directive) ? std::optional(directive) : std::nullopt;
+/// At most two digits: nothing that a text for people needs is longer.
+std::optional<int> takeNumber(QStringView& text) {
+    std::optional<int> number;
+    for (int i = 0; i < 2; ++i) {
+        if (const char16_t digit = take(text, u"0123456789"))
+            number = number.value_or(0) * 10 + (digit - u'0');
     }
+    return number;
+}
 
-  private:
-    char16_t current() const {
-        return place_ < format_.size() ? format_.at(place_).unicode() : u'\0';
+/// Takes one directive, from behind its percent sign. Nothing where none is known.
+std::optional<Directive> takeDirective(QStringView& text) {
+    Directive directive;
+    QStringView ahead = text;
+    const int position = takeNumber(ahead).value_or(0);
+    if (position > 0 && take(ahead, u"$")) {
+        directive.position = position;
+        text = ahead;
     }
-
-    bool skip(char16_t character) {
-        const bool found = current() == character;
-        place_ += found ? 1 : 0;
-        return found;
-    }
-
-    /// At most two digits: nothing that a text for people needs is longer.
-    std::optional<int> readNumber() {
-        std::optional<int> number;
-        for (int i = 0; i < 2 && current() >= u'0' && current() <= u'9'; ++i, ++place_)
-            number = number.value_or(0) * 10 + (current() - u'0');
-        return number;
-    }
-
-    void readPosition(Directive& directive) {
-        const qsizetype before = place_;
-        const auto number = readNumber();
-        if (number && *number > 0 && skip(u'$'))
-            directive.position = static_cast<std::size_t>(*number);
-        else
-            place_ = before;
-    }
-
-    void readFlags(Directive& directive) {
-        for (bool flag = true; flag;) {
-            flag = false;
-            for (const auto& [character, member] :
-                 {std::pair(u'-', &Directive::leftAligned), std::pair(u'+', &Directive::signShown),
-                  std::pair(u'0', &Directive::zeroPadded)}) {
-                if (skip(character))
-                    flag = directive.*member = true;
-            }
-        }
-    }
-
-    void readLength(Directive& directive) {
-        directive.wide = skip(u'z') || skip(u'l');
-        if (directive.wide && format_.at(place_ - 1) == u'l')
-            skip(u'l');
-    }
-
-    static bool isKnown(const Directive& directive) {
-        switch (directive.conversion) {
-        case u'd':
-        case u'i':
-        case u'u':
-        case u'x':
-            return !directive.precision;
-        case u'@':
-        case u's':
-        case u'c':
-            return !directive.precision && !directive.wide;
-        case u'f':
-            return !directive.wide;
-        default:
-            return false;
-        }
-    }
-
-    const QStringView format_;
-    qsizetype place_;
-};
+    while (const char16_t flag = take(text, u"-+0"))
+        (flag == u'-'   ? directive.leftAligned
+         : flag == u'+' ? directive.signShown
+                        : directive.zeroPadded) = true;
+    directive.width = takeNumber(text).value_or(0);
+    if (take(text, u"."))
+        directive.precision = takeNumber(text).value_or(0);
+    const char16_t length = take(text, u"zl");
+    if (length == u'l')
+        take(text, u"l");
+    directive.wide = length != u'\0';
+    const QStringView known = !directive.wide && !directive.precision ? u"diuxsc@f"
+                              : !directive.precision                  ? u"diux"
+                              : !directive.wide                       ? u"f"
+                                                                      : u"";
+    directive.conversion = take(text, known);
+    return directive.conversion != u'\0' ? std::optional(directive) : std::nullopt;
+}
 
 QString character(quint64 number) {
     auto code = static_cast<char32_t>(number);
@@ -130,9 +89,17 @@ QString hexadecimal(quint64 number, bool wide) {
     return QString::number(number, 16);
 }
 
-QString fixed(double number, const Directive& directive) {
+QString numberText(double number, const Directive& directive) {
     constexpr int usualDecimals = 6;
-    return QString::number(number, 'f', directive.precision.value_or(usualDecimals));
+    switch (directive.conversion) {
+    case u'f':
+        return QString::number(number, 'f', directive.precision.value_or(usualDecimals));
+    case u'@':
+    case u's':
+        return QString::number(number, 'g', QLocale::FloatingPointShortest);
+    default:
+        return QString::number(number, 'f', 0);
+    }
 }
 
 QString numberText(std::integral auto number, const Directive& directive) {
@@ -142,21 +109,9 @@ QString numberText(std::integral auto number, const Directive& directive) {
     case u'c':
         return character(static_cast<quint64>(number));
     case u'f':
-        return fixed(static_cast<double>(number), directive);
+        return numberText(static_cast<double>(number), directive);
     default:
         return QString::number(number);
-    }
-}
-
-QString numberText(double number, const Directive& directive) {
-    switch (directive.conversion) {
-    case u'f':
-        return fixed(number, directive);
-    case u'@':
-    case u's':
-        return QString::number(number, 'g', QLocale::FloatingPointShortest);
-    default:
-        return QString::number(number, 'f', 0);
     }
 }
 
@@ -209,26 +164,24 @@ QString localized(const QString& key, const char* table) {
 QString formatArguments(const QString& format, std::span<const FormatArgument> arguments) {
     QString result;
     result.reserve(expectedSize(format, arguments));
-    std::size_t next = 1;
-    qsizetype place = 0;
-    for (qsizetype percent = format.indexOf(u'%'); percent >= 0;
-         percent = format.indexOf(u'%', place)) {
-        result += QStringView(format).mid(place, percent - place);
-        place = percent + 1;
-        DirectiveReader reader(format, place);
-        const auto directive = reader.read();
-        const std::size_t position =
-            directive && directive->position != 0 ? directive->position : next;
-        if (directive && position <= arguments.size()) {
-            result += filled(arguments[position - 1], *directive);
-            place = reader.place();
+    int next = 1;
+    QStringView rest = format;
+    for (qsizetype percent = rest.indexOf(u'%'); percent >= 0; percent = rest.indexOf(u'%')) {
+        result += rest.first(percent);
+        rest = rest.mid(percent + 1);
+        QStringView behind = rest;
+        const auto directive = takeDirective(behind);
+        const int position = !directive ? 0 : directive->position != 0 ? directive->position : next;
+        if (position > 0 && static_cast<std::size_t>(position) <= arguments.size()) {
+            result += filled(arguments[static_cast<std::size_t>(position) - 1], *directive);
+            rest = behind;
             next += directive->position == 0 ? 1 : 0;
         } else {
             result += u'%';
-            place += place < format.size() && format.at(place) == u'%' ? 1 : 0;
+            take(rest, u"%");
         }
     }
-    return result += QStringView(format).mid(place);
+    return result += rest;
 }
 
 } // namespace platform
