@@ -15,8 +15,6 @@
 #include "settings/PreferenceKeys.h"
 #include "workspace/Workspace.h"
 
-#include <QScopedValueRollback>
-
 #include <chrono>
 #include <unistd.h>
 #include <utility>
@@ -129,8 +127,7 @@ void AppVolumeController::updateRunningApps() {
 }
 
 void AppVolumeController::update() {
-    workspace_.lookAgain();
-    merge(First::connections);
+    updateConnections();
 }
 
 void AppVolumeController::updateConnectionsSoon() {
@@ -152,10 +149,7 @@ void AppVolumeController::merge(First first) {
     list_.mergeConnections(MVCommCopyConnectedProcesses(comm_));
     if (first == First::connections)
         mergeRunning();
-    {
-        const QScopedValueRollback restoring(isRestoring_, true);
-        list_.settle();
-    }
+    list_.settle();
     newlyIgnored_.resetConnected(list_);
     useNews();
     if (view_ != nullptr)
@@ -240,33 +234,29 @@ void AppVolumeController::handleActivity(const MVCommActivityMessage* message) {
     const bool wasHeard = app->hasActivity();
     if (view_ != nullptr)
         view_->handleActivity(index, level100, level);
-    app->setActivity(level100);
+    else
+        app->setActivity(level100);
     if (app->hasActivity() != wasHeard)
         tellObserver();
 }
 
 void AppVolumeController::sliderChanged(MVCommAppValue& app) {
-    if (isRestoring_)
-        return;
     const int before = percentOf(app);
     const int percent = VolumeConversion::percentOfFraction(app.volume());
     commands_.setVolume(app.pid(), percent);
     appPrefs_.setPercent(app.displayName(), percent);
-    publisher_.note(app.displayName());
-    keepSetting(app.displayName());
+    keepGesture(app);
     if (gestures_.volumeChanged)
         gestures_.volumeChanged(app, before, percent);
 }
 
 void AppVolumeController::appWasMuted(MVCommAppValue& app) {
-    if (isRestoring_)
+    if (appPrefs_.setting(app.displayName()).muted == app.muted())
         return;
-    const bool isChange = appPrefs_.setting(app.displayName()).muted != app.muted();
     commands_.setMute(app.pid(), app.muted());
     appPrefs_.setMuted(app.displayName(), app.muted());
-    publisher_.note(app.displayName());
-    keepSetting(app.displayName());
-    if (isChange && gestures_.muteChanged)
+    keepGesture(app);
+    if (gestures_.muteChanged)
         gestures_.muteChanged(app, app.muted());
 }
 
@@ -292,10 +282,7 @@ int AppVolumeController::percentOf(const MVCommAppValue& app) const {
 }
 
 void AppVolumeController::setMuted(MVCommAppValue& app, bool muted) {
-    {
-        const QScopedValueRollback quiet(isRestoring_, true);
-        app.setMuted(muted);
-    }
+    app.setMuted(muted); // an item calls appWasMuted() in here
     appWasMuted(app);
     tellItem(app);
 }
@@ -319,12 +306,8 @@ void AppVolumeController::changedElsewhere(std::uint32_t pid, const ProgramSetti
 }
 
 void AppVolumeController::setFromElsewhere(MVCommAppValue& app, const ProgramSetting& setting) {
-    appPrefs_.set(app.displayName(), setting);
-    {
-        const QScopedValueRollback restoring(isRestoring_, true);
-        restore(app);
-    }
-    keepSetting(app.displayName());
+    rememberedApps_.keep(app.displayName(), setting);
+    restore(app);
 }
 
 void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
@@ -356,9 +339,10 @@ void AppVolumeController::copyThenTellPlugins() {
     });
 }
 
-/// After it has become another.
-void AppVolumeController::keepSetting(const QString& displayName) {
-    seen_.add({displayName});
+/// After what is remembered has become another by a person's doing.
+void AppVolumeController::keepGesture(const MVCommAppValue& app) {
+    publisher_.note(app.displayName());
+    seen_.add({app.displayName()});
     settingsChanged();
 }
 

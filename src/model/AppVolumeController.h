@@ -116,8 +116,9 @@ class AppVolumeController {
     /// A level of a process, any number; nothing happens when it has no record.
     void handleActivity(const MVCommActivityMessage* message);
 
-    /// After an item has set the volume of `app`, one of the records, to its slider's value, 0 to
-    /// 1, or another, mute.
+    /// Where all gestures end. After the volume of `app`, one of the records, has been set to a
+    /// slider's value, 0 to 1; or after its mute is another. That is no gesture where it is what is
+    /// remembered, as after a merge.
     void sliderChanged(MVCommAppValue& app);
     void appWasMuted(MVCommAppValue& app);
 
@@ -172,7 +173,7 @@ class AppVolumeController {
     void setFromElsewhere(MVCommAppValue& app, const ProgramSetting& setting);
     void ignoredAppsDidChange();
     void copyThenTellPlugins();
-    void keepSetting(const QString& displayName);
+    void keepGesture(const MVCommAppValue& app);
     void settingsChanged();
     void storePrefs();
     void tellObserver() const;
@@ -198,7 +199,6 @@ class AppVolumeController {
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
     GestureObserver gestures_;
-    bool isRestoring_ = false; // what changes in a record now is no gesture
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;
     const std::shared_ptr<AppVolumeController*> self_; // tells calls that are under way of the end

@@ -21,8 +21,8 @@ class AppVolumeView {
     virtual void appsWillChange() = 0;
     virtual void appsDidChange(const QList<MVCommAppValue*>& apps) = 0;
 
-    /// The item at `index` has another level: `level100` percent, of `level` within 0 to 1. An item
-    /// that is there sets its record's activity; afterwards the controller does.
+    /// The item at `index` has another level: `level100` percent, of `level` within 0 to 1. The
+    /// view sets the record's activity; without a view the controller does.
     virtual void handleActivity(qsizetype index, qint64 level100, float level) = 0;
 
     /// Of the item at `index`, the percent, the mute, or the reason why it cannot be set are others

@@ -30,6 +30,9 @@ class RememberedApps {
     /// Also sets all that one that is running has, as its item would. Clamps.
     void set(const QString& displayName, const ProgramSetting& setting);
 
+    /// Remembers what was set elsewhere, and touches no record. Clamps.
+    void keep(const QString& displayName, const ProgramSetting& setting);
+
     /// Takes over what the plug-in has of a program already.
     void learn(const NamedSetting& newer);
 
@@ -43,7 +46,6 @@ class RememberedApps {
     void setDefaultVolume(std::optional<int> percent);
 
   private:
-    void keep(const QString& displayName, const ProgramSetting& setting);
     MVCommAppValue* recordOf(const QString& displayName) const;
 
     AppVolumeController& controller_;

@@ -10,12 +10,14 @@ class RecordingView final : public AppVolumeView {
   public:
     void appsWillChange() override { told += "will"; }
     void appsDidChange(const QList<MVCommAppValue*>& apps) override {
+        shown = apps;
         QStringList names{"did"};
         for (const MVCommAppValue* const app : apps)
             names += app->displayName();
         told += names.join(QLatin1Char(' '));
     }
     void handleActivity(qsizetype index, qint64 level100, float level) override {
+        shown[index]->setActivity(level100);
         told += QStringLiteral("activity %1 %2 %3")
                     .arg(index)
                     .arg(level100)
@@ -32,6 +34,7 @@ class RecordingView final : public AppVolumeView {
     void setFrame(const QRect& frame) override { place = frame; }
 
     QStringList told;
+    QList<MVCommAppValue*> shown;
     QSizeF minimum;
     QSizeF maximum;
     QRect place;
