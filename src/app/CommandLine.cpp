@@ -1,7 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "framework/application/OptionParser.h"
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/text/Localization.h"
 

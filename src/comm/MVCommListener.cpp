@@ -1,6 +1,6 @@
 #include "comm/MVCommListener.h"
 
-#include "platform/base/PrintableText.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/base/SystemLog.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"

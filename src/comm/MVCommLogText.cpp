@@ -1,25 +1,13 @@
 #include "comm/MVCommLogText.h"
 
-#include "platform/base/PrintableText.h"
+#include "platform/base/HarmlessText.h"
 
 #include <QString>
 
-#include <algorithm>
-
-namespace {
-
-bool needsEscape(QChar character) noexcept {
-    return platform::disturbsLine(character.unicode());
-}
-
-} // namespace
-
 QString MVCommLogText(const QString& text) {
-    if (std::ranges::none_of(text, needsEscape))
-        return text;
     QString escaped;
     for (const QChar character : text) {
-        if (!needsEscape(character))
+        if (!platform::disturbsLine(character.unicode()))
             escaped += character;
         else if (character == QLatin1Char('\n'))
             escaped += QLatin1String("\\n");

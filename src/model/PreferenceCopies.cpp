@@ -3,7 +3,7 @@
 #include "comm/MVComm.h"
 #include "platform/base/Directories.h"
 #include "platform/base/FileDescriptor.h"
-#include "platform/base/PrintableText.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/base/SystemLog.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/files/SharedFolder.h"

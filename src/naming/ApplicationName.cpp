@@ -6,7 +6,6 @@
 #include "naming/ProgramKinds.h"
 #include "naming/StableName.h"
 #include "platform/base/HarmlessText.h"
-#include "platform/base/PrintableText.h"
 #include "platform/base/Utf8.h"
 
 #include <algorithm>
@@ -152,20 +151,12 @@ std::string_view scriptLabel(const ProgramCommand& command) {
 
 std::string sanitizedName(std::string_view text) {
     std::string clean;
-    text = text.substr(0, text.find('\0'));
-    for (text = trimmed(text); !text.empty();) {
-        const std::size_t length = platform::utf8Length(text);
-        const std::size_t taken = length != 0 ? length : 1;
-        const std::string_view bytes = text.substr(0, taken);
-        text.remove_prefix(taken);
-        if (length != 0 && bytes[0] != '\n' &&
-            platform::disturbsLine(platform::utf8Character(bytes)))
-            continue;
-        if (clean.size() + taken > longestApplicationName)
-            break;
-        clean += bytes;
+    for (text = trimmed(text.substr(0, text.find('\0'))); !text.empty();) {
+        const auto [bytes, character] = platform::takeUtf8(text);
+        if (!character || character == U'\n' || !platform::disturbsLine(*character))
+            clean += bytes;
     }
-    clean.resize(trimmed(clean).size());
+    clean = trimmed(platform::fittingUtf8(clean, longestApplicationName));
     platform::makeHarmless(clean, platform::ControlsKept::none);
     return clean;
 }

@@ -73,10 +73,7 @@ char32_t folded(char32_t letter) noexcept {
 }
 
 char32_t takeFolded(std::string_view& name) noexcept {
-    const std::size_t length = std::max<std::size_t>(platform::utf8Length(name), 1);
-    const char32_t letter = folded(platform::utf8Character(name.substr(0, length)));
-    name.remove_prefix(length);
-    return letter;
+    return folded(platform::takeUtf8(name).code.value_or(U'\uFFFD'));
 }
 
 bool isSameName(std::string_view one, std::string_view other) noexcept {

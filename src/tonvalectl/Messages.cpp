@@ -1,6 +1,6 @@
 #include "tonvalectl/Messages.h"
 
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 
 #include <clocale>
 #include <libintl.h>

@@ -1,6 +1,6 @@
 #include "tonvalectl/NameMatch.h"
 
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 #include "tonvalectl/Failure.h"
 #include "tonvalectl/Messages.h"
 

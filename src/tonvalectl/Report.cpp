@@ -1,6 +1,6 @@
 #include "tonvalectl/Report.h"
 
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/base/Utf8.h"
 #include "tonvalectl/Messages.h"
 #include "tonvalectl/TextWidth.h"
@@ -85,15 +85,13 @@ std::string escaped(char32_t character) {
 std::string quoted(std::string_view text) {
     std::string quoted = "\"";
     while (!text.empty()) {
-        const std::string_view character =
-            text.substr(0, std::max<std::size_t>(platform::utf8Length(text), 1));
-        text.remove_prefix(character.size());
-        if (character == "\"" || character == "\\")
+        const auto [bytes, character] = platform::takeUtf8(text);
+        if (character == U'"' || character == U'\\')
             quoted += '\\';
-        if (platform::shownLine(character) == character)
-            quoted += character;
+        if (platform::shownLine(bytes) == bytes)
+            quoted += bytes;
         else
-            quoted += escaped(platform::utf8Character(character));
+            quoted += escaped(character.value_or(U'\uFFFD'));
     }
     return quoted + '"';
 }

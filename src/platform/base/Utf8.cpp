@@ -11,9 +11,8 @@ bool isContinuation(unsigned char byte) noexcept {
     return (byte & 0xC0U) == 0x80U;
 }
 
-} // namespace
-
-std::size_t utf8Length(std::string_view text) noexcept {
+/// 0 where `text` begins with no character.
+std::size_t lengthOfFirst(std::string_view text) noexcept {
     const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(0);
     if (lead < 0x80)
@@ -35,26 +34,29 @@ std::size_t utf8Length(std::string_view text) noexcept {
     return invalid ? 0 : length;
 }
 
-char32_t utf8Character(std::string_view bytes) noexcept {
+} // namespace
+
+Utf8Character takeUtf8(std::string_view& text) noexcept {
     constexpr std::array<unsigned, 5> leadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
-    char32_t character = static_cast<unsigned char>(bytes[0]) & leadBits[bytes.size()];
-    for (const char byte : bytes.substr(1))
-        character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-    return character;
+    const std::size_t length = lengthOfFirst(text);
+    Utf8Character taken{text.substr(0, std::max<std::size_t>(length, 1)), std::nullopt};
+    text.remove_prefix(taken.bytes.size());
+    if (length == 0)
+        return taken;
+    char32_t code = static_cast<unsigned char>(taken.bytes[0]) & leadBits[length];
+    for (const char byte : taken.bytes.substr(1))
+        code = code << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+    taken.code = code;
+    return taken;
 }
 
 std::string truncatedUtf8(std::string_view text, std::size_t longest) {
     std::string result;
     while (!text.empty() && text.front() != '\0') {
-        const std::size_t length = utf8Length(text);
-        const std::size_t taken = std::max<std::size_t>(length, 1);
-        if (result.size() + taken > longest)
+        const auto [bytes, character] = takeUtf8(text);
+        if (result.size() + bytes.size() > longest)
             break;
-        if (length == 0)
-            result += '?';
-        else
-            result += text.substr(0, length);
-        text.remove_prefix(taken);
+        result += character ? bytes : "?";
     }
     return result;
 }

@@ -1,18 +1,21 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace platform {
 
-/// Bytes of the UTF-8 character that `text`, which is not empty, begins with; 0 when it begins with
-/// none: a stray or missing continuation byte, an overlong form, a surrogate, a code point beyond
-/// Unicode. Any thread.
-std::size_t utf8Length(std::string_view text) noexcept;
+/// What a text begins with.
+struct Utf8Character {
+    std::string_view bytes;       ///< one where there is no character
+    std::optional<char32_t> code; ///< none of a stray or missing continuation byte, an overlong
+                                  ///< form, a surrogate, a code point beyond Unicode
+};
 
-/// The character that `bytes`, those of one as utf8Length() tells them, stand for. Any thread.
-char32_t utf8Character(std::string_view bytes) noexcept;
+/// Takes the first character off `text`, which is not empty. Any thread.
+Utf8Character takeUtf8(std::string_view& text) noexcept;
 
 /// The beginning of a text that has at most so many bytes, cut between two characters and before
 /// any NUL. Bytes that are no UTF-8 become question marks. Any thread.

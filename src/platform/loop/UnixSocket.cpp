@@ -1,6 +1,6 @@
 #include "platform/loop/UnixSocket.h"
 
-#include "platform/base/PrintableText.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/base/SystemLog.h"
 #include "platform/base/ThreadCalls.h"
 

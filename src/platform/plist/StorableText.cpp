@@ -2,8 +2,6 @@
 
 #include "platform/base/Utf8.h"
 
-#include <algorithm>
-
 namespace platform {
 
 bool isStorableCharacter(char32_t character) noexcept {
@@ -17,10 +15,8 @@ std::string storableText(std::string_view text) {
     constexpr std::string_view replacement = "\xEF\xBF\xBD";
     std::string storable;
     while (!text.empty()) {
-        const std::size_t length = utf8Length(text);
-        const std::string_view bytes = text.substr(0, std::max<std::size_t>(length, 1));
-        storable += length > 0 && isStorableCharacter(utf8Character(bytes)) ? bytes : replacement;
-        text.remove_prefix(bytes.size());
+        const auto [bytes, character] = takeUtf8(text);
+        storable += character && isStorableCharacter(*character) ? bytes : replacement;
     }
     return storable;
 }

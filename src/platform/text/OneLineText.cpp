@@ -1,6 +1,6 @@
 #include "platform/text/OneLineText.h"
 
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 
 #include <algorithm>
 

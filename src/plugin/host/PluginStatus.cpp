@@ -1,6 +1,6 @@
 #include "plugin/host/PluginStatus.h"
 
-#include "platform/base/PrintableText.h"
+#include "platform/base/HarmlessText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -43,10 +43,8 @@ std::string seen(std::string_view name) {
     std::string all;
     std::size_t end = 0;
     while (!name.empty()) {
-        const std::size_t length = std::max<std::size_t>(platform::utf8Length(name), 1);
-        const std::string_view bytes = name.substr(0, length);
-        const char32_t code = platform::utf8Character(bytes);
-        name.remove_prefix(length);
+        const auto [bytes, character] = platform::takeUtf8(name);
+        const char32_t code = character.value_or(0);
         if (isInvisible(code) || (all.empty() && isBlank(code)))
             continue;
         all += bytes;

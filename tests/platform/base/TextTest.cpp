@@ -1,5 +1,4 @@
-#include "platform/base/PrintableText.h"
-#include "platform/base/ShownLine.h"
+#include "platform/base/HarmlessText.h"
 #include "platform/base/Utf8.h"
 #include "platform/language/MessageLanguages.h"
 #include "support/ScopedVariable.h"
