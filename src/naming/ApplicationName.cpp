@@ -156,7 +156,7 @@ std::string sanitizedName(std::string_view text) {
         if (!character || character == U'\n' || !platform::disturbsLine(*character))
             clean += bytes;
     }
-    clean = trimmed(platform::fittingUtf8(clean, longestApplicationName));
+    clean = trimmed(platform::truncatedUtf8(clean, longestApplicationName));
     platform::makeHarmless(clean, platform::ControlsKept::none);
     return clean;
 }

@@ -29,15 +29,11 @@ std::string Messages::text(const char* english, std::initializer_list<std::strin
                 ? static_cast<std::size_t>(static_cast<unsigned char>(pattern[at + 1])) - '0'
                 : 0;
         if (number >= 1 && number <= values.size()) {
-            filled += shown(values.begin()[number - 1]);
+            filled += platform::shownLine(values.begin()[number - 1]);
             ++at;
         } else {
             filled += pattern[at];
         }
     }
     return filled;
-}
-
-std::string Messages::shown(const std::string& name) {
-    return platform::shownLine(name);
 }

@@ -15,7 +15,4 @@ std::string text(const char* english);
 /// is made harmless.
 std::string text(const char* english, std::initializer_list<std::string> values);
 
-/// A name as it can be shown in a line of a terminal.
-std::string shown(const std::string& name);
-
 } // namespace Messages

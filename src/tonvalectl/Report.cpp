@@ -25,7 +25,7 @@ std::string percent(int number) {
 /// In the order of the columns.
 Row rowOf(const CtlProgram& program) {
     const bool runs = program.isRunning();
-    return {Messages::shown(program.name), percent(program.setting.percent),
+    return {platform::shownLine(program.name), percent(program.setting.percent),
             program.setting.muted ? Messages::text("yes") : Messages::text("no"),
             runs ? percent(program.activity) : "-", runs ? std::to_string(program.pid) : "-"};
 }
@@ -159,7 +159,7 @@ std::string Report::line(const CtlProgram& program) {
 std::string Report::names(const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names)
-        text += Messages::shown(name) + '\n';
+        text += platform::shownLine(name) + '\n';
     return text;
 }
 
@@ -177,7 +177,7 @@ std::string Report::json(const std::vector<std::string>& names) {
 
 std::string Report::event(std::string_view what, const CtlProgram& program) {
     std::string text =
-        Messages::text(std::string(what).c_str()) + ' ' + Messages::shown(program.name);
+        Messages::text(std::string(what).c_str()) + ' ' + platform::shownLine(program.name);
     if (what == "removed")
         return text + '\n';
     text += ' ' + percent(program.setting.percent);
