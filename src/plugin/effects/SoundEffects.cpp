@@ -8,8 +8,6 @@
 #include "plugin/programs/ProgramTable.h"
 #include "plugin/server/AudioGraph.h"
 
-#include <algorithm>
-#include <array>
 #include <pipewire/extensions/metadata.h>
 
 using platform::MonotonicClock;
@@ -36,19 +34,7 @@ ProgramProcess serverProcess() {
     return process;
 }
 
-char lowered(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 } // namespace
-
-bool SoundEffects::isNotification(std::string_view role) {
-    constexpr std::array<std::string_view, 2> roles{"notification", "event"};
-    return std::any_of(roles.begin(), roles.end(), [role](std::string_view each) {
-        return std::equal(role.begin(), role.end(), each.begin(), each.end(),
-                          [](char a, char b) { return lowered(a) == b; });
-    });
-}
 
 SoundEffects::SoundEffects(platform::RunLoop& loop, ProgramTable& programs)
     : programs_(programs)

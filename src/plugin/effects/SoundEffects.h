@@ -7,7 +7,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
-#include <string_view>
+#include <string>
 
 struct AudioGlobal;
 class Program;
@@ -23,9 +23,6 @@ class Timer;
 /// be set, so the session manager is told beforehand. The run loop's thread only.
 class SoundEffects {
   public:
-    /// Whether streams of this media.role are notification sounds.
-    static bool isNotification(std::string_view role);
-
     SoundEffects(platform::RunLoop& loop, ProgramTable& programs);
     ~SoundEffects();
     SoundEffects(const SoundEffects&) = delete;

@@ -1,9 +1,8 @@
 #include "plugin/host/PluginHost.h"
 
 #include "platform/processes/ProcessInfo.h"
-#include "platform/sound/SampleOutput.h"
+#include "plugin/programs/StreamRules.h"
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -14,13 +13,6 @@ namespace {
 bool tellsOfSessionManager(const AudioGlobal& global) {
     return global.kind == AudioGlobal::Kind::metadata &&
            global.property("metadata.name") == "default";
-}
-
-/// The application's own sample sounds have the volume that they are to show. Who else calls itself
-/// like it is a program like any other.
-bool isSampleSound(const StreamEvidence& evidence, const ProgramProcess& process) {
-    return evidence.client.name == platform::SampleOutput::clientName &&
-           process.proof == StreamProcess::Proof::peer && AppConnection::isServedBy(process);
 }
 
 /// Whether what was found out before is a process that is certain, and still the same.
@@ -179,25 +171,21 @@ void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume&
         effects_.changedElsewhere();
 }
 
-/// The streams of one process may differ, but its further processes are the same item to a person.
 void PluginHost::haveOthersFollow(const StreamEntry& changed, const WantedVolume& change) {
-    if (!changed.player || changed.program->isIgnored())
+    if (changed.program->isIgnored())
         return;
-    WantedVolume all = change;
-    if (all.gain)
-        all.gain = std::min(*all.gain, *kFullVolume.gain);
     for (const auto& [id, entry] : streams_) {
-        if (entry.program == changed.program && entry.player &&
-            !entry.player->process.isSameProcess(changed.player->process))
-            entry.stream->want(all);
+        const WantedVolume following =
+            StreamRules::followingChange(change, changed.player, entry.player);
+        if (entry.program == changed.program && !following.isEmpty())
+            entry.stream->want(following);
     }
 }
 
 void PluginHost::streamFound(AudioStream& stream, const WantedVolume& found) {
     const StreamEntry& entry = streams_.at(stream.id());
-    const bool isPage = entry.player && entry.player->showsPages;
     if (entry.program != nullptr)
-        memory_.found(*entry.program, isPage ? WantedVolume{} : found);
+        memory_.found(*entry.program, StreamRules::lastingPart(found, entry.player));
 }
 
 void PluginHost::identify(StreamEntry& entry) {
@@ -205,12 +193,12 @@ void PluginHost::identify(StreamEntry& entry) {
         return;
     AudioStream& stream = *entry.stream;
     const auto client = graph_.clientOf(stream.id());
-    const bool isSoundEffect = effects_.program() != nullptr && isNotification(stream);
-    const auto player = isSoundEffect ? std::nullopt : playerOf(stream);
+    const bool isEffect = isSoundEffect(stream);
+    const auto player = isEffect ? std::nullopt : playerOf(stream);
     // The new one first, so that one and the same program does not end in between.
-    Program* const next = isSoundEffect ? effects_.program()
-                          : player      ? &programs_.join(*player, *client)
-                                        : nullptr;
+    Program* const next = isEffect ? effects_.program()
+                          : player ? &programs_.join(*player, *client)
+                                   : nullptr;
     Program* const last = std::exchange(entry.program, nullptr);
     const auto lastPlayer = std::exchange(entry.player, player);
     entry.orphaned = false; // if the last one has just ended
@@ -220,9 +208,7 @@ void PluginHost::identify(StreamEntry& entry) {
         stream.release();
     }
     entry.program = next;
-    stream.setKind(isSoundEffect                  ? StreamKind::notification
-                   : player && player->showsPages ? StreamKind::page
-                                                  : StreamKind::player);
+    stream.setKind(StreamRules::kindOf(isEffect, player));
     if (next != nullptr && last != next)
         next->add(stream);
     for (Program* const program : {last, next}) {
@@ -256,11 +242,9 @@ void PluginHost::identifyAgain() {
     levels_.review();
 }
 
-bool PluginHost::isNotification(const AudioStream& stream) const {
-    if (!stream.isDescribed() || stream.isInternal())
-        return false;
-    const std::string announced = graph_.roleOf(stream.id());
-    return SoundEffects::isNotification(announced.empty() ? stream.role() : announced);
+bool PluginHost::isSoundEffect(const AudioStream& stream) const {
+    return effects_.program() != nullptr && stream.isDescribed() && !stream.isInternal() &&
+           StreamRules::isNotification(graph_.roleOf(stream.id()), stream.role());
 }
 
 std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
@@ -277,7 +261,8 @@ std::optional<StreamPlayer> PluginHost::playerOf(const AudioStream& stream) {
         known = evidence;
         player = named(evidence);
     }
-    if (player && isSampleSound(evidence, player->process))
+    if (player && StreamRules::mayBeSampleSound(evidence.client.name, player->process) &&
+        AppConnection::isServedBy(player->process))
         return std::nullopt;
     return player ? std::optional(programs_.disambiguated(*player)) : std::nullopt;
 }

@@ -101,7 +101,7 @@ class PluginHost : private AudioServer::Listener,
     void identifyAgain();
     std::optional<StreamPlayer> playerOf(const AudioStream& stream);
     std::optional<StreamPlayer> named(const StreamEvidence& evidence);
-    bool isNotification(const AudioStream& stream) const;
+    bool isSoundEffect(const AudioStream& stream) const;
     void release(StreamEntry& entry);
 
     platform::RunLoop& loop_;
