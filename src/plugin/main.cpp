@@ -65,14 +65,15 @@ int serve(platform::RunLoop& loop) {
          .told =
              [&running](const std::string& file, std::string_view preferences,
                         std::span<const std::string> news) {
-                 return running->told(file, preferences, news);
+                 return running->memory().told(file, preferences, news);
              },
-         .applicationChanged = [&running](bool isThere) { running->applicationChanged(isThere); }});
+         .applicationChanged =
+             [&running](bool isThere) { running->memory().applicationChanged(isThere); }});
     PluginHost host(loop, reportsTo(service));
     running = &host;
     const platform::DistributedNotificationObserver launches(
-        QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.applicationLaunched(); });
-    const ResumeObserver resumes([&host] { host.resumed(); });
+        QStringLiteral("com.quarnel.mivo.guiDidLaunch"), [&host] { host.programs().connectNow(); });
+    const ResumeObserver resumes([&host] { host.levels().rebuild(); });
     return QCoreApplication::exec();
 }
 

@@ -275,7 +275,7 @@ TEST_F(PluginLevelTest, AfterSleepMetersAreMadeAnewAndTheApplicationNoticesNothi
     ASSERT_FALSE(before.empty());
 
     application_->forgetLevels();
-    plugin.resumed();
+    plugin.levels().rebuild();
     EXPECT_TRUE(waitUntil([&] {
         const auto now = metersInServer();
         return !now.empty() && now != before;

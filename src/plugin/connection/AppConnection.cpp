@@ -135,10 +135,7 @@ void AppConnection::delivered(std::span<const std::byte> bytes) {
 }
 
 void AppConnection::take(const MVCommConsoleMessage& command) {
-    if (!isWellFormed(command))
-        return;
-    if (command.type == kMVCommIgnoreListChanged)
-        listener_.ignoreListChanged();
-    else if (static_cast<std::uint32_t>(command.pid) == process_)
+    if (isWellFormed(command) && (command.type == kMVCommIgnoreListChanged ||
+                                  static_cast<std::uint32_t>(command.pid) == process_))
         listener_.commandArrived(command);
 }

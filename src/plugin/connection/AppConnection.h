@@ -23,11 +23,9 @@ class AppConnection {
       public:
         virtual ~Listener() = default;
 
-        /// A volume or mute for this very program: the mute is 0 or 1, the volume any number.
+        /// A volume or mute for this very program: the mute is 0 or 1, the volume any number. Or
+        /// that the list of the programs that get no item is another.
         virtual void commandArrived(const MVCommConsoleMessage& command) = 0;
-
-        /// The list of the programs that get no item is another; of no concern unless overridden.
-        virtual void ignoreListChanged() {}
 
         /// The application has gone. The connection may be destroyed in here.
         virtual void connectionLost() = 0;

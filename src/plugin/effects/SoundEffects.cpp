@@ -52,7 +52,7 @@ void SoundEffects::serverLost() {
         globalRemoved(settings_->id());
     registry_ = nullptr;
     if (program_ != nullptr)
-        programs_.drop(*program_);
+        programs_.programEnded(*program_);
 }
 
 void SoundEffects::globalAdded(pw_registry& registry, const AudioGlobal& global) {

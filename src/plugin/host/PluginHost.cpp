@@ -31,10 +31,10 @@ PluginHost::PluginHost(platform::RunLoop& loop, ApplicationReports reports)
     : loop_(loop)
     , reports_(std::move(reports))
     , identifier_(loop, [this] { identifyAgain(); })
-    , programs_(loop, *this)
-    , effects_(loop, programs_)
     , memory_(PreferencesFile::standard(), programs_, effects_, reports_,
               [this](const std::string& language) { identifier_.setLanguage(language); })
+    , programs_(loop, *this, memory_, reports_)
+    , effects_(loop, programs_)
     , server_(loop, *this)
     , writer_(loop, server_, graph_)
     , levels_(loop, graph_, programs_) {
@@ -46,11 +46,7 @@ PluginHost::~PluginHost() {
     for (const auto& [id, entry] : streams_)
         entry.stream->finish();
     server_.serveUntil([this] { return writer_.settle(); });
-    forgetServer();
-}
-
-void PluginHost::resumed() {
-    levels_.rebuild();
+    PluginHost::serverLost();
 }
 
 PluginStatus PluginHost::status() const {
@@ -79,10 +75,6 @@ void PluginHost::serverConnected() {
 }
 
 void PluginHost::serverLost() {
-    forgetServer();
-}
-
-void PluginHost::forgetServer() {
     levels_.detach();
     for (auto& [id, entry] : streams_)
         release(entry);
@@ -156,10 +148,6 @@ void PluginHost::streamDescribed(AudioStream& stream) {
     levels_.review();
 }
 
-void PluginHost::streamStateChanged(AudioStream&) {
-    levels_.review();
-}
-
 void PluginHost::streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) {
     const StreamEntry& changed = streams_.at(stream.id());
     Program* const program = changed.program;
@@ -213,7 +201,7 @@ void PluginHost::identify(StreamEntry& entry) {
         next->add(stream);
     for (Program* const program : {last, next}) {
         if (program != nullptr && last != next)
-            reviewObstacle(*program);
+            program->reviewObstacle();
     }
     if (last != nullptr && lastPlayer)
         programs_.withdraw(*last, *lastPlayer, *client);
@@ -285,7 +273,7 @@ void PluginHost::release(StreamEntry& entry) {
     if (program == nullptr)
         return;
     program->remove(*entry.stream);
-    reviewObstacle(*program);
+    program->reviewObstacle();
 }
 
 void PluginHost::programGoes(Program& program) {
@@ -300,30 +288,7 @@ void PluginHost::programGoes(Program& program) {
     levels_.review();
 }
 
-void PluginHost::programCommanded(Program& program, const WantedVolume& change) {
-    memory_.commanded(program, change);
-}
-
-void PluginHost::programConnected(Program& program) {
-    memory_.connected(program);
-    if (!program.obstacle().empty())
-        reports_.notControllable(program.process().pid, program.obstacle());
-}
-
-void PluginHost::programChangedElsewhere(Program& program, const WantedVolume& before) {
-    memory_.changedElsewhere(program, before);
-}
-
 void PluginHost::streamObstacleChanged(AudioStream& stream) {
     if (Program* const program = streams_.at(stream.id()).program)
-        reviewObstacle(*program);
-}
-
-void PluginHost::reviewObstacle(Program& program) {
-    if (program.reviewObstacle() && program.isConnected())
-        reports_.notControllable(program.process().pid, program.obstacle());
-}
-
-void PluginHost::connectionsChanged() {
-    levels_.review();
+        program->reviewObstacle();
 }

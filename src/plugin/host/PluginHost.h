@@ -17,9 +17,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <span>
-#include <string>
-#include <string_view>
 
 /// The plug-in: finds out which programs play, stands for each of them at the application, and
 /// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
@@ -37,18 +34,10 @@ class PluginHost : private AudioServer::Listener,
     PluginHost(const PluginHost&) = delete;
     PluginHost& operator=(const PluginHost&) = delete;
 
-    /// The application says that it has just been started.
-    void applicationLaunched() { programs_.connectNow(); }
-
-    /// See VolumeMemory.
-    std::optional<NamedSettings> told(const std::string& file, std::string_view preferences,
-                                      std::span<const std::string> news) {
-        return memory_.told(file, preferences, news);
-    }
-    void applicationChanged(bool isThere) { memory_.applicationChanged(isThere); }
-
-    /// The machine has slept and is awake again.
-    void resumed();
+    /// For who hears elsewhere of the application, or that the machine has slept.
+    ProgramTable& programs() noexcept { return programs_; }
+    VolumeMemory& memory() noexcept { return memory_; }
+    LevelReporter& levels() noexcept { return levels_; }
 
     /// What it sees at this moment.
     PluginStatus status() const;
@@ -80,20 +69,13 @@ class PluginHost : private AudioServer::Listener,
     void globalRemoved(std::uint32_t id) override;
     void clientDescribed(AudioClient& client) override;
     void streamDescribed(AudioStream& stream) override;
-    void streamStateChanged(AudioStream& stream) override;
+    void streamStateChanged(AudioStream&) override { levels_.review(); }
     void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) override;
     void streamFound(AudioStream& stream, const WantedVolume& found) override;
     void streamObstacleChanged(AudioStream& stream) override;
-    void programAdded(Program& program) override { memory_.added(program); }
-    void programConnected(Program& program) override;
     void programGoes(Program& program) override;
-    void programCommanded(Program& program, const WantedVolume& change) override;
-    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
-    void ignoreListChanged() override { memory_.readAgain(); }
-    void connectionsChanged() override;
+    void connectionsChanged() override { levels_.review(); }
 
-    void reviewObstacle(Program& program);
-    void forgetServer();
     void dropClient(std::uint32_t id);
     void watchOwner(std::uint32_t stream);
     void haveOthersFollow(const StreamEntry& changed, const WantedVolume& change);
@@ -110,9 +92,9 @@ class PluginHost : private AudioServer::Listener,
     std::map<std::uint32_t, Client> clients_;
     std::map<std::uint32_t, StreamEntry> streams_; // by node
     ProgramIdentifier identifier_;
+    VolumeMemory memory_; // which the programs tell of themselves
     ProgramTable programs_;
     SoundEffects effects_;
-    VolumeMemory memory_;
     AudioServer server_;
     NodeWriter writer_;    // goes before the server
     LevelReporter levels_; // goes before the server

@@ -68,7 +68,7 @@ WantedVolume VolumeMemory::of(const Program& program) const {
     return remembered_.evenIfIgnored(program.process().name, formerNameOf(program.process()));
 }
 
-void VolumeMemory::added(Program& program) {
+void VolumeMemory::programAdded(Program& program) {
     const std::string& name = program.process().name;
     const std::string former = formerNameOf(program.process());
     if (remembered_.isIgnored(name, former))
@@ -77,19 +77,19 @@ void VolumeMemory::added(Program& program) {
         program.recall(remembered_.of(name, former));
 }
 
-void VolumeMemory::connected(const Program& program) {
+void VolumeMemory::programConnected(Program& program) {
     preferences_.readAgain();
     if (const auto setting = remembered_.connected(describedFor(program), MonotonicClock::now()))
         reports_.changedElsewhere(program.process().pid, *setting);
 }
 
-void VolumeMemory::commanded(const Program& program, const WantedVolume& change) {
+void VolumeMemory::programCommanded(Program& program, const WantedVolume& change) {
     remembered_.commanded(describedFor(program), change, MonotonicClock::now());
     if (&program == effects_.program())
         effects_.asked(program.isIgnored() ? change : program.wanted());
 }
 
-void VolumeMemory::changedElsewhere(const Program& program, const WantedVolume& before) {
+void VolumeMemory::programChangedElsewhere(Program& program, const WantedVolume& before) {
     if (const auto setting = remembered_.changedElsewhere(
             describedFor(program), before, program.isConnected(), MonotonicClock::now()))
         reports_.changedElsewhere(program.process().pid, *setting);

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "plugin/connection/ApplicationReports.h"
 #include "plugin/memory/PreferencesWatch.h"
 #include "plugin/memory/RememberedVolumes.h"
-#include "plugin/volume/VolumeKeeper.h"
+#include "plugin/programs/Program.h"
 
 #include <functional>
 #include <optional>
@@ -12,14 +11,13 @@
 #include <string_view>
 #include <vector>
 
-class Program;
 class ProgramTable;
 class SoundEffects;
 
 /// Lets programs have what is remembered of them, and sees to it that what happens to them is
 /// remembered: carries preferences, the application's word, commands and changes made in other
 /// mixers to RememberedVolumes, and carries out what that decides. The run loop's thread only.
-class VolumeMemory {
+class VolumeMemory : public Program::Listener {
   public:
     /// Watches the preferences. All of these must outlive the object. `languageRead` is told the
     /// language that each reading has, after what the reading says of programs has been followed.
@@ -31,9 +29,6 @@ class VolumeMemory {
 
     /// Waits for the first reading of the preferences. To be called at once.
     void begin();
-
-    /// Reads the preferences again, soon.
-    void readAgain() { preferences_.readAgain(); }
 
     /// The application tells its preferences: `bytes` is the property list, `file` where it keeps
     /// that, `news` see ApplicationPreferences. Answers what the application does not know yet.
@@ -52,12 +47,11 @@ class VolumeMemory {
     /// What is remembered of the program, also while it is ignored.
     WantedVolume of(const Program& program) const;
 
-    /// To be called when the program is new, has a connection to the application, was asked for
-    /// `change`, or has been given another volume in place of `before` elsewhere.
-    void added(Program& program);
-    void connected(const Program& program);
-    void commanded(const Program& program, const WantedVolume& change);
-    void changedElsewhere(const Program& program, const WantedVolume& before);
+    void programAdded(Program& program) override;
+    void programConnected(Program& program) override;
+    void programCommanded(Program& program, const WantedVolume& change) override;
+    void programChangedElsewhere(Program& program, const WantedVolume& before) override;
+    void ignoreListChanged() override { preferences_.readAgain(); }
 
     /// To be called when a stream of the program that was heard before us has `found`; empty where
     /// that is its own volume, which is not for other streams.

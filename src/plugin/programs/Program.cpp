@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <utility>
 
-Program::Program(platform::RunLoop& loop, ProgramProcess process, Listener& listener)
+Program::Program(platform::RunLoop& loop, ProgramProcess process, Owner& owner, Listener& listener,
+                 const ApplicationReports& reports)
     : loop_(loop)
     , process_(std::move(process))
+    , owner_(owner)
     , listener_(listener)
+    , reports_(reports)
     , lifetime_(loop, [this] { lifetimeChanged(); }) {}
 
 Program::~Program() {
@@ -82,13 +85,14 @@ WantedVolume Program::takeForNext() noexcept {
     return std::exchange(resetsNext_, false) ? kFullVolume : wanted_;
 }
 
-bool Program::reviewObstacle() {
+void Program::reviewObstacle() {
     const bool isOpen = std::ranges::any_of(
         streams_, [](const AudioStream* each) { return each->obstacle().empty(); });
     if (streams_.empty())
-        return false;
+        return;
     std::string obstacle(isOpen ? std::string_view() : (*streams_.begin())->obstacle());
-    return std::exchange(obstacle_, std::move(obstacle)) != obstacle_;
+    if (std::exchange(obstacle_, std::move(obstacle)) != obstacle_ && isConnected())
+        reports_.notControllable(process_.pid, obstacle_);
 }
 
 bool Program::connect() {
@@ -98,6 +102,8 @@ bool Program::connect() {
     if (connection_ == nullptr)
         return false;
     listener_.programConnected(*this);
+    if (!obstacle_.empty())
+        reports_.notControllable(process_.pid, obstacle_);
     return true;
 }
 
@@ -109,6 +115,10 @@ void Program::report(float level) {
 }
 
 void Program::commandArrived(const MVCommConsoleMessage& command) {
+    if (command.type == kMVCommIgnoreListChanged) {
+        listener_.ignoreListChanged();
+        return;
+    }
     WantedVolume change;
     if (command.type == kMVCommSetVolume)
         change.gain = gainOfPercent(command.value);
@@ -121,7 +131,7 @@ void Program::commandArrived(const MVCommConsoleMessage& command) {
 void Program::connectionLost() {
     connection_.reset();
     playing_ = false;
-    listener_.programDisconnected(*this);
+    owner_.programDisconnected(*this);
 }
 
 void Program::lifetimeChanged() {
@@ -129,7 +139,7 @@ void Program::lifetimeChanged() {
         return;
     const ProgramProcess* const first = lifetime_.first();
     if (first == nullptr) {
-        listener_.programEnded(*this);
+        owner_.programEnded(*this);
         return;
     }
     report(0.0F);
@@ -139,5 +149,5 @@ void Program::lifetimeChanged() {
     connection_.reset();
     playing_ = false;
     if (!connect())
-        listener_.programDisconnected(*this);
+        owner_.programDisconnected(*this);
 }

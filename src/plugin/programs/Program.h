@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugin/connection/AppConnection.h"
+#include "plugin/connection/ApplicationReports.h"
 #include "plugin/identity/ProgramProcess.h"
 #include "plugin/programs/ProgramLifetime.h"
 #include "plugin/volume/StreamVolume.h"
@@ -23,29 +24,39 @@ class RunLoop;
 /// the next. The run loop's thread only.
 class Program : private AppConnection::Listener {
   public:
-    class Listener {
+    class Owner {
       public:
-        virtual ~Listener() = default;
+        virtual ~Owner() = default;
 
         /// The last process is no more. The program may be destroyed in here.
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
+    };
+
+    /// What happens to it is of no concern unless overridden.
+    class Listener {
+      public:
+        virtual ~Listener() = default;
+
+        /// It is new: nobody wants anything of it, and it has no streams.
+        virtual void programAdded(Program&) {}
 
         /// It has checked in, under the process() that it has now.
-        virtual void programConnected(Program& program) = 0;
+        virtual void programConnected(Program&) {}
 
         /// The application asked for `change`, and got it.
-        virtual void programCommanded(Program& program, const WantedVolume& change) = 0;
+        virtual void programCommanded(Program&, const WantedVolume& /*change*/) {}
 
         /// wanted(), which was `before`, is another now, by somebody else's doing.
-        virtual void programChangedElsewhere(Program& program, const WantedVolume& before) = 0;
+        virtual void programChangedElsewhere(Program&, const WantedVolume& /*before*/) {}
 
         /// The application says that its list of ignored programs has changed.
-        virtual void ignoreListChanged() = 0;
+        virtual void ignoreListChanged() {}
     };
 
     /// `process` is what checks in; it does not make the program last.
-    Program(platform::RunLoop& loop, ProgramProcess process, Listener& listener);
+    Program(platform::RunLoop& loop, ProgramProcess process, Owner& owner, Listener& listener,
+            const ApplicationReports& reports);
 
     /// Leaves the application with a last zero if the program played.
     ~Program() override;
@@ -101,8 +112,8 @@ class Program : private AppConnection::Listener {
     /// Stays as it was without streams.
     const std::string& obstacle() const noexcept { return obstacle_; }
 
-    /// Looks at the streams for that again. Whether it is another now.
-    [[nodiscard]] bool reviewObstacle();
+    /// Looks at the streams for that again, and tells the application when it is another now.
+    void reviewObstacle();
 
     /// Tries once to connect to the application. True when connected.
     bool connect();
@@ -117,12 +128,13 @@ class Program : private AppConnection::Listener {
   private:
     void commandArrived(const MVCommConsoleMessage& command) override;
     void connectionLost() override;
-    void ignoreListChanged() override { listener_.ignoreListChanged(); }
     void lifetimeChanged();
 
     platform::RunLoop& loop_;
     ProgramProcess process_;
+    Owner& owner_;
     Listener& listener_;
+    const ApplicationReports& reports_;
     std::unordered_set<AudioStream*> streams_; // not owned
     WantedVolume wanted_;
     WantedVolume remembered_; // what was wanted before the present streams came, and commands since

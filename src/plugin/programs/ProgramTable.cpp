@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <utility>
 
-ProgramTable::ProgramTable(platform::RunLoop& loop, Listener& listener)
+ProgramTable::ProgramTable(platform::RunLoop& loop, Listener& listener,
+                           Program::Listener& ofPrograms, const ApplicationReports& reports)
     : loop_(loop)
     , listener_(listener)
+    , ofPrograms_(ofPrograms)
+    , reports_(reports)
     , retry_(std::make_unique<platform::Timer>(loop, [this] { connectMissing(); })) {}
 
 ProgramTable::~ProgramTable() = default;
@@ -63,9 +66,10 @@ Program& ProgramTable::join(StreamPlayer player, std::uint32_t client) {
 }
 
 Program& ProgramTable::add(const ProgramProcess& process) {
-    Program::Listener& listener = *this;
-    Program& program = *programs_.emplace_back(std::make_unique<Program>(loop_, process, listener));
-    listener_.programAdded(program);
+    Program::Owner& owner = *this;
+    Program& program = *programs_.emplace_back(
+        std::make_unique<Program>(loop_, process, owner, ofPrograms_, reports_));
+    ofPrograms_.programAdded(program);
     // At once when the application is there; during a pause the others wait for it as well.
     if (!retry_->isActive())
         retry_->start({});

@@ -18,7 +18,7 @@ class Timer;
 /// The programs that are or have been heard, one for each name, and their connections to the
 /// application: tried again with growing pauses as long as one is missing. A process belongs to one
 /// program only, the one that it has joined last. The run loop's thread only.
-class ProgramTable : private Program::Listener {
+class ProgramTable : private Program::Owner {
   public:
     class Listener {
       public:
@@ -30,18 +30,11 @@ class ProgramTable : private Program::Listener {
 
         /// Some program has or lost its connection.
         virtual void connectionsChanged() = 0;
-
-        /// The program is new: nobody wants anything of it, and it has no streams.
-        virtual void programAdded(Program&) {}
-
-        /// See Program::Listener; of no concern unless overridden.
-        virtual void programConnected(Program&) {}
-        virtual void programCommanded(Program&, const WantedVolume&) {}
-        virtual void programChangedElsewhere(Program&, const WantedVolume&) {}
-        virtual void ignoreListChanged() {}
     };
 
-    ProgramTable(platform::RunLoop& loop, Listener& listener);
+    /// `ofPrograms` hears what happens to each. All must outlive the table.
+    ProgramTable(platform::RunLoop& loop, Listener& listener, Program::Listener& ofPrograms,
+                 const ApplicationReports& reports);
     ~ProgramTable() override;
     ProgramTable(const ProgramTable&) = delete;
     ProgramTable& operator=(const ProgramTable&) = delete;
@@ -71,11 +64,11 @@ class ProgramTable : private Program::Listener {
     /// Drops the programs that have nothing but this client of the sound server.
     void clientGone(std::uint32_t client);
 
-    /// Makes and announces a program that lasts until drop(). Stays the table's.
+    /// Makes and announces a program that lasts until programEnded(). Stays the table's.
     Program& add(const ProgramProcess& process);
 
     /// Drops a program that has no streams.
-    void drop(Program& program) { programEnded(program); }
+    void programEnded(Program& program) override;
 
     /// Connects what is not connected, without waiting for the pause to end.
     void connectNow();
@@ -83,16 +76,7 @@ class ProgramTable : private Program::Listener {
     const std::vector<std::unique_ptr<Program>>& programs() const noexcept { return programs_; }
 
   private:
-    void programEnded(Program& program) override;
     void programDisconnected(Program& program) override;
-    void programCommanded(Program& program, const WantedVolume& change) override {
-        listener_.programCommanded(program, change);
-    }
-    void programConnected(Program& program) override { listener_.programConnected(program); }
-    void programChangedElsewhere(Program& program, const WantedVolume& before) override {
-        listener_.programChangedElsewhere(program, before);
-    }
-    void ignoreListChanged() override { listener_.ignoreListChanged(); }
     void connectMissing();
     bool hasHelpers(const std::string& program) const;
     void takeFromOthers(const ProgramProcess& process, std::uint32_t client);
@@ -101,6 +85,8 @@ class ProgramTable : private Program::Listener {
 
     platform::RunLoop& loop_;
     Listener& listener_;
+    Program::Listener& ofPrograms_;
+    const ApplicationReports& reports_;
     std::vector<std::unique_ptr<Program>> programs_;
     PseudoPids numbers_;
     Backoff pauses_;

@@ -126,7 +126,9 @@ class AppConnectionTest : public ApplicationTest {
     FileDescriptor peer_;
 };
 
-class ProgramTableTest : public ApplicationTest, protected ProgramTable::Listener {
+class ProgramTableTest : public ApplicationTest,
+                         protected ProgramTable::Listener,
+                         protected Program::Listener {
   protected:
     void programGoes(Program& program) override { gone_.push_back(program.process().pid); }
     void connectionsChanged() override {}
@@ -166,7 +168,8 @@ class ProgramTableTest : public ApplicationTest, protected ProgramTable::Listene
     std::vector<std::uint32_t> gone_;
     std::vector<WantedVolume> commanded_;
     std::vector<std::optional<int>> changedElsewhere_;
-    ProgramTable table_{loop_, *this};
+    const ApplicationReports reports_;
+    ProgramTable table_{loop_, *this, *this, reports_};
 };
 
 } // namespace
@@ -198,7 +201,7 @@ TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
             ASSERT_EQ(::send(peer_.get(), bytes.data() + at, size, 0), static_cast<ssize_t>(size));
             loop_.turn();
         }
-        EXPECT_THAT(commands_.arrived, ElementsAre("9=40", "10=1", "9=-7")) << step;
+        EXPECT_THAT(commands_.arrived, ElementsAre("9=40", "11=0", "10=1", "9=-7")) << step;
     }
     EXPECT_EQ(log_.count("Ignored a command of unknown type 1234"), 1U);
     EXPECT_FALSE(commands_.lost);
