@@ -21,7 +21,7 @@ void NotificationCenter::post(const QString& name, const QVariant& object) {
     const auto entries = entries_.value(name);
     for (const auto& [number, entry] : entries) {
         if (entry->active)
-            guarded(kExceptionInObserver, [&] { entry->handler(object); });
+            guarded(kExceptionInObserver, [&entry = entry, &object] { entry->handler(object); });
     }
 }
 
