@@ -35,7 +35,7 @@ ContainerWatch::~ContainerWatch() {
 }
 
 void ContainerWatch::follow() {
-    // What appears before its parent is watched shows only to who looks again.
+    // What appears before its parent is watched is only seen by looking again.
     Paths wanted = way();
     while (watchAll(wanted))
         wanted = way();

@@ -9,13 +9,14 @@
 #include <set>
 #include <string>
 
-/// Tells when programs' containers may have come or gone: folders in one folder, each of which
-/// holds another one sooner or later. Neither of them need exist. While the folder is missing, the
-/// nearest one above it that exists is watched, and the way down is followed as folders appear;
-/// nothing is ever made. Every container is watched too, whether it is complete or not, but not
-/// what lies deeper. What cannot be watched is tried again after the next change elsewhere.
+/// Reports when containers of programs may have appeared or disappeared: subfolders of one folder,
+/// each of which holds another folder sooner or later. None of them need exist. While the folder is
+/// missing, its nearest existing parent is watched, and the watch moves down as folders appear;
+/// nothing is ever created. Every container is watched too, complete or not, but nothing below it.
+/// What cannot be watched is tried again after the next change elsewhere.
 ///
-/// Main thread only. The changes come by the main queue, which the thread's run loop should serve.
+/// Main thread only. The changes arrive through the main queue, which the thread's run loop should
+/// serve.
 class ContainerWatch {
   public:
     /// Begins to watch. `folder` is absolute. `changed` is called from the run loop, 0.1 s after
@@ -41,5 +42,5 @@ class ContainerWatch {
     const std::string folder_;
     std::map<std::string, QNItemContentChangeMonitor::Observer> observers_; // by path
     platform::Timer burst_;
-    const std::shared_ptr<ContainerWatch*> self_; // tells handlers that are under way of the end
+    const std::shared_ptr<ContainerWatch*> self_; // null after destruction, for pending handlers
 };

@@ -139,7 +139,7 @@ bool MVComm::isToBeServed(const QString& containerPath) const {
            !(refusedPaths_.contains(containerPath) && isHopeless());
 }
 
-/// Of several paths to one folder only one counts, the one that is served already: another server
+/// If several paths lead to one folder, only the one that is already served counts: another server
 /// would take the socket away from the first.
 QStringList MVComm::containerSockets() const {
     QMap<QString, QString> pathOfFolder;

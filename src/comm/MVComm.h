@@ -19,22 +19,22 @@ class ContainerWatch;
 class MVCommunication;
 
 /// The one object through which the rest of the application talks to the plug-ins. It owns the
-/// socket servers, keeps the callbacks that they call, hands every command and setting to all of
-/// them, and tells waiting plug-ins that the application is there. Main thread only.
+/// socket servers, keeps the callbacks that they call, passes every command and setting to all of
+/// them, and notifies waiting plug-ins that the application is running. Main thread only.
 ///
-/// Programs that see nothing but their container find a socket there: each "Data" folder of an
-/// entry of ~/Library/Containers has one, from the beginning or as soon as it appears. What
-/// plug-ins say before there are callbacks is not passed on.
+/// Programs that see only their container find a socket there: each "Data" folder of an entry of
+/// ~/Library/Containers has one, from the beginning or as soon as it appears. Messages that arrive
+/// before the callbacks are set are dropped.
 ///
-/// In this order: set the connection and disconnection callbacks, then
-/// setupPluginConnectionWithCallBack(), at the end shutdown().
+/// Order of calls: set the connection and disconnection callbacks, then call
+/// setupPluginConnectionWithCallBack(), and at the end shutdown().
 class MVComm final : public MVCommCallbacks {
   public:
-    /// The process's façade, made on first use and living until the process ends.
+    /// The process's façade, created on first use and never destroyed.
     static MVComm& sharedComm();
 
-    /// For the thread's run loop, which must outlive it. Serves the containers that there are, and
-    /// watches for others.
+    /// Uses the thread's run loop, which must outlive it. Serves the existing containers, and
+    /// watches for new ones.
     MVComm();
     ~MVComm() override;
     MVComm(const MVComm&) = delete;
@@ -59,23 +59,23 @@ class MVComm final : public MVCommCallbacks {
     /// The folder of the user's containers, which need not exist; empty for a user without a home.
     static QString containersFolder();
 
-    /// Has every container that may be written to be served, and ends the servers of those that
-    /// have gone. Called whenever the containers change, and have been prepared. One whose socket
-    /// cannot be served is tried again then, unless it would fail for the same reason.
+    /// Serves every writable container, and ends the servers of those that no longer exist. Called
+    /// whenever the containers have changed and been prepared. A container whose socket could not
+    /// be served is tried again then, unless it would fail for the same reason.
     void injectIntoContainers();
 
     using ContainerPreparation = std::function<void(std::function<void()> ready)>;
 
-    /// Has `prepare` be called when there are new containers, before they are served: that happens
-    /// when `ready` is called, which may be from within and at any time later, also when the façade
-    /// has gone, but on the main thread; at the latest it happens after 0.3 s. Null, as in the
-    /// beginning: at once.
+    /// Calls `prepare` when there are new containers, before they are served: they are served when
+    /// `ready` is called, or after 0.3 s at the latest. `ready` may be called on the main thread
+    /// from within `prepare` or at any later time, even after the façade has been destroyed. Null,
+    /// the default: they are served at once.
     void setContainerPreparation(ContainerPreparation prepare) {
         prepareContainers_ = std::move(prepare);
     }
 
-    /// Called 50 ms after the last check-in of a burst, which counts as over after 0.5 s; null for
-    /// none.
+    /// Called 50 ms after the last check-in of a burst, but no later than 0.5 s after the first
+    /// one; null for none.
     void setAppConnectCallback(MVCommCallback callback) noexcept { connectionCallback_ = callback; }
 
     /// Called after each disconnection; null for none.
@@ -88,7 +88,7 @@ class MVComm final : public MVCommCallbacks {
     MVCommCallback disconnectionCallback() const override { return disconnectionCallback_; }
     void socketRecreated() override;
 
-    /// These do for every server, in order, what MVCommunication says of them.
+    /// These call the function of the same name of every server, in order; see MVCommunication.
     void sendMessage(const MVCommConsoleMessage* message);
     void setAllowFrequentMessages(bool allow);
     void suppressMessages(bool suppress);
@@ -98,8 +98,8 @@ class MVComm final : public MVCommCallbacks {
 
     bool isAnybodyConnected() const;
 
-    /// Posts "com.quarnel.mivo.guiDidLaunch" to the plug-ins in 0.1 s, once however often it is
-    /// called meanwhile.
+    /// Posts "com.quarnel.mivo.guiDidLaunch" to the plug-ins after 0.1 s, once even if called
+    /// several times in between.
     void broadcastDidLaunchNotification();
 
     /// Ends every server, removes the socket files and drops a pending announcement. Containers
@@ -114,7 +114,7 @@ class MVComm final : public MVCommCallbacks {
     void dropContainersExcept(const QStringList& paths);
     void endNextServer();
 
-    /// A server that has been dropped, and whom its plug-ins spoke for.
+    /// A server that has been dropped, and the processes of its plug-ins.
     struct Ending {
         std::shared_ptr<MVCommunication> server;
         QList<MVCommConnectionProcess> processes;
@@ -131,7 +131,7 @@ class MVComm final : public MVCommCallbacks {
     platform::Timer announcement_;
     platform::Timer nextEnd_;
     ContainerPreparation prepareContainers_;
-    std::shared_ptr<MVComm*> preparation_; // the one that is waited for; null when none is
+    std::shared_ptr<MVComm*> preparation_; // the pending one, or null
     platform::Timer endOfPreparation_;
     std::unique_ptr<ContainerWatch> containerWatch_; // null without a home
 };

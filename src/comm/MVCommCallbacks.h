@@ -5,13 +5,13 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-/// Called on the main thread with each activity message; the message is the caller's.
+/// Called on the main thread with each activity message, which is valid during the call only.
 using MVCommDataCallback = void (*)(const MVCommActivityMessage* message);
 
-/// Called on the main thread when plug-ins have come, or one has gone.
+/// Called on the main thread when plug-ins have connected, or one has disconnected.
 using MVCommCallback = void (*)();
 
-/// What a socket server asks of the façade that owns it.
+/// The interface through which a socket server calls the façade that owns it.
 class MVCommCallbacks {
   public:
     virtual ~MVCommCallbacks() = default;
@@ -23,10 +23,9 @@ class MVCommCallbacks {
     virtual MVCommCallback connectionCallback() const = 0;
     virtual MVCommCallback disconnectionCallback() const = 0;
 
-    /// A server has made its socket file again, for which plug-ins may be waiting.
+    /// A server has recreated its socket file; plug-ins may be waiting for it.
     virtual void socketRecreated() {}
 
-    /// Whether programs of `user` may connect: those of our own user and the system's, for nobody
-    /// else has business with the volume of our sound.
+    /// Whether programs of `user` may connect: only our own user and root may.
     virtual bool acceptsUser(uid_t user) const { return user == ::geteuid() || user == 0; }
 };

@@ -9,11 +9,11 @@
 
 class MVComm;
 
-/// What the process of the system's sound effects is called.
+/// The name of the process of the system's sound effects.
 inline const QString kMVCommAudioDaemonName =
     QLatin1String(kMVCommNotificationSoundsName.data(), kMVCommNotificationSoundsName.size());
 
-/// A program that is connected through its plug-in and has said who it is.
+/// A program that is connected through its plug-in and has checked in.
 struct MVCommConnectedProcess {
     std::uint32_t pid = 0;
     QString name; ///< never empty

@@ -15,7 +15,7 @@ class Timer;
 } // namespace platform
 
 /// The sending side of one connection, shared by the connection and the sends in progress, so that
-/// a connection that goes away meanwhile does not pull the descriptor from under them. Used by one
+/// the descriptor stays open until the last send, even if the connection is destroyed. Used by one
 /// thread at a time.
 class MVCommSender {
   public:
@@ -51,11 +51,11 @@ class MVCommConnection {
     MVCommConnectionProcess& process() noexcept { return process_; }
     const MVCommConnectionProcess& process() const noexcept { return process_; }
 
-    /// To be asked before each line about what the plug-in has done wrong.
+    /// Ask this before each log line about an error of the plug-in.
     MVCommFaultLog& faultLog() noexcept { return faultLog_; }
 
-    /// The connection's activity reset: pending while the timer is active. One timer serves for
-    /// the connection's whole life, so that pushing the reset back allocates nothing.
+    /// The connection's activity reset: pending while the timer is active. One timer is reused for
+    /// the connection's whole life, so that postponing the reset allocates nothing.
     platform::Timer* resetActivityTimer() const noexcept { return resetActivityTimer_.get(); }
     void setResetActivityTimer(std::unique_ptr<platform::Timer> timer);
 

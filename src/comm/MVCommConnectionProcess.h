@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// The program at the other end of a plug-in connection, as its check-in told it.
+/// The program at the other end of a plug-in connection, from its check-in.
 struct MVCommConnectionProcess {
     std::uint32_t pid = 0; ///< 0 until the check-in
     QString name;          ///< null until the check-in, never empty after it

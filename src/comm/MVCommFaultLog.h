@@ -9,20 +9,20 @@ namespace platform {
 class RunLoop;
 }
 
-/// Thins out the lines that the faults of one plug-in cause: ten a second are written, the others
-/// are counted, and their number is told when the second is over or the plug-in has gone. The
+/// Limits the log lines about errors of one plug-in: ten a second are written, the others are
+/// counted, and their number is reported when the second is over or the plug-in disconnects. The
 /// loop's thread only.
 class MVCommFaultLog {
   public:
     /// `tellLeftOut` gets a number above 0.
     MVCommFaultLog(platform::RunLoop& loop, std::function<void(std::size_t)> tellLeftOut);
 
-    /// Tells what has not been told.
+    /// Reports the number that has not been reported yet.
     ~MVCommFaultLog();
     MVCommFaultLog(const MVCommFaultLog&) = delete;
     MVCommFaultLog& operator=(const MVCommFaultLog&) = delete;
 
-    /// Whether the next line may be written; it counts as written or left out then.
+    /// Whether the next line may be written. Counts it as written or omitted.
     [[nodiscard]] bool allowsLine();
 
   private:

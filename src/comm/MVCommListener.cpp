@@ -21,11 +21,11 @@ namespace {
 
 constexpr int listenBacklog = 5;
 
-// Gives others time to remove the whole folder, or to serve the path themselves.
+// Gives other programs time to remove the whole folder, or to serve the path.
 constexpr std::chrono::milliseconds settling{300};
 
-// Until the next look where no change of a file tells that it is time: after a failure, and while
-// another program has the path, whose file stays when it is killed.
+// Time until the next check if no file event triggers one: after a failure, and while another
+// program has the path, since its file stays if it is killed.
 constexpr std::chrono::seconds nextLook{5};
 
 using StatCall = int (*)(const char*, struct stat*);
@@ -37,7 +37,7 @@ std::optional<std::pair<dev_t, ino_t>> numberOf(const std::string& path, StatCal
     return std::pair(status.st_dev, status.st_ino);
 }
 
-/// Whether somebody listens there; what may not be asked counts as a program too.
+/// Whether a program listens there; a socket that we may not connect to counts as one.
 bool isServed(const std::string& path) {
     if (platform::connectUnixSocket(path))
         return true;
@@ -127,7 +127,7 @@ bool MVCommListener::listenOn(platform::FileDescriptor descriptor) {
     return true;
 }
 
-/// The number of our file, as that of its folder, is nobody else's as long as our socket is open.
+/// The inode numbers of our file and its folder are not reused as long as our socket is open.
 bool MVCommListener::isOurs() const {
     return file_ && numberOf(path_, &::lstat) == file_;
 }
@@ -139,7 +139,7 @@ void MVCommListener::removeFile() {
 }
 
 void MVCommListener::look() {
-    watch_.follow({path_}); // first: whatever happens from now on has another look taken
+    watch_.follow({path_}); // first, so that every later change triggers another check
     const auto there = numberOf(path_, &::lstat);
     if (there && there == file_)
         return;

@@ -16,35 +16,35 @@ namespace platform {
 class RunLoop;
 }
 
-/// Where plug-ins come in: the listening socket of one path, and its file. If the file vanishes (a
-/// cleaner of temporary folders may remove it), it is made again 0.3 s later; connections stay. If
-/// another program serves the path by then, the path is left alone as long as that program does,
-/// and the system log gets one line. What fails is tried again every 5 s.
+/// The listening socket of one path, and its file. If the file vanishes (a cleaner of temporary
+/// folders may remove it), it is recreated 0.3 s later; connections stay open. If another program
+/// serves the path by then, the path is not touched as long as that program does, and the system
+/// log gets one line. Failures are retried every 5 s.
 ///
-/// Main thread only: it hears of changes by the main queue.
+/// Main thread only: changes arrive through the main queue.
 class MVCommListener {
   public:
     struct Handlers {
         platform::AcceptSocket::Handler accepted;
-        std::function<void()> socketRecreated; ///< the file has been made again
+        std::function<void()> socketRecreated; ///< the file has been recreated
     };
 
-    /// Serves `path` on the thread's run loop, in place of a file that is there. Null when that
-    /// fails, with the reason in the system log. A handler must not destroy the object.
+    /// Serves `path` on the thread's run loop, replacing an existing file. Null on failure, with
+    /// the reason in the system log. A handler must not destroy the object.
     [[nodiscard]] static std::unique_ptr<MVCommListener> open(std::string path, Handlers handlers);
 
-    /// Stops listening and removes the file, unless the path leads to another one by now.
+    /// Stops listening and removes the file, unless the path now leads to another file.
     ~MVCommListener();
     MVCommListener(const MVCommListener&) = delete;
     MVCommListener& operator=(const MVCommListener&) = delete;
 
-    /// To be called when a descriptor has become free (AcceptSocket::resume()).
+    /// Call this when a descriptor has become free (AcceptSocket::resume()).
     void resume();
 
-    /// Whether the path leads into another folder than when it was first served, or into none.
+    /// Whether the path now leads into a folder other than at first, or into none.
     bool isFolderReplaced() const;
 
-    /// From now on the file is not made again.
+    /// From now on the file is not recreated.
     void stopRecreating();
 
   private:
@@ -67,8 +67,8 @@ class MVCommListener {
     platform::RunLoop& loop_;
     std::optional<FileNumber> servedFolder_; // constant once there is a file
     std::unique_ptr<platform::AcceptSocket> baseSock_;
-    std::optional<FileNumber> file_;    // of what stands for the socket at the path
-    std::optional<FileNumber> another_; // of what stands in its place, once that has been told
+    std::optional<FileNumber> file_;    // of the socket's file at the path
+    std::optional<FileNumber> another_; // of the file in its place, once it has been logged
     bool isFailureTold_ = false;
     MVCommLogLimit recreatedLimit_;
     platform::Timer settled_;

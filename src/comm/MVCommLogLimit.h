@@ -4,11 +4,11 @@
 
 #include <optional>
 
-/// Thins out a line that a stranger can cause as often as he likes: one a second. One thread at a
+/// Limits a log line that other programs can trigger without limit: one a second. One thread at a
 /// time.
 class MVCommLogLimit {
   public:
-    /// Whether the line may be written now; it counts as written then.
+    /// Whether the line may be written now. If so, counts it as written.
     bool allowsLine() noexcept {
         const auto now = platform::MonotonicClock::now();
         if (last_ && now - *last_ < std::chrono::seconds(1))

@@ -2,7 +2,7 @@
 
 class QString;
 
-/// What a plug-in calls its program, made fit for a line of the log: what begins a new line, or
-/// turns the direction of the text behind it, is written as an escape, "\n" or "\u202e". Other
-/// control characters are the log's business. Any thread.
+/// A text from a plug-in, made safe for one line of the log: characters that begin a new line or
+/// change the text direction are escaped, "\n" or "\u202e". The log handles other control
+/// characters. Any thread.
 QString MVCommLogText(const QString& text);

@@ -4,16 +4,16 @@
 #include <string_view>
 #include <type_traits>
 
-/// The bytes on the socket between the application and its audio plug-in, in the byte order of the
-/// machine; docs/wire.md explains them. A message is known by its first 32 bits, which also give
-/// its length; there is no other framing.
+/// The messages on the socket between the application and its audio plug-in, in the machine's byte
+/// order; see docs/wire.md. The first 32 bits give a message's type, and thereby its length; there
+/// is no other framing.
 
 enum MVCommMessageID : std::uint32_t {
     kMVCommCheckin = 0x0800,
     kMVCommActivity = 0x0900,
 };
 
-/// Plug-in to application: who is at this end of the connection.
+/// Plug-in to application: the program that this connection stands for.
 struct MVCommCheckinMessage {
     std::uint32_t messageID; ///< kMVCommCheckin
     std::uint32_t pid;       ///< the process that makes the sound
@@ -21,14 +21,14 @@ struct MVCommCheckinMessage {
     char path[1024];         ///< its executable's full path, UTF-8, NUL-terminated within the field
 };
 
-/// Plug-in to application: how loud a process is, sent while it plays.
+/// Plug-in to application: the level of a process, sent while it plays.
 struct MVCommActivityMessage {
     std::uint32_t messageID; ///< kMVCommActivity
     std::uint32_t pid;
     float level; ///< peak before the volume is applied, linear, nominally 0.0 (silent) to 1.0
 };
 
-/// The name that the connection for all notification sounds checks in with; no program may.
+/// The name with which the connection for all notification sounds checks in; reserved for it.
 inline constexpr std::string_view kMVCommNotificationSoundsName = "coreaudiod";
 
 enum MVCommConsoleMessageType : std::int32_t {
@@ -37,7 +37,7 @@ enum MVCommConsoleMessageType : std::int32_t {
     kMVCommIgnoreListChanged = 11, ///< pid and value 0; concerns every plug-in
 };
 
-/// Application to plug-in. Every plug-in gets every command and leaves alone what is not for it.
+/// Application to plug-in. Every plug-in gets every command and ignores those for other pids.
 struct MVCommConsoleMessage {
     std::int32_t type;
     std::int32_t pid;

@@ -4,8 +4,8 @@
 
 class MVCommunication;
 
-/// One queued send: an operation of a server together with the message it is for. The message is
-/// copied; the target waits for its operations before it goes away.
+/// One queued send: an operation of a server with its message. The message is copied; the target's
+/// destructor waits for its operations.
 class MVCommOperation {
   public:
     using Action = void (MVCommunication::*)(const MVCommConsoleMessage&);

@@ -7,10 +7,10 @@
 #include <span>
 #include <string_view>
 
-/// Takes the bytes of one read apart into messages, without copying texts and without reading past
-/// the end. Call next() until it answers something else than activity or checkin; what is left of
-/// the read is then worthless. A message that was split over two reads is not put together again:
-/// its first half is tooShort or invalidLength, its second half usually unknown.
+/// Parses the bytes of one read into messages, without copying texts and without reading past the
+/// end. Call next() until it returns something other than activity or checkin; discard the rest of
+/// the read then. A message that was split over two reads is not reassembled: its first half is
+/// tooShort or invalidLength, its second half usually unknown.
 ///
 /// The read must outlive the parser. Any thread, one at a time.
 class MVCommParser {
@@ -21,11 +21,11 @@ class MVCommParser {
         checkin,       ///< checkin() holds a message
         tooShort,      ///< remaining() is 1 to 3: not even an identifier
         invalidLength, ///< messageID() is known, but fewer bytes remain than it takes
-        unknown,       ///< messageID() is no identifier
+        unknown,       ///< messageID() is not a known identifier
     };
 
-    /// A check-in with its texts up to their NUL, or up to the end of the message when they have
-    /// none: a name may run on into the path. (A message that follows would begin with a NUL
+    /// A check-in with its texts up to their NUL, or up to the end of the message if they have
+    /// none: a name may continue into the path. (A message that follows would begin with a NUL
     /// anyway.)
     struct Checkin {
         std::uint32_t pid;
@@ -40,7 +40,7 @@ class MVCommParser {
     /// Bytes of the read that next() has not consumed.
     std::int32_t remaining() const noexcept { return static_cast<std::int32_t>(rest_.size()); }
 
-    /// Of the message that next() met last.
+    /// Of the last message that next() found.
     std::uint32_t messageID() const noexcept { return messageID_; }
 
     const MVCommActivityMessage& activity() const noexcept { return activity_; }

@@ -87,7 +87,7 @@ std::span<const std::byte> wholeMessages(platform::DataSocket& socket,
 }
 
 std::string keyOf(const MVCommConsoleMessage& message) {
-    // The pid is no part of the key, so that programs set to the same value share an entry.
+    // The pid is not part of the key, so programs set to the same value share an entry.
     return std::to_string(message.type) + ", " + std::to_string(message.reserved) + ", " +
            std::to_string(message.value);
 }
@@ -181,8 +181,8 @@ void MVCommunication::handleSocketData(const platform::DataSocket& socket,
         systemLog(LogPriority::error, "%s: Bad data object.", __func__);
         return;
     }
-    // Both held to the end: a callback may run a loop of its own in which the plug-in disconnects,
-    // or the server is shut down and let go.
+    // Both are held to the end: a callback may run its own event loop, in which the plug-in may
+    // disconnect or the server may be shut down and released.
     const auto self = shared_from_this();
     const std::shared_ptr<MVCommConnection> connection = connectionOf(socket);
     if (connection == nullptr) {
@@ -240,7 +240,7 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
         scheduleConnectionCallback();
 }
 
-/// Whoever checks in again and again must not keep the others from being shown.
+/// A plug-in that keeps checking in must not delay showing the others.
 void MVCommunication::scheduleConnectionCallback() {
     const auto now = platform::MonotonicClock::now();
     if (!connectionCallbackTimer_.isActive())

@@ -34,19 +34,20 @@ class FileDescriptor;
 class RunLoop;
 } // namespace platform
 
-/// The server of one socket path: accepts plug-ins, reads what they send, knows who they are, and
+/// The server of one socket path: accepts plug-ins, reads their messages, keeps their records, and
 /// sends every command to all of them.
 ///
-/// Lives on the main thread and its run loop. Sends run on a serial queue of the server's own and
-/// never wait for a peer; sendMessage(), the two flags and connectionProcesses() may be called on
-/// any thread. The connections lock is never held across anything that can wait. A callback may
-/// shut the server down and let it go; one that runs a loop of its own gets newer messages in there
-/// before the rest of the read that it was called for.
+/// Lives on the main thread and its run loop. Sends run on the server's own serial queue and never
+/// wait for a peer; sendMessage(), the two flags and connectionProcesses() may be called on any
+/// thread. The connections lock is never held across anything that can wait. A callback may shut
+/// the server down and release it. If a callback runs its own event loop, newer messages are
+/// handled in there, before the rest of the current read.
 class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
   public:
     /// Serves `socketPath` on the calling thread's run loop, replacing a stale socket file. Null
     /// when that fails, with the reason in the system log. `comm` must outlive the server; its
-    /// callbacks are asked for at each event, the data callback must be set by the first message.
+    /// callbacks are fetched for each event, and the data callback must be set before the first
+    /// message.
     [[nodiscard]] static std::shared_ptr<MVCommunication> create(MVCommCallbacks& comm,
                                                                  const QString& socketPath);
 
@@ -57,17 +58,16 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
 
     const QString& socketPath() const noexcept { return socketPath_; }
 
-    /// Whether the path leads into another folder than at first, or into none. Then this is not the
-    /// server of what is there now. A socket file that vanishes from the same folder is made again
-    /// (MVCommListener).
+    /// Whether the path now leads into a folder other than at first, or into none; then it needs a
+    /// new server. A socket file that vanishes from the same folder is recreated (MVCommListener).
     bool isFolderReplaced() const;
 
-    /// From now on the socket file is not made again; another server may be about to take the path.
+    /// From now on the socket file is not recreated, so that another server can take the path.
     void stopRecreating();
 
-    /// Has `message` written to every connection, in the order of the calls. A message that was
-    /// sent less than 1/12 s ago is dropped (see setAllowFrequentMessages), as are all while
-    /// suppressMessages() holds or nobody is connected. Null does nothing. A plug-in that does not
+    /// Queues `message` for every connection, in the order of the calls. A message that was sent
+    /// less than 1/12 s ago is dropped (see setAllowFrequentMessages), as are all messages while
+    /// suppressMessages() is on or nobody is connected. Null does nothing. A plug-in that does not
     /// read loses the message, with a line in the system log.
     void sendMessage(const MVCommConsoleMessage* message);
 
@@ -82,20 +82,20 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     QList<MVCommConnectionProcess> connectionProcesses() const;
     bool isAnybodyConnected() const;
 
-    /// Has what sendMessage() accepted written, which never waits for a peer; then ends all
-    /// connections, stops listening and removes the socket file, unless the path leads to another
-    /// one by now.
+    /// Writes the messages that sendMessage() accepted, without waiting for a peer; then closes all
+    /// connections, stops listening and removes the socket file, unless the path now leads to
+    /// another file.
     void shutdown();
 
-    /// Takes in one connection; the listening socket's handler. One of a user that the façade does
-    /// not accept is closed, with a line in the system log, at most one a second.
+    /// Accepts one connection; the listening socket's handler. A connection of a user that the
+    /// façade does not accept is closed, with at most one line a second in the system log.
     void handleBaseSocketAccept(platform::AcceptSocket& socket,
                                 platform::FileDescriptor descriptor);
 
-    /// Takes in the bytes of one read; the connections' handler, which gets at most 8 KiB of one
-    /// plug-in in a turn of the loop, messages never split. Length 0 means that the peer has
-    /// closed. Faults cost the rest of the read, never the connection; each is a line in the system
-    /// log, but at most ten a second for one connection, and then their number.
+    /// Handles the bytes of one read; the connections' handler, which gets at most 8 KiB per
+    /// plug-in and turn of the loop, and never splits messages. Length 0 means that the peer has
+    /// closed. An error drops the rest of the read, but keeps the connection; each is one line in
+    /// the system log, at most ten a second per connection, then their number.
     void handleSocketData(const platform::DataSocket& socket, std::span<const std::byte> data);
 
   private:
@@ -133,13 +133,13 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     platform::Timer connectionCallbackTimer_;
     platform::MonotonicClock::time_point burstBegan_; // of check-ins; while the timer is active
     MVCommLogLimit strangerLimit_;
-    Connections retired_; // disconnected, but with an activity reset still to come
+    Connections retired_; // disconnected, but with a pending activity reset
     std::vector<std::optional<Connections::iterator>> placeOfDescriptor_; // in connections_
 
     mutable std::mutex connectionsLock_;
     // Guarded by connectionsLock_.
     Connections connections_;                // changed on the main thread only
-    std::shared_ptr<const Senders> senders_; // of the connections; null: to be made
+    std::shared_ptr<const Senders> senders_; // of the connections; null: rebuild on demand
 
     std::atomic<bool> allowFrequentMessages_ = false;
     std::atomic<bool> suppressMessages_ = false;

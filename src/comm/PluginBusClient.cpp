@@ -83,7 +83,7 @@ class PluginBusClient::Receiver : public QObject {
 
     bool isThere() const { return plugin_.owner() && !plugin_.owner()->isEmpty(); }
 
-    /// A plug-in that ends is no failure. One that refuses will go on to.
+    /// A plug-in that ends is no failure. One that refuses will refuse again.
     void report(const QDBusError& error) {
         if (error.type() != QDBusError::NoReply && error.type() != QDBusError::ServiceUnknown &&
             std::exchange(lastError_, error.name()) != error.name() && error.isValid())
@@ -113,7 +113,7 @@ class PluginBusClient::Receiver : public QObject {
     platform::BusNameOwner plugin_;
     bool wasThere_ = false;
     QString lastError_;
-    std::vector<Report> early_; // from before it was known who the plug-in is
+    std::vector<Report> early_; // received before the plug-in's bus name was known
 };
 
 PluginBusClient::PluginBusClient(Handlers handlers) {

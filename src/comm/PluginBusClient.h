@@ -10,26 +10,27 @@
 #include <memory>
 #include <optional>
 
-/// What the audio plug-in tells on the session bus beside its socket: signals of the interface
-/// com.quarnel.Tonvale.Plugin at /com/quarnel/Tonvale/Plugin, from the program that owns the name
-/// com.quarnel.Tonvale.Plugin; what others send there is not heard. And what it is told there.
-/// Never waits for the bus; hears nothing without one. Main thread only.
+/// Client of the audio plug-in's service on the session bus: receives the signals of the interface
+/// com.quarnel.Tonvale.Plugin at /com/quarnel/Tonvale/Plugin, from the owner of the name
+/// com.quarnel.Tonvale.Plugin only, and sends the preferences. Never waits for the bus; without one
+/// it does nothing. Main thread only.
 class PluginBusClient {
   public:
     struct Handlers {
-        /// ChangedElsewhere(u pid, i percent, b muted): another program has set a program's volume
-        /// or mute. The percent is as it came.
+        /// ChangedElsewhere(u pid, i percent, b muted): another program has changed a program's
+        /// volume or mute. The percent is not clamped.
         std::function<void(std::uint32_t pid, const ProgramSetting&)> changedElsewhere;
-        /// NotControllable(u pid, s reason): a program's volume cannot be set; it can again when
-        /// the reason, for people, is empty.
+        /// NotControllable(u pid, s reason): a program's volume cannot be set, with the reason as
+        /// text for the user; an empty reason means that it can be set again.
         std::function<void(std::uint32_t pid, const QString& reason)> notControllable;
-        /// The plug-in has ended: nothing of what it reported need hold any more.
+        /// The plug-in has ended: its earlier reports may no longer be true.
         std::function<void()> gone;
-        /// The plug-in is there, and can be told something.
+        /// The plug-in has started and can receive messages.
         std::function<void()> came = [] {};
     };
 
-    /// The plug-in's answer: what it knows newer than it was told. Nothing: it has gone or refused.
+    /// The plug-in's reply: the settings for which it has newer values. Nothing: it has ended or
+    /// refused.
     using Answered = std::function<void(const std::optional<QList<NamedSetting>>& newer)>;
 
     /// Each handler is called from the event loop, never from the constructor. Exceptions are
@@ -39,9 +40,9 @@ class PluginBusClient {
     PluginBusClient(const PluginBusClient&) = delete;
     PluginBusClient& operator=(const PluginBusClient&) = delete;
 
-    /// Tells the plug-in the application's word. `answered` is called from the event loop, once it
-    /// has answered or gone, however long that takes; not after this object has gone. False, and no
-    /// call, when there is no plug-in.
+    /// Sends the application's preferences to the plug-in. `answered` is called from the event loop
+    /// when the plug-in has replied or ended, however long that takes, but not after this object is
+    /// destroyed. False, and no call, if there is no plug-in.
     bool tell(const PreferencesMessage& word, Answered answered);
 
   private:
