@@ -6,12 +6,12 @@
 class QByteArray;
 class QNApplication;
 
-/// The classes of application objects that are looked up by name. Main thread only.
+/// The registry of application classes, which are looked up by name. Main thread only.
 class ApplicationClasses {
   public:
     using Factory = std::function<std::unique_ptr<QNApplication>()>;
 
-    /// Makes a class known, in place of one that had the name before.
+    /// Registers a class, replacing one of the same name.
     static void add(const QByteArray& name, const Factory& factory);
     static void remove(const QByteArray& name);
 

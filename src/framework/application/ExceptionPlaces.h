@@ -1,7 +1,7 @@
 #pragma once
 
-/// Numbers that tell the places apart where the application object catches exceptions; those of
-/// platform/processes/ExceptionReport.h end below.
+/// Numbers of the places where the application object catches exceptions; they follow those of
+/// platform/base/ExceptionReport.h.
 enum QNExceptionPlace : unsigned {
     kExceptionInOptions = 100,
     kExceptionInWillFinishLaunching = 101,

@@ -7,10 +7,10 @@
 
 #include <cstdint>
 
-/// What main() got, as text.
+/// The arguments of main(), as text.
 QStringList argumentTexts(int argc, char** argv);
 
-/// One option as it stands among the arguments.
+/// One option as written among the arguments.
 struct QNOption {
     enum class Form : std::uint8_t {
         flag,       ///< without a value
@@ -18,7 +18,7 @@ struct QNOption {
         incomplete, ///< "-name =" at the end
     };
 
-    QString argument; ///< with its dashes, and with the value that an equals sign joins to it
+    QString argument; ///< with its dashes, and with a value joined by an equals sign
     QString key;
     Form form = Form::flag;
     QString value = {};
@@ -36,6 +36,6 @@ using QNOptions = QMap<QString, QString>;
 /// The first plain argument, and "--", end the options.
 QList<QNOption> readQNOptions(const QStringList& arguments);
 
-/// The same by their names. A flag's value is its own name, an incomplete option is left out, and a
-/// later one replaces an earlier one of the same name.
+/// The same as a map from names to values. A flag's value is its own name, an incomplete option is
+/// left out, and a later option replaces an earlier one of the same name.
 QNOptions parseQNOptions(const QStringList& arguments);

@@ -46,7 +46,7 @@ int PlatformApplication::main(int argc, char** argv, const Interface& makeInterf
     if (!delegate)
         return 0;
     platform::guarded(kExceptionInInterface, [&] { delegate->awakeFromNib(); });
-    // From within the event loop, so that whatever runs one of its own meanwhile can be ended.
+    // From within the event loop, so that nested event loops can be ended.
     QTimer::singleShot(0, &toolkit, [&] { delegate->launch(); });
     QApplication::exec();
     SignalTable::instance().silence();

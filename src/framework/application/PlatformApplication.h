@@ -9,10 +9,11 @@ class QNGUIApplication;
 /// until somebody quits.
 class PlatformApplication {
   public:
-    /// Makes the program's interface once the toolkit is up, and answers the object that becomes
-    /// its delegate; null ends the program with status 0, as when another instance has the word.
+    /// Creates the program's interface once the toolkit is initialised, and returns the object that
+    /// becomes its delegate; null ends the program with status 0, for example because another
+    /// instance is running.
     using Interface = std::function<std::unique_ptr<QNGUIApplication>()>;
 
-    /// Answers the exit status. What event handlers throw is logged, and the loop goes on.
+    /// Returns the exit status. Exceptions of event handlers are logged, and the loop goes on.
     static int main(int argc, char** argv, const Interface& makeInterface);
 };

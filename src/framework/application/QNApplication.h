@@ -18,10 +18,10 @@
 
 class qnlog_handle;
 
-/// The application object: what a program has to have once. It parses the options, finds the
-/// support folders, keeps the log, delivers POSIX signals on the main thread, and drives an event
-/// loop of its own; QNGUIApplication is the one with windows. The latest object made is the current
-/// one, to which everything in the program logs, see QNLog().
+/// The application object, of which a program has one. It parses the options, finds the support
+/// folders, keeps the log, delivers POSIX signals on the main thread, and runs its own event loop;
+/// QNGUIApplication is the version with windows. The object created last is the current one, to
+/// which everything in the program logs, see QNLog().
 ///
 /// Exceptions of hooks, observers and the event loop are logged at level 1, with the call stack,
 /// and the program goes on. Main thread only, except where a function says otherwise.
@@ -42,19 +42,19 @@ class QNApplication : public QObject {
     static QNApplication* current() noexcept;
     static void setCurrent(QNApplication* application) noexcept;
 
-    /// Of the process.
+    /// The process's.
     static QStringList arguments();
     static void setArguments(const QStringList& arguments);
     static QNOptions options();
     static QDateTime applicationLaunchDate();
 
-    /// Runs the program and answers its exit status.
+    /// Runs the program and returns its exit status.
     virtual int main(int argc, char** argv);
 
     /// Calls the hooks around launching, then serves the run loop until terminate().
     void run();
 
-    /// Serves the thread's event loop for so many seconds; without one the thread just waits. Any
+    /// Runs the thread's event loop for so many seconds; without one the thread just waits. Any
     /// thread.
     virtual void waitInEventLoopFor(double seconds);
 
@@ -66,11 +66,11 @@ class QNApplication : public QObject {
     void parseOptions();
     virtual std::optional<QNOptions> parseOptions(const QStringList& arguments) const;
 
-    /// The names of the options that there are; nothing when the program declares none.
+    /// The names of the valid options; nothing if the program declares none.
     virtual std::optional<QStringList> validOptions() const { return std::nullopt; }
 
-    /// The support folder with that name, else the bundle's; see makeSupportPath(). The other two
-    /// are computed once in the process.
+    /// The support folder of that name, by default the bundle's name; see makeSupportPath(). The
+    /// other two are computed once per process.
     QString applicationSupportPathWithLeaf(const QString& leaf, bool shared) const;
     QString applicationSupportPath() const;
     QString sharedApplicationSupportPath() const;
@@ -79,17 +79,17 @@ class QNApplication : public QObject {
     void setApplicationSupportLeaf(const QString& leaf) { applicationSupportLeaf_ = leaf; }
 
     /// Opens a log file, named after the application and in "Logs" of the support folder if nothing
-    /// else is given, and logs to it from now on. When it cannot be opened, nothing changes.
+    /// else is given, and logs to it from now on. If it cannot be opened, nothing changes.
     void createLogFile(QString fileName, QString directory);
 
-    /// A handle that is replaced is closed, which waits for its disk; other threads log on
+    /// A handle that is replaced is closed, which waits for its disk; other threads can log
     /// meanwhile. Null: no log file. The last handle is closed with the application object, but not
-    /// at the end of the program, which waits for disks within the bound that qnlog.h tells.
+    /// at the end of the program, which waits for disks as qnlog.h describes.
     qnlog_handle* logHandle() const;
     void setLogHandle(qnlog_handle* handle);
 
-    /// Logs a text formed like platform::formatted(), at level 3 or another; to the system log when
-    /// there is no log file. Any thread.
+    /// Logs a text formatted like platform::formatted(), at level 3 or the given one; to the system
+    /// log if there is no log file. Any thread.
     template <typename... A>
     void log(const char* format, const A&... arguments) {
         logWithLevel(3, format, arguments...);
@@ -114,29 +114,29 @@ class QNApplication : public QObject {
     unsigned machineSleepTimer() const; ///< minutes, 0 for never
     QString universallyUniqueString() const;
 
-    /// Has the method of that name of `target`, invokable and taking an int, be called when the
-    /// signal comes. A target that is destroyed is forgotten. Numbers of 0 or less are ignored.
+    /// Calls the method of that name of `target`, invokable and taking an int, when the signal
+    /// arrives. A destroyed target is removed. Numbers of 0 or less are ignored.
     void addObserver(QObject* target, const char* selector, int signal);
 
-    /// Null: whatever the method. Signal -1: of every signal.
+    /// A null selector stands for any method, signal -1 for every signal.
     void removeObserver(const QObject* target, const char* selector, int signal);
 
-    /// Has `handler` be called on the queue, null being the main one. The proxy can be removed.
+    /// Calls `handler` on the queue, by default the main one. The proxy can be removed.
     std::shared_ptr<QNSignalProxy>
     addObserverForSignal(int signal, std::shared_ptr<platform::DispatchQueue> queue,
                          QNSignalProxy::Handler handler);
     void addObserverForSignal(int signal, const std::shared_ptr<QNSignalProxy>& proxy);
     void removeObserverForSignal(int signal, const std::shared_ptr<QNSignalProxy>& proxy);
 
-    /// Signals wait while there have been more calls of disableSignals() than of enableSignals().
-    /// The first tells whether it was the one that stopped delivery, the second whether signals are
-    /// delivered. Any thread.
+    /// Signals are held while there have been more calls of disableSignals() than of
+    /// enableSignals(). The first returns whether this call stopped delivery, the second whether
+    /// signals are delivered. Any thread.
     bool disableSignals();
     bool enableSignals();
     bool deliverSignals() const noexcept { return signalsDisabled_ <= 0; }
     bool setDeliverSignals(bool deliver) { return deliver ? enableSignals() : disableSignals(); }
 
-    /// Calls the observers of all signals that have come, the newest observer of each first.
+    /// Calls the observers of all pending signals, the newest observer of each first.
     void signalDidFire();
 
     virtual void applicationWillFinishLaunching() {}

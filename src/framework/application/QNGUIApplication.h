@@ -9,31 +9,31 @@
 
 class QWidget;
 
-/// The application object of a program with windows. Its main() hands over to the toolkit; alerts
-/// are shown on the main window where that is possible. Main thread only.
+/// The application object of a program with windows. Its main() runs the toolkit's loop; alerts are
+/// shown on the main window if possible. Main thread only.
 class QNGUIApplication : public QNApplication {
     Q_OBJECT
 
   public:
-    /// What makes the program's windows, and the delegate that is called around launch and end.
+    /// Creates the program's windows, and the delegate that is called around launch and end.
     static void setMainInterface(PlatformApplication::Interface interface);
 
     int main(int argc, char** argv) override;
 
-    /// Asks the toolkit's event loop to end. The delegate's applicationWillTerminate() comes after
-    /// it, then the program ends with status 0.
+    /// Asks the toolkit's event loop to end. Then the delegate's applicationWillTerminate() is
+    /// called, and the program ends with status 0.
     void terminate() override;
 
-    /// Serves all of the toolkit's events on the main thread.
+    /// Handles all of the toolkit's events on the main thread.
     void waitInEventLoopFor(double seconds) override;
 
-    /// Called when the interface has been made, before the launch.
+    /// Called when the interface has been created, before the launch.
     virtual void awakeFromNib() {}
 
     /// The window that has the keyboard, else the first that is visible; null when there is none.
     QWidget* mainWindow() const;
 
-    /// Shows an alert, waits, and answers the button.
+    /// Shows an alert, waits, and returns the button.
     platform::Alert::Button alertWithTitle(const QString& title, const QString& message,
                                            const QString& defaultButton,
                                            const QString& alternateButton,
@@ -43,9 +43,9 @@ class QNGUIApplication : public QNApplication {
                                                    const QString& alternateButton,
                                                    const QString& otherButton);
 
-    /// Shows an alert as a sheet on the main window and returns, or waits when there is no such
-    /// window or something stands on it already. Something has failed: a warning; it ends what the
-    /// person wanted: a critical one.
+    /// Shows an alert as a sheet on the main window and returns, or waits if there is no such
+    /// window or it has a sheet already. Use a warning for a failure, a critical alert if the
+    /// user's action cannot go on.
     void alertWithTitle(const QString& title, const QString& message, const QString& defaultButton);
     void warningAlertWithTitle(const QString& title, const QString& message,
                                const QString& defaultButton);

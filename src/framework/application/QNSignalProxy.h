@@ -9,8 +9,8 @@ namespace platform {
 class DispatchQueue;
 }
 
-/// Delivers a signal to a handler on a dispatch queue. Held by shared pointers, also by the table
-/// of signals as long as it is an observer.
+/// Delivers a signal to a handler on a dispatch queue. Held by shared pointers; the signal table
+/// holds one as long as the proxy is an observer.
 class QNSignalProxy final : public QObject, public std::enable_shared_from_this<QNSignalProxy> {
     Q_OBJECT
 

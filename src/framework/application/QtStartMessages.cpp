@@ -43,7 +43,7 @@ void QtStartMessages::take(QtMsgType type, const QMessageLogContext& /*context*/
     running->messages_.append(message);
 }
 
-/// The first message tells more than the last one, which sends people to reinstall the program.
+/// The first message is more helpful than the last one, which advises to reinstall the program.
 void QtStartMessages::fail(const QString& message) {
     const std::lock_guard lock(mutex_);
     const QString& reason = messages_.isEmpty() ? message : messages_.first();

@@ -6,9 +6,9 @@
 
 #include <mutex>
 
-/// What Qt says while its application object is made. Without a display that object ends the
-/// program; this says on standard error, in one sentence, what to do about it. What else is said
-/// goes to the system log when the start is over. One at a time.
+/// Handles Qt's messages while its application object is created. Without a display Qt ends the
+/// program; this prints on standard error, in one sentence, what to do about it. Other messages go
+/// to the system log when the start is over. One at a time.
 class QtStartMessages {
   public:
     /// `argc` and `argv` are main()'s.

@@ -17,32 +17,34 @@ class RunLoopSource;
 class SignalEvents;
 } // namespace platform
 
-/// Who observes which signal in this process, and the source of the run loop that tells of them.
+/// The observers of signals in this process, and the run loop source that delivers the signals.
 /// Main thread only.
 class SignalTable {
   public:
     struct Observer {
         QPointer<QObject> target;
         QByteArray selname; ///< the method that is called, by name, with the signal's number
-        std::shared_ptr<QNSignalProxy> proxy; ///< keeps a target alive that is one
+        std::shared_ptr<QNSignalProxy> proxy; ///< keeps the target alive if it is a proxy
     };
 
     static SignalTable& instance();
     SignalTable(const SignalTable&) = delete;
     SignalTable& operator=(const SignalTable&) = delete;
 
-    /// Has `didFire` called on the current run loop while signals wait. Does nothing when there is
-    /// a source already. Throws std::system_error when the system has no descriptors left, and
-    /// std::logic_error when the thread has no run loop.
+    /// Calls `didFire` on the current run loop while signals are pending. Does nothing if it is
+    /// open already. Throws std::system_error if the system has no descriptors left, and
+    /// std::logic_error if the thread has no run loop.
     void open(std::function<void()> didFire);
 
-    /// For the end of the program: observed signals do nothing any more, and go on doing nothing.
+    /// For the end of the program: from now on observed signals have no effect.
     void silence();
 
-    /// Takes the source from the run loop, before that goes. Signals do what they did before.
+    /// Removes the source from the run loop, before that is destroyed. Signals get their former
+    /// actions back.
     void close();
 
-    /// Not added again when it is there. Numbers of signals that cannot be caught are ignored.
+    /// Does nothing for an observer that is registered already. Signals that cannot be caught are
+    /// ignored.
     void add(int signal, Observer observer);
 
     /// The target's entries for the signal, those with the method if one is given; for -1 those of
@@ -52,10 +54,10 @@ class SignalTable {
     /// The newest first.
     std::vector<Observer> observers(int signal) const;
 
-    /// A signal that waits for delivery.
+    /// A pending signal, or nothing.
     std::optional<int> next();
 
-    /// Whether the run loop looks for signals; without that they wait.
+    /// Whether the run loop delivers signals; otherwise they stay pending.
     void setListening(bool listens);
 
   private:

@@ -32,7 +32,7 @@ QString makeSupportPath(const QString& leaf, bool shared) {
     if (parent.empty())
         return {};
     const QString path = QString::fromStdString(parent) + QLatin1Char('/') + leaf;
-    // Of a folder that could not be made the check below tells.
+    // The check below reports a folder that could not be created.
     [[maybe_unused]] const bool made =
         platform::makeDirectories(path.toStdString(), shared ? mode_t{0755} : ownerRights);
     checkFolder(path, shared);

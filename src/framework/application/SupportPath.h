@@ -3,6 +3,6 @@
 #include <QString>
 
 /// The folder for the program's own data, of this user or shared by all: `leaf` in the application
-/// support folder, which is made if need be. Empty when the system names no such folder. That it is
-/// not accessible, not ours or not permitted to us is logged, and changes nothing else. Any thread.
+/// support folder, created if missing. Empty if the system has no such folder. If it is not
+/// accessible or belongs to another user, this is only logged. Any thread.
 QString makeSupportPath(const QString& leaf, bool shared);

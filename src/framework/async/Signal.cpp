@@ -12,7 +12,7 @@ void Signal::set() {
 
 void Signal::clear() {
     // A signal that is not set needs no clearing. One that is being set at this very moment could
-    // as well be set after the clearing; who cares about the order holds a lock over both.
+    // as well be set after the clearing; callers that need an order hold a lock over both.
     if (!isSet())
         return;
     const std::lock_guard lock(mutex_);
@@ -39,7 +39,7 @@ void Signal::enter() {
     ++waiters_;
 }
 
-/// Answers whether other waiters are left.
+/// Returns whether other waiters are left.
 bool Signal::consume() {
     std::unique_lock lock(mutex_);
     condition_.wait(lock, [this] { return isSet(); });

@@ -22,9 +22,9 @@ class Signal {
     /// The same for no longer than `bound`; false when it was not set in that time.
     bool waitFor(std::chrono::nanoseconds bound);
 
-    /// Has the signal asked for with `request` and waits for it. One signal answers any number of
-    /// requests, but only one waiter consumes it: with others left it is asked for again, so that
-    /// every waiter gets one. `request` must not throw.
+    /// Calls `request`, which must lead to the signal, and waits for it. One signal satisfies any
+    /// number of requests, but only one waiter consumes it: if others remain, it is requested
+    /// again, so that every waiter gets one. `request` must not throw.
     template <typename Request>
     void request(const Request& request) {
         enter();

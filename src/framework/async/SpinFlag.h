@@ -13,9 +13,9 @@ inline void relaxProcessor() noexcept {
 #endif
 }
 
-/// A lock of one byte for a few list operations: never held across a task, a wait or the making of
-/// a thread. Whoever finds it taken spins for a moment, then yields, since the holder may need
-/// this very processor to go on. For std::lock_guard.
+/// A lock of one byte for a few list operations: never held across a task, a wait or the creation
+/// of a thread. A thread that finds it taken spins for a moment, then yields, since the holder may
+/// need this processor to go on. For std::lock_guard.
 class SpinFlag {
   public:
     void lock() noexcept {

@@ -18,7 +18,7 @@ std::optional<std::uint64_t> hardProcessLimit() noexcept {
     rlimit limit{};
     if (::getrlimit(RLIMIT_NPROC, &limit) != 0)
         return std::nullopt;
-    // No limit says nothing about how many threads the machine can bear.
+    // An unlimited value does not say how many threads the machine can handle.
     return limit.rlim_max == RLIM_INFINITY ? 0 : limit.rlim_max;
 }
 

@@ -10,20 +10,21 @@
 
 namespace QN::async {
 
-/// The workers that run tasks. The manager's thread alone makes and retires them; any thread may
-/// claim a free one, and it stays in being until whoever claimed it has released it.
+/// The workers that run tasks. Only the manager's thread creates and retires them; any thread may
+/// claim a free one, which then lives at least until it is released.
 class WorkerPool {
   public:
     using Round = std::function<worker::Timeout(worker&)>;
 
-    /// The first free worker, claimed; null when all have something to do.
+    /// Claims and returns the first free worker; null if all are busy.
     worker* claim();
     void release(worker& claimed) noexcept;
 
-    /// Appends a new worker, claimed and running. Throws what the making of a thread throws.
+    /// Adds a new worker, claimed and running. Throws std::system_error if no thread can be
+    /// started.
     worker& create(Round round);
 
-    /// Ends the first free worker; false when there is none.
+    /// Ends the first free worker; false if there is none.
     bool retire();
 
     std::uint32_t size() const noexcept { return size_.load(); }

@@ -11,7 +11,7 @@ class managed_task_helper {
     template <typename Work>
     explicit managed_task_helper(Work work) : task_(std::move(work)) {}
 
-    /// Once only. Throws what the work throws.
+    /// Call it once only. Throws what the work throws.
     void run() {
         task_();
         task_.get_future().get();

@@ -135,7 +135,7 @@ worker::Timeout manager::round() {
     return looksAgain_ ? worker::Timeout(rest) : std::nullopt;
 }
 
-/// A pass that nobody has requested: dispatch() would wake this very thread, which is to rest.
+/// A pass that was not requested: dispatch() would wake this thread, which should sleep.
 void manager::lookAgain() {
     try {
         schedule_pass();
@@ -215,7 +215,7 @@ void manager::serve(const std::shared_ptr<qshuttle>& queue, Pass& pass) {
         return;
     bool left = false;
     if (!handOver(queue, *found, left)) {
-        pool_.release(*found); // its task has taken a shorter road meanwhile
+        pool_.release(*found); // its task has taken a shortcut meanwhile
         return;
     }
     ++pass.handedOut;

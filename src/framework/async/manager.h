@@ -15,38 +15,40 @@
 
 namespace QN::async {
 
-/// Brings tasks and workers together. Its own thread does so in scheduling passes, one at a time
-/// for any number of requests; it alone makes and retires workers.
+/// Assigns tasks to workers. Its own thread does so in scheduling passes, one at a time for any
+/// number of requests; only that thread creates and retires workers.
 ///
-/// Most tasks take a shorter road, which looks the same from outside: a new task goes straight to a
-/// worker that is free, and a worker that has run a task goes on with the next one of the same
-/// queue. A pass would have chosen the same task, since it can only take a queue's oldest one, and
-/// for a worker that has nothing else to do. As soon as a pass finds a queue that gets no worker at
-/// all, both roads are closed until each queue has had its turn.
+/// Most tasks take a shortcut, which looks the same from outside: a new task goes directly to a
+/// free worker, and a worker that has run a task continues with the next one of the same queue. A
+/// pass would have chosen the same task, since it only takes a queue's oldest one, for an idle
+/// worker. As soon as a pass finds a queue that gets no worker at all, both shortcuts are closed
+/// until each queue has had its turn.
 class manager {
   public:
-    /// The one of this process, made and started on first use and never destroyed. Throws
+    /// The manager of this process, created and started on first use and never destroyed. Throws
     /// std::system_error when its thread cannot be started.
     static manager& shared();
 
     /// True in a child made by fork(2) while the pool was running: the child has none of its
-    /// threads, and any of its locks may be taken for ever.
+    /// threads, and any of its locks may stay locked for ever.
     static bool isOrphaned() noexcept;
 
     manager();
 
     void start();
 
-    /// Has a queue registered. Any thread. Before start() that is done by the main dispatch queue.
+    /// Requests the registration of a queue. Any thread. Before start() the main dispatch queue
+    /// does it.
     void enroll(std::shared_ptr<qshuttle> queue);
 
     /// Registers a queue. The manager's thread only.
     void add(std::shared_ptr<qshuttle> queue);
 
-    /// Requests a scheduling pass that looks at all queues as they are now or later. Any thread.
+    /// Requests a scheduling pass that sees all queues in their current or a later state. Any
+    /// thread.
     void dispatch() noexcept;
 
-    /// Finds somebody to run the queue's oldest task. Any thread.
+    /// Finds a worker for the queue's oldest task. Any thread.
     void offer(const std::shared_ptr<qshuttle>& queue);
 
     const Statistics& statistics() const noexcept { return statistics_; }
@@ -90,7 +92,7 @@ class manager {
     // Since the last pass that found a worker wherever it needed one:
     std::uint32_t failures_ = 0; // passes that ended at the thread limit
     std::uint32_t refusals_ = 0; // passes that ended because the system gave no thread
-    bool looksAgain_ = false;    // the next round has a pass made although nobody requests one
+    bool looksAgain_ = false;    // the next round makes a pass even if none was requested
 
     WorkerPool pool_;
     std::atomic<std::int64_t> running_{0};  // tasks of all queues

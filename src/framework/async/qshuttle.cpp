@@ -32,7 +32,7 @@ bool qshuttle::take(TaskEntry& task, bool& left) {
     if (!isRunnable())
         return false;
     moveOut(task);
-    // Whoever takes it need not be the worker that the tasks were left to.
+    // The worker that takes it need not be the one that the tasks were left to.
     leftToWorkers_ = false;
     running_.fetch_add(1);
     left = isRunnable();

@@ -12,12 +12,12 @@
 
 namespace QN::async {
 
-/// The state of one queue, shared by its handle, the manager and the worker that runs its tasks.
-/// It decides which task may run next; who runs it is the manager's business. Any thread, unless a
+/// The state of one queue, shared by its handle, the manager and the worker that runs its tasks. It
+/// decides which task may run next; the manager decides which worker runs it. Any thread, unless a
 /// function says otherwise.
 ///
-/// A serial queue keeps an empty entry at the front while one of its tasks runs: whoever finds it
-/// leaves the queue alone.
+/// A serial queue keeps an empty entry at the front while one of its tasks runs: no further task
+/// may start then.
 class qshuttle {
   public:
     qshuttle(std::string name, bool serial, std::int32_t priority);
@@ -28,40 +28,41 @@ class qshuttle {
     /// Background queues never make the pool grow past its base size.
     bool is_background() const noexcept { return priority_ < -253; }
 
-    /// Appends a task. True when somebody has to be found to run it: not while the queue is
-    /// suspended, and not when a worker will come back to the queue anyway.
+    /// Appends a task. Returns whether a worker must be found for it: not while the queue is
+    /// suspended, and not if a worker will return to the queue anyway.
     bool append(TaskEntry task);
 
-    /// Moves the oldest task out if it may run now, and counts it as running. `left` says whether
-    /// more stay behind that could run at the same time.
+    /// Moves the oldest task out if it may run now, and counts it as running. `left` is set to
+    /// whether more tasks could run at the same time.
     bool take(TaskEntry& task, bool& left);
 
-    /// To be called by a worker that has run a task: takes the serial queue's mark away and, if
-    /// `goOn`, moves the next task out, which is counted as running in the old one's place. False
-    /// when there is none.
+    /// A worker calls this after it has run a task: removes the serial queue's mark and, if `goOn`,
+    /// moves the next task out, which counts as running instead of the old one. False if there is
+    /// none.
     bool takeNext(TaskEntry& task, bool goOn);
 
-    /// One task runs no more. Answers how many ran until now.
+    /// One task has ended. Returns how many were running before.
     std::uint64_t finish() noexcept { return running_.fetch_sub(1); }
     std::uint64_t running() const noexcept { return running_.load(); }
 
-    /// How long the workers of a queue are given to show that they get on with its tasks: longer
-    /// than a busy machine keeps a thread from running. It is about threads, so real time counts.
+    /// Within this time the workers of a queue must have started another of its tasks to count as
+    /// making progress: longer than a busy machine keeps a thread from running. This is about
+    /// threads, so it is real time.
     static constexpr std::chrono::milliseconds patience{10};
 
-    /// What a scheduling pass has to know of the queue.
+    /// What a scheduling pass needs to know about the queue.
     struct Snapshot {
         bool isRunnable; ///< a task may run now
         bool isShared;   ///< other tasks of the queue are running
         bool isMoving;   ///< a worker has gone on to its next task within the last `patience`
-        bool isOver;     ///< nothing to run, and the handle is going or gone
+        bool isOver;     ///< nothing to run, and the handle is being destroyed
     };
 
-    /// Also sets the drained signal when nothing is left to run. The manager's thread only.
+    /// Also sets the drained signal if nothing is left to run. The manager's thread only.
     Snapshot snapshot();
 
-    /// Notes that a pass has found no worker for the queue, so that append() need not ask for
-    /// another pass in vain. The next worker that gets free has the manager look again.
+    /// Notes that a pass has found no worker for the queue, so that append() does not request
+    /// another pass in vain. The next worker that becomes free makes the manager check again.
     void leaveToWorkers();
 
     void suspend();

@@ -10,7 +10,7 @@ namespace QN::async {
 
 class qshuttle;
 
-/// A queue of tasks that run on the framework's pool of threads, and the way to give the pool work:
+/// A queue of tasks that run on the framework's thread pool:
 ///
 ///     QN::async::queue log("com.quarnel.log", true, -254);
 ///     log.enqueue([] { writeLine(); });
@@ -18,18 +18,18 @@ class qshuttle;
 ///
 /// A serial queue runs its tasks one at a time in the order they were appended; a concurrent one
 /// starts them in that order, several at once. Tasks may wait, append tasks to any queue and make
-/// and destroy queues. A task that waits holds up no other queue: when no thread is free, the pool
-/// grows, up to what the system allows (half of the user's processes), and it shrinks again when it
-/// is idle. What a task throws is printed on standard output, and the next task runs.
+/// and destroy queues. A task that waits does not block other queues: if no thread is free, the
+/// pool grows, up to the system's limit (half of the user's processes), and shrinks again when it
+/// is idle. Exceptions of tasks are printed on standard output, and the next task runs.
 ///
-/// Two things to beware of. For background queues (see the constructor) the pool does not grow, so
-/// no task of any queue may wait for a background queue: it could hold the very thread that it
-/// waits for. And a pool that finds no free thread at its limit five times in a row, within about
-/// half a second, writes why to standard error and ends the process.
+/// Two warnings. For background queues (see the constructor) the pool does not grow, so no task of
+/// any queue may wait for a background queue: it could occupy the thread that it waits for. And a
+/// pool that finds no free thread at its limit five times in a row, within about half a second,
+/// prints the reason on standard error and ends the process.
 ///
 /// Any thread. At exit, tasks that have not run are dropped, unless their queue is destroyed
 /// before. In a child made by fork(2) the pool has no threads: there, queues drop their tasks and
-/// nobody waits, so that the child gets to its exec.
+/// never wait, so that the child reaches its exec.
 class queue {
   public:
     using Task = std::function<void()>;
@@ -39,13 +39,13 @@ class queue {
     /// make no difference. Throws std::system_error when the pool cannot be started.
     queue(std::string name, bool serial, std::int32_t priority);
 
-    /// Resumes the queue and returns when all its tasks have run. From a task of the queue itself
-    /// it returns when none but that task runs; those still to come run afterwards.
+    /// Resumes the queue and returns when all its tasks have run. Called from a task of the queue
+    /// itself, it returns when only that task is running; the remaining tasks run afterwards.
     ~queue();
     queue(const queue&) = delete;
     queue& operator=(const queue&) = delete;
 
-    /// Appends a task. What it holds is released as soon as it has run, before wait() returns.
+    /// Appends a task. Its captures are released as soon as it has run, before wait() returns.
     /// Throws std::runtime_error "invalid task!" for an empty one, "zombie queue!" once the queue's
     /// destructor has begun.
     void enqueue(Task task);

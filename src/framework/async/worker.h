@@ -17,19 +17,18 @@ namespace QN::async {
 
 class qshuttle;
 
-/// One thread of the pool, the manager's or one that runs tasks. It does its rounds: one each time
-/// that it is woken, in between it sleeps. The destructor has the thread end after its round, and
-/// waits for that.
+/// One thread of the pool, the manager's or one that runs tasks. It makes one round each time it is
+/// woken, and sleeps in between. The destructor ends the thread after its current round, and waits
+/// for it.
 ///
-/// A worker that runs tasks is claimed by whoever has a task for it, is given the task, and is free
-/// again when it has run it.
+/// To run a task on a worker, claim the worker and give it the task; it is free again afterwards.
 class worker {
   public:
-    /// How long the thread may sleep until its next round; without bound when it has no value.
+    /// The maximum time until the next round; unlimited if empty.
     using Timeout = std::optional<std::chrono::nanoseconds>;
 
-    /// `round` is called on the thread. With an `idle` callback the thread sleeps for 1 s at most
-    /// and calls it whenever nobody has woken it in that time.
+    /// `round` is called on the thread. With an `idle` callback the thread sleeps for at most 1 s
+    /// and calls it if it was not woken in that time.
     worker(std::string name, std::function<Timeout(worker&)> round,
            std::function<void()> idle = {});
     ~worker();
@@ -47,11 +46,12 @@ class worker {
     bool claim() noexcept;
     void release() noexcept { claimed_.store(false); }
 
-    /// Gives a claimed worker its task and wakes it. Ends the process when it has one already or is
-    /// ending.
+    /// Gives a claimed worker its task and wakes it. Ends the process if the worker has a task
+    /// already or is ending.
     void give(const std::shared_ptr<qshuttle>& queue, TaskEntry task);
 
-    /// On the thread itself: the task that it was given, with the queue it comes from, or null.
+    /// On the thread itself: takes its task, and returns the task's queue, or null if there is
+    /// none.
     std::shared_ptr<qshuttle> take(TaskEntry& task);
     void forgetQueue();
 
@@ -61,7 +61,7 @@ class worker {
     /// The worker whose thread is calling; null on other threads.
     static worker* current() noexcept;
 
-    /// Has the calling thread count as the thread of a worker while it lives.
+    /// While it lives, current() returns this worker on the calling thread.
     class CurrentOverride {
       public:
         explicit CurrentOverride(worker& who) noexcept;

@@ -10,16 +10,16 @@
 
 namespace QN::log {
 
-/// Makes the lines of a log file; qnlog.h tells how they look. One thread at a time.
+/// Formats the lines of a log file, as described in qnlog.h. One thread at a time.
 class LineComposer {
   public:
-    /// The line of a message, with the date line before it when its hour, day, month or zone is not
-    /// that of the last line that was written, and with the line feed at its end. The text is not
-    /// empty. Good until the next call. Throws std::bad_alloc.
+    /// The line of a message with a line feed at its end, and with a date line before it if hour,
+    /// day, month or zone differ from those of the last written line. The text must not be empty.
+    /// Valid until the next call. Throws std::bad_alloc.
     std::string_view compose(std::uint32_t level, platform::WallClock::time_point time,
                              std::string_view text);
 
-    /// To be called when the last line has been written: its date line is not owed any more.
+    /// Call this when the last line has been written, so that its date line is not repeated.
     void confirm() noexcept { lastHourKey_ = composedKey_; }
 
   private:

@@ -24,7 +24,7 @@ LogFile::LogFile(platform::FileDescriptor file, WriteCall writeCall) noexcept
     : file_(std::move(file)), write_(writeCall) {}
 
 platform::FileDescriptor LogFile::open(const std::string& path) {
-    // Not blocking: somebody may have put a FIFO there that nobody reads.
+    // Non-blocking: the file may be a FIFO without a reader.
     platform::FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode));
     if (!file)

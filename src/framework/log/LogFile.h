@@ -11,25 +11,25 @@ namespace QN::log {
 /// The file of a log, open for writing. One thread at a time.
 class LogFile {
   public:
-    /// write(2), or what a test puts in its place.
+    /// write(2), or a test's replacement.
     using WriteCall = ssize_t (*)(int descriptor, const void* bytes, std::size_t size);
 
-    /// Writes on at the position of the descriptor.
+    /// Writes from the descriptor's current position on.
     LogFile(platform::FileDescriptor file, WriteCall writeCall) noexcept;
 
-    /// Opens the file for writing at its end, or makes it. It stays empty, with errno set, when
-    /// that fails.
+    /// Opens the file for writing at its end, or creates it. The result is empty, with errno set,
+    /// on failure.
     static platform::FileDescriptor open(const std::string& path);
 
     /// Whether the file ends in the middle of a line, as when its writer was killed.
     /// False when it cannot be read.
     static bool endsWithinLine(const std::string& path) noexcept;
 
-    /// Writes all of the bytes, in one call if the system takes them, or none: what a full disk has
-    /// left half written is cut off again. False when they are lost.
+    /// Writes all of the bytes, in one call if possible, or none: a partial write on a full disk is
+    /// truncated again. False if the bytes are lost.
     bool write(std::string_view bytes) noexcept;
 
-    /// What is written from now on is lost.
+    /// Later writes are lost.
     void close() noexcept { file_.reset(); }
 
   private:

@@ -6,8 +6,8 @@
 
 namespace QN::log {
 
-/// What the calling thread puts before each of its messages to a log: any number of words, each
-/// followed by a blank. Logs are told apart by their number, see qnlog_handle::number().
+/// Prefixes that the calling thread puts before each of its messages to a log: any number of words,
+/// each followed by a blank. Logs are identified by their number, see qnlog_handle::number().
 namespace prefixes {
 
 bool areThere(std::uint64_t log) noexcept;

@@ -10,14 +10,14 @@ std::string backupPath(const std::string& path, int index);
 
 constexpr int lastBackup = 4;
 
-/// Whether there is a file, as far as the process may know. Symbolic links are followed.
+/// Whether the file exists, as far as the process may see it. Symbolic links are followed.
 bool fileExists(const std::string& path) noexcept;
 
-/// The path of the file that is rotated: `path`, or what it leads to if it is a symbolic link.
+/// The path of the file to rotate: `path`, or its target if it is a symbolic link.
 std::string rotatedFile(const std::string& path);
 
-/// Makes the file at `path` backup 0 and each backup the next one; the last is deleted. What cannot
-/// be moved or deleted is told on standard error. Symbolic links are followed.
+/// Renames the file at `path` to backup 0, and each backup to the next one; the last is deleted.
+/// Failures are printed on standard error. Symbolic links are followed.
 void rotate(const std::string& path);
 
 } // namespace QN::log

@@ -9,25 +9,25 @@
 
 namespace QN::log {
 
-/// The logs that are open, so that what waits in them is not lost when the program ends by exit(3)
-/// or by returning from main(): the last thing that it does then is to have all of them written.
-/// Static objects are gone by then, and could still log. Each log is written by a thread of its
-/// own, since the pool may be busy and a disk may hang. Any thread.
+/// The open logs, so that their waiting messages are not lost when the program ends by exit(3) or
+/// by returning from main(): the last thing that happens then is writing all of them, after the
+/// destructors of static objects, which may still log. Each log is written by its own thread, since
+/// the pool may be busy and a disk may hang. Any thread.
 class OpenLogs {
   public:
     static OpenLogs& instance();
 
     void add(qnlog_handle* log);
 
-    /// False when the log must stay, since the end of the program is writing it.
+    /// False if the log must stay because the end of the program is writing it.
     [[nodiscard]] bool remove(const qnlog_handle* log);
 
-    /// Whether the calling thread's own objects are gone. exit(3) destroys those of its thread
-    /// before any static object, so whatever calls from there, calls at the end of the program.
-    /// Only the main thread and those that have opened a log notice.
+    /// Whether the calling thread's thread-local objects have been destroyed. exit(3) destroys
+    /// those of its thread before any static object, so this tells a call at the end of the
+    /// program. Works on the main thread and on threads that have opened a log.
     static bool isThreadOver() noexcept;
 
-    /// For the end of the program, which calls it.
+    /// Called at the end of the program.
     void writeAll();
 
     /// How long the end of the program waits for all logs together; 2 s unless a test says

@@ -142,7 +142,7 @@ void qnlog_msg(qnlog_handle* handle, std::uint32_t level, const char* format, ..
 void _qnlogmsg_FREE(qnlog_handle* handle, std::uint32_t level, const char* format,
                     va_list arguments) {
     if (!handle->wants(level))
-        return; // nobody could see that it was formatted
+        return; // formatting it would have no effect
     const WallClock::time_point now = WallClock::now();
     try {
         if (std::strcmp(format, "%s") == 0)

@@ -4,43 +4,42 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The log: files of text that tell what the program does, one line a message, for the person who
-/// runs it and for those who support it.
+/// The log: text files with one line per message, for users and support.
 ///
 ///     qnlog_handle* const log = qnlog_open(path, QNLOG_BANNER | QNLOG_ROTATE | QNLOG_BOM);
 ///     qnlog_msg(log, qnlog_error, "Couldn't read %s: %s", name, reason);
 ///     qnlog_close(log);
 ///
-/// A caller never waits for the disk: it leaves its message, and a thread of the pool writes it
-/// within a few milliseconds (errors at once), in the order in which messages were left. The file
-/// begins with a byte-order mark; then, whenever the hour or the zone has changed, comes a line
-/// with the local date, and each message is a line with minute, second and millisecond of its
-/// call, the tag of its level and its text, in one write(2):
+/// A caller never waits for the disk: it appends its message to a queue, and a thread of the pool
+/// writes it within a few milliseconds (errors at once), in order. The file begins with a
+/// byte-order mark; then, whenever the hour or the zone has changed, comes a line with the local
+/// date, and each message is a line with minute, second and millisecond of its call, the tag of its
+/// level and its text, in one write(2):
 ///
 ///     2014-03-07 09:00:00 +100
 ///     :41:05.318: [E] Couldn't read /etc/motd: Permission denied
 ///
-/// Further lines of a text stand below its first one as they are. Control characters and bytes that
-/// are not UTF-8 become question marks, so that no text can disturb a terminal.
+/// Further lines of a text follow unchanged. Control characters and bytes that are not UTF-8 become
+/// question marks, so that no text can harm a terminal.
 ///
-/// A line that the system refuses to write is lost without a word; none is ever left half written,
-/// and one that a killed program left so is ended before the first message of the next.
+/// A line that the system refuses to write is silently lost; no line is left half written, and one
+/// that a killed program left so is ended before the first message of the next run.
 ///
-/// Messages wait in memory, up to 32 MiB of them, 24 bytes for each included. More are dropped,
-/// whether the disk hangs or they just come faster than it takes them. Where some are missing, a
-/// line of level 2 says how many, whatever the level of the handle:
+/// Messages wait in memory, up to 32 MiB of them, 24 bytes for each included. Further messages are
+/// dropped, whether the disk hangs or is just too slow. In their place a line of level 2 gives
+/// their number, whatever the level of the handle:
 ///
 ///     :41:07.21 : [W] Messages dropped here because too many were waiting: 1234
 ///
-/// The file stays open although somebody renames or deletes it. Each handle writes on at a position
-/// of its own. So open a file only once at a time: two handles write over each other's lines. And
-/// who truncates the file of a running program gets a hole of zero bytes in front of its next line.
+/// The file stays open even if it is renamed or deleted. Each handle has its own write position. So
+/// open a file only once at a time: two handles overwrite each other's lines. Truncating the file
+/// of a running program leaves a hole of zero bytes before its next line.
 ///
-/// When the program ends, by exit(3) or by returning from main(), what waits in all open logs is
-/// written at the very last, behind the destructors of static objects. That takes 2 s at most; what
-/// a hanging disk has not taken by then is lost. (A thread that the kernel holds within a write, as
-/// on a frozen file system, keeps the ended process in the list of processes until the disk moves.)
-/// In a child made by fork(2) nothing is logged.
+/// When the program ends, by exit(3) or by returning from main(), the waiting messages of all open
+/// logs are written last, after the destructors of static objects. That takes at most 2 s; what a
+/// hanging disk has not accepted by then is lost. (A thread that the kernel holds within a write,
+/// as on a frozen file system, keeps the ended process in the list of processes until the disk
+/// moves.) In a child made by fork(2) nothing is logged.
 ///
 /// Nothing here throws. Any thread, unless a function says otherwise.
 class qnlog_handle;
@@ -66,20 +65,21 @@ enum : std::uint32_t {
 };
 
 /// Opens the file, UTF-8 text `path`, creating it with mode 0644, and appends to it. Its folder
-/// must be there. Null when it cannot be opened. A file that could not be rotated is told on
-/// standard error. When root works for somebody else (set-user-ID), the file becomes that user's.
+/// must be there. Null if it cannot be opened. A file that could not be rotated is reported on
+/// standard error. If root acts for another user (set-user-ID), the file is given to that user.
 [[nodiscard]] qnlog_handle* qnlog_open(const char* path, std::uint32_t flags);
 
 /// Returns when everything that was logged has been written, however long that takes, and destroys
-/// the handle, which must not be used any more. Other logs go on meanwhile. From the destructor of
-/// a static object it returns at once, and the end of the program writes what waits. Null is
-/// ignored.
+/// the handle, which must not be used any more. Other logs are not blocked. Called from the
+/// destructor of a static object, it returns at once, and the end of the program writes the waiting
+/// messages. Null is ignored.
 void qnlog_close(qnlog_handle* handle);
 
-/// The level up to which messages are being written now.
+/// The level up to which messages are currently written.
 std::uint32_t qnlog_getlevel(const qnlog_handle* handle);
 
-/// Whether a message of that level, logged now, would be written: for callers whose text is costly.
+/// Whether a message of that level, logged now, would be written: for callers whose text is
+/// expensive to make.
 bool qnlog_wants(const qnlog_handle* handle, std::uint32_t level);
 
 /// Sets the level for the messages after this call and logs "log level changed". One of 17 or more
@@ -92,7 +92,7 @@ void qnlog_setlevel(qnlog_handle* handle, std::uint32_t level);
 [[gnu::format(printf, 3, 0)]] void _qnlogmsg_FREE(qnlog_handle* handle, std::uint32_t level,
                                                   const char* format, va_list arguments);
 
-/// The backups of the log at `path` that there are: an array of `count` entries, which is 5, entry
-/// n being the path of backup n, or null. The caller passes each entry and the array to free(3).
+/// The existing backups of the log at `path`: an array of `count` entries, which is 5, entry n
+/// being the path of backup n, or null. The caller passes each entry and the array to free(3).
 /// Null, and 0 entries, when memory runs out.
 [[nodiscard]] char** qnlog_rotated_files(const char* path, std::size_t* count);

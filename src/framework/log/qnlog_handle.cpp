@@ -47,7 +47,7 @@ void qnlog_handle::setLevel(std::uint32_t level) noexcept {
 void qnlog_handle::append(const LineQueue::Record& record) noexcept {
     if (QN::async::queue::isOrphaned())
         return; // and the mutex of the lines may be locked for ever
-    // What led to an end that comes without notice should be in the file by then.
+    // Messages that precede a sudden end should be in the file by then.
     const bool isUrgent = record.level <= qnlog_error;
     const LineQueue::Demand demand = lines_.append(record, isUrgent);
     if (demand == LineQueue::Demand::start)
@@ -99,13 +99,13 @@ void qnlog_handle::finish() noexcept {
 
 void qnlog_handle::destroyLater(qnlog_handle* log) noexcept {
     try {
-        // A task may destroy its own queue, and waits for nobody then. A writer's task may still
-        // come behind it.
+        // A task may destroy its own queue, and then does not wait. A writer's task may still come
+        // behind it.
         log->queue_.enqueue([log] {
             *log->exists_ = false;
             delete log;
         });
-    } catch (...) { // out of memory; it has let go of everything but that
+    } catch (...) { // out of memory; everything else has been released
     }
 }
 

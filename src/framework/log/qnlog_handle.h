@@ -18,21 +18,21 @@
 #include <string>
 #include <string_view>
 
-/// One open log. Its messages wait in a LineQueue for a writer, mostly a task of the serial queue
-/// "com.quarnel.log" that writes what there is.
+/// One open log. Its messages wait in a LineQueue for a writer, usually a task of the serial queue
+/// "com.quarnel.log".
 ///
-/// Having the pool wake a thread costs a caller more than everything else. So a writer that has
-/// nothing more to do lingers for a moment: as long as messages keep coming, it writes them by and
-/// by, and callers do not touch the pool. Who must not depend on a free thread of the pool, or on
-/// there being one, writes himself: flush(), finish(). The order is that of the LineQueue, since
-/// whoever writes takes `writing_` first; who appends never does.
+/// Waking a thread of the pool costs a caller more than everything else. So a writer that has
+/// nothing more to do lingers for a moment: as long as messages keep coming, it writes them, and
+/// callers do not touch the pool. Callers that must not depend on a free thread of the pool write
+/// themselves: flush(), finish(). The order is that of the LineQueue, since every writer takes
+/// `writing_` first; appending never does.
 class qnlog_handle {
   public:
     struct Settings {
         std::uint32_t flags = 0; ///< the low 24 bits of qnlog_open()'s
         std::string path = {};
         std::string banner = {};
-        std::string_view beginning = {}; ///< stands in the file before all messages; a literal
+        std::string_view beginning = {}; ///< written to the file before all messages; a literal
         std::size_t bound = 32U << 20;   ///< bytes of messages that may wait
         std::chrono::nanoseconds lingering = std::chrono::milliseconds(2);
     };
@@ -48,14 +48,14 @@ class qnlog_handle {
     /// Whether a message of that level would be written.
     bool wants(std::uint32_t level) const noexcept { return lines_.wants(level); }
 
-    /// Has `text` written with the given time, unless it is empty or the log is not usable any more
-    /// (in a child made by fork).
+    /// Queues `text` with the given time, unless it is empty or the log is no longer usable (in a
+    /// child made by fork).
     void append(std::uint32_t level, platform::WallClock::time_point time,
                 std::string_view text) noexcept;
 
     void setLevel(std::uint32_t level) noexcept;
 
-    /// Writes what has been appended on the calling thread, and waits for a writer at work.
+    /// Writes all appended messages on the calling thread, and waits for a running writer.
     void flush() noexcept;
 
     /// flush(), and closes the file. Nothing may be appended any more.

@@ -17,10 +17,10 @@
 ///     ...
 ///     QNItemContentChangeMonitor::removeObserver(observer);
 ///
-/// The observer is the token for its removal. The monitor keeps it too: an observer that nobody
-/// removes watches until the process ends. What is watched is the file that the path stands for at
-/// the time of the call. An editor that saves by renaming a new file into place ends that watch
-/// with QNItemGone; whoever wants the path's next file removes the observer and adds another.
+/// The observer is the token for its removal. The monitor holds it too: an observer that is never
+/// removed watches until the process ends. It watches the file that the path refers to at the time
+/// of the call. An editor that saves by renaming a new file into place ends that watch with
+/// QNItemGone; to watch the new file, remove the observer and add another.
 ///
 /// An item that cannot be watched (no such file, not readable, no watches left in the system) is
 /// reported to its handler once, as QNItemNotMonitored, and not tried again. Any thread.
@@ -32,8 +32,8 @@ class QNItemContentChangeMonitor {
 
     QNItemContentChangeMonitor() = delete;
 
-    /// `url` must be one of the scheme "file". Throws std::invalid_argument, like the two below for
-    /// what they are not made for.
+    /// `url` must have the scheme "file". Throws std::invalid_argument, like the two below, if the
+    /// argument is invalid.
     static Observer addObserverForItem(const std::string& url, Queue queue, Handler handler);
 
     /// `path` must begin with "/".
@@ -43,17 +43,17 @@ class QNItemContentChangeMonitor {
     /// been removed.
     static Observer addObserverForFileDescriptor(int descriptor, Queue queue, Handler handler);
 
-    /// What the three above do in common. No queue: the main queue.
+    /// Common implementation of the three above. No queue: the main queue.
     static Observer addObserverForObject(WatchedItem item, Queue queue, Handler handler);
 
-    /// Ends and forgets an observer, without waiting: a call of its handler that is under way may
-    /// still come. Again does no harm.
+    /// Ends and removes an observer, without waiting: a handler call in flight may still come.
+    /// Repeated calls are harmless.
     static void removeObserver(const Observer& observer);
 
     /// The same for all observers whose queue is this one. Nothing happens without a queue.
     static void removeAllObserversUsingQueue(const Queue& queue);
 
-    /// Tells all observers of an equal item that it has changed, as if it had been written to and
+    /// Notifies all observers of an equal item that it has changed, as if it had been written to,
     /// without coalescing.
     static void triggerChangeForItem(const WatchedItem& item);
 };

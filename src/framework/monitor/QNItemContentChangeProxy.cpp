@@ -43,7 +43,7 @@ void QNItemContentChangeProxy::monitor() {
 }
 
 std::unique_ptr<FileWatch> QNItemContentChangeProxy::makeSource() {
-    // Events do not keep an observer alive that everybody has let go of.
+    // Events do not keep a released observer alive.
     const auto take = [weak = weak_from_this()](std::uint32_t events) {
         if (const auto self = weak.lock())
             self->handleEvents(events);
@@ -132,7 +132,7 @@ void QNItemContentChangeProxy::makeCoalescedCall(std::uint64_t burst) {
         if (burst != burst_)
             return;
         ++burst_;
-        pendingInterval_.reset(); // before the handler reads: what is written from now on is told
+        pendingInterval_.reset(); // before the handler reads, so that later writes are reported
     }
     callHandler(QNItemContentChanged);
 }

@@ -25,11 +25,11 @@ enum QNItemContentChangeKind : unsigned {
 };
 
 /// One observer of one item: the token that QNItemContentChangeMonitor hands out. It watches from
-/// monitor() to stop() or its end, and goes on after QNItemGone, of the same file wherever that
-/// has gone: stopping is the observer's decision.
+/// monitor() to stop() or its destruction. After QNItemGone it keeps watching the same file,
+/// wherever that was moved: stopping is the observer's decision.
 ///
 /// The handler is called on the observer's queue. It may throw, which is reported
-/// (platform::ExceptionReport), and may stop and let go of its own observer. Any thread.
+/// (platform::ExceptionReport), and may stop and release its own observer. Any thread.
 class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemContentChangeProxy> {
   public:
     using Handler = std::function<void(const WatchedItem& item, QNItemContentChangeKind kind)>;
@@ -41,13 +41,12 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     QNItemContentChangeProxy(const QNItemContentChangeProxy&) = delete;
     QNItemContentChangeProxy& operator=(const QNItemContentChangeProxy&) = delete;
 
-    /// Begins to watch. To be called once.
+    /// Starts to watch. Call it once.
     void monitor();
 
-    /// Ends the watch. A handler that waits for its turn may still be called. When none can be any
-    /// more, except by an earlier notify() on a concurrent queue, `completion` is submitted to the
-    /// global queue. False, and no completion, when nothing
-    /// is being watched.
+    /// Ends the watch. A queued handler call may still come. When none can come any more, except by
+    /// an earlier notify() on a concurrent queue, `completion` is submitted to the global queue.
+    /// False, and no completion, if nothing is being watched.
     bool stop(std::function<void()> completion);
 
     /// Calls the handler on the observer's queue, with the item and `kind`.
@@ -57,8 +56,8 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
     const Handler& handler() const noexcept { return handler_; }
 
-    /// Seconds. Above zero, the first write starts that delay, and all writes until its end make
-    /// one call; otherwise, as in the beginning, each write is told at once.
+    /// Seconds. If above zero, the first write starts that delay, and all writes until its end make
+    /// one call; otherwise, which is the default, each write is reported at once.
     double contentChangeCoalesceInterval() const noexcept { return contentChangeCoalesceInterval_; }
     void setContentChangeCoalesceInterval(double seconds) noexcept {
         contentChangeCoalesceInterval_ = seconds;
@@ -92,6 +91,6 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     mutable std::mutex mutex_;
     // Guarded by mutex_.
     std::unique_ptr<platform::FileWatch> source_;
-    std::optional<double> pendingInterval_; // a coalesced call is due within this
-    std::uint64_t burst_ = 0;               // tells a coalesced call that has been dropped
+    std::optional<double> pendingInterval_; // the interval of a pending coalesced call
+    std::uint64_t burst_ = 0; // identifies coalesced calls, to recognise a dropped one
 };

@@ -29,7 +29,7 @@ enum RLBGTimerBehavior : std::uint32_t {
 /// runs in place. So do not hold a lock that the block takes.
 class RLBGTimer {
   public:
-    /// Gets what obj() is when it runs. What it throws is reported (platform::ExceptionReport).
+    /// Gets the value of obj() when it runs. Exceptions are reported (platform::ExceptionReport).
     using Block = std::function<void(void* object)>;
 
     static constexpr const char* defaultLabel = "com.rlwork.RLBGTimer";
@@ -41,17 +41,17 @@ class RLBGTimer {
     RLBGTimer(const RLBGTimer&) = delete;
     RLBGTimer& operator=(const RLBGTimer&) = delete;
 
-    /// Requests one run, `delay` seconds from now; what is not above zero means at once. Throws
+    /// Requests one run, `delay` seconds from now; zero or less means at once. Throws
     /// std::system_error when the process has no thread or descriptor left for its first timer.
-    /// Time spent waiting for the turn counts. A request that sets the deadline brings its block,
-    /// others lose theirs.
+    /// Time spent waiting for the turn counts. The block of the request that sets the deadline is
+    /// run; the others are dropped.
     void afterDelay(double delay, Block block);
 
     /// Drops the pending run, if any.
     void cancel();
 
-    /// Where blocks run from now on: on another serial queue or the main queue, in turn with that
-    /// one's blocks, or on the global queue, as in the beginning.
+    /// Sets where blocks run from now on: on another serial queue or the main queue, interleaved
+    /// with its blocks, or on the global queue, the default.
     void setTargetQueue(std::shared_ptr<platform::DispatchQueue> queue);
 
     /// Runs the block on the timer's queue and waits until it has run; an exception of it goes to

@@ -4,9 +4,9 @@
 #include <string>
 #include <variant>
 
-/// What a monitor watches, as the caller named it: a URL, a path, an open descriptor, or, when made
-/// without anything, something that cannot be watched. Items are equal when they are of the same
-/// kind and say the same; a URL and the path that it stands for are not equal.
+/// What a monitor watches, as the caller named it: a URL, a path, an open descriptor, or, if
+/// default-constructed, something that cannot be watched. Items are equal if kind and value are
+/// equal; a URL and its path are not equal.
 class WatchedItem {
   public:
     WatchedItem() = default;
@@ -24,9 +24,9 @@ class WatchedItem {
 
     std::optional<int> descriptor() const;
 
-    /// What the system's calls take: of a file URL the path, percent-decoded, of a path itself.
-    /// Nothing when it cannot be had: a URL of another scheme or host, one without an absolute
-    /// path, a wrong escape, a NUL inside.
+    /// The path for system calls: of a file URL its path, percent-decoded; of a path the path
+    /// itself. Nothing if there is none: a URL of another scheme or host, one without an absolute
+    /// path, an invalid escape, a NUL inside.
     std::optional<std::string> fileSystemPath() const;
 
     /// For messages.
