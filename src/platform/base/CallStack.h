@@ -8,15 +8,15 @@
 
 namespace platform {
 
-/// The return addresses of the functions that led to a place in the program, for messages about
-/// what went wrong. Taking one is cheap, describing it is not. Any thread.
+/// A call stack as return addresses, for error messages. Capturing one is cheap, describing it is
+/// not. Any thread.
 class CallStack {
   public:
-    /// The caller's, without this function.
+    /// The caller's call stack, without this function.
     static CallStack here() noexcept;
 
     /// One line a function, the innermost first: "0 Tonvale MVComm::shutdown() + 18". A function
-    /// whose name is not known shows its address within its file.
+    /// without a known name is shown with its address within its file.
     std::string description() const;
 
   private:
@@ -24,7 +24,7 @@ class CallStack {
     std::size_t count_ = 0;
 };
 
-/// What an exception is made of besides its type and text if it shall tell where it was made.
+/// Mix-in for exceptions that record the call stack of their creation.
 class Traced {
   public:
     virtual ~Traced() = default;
@@ -37,7 +37,7 @@ class Traced {
     CallStack callStack_;
 };
 
-/// An exception of a standard type that tells where it was made.
+/// An exception of a standard type with the call stack of its creation.
 template <typename Standard>
 class TracedError : public Standard, public Traced {
   public:

@@ -70,7 +70,7 @@ bool makeDirectory(const std::string& path, mode_t mode) {
         return false;
     if (::mkdir(path.c_str(), mode) == 0)
         return giveMode(path, mode);
-    return errno == EEXIST && isDirectory(path); // another made it meanwhile
+    return errno == EEXIST && isDirectory(path); // another process created it meanwhile
 }
 
 } // namespace

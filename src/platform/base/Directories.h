@@ -5,15 +5,15 @@
 
 namespace platform {
 
-/// Where the files of programs lie. A folder that is answered need not exist; a variable of the XDG
-/// base directories that is no absolute path counts as unset. Any thread, as long as none changes
-/// the environment.
+/// The standard directories of programs. A returned folder need not exist; an XDG base directory
+/// variable that is not an absolute path counts as unset. Any thread, as long as none changes the
+/// environment.
 
 enum class Domain { user, local };
 
 /// The folder under which programs keep their data: of this user ($XDG_DATA_HOME, else
-/// ~/.local/share), or for all users ("Application Support" in the local library). Empty when the
-/// system names none.
+/// ~/.local/share), or for all users ("Application Support" in the local library). Empty if the
+/// system has none.
 std::string applicationSupportDirectory(Domain domain);
 
 /// $XDG_STATE_HOME, else ~/.local/state. Empty for a user without a home.
@@ -25,20 +25,19 @@ std::string preferencesDirectory();
 /// ~/Library, which holds the containers of this user's programs. Empty for a user without a home.
 std::string userLibraryDirectory();
 
-/// The folder for what all users share: $TONVALE_LOCAL_LIBRARY, else what the build has set,
-/// /Library if nothing else.
+/// The folder shared by all users: $TONVALE_LOCAL_LIBRARY, else what the build has set, /Library if
+/// nothing else.
 std::string localLibraryDirectory();
 
-/// $XDG_RUNTIME_DIR, the folder of this login session for sockets, which only its user can enter;
-/// empty when there is none.
+/// $XDG_RUNTIME_DIR, this login session's private folder for sockets; empty if there is none.
 std::string runtimeDirectory();
 
 /// The folder for temporary files that survives a restart and that all users share.
 std::string sharedTemporaryDirectory();
 
-/// Makes the folder and those above it that are missing. New ones get `mode` whatever the umask
-/// (it should let their owner write and enter, or nothing can be made inside), existing ones are
-/// left as they are. False with errno set when it cannot be; what has been made stays.
+/// Creates the folder and its missing parents. New folders get `mode` whatever the umask (it should
+/// allow their owner to write and enter, or nothing can be created inside); existing ones are not
+/// changed. False with errno set on failure; folders created so far stay.
 [[nodiscard]] bool makeDirectories(const std::string& path, mode_t mode);
 
 } // namespace platform

@@ -5,11 +5,11 @@
 
 namespace platform {
 
-/// How the lower floors report an exception that they caught at the edge of a callback. They know
-/// no application object, so whoever does installs a hook; until then a report is a line
-/// "Exception @ PLACE: TEXT" in the system log. After the report, work goes on.
+/// How lower layers report an exception that they caught at the edge of a callback. They do not
+/// know the application object, so that installs a hook; until then a report is a line "Exception @
+/// PLACE: TEXT" in the system log. After the report, work goes on.
 ///
-/// `place` is a number that tells the catching places apart, see ExceptionPlace.
+/// `place` is a number that identifies the catching place, see ExceptionPlace.
 using ExceptionHook = void (*)(unsigned place, const std::exception_ptr& exception) noexcept;
 
 enum ExceptionPlace : unsigned {
@@ -23,13 +23,13 @@ enum ExceptionPlace : unsigned {
     kExceptionInDataCallback = 8,
 };
 
-/// Installs `hook` (null: the system log again) and answers the previous one. Any thread.
+/// Installs `hook` (null: the system log again) and returns the previous one. Any thread.
 ExceptionHook replaceExceptionHook(ExceptionHook hook) noexcept;
 
 /// Reports the exception being handled; call it inside a catch block only. Any thread.
 void reportCurrentException(unsigned place) noexcept;
 
-/// The text of an exception: what() of a standard exception, else that it has none.
+/// The text of an exception: what() of a standard exception, else a note that it has none.
 std::string describeException(const std::exception_ptr& exception);
 
 /// Runs `work` and reports whatever it throws.

@@ -5,8 +5,8 @@
 namespace platform {
 
 /// The one clock that every delay, timer and rate limit of the program reads. It never goes
-/// backwards and stands still while the machine is suspended (CLOCK_MONOTONIC). Tests put a source
-/// of their own in its place, so that no test has to wait for real time to pass.
+/// backwards and stops while the machine is suspended (CLOCK_MONOTONIC). Tests replace its source,
+/// so that no test has to wait for real time.
 ///
 /// Satisfies the standard's TrivialClock requirements. All operations may be called on any thread.
 class MonotonicClock {
@@ -19,15 +19,15 @@ class MonotonicClock {
 
     static time_point now() noexcept;
 
-    /// Where the time comes from. Must be callable on any thread.
+    /// The source of the time. Must be callable on any thread.
     class Source {
       public:
         virtual ~Source() = default;
         virtual time_point now() const noexcept = 0;
     };
 
-    /// Puts `source` in the place of the kernel's clock, or the kernel's clock back when it is
-    /// null, and answers what stood there before. The source must outlive its use.
+    /// Replaces the kernel's clock with `source` (null: the kernel's clock again) and returns the
+    /// previous source. The source must outlive its use.
     static const Source* replaceSource(const Source* source) noexcept;
 };
 

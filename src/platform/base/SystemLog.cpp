@@ -23,7 +23,7 @@ namespace platform {
 
 namespace {
 
-std::shared_mutex sinkMutex;          // shared while a sink is told a line, which may take a while
+std::shared_mutex sinkMutex;          // shared while a sink receives a line, which may take a while
 SystemLogSink* currentSink = nullptr; // guarded by sinkMutex
 
 int syslogPriority(LogPriority priority) noexcept {
@@ -89,7 +89,7 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
     if (length < 0)
         return;
     const auto size = std::min(static_cast<std::size_t>(length), line.size() - 1);
-    // Names that strangers chose stand in the lines: none may begin a line of its own.
+    // The lines contain names from other programs: they must not begin new lines.
     makeHarmless(std::span(line).first(size), ControlsKept::none);
     writeLine(priority, {line.data(), size});
 }

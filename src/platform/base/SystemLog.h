@@ -6,16 +6,16 @@ namespace platform {
 
 enum class LogPriority { error, warning, info };
 
-/// Writes one line to the system log (syslog) and to standard error when there is one that doesn't
-/// lead to the same place. For the layers below the application log, and for programs that have
-/// none. Control characters become question marks. Never throws; a line that cannot be written is
-/// lost. Any thread.
+/// Writes one line to the system log (syslog), and to standard error if that does not lead to the
+/// same log. For the layers below the application log, and for programs without one. Control
+/// characters become question marks. Never throws; a line that cannot be written is lost. Any
+/// thread.
 [[gnu::format(printf, 2, 3)]] void systemLog(LogPriority priority, const char* format,
                                              ...) noexcept;
 
-/// Takes the lines of all threads in place of the system log while it lives: for tests, and for
-/// whoever shows them to a person. Lines come on the thread that wrote them; line() must not write
-/// any. Sinks end in the reverse order of their making.
+/// While it lives, receives the lines of all threads instead of the system log: for tests, and to
+/// show lines to the user. line() is called on the thread that wrote the line and must not write to
+/// the log. Sinks must be destroyed in reverse order of creation.
 class SystemLogSink {
   public:
     SystemLogSink();
@@ -26,8 +26,8 @@ class SystemLogSink {
     virtual void line(LogPriority priority, std::string_view text) noexcept = 0;
 
   protected:
-    /// Takes no more lines, and waits for those that are being taken. A derived class calls it
-    /// first in its destructor, since line() uses its members.
+    /// Stops receiving lines, and waits for calls in progress. A derived class calls it first in
+    /// its destructor, since line() uses its members.
     void end() noexcept;
 
   private:

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The calls to the system by which the engines start threads and have them pause. Tests put calls
-/// that fail, or that do not take their time, in their place.
+/// The system calls with which the engines start threads and let them sleep. Tests replace them
+/// with calls that fail or return at once.
 class ThreadCalls {
   public:
     virtual ~ThreadCalls() = default;
@@ -19,17 +19,17 @@ class ThreadCalls {
     virtual void pause(std::chrono::nanoseconds time) noexcept;
 };
 
-/// Those in use. Any thread.
+/// The calls in use. Any thread.
 ThreadCalls& threadCalls() noexcept;
 
-/// Has `calls` be used, which are not owned and must stay; null: the system's again. Any thread.
+/// Installs `calls`, which are not owned and must outlive their use; null: the system's again. Any
+/// thread.
 void replaceThreadCalls(ThreadCalls* calls) noexcept;
 
 /// Names the calling thread for debuggers, `ps` and `top`. The kernel keeps 15 bytes.
 void nameThisThread(const std::string& name) noexcept;
 
-/// Starts a thread that nobody waits for, named as above. Throws std::system_error when the system
-/// gives none.
+/// Starts a detached thread, named as above. Throws std::system_error if the system has none left.
 void startDetachedThread(std::string name, std::function<void()> body);
 
 } // namespace platform

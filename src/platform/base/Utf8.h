@@ -17,8 +17,8 @@ struct Utf8Character {
 /// Takes the first character off `text`, which is not empty. Any thread.
 Utf8Character takeUtf8(std::string_view& text) noexcept;
 
-/// The beginning of a text that has at most so many bytes, cut between two characters and before
-/// any NUL. Bytes that are no UTF-8 become question marks. Any thread.
+/// The text cut to at most `longest` bytes, between two characters and before any NUL. Bytes that
+/// are not UTF-8 become question marks. Any thread.
 std::string truncatedUtf8(std::string_view text, std::size_t longest);
 
 } // namespace platform

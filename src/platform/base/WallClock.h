@@ -4,19 +4,19 @@
 
 namespace platform {
 
-/// The time of day in UTC, as people and log lines tell it; it jumps when somebody sets it. For
-/// delays and deadlines use MonotonicClock. Any thread.
+/// The time of day in UTC, for display and log lines; it jumps when the clock is set. For delays
+/// and deadlines use MonotonicClock. Any thread.
 class WallClock {
   public:
     using time_point = std::chrono::sys_time<std::chrono::microseconds>;
 
     static time_point now() noexcept;
 
-    /// Where the time comes from. Must be callable on any thread.
+    /// The source of the time. Must be callable on any thread.
     using Source = time_point (*)() noexcept;
 
-    /// Puts `source` in the place of the kernel's clock (null: the kernel's again) and answers what
-    /// stood there before, null for the kernel's.
+    /// Replaces the kernel's clock with `source` (null: the kernel's again) and returns the
+    /// previous source, null for the kernel's.
     static Source replaceSource(Source source) noexcept;
 };
 

@@ -14,26 +14,25 @@ namespace platform {
 /// programs, Resources/, Helpers/ and PlugIns/. Immutable; any thread.
 class Bundle {
   public:
-    /// The bundle that the running executable lies in, found once. When the executable lies in
-    /// none (a test, say), its folder stands in for Contents and every information is missing.
+    /// The bundle of the running executable, determined once. If the executable is in no bundle
+    /// (for example a test), its folder is used as Contents and Info.plist counts as missing.
     static const Bundle& main();
 
-    /// The bundle whose Contents folder is `contents`. A missing or damaged Info.plist is a line
-    /// in the system log, and every information of it is missing.
+    /// The bundle whose Contents folder is `contents`. A missing or damaged Info.plist is a line in
+    /// the system log, and all its values are empty.
     explicit Bundle(std::filesystem::path contents);
 
     const std::filesystem::path& contents() const noexcept { return contents_; }
     std::filesystem::path resources() const { return contents_ / "Resources"; }
 
-    /// The best form of the resource called `name` that the bundle holds: the ending of a name is
-    /// only part of it. `endings` are the possible ones, the best first: ".svg". Empty when there
-    /// is none.
+    /// The path of the resource called `name`, with the best available ending. `endings` are the
+    /// possible ones, the best first, such as ".svg". Empty if there is none.
     std::filesystem::path resource(std::string_view name,
                                    std::initializer_list<std::string_view> endings) const;
 
     std::filesystem::path plugIns() const { return contents_ / "PlugIns"; }
 
-    /// The value of a key of Info.plist; empty when it is missing or no text.
+    /// The value of a key of Info.plist; empty if it is missing or not a text.
     const std::string& text(std::string_view key) const noexcept;
 
     const std::string& identifier() const noexcept { return text("CFBundleIdentifier"); }

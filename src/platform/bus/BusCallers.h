@@ -11,17 +11,18 @@
 
 namespace platform {
 
-/// Tells callers on a bus that belong to this user from all others. A session bus lets nobody else
-/// in unless it is configured to. Main thread only.
+/// Checks whether callers on a bus belong to this user. By default a session bus admits no other
+/// users. Main thread only.
 class BusCallers {
   public:
     using Answer = std::function<void(bool isOurs)>;
 
     explicit BusCallers(const QDBusConnection& bus) : bus_(bus) {}
 
-    /// Calls `answer` as soon as the bus has told whose process `sender`, a unique name, is: at
-    /// once when that is known, else from the event loop. Answers for one sender come in the order
-    /// of the questions, none after the object has gone. Of whom the bus does not tell is not ours.
+    /// Calls `answer` with whether the process of `sender`, a unique name, belongs to this user: at
+    /// once if that is known, else from the event loop when the bus has replied. Answers for one
+    /// sender come in the order of the calls, none after the object is destroyed. If the bus does
+    /// not know, the caller is not ours.
     void ask(const QString& sender, Answer answer);
 
   private:

@@ -9,18 +9,18 @@
 
 namespace platform {
 
-/// Knows who owns a name on a bus, without ever waiting for the bus: what is known is up to date
-/// but for the way of a message. Main thread only.
+/// Tracks the owner of a name on a bus, without ever waiting for the bus; it lags behind by one
+/// message at most. Main thread only.
 class BusNameOwner {
   public:
-    /// `changed` is called from the event loop with the unique name of the owner, empty for nobody:
-    /// when it becomes known, and then at each change.
+    /// `changed` is called from the event loop with the unique name of the owner, empty for none,
+    /// when it becomes known and after each change.
     BusNameOwner(const QDBusConnection& bus, const QString& name,
                  std::function<void(const QString& owner)> changed);
     BusNameOwner(const BusNameOwner&) = delete;
     BusNameOwner& operator=(const BusNameOwner&) = delete;
 
-    /// Empty: nobody; nothing: not known yet.
+    /// Empty: no owner; nothing: not known yet.
     const std::optional<QString>& owner() const noexcept { return owner_; }
 
   private:

@@ -5,9 +5,9 @@
 
 namespace platform {
 
-/// The objects that a program shows on the session bus at and below its own path, beside what
-/// SingleInstance has there. Called on the main thread from the event loop, for callers of our own
-/// user only.
+/// The objects that a program exports on the session bus at and below its own path, besides those
+/// of SingleInstance. Called on the main thread from the event loop, for callers of our own user
+/// only.
 class BusObjects {
   public:
     BusObjects() = default;
@@ -15,11 +15,11 @@ class BusObjects {
     BusObjects(const BusObjects&) = delete;
     BusObjects& operator=(const BusObjects&) = delete;
 
-    /// The interfaces and child nodes of the object at `path` as they stand inside its <node>;
-    /// empty when there is none.
+    /// The interfaces and child nodes of the object at `path`, as XML inside its <node>; empty if
+    /// there is none.
     virtual QString introspect(const QString& path) const = 0;
 
-    /// What is to be sent for a call: a reply or an error.
+    /// Handles a call and returns the reply or error to send.
     virtual QDBusMessage answer(const QDBusMessage& call) = 0;
 };
 

@@ -12,10 +12,10 @@ namespace platform {
 /// interface with slashes: "com.quarnel.mivo.guiDidLaunch" is the signal guiDidLaunch of the
 /// interface com.quarnel.mivo at /com/quarnel/mivo, which any program can watch or send.
 ///
-/// The main thread only. Without a session bus nothing is sent or received.
+/// Main thread only. Without a session bus nothing is sent or received.
 
-/// Sends the notification, without arguments. False, with one line in the system log, when there
-/// is no bus to send it on or the name is no valid one.
+/// Sends the notification, without arguments. False, with one line in the system log, if there is
+/// no bus or the name is invalid.
 bool postDistributedNotification(const QString& name);
 
 /// Calls a handler on the main thread whenever the notification arrives, from this process too,
@@ -27,7 +27,7 @@ class DistributedNotificationObserver {
     DistributedNotificationObserver(const DistributedNotificationObserver&) = delete;
     DistributedNotificationObserver& operator=(const DistributedNotificationObserver&) = delete;
 
-    /// False when there is no session bus, so that nothing will ever arrive.
+    /// False if there is no session bus, so that nothing will ever arrive.
     bool isActive() const noexcept;
 
   private:

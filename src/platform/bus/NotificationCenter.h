@@ -11,8 +11,8 @@
 
 namespace platform {
 
-/// Named notifications within this process, for those whose name is part of the product; where
-/// there is one known sender, a Qt signal does. The main thread only.
+/// Named notifications within this process, for prescribed notification names; for one known sender
+/// use a Qt signal instead. Main thread only.
 class NotificationCenter {
   public:
     static NotificationCenter& standard();
@@ -21,8 +21,9 @@ class NotificationCenter {
     NotificationCenter& operator=(const NotificationCenter&) = delete;
 
     /// Calls the observers of `name` before it returns, in the order in which they were made. An
-    /// exception of one is reported (ExceptionReport) and the next is called. Observers may come
-    /// and go meanwhile: a new one is not called yet, one that has gone is not called any more.
+    /// exception of one is reported (ExceptionReport) and the next is called. Observers may be
+    /// added and removed meanwhile: a new one is not called yet, a removed one is not called any
+    /// more.
     void post(const QString& name, const QVariant& object = {});
 
   private:

@@ -82,7 +82,7 @@ bool answers(const char* bus, const QByteArray& address) {
     return false;
 }
 
-/// Whether somebody may be there: a socket that is missing is nothing to complain of.
+/// Whether a bus may be there: a missing socket is not an error.
 bool hasSystemBus() {
     QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
     if (address.isEmpty())

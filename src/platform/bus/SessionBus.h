@@ -11,19 +11,19 @@ class QDBusServiceWatcher;
 
 namespace platform {
 
-/// The session bus. Not connected when there is none, or when it has not answered within 2 s: Qt
-/// would wait for such a bus without end. Asked anew when its address changes. Main thread only.
+/// The session bus. Not connected if there is none, or if it has not answered within 2 s: Qt would
+/// wait for such a bus without limit. Tried again when its address changes. Main thread only.
 QDBusConnection sessionBus();
 
-/// Likewise the system bus, which is asked once.
+/// The system bus, likewise; tried once.
 QDBusConnection systemBus();
 
-/// Knows whether a program owns a name on the session bus, without ever waiting for the bus: what
-/// has become known is up to date but for the way of a message. Main thread only.
+/// Tracks whether a name on the session bus is owned, without ever waiting for the bus; it lags
+/// behind by one message at most. Main thread only.
 class BusNameWatch {
   public:
-    /// `changed`, which may be null, is called from the event loop when the answer may have
-    /// changed. Exceptions are reported (ExceptionReport).
+    /// `changed`, which may be null, is called from the event loop when isOwned() may have changed.
+    /// Exceptions are reported (ExceptionReport).
     explicit BusNameWatch(const QString& name, std::function<void()> changed = nullptr);
     ~BusNameWatch();
     BusNameWatch(const BusNameWatch&) = delete;

@@ -61,7 +61,7 @@ bool activateOther(const QDBusConnection& bus, const QString& name) {
 
 } // namespace
 
-/// The object that other starts, and the desktop, call, and the way to all others.
+/// The object that further starts and the desktop call, and the parent of all others.
 class SingleInstance::Service : public QDBusVirtualObject {
   public:
     Service(const QDBusConnection& bus, QString name) : name_(std::move(name)), callers_(bus) {}
@@ -79,7 +79,7 @@ class SingleInstance::Service : public QDBusVirtualObject {
     enum class Start { first, second, refused };
 
     Start start(QDBusConnection& bus) {
-        // The object comes first: whoever sees the name may call at once.
+        // The object comes first: callers may call as soon as they see the name.
         bus.registerVirtualObject(objectPath(name_), this, QDBusConnection::SubPath);
         const auto answer =
             bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
@@ -207,7 +207,7 @@ std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
     return nullptr;
 }
 
-/// The name says who is told of further starts, the lock also holds when the bus has been lost.
+/// The name receives further starts; the lock also works if the bus was lost.
 SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
     auto bus = sessionBus();
     if (bus.isConnected()) {

@@ -11,19 +11,19 @@ namespace platform {
 
 class BusObjects;
 
-/// Sees to it that a program runs once in a login session. The first one holds a lock file in the
-/// runtime directory, and a name on the session bus, by which it is told when another is started
-/// (the desktop's own interface for that, org.freedesktop.Application). Without a session bus the
-/// other start is not told to anybody; without bus and runtime directory every start is the first.
-/// Whoever calls there must be of this user. Main thread only.
+/// Ensures that a program runs once in a login session. The first instance holds a lock file in the
+/// runtime directory, and a name on the session bus, through which it is notified of further starts
+/// (with the desktop's interface for that, org.freedesktop.Application). Without a session bus it
+/// is not notified; without bus and runtime directory every start counts as the first. Only callers
+/// of this user are accepted. Main thread only.
 class SingleInstance {
   public:
-    /// Called with the activation token of the second start, which lets a window come to the front;
-    /// empty when the desktop gave none.
+    /// Called with the activation token of the second start, which permits a window to come to the
+    /// front; empty if the desktop gave none.
     using Activated = std::function<void(const QString& token)>;
 
-    /// `name` is the program's bus name, "com.quarnel.Tonvale". Null when another one runs; that
-    /// has been asked to show itself. One that is ending is waited for, 3 s at most.
+    /// `name` is the program's bus name, "com.quarnel.Tonvale". Null if another instance runs,
+    /// which has been asked to show itself. Waits for an instance that is ending, 3 s at most.
     static std::unique_ptr<SingleInstance> acquire(const QString& name);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
@@ -31,9 +31,9 @@ class SingleInstance {
 
     void onActivation(Activated activated);
 
-    /// Has calls at and below the program's object path, the bus name with slashes, answered by
-    /// `objects`, which must outlive this or be taken away with null; so are those that came before
-    /// the first. Does nothing without a session bus.
+    /// Lets `objects` handle calls at and below the program's object path, the bus name with
+    /// slashes, including calls that arrived before. `objects` must outlive this or be removed with
+    /// null. Does nothing without a session bus.
     void serve(BusObjects* objects);
 
   private:

@@ -9,9 +9,9 @@
 
 namespace platform {
 
-/// A service of this user's systemd manager, by way of the session bus. Every question is answered
-/// later, from the event loop, and the bus is never waited for; without a bus or a manager there is
-/// no such service. No answer comes after the object has gone. Main thread only.
+/// A service of this user's systemd manager, through the session bus. Answers come later, from the
+/// event loop, without waiting for the bus; without a bus or a manager there is no such service. No
+/// answer comes after the object is destroyed. Main thread only.
 class UserService {
   public:
     struct State {
@@ -19,7 +19,7 @@ class UserService {
         QString load;             ///< as systemd calls it: "loaded", "masked", "not-found"…
         QString activity;         ///< "active", "activating", "failed"…
 
-        /// Whether systemd starts it at the moment, or has it wait for its next start.
+        /// Whether systemd is starting it, or has scheduled its next start.
         bool isStarting() const { return activity == QLatin1String("activating"); }
     };
 
@@ -30,8 +30,8 @@ class UserService {
 
     void ask(std::function<void(const State&)> answer);
 
-    /// Starts it, also after as many failures as systemd allows. The answer is empty when systemd
-    /// has agreed to try, else its reason for not doing so.
+    /// Starts it, even after systemd's start limit was reached. The answer is empty if systemd has
+    /// accepted, else its reason for refusing.
     void start(std::function<void(const QString& error)> answer);
 
   private:

@@ -29,7 +29,7 @@ bool isBusy(int result) {
     return result != 0 && (errno == EWOULDBLOCK || errno == EINTR);
 }
 
-/// Seconds and nanoseconds; each replacement of a file has one of its own.
+/// Seconds and nanoseconds; unique for each replacement of a file.
 std::pair<std::time_t, long> lastChangeOf(const fs::path& file) {
     struct stat facts {};
     ::stat(file.c_str(), &facts);
@@ -177,10 +177,9 @@ std::optional<QByteArray> DefaultsFile::readAll(int file, const struct stat& sta
     }
 }
 
-/// Empty when there is no lock to be had: a program that stands still with it, or a file system
-/// that knows none, must not cost our values. Nobody stands still while the file is being replaced:
-/// then another program is only busier than we are, and going on without the lock would lose what
-/// it saves.
+/// Empty when there is no lock to be had: a program that stops with it, or a file system that knows
+/// none, must not cost our values. Nobody stops while the file is being replaced: then another
+/// program is only busier than we are, and going on without the lock would lose what it saves.
 FileDescriptor DefaultsFile::lock() const {
     constexpr int attempts = 200;
     constexpr int busyAttempts = 10 * attempts;
@@ -274,7 +273,7 @@ bool DefaultsFile::syncFolder() const {
     return folder && (calls_.sync(folder.get()) == 0 || errno == EINVAL);
 }
 
-/// The last link may lead to where there is no file yet. False, with errno set, for a circle.
+/// The last link may lead to a missing file. False, with errno set, for a cycle.
 bool DefaultsFile::followLinks() {
     constexpr int bound = 40; // the kernel's
     target_ = path_;

@@ -16,10 +16,10 @@
 namespace platform {
 
 /// The file of user defaults: a property list with one dictionary, which several programs may
-/// change. It is replaced as a whole, so that whoever reads it, also after a crash, finds one of
-/// the states that were written. A link to it is followed. New values go over what the file holds
-/// by then, under a lock that the other writers of this class respect. What cannot be read is never
-/// written over; what is damaged is moved aside first.
+/// change. It is replaced atomically, so that readers find a complete state, even after a crash.
+/// Links to it are followed. New values are merged into the file's current content, under a lock
+/// that all writers of this class use. An unreadable file is never overwritten; a damaged one is
+/// moved aside first.
 ///
 /// One thread at a time.
 class DefaultsFile {
@@ -28,27 +28,26 @@ class DefaultsFile {
     using Changes = QMap<QString, QVariant>;
 
     struct Outcome {
-        /// What the file holds now, or should hold when it could not be written after it had been
-        /// moved aside. Nothing when it cannot be read.
+        /// The file's content now, or what it should be if it could not be written after it had
+        /// been moved aside. Nothing if it cannot be read.
         std::optional<QVariantMap> values = {};
-        /// For people, why the changes are not in the file, or why it cannot be read.
+        /// Text for the user: why the changes are not in the file, or why it cannot be read.
         std::string failure = {};
         /// The file that `failure` names.
         std::string file = {};
-        /// Whether the disk is full, or the person's share of it. That may end at any time.
+        /// Whether the disk or the user's quota is full. That may end at any time.
         bool lacksRoom = false;
-        /// The new path of what was damaged and has been moved aside.
+        /// The new path of a damaged file that has been moved aside.
         std::string setAside = {};
     };
 
-    /// Touches nothing yet. `path` is absolute; `calls` must outlive the object.
+    /// Does not touch the file yet. `path` is absolute; `calls` must outlive the object.
     DefaultsFile(std::filesystem::path path, DefaultsFileCalls& calls);
 
-    /// Reads the file and writes it back with the changes, when they make a difference. Makes the
-    /// folder (mode 0700) and the file (0600) that are missing; without changes it makes nothing.
-    /// `known`, what it held last time, takes the place of what turns out to be damaged. When
-    /// `isDurable`, the file outlives a crash of the machine once this returns; otherwise, after
-    /// such a crash, it may still be in its former state.
+    /// Reads the file and writes it back if the changes make a difference. Creates a missing folder
+    /// (mode 0700) and file (0600), but not without changes. `known`, the last known content,
+    /// replaces that of a damaged file. If `isDurable`, the new content survives a crash of the
+    /// machine once this returns; otherwise the file may be in its former state after such a crash.
     Outcome update(const QVariantMap& known, const Changes& changes, bool isDurable);
 
   private:
@@ -77,7 +76,7 @@ class DefaultsFile {
     const std::filesystem::path path_;
     DefaultsFileCalls& calls_;
     std::filesystem::path target_; // path_ with links followed
-    bool isRestoring_ = false;     // moved aside and not written again yet
+    bool isRestoring_ = false;     // moved aside and not rewritten yet
     bool isVolatile_ = false;      // the last replacement may not outlive a crash of the machine
 };
 

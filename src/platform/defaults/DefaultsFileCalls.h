@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// The calls to the system by which the defaults' file is read and written. Tests put calls that
-/// fail in their place. Each is as in section 2 of the manual.
+/// The system calls that read and write the defaults' file. Tests replace them with calls that
+/// fail. Each is as in section 2 of the manual.
 class DefaultsFileCalls {
   public:
     virtual ~DefaultsFileCalls() = default;

@@ -13,7 +13,7 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::milliseconds saveDelay{500};
-constexpr std::chrono::seconds firstRetry{1}; // and each one for want of room
+constexpr std::chrono::seconds firstRetry{1}; // also each retry if the disk is full
 constexpr std::chrono::seconds slowestRetry{60};
 
 struct SharedReporter {
@@ -225,7 +225,7 @@ void DefaultsStore::tellAllLocked() {
         tellLocked(observer);
 }
 
-/// One block at most is under way for an observer, however often the value changes meanwhile.
+/// At most one block per observer is queued, however often the value changes meanwhile.
 void DefaultsStore::tellLocked(const std::shared_ptr<Observer>& observer) {
     if (observer->isPosted || isSameValue(observer->told, effectiveLocked(observer->key)))
         return;

@@ -22,10 +22,10 @@
 
 namespace platform {
 
-/// The values behind UserDefaults: what is set and not saved yet, over what the file holds, over
-/// what is registered. Saves on a queue of its own, soon after the first unsaved change, and again
-/// while that fails: every second for want of room, else less and less often. Any thread; make it
-/// with std::make_shared.
+/// The values behind UserDefaults: unsaved changes, then the file's content, then registered
+/// defaults. Saves on its own queue, soon after the first unsaved change, and retries while that
+/// fails: every second if the disk is full, else less and less often. Any thread; create it with
+/// std::make_shared.
 class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
   public:
     using Reporter = std::function<void(const DefaultsError& trouble)>;
@@ -39,7 +39,7 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
         bool isCancelled = false;
     };
 
-    /// For all stores; null: the system log.
+    /// Sets the reporter of all stores; null: the system log.
     static void setReporter(Reporter reporter);
 
     /// Without a path nothing is saved.
@@ -47,7 +47,7 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     DefaultsStore(const DefaultsStore&) = delete;
     DefaultsStore& operator=(const DefaultsStore&) = delete;
 
-    /// Reads the file for the first time. To be called once, before everything else.
+    /// Reads the file for the first time. Call it once, before everything else.
     void load();
 
     void registerDefaults(const QVariantMap& values);
@@ -59,16 +59,16 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     /// `value` is storable, or invalid to remove the key.
     void change(const QString& key, const QVariant& value);
 
-    /// False when something that is set is not in the file.
+    /// False if some change is not in the file.
     bool synchronize();
 
-    /// False, after a line for the log, also when that has not ended by then.
+    /// Also false, after a line in the log, if saving has not ended within `bound`.
     bool synchronize(std::chrono::milliseconds bound);
 
     /// Whether the last save failed because the disk is full.
     bool lacksRoom() const;
 
-    /// Saves what is not saved and waits for what is under way. The last call.
+    /// Saves unsaved changes and waits for saves in progress. The last call.
     void finish();
 
     std::shared_ptr<Observer> addObserver(const QString& key, std::function<void()> handler);

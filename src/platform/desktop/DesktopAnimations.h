@@ -4,11 +4,11 @@ namespace platform {
 
 class DesktopSettings;
 
-/// Whether a person wants things to move on the screen, by the desktop's settings as they are now;
-/// true where nobody knows. The main thread only.
+/// Whether animations are enabled in the desktop's current settings; true if unknown. Main thread
+/// only.
 class DesktopAnimations {
   public:
-    /// By the settings of the session; the first call makes them be asked for.
+    /// Uses the settings of the session, which the first call requests.
     static const DesktopAnimations& shared();
 
     /// `settings` must outlive it.
@@ -20,7 +20,7 @@ class DesktopAnimations {
     const DesktopSettings& settings_;
 };
 
-/// Whether a person wants strong contrast; false where nobody knows.
+/// Whether high contrast is enabled; false if unknown.
 bool isHighContrastWanted(const DesktopSettings& settings);
 
 } // namespace platform

@@ -73,7 +73,7 @@ void DesktopSettings::settingChanged(const QDBusMessage& signal) {
         Q_EMIT changed();
 }
 
-/// Portals wrap values in one variant or more. Answers whether it is another one than before.
+/// Portals wrap values in one or more variants. Returns whether the value has changed.
 bool DesktopSettings::take(const QString& group, const QString& key, QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();

@@ -10,24 +10,23 @@ class QDBusServiceWatcher;
 
 namespace platform {
 
-/// What a person has set for the whole desktop, as far as the desktop portal tells of it. Asked
-/// without waiting, and followed. Knows nothing until the desktop has answered, and where there is
-/// no portal. The main thread only.
+/// The desktop-wide settings from the desktop portal, requested without waiting and kept up to
+/// date. Empty until the desktop has replied, and without a portal. Main thread only.
 class DesktopSettings final : public QObject {
     Q_OBJECT
 
   public:
-    /// On the session bus; made on first use, never destroyed.
+    /// On the session bus; created on first use, never destroyed.
     static DesktopSettings& shared();
 
     explicit DesktopSettings(QDBusConnection bus);
     ~DesktopSettings() override;
 
-    /// Of a group such as "org.gnome.desktop.interface"; not valid when it is not known.
+    /// A value of a group such as "org.gnome.desktop.interface"; invalid if unknown.
     QVariant value(const QString& group, const QString& key) const;
 
   Q_SIGNALS:
-    /// After one or several values have become known or others.
+    /// Emitted after one or several values have become known or changed.
     void changed();
 
   private Q_SLOTS:

@@ -8,7 +8,7 @@ namespace platform {
 
 namespace {
 
-/// The menu is not among them: desktops mean another one.
+/// The menu is not among them: desktops mean a different menu.
 TitleBarSettings::Buttons buttonsFromText(const QString& text) {
     TitleBarSettings::Buttons buttons;
     for (const QString& name : text.split(QLatin1Char(','))) {

@@ -9,8 +9,8 @@ namespace platform {
 
 class DesktopSettings;
 
-/// What a desktop's title bars do and where they have their buttons, so that ours do likewise. A
-/// plain value; what a desktop does not say is as most have it.
+/// The actions and button positions of the desktop's title bars, for our own title bar. A plain
+/// value; missing settings have the most common value.
 struct TitleBarSettings {
     enum class Action { none, maximize, minimize, lower, menu };
     enum class Button { close, minimize, menu };
@@ -24,14 +24,14 @@ struct TitleBarSettings {
     Buttons left = {Button::menu};
     Buttons right = {Button::minimize, Button::close};
 
-    /// As the desktop's settings are now. What an X11 desktop tells its programs (`x11`, by the
-    /// names of XSETTINGS) goes first: the portal may tell of another desktop's settings there.
+    /// From the desktop's current settings. Those of an X11 desktop (`x11`, by XSETTINGS name) come
+    /// first: the portal may report another desktop's settings there.
     static TitleBarSettings of(const DesktopSettings& settings,
                                const QMap<QString, QString>& x11 = {});
 
-    /// From the desktops' texts: "toggle-maximize"; of "menu:minimize,maximize,close" all buttons
-    /// that we have. There is a menu always, at the end that has no buttons of its own; a text
-    /// without a colon says nothing.
+    /// Parse the desktops' texts: "toggle-maximize"; "menu:minimize,maximize,close", of which only
+    /// the buttons that we have are used. There is always a menu button, if missing at the end
+    /// without buttons; a text without a colon is ignored.
     static Action actionFromText(const QString& text, Action otherwise);
     void placeButtons(const QString& layout);
 

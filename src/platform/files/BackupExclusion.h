@@ -4,14 +4,14 @@
 
 namespace platform {
 
-/// Folders that backups pass over. The mark is the file CACHEDIR.TAG in the folder, which the usual
-/// backup tools know. Any thread.
+/// Folders excluded from backups. The mark is the file CACHEDIR.TAG in the folder, which common
+/// backup tools recognise. Any thread.
 
-/// Whether the folder itself holds a valid mark; those above it do not count.
+/// Whether the folder itself has a valid mark; its parents do not count.
 bool isExcludedFromBackups(const std::string& folder);
 
-/// Puts the mark into the folder; one that is there is left alone. False with errno set when it
-/// cannot be written, EEXIST when something else has its name.
+/// Adds the mark to the folder, unless it has one. False with errno set if it cannot be written,
+/// EEXIST if another file has its name.
 [[nodiscard]] bool excludeFromBackups(const std::string& folder);
 
 } // namespace platform

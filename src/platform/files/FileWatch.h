@@ -11,39 +11,39 @@ namespace platform {
 
 class DispatchQueue;
 
-/// Tells when one file or folder changes or goes away. What is watched is the file that the path or
-/// descriptor stands for at the beginning, not whatever takes its name later.
+/// Reports when one file or folder changes or disappears. It watches the file that the path or
+/// descriptor refers to at the beginning, not one that takes its name later.
 ///
 /// No descriptor is kept open: the kernel's watch belongs to the file itself, and the numbers that
 /// identify it cannot pass to another file while the watch lives. So thousands of watches need no
-/// descriptors, nothing hinders unmounting, and a folder's removal is not put off.
+/// descriptors and do not block unmounting or the removal of a folder.
 ///
-/// Handlers run on the queue, one at a time even when the queue is a concurrent one; what happens
-/// while a handler waits for its turn is merged into one call. create…() may be called on any
-/// thread, an object by one thread at a time.
+/// Handlers run on the queue, one at a time even when the queue is a concurrent one; events that
+/// arrive while a handler call is queued are merged into it. create…() may be called on any thread,
+/// an object by one thread at a time.
 class FileWatch {
   public:
     enum Event : std::uint32_t {
-        deleted = 0x01, ///< no link is left, or the path stands for another file or for none
+        deleted = 0x01, ///< no link is left, or the path refers to another file or to none
         written = 0x02, ///< data was written; an entry of the folder was added, removed or renamed
         renamed = 0x20,
         revoked = 0x40, ///< its file system was unmounted
     };
 
-    /// Called on the queue with at least one Event. Comes once for a deletion, again for each
-    /// renaming. A file that was watched by path and has been renamed is told to be deleted only
-    /// when nobody has it open any more. When the kernel had to drop events, every watch gets
+    /// Called on the queue with at least one Event. Called once for a deletion, and for each
+    /// renaming. The deletion of a file that was watched by path and then renamed is reported only
+    /// when nobody has it open any more. If the kernel had to drop events, every watch gets
     /// `written`.
     using Handler = std::function<void(std::uint32_t events)>;
 
-    /// Symbolic links are followed. Null, with errno set, when there is no such file, it may not be
+    /// Symbolic links are followed. Null, with errno set, if there is no such file, it may not be
     /// read, or the kernel has no watch left.
     [[nodiscard]] static std::unique_ptr<FileWatch>
     createForPath(const std::string& path, std::shared_ptr<DispatchQueue> queue, Handler handler,
                   FileWatchService& service = FileWatchService::shared());
 
     /// `descriptor` is not owned, and should be open as long as the object lives: once it is
-    /// closed, a deletion is noticed only when nobody else has the file open either. Null as above.
+    /// closed, a deletion is noticed only when nobody else has the file open. Null as above.
     [[nodiscard]] static std::unique_ptr<FileWatch>
     createForDescriptor(int descriptor, std::shared_ptr<DispatchQueue> queue, Handler handler,
                         FileWatchService& service = FileWatchService::shared());
@@ -53,7 +53,7 @@ class FileWatch {
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
 
-    /// No handler begins any more, except one that has its turn right now on another thread.
+    /// No handler call starts any more, except one that is just starting on another thread.
     /// `afterwards` runs on the queue when no handler is running. Only the first call counts.
     void cancel(std::function<void()> afterwards = {});
 

@@ -152,7 +152,7 @@ void FileWatchService::abandon() {
     instance_.reset();
 }
 
-/// Answers the kernel's watch, -1 on failure. It is the same for the same file, whatever the path:
+/// Returns the kernel's watch, -1 on failure. It is the same for the same file, whatever the path:
 /// so asking and noting the answer must not be parted by somebody's removal of that watch.
 int FileWatchService::link(Client& client, int descriptor, std::uint32_t mask, bool asParent) {
     const int watch = calls_.addWatch(instance_.get(), pathOf(descriptor).c_str(), mask);
@@ -177,11 +177,11 @@ void FileWatchService::unlink(Client& client, int watch, bool asParent) noexcept
         return;
     links_.erase(found);
     // The number is not given out again (the kernel counts up), so that events of it which wait to
-    // be read, or a removal that comes after the kernel's own, concern nobody.
+    // be read, or a removal that comes after the kernel's own, can be ignored.
     calls_.removeWatch(instance_.get(), watch);
 }
 
-/// A folder that somebody has open or works in sends nothing when it is removed, its parent does.
+/// A folder that is open or a working directory sends no event when it is removed; its parent does.
 /// A parent that may not be read is done without: then the removal shows when the last one leaves.
 void FileWatchService::linkToParent(Client& client, int descriptor) {
     const FileDescriptor parent(::openat(descriptor, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));

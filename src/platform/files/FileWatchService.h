@@ -19,7 +19,7 @@ namespace platform {
 class RunLoop;
 class RunLoopSource;
 
-/// The calls to the kernel that a FileWatchService makes. Tests put calls that fail in their place.
+/// The calls to the kernel that a FileWatchService makes. Tests replace them with calls that fail.
 class InotifyCalls {
   public:
     virtual ~InotifyCalls() = default;
@@ -35,10 +35,10 @@ class InotifyCalls {
 /// the last of them. Events are read on a run loop's thread. Any thread.
 class FileWatchService {
   public:
-    /// What became known about a client's file.
+    /// An event about a client's file.
     enum Sign : std::uint32_t {
         changed = 1,
-        doubtful = 2, ///< a link to it may have gone
+        doubtful = 2, ///< a link to it may have been removed
         moved = 4,
         destroyed = 8, ///< no links and nobody has it open
         unmounted = 16,
@@ -60,7 +60,7 @@ class FileWatchService {
         std::string entryName_; // a folder's name in that
     };
 
-    /// The one of the process, on the background loop.
+    /// The service of the process, on the background loop.
     static FileWatchService& shared();
 
     /// Events are read on `loop`'s thread, on which the service must also be destroyed, when it has
@@ -75,7 +75,7 @@ class FileWatchService {
     /// watches have run out is also logged, once until it works again.
     [[nodiscard]] bool add(Client& client, int descriptor, bool isFolder);
 
-    /// A client's folder, which `descriptor` stands for, may have been moved into another one.
+    /// Call this if a client's folder, open as `descriptor`, may have been moved into another one.
     void follow(Client& client, int descriptor);
 
     void remove(Client& client) noexcept;

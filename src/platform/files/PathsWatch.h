@@ -9,28 +9,28 @@ namespace platform {
 
 class DispatchQueue;
 
-/// Tells when any of several files and folders may have changed, come or gone. Of one that is
-/// missing the nearest folder above is watched. What is at a path counts, whatever file that is.
+/// Reports when any of several files and folders may have changed, appeared or disappeared. If one
+/// is missing, its nearest existing parent is watched. It watches paths, whatever files they refer
+/// to.
 ///
-/// It tells once, and again when something happens after the next follow(): then who uses it reads
-/// what has changed. follow() is called on the queue, and so is the handler; an exception is the
-/// destruction, which may happen anywhere.
+/// It reports once, and again when something happens after the next follow(), in which the user of
+/// the class reads what has changed. follow() and the handler are called on the queue; the
+/// destructor may be called on any thread.
 class PathsWatch {
   public:
-    /// A `changed` that runs right now on another thread may end after the destruction; none
-    /// begins.
+    /// A call of `changed` in progress on another thread may end after the destruction; none
+    /// starts.
     PathsWatch(std::shared_ptr<DispatchQueue> queue, std::function<void()> changed);
     ~PathsWatch();
     PathsWatch(const PathsWatch&) = delete;
     PathsWatch& operator=(const PathsWatch&) = delete;
 
-    /// Whether follow() is due: it has never been called, or something has happened since.
+    /// Whether follow() must be called: it has never been called, or something has happened since.
     bool isDue() const noexcept;
 
-    /// Watches these paths, and no others any more. Whether there is one among them that has not
-    /// been watched: what happens to it before this goes unnoticed, so it is read once more, and
-    /// this is called again. A path that the kernel does not let be watched is tried at the next
-    /// call. Throws std::system_error when there is no thread for it.
+    /// Watches these paths only. Returns whether one of them is new: it may have changed before it
+    /// was watched, so read it again and call this again. A path that the kernel refuses to watch
+    /// is tried again at the next call. Throws std::system_error if no thread can be started.
     bool follow(const std::vector<std::string>& paths);
 
   private:

@@ -6,16 +6,16 @@
 
 namespace platform {
 
-/// A lock file in the runtime directory, by which a program knows whether another one of its kind
-/// runs in this login session. The kernel gives it up when the process ends, however that comes
-/// about, and it is not handed down to programs that we start. Any thread, one at a time.
+/// A lock file in the runtime directory that shows whether another instance of a program runs in
+/// this login session. The kernel releases it when the process ends for any reason, and child
+/// programs do not inherit it. Any thread, one at a time.
 class SessionLock {
   public:
-    /// Opens NAME.lock, which stays there afterwards; takes nothing yet.
+    /// Opens NAME.lock, which is never removed; does not take the lock yet.
     explicit SessionLock(const std::string& name);
 
-    /// Takes the lock without waiting. False only while somebody else holds it: where no such file
-    /// can be made, or locked, there is nothing to tell starts apart by, and each has its way.
+    /// Takes the lock without waiting. False only while another process holds it: if the file
+    /// cannot be created or locked, every instance succeeds.
     [[nodiscard]] bool take() noexcept;
 
   private:

@@ -32,7 +32,7 @@ FileDescriptor root() {
     return FileDescriptor(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-/// Whether who may not make a file may not remove one either.
+/// Whether a user who may not create a file may not remove one either.
 bool isForbidden(int error) {
     return error == EACCES || error == EPERM || error == EROFS;
 }

@@ -9,31 +9,30 @@
 
 namespace platform {
 
-/// A folder in which others may write too, for files that must be whole at any time. Files are
-/// replaced under their final name once they are written, and no link is followed that another user
-/// has made: neither on the way to the folder, whose links must be ours or the system's, nor in it.
-/// What is written outlives a crash of the program, not one of the machine.
+/// Writes files atomically into a folder that other users may write to as well. Links of other
+/// users are not followed: neither in the folder's path, whose links must be ours or the system's,
+/// nor in the folder. Files survive a crash of the program, but not one of the machine.
 ///
-/// Does not notice when the folder gets another name. One thread at a time.
+/// Does not notice if the folder is renamed. One thread at a time.
 class SharedFolder {
   public:
-    /// What has gone wrong, as error numbers; 0 where nothing has.
+    /// Error numbers; 0 for success.
     struct Outcome {
-        int removing = 0; ///< what has the name cannot be removed; it stays
-        int writing = 0;  ///< there is no new file; what had the name stays
-        int mode = 0;     ///< the file is there, with another mode
+        int removing = 0; ///< an existing entry of that name cannot be removed; it stays
+        int writing = 0;  ///< the file was not written; an existing one stays
+        int mode = 0;     ///< the file was written, with another mode
     };
 
-    /// `path` is absolute; `calls` must outlive the object. When the folder cannot be entered,
-    /// put() fails to write, with the same error.
+    /// `path` is absolute; `calls` must outlive the object. If the folder cannot be opened, put()
+    /// fails to write, with the same error.
     explicit SharedFolder(const std::string& path,
                           SharedFolderCalls& calls = SharedFolderCalls::system());
 
-    /// Writes a file. A link or an empty folder that has its name goes, another folder stays.
+    /// Writes a file. Replaces a link or an empty folder of that name, but no other folder.
     Outcome put(const std::string& name, std::string_view bytes, mode_t mode);
 
-    /// Has file managers not show a file, by a line in ".hidden". Nothing happens in a folder of
-    /// another user, or when that cannot be written.
+    /// Hides a file from file managers, by a line in ".hidden". Does nothing in a folder of another
+    /// user, or if ".hidden" cannot be written.
     void hide(const std::string& name);
 
   private:

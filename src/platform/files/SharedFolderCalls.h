@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// The calls to the system by which SharedFolder makes a file. Tests put calls that fail in their
-/// place. Each is as in section 2 of the manual.
+/// The system calls with which SharedFolder writes a file. Tests replace them with calls that fail.
+/// Each is as in section 2 of the manual.
 class SharedFolderCalls {
   public:
     virtual ~SharedFolderCalls() = default;

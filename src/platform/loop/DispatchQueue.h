@@ -14,8 +14,8 @@ namespace platform {
 ///  - the main queue runs its blocks one at a time on the thread that serves it (MainQueue.h).
 ///
 /// A block that throws is reported (ExceptionReport) and the next one runs. Queues are shared: a
-/// queue lives until its last owner lets it go and its last block has run; the process does not
-/// wait for blocks at its end. Any thread.
+/// queue lives until its last owner has released it and its last block has run; the process does
+/// not wait for blocks when it exits. Any thread.
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   public:
     using Block = std::function<void()>;
@@ -25,7 +25,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     static std::shared_ptr<DispatchQueue> makeSerial(std::string label);
 
     /// The queue of default priority. Its blocks, and those of serial queues on it, may wait, but
-    /// not for each other without end: at most 16 run at once, in all of the process.
+    /// should not wait for each other: at most 16 run at once in the process.
     static const std::shared_ptr<DispatchQueue>& global();
 
     static const std::shared_ptr<DispatchQueue>& main();
@@ -37,19 +37,19 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     /// Submits a block and returns at once.
     virtual void async(Block block) = 0;
 
-    /// Has a block run in its turn, often on the calling thread, and waits until it has; an
-    /// exception of it goes to the caller. In place from a block of this very queue or of one that
-    /// targets it, and for the main queue from the main thread. From elsewhere it waits for the
+    /// Runs a block in its turn, often on the calling thread, and waits for it; its exception is
+    /// passed to the caller. Called from a block of this queue or of one that targets it, or for
+    /// the main queue from the main thread, it runs the block directly. Otherwise it waits for the
     /// main queue to be served.
     void sync(const Block& block);
 
-    /// Sets the queue on which a serial queue runs the blocks that have not begun; null is the
+    /// Sets the queue on which a serial queue runs the blocks that have not started; null is the
     /// global queue. Queues that share a serial or the main queue as their target never run blocks
-    /// at the same time. Targets must not form a circle. Ignored by the global and the main queue.
+    /// at the same time. Targets must not form a cycle. Ignored by the global and the main queue.
     ///
-    /// A sync() that waits follows its own queue to a new target. It does not notice that a target
-    /// further down the chain changes: do not retarget a queue while somebody waits in sync() on a
-    /// queue that targets it.
+    /// A waiting sync() follows its own queue to a new target, but does not notice a change further
+    /// down the chain: do not retarget a queue while a thread waits in sync() on a queue that
+    /// targets it.
     virtual void setTarget(std::shared_ptr<DispatchQueue> target) = 0;
 
     /// Whether the calling thread is running a block of this queue, or of one that targets it.
@@ -57,7 +57,8 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
 
     const std::string& label() const noexcept { return label_; }
 
-    /// Marks the calling thread as running blocks of a queue while it lives. For the queues.
+    /// While it lives, marks the calling thread as running blocks of a queue. For the queue
+    /// classes.
     class Running {
       public:
         explicit Running(const DispatchQueue& queue) noexcept;
@@ -78,11 +79,11 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
 
     explicit DispatchQueue(std::string label) : label_(std::move(label)) {}
 
-    /// sync() from where the queue is not current.
+    /// sync() from outside this queue.
     virtual void syncFromOutside(const Block& block) = 0;
 
-    /// Whether no block of this queue can run anywhere else as long as the caller does not return,
-    /// so that waiting for one would be for ever.
+    /// Whether no block of this queue can run on another thread until the caller returns, so that
+    /// waiting for one would deadlock.
     virtual bool isHeldByCaller() const noexcept = 0;
 
   private:

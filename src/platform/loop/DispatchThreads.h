@@ -12,7 +12,7 @@ namespace platform {
 /// which does not wait for them. Any thread.
 class DispatchThreads {
   public:
-    /// Enough for blocks that wait for each other's programs, few enough to cost nothing.
+    /// Enough for blocks that wait for other programs, few enough to be cheap.
     static constexpr std::size_t mostThreads = 16;
 
     static DispatchThreads& instance();
@@ -21,8 +21,8 @@ class DispatchThreads {
     DispatchThreads& operator=(const DispatchThreads&) = delete;
 
     /// Runs `job` on one of the threads, in the order of submission as far as threads are free. It
-    /// must not throw. When the system gives not even one thread, the job waits, with a line in the
-    /// system log, until a later submission gets one.
+    /// must not throw. If not even one thread can be started, the job waits, with a line in the
+    /// system log, until a later submission starts one.
     void submit(std::function<void()> job);
 
   private:

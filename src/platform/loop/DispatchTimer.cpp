@@ -35,7 +35,7 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
         started = true;
     }
 
-    /// Otherwise there may be no background loop, and there is nothing to let go of.
+    /// Otherwise there may be no background loop, and there is nothing to release.
     bool everStarted() {
         const std::lock_guard lock(mutex);
         return started;

@@ -10,7 +10,7 @@ namespace platform {
 class DispatchQueue;
 
 /// A one-shot timer that submits a block to a queue. No thread of its own; the clock is
-/// MonotonicClock, so a suspended machine makes it neither early nor lost. Any thread.
+/// MonotonicClock, so suspending the machine neither triggers nor loses it. Any thread.
 class DispatchTimer {
   public:
     /// `block` is submitted to `queue` each time that the timer fires.
@@ -21,14 +21,14 @@ class DispatchTimer {
     DispatchTimer(const DispatchTimer&) = delete;
     DispatchTimer& operator=(const DispatchTimer&) = delete;
 
-    /// Fires once at `deadline`, in place of a deadline that was set before. Throws what
-    /// backgroundLoop() throws, and then keeps the former deadline.
+    /// Fires once at `deadline`, replacing an earlier deadline. Throws what backgroundLoop()
+    /// throws, and then keeps the former deadline.
     void start(MonotonicClock::time_point deadline);
 
-    /// Makes no difference to a block that has been submitted already.
+    /// Does not affect a block that has been submitted already.
     void cancel();
 
-    /// To be called by whoever moves a replaced clock: has all timers look at it again.
+    /// Tests call this after moving a replaced clock, so that all timers check it again.
     static void clockMoved();
 
   private:

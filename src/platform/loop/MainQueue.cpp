@@ -99,7 +99,7 @@ class MainQueue final : public DispatchQueue {
     // Guarded by mutex_.
     std::deque<Block> blocks_;
     RunLoop* loop_ = nullptr;
-    pid_t servingThread_ = ::getpid(); // the process's first thread until somebody serves
+    pid_t servingThread_ = ::getpid(); // the process's first thread until a service exists
 };
 
 } // namespace

@@ -4,8 +4,8 @@ namespace platform {
 
 class RunLoop;
 
-/// Who serves DispatchQueue::main(). A program has its main run loop do it; a test without one
-/// drains by hand. The serving thread counts as the main thread.
+/// Serving DispatchQueue::main(). A program uses its main run loop; a test without one calls
+/// drainMainQueue(). The serving thread counts as the main thread.
 
 /// While it lives, `loop` runs the blocks of the main queue, on the loop's thread. One at a time.
 class MainQueueService {
@@ -16,8 +16,8 @@ class MainQueueService {
     MainQueueService& operator=(const MainQueueService&) = delete;
 };
 
-/// Runs what the main queue holds, also what these blocks submit, on the calling thread, and
-/// returns. Not while a MainQueueService lives, and on one thread at a time.
+/// Runs all blocks of the main queue, including those that they submit, on the calling thread. Must
+/// not be called while a MainQueueService lives, and by one thread at a time.
 void drainMainQueue();
 
 } // namespace platform

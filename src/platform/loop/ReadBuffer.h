@@ -7,12 +7,12 @@ namespace platform {
 
 class RunLoop;
 
-/// A large buffer lent by a run loop for the length of one read and its delivery. There is one for
-/// each level of nested turns, reused for ever, since the bytes of an outer delivery are still in
-/// use while a nested loop reads.
+/// A large buffer of a run loop, borrowed for one read and its delivery. There is one for each
+/// level of nested turns, since the bytes of an outer delivery are still in use while a nested loop
+/// reads. Buffers are reused.
 class ReadBuffer {
   public:
-    /// More than the kernel queues for a Unix socket unless somebody raised its limits.
+    /// More than the kernel queues for a Unix socket with default limits.
     static constexpr std::size_t usualSize = std::size_t{256} * 1024;
 
     explicit ReadBuffer(RunLoop& loop);

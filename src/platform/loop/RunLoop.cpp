@@ -32,7 +32,7 @@ FileDescriptor checked(int descriptor, const char* what) {
 void watchForReading(const FileDescriptor& epoll, const FileDescriptor& watched) {
     epoll_event event{};
     event.events = EPOLLIN;
-    // The address tells these two from sources, whose events carry the source.
+    // The address distinguishes these two from sources, whose events carry the source.
     event.data.ptr = const_cast<FileDescriptor*>(&watched);
     if (::epoll_ctl(epoll.get(), EPOLL_CTL_ADD, watched.get(), &event) != 0)
         throw TracedError<std::system_error>(errno, std::generic_category(), "epoll_ctl");
@@ -45,8 +45,8 @@ void drain(const FileDescriptor& counter) noexcept {
 
 } // namespace
 
-/// One turn in progress. Turns nest when a callback runs a loop of its own; a source that goes away
-/// is struck from the events that every turn in progress has yet to serve.
+/// One turn in progress. Turns nest when a callback runs a nested loop; a source that is destroyed
+/// is removed from the pending events of every turn in progress.
 struct RunLoop::Frame {
     explicit Frame(RunLoop& owner) noexcept : loop(owner), outer(owner.innermost_) {
         loop.innermost_ = this;
@@ -183,7 +183,7 @@ void RunLoop::serveTimers() {
         dequeue(timer);
         timer.active_ = false;
         const auto action = timer.action_; // the action may destroy its timer
-        armKernelTimer();                  // or run a loop of its own, which serves the others
+        armKernelTimer();                  // or run a nested loop, which handles the others
         guarded(kExceptionInTimer, action);
     }
     armKernelTimer();

@@ -16,14 +16,14 @@ class RunLoopSource;
 class Timer;
 
 /// The event loop of one thread: descriptors (RunLoopSource), one-shot timers (Timer) and calls
-/// posted from other threads, all behind one epoll descriptor. A windowed program hands that
-/// descriptor to its toolkit's loop (RunLoopNotifier); a program without one calls run().
+/// posted from other threads, all behind one epoll descriptor. A program with windows adds that
+/// descriptor to its toolkit's loop (RunLoopNotifier); other programs call run().
 ///
-/// Every callback may run a loop of its own (a menu, a modal dialog) that calls turn() again, may
+/// Every callback may run a nested loop (a menu, a modal dialog) that calls turn() again, may
 /// destroy any source or timer including its own, and may throw: the exception is reported
 /// (ExceptionReport) and the loop goes on.
 ///
-/// Belongs to the thread that made it; only post() and stop() may be called from others. It must
+/// Belongs to the thread that created it; only post() and stop() may be called from others. It must
 /// outlive its sources and timers.
 class RunLoop {
   public:
@@ -39,23 +39,23 @@ class RunLoop {
     /// Readable whenever turn() has something to do. Stays open as long as the loop lives.
     int descriptor() const noexcept { return epoll_.get(); }
 
-    /// Serves what is ready now and returns without waiting: descriptors first, so that data that
+    /// Handles what is ready now and returns without waiting: descriptors first, so that data that
     /// has arrived restarts a timer before that timer can expire, then posted calls, then timers.
     void turn();
 
-    /// Waits until there is something to serve, and serves what is ready.
+    /// Waits until something is ready, and handles it.
     void turnWhenReady();
 
-    /// Waits until there is something to serve, no longer than `bound`, and serves what is ready.
+    /// Waits until something is ready, no longer than `bound`, and handles it.
     void turnWithin(MonotonicClock::duration bound);
 
-    /// Serves and waits until stop(). Blocks.
+    /// Runs the loop until stop(). Blocks.
     void run();
 
     /// Makes the run() in progress, or the next one, return. Any thread.
     void stop();
 
-    /// Has `call` made by a later turn, in the order of posting. Never blocks. Any thread.
+    /// Makes a later turn run `call`, in the order of posting. Never blocks. Any thread.
     void post(std::function<void()> call);
 
   private:
@@ -70,7 +70,7 @@ class RunLoop {
         Timer* timer;
     };
 
-    /// What a turn has found besides sources.
+    /// What else a turn has found ready.
     struct Ready {
         bool posted = false;
         bool expired = false;

@@ -35,7 +35,7 @@ std::unique_ptr<RunLoopSource> RunLoopSource::create(RunLoop& loop, int descript
 }
 
 RunLoopSource::~RunLoopSource() {
-    // One that was refused must not end somebody else's watch of the same descriptor.
+    // A refused source must not end another watch of the same descriptor.
     if (watching_)
         loop_.forget(*this);
 }

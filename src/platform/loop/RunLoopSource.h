@@ -8,7 +8,7 @@ namespace platform {
 
 class RunLoop;
 
-/// Has a run loop call a handler whenever a descriptor is ready. The descriptor is not owned and
+/// Makes a run loop call a handler whenever a descriptor is ready. The descriptor is not owned and
 /// must stay open while the source lives. Destroying the source ends the watch at once, also from
 /// inside a handler. The loop's thread only.
 class RunLoopSource {
@@ -17,11 +17,11 @@ class RunLoopSource {
 
     /// Called on the loop's thread, each time in a copy, which should be cheap to make. A
     /// descriptor stays ready until the handler has dealt with what made it so; errors and hang-ups
-    /// count as ready for everything. A callback's own loop may have dealt with it already, so a
-    /// handler must bear finding nothing.
+    /// count as ready for everything. A nested loop may have handled it already, so a handler must
+    /// accept finding nothing.
     using Handler = std::function<void()>;
 
-    /// Null, with errno set, when the kernel refuses the descriptor.
+    /// Null, with errno set, if the kernel refuses the descriptor.
     [[nodiscard]] static std::unique_ptr<RunLoopSource>
     create(RunLoop& loop, int descriptor, std::uint32_t interest, Handler handler);
     ~RunLoopSource();

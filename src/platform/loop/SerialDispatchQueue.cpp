@@ -71,7 +71,7 @@ void SerialDispatchQueue::runOldest(Lock& lock) {
     blocks_.pop_front();
     lock.unlock();
     guarded(kExceptionInDispatchQueue, block);
-    block = nullptr; // what it holds is let go without the lock
+    block = nullptr; // its captures are released without the lock
     lock.lock();
 }
 

@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// The serial kind of DispatchQueue. While it has blocks, one job of it waits in its target queue,
-/// which runs a few blocks and leaves another job if more are left.
+/// The serial kind of DispatchQueue. While it has blocks, one job is queued in its target queue;
+/// the job runs a few blocks and queues another job if more are left.
 class SerialDispatchQueue final : public DispatchQueue {
   public:
     SerialDispatchQueue(std::string label, std::shared_ptr<DispatchQueue> target);

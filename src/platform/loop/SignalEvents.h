@@ -6,34 +6,33 @@
 
 namespace platform {
 
-/// POSIX signals as events that a run loop reads, so that they are dealt with by ordinary code. One
+/// Delivers POSIX signals as events to a run loop, so that ordinary code can handle them. One
 /// object at a time in a process; its creator's thread only.
 ///
-/// The signals are caught by handlers, not blocked for a signal descriptor: that works whatever
-/// mask the threads of libraries have, and neither handlers nor masks reach a program that we
-/// start.
+/// The signals are caught by handlers, not blocked for a signalfd: that works with any signal mask
+/// of library threads, and child programs inherit neither handlers nor masks.
 class SignalEvents {
   public:
     /// Throws std::system_error when the process has no descriptors left.
     SignalEvents();
 
-    /// The signals do again what they did before.
+    /// Restores the former actions of the signals.
     ~SignalEvents();
     SignalEvents(const SignalEvents&) = delete;
     SignalEvents& operator=(const SignalEvents&) = delete;
 
-    /// From now on the signal is an event. SIGHUP stays without effect when it was ignored before,
-    /// as programs started with nohup(1) expect. False when the signal cannot be caught.
+    /// From now on the signal is an event. SIGHUP stays ignored if it was ignored before, as
+    /// nohup(1) requires. False if the signal cannot be caught.
     bool watch(int signal) noexcept;
 
-    /// For the end of the program: from now on, and after this object, the signals do nothing, so
-    /// that a second one does not cut the end off.
+    /// For the end of the program: from now on the signals are ignored, even after this object is
+    /// destroyed, so that a second signal does not interrupt the exit.
     void silence() noexcept;
 
-    /// Readable when signals have come.
+    /// Readable when signals have arrived.
     int descriptor() const noexcept { return readEnd_.get(); }
 
-    /// A signal that has come, nothing when there is none. Several of the same may count as one.
+    /// The next signal, or nothing. Several of the same kind may be merged.
     std::optional<int> next() noexcept;
 
   private:
@@ -41,13 +40,12 @@ class SignalEvents {
     FileDescriptor writeEnd_;
 };
 
-/// Has all signals reach the process, whatever mask its parent left it with. For the very beginning
-/// of a program, before it has threads.
+/// Unblocks all signals, whatever mask was inherited from the parent. Call it at the start of a
+/// program, before it has threads.
 void unblockSignals() noexcept;
 
-/// Has writing to a connection that the peer has closed (SIGPIPE) or beyond the permitted size of a
-/// file (SIGXFSZ) fail with an error instead of ending the process. Programs that we start get the
-/// default again.
+/// Makes writing to a closed connection (SIGPIPE) or beyond the file size limit (SIGXFSZ) fail with
+/// an error instead of ending the process. Child programs get the default actions.
 void ignoreWriteSignals() noexcept;
 
 } // namespace platform

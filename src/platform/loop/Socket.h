@@ -22,7 +22,7 @@ class AcceptSocket {
     /// socket.
     using Handler = std::function<void(AcceptSocket&, FileDescriptor)>;
 
-    /// Takes over a listening socket. Null, with errno set, when `listening` is none.
+    /// Takes over a listening socket. Null, with errno set, if `listening` is not one.
     [[nodiscard]] static std::unique_ptr<AcceptSocket> create(FileDescriptor listening,
                                                               Handler handler);
     ~AcceptSocket();
@@ -30,14 +30,14 @@ class AcceptSocket {
     AcceptSocket& operator=(const AcceptSocket&) = delete;
 
     /// Starts accepting on `loop`. False, with errno set, when the loop cannot watch the socket.
-    /// Accepting rests for a second at a time while the process has no descriptor to spare for a
+    /// Accepting pauses for a second at a time while the process has no free descriptor for a
     /// connection (firstReservedDescriptor()) or the kernel has no memory for it; connections wait
-    /// in the kernel's backlog meanwhile. That is one line in the system log, and another only
-    /// after all that waited have been accepted.
+    /// in the kernel's backlog meanwhile. This is logged once, and again only after all waiting
+    /// connections have been accepted.
     [[nodiscard]] bool schedule(RunLoop& loop);
 
-    /// Ends a rest before its time: to be called when a descriptor has become free. Otherwise does
-    /// nothing.
+    /// Ends a pause early: call this when a descriptor has become free. Does nothing if accepting
+    /// is not paused.
     void resume();
 
     int descriptor() const noexcept { return descriptor_.get(); }
@@ -57,12 +57,12 @@ class AcceptSocket {
 
 /// One connected stream socket. Reading belongs to the run loop's thread; send() may be called on
 /// any thread. The descriptor closes with the last owner, so that a sender on another thread never
-/// writes to a number that has been given to somebody else. A handler may drop the last owner.
+/// writes to a reused descriptor. A handler may release the last owner.
 class DataSocket : public std::enable_shared_from_this<DataSocket> {
   public:
-    /// Gets everything that the kernel had queued, in one piece, once for each turn of the loop,
-    /// unless makeSource() was told a limit. A piece of length 0 means that the peer has closed or
-    /// the connection is broken. The bytes are the handler's for the length of the call.
+    /// Gets everything that the kernel had queued, in one piece, once per turn of the loop, unless
+    /// makeSource() was given a limit. A piece of length 0 means that the peer has closed or the
+    /// connection is broken. The bytes are valid during the call.
     using Handler = std::function<void(DataSocket&, std::span<const std::byte>)>;
 
     /// Takes over a connected socket, blocking or not: neither reading nor sending waits. Never
@@ -80,19 +80,19 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
     [[nodiscard]] std::unique_ptr<RunLoopSource> makeSource(RunLoop& loop,
                                                             std::size_t mostPerTurn = everything);
 
-    /// For the handler, before it runs a loop of its own or lets others do so: whether the limit
-    /// cut this delivery, while the peer has sent more already, which comes with the next turn.
+    /// For the handler, before it runs a nested loop or lets others do so: whether the limit cut
+    /// this delivery, so that more data comes with the next turn.
     bool isCut() const noexcept { return isCut_; }
 
-    /// For the handler of a cut delivery, at the same time: `bytes`, its end and fewer than the
-    /// limit, shall come again, in front of the next one.
+    /// For the handler of a cut delivery, likewise: puts back `bytes`, the end of the delivery and
+    /// less than the limit, to be delivered again before the next data.
     void putBack(std::span<const std::byte> bytes);
 
-    /// Likewise: what the peer had sent behind this delivery shall be dropped unread.
+    /// Likewise: drops the data that the peer had sent after this delivery.
     void skipQueued() noexcept { isSkipping_ = true; }
 
-    /// Writes without blocking and without a signal. False, with errno set, unless all of `bytes`
-    /// went to the kernel; EAGAIN means that the peer does not read.
+    /// Writes without blocking and without a signal. False, with errno set, unless the kernel took
+    /// all of `bytes`; EAGAIN means that the peer does not read.
     [[nodiscard]] bool send(std::span<const std::byte> bytes) const noexcept;
 
     /// Ends the connection in both directions; the peer sees the end at once, later sends fail.

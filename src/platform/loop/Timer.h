@@ -11,12 +11,12 @@ namespace platform {
 class RunLoop;
 
 /// A one-shot timer, which is also a delayed call that can be cancelled. start() on a pending timer
-/// replaces it; when the new time is not before the old one, which is the usual case of a timeout
-/// being pushed back, that costs O(1) and allocates nothing. The loop's thread only.
+/// replaces it; if the new time is not earlier, which is the usual case of extending a timeout,
+/// that costs O(1) and allocates nothing. The loop's thread only.
 class Timer {
   public:
     /// A copy of `action` is called on the loop's thread, after the timer has become inactive, so
-    /// that it may start it again or destroy it.
+    /// it may restart or destroy the timer.
     Timer(RunLoop& loop, std::function<void()> action);
     ~Timer();
     Timer(const Timer&) = delete;
@@ -25,10 +25,10 @@ class Timer {
     /// Fires once, `delay` from now. A delay of zero or less fires at the next turn.
     void start(MonotonicClock::duration delay);
 
-    /// The same at a point in time; one that has passed is the next turn.
+    /// Fires once at a point in time; if that has passed, at the next turn.
     void startAt(MonotonicClock::time_point deadline);
 
-    /// A pending call is not made; without one nothing happens.
+    /// Cancels a pending call, if any.
     void stop() noexcept { active_ = false; }
 
     bool isActive() const noexcept { return active_; }

@@ -73,7 +73,7 @@ void logNarrowMode(const std::string& path, int error) noexcept {
 }
 
 /// Sets the mode of the socket file that is there, where a sandbox forbids to part with the umask.
-/// Never follows a link that somebody has put there meanwhile. False, with errno set, on failure.
+/// Never follows a link that was created meanwhile. False, with errno set, on failure.
 bool openToAll(const std::string& path) noexcept {
     constexpr mode_t everybody = 0777;
     const FileDescriptor file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -123,7 +123,7 @@ bool bindUnixSocketForAll(int socket, const std::string& path) noexcept {
             logNarrowMode(path, errno);
     };
     try {
-        // A umask is the whole process's, unless a thread parts with the others.
+        // The umask belongs to the whole process, unless a thread unshares it.
         std::thread(bindWithoutUmask).join();
     } catch (const std::exception&) { // no thread, no memory
         if (!bindUnixSocket(socket, path))

@@ -17,10 +17,9 @@ namespace platform {
 /// Binds `socket` to `path`, which must not exist. False, with errno set, on failure.
 [[nodiscard]] bool bindUnixSocket(int socket, const std::string& path) noexcept;
 
-/// The same, and every user may connect: the file has the mode 0777 from the moment it is there,
-/// whatever the process's umask. To set it by the path afterwards would trust whoever may write to
-/// the folder. Where the system does not allow that, the umask counts; that is a line in the system
-/// log.
+/// The same, and every user may connect: the file is created with mode 0777, whatever the process's
+/// umask. Changing the mode by path afterwards would trust everyone who may write to the folder. If
+/// the system does not support this, the umask applies, with a line in the system log.
 [[nodiscard]] bool bindUnixSocketForAll(int socket, const std::string& path) noexcept;
 
 /// Connects to the socket at `path` without waiting: a full backlog counts as a failure with
@@ -31,8 +30,8 @@ namespace platform {
 /// with errno set, on failure.
 [[nodiscard]] bool peerUser(int socket, uid_t& user) noexcept;
 
-/// The process that connected at the other end, or that began to listen there. Nothing, with errno
-/// set, on failure; nothing too when it is in another pid namespace.
+/// The process that connected or began to listen at the other end. Nothing, with errno set, on
+/// failure; also nothing if it is in another pid namespace.
 [[nodiscard]] std::optional<pid_t> peerProcess(int socket) noexcept;
 
 } // namespace platform

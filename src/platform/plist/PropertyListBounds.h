@@ -4,9 +4,8 @@
 
 namespace platform {
 
-/// Whether libplist can be given these bytes: they stay within the bounds of PropertyListNode.h, so
-/// that its recursion ends in time and its memory is bounded. They may still be damaged. Any
-/// thread.
+/// Whether libplist can safely parse these bytes: they stay within the limits of
+/// PropertyListNode.h, which bound its recursion and memory. They may still be damaged. Any thread.
 bool isWithinPropertyListBounds(std::string_view bytes);
 
 } // namespace platform

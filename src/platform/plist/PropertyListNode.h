@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// A property list as libplist keeps it, in memory. For what turns property lists into values of
-/// its own (PropertyList, Bundle).
+/// A property list in libplist's representation. For code that converts property lists into its own
+/// values (PropertyList, Bundle).
 
 struct PropertyListDeleter {
     void operator()(void* node) const noexcept;
@@ -17,23 +17,23 @@ struct PropertyListDeleter {
 /// Owns a whole tree; libplist's plist_t.
 using PropertyListNode = std::unique_ptr<void, PropertyListDeleter>;
 
-/// How many containers may lie in one another. libplist and we walk trees by recursion.
+/// The maximum nesting depth. libplist and our code walk trees recursively.
 inline constexpr std::size_t propertyListDepth = 128;
 
-/// Longer property lists are not read, and in the binary form neither those that unfold to more
-/// values, because containers are in several places.
+/// The maximum size; in the binary form also the maximum number of values after expanding
+/// containers that are referenced several times.
 inline constexpr std::size_t propertyListBytes = 64U << 20U;
 inline constexpr std::size_t propertyListValues = 1U << 20U;
 
-/// The tree that XML or the binary form describes. Null when it is damaged, cut off or beyond the
-/// bounds above. Any thread.
+/// Parses XML or the binary form. Null if it is damaged, truncated or beyond the limits above. Any
+/// thread.
 PropertyListNode readPropertyList(std::string_view bytes);
 
 /// Calls `take` with the key and the node of each entry of a dictionary, which owns both.
 void forEachEntry(void* dictionary, const std::function<void(const char* key, void* value)>& take);
 
-/// Numbers are read and written with a point while it lives, whatever the program's locale says:
-/// libplist follows the locale. The calling thread only.
+/// While it lives, numbers are read and written with a decimal point, whatever the program's
+/// locale: libplist uses the locale. The calling thread only.
 class NumericCLocale {
   public:
     NumericCLocale() noexcept;

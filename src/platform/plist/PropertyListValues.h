@@ -6,12 +6,12 @@
 
 namespace platform {
 
-/// What the nodes of a property list (PropertyListNode.h) hold, as plain values, without Qt. Each
-/// answers nothing, or calls nobody, for a node of another type. Any thread.
+/// The values of property list nodes (PropertyListNode.h), without Qt. For a node of another type
+/// each returns nothing, or makes no call. Any thread.
 
 bool isDictionary(void* node) noexcept;
 
-/// UTF-8 as it stands.
+/// The text as UTF-8.
 std::optional<std::string> textOf(void* node);
 
 /// An integer, a real number that is finite, or a boolean, which is 1 or 0.

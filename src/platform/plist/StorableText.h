@@ -5,12 +5,12 @@
 
 namespace platform {
 
-/// Whether the XML of a property list can hold the character: a control character but tab, line
-/// feed and carriage return, a surrogate, U+FFFE and U+FFFF it cannot. Any thread.
+/// Whether the XML of a property list can represent the character: not control characters except
+/// tab, line feed and carriage return, nor surrogates, U+FFFE and U+FFFF. Any thread.
 bool isStorableCharacter(char32_t character) noexcept;
 
-/// What a property list makes of a text: UTF-8 with U+FFFD in place of each character that it
-/// cannot hold, and of each byte of `text` that is no UTF-8. Any thread.
+/// The text as a property list stores it: UTF-8 with U+FFFD in place of each character that it
+/// cannot represent, and of each byte of `text` that is not UTF-8. Any thread.
 std::string storableText(std::string_view text);
 
 } // namespace platform

@@ -5,10 +5,10 @@
 
 namespace platform {
 
-/// The id of the application that a process belongs to as a part of a sandbox, from what the kernel
-/// shows of the process: the sandbox's own description at the root of its file system, else the
-/// control group that it was started in. A flatpak's id is that of the flatpak, a snap's is
-/// "snap." and its name. Empty for a process of no known sandbox. Any thread.
+/// The id of the sandboxed application that a process belongs to, from kernel data: the sandbox's
+/// description at the root of the process's file system, else its control group. For a flatpak this
+/// is the flatpak's id, for a snap "snap." and its name. Empty for a process outside known
+/// sandboxes. Any thread.
 std::string sandboxApplication(std::string_view flatpakDescription, std::string_view controlGroups);
 
 } // namespace platform

@@ -66,7 +66,7 @@ std::string systemdUnit(std::string_view controlGroups) {
 std::vector<std::string> unitApplications(std::string_view unit) {
     std::string_view body = take(unit, "app-", ".scope");
     if (!body.empty()) {
-        body = body.substr(0, body.rfind('-')); // a number that tells it from others
+        body = body.substr(0, body.rfind('-')); // a number that makes it unique
     } else if (body = take(unit, "app-", ".service"); !body.empty()) {
         const std::size_t at = body.find('@');
         body = body.substr(0, at != std::string_view::npos ? at : body.rfind('-'));

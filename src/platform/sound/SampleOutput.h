@@ -9,32 +9,32 @@
 namespace platform {
 
 /// Plays pieces of one recording, as an ordinary stream of this program on the sound server whose
-/// own volume stays at 1. What it needs of sound and decoding is loaded with it. Nothing here
-/// waits: the recording is read, and the server spoken to, on a thread of its own. A missing file
-/// or server is silence, and one line in the system log. The main thread only.
+/// own volume stays at 1. The sound and decoding libraries are loaded with it. No call blocks: its
+/// own thread reads the recording and talks to the server. Without the file or a server there is
+/// silence, and one line in the system log. Main thread only.
 class SampleOutput {
   public:
     using Seconds = std::chrono::duration<double>;
 
-    /// Takes a line for the system log. Any thread. The module with the output has no log of its
-    /// own.
+    /// Writes a line to the system log, for the module, which has no log. Any thread.
     using Report = std::function<void(const std::string& line)>;
 
-    /// What it calls itself to the sound server (application.name).
+    /// The client's name at the sound server (application.name).
     static constexpr const char* clientName = "Tonvale";
 
-    /// Null, with a line in the system log, when the module with the output cannot be loaded.
+    /// Null, with a line in the system log, if the output module cannot be loaded.
     static std::unique_ptr<SampleOutput> load(const std::filesystem::path& recording);
 
     virtual ~SampleOutput() = default;
     SampleOutput(const SampleOutput&) = delete;
     SampleOutput& operator=(const SampleOutput&) = delete;
 
-    /// Plays so much from `start` on, in place of what is being played. Samples are multiplied by
-    /// `gain`, 0 to 1.
+    /// Plays a piece of this length from `start` on, replacing the current one. Samples are
+    /// multiplied by `gain`, 0 to 1.
     virtual void play(Seconds start, Seconds length, float gain) = 0;
 
-    /// Plays nothing more than the end of a piece that began late, a quarter of a second at most.
+    /// Stops, after at most a quarter of a second, in which the end of a piece that began late is
+    /// played.
     virtual void stop() = 0;
 
   protected:

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// An amount of bytes for people, in units of 1024: "512 bytes", "1.5 KB", "16 GB". The number has
-/// at most one decimal and is written as in the default locale. Any thread.
+/// A human-readable number of bytes, in units of 1024: "512 bytes", "1.5 KB", "16 GB". At most one
+/// decimal, formatted in the default locale. Any thread.
 QString binaryByteCount(std::uint64_t bytes);
 
 } // namespace platform

@@ -36,7 +36,7 @@ char16_t take(QStringView& text, QStringView wanted) {
     return taken;
 }
 
-/// At most two digits: nothing that a text for people needs is longer.
+/// At most two digits, which is enough for texts that users read.
 std::optional<int> takeNumber(QStringView& text) {
     std::optional<int> number;
     for (int i = 0; i < 2; ++i) {

@@ -10,14 +10,13 @@
 
 namespace platform {
 
-/// Texts that a person reads, and the texts that are formed like them. Any thread.
+/// Localised texts, and formatting. Any thread.
 
 /// The text in the language of the installed translators; `key` is the English text, `table` the
 /// context of the catalogue. Without a translation the key itself.
 QString localized(const QString& key, const char* table = "Localizable");
 
-/// A value for a directive of a format: a text or a number. C strings are UTF-8; a null one reads
-/// "(null)".
+/// An argument of a format: a text or a number. C strings are UTF-8; a null one reads "(null)".
 class FormatArgument {
   public:
     using Value = std::variant<QString, qint64, quint64, double>;

@@ -4,15 +4,15 @@
 
 namespace platform {
 
-/// What is shown of a text that a stranger chose, such as a program's name: see
-/// shownLine(). For the eye only: never compare or store it.
+/// A text from another program, such as its name, made safe for display; see shownLine(). Never
+/// compare or store it.
 QString oneLineText(const QString& text);
 
-/// Which way a text runs: that of its first letter which has one, whatever stands around it; from
-/// left to right without such a letter.
+/// The direction of a text: that of its first letter with a direction; left to right if there is
+/// none.
 Qt::LayoutDirection textDirection(const QString& text);
 
-/// Whether nothing of a text would be seen: blanks, controls and marks, or nothing at all.
+/// Whether a text has no visible characters: only blanks, controls and marks, or none.
 bool isInvisible(const QString& text);
 
 } // namespace platform

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// A path for a text that is wrapped into lines: it breaks after slashes only, so that each name
-/// stays whole. For people's eyes; joiners that nobody sees make it another path.
+/// A path for word-wrapped text: it breaks after slashes only, so that names stay whole. For
+/// display only, since it contains invisible joiners.
 QString wrappablePath(const QString& path);
 
 } // namespace platform

@@ -6,8 +6,8 @@ class QWidget;
 
 namespace platform {
 
-/// A question or message to the person: title, explanation, and one to three buttons, of which
-/// empty texts stand for none.
+/// A question or message to the user: title, explanation, and one to three buttons; an empty text
+/// means no button.
 struct Alert {
     enum Button { other = -1, alternate = 0, standard = 1 };
     enum class Kind { plain, warning, critical }; ///< which icon it has
@@ -19,15 +19,15 @@ struct Alert {
     QString alternateButton = {};
     QString otherButton = {};
 
-    /// Waits for the person and answers the button; a closed window counts as the alternate button
-    /// when there is one, else as the default one.
+    /// Waits for the user and returns the button; closing the window counts as the alternate button
+    /// if there is one, else as the default one.
     Button run() const;
 
     /// Shows it on the window and returns; the window takes no input meanwhile.
     void showOn(QWidget& window) const;
 };
 
-/// Shows alerts. Tests put one that answers in the place of the usual, which opens message boxes.
+/// Shows alerts as message boxes. Tests replace it with one that answers by itself.
 class AlertPresenter {
   public:
     virtual ~AlertPresenter() = default;
@@ -35,7 +35,7 @@ class AlertPresenter {
     virtual void showOn(const Alert& alert, QWidget& window);
 };
 
-/// Has `presenter`, not owned, show alerts; null: the usual one again. The main thread.
+/// Installs `presenter`, which is not owned; null: the default one again. Main thread only.
 void replaceAlertPresenter(AlertPresenter* presenter);
 
 } // namespace platform

@@ -7,15 +7,15 @@
 
 namespace platform {
 
-/// Images of the main bundle's Resources by their names. A name is only a name: of "speaker.pdf"
-/// the bundle may hold a drawing, "speaker.svg", or a picture, "speaker.png", and the drawing is
-/// taken when it holds both. A missing or damaged one is null, with one line in the system log. The
-/// main thread only, with an application object.
+/// Images of the main bundle's Resources by their names. The ending of the name does not matter:
+/// for "speaker.pdf" the bundle may contain "speaker.svg" or "speaker.png"; SVG is preferred. A
+/// missing or damaged image is null, with one line in the system log. Main thread only, with an
+/// application object.
 
-/// Drawn to fill `size`, in pixels, with `pixelRatio` device pixels for each.
+/// The image scaled to `size`, in pixels, with `pixelRatio` device pixels for each.
 QImage bundleImage(const QString& name, const QSizeF& size, qreal pixelRatio);
 
-/// At any size.
+/// The image at any size.
 QIcon bundleIcon(const QString& name);
 
 } // namespace platform

@@ -2,8 +2,8 @@
 
 namespace platform {
 
-/// Whether programs know where their windows are on the desktop, and may put them elsewhere. On
-/// Wayland they do not. The main thread, with an application object.
+/// Whether programs can read and set the positions of their windows. On Wayland they cannot. Main
+/// thread only, with an application object.
 bool canPositionWindows();
 
 } // namespace platform

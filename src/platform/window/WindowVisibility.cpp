@@ -18,7 +18,7 @@ struct Free {
     void operator()(void* memory) const noexcept { std::free(memory); }
 };
 
-/// Has the X server tell of what covers the window, besides what it is asked for already.
+/// Selects visibility events of the window in addition to those already selected.
 void askForVisibility(xcb_window_t window) {
     const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     xcb_connection_t* const connection = x11 != nullptr ? x11->connection() : nullptr;

@@ -10,22 +10,22 @@
 
 namespace platform {
 
-/// Tells whether anything of a window can be seen, so that nothing need be drawn while not: not
-/// while it is hidden or minimised, nor while other windows cover it as far as the desktop says so.
-/// X11 does without a compositor; with one no covered window is told of it. Wayland's compositors
-/// do as they like. In doubt it can be seen. The main thread only.
+/// Whether any part of a window is visible, so that drawing can stop while it is not: while it is
+/// hidden or minimised, or covered by other windows if the desktop reports that. X11 reports it
+/// without a compositor only; Wayland compositors differ. If in doubt, the window counts as
+/// visible. Main thread only.
 class WindowVisibility final : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
   public:
-    /// Of a window of its own, which must outlive this.
+    /// `window` is a top-level window and must outlive this.
     explicit WindowVisibility(QWidget& window);
     ~WindowVisibility() override;
 
     bool isVisible() const noexcept { return isVisible_; }
 
   Q_SIGNALS:
-    /// Before what is to be seen again is drawn.
+    /// Emitted before a window that has become visible is drawn.
     void changed(bool isVisible);
 
   private:
@@ -37,7 +37,7 @@ class WindowVisibility final : public QObject, private QAbstractNativeEventFilte
     QWidget& window_;
     QPointer<QWindow> handle_;
     std::uint32_t nativeWindow_ = 0;
-    bool wasExposed_ = false; // since the native window has been there
+    bool wasExposed_ = false; // since the native window was created
     bool isCovered_ = false;
     bool isVisible_ = true;
 };

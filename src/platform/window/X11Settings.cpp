@@ -96,7 +96,7 @@ X11Settings& X11Settings::shared() {
     return *settings;
 }
 
-/// The daemon may come later than we do; then it says so to all that listen at the root window.
+/// The daemon may start later than we do; it then announces itself on the root window.
 X11Settings::X11Settings() {
     if (connection() == nullptr)
         return;

@@ -10,9 +10,9 @@
 
 namespace platform {
 
-/// What the settings daemon of an X11 desktop tells all programs (XSETTINGS), as far as it is text.
-/// Followed while it runs; when the daemon has gone, what it has said last stays. Where Qt does not
-/// draw on X11 nothing is known. The main thread only, with an application object.
+/// The text settings of an X11 desktop's settings daemon (XSETTINGS), kept up to date. If the
+/// daemon ends, its last values stay. Empty if Qt does not use X11. Main thread only, with an
+/// application object.
 class X11Settings final : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
@@ -20,16 +20,16 @@ class X11Settings final : public QObject, private QAbstractNativeEventFilter {
     /// By name: "Gtk/DecorationLayout".
     using Texts = QMap<QString, QString>;
 
-    /// Of the display that Qt uses; made on first use, never destroyed.
+    /// Of the display that Qt uses; created on first use, never destroyed.
     static X11Settings& shared();
 
-    /// Asks the X server, which takes a few round trips, as each change takes one.
+    /// Reads the settings from the X server, with a few round trips; each change takes one more.
     X11Settings();
     ~X11Settings() override;
 
     const Texts& texts() const noexcept { return texts_; }
 
-    /// The texts in what a daemon tells, up to where it makes no sense.
+    /// Parses a daemon's data, up to the first error.
     static Texts textsIn(const QByteArray& told);
 
   Q_SIGNALS:
