@@ -4,14 +4,13 @@
 
 #include <QPalette>
 
-/// The desktop's own colours: its text on its background, and what it marks with. Nothing is told
-/// by colour alone. Where the desktop's text is not far from its background, white on black.
+/// The desktop's own colours: text, background and highlight. No information is shown by colour
+/// alone. If the desktop's text has too little contrast, white on black.
 class HighContrastTheme final : public MVBlackTheme {
   public:
     explicit HighContrastTheme(const QPalette& palette);
 
-    /// How far two opaque colours are from each other, 1 for the same to 21 for black and white:
-    /// the quotient of their luminances.
+    /// The contrast ratio of two opaque colours, from 1 (equal) to 21 (black and white).
     static double contrast(const QColor& first, const QColor& second);
 
     bool isHighContrast() const override { return true; }

@@ -6,10 +6,9 @@
 
 #include <optional>
 
-/// All colours, the pattern and the mute images of the volume window, so that its look can be
-/// changed as a whole; a neutral dark one. Colours are sRGB. Images are as sharp as the ratio of
-/// device pixels to pixels that they are asked for. The main thread only, with an application
-/// object.
+/// The base theme, neutral and dark: all colours, the pattern and the mute images of the volume
+/// window. Colours are sRGB. Images are rendered for the given ratio of device pixels to pixels.
+/// Main thread only, with an application object.
 class MVBlackTheme {
   public:
     MVBlackTheme() = default;
@@ -17,17 +16,17 @@ class MVBlackTheme {
     MVBlackTheme(const MVBlackTheme&) = delete;
     MVBlackTheme& operator=(const MVBlackTheme&) = delete;
 
-    /// Whether shapes are to be outlined, and nothing is to be told by shades.
+    /// Whether to draw outlines, and to avoid showing information by shades.
     virtual bool isHighContrast() const { return false; }
 
-    /// How much lighter the grid is while its window is not the active one: an amount for
-    /// lighterBy().
+    /// How much lighter the grid is while its window is inactive: an amount for lighterBy().
     virtual double windowNonKeyLightenBy() const;
 
-    /// Of the rows of the grid in turn, drawn over the pattern, and that over its colour.
+    /// Alternating colours of the grid's rows, drawn over the pattern, which is drawn over its
+    /// colour.
     virtual QColor collectionViewBackgroundColor1() const;
     virtual QColor collectionViewBackgroundColor2() const;
-    /// The cell that is repeated over the grid; null for no pattern.
+    /// The tile that is repeated over the grid; null for no pattern.
     virtual QPixmap collectionViewBackgroundPattern(qreal pixelRatio) const;
     virtual std::optional<QColor> collectionViewBackgroundPatternColor() const;
 
@@ -59,9 +58,9 @@ class MVBlackTheme {
     virtual QColor aboutWindowBackgroundGradientStartColor() const;
     virtual QColor aboutWindowBackgroundGradientEndColor() const;
 
-    /// The mute button's image. Null when the bundle has no speaker.
+    /// The mute button's image. Null if the bundle has no speaker image.
     virtual QImage muteOffImage(bool hasActivity, qreal pixelRatio) const;
     virtual QImage muteOnImage(bool hasActivity, qreal pixelRatio) const;
-    /// What its opaque parts are painted with; none for its own colours.
+    /// The colour of its opaque parts; none for the image's own colours.
     virtual std::optional<QColor> muteFilters(bool muted, bool active) const;
 };

@@ -5,7 +5,7 @@
 /// The theme in use: orange on dark brown.
 class MVOrangeBrownTheme final : public MVBlackTheme {
   public:
-    /// Made when it is first asked for; never destroyed.
+    /// Created on first use; never destroyed.
     static const MVOrangeBrownTheme& sharedTheme();
 
     QColor collectionViewBackgroundColor1() const override;

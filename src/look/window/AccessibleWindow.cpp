@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Qt owns the answer. A window's name is its title.
+/// Qt owns the result. A window's name is its title.
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
     if (auto* const window = qobject_cast<MVCustomWindow*>(object))
         return new QAccessibleWidget(window, QAccessible::Window);

@@ -2,8 +2,8 @@
 
 #include <QPushButton>
 
-/// A button in the colours of the theme, for the bars of a window. Where it does not get the room
-/// for its text, that ends in an ellipsis and the tool tip has all of it. Main thread only.
+/// A button in the theme's colours, for the bars of a window. If its text does not fit, it ends in
+/// an ellipsis and the tool tip has the full text. Main thread only.
 class BarButton final : public QPushButton {
     Q_OBJECT
 

@@ -3,8 +3,8 @@
 #include <QString>
 #include <QWidget>
 
-/// Text in as many lines as its place is high enough for; the last one ends in an ellipsis when
-/// there is more, which the tool tip has. Main thread only.
+/// Text in as many lines as fit; if there is more, the last line ends in an ellipsis and the tool
+/// tip has the full text. Main thread only.
 class BarText final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)

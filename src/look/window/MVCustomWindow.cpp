@@ -50,7 +50,7 @@ MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget
     followTitleBarSettings();
 }
 
-/// For those who keep colours or pictures of the theme it is as another palette.
+/// Widgets that cache colours or pixmaps of the theme handle it like a palette change.
 void MVCustomWindow::drawAnew() {
     for (QWidget* const part : findChildren<QWidget*>()) {
         QEvent event(QEvent::PaletteChange);
@@ -60,7 +60,7 @@ void MVCustomWindow::drawAnew() {
     update();
 }
 
-/// What lies in it is not told of these.
+/// The contents do not get these events.
 bool MVCustomWindow::event(QEvent* event) {
     if (event->type() == QEvent::ActivationChange || event->type() == QEvent::WindowTitleChange)
         backgroundView_->update(); // with all that it holds

@@ -11,14 +11,14 @@ class MVCustomWindowContentView;
 class MVCustomWindowTitleView;
 class QMenu;
 
-/// A window that draws its own title bar and frame, and behaves there as those of the desktop do:
-/// it is moved and resized by the window system, and follows the desktop's settings. Desktops that
-/// insist on a frame of theirs put it around. Main thread only.
+/// A window that draws its own title bar and frame, which behave like the desktop's: the window
+/// system moves and resizes it, and it follows the desktop's settings. Some desktops add their own
+/// frame anyway. Main thread only.
 class MVCustomWindow : public QWidget {
     Q_OBJECT
 
   public:
-    /// What its title bar offers; to be combined.
+    /// Features of the title bar; can be combined.
     enum StyleMask : unsigned { closable = 2, miniaturizable = 4 };
 
     /// Takes the content over.
@@ -26,19 +26,19 @@ class MVCustomWindow : public QWidget {
                             QWidget* parent = nullptr);
     ~MVCustomWindow() override;
 
-    /// Pixels: what the window takes of its height besides the content.
+    /// The height without the content, in pixels.
     double titleBarHeight() const;
 
     QWidget& contentView() const;
     MVCustomWindowTitleView& titleView() const noexcept { return *titleView_; }
 
-    /// What the title bar's menu button opens; null for no such button. Not owned.
+    /// The menu of the title bar's menu button; null for no such button. Not owned.
     void setMenu(QMenu* menu);
 
-    /// Opens it, ready for the keys: with the menu of the chosen entry open too, if there is one.
+    /// Opens the menu for keyboard use, with the submenu of `chosen` open too, if given.
     void openMenu(QAction* chosen = nullptr);
 
-    /// Makes it as large as the screen, or as it was before.
+    /// Toggles between the screen's size and the former size.
     void zoom();
 
   protected:
@@ -47,7 +47,7 @@ class MVCustomWindow : public QWidget {
 
     WindowDrag& drag() noexcept { return drag_; }
 
-    /// What a person does with the title bar, as the desktop has it.
+    /// Performs an action of the title bar.
     void act(platform::TitleBarSettings::Action action);
 
   private:

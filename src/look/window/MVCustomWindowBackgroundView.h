@@ -2,13 +2,13 @@
 
 #include <QWidget>
 
-/// What a window that draws its own frame lies on: the colours of its title bar and the fine line
-/// around it. Main thread only.
+/// The background of a window that draws its own frame: the title bar's colours and the border
+/// line. Main thread only.
 class MVCustomWindowBackgroundView final : public QWidget {
     Q_OBJECT
 
   public:
-    /// Pixels of the line.
+    /// The width of the line in pixels.
     static constexpr int border = 1;
 
     /// The title bar takes the top `titleBar` pixels, the line included.

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-/// The part of a window below its own title bar. Holds one widget, which fills it. Main thread
+/// The area of a window below its own title bar. Contains one widget, which fills it. Main thread
 /// only.
 class MVCustomWindowContentView final : public QWidget {
     Q_OBJECT

@@ -7,8 +7,8 @@
 class MVCustomWindowWidgetsView;
 class WindowButton;
 
-/// The title bar of a window that draws its own: the title, and buttons at both ends. Tells what a
-/// person does with it. Main thread only.
+/// The title bar of a window that draws its own: the title, and buttons at both ends. Emits a
+/// signal for each user action. Main thread only.
 class MVCustomWindowTitleView final : public QWidget {
     Q_OBJECT
 
@@ -18,15 +18,14 @@ class MVCustomWindowTitleView final : public QWidget {
 
     explicit MVCustomWindowTitleView(QWidget* parent = nullptr);
 
-    /// How it behaves from now on, and which buttons it has. Mirrored for languages that are
-    /// written from right to left.
+    /// Sets its actions and buttons. Mirrored for right-to-left languages.
     void setTitleBar(const platform::TitleBarSettings& titleBar);
 
-    /// Null when there is no such button.
+    /// Null if there is no such button.
     WindowButton* button(platform::TitleBarSettings::Button kind) const;
 
   Q_SIGNALS:
-    /// A press that is being dragged away; the button of the mouse is still down.
+    /// The user drags the title bar; the mouse button is still down.
     void dragged();
     void acted(platform::TitleBarSettings::Action action);
     void buttonPressed(platform::TitleBarSettings::Button kind);

@@ -11,10 +11,10 @@ class MVCustomWindowWidgetsView final : public QWidget {
   public:
     using QWidget::QWidget;
 
-    /// These, in the direction of reading, in place of those before.
+    /// Replaces the buttons; in reading direction.
     void setButtons(const platform::TitleBarSettings::Buttons& kinds);
 
-    /// Null when there is no such button here.
+    /// Null if there is no such button here.
     WindowButton* button(WindowButton::Kind kind) const;
 
     QSize sizeHint() const override;

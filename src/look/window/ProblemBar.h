@@ -6,24 +6,24 @@
 class BarButton;
 class BarText;
 
-/// Says, in one row, that something does not work and offers what helps against it. Text
-/// that does not fit ends in an ellipsis; assistive tools and the tool tip have all of it. Hidden
-/// while there is nothing to say. Main thread only.
+/// Shows a problem in one row, and offers a remedy. Text that does not fit ends in an ellipsis;
+/// assistive tools and the tool tip have the full text. Hidden while there is no problem. Main
+/// thread only.
 class ProblemBar final : public QWidget {
     Q_OBJECT
 
   public:
-    /// For people. Without a text there is no problem, without a name no button.
+    /// Texts for the user. An empty text means no problem, an empty button text no button.
     struct Content {
         QString text;
-        QString help = {};    ///< of the button that does something about it
-        QString details = {}; ///< of the button that tells more
+        QString help = {};    ///< text of the button for the remedy
+        QString details = {}; ///< text of the button for details
     };
 
     /// `height` in pixels.
     explicit ProblemBar(int height, QWidget* parent = nullptr);
 
-    /// Shows or hides itself. Assistive tools are told of a new text.
+    /// Shows or hides itself. Assistive tools announce a new text.
     void setContent(const Content& content);
 
     QString text() const;

@@ -2,7 +2,7 @@
 
 #include "look/window/MVCustomWindow.h"
 
-/// Says what the program is, and in which version. Escape closes it. Main thread only.
+/// Shows the program's name and version. Escape closes it. Main thread only.
 class QNAboutBox final : public MVCustomWindow {
     Q_OBJECT
 

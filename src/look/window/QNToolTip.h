@@ -6,23 +6,23 @@
 #include <QTimer>
 #include <QWidget>
 
-/// The window of tool tips, in the colours of the theme: a few lines beside the mouse that explain
-/// what lies below it. Goes when the mouse leaves that, when a button, a key or the wheel is used,
-/// and after a while. Never takes the focus. Main thread only.
+/// A tool tip in the theme's colours, beside the mouse. Disappears when the mouse leaves the
+/// object, when a button, a key or the wheel is used, and after a while. Never takes the focus.
+/// Main thread only.
 class QNToolTip final : public QWidget {
     Q_OBJECT
 
   public:
-    /// The only one that is seen. Made when it is first asked for, and anew when the window that
-    /// it was shown above has gone.
+    /// The only visible tool tip. Created on first use, and again if its parent window was
+    /// destroyed.
     static QNToolTip& shared();
 
-    /// Plain text, in which every line is a paragraph.
+    /// Sets the plain text; every line is a paragraph.
     void setText(const QString& text);
     QString text() const { return document_.toPlainText(); }
 
-    /// Shows it for `owner` beside a place of the desktop, on the same screen as far as windows
-    /// know of theirs. Hides it when there is no text.
+    /// Shows it for `owner` beside a position on the desktop, on the same screen if positions are
+    /// known. Hides it if there is no text.
     void showAt(const QPoint& place, QWidget& owner);
 
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -6,9 +6,8 @@
 class QLabel;
 class QPushButton;
 
-/// A line at the lower edge of its parent that says what has just been done and offers the way
-/// back. Goes by itself after a while, but not while the mouse or the focus is on it. Main thread
-/// only.
+/// A line at the lower edge of its parent that shows the last action and offers undo. Disappears
+/// after a while, but not while it has the mouse or the focus. Main thread only.
 class UndoNotice final : public QWidget {
     Q_OBJECT
 
@@ -17,7 +16,7 @@ class UndoNotice final : public QWidget {
 
     void tell(const QString& text);
 
-    /// The lower edge of the parent as it is now.
+    /// Moves it to the lower edge of the parent.
     void place();
 
   Q_SIGNALS:

@@ -10,7 +10,7 @@ WindowDrag::WindowDrag(QWidget& window) : window_(window) {
     window.installEventFilter(this);
 }
 
-/// The native window gets the mouse before any of what lies in it.
+/// The native window gets mouse events before the widgets in it.
 bool WindowDrag::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &window_) {
         if (event->type() == QEvent::Show && handle_ != window_.windowHandle()) {

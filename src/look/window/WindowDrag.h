@@ -8,28 +8,28 @@
 
 #include <optional>
 
-/// Lets a person move a window that draws its own frame, and resize it at its edges. The window
-/// system does it, with whatever it knows of other windows and screens; where it does not, the
-/// window follows the pointer. Main thread only.
+/// Moves a window that draws its own frame, and resizes it at its edges. The window system does it
+/// if it can, with snapping and the like; otherwise the window follows the pointer. Main thread
+/// only.
 class WindowDrag final : public QObject {
     Q_OBJECT
 
   public:
-    /// Of a window of its own, which must outlive this.
+    /// `window` is a top-level window and must outlive this.
     explicit WindowDrag(QWidget& window);
 
-    /// From a press of the mouse on: moves the window until it is released.
+    /// Call it while the mouse button is down: moves the window until it is released.
     void startMove();
 
-    /// Whether a move or a resize has begun of which the end is not known yet. What the window
-    /// system does is over when the window hears of the pointer again.
+    /// Whether a move or a resize is in progress. One by the window system has ended when the
+    /// window gets pointer events again.
     bool isUnderWay() const noexcept { return isWithSystem_ || own_; }
 
   Q_SIGNALS:
     void ended();
 
   private:
-    /// One that we do ourselves.
+    /// A drag that we do ourselves.
     struct Own {
         Qt::Edges edges;
         QRect frame; // at the press

@@ -5,19 +5,18 @@
 
 #include <Qt>
 
-/// The edges of a window that draws its own frame: where a person takes hold of them, and where
-/// they go. Lengths are pixels.
+/// Resizing a window that draws its own frame at its edges. Lengths are pixels.
 namespace WindowEdges {
 
-/// The edge, or the two of a corner, that a press at `point` of a window of that size drags; none
-/// in its middle.
+/// The edge, or the two edges of a corner, that a press at `point` drags; none in the middle of the
+/// window.
 Qt::Edges at(const QPointF& point, const QSize& size) noexcept;
 
-/// What the pointer looks like there; an arrow for none.
+/// The cursor for these edges; an arrow for none.
 Qt::CursorShape cursor(Qt::Edges edges) noexcept;
 
-/// The frame after its edges have been dragged that far. It stays within the sizes; the edges that
-/// are not dragged stay where they are. Without edges the whole frame is moved.
+/// The frame after its edges have been dragged by `offset`, within the minimum and maximum size;
+/// the other edges stay. Without edges the whole frame is moved.
 QRect dragged(const QRect& frame, Qt::Edges edges, const QPoint& offset, const QSize& least,
               const QSize& most) noexcept;
 

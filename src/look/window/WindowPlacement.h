@@ -3,12 +3,12 @@
 #include <QList>
 #include <QRect>
 
-/// Where a window may be. Lengths are pixels of the desktop.
+/// Allowed positions of a window. Lengths are desktop pixels.
 namespace WindowPlacement {
 
-/// The frame itself while enough of its title bar, the top `titleBar` pixels, lies on one of
-/// `screens` to take hold of it there; else one on the nearest screen, no larger than that. The
-/// frame itself too when there are no screens.
+/// The unchanged frame if enough of its title bar, the top `titleBar` pixels, lies on one of
+/// `screens` to grab it there, or if there are no screens; else a frame moved to the nearest
+/// screen, and no larger than that.
 QRect movedOnScreen(const QRect& frame, int titleBar, const QList<QRect>& screens);
 
 } // namespace WindowPlacement
