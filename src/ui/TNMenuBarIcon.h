@@ -3,9 +3,9 @@
 #include <QIcon>
 #include <QSize>
 
-/// The images of the icon in the menu bar (tray): the program's own icon in colour, and two of one
-/// colour. As large as iconSize() and sharp on dense screens, where they hold more pixels. Null
-/// when the bundle does not have the image. Main thread only.
+/// The images of the menu bar (tray) icon: the program's own icon in colour, and two monochrome
+/// ones. Their size is iconSize(), with more pixels on high-DPI screens. Null if the bundle does
+/// not have the image. Main thread only.
 namespace TNMenuBarIcon {
 
 /// Pixels.

@@ -10,7 +10,7 @@ using platform::localized;
 
 namespace {
 
-/// What stands in a menu is no mnemonic.
+/// Texts in a menu must not create mnemonics.
 QString plainTitle(QString text) {
     return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
 }

@@ -4,19 +4,19 @@
 
 class UndoHistory;
 
-/// The menu of the volume window: File, Edit, Window and Help, with their shortcuts, which hold in
-/// the whole window. F10 opens it, and Alt with a letter one of the four. Main thread only.
+/// The menu of the volume window: File, Edit, Window and Help, with their shortcuts, which work in
+/// the whole window. F10 opens it, and Alt with a letter opens one of the four. Main thread only.
 class VolumeMenu final : public QMenu {
     Q_OBJECT
 
   public:
-    /// Belongs to the window. Without `history` there is nothing to undo.
+    /// The window becomes its parent.
     explicit VolumeMenu(QWidget& window);
 
-    /// Shows what can be taken back now.
+    /// Updates the Undo and Redo entries.
     void showHistory(const UndoHistory& history);
 
-    /// What Delete would ignore; empty for nothing.
+    /// Sets the program that Delete would ignore; empty for none.
     void showSelection(const QString& name);
 
   Q_SIGNALS:
@@ -29,7 +29,8 @@ class VolumeMenu final : public QMenu {
     void zoomWanted();
     void aboutWanted();
 
-    /// By its keys; with one of the four chosen, whose own menu is to open too, or null.
+    /// The user pressed a key that opens the menu; `chosen` is the entry whose submenu should open
+    /// too, or null.
     void openWanted(QAction* chosen);
 
   private:

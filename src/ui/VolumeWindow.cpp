@@ -44,7 +44,7 @@ constexpr int usualWidth = 560;
 constexpr int usualRows = 6;
 constexpr std::chrono::milliseconds restOfResizing{100};
 
-/// The bar above the grid. Whoever shows it shows a row less.
+/// The bar above the grid. It takes the space of one row.
 QWidget* makeContent() {
     auto* const content = new QWidget;
     auto* const layout = new QVBoxLayout(content);
@@ -130,7 +130,7 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Dependencies& dependencie
     dependencies_.controller.setView(this);
 }
 
-/// Ignoring is undone by the window, since its item has gone by then.
+/// The window undoes ignoring, since the item no longer exists then.
 MVCollectionViewItem::Dependencies VolumeWindow::itemDependencies() {
     MVCollectionViewItem::Dependencies dependencies = dependencies_;
     dependencies.ignore = [this](const QString& process) { ignore(process); };
@@ -213,8 +213,8 @@ void VolumeWindow::updateMenu() {
     menu_->showSelection(item != nullptr ? item->label().text() : QString());
 }
 
-/// In the middle at first. Window managers that know of steps keep to them while a person drags,
-/// the others are corrected afterwards.
+/// Initially centred. Window managers that support size increments use them during a resize; for
+/// others the size is corrected afterwards.
 void VolumeWindow::keepToWholeRows() {
     const int titleBar = static_cast<int>(titleBarHeight());
     const QSize usualSize(usualWidth, usualRows * ItemLayout::height + titleBar);
@@ -313,9 +313,9 @@ void VolumeWindow::changeEvent(QEvent* event) {
     MVCustomWindow::changeEvent(event);
 }
 
-/// Not while a person drags. A compositor may repeat the size that a drag has ended with after the
-/// window has been corrected, so one size is corrected several times; but not for ever, since a
-/// window manager may insist on it.
+/// Not during a drag. A compositor may repeat the final size of a drag after the window has been
+/// corrected, so one size is corrected several times; but not for ever, since a window manager may
+/// insist on it.
 void VolumeWindow::snap() {
     constexpr int mostCorrections = 3;
     const QSize wanted = dependencies_.controller.windowWillResize(size()).toSize();

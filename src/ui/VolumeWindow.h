@@ -17,18 +17,18 @@ class UndoNotice;
 class VolumeMenu;
 class VolumeScrollView;
 
-/// The window: a grid with one item for each record of the controller, which scrolls, and a menu.
-/// Shows whole rows, and draws nothing while nobody can see it. What a person does in it can be
-/// undone. A bar above the grid, as high as a row, tells of a problem. Main thread.
+/// The volume window: a scrolling grid with one item for each record of the controller, and a menu.
+/// Shows whole rows, and draws nothing while it is not visible. User actions can be undone. A bar
+/// above the grid, as high as a row, shows problems. Main thread only.
 class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     Q_OBJECT
 
   public:
-    /// Becomes the view of the items' controller, which must outlive the window.
+    /// Registers as the view of the items' controller, which must outlive the window.
     explicit VolumeWindow(const MVCollectionViewItem::Dependencies& dependencies);
     ~VolumeWindow() override;
 
-    /// Those of the process.
+    /// The dependencies of the process.
     static MVCollectionViewItem::Dependencies sharedDependencies(AppVolumeController& controller);
 
     void appsWillChange() override {}
@@ -48,10 +48,10 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     UndoHistory& history() noexcept { return history_; }
 
   Q_SIGNALS:
-    /// A person wants the program to end.
+    /// The user wants to quit the program.
     void quitWanted();
 
-    /// A person has pressed a button of the bar.
+    /// The user has pressed a button of the bar.
     void helpWanted();
     void detailsWanted();
 
@@ -82,7 +82,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     UndoNotice* const notice_;
     platform::WindowVisibility visibility_{*this};
     QTimer endOfResizing_;
-    QSize insistedSize_;  // the last one that had to be corrected
+    QSize insistedSize_;  // the last size that had to be corrected
     int corrections_ = 0; // of that size
-    QPoint keptPlace_;    // what is remembered where windows have no places
+    QPoint keptPlace_;    // the stored position, if windows cannot be positioned
 };

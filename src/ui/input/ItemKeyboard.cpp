@@ -71,7 +71,7 @@ bool ItemKeyboard::act(const QKeyEvent& event) {
     if (hasOtherModifiersThan(event, Qt::NoModifier))
         return false;
     if (event.isAutoRepeat())
-        return event.key() == Qt::Key_Space; // which is no letter of a name
+        return event.key() == Qt::Key_Space; // when it is not part of a typed name
     if (event.key() == Qt::Key_Space && !typeAhead_.isUnderWay()) {
         item->muteView().toggle();
         return true;

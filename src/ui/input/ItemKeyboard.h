@@ -10,23 +10,23 @@ class QKeyEvent;
 class QScrollArea;
 class QWidget;
 
-/// What the keys do in the grid of items that its parts do not do themselves: go from item to item,
-/// mute, ignore, open the context menu, and find a program by its name. Main thread only.
+/// Handles the keys of the grid that the controls of an item do not handle: navigation, mute,
+/// ignore, the context menu, and finding a program by its name. Main thread only.
 class ItemKeyboard {
   public:
-    /// The grid lies in the scroll area; both must outlive it.
+    /// `grid` is in the scroll area; both must outlive this.
     ItemKeyboard(QScrollArea& area, MVCollectionView& grid) : area_(area), grid_(grid) {}
 
-    /// Whether it was a key of ours.
+    /// Handles a key. Returns whether it was one of ours.
     bool press(const QKeyEvent& event);
 
-    /// The item that has the focus; null when none has.
+    /// The focused item, or null.
     MVCollectionViewItem* current() const;
 
-    /// Gives the focus to an item, to its slider if that takes it, and shows it.
+    /// Focuses an item, its slider if possible, and scrolls to it.
     void focus(int index);
 
-    /// Around a change of the items: where the focus was, so that it does not get lost with its
+    /// Call these before and after a change of the items, so that the focus is not lost with its
     /// item.
     std::optional<int> currentIndex() const;
     void restoreFocus(std::optional<int> before);

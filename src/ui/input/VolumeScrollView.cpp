@@ -63,7 +63,7 @@ void VolumeScrollView::scroll(const QWheelEvent& event) {
     verticalScrollBar()->setValue(verticalScrollBar()->value() - pixels_.add(way));
 }
 
-/// Upwards is louder, also for a person whose contents follow the fingers.
+/// Upwards is louder, also with natural scrolling.
 void VolumeScrollView::moveSlider(MVVolumeSlider& slider, const QWheelEvent& event) {
     if (moved_ != &slider) {
         release();

@@ -10,21 +10,20 @@
 class MVCollectionView;
 class MVVolumeSlider;
 
-/// Scrolls the grid of items: by whole rows with a wheel, smoothly with a device that counts
-/// pixels. Over a slider the wheel moves that, as the mouse does, by the rules of WheelPolicy. Main
-/// thread only.
+/// Scrolls the grid of items: by whole rows with a wheel, smoothly with a touchpad. Over a slider
+/// the wheel moves the slider like the mouse does; see WheelPolicy. Main thread only.
 class VolumeScrollView final : public QScrollArea {
     Q_OBJECT
 
   public:
-    /// Takes the grid over.
+    /// Takes ownership of the grid.
     explicit VolumeScrollView(MVCollectionView* grid, QWidget* parent = nullptr);
     ~VolumeScrollView() override;
 
     MVCollectionView& grid() const noexcept { return grid_; }
     ItemKeyboard& keyboard() noexcept { return keyboard_; }
 
-    /// Keys that no part of an item has used.
+    /// Keys that no control of an item has handled.
     void keyPressEvent(QKeyEvent* event) override;
 
   protected:

@@ -4,27 +4,28 @@
 
 #include <optional>
 
-/// What a turn of the wheel means: it scrolls, and changes a volume only over a slider. Shortly
-/// after a scroll it goes on scrolling, whatever has come under the pointer. Main thread only.
+/// Decides whether the wheel scrolls or changes a volume: over a slider it changes the volume,
+/// elsewhere it scrolls. Shortly after a scroll it continues to scroll, whatever is under the
+/// pointer. Main thread only.
 class WheelPolicy {
   public:
     enum class Use { scroll, volume };
 
-    /// So long after a scroll no volume is changed.
+    /// For this time after a scroll no volume is changed.
     static constexpr std::chrono::milliseconds pause{300};
 
-    /// For a turn that comes now.
+    /// The use of a wheel event that arrives now.
     Use use(bool isOverSlider);
 
   private:
     std::optional<platform::MonotonicClock::time_point> scrolled_; // the last time
 };
 
-/// Turns, which may be small ones, added up to whole steps.
+/// Adds up small wheel movements to whole steps.
 class WheelSteps {
   public:
-    /// How many whole steps have come together with this part of one; the rest is kept. A turn the
-    /// other way begins anew.
+    /// Adds a part of a step and returns the whole steps; the rest is kept. A change of direction
+    /// discards the rest.
     int add(double part);
     void clear() noexcept { rest_ = 0; }
 

@@ -4,8 +4,7 @@
 
 class MVCollectionView;
 
-/// The grid to assistive tools: a list of the items in their order, or, while there are none, what
-/// is said in their place.
+/// The grid for assistive tools: a list of the items in their order, or the hint if there are none.
 class AccessibleGrid final : public QAccessibleWidget {
   public:
     explicit AccessibleGrid(MVCollectionView& grid);

@@ -4,11 +4,11 @@
 
 class MVCollectionViewItem;
 
-/// An item to assistive tools: an entry of a list with the name of its program, which holds name,
-/// mute button and slider. Described by its state and as by its tool tip. The icon is decoration,
-/// and how loud the program is at the moment is not told: that would be news all the time. The
-/// state belongs here and not to the slider, since tools keep descriptions until they are told of a
-/// change, except those of entries of a list.
+/// An item for assistive tools: a list entry named after its program, with name, mute button and
+/// slider as children. Its description is its state and the text of its tool tip. The icon is
+/// decoration, and the level is not exposed, since it changes all the time. The state is here and
+/// not at the slider, since tools cache descriptions until they are notified of a change, except
+/// those of list entries.
 class AccessibleItem final : public QAccessibleWidget {
   public:
     explicit AccessibleItem(MVCollectionViewItem& item);

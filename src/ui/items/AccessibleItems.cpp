@@ -15,7 +15,7 @@
 
 namespace {
 
-/// There, but nothing to stop at: what it shows is said by its neighbour.
+/// Exposed, but not a stop: its neighbour says what it shows.
 class Decoration final : public QAccessibleWidget {
   public:
     explicit Decoration(QWidget* widget) : QAccessibleWidget(widget, QAccessible::Graphic) {}
@@ -27,7 +27,7 @@ class Decoration final : public QAccessibleWidget {
     }
 };
 
-/// Qt owns the answer.
+/// Qt owns the result.
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
     if (auto* const slider = qobject_cast<TNVolumeSlider*>(object))
         return new AccessibleSlider(*slider);

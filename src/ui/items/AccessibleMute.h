@@ -4,7 +4,7 @@
 
 class MVMuteImageView;
 
-/// The mute button of an item to assistive tools: a check box that is checked while the program is
+/// The mute button of an item for assistive tools: a check box that is checked while the program is
 /// muted.
 class AccessibleMute final : public QAccessibleWidget {
   public:

@@ -4,9 +4,9 @@
 
 class TNVolumeSlider;
 
-/// A volume slider to assistive tools: titled "Volume", from 0 to 1, with the percent as its text.
-/// They move it by tenths, or to any value, as a person does who lets go of it there. One that
-/// cannot be moved is described by the reason.
+/// A volume slider for assistive tools: titled "Volume", from 0 to 1, with the percent as its text.
+/// They move it by tenths, or to any value, which counts as a release there. A disabled slider is
+/// described by the reason.
 class AccessibleSlider final : public QAccessibleWidget,
                                public QAccessibleValueInterface,
                                public QAccessibleTextInterface {
@@ -20,7 +20,7 @@ class AccessibleSlider final : public QAccessibleWidget,
     void setCurrentValue(const QVariant& value) override;
     QVariant minimumValue() const override { return 0.0; }
     QVariant maximumValue() const override { return 1.0; }
-    /// What a key moves it by. Tools show as many digits as this has.
+    /// The step of a key. Tools show as many digits as this has.
     QVariant minimumStepSize() const override { return 0.01; }
 
     QStringList actionNames() const override;

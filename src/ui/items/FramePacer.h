@@ -9,16 +9,16 @@ namespace platform {
 class RunLoop;
 }
 
-/// Collects what is to be drawn anew, so that a burst of changes from many sides becomes one frame,
-/// of which there are 60 a second at most. Nothing runs while nothing is asked for. Neither asking
-/// nor drawing allocates once all clients have been known. The run loop's thread only.
+/// Collects repaint requests, so that a burst of changes becomes one frame, at most 60 times a
+/// second. Nothing runs without requests. Neither requesting nor drawing allocates once all clients
+/// have made a request. The run loop's thread only.
 class FramePacer {
   public:
     class Client {
       public:
         virtual ~Client() = default;
 
-        /// Whatever has to be drawn. May ask for the next frame, and may withdraw anybody.
+        /// Draws the changes. May request the next frame, and may withdraw any client.
         virtual void frame() = 0;
 
       private:
@@ -28,10 +28,10 @@ class FramePacer {
 
     explicit FramePacer(platform::RunLoop& loop);
 
-    /// Has client.frame() called once in the next frame, however often it is asked for.
+    /// Calls client.frame() once in the next frame, however often it is requested.
     void request(Client& client);
 
-    /// Before the client goes: it is not called any more.
+    /// Call it before the client is destroyed: it is not called any more.
     void withdraw(Client& client) noexcept;
 
   private:

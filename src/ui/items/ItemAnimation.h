@@ -2,12 +2,12 @@
 
 #include <chrono>
 
-/// When items are led to their places rather than put there.
+/// Decides whether items move to their positions with an animation.
 struct ItemAnimation {
     std::chrono::duration<double> sinceStart{}; ///< of the controller
     bool isInLiveResize = false;
-    bool isEnabled = true; ///< by the desktop's settings
+    bool isEnabled = true; ///< in the desktop's settings
 
-    /// For how long; zero for at once.
+    /// The animation's duration; zero for none.
     std::chrono::milliseconds duration() const noexcept;
 };

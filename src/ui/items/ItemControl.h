@@ -3,8 +3,8 @@
 #include <QPen>
 #include <QWidget>
 
-/// A control of an item that takes keys: knows whether it has to show that, which it has not while
-/// the mouse has given it the focus, for then it is under the mouse. Main thread only.
+/// A control of an item that accepts keys. Shows a focus mark, except if it got the focus by the
+/// mouse. Main thread only.
 class ItemControl : public QWidget {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ class ItemControl : public QWidget {
     bool hasKeyFocus() const noexcept { return hasKeyFocus_; }
     void showKeyFocus(bool hasKeyFocus);
 
-    /// What the mark of the focus is drawn with.
+    /// The pen of the focus mark.
     static QPen focusPen();
 
   private:

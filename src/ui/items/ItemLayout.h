@@ -3,10 +3,10 @@
 #include <QRect>
 #include <QSize>
 
-/// Where the parts of an item are: the icon, and beside it the name above the mute button and the
-/// slider. Mirrored for languages that are written from right to left.
+/// The layout of an item: the icon, and beside it the name above the mute button and the slider.
+/// Mirrored for right-to-left languages.
 struct ItemLayout {
-    /// All items are of this height, in pixels, and at least this wide.
+    /// All items have this height, and at least this width, in pixels.
     static constexpr int height = 64;
     static constexpr int leastWidth = 300;
     static constexpr int nameHeight = 28;

@@ -7,8 +7,7 @@
 
 class QPropertyAnimation;
 
-/// What an item of the grid lies on; moves to another place there as the grid says. Main thread
-/// only.
+/// The background of an item; moves to the positions that the grid sets. Main thread only.
 class MVCollectionItemBackgroundView : public QWidget {
     Q_OBJECT
 
@@ -16,12 +15,12 @@ class MVCollectionItemBackgroundView : public QWidget {
     explicit MVCollectionItemBackgroundView(QWidget* parent = nullptr);
     ~MVCollectionItemBackgroundView() override;
 
-    /// What leads the property `key` to another value; null when that is set at once: in the first
-    /// second of the volume controller, while the window is being resized, and for a person who
-    /// wants little motion.
+    /// The animation for changes of the property `key`; null if it changes at once: in the first
+    /// second of the volume controller, while the window is being resized, and if animations are
+    /// disabled.
     std::unique_ptr<QPropertyAnimation> animationForKey(const QByteArray& key);
 
-    /// Makes it so large and moves it there.
+    /// Sets the size at once and moves it to the position.
     void placeAt(const QRect& place);
 
   private:

@@ -157,7 +157,7 @@ void MVCollectionView::updateCollectionViewColors() {
         update();
 }
 
-/// Several cells of the pattern over its colour, so that little has to be put together at a time.
+/// Several tiles of the pattern over its colour, so that painting needs fewer of them.
 QPixmap MVCollectionView::background() const {
     constexpr int cells = 8;
     const qreal ratio = devicePixelRatioF();

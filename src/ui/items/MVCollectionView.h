@@ -15,8 +15,7 @@ class MVCollectionViewItem;
 class QLabel;
 
 /// The grid of items: rows of one height, with as many columns as fit. Paints the theme's
-/// background, lighter while its window is not the active one if the theme says so. Main thread
-/// only.
+/// background, which may be lighter while its window is inactive. Main thread only.
 class MVCollectionView final : public QWidget {
     Q_OBJECT
 
@@ -26,20 +25,20 @@ class MVCollectionView final : public QWidget {
     /// How many columns of items fit, at least one.
     static int columnsFor(int width) noexcept;
 
-    /// On the thread's run loop. The theme must outlive the grid; null is the one in use.
+    /// Uses the thread's run loop. The theme must outlive the grid; null is the current one.
     explicit MVCollectionView(QWidget* parent = nullptr, const MVBlackTheme* theme = nullptr);
     ~MVCollectionView() override;
 
     const Items& items() const noexcept { return items_; }
 
-    /// To change them, take them, and set the new ones, of which some may be the old ones.
+    /// To change the items, take them, and set the new ones, which may include old ones.
     Items takeItems() noexcept;
     void setItems(Items items);
 
-    /// What is said in the free room below the items; empty for nothing.
+    /// The text in the empty space below the items; may be empty.
     void setHint(const QString& text);
 
-    /// Whether the last change of the width is so recent that another is likely.
+    /// Whether the width has changed recently, so that another change is likely.
     bool isInLiveResize() const;
 
     bool hasHeightForWidth() const override { return true; }
@@ -65,7 +64,7 @@ class MVCollectionView final : public QWidget {
     FramePacer pacer_;
     Items items_;
     QLabel* const hint_;
-    QColor colors_[2];   // of the rows in turn
-    QPixmap background_; // what lies below them, to be repeated; null when there is no such thing
+    QColor colors_[2];   // alternating, of the rows
+    QPixmap background_; // a tile below them; null for none
     std::optional<platform::MonotonicClock::time_point> resized_;
 };

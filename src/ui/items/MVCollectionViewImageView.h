@@ -3,8 +3,8 @@
 #include <QIcon>
 #include <QWidget>
 
-/// An icon, as large as there is room. A click with the secondary button is for what it lies on;
-/// to assistive tools it is decoration. Main thread only.
+/// An icon, as large as fits. Secondary clicks go to its parent; for assistive tools it is
+/// decoration. Main thread only.
 class MVCollectionViewImageView final : public QWidget {
     Q_OBJECT
 

@@ -28,7 +28,7 @@ using platform::localized;
 
 namespace {
 
-/// What a stranger chose, for the eye.
+/// Makes a text from another program safe for display.
 QString shownText(const QString& text) {
     constexpr qsizetype longest = 500;
     return platform::oneLineText(text.left(longest));

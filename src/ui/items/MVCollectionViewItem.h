@@ -20,9 +20,9 @@ namespace platform {
 class NotificationObserver;
 }
 
-/// One program in the volume window: icon, name, mute button, and a slider that also shows how loud
-/// the program is. Makes changes of its record, and lines of the log, of what a person does; shows
-/// what others change without making anything of it. Main thread only.
+/// One program in the volume window: icon, name, mute button, and a slider that also shows the
+/// program's level. Applies user actions to its record and logs them; changes from elsewhere are
+/// only shown. Main thread only.
 class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     Q_OBJECT
     Q_PROPERTY(QString displayName READ displayName)
@@ -30,13 +30,13 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
         QColor displayNameTextColor READ displayNameTextColor NOTIFY displayNameTextColorChanged)
 
   public:
-    /// What an item needs of the rest of the program. All of it must outlive the item.
+    /// What an item needs from the rest of the program. All of it must outlive the item.
     struct Dependencies {
         AppVolumeController& controller;
         std::function<void(const QString& processName)> ignore;
-        std::function<bool()> mayBeep;                  ///< whether the person wants sample sounds
+        std::function<bool()> mayBeep;                  ///< whether sample sounds are enabled
         std::function<void(float volume)> beepAtVolume; ///< 0 to 1
-        /// What takes back `ignore`; null when nothing does.
+        /// Undoes `ignore`; may be null.
         std::function<void(const QString& processName)> stopIgnoring = {};
     };
 
@@ -44,7 +44,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
                          QWidget* parent = nullptr);
     ~MVCollectionViewItem() override;
 
-    /// Null when the record has gone; another one may be at its place.
+    /// Null if the record was destroyed; another one may have taken its address.
     MVCommAppValue* representedObject() const noexcept { return app_; }
 
     QString displayName() const;
@@ -56,34 +56,34 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     MVCollectionViewTextField& label() const noexcept { return *label_; }
     MVCollectionViewImageView& iconView() const noexcept { return *iconView_; }
 
-    /// Shows the record as it is now, without calling anybody.
+    /// Shows the record's current state, without calling handlers.
     void updateControls();
 
-    /// A level of the program, in whole percent and as it is shown, 0 to 1.
+    /// Shows a level of the program, given in whole percent and as a fraction from 0 to 1.
     void handleActivity(qint64 level100, float level);
 
     /// Puts the program on the ignore list.
     void ignore();
 
-    /// What a click with the secondary button opens; belongs to the caller.
+    /// The context menu; owned by the caller.
     QMenu* makeContextMenu(QWidget* parent);
 
-    /// What the tool tip says there: of the slider and the mute button why they cannot be used, of
-    /// a slider that can be moved the percent, elsewhere the program's name and its description.
+    /// The tool tip for a position: for disabled controls the reason, for an enabled slider the
+    /// percent, elsewhere the program's name and its description.
     QString tipAt(const QPoint& place) const;
 
-    /// The program's path, why it is called so, and why its volume cannot be set, each on a line;
-    /// without what is not known.
+    /// The program's path, the reason for its name, and why its volume cannot be set, as far as
+    /// known, each on a line.
     QString description() const;
 
-    /// The percent, whether the program plays, and whether it is muted, in one line.
+    /// Percent, playing or not, muted or not, in one line.
     QString state() const;
 
-    /// Why the program cannot be controlled; empty when it can.
+    /// Why the program cannot be controlled; empty if it can.
     QString reasonNotControllable() const;
 
-    /// Says beside the mouse that programs in a sandbox cannot be controlled, and takes that away
-    /// again; for whoever knows it of this one.
+    /// Show and hide a tool tip that says that programs in a sandbox cannot be controlled, for
+    /// callers who know that this program is one.
     void mouseEntered();
     static void mouseExited();
 

@@ -4,10 +4,10 @@
 #include <QString>
 #include <QWidget>
 
-/// One line of plain text, a little larger and heavier than others as far as an item is high enough
-/// for that, cut with an ellipsis where it does not fit. It lies where lines begin in the window,
-/// but runs its own way: its ellipsis is where it would go on. A click with the secondary button is
-/// for what it lies on. Main thread only.
+/// One line of plain text, a little larger and bolder than usual if the item is high enough, cut
+/// with an ellipsis if it does not fit. It is aligned to the start of the window's reading
+/// direction, but keeps its own text direction, at whose end the ellipsis is. Secondary clicks go
+/// to its parent. Main thread only.
 class MVCollectionViewTextField final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)

@@ -76,7 +76,7 @@ void MVMuteImageView::setControllable(bool controllable) {
     announce(changed);
 }
 
-/// To assistive tools; what others change is no news of the person's.
+/// Announces changes by the user only to assistive tools.
 void MVMuteImageView::announce(const QAccessible::State& changed) {
     if (!QAccessible::isActive())
         return;

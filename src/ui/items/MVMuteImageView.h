@@ -7,10 +7,10 @@
 #include <QAccessible>
 #include <QPointer>
 
-/// The mute button of an item: a speaker that is coloured while its program plays, and struck
-/// through while it is muted. A press toggles the record's mute, from where everybody else learns
-/// it, and is a line of the log. Space is left to the list, which knows whether it belongs to a
-/// name that is being typed. Main thread only.
+/// The mute button of an item: a speaker that is coloured while its program plays, and crossed out
+/// while it is muted. A press toggles the record's mute, whose signal informs all others, and is
+/// logged. The list handles Space, since it may be part of a name that is being typed. Main thread
+/// only.
 class MVMuteImageView final : public ItemControl {
     Q_OBJECT
 
@@ -18,17 +18,17 @@ class MVMuteImageView final : public ItemControl {
     explicit MVMuteImageView(QWidget* parent = nullptr);
 
     MVCommAppValue* app() const noexcept { return app_; }
-    /// The record to show from now on; may be null, and may go before the view does.
+    /// Sets the record to show; may be null, and may be destroyed before the view.
     void setApp(MVCommAppValue* app);
 
-    /// Of a program that cannot be controlled a mute that is remembered can be taken back, and
-    /// nothing else. Then the button is pale, but keeps the focus, so that keys still get there.
+    /// If a program cannot be controlled, only a stored mute can be undone. The disabled button is
+    /// pale, but can have the focus, so that keys still work.
     void setControllable(bool controllable);
 
     /// Whether a press does anything.
     bool isOperable() const { return app_ != nullptr && (isControllable_ || app_->muted()); }
 
-    /// As a press does.
+    /// Does what a press does.
     void toggle();
 
     QSize sizeHint() const override;

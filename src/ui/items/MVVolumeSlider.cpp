@@ -118,7 +118,7 @@ void MVVolumeSlider::setPacer(FramePacer* pacer) {
     pacer_ = pacer;
 }
 
-/// A window that comes into sight is drawn as a whole, so nothing is owed to one that is not.
+/// A window that becomes visible is repainted as a whole, so an invisible one needs no updates.
 void MVVolumeSlider::setActivity(float activity) {
     activity_ = activity;
     if (!isVisible() || !updatesEnabled())

@@ -11,16 +11,16 @@
 class MVBlackTheme;
 class SliderGeometry;
 
-/// A slider that shows two things: the volume, by its knob, and how loud the program is, by a bar
-/// in its track. It lies along its longer side, and begins where lines of text do. The mouse moves
-/// the knob relative to where it took hold of it, and a press beside the knob makes it jump there;
-/// keys move it by whole percents. Volume and level are fractions, 0 to 1. Main thread only.
+/// A slider whose knob shows the volume, and a bar in its track the program's level. It runs along
+/// its longer side, and starts where text lines start. Dragging moves the knob relative to the
+/// press, and a press beside the knob makes it jump there; keys move it by whole percents. Volume
+/// and level are fractions, 0 to 1. Main thread only.
 class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     Q_OBJECT
 
   public:
-    /// Posted to the notification centre, with the slider as object, after the event that has ended
-    /// a drag has been handled; not when the slider has gone by then.
+    /// Posted to the notification centre, with the slider as object, after the event that ended a
+    /// drag has been handled; not if the slider has been destroyed by then.
     inline static const QString didReleaseMouseNotification =
         QStringLiteral("MVVolumeSliderDidReleaseMouseNotification");
 
@@ -29,27 +29,27 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
 
     float floatValue() const noexcept { return value_; }
 
-    /// Takes any value as it is and calls the handler. Does not redraw.
+    /// Sets any value unchanged and calls the handler. Does not redraw.
     void setFloatValue(float value);
 
-    /// Moves the knob without the handler; not while a drag is under way.
+    /// Moves the knob without calling the handler; not during a drag.
     void showValue(float value);
 
-    /// Sets the value as at the end of a drag; with `sendTargetAction` the handler is called once
-    /// more at last.
+    /// Sets the value like the end of a drag; with `sendTargetAction` the handler is called once
+    /// more at the end.
     void setSliderValue_(float value, bool sendTargetAction);
 
-    /// As keys and the wheel do: moves the knob to `percent`, 0 to 100 or the nearest of these, and
-    /// calls the handler. finishMove() then is the end of a drag; it does nothing without a move.
+    /// Moves the knob to `percent`, clamped to 0 to 100, and calls the handler, as keys and the
+    /// wheel do. finishMove() ends the move like a drag; it does nothing without a move.
     void moveTo(int percent);
     void finishMove();
     int percent() const;
 
-    /// Drawn with the pacer's next frame; not at all while the window cannot be seen.
+    /// Drawn with the pacer's next frame; not while the window is invisible.
     float activity() const noexcept { return activity_; }
     void setActivity(float activity);
 
-    /// Null for none: levels are drawn when they come. Must outlive its use.
+    /// Null for none: levels are drawn at once. Must outlive its use.
     void setPacer(FramePacer* pacer);
 
     bool isMuted() const noexcept { return muted_; }
@@ -63,7 +63,7 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
-    /// How the parts lie in the slider as large as it is.
+    /// The geometry of its parts at its current size.
     SliderGeometry geometryOfParts() const;
 
   protected:
@@ -83,7 +83,7 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     virtual void drawTrack(QPainter& painter);
     virtual void drawKnob(QPainter& painter, const QRectF& rect);
 
-    /// How far from the slider's start the level's bar reaches; 0 for no bar.
+    /// The length of the level's bar from the slider's start; 0 for no bar.
     double levelEnd() const;
     QColor levelColor() const;
     void fillTrackPath(QPainter& painter, const QPainterPath& path, const QColor& base) const;
@@ -109,7 +109,7 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     float activity_ = 0.0F;
     float shownActivity_ = 0.0F; // what is drawn
     FramePacer* pacer_ = nullptr;
-    bool isMoved_ = false; // since the last end of a drag, without one
+    bool isMoved_ = false; // by moveTo() since the last release
     bool muted_ = false;
     bool highlighted_ = false;
     std::optional<Drag> drag_;

@@ -6,14 +6,13 @@
 #include <array>
 #include <cstddef>
 
-/// Pictures that are drawn once and shown again and again by many widgets, found without a text to
-/// search for. `Key` is a structure of numbers with ==. Holds the newest few, as many as one window
-/// shows. The main thread only.
+/// A cache of pixmaps that many widgets show, with a key that is cheaper than a string. `Key` is a
+/// structure of numbers with ==. Holds the newest few, enough for one window. Main thread only.
 template <typename Key>
 class PixmapCache {
   public:
-    /// The picture for `key`; drawn by `draw`, which is given a painter on a transparent one of so
-    /// many pixels with `ratio` device pixels each, when it is not kept. Valid until the next call.
+    /// The pixmap for `key`. If it is not cached, `draw` gets a painter on a transparent pixmap of
+    /// `size` pixels with `ratio` device pixels each. Valid until the next call.
     template <typename Draw>
     const QPixmap& get(const Key& key, const QSizeF& size, qreal ratio, const Draw& draw) {
         for (const Entry& entry : entries_) {

@@ -3,9 +3,9 @@
 #include <QPointF>
 #include <QRectF>
 
-/// Where the parts of a volume slider are. It lies along its longer side: horizontal, with 0 on the
-/// left, or vertical, with 0 at the bottom. A widget's coordinates are those of Qt; a place along
-/// the slider is counted in pixels from its start, where the value is 0.
+/// The geometry of a volume slider. It runs along its longer side: horizontal, with 0 on the left,
+/// or vertical, with 0 at the bottom. Points are in Qt's widget coordinates; positions along the
+/// slider are in pixels from its start, where the value is 0.
 class SliderGeometry {
   public:
     /// The knob is a square of this many pixels.
@@ -17,23 +17,23 @@ class SliderGeometry {
     double length() const noexcept { return isVertical() ? bounds_.height() : bounds_.width(); }
     double along(const QPointF& point) const noexcept;
 
-    /// On whole pixels along the slider.
+    /// Aligned to whole pixels along the slider.
     QRectF knobRect(double value) const noexcept;
     double knobCenter(double value) const noexcept;
 
-    /// Of a knob whose centre is pulled to `point`.
+    /// The value if the knob's centre is dragged to `point`.
     float valueAt(const QPointF& point) const noexcept;
 
-    /// After a drag from `start`, where the value was `startValue`, to `point`.
+    /// The value after a drag from `start`, where it was `startValue`, to `point`.
     float valueDragged(double startValue, const QPointF& start,
                        const QPointF& point) const noexcept;
 
-    /// The whole length and `thickness` across, half a pixel within, so that a line of one pixel
-    /// around it is sharp.
+    /// The track: the whole length and `thickness` across, inset by half a pixel, so that an
+    /// outline of one pixel is sharp.
     QRectF trackRect(double thickness) const noexcept;
 
-    /// What of `track` lies between the places `start` and `end`, with `margin` more on each side
-    /// across. Place 0 is where the track itself starts.
+    /// The part of `track` between the positions `start` and `end`, extended by `margin` on each
+    /// side across. Position 0 is the start of the track.
     QRectF piece(const QRectF& track, double start, double end, double margin = 0) const noexcept;
 
   private:

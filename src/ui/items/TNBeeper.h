@@ -11,9 +11,9 @@ namespace platform {
 class RunLoop;
 }
 
-/// Plays one of sixteen short sounds at a given volume, so that a person can judge it. One at a
-/// time: a new one cuts the one before short. What is needed for sound is loaded with the first
-/// one; where it cannot be had there is silence. Main thread only.
+/// Plays one of sixteen short sounds at a given volume, as a sample. A new sound replaces the
+/// previous one. The sound module is loaded on first use; without it there is silence. Main thread
+/// only.
 class TNBeeper {
   public:
     using Seconds = platform::SampleOutput::Seconds;
@@ -26,21 +26,21 @@ class TNBeeper {
     };
     static const std::array<Range, 16> ranges;
 
-    /// On the thread's run loop, with the recording of the bundle; made on first use, never
+    /// On the thread's run loop, with the recording of the bundle; created on first use, never
     /// destroyed.
     static TNBeeper& sharedBeeper();
 
     TNBeeper(platform::RunLoop& loop, MakeOutput makeOutput);
 
-    /// At `volume`, of the same scale as the sliders: 0 to 1, its cube is the gain. Numbers beyond
-    /// count as the nearest of these, no number as 0.
+    /// Plays at `volume`, on the same scale as the sliders: 0 to 1, its cube is the gain. Other
+    /// numbers are clamped, NaN counts as 0.
     void beepAtVolume(float volume);
 
   private:
     void stop();
 
     const MakeOutput makeOutput_;
-    bool hasOutput_ = false; // or has tried to
+    bool hasOutput_ = false; // or loading it failed
     std::unique_ptr<platform::SampleOutput> sound_;
     platform::Timer end_;
 };

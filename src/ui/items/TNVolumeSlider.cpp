@@ -46,7 +46,7 @@ void drawEmptyTrack(QPainter& painter, const QRectF& track) {
     painter.strokePath(path, QPen(whiteColor(0.04), 1));
 }
 
-/// What tells one picture from another.
+/// The key of a cached pixmap.
 struct Look {
     int width;
     int height;

@@ -2,7 +2,7 @@
 
 #include "ui/items/MVVolumeSlider.h"
 
-/// The volume slider as the window shows it: an inset dark track and a round bright knob. Main
+/// The volume slider in the window's style: an inset dark track and a round bright knob. Main
 /// thread only.
 class TNVolumeSlider final : public MVVolumeSlider {
     Q_OBJECT
@@ -10,7 +10,7 @@ class TNVolumeSlider final : public MVVolumeSlider {
   public:
     using MVVolumeSlider::MVVolumeSlider;
 
-    /// By a tenth of the whole, within 0 to 1, as assistive tools ask for it.
+    /// Move it by 0.1, within 0 to 1, for assistive tools.
     void increment();
     void decrement();
 
