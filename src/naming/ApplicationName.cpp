@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What sound libraries and runtimes say when the program says nothing.
+/// Default names of sound libraries and runtimes.
 constexpr std::string_view emptyNames[] = {"ALSA plug-in",
                                            "Audio Stream",
                                            "AudioIPC Server",

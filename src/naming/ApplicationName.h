@@ -10,36 +10,36 @@ struct ProgramCommand;
 
 /// Names for programs. Any thread.
 
-/// No name of an application has more bytes.
+/// The maximum length of an application's name, in bytes.
 inline constexpr std::size_t longestApplicationName = 127;
 
-/// What a person reads for the speech service, which is many programs. Like the names of desktop
-/// entries it is for both sides, so a translation belongs here.
+/// The displayed name of the speech service, which consists of many programs. Both sides use it,
+/// like the names of desktop entries, so translate it here.
 inline constexpr std::string_view speechName = "Speech";
 
-/// A text that a stranger chose as a name in one line: cut between two characters where it is too
-/// long, without blanks at its ends, and without what would disturb the line it stands in.
+/// A text from another program as a name in one line: truncated between two characters if it is too
+/// long, trimmed, and without characters that would disturb its line.
 std::string sanitizedName(std::string_view text);
 
-/// The name that a client of the sound server gives itself; of a name that a sound library gives
-/// the part that the program chose. Empty for one that says nothing about the program.
+/// The self-chosen name of a client of the sound server; of a name made by a sound library, the
+/// part that the program chose. Empty if it says nothing about the program.
 std::string meaningfulName(std::string_view claimed);
 
-/// The icon that a client of the sound server gives itself. Empty for one that its sound library or
-/// runtime has given it, as it gives it to every program.
+/// The self-chosen icon of a client of the sound server. Empty for the default icon of a sound
+/// library or runtime.
 std::string meaningfulIcon(std::string_view claimed);
 
-/// What to call a program that nobody has given a name: the file name of its executable, script or
-/// Windows program, or the folder of a game. Empty when the process is a bare interpreter.
+/// The fallback name of a program: the file name of its executable, script or Windows program, or
+/// the folder of a game. Empty for a bare interpreter.
 std::string programLabel(const ProgramCommand& command, const ProcessRecord& process);
 
-/// What a program may have been called before more was known of it than its file, by the path of
-/// its executable or AppImage. It goes on with what is remembered by that name. Empty for a file
-/// that runs programs of many names.
+/// The name that a program may have had when only its file was known, from the path of its
+/// executable or AppImage. It takes over the settings stored under that name. Empty for a file that
+/// runs programs of many names.
 std::string formerName(std::string_view path);
 
-/// What a program was started as, where that is a link to its executable; or empty. A program can
-/// put any word where that stands, so the link has to be there.
+/// The name of the link through which a program was started; or empty. A program can write any text
+/// into its first argument, so the link must exist.
 std::string linkName(const ProgramCommand& command, const ProcessRecord& process,
                      const ProgramFiles& files);
 

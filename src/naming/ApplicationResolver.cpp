@@ -10,7 +10,7 @@ namespace {
 /// Beyond that many processes, most of those that are kept have ended.
 constexpr std::size_t mostKept = 1024;
 
-/// Whether the answer depends on what the client says.
+/// Whether the result depends on the client's properties.
 bool isByClient(NameEvidence evidence) noexcept {
     return evidence == NameEvidence::none || evidence >= NameEvidence::clientId;
 }

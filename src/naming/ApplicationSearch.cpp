@@ -19,19 +19,19 @@ bool isInHome(std::string_view path) {
     return path.starts_with("/home/") || path.starts_with("/root/") || path.starts_with("/tmp/");
 }
 
-/// Whether the path lies where programs keep their own files, not where people do.
+/// Whether the path is in a folder for program files, not for the user's files.
 bool isHidden(std::string_view path) {
     return path.find("/.") != std::string_view::npos;
 }
 
-/// Where the program's own file lies, as far as that can be told.
+/// The path of the program's own file, as far as known.
 const std::string& located(const ProgramCommand& command) {
     return command.script.starts_with('/') ? command.script : command.program;
 }
 
 /// Whether an entry that has only the name in common with a program can mean it. An executable that
 /// lies elsewhere than the entry says is another version of it, or a part of another package. A
-/// script may start anything, but one that the system has installed does not start what a person
+/// script may start anything, but one that the system has installed does not start what the user
 /// has unpacked somewhere.
 bool mayMean(const DesktopEntry& entry, const ProgramCommand& command) {
     const std::string& path = located(command);
@@ -62,7 +62,7 @@ const DesktopEntry* bestOf(const Found& found, const ProcessRecord& process,
     return best != found.end() ? *best : nullptr;
 }
 
-/// The name without what tells the part that the program has in its package.
+/// The name without the suffix for the program's role in its package.
 std::string_view withoutRole(std::string_view name) {
     for (const std::string_view role : {"-server", "-gui", "-client", "-wrapped"}) {
         if (name.size() > role.size() && name.ends_with(role))
@@ -77,7 +77,7 @@ bool isPartOfOther(const ProgramCommand& command) {
                                [](const auto& word) { return word.starts_with("--type="); });
 }
 
-/// Whether the process only runs what its parent wants.
+/// Whether the process only does work for its parent.
 bool isPassedOver(ProgramKind kind, const ProgramCommand& command, const ProcessRecord& process) {
     const bool runsScript = kind == ProgramKind::shell &&
                             (!command.script.empty() ||
@@ -266,7 +266,7 @@ bool ApplicationSearch::isFamily(const Member& child, const Member& parent) cons
         return parent.evidence == NameEvidence::sandbox;
     if (child.kind == ProgramKind::webView)
         return true;
-    if (parent.kind == ProgramKind::speech) // a module runs the voice that a person has chosen
+    if (parent.kind == ProgramKind::speech) // a module runs the voice that the user has chosen
         return child.kind != ProgramKind::speech && child.entry == nullptr;
     if (child.kind == ProgramKind::soundTool)
         return parent.entry != nullptr && !parent.entry->startsOthers && !startsOthers(parent.kind);

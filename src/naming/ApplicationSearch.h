@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// The search for the application of one process: looks at the process, then at those above it as
-/// far as they are of its family. For one answer; what it takes by reference must outlive it.
+/// The search for the application of one process: examines the process, then its ancestors as far
+/// as they belong to its family. For one result only.
 class ApplicationSearch {
   public:
     ApplicationSearch(const ProcessRecord& process, const ClientProperties& client,
@@ -16,7 +16,7 @@ class ApplicationSearch {
     ApplicationIdentity answer();
 
   private:
-    /// A process, and the desktop entry that it has by itself.
+    /// A process, and its own desktop entry.
     struct Member {
         ProcessRecord process;
         ProgramCommand command;
@@ -48,8 +48,8 @@ class ApplicationSearch {
     const DesktopEntries& entries_;
     const ProcessView& processes_;
 
-    std::vector<Member> family_; ///< from the process in question to the main one
-    std::vector<pid_t> line_;    ///< its numbers, and those of what only runs it
+    std::vector<Member> family_; ///< from the process to the main one
+    std::vector<pid_t> line_;    ///< its pids, and those of processes that only run it
     std::string unitAbove_;      ///< of the process that started the family
-    std::string game_;           ///< the number of the game that Steam has started above
+    std::string game_;           ///< the id of the game that Steam has started in an ancestor
 };

@@ -102,7 +102,7 @@ bool DesktopEntries::refresh(platform::PathsWatch& watch) {
     bool isDifferent = refresh();
     if (!watch.isDue())
         return isDifferent;
-    // What comes before it is watched shows only to who looks again.
+    // What appears before it is watched is only seen by looking again.
     while (watch.follow(readPaths()))
         isDifferent |= refresh();
     return isDifferent;
@@ -187,7 +187,7 @@ void DesktopEntries::index(const DesktopEntry& entry) {
     add(byGame_, entry.command.game);
     add(byIcon_, entry.icon);
     if (entry.command.isRequest || !entry.command.sandbox.empty())
-        return; // the program is that of another application
+        return; // the program belongs to another application
     const std::string& located = entry.command.isInterpreted ? entry.script : entry.program;
     add(byProgram_, located);
     add(byFolder_, packageFolder(located));
@@ -244,7 +244,7 @@ DesktopEntries::Found DesktopEntries::ofWindow(std::string_view application) con
 
 DesktopEntries::Found DesktopEntries::ofSandbox(std::string_view application) const {
     Found found = in(bySandbox_, application);
-    // The entry that bears the application's name is the application, the others are its parts.
+    // The entry with the application's name is the application, the others are its parts.
     if (const DesktopEntry* const named = find(application))
         found.insert(found.begin(), named);
     return found;

@@ -17,19 +17,19 @@ namespace platform {
 class PathsWatch;
 } // namespace platform
 
-/// The desktop entries of the applications that are installed, by all that a program may be known
-/// by. An entry of an earlier folder takes the place of those of its id in later ones; a hidden one
-/// does too, and stands for none.
+/// The desktop entries of the installed applications, indexed by everything that can identify a
+/// program. An entry in an earlier folder replaces those with its id in later ones; a hidden one
+/// does too, and is then left out.
 ///
-/// A file is read once, and again when refresh() finds that it has changed. One thread; entries
-/// that have been answered are valid until the next refresh().
+/// A file is read once, and again when refresh() finds that it has changed. One thread; returned
+/// entries are valid until the next refresh().
 class DesktopEntries {
   public:
     using Found = std::vector<const DesktopEntry*>;
 
     /// The folders of entries, in the order of search: "applications" in $XDG_DATA_HOME and in each
-    /// of $XDG_DATA_DIRS, then where flatpak and snap put theirs, which services are not always
-    /// told.
+    /// of $XDG_DATA_DIRS, then those of flatpak and snap, which are not always in the environment
+    /// of services.
     static std::vector<std::string> usualFolders();
 
     /// Reads the entries. `files` must outlive the object.
@@ -38,57 +38,57 @@ class DesktopEntries {
     DesktopEntries(const DesktopEntries&) = delete;
     DesktopEntries& operator=(const DesktopEntries&) = delete;
 
-    /// Reads what is new or has changed. Whether there is any difference.
+    /// Reads new and changed files. Returns whether anything has changed.
     bool refresh();
 
-    /// The same, and has `watch` follow the folders of entries and all files in them.
+    /// The same, and makes `watch` follow the folders of entries and all files in them.
     bool refresh(platform::PathsWatch& watch);
 
-    /// Reads all of them again, in another language. Nothing is done if it is the same.
+    /// Reads all of them again in another language. Does nothing if it is the same.
     void setLanguages(const std::string& languages);
 
-    /// Grows with each difference: what was found before may not hold any more.
+    /// Grows with each change: earlier results may then be outdated.
     std::uint64_t generation() const noexcept { return generation_; }
 
     const std::vector<std::string>& folders() const noexcept { return folders_; }
 
-    /// Where programs are looked for.
+    /// The file system in which programs are searched.
     const ProgramFiles& files() const noexcept { return files_; }
 
     std::size_t size() const noexcept { return entries_.size(); }
 
-    /// The one of the id, with or without ".desktop", or null.
+    /// The entry with this id, with or without ".desktop", or null.
     const DesktopEntry* find(std::string_view id) const;
 
-    /// The one that was read from the file, or that a link leads to it from; or null.
+    /// The entry that was read from the file, or from a link to it; or null.
     const DesktopEntry* ofFile(std::string_view path) const;
 
-    /// The first one that a person knows by this name, cut as names of applications are; or null.
+    /// The first entry with this displayed name, truncated like names of applications; or null.
     const DesktopEntry* called(std::string_view name) const;
 
-    /// Those whose program or script is the file, whatever links lead there.
+    /// Those whose program or script is the file, with links resolved.
     Found ofProgram(std::string_view path) const;
 
-    /// Those whose program has a folder of its own in which the file lies.
+    /// Those whose program has its own folder which contains the file.
     Found ofFolder(std::string_view path) const;
 
-    /// Those whose command, or whose id, is the bare name of a program.
+    /// Those whose command, or whose id, is this name of a program without a path.
     Found ofName(std::string_view name) const;
 
-    /// Those that call their windows so, in any case of letters.
+    /// Those with this window class, ignoring case.
     Found ofWindow(std::string_view application) const;
 
     /// Those that start an application in a sandbox, named as by sandboxApplication().
     Found ofSandbox(std::string_view application) const;
 
-    /// The one that has Steam start the game, or null.
+    /// The entry that starts this Steam game, or null.
     const DesktopEntry* ofGame(std::string_view number) const;
 
-    /// The one that has this icon and no other's, or null.
+    /// The only entry with this icon, or null.
     const DesktopEntry* ofIcon(std::string_view icon) const;
 
   private:
-    /// What tells that a file has been written since.
+    /// Detects that a file has been written since.
     struct Stamp {
         dev_t device = 0;
         ino_t number = 0;
@@ -124,7 +124,7 @@ class DesktopEntries {
 
     std::map<std::string, File> known_; // by path
     std::vector<std::string> subfolders_;
-    std::vector<const DesktopEntry*> entries_; // one for each id, by the order of search
+    std::vector<const DesktopEntry*> entries_; // one for each id, in search order
     std::unordered_map<std::string, const DesktopEntry*, TextHash, std::equal_to<>> byId_;
     Index byProgram_;
     Index byFolder_;

@@ -11,17 +11,17 @@ class RunLoop;
 
 class DesktopEntries;
 
-/// Keeps desktop entries as they are in their folders, some of which may be missing and appear
-/// later. A burst of changes, as by a package manager, is read 0.2 s after its beginning, and what
-/// follows in the same manner.
+/// Keeps desktop entries up to date with their folders, some of which may be created later. A burst
+/// of changes, for example by a package manager, is read 0.2 s after its beginning, and later
+/// changes likewise.
 ///
-/// One thread, that of the run loop, which has to serve the main queue, since the changes come by
-/// that.
+/// One thread, that of the run loop, which must serve the main queue, since the changes arrive
+/// through it.
 class DesktopEntriesWatch {
   public:
-    /// Begins to watch, and reads what has changed since the entries were read. `changed` is
-    /// called from the run loop after each difference; it may destroy the watch. `entries` must
-    /// outlive the object.
+    /// Starts to watch, and reads what has changed since the entries were read. `changed` is called
+    /// from the run loop after each change; it may destroy the watch. `entries` must outlive the
+    /// object.
     DesktopEntriesWatch(platform::RunLoop& loop, DesktopEntries& entries,
                         std::function<void()> changed);
 

@@ -22,16 +22,15 @@ struct DesktopEnvironment {
     static DesktopEnvironment current(std::string languages);
 };
 
-/// What a desktop entry of an application says. The texts are as in the file: anybody may have
-/// written them.
+/// The content of an application's desktop entry. The texts are as in the file and not trusted.
 struct DesktopEntry {
-    std::string id;   ///< without ".desktop"; an entry in a subfolder has its name in front
+    std::string id;   ///< without ".desktop"; with the name of a subfolder in front
     std::string path; ///< the file
-    std::string name; ///< in the person's language
-    std::string icon; ///< a name in the icon theme, or a path; empty when it has none
+    std::string name; ///< in the user's language
+    std::string icon; ///< a name in the icon theme, or a path; empty if it has none
     ProgramCommand command;
 
-    /// Where the command's program and script lie, links resolved. Empty when there are none.
+    /// The paths of the command's program and script, links resolved. Empty if there are none.
     std::string program;
     std::string script;
 
@@ -40,15 +39,15 @@ struct DesktopEntry {
     std::string snap;        ///< the snap that it starts, as "snap.name", and its part
     std::string snapPart;
     bool isShown = false;     ///< in the menus of this desktop
-    bool isForPeople = false; ///< in the menus of some desktop, whichever this is
+    bool isForPeople = false; ///< in the menus of any desktop
 
-    /// Whether the program is a terminal, an editor, a starter of games or a file manager.
+    /// Whether the program is a terminal, an editor, a game launcher or a file manager.
     bool startsOthers = false;
     bool programIsScript = false; ///< the program is a script that starts something else
 };
 
-/// Reads the entry of the id from a file. Nothing for one that is damaged, is no application, is
-/// hidden, or whose TryExec names a program that is not installed. Any thread.
+/// Reads the entry with this id from a file. Nothing if it is damaged, not an application, hidden,
+/// or if its TryExec program is not installed. Any thread.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
                                              const DesktopEnvironment& environment,
                                              const ProgramFiles& files);

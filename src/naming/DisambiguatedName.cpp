@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Whether what lies there is mostly made anew at each start, under another name.
+/// Whether entries of this folder are mostly created anew at each start, under new names.
 bool isTemporary(std::string_view path) {
     return path.starts_with("/tmp/") || path.starts_with("/var/tmp/") ||
            path.starts_with("/dev/shm/");
@@ -27,7 +27,7 @@ std::string withFolder(const std::string& plain, const std::string& folder) {
     return sanitizedName(plain + " (" + folder + ")");
 }
 
-/// Whether the folder at this place tells a program from the others.
+/// Whether the folder at this index distinguishes a program from the others.
 bool isTelling(const std::string& folder, std::size_t place,
                std::span<const NamedProgram* const> others) {
     return std::ranges::none_of(others, [&](const NamedProgram* other) {
@@ -67,7 +67,7 @@ std::string disambiguatedName(const std::string& plain, const std::vector<std::s
         if (other.name == plain)
             namesakes.push_back(&other);
     }
-    // Where nobody knows the folder of one, they may be the same.
+    // If the folder of one is unknown, they may be the same.
     if (namesakes.empty() || std::ranges::any_of(namesakes, [](const NamedProgram* other) {
             return other->folders.empty();
         }))

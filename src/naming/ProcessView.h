@@ -6,34 +6,34 @@
 #include <sys/types.h>
 #include <vector>
 
-/// What can be seen of a process from outside. Numbers are those of our own pid namespace, empty
-/// texts are facts that the kernel hides from us.
+/// The visible facts about a process. Pids are those of our own pid namespace; empty texts are
+/// facts that we cannot access.
 struct ProcessRecord {
     pid_t pid = 0;
     pid_t parent = 0;
     std::uint64_t startTime = 0; ///< in clock ticks since boot
-    pid_t session = 0;           ///< of processes: the number of the one that began it; or 0
+    pid_t session = 0;           ///< the pid of the process session's leader; or 0
     uid_t user = 0;              ///< the effective one
-    std::string executable;      ///< full path; for a process with a root of its own as seen there
+    std::string executable;      ///< full path; for a process with its own root, the path in there
     std::vector<std::string> arguments; ///< the whole command line
     std::string controlGroups;          ///< as the kernel lists them, a line for each hierarchy
     std::string sandbox;                ///< see sandboxApplication()
 
-    /// The desktop entry's file that the desktop has started this very process from. Only an
-    /// environment that names the process itself counts, since children inherit it.
+    /// The file of the desktop entry from which the desktop started this process. The environment
+    /// counts only if it contains the process's own pid, since children inherit it.
     std::string launchedEntry;
 
     /// The AppImage whose contents the executable belongs to.
     std::string appImage;
 
-    /// What the process's windows call their application (X11's class, Wayland's app id), where
-    /// somebody has seen windows. They tell that a person sees the program, not its name: see
+    /// The application ids of the process's windows (X11's class, Wayland's app id), if windows are
+    /// known. They show that the program is visible to the user, but are not used for its name: see
     /// ApplicationResolver.
     std::vector<std::string> windows = {};
 };
 
-/// The processes of a machine: those that run, or recorded ones. The default reads /proc. Any
-/// thread, if the derived class has no state.
+/// The processes of a machine: running or recorded ones. The default reads /proc. Any thread, if
+/// the derived class has no state.
 class ProcessView {
   public:
     virtual ~ProcessView() = default;
@@ -41,9 +41,9 @@ class ProcessView {
     /// Nothing for a process that has ended.
     virtual std::optional<ProcessRecord> process(pid_t pid) const;
 
-    /// As the record says; cheaper.
+    /// The record's start time; cheaper than process().
     virtual std::optional<std::uint64_t> startTime(pid_t pid) const;
 
-    /// Those of one user, in the order of their numbers.
+    /// The processes of one user, in the order of their pids.
     virtual std::vector<pid_t> processesOf(uid_t user) const;
 };

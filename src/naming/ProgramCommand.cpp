@@ -38,7 +38,7 @@ Words withoutOptions(Words words, std::initializer_list<std::string_view> valued
     return words;
 }
 
-/// What is left of a command that begins with one that only runs another, or all of it.
+/// The command without a leading wrapper, if there is one.
 Words withoutWrapper(Words words) {
     const std::string_view name = fileName(words.front());
     const Words rest = words.subspan(1);
@@ -237,7 +237,7 @@ constexpr std::array<std::string_view, 22> sharedFolders{"/",
                                                          "/var"};
 
 bool isShared(std::string_view folder) {
-    // The architecture's part of /usr/lib, and a person's home and what every home has.
+    // The architecture's folder in /usr/lib, home folders, and the standard folders of every home.
     if (std::ranges::find(sharedFolders, folder) != sharedFolders.end())
         return true;
     const std::string_view above = folderName(folder);

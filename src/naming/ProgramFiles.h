@@ -3,16 +3,16 @@
 #include <string>
 #include <vector>
 
-/// What the file system says about programs. The default asks the one that we run on; recorded
-/// situations answer from plain data. Any thread, as long as none changes the environment.
+/// Facts about programs from the file system. The default uses the real one; tests use recorded
+/// data. Any thread, as long as none changes the environment.
 class ProgramFiles {
   public:
     ProgramFiles();
     explicit ProgramFiles(std::vector<std::string> searchPath);
     virtual ~ProgramFiles() = default;
 
-    /// The full path of the program that the first word of a command stands for, found as a shell
-    /// finds it. Links are not resolved. Empty when there is no such program.
+    /// The full path of the program for the first word of a command, found as a shell does. Links
+    /// are not resolved. Empty if there is no such program.
     std::string find(const std::string& word) const;
 
     /// Whether a link of that name, on the search path or beside the executable, leads to it.
@@ -20,14 +20,14 @@ class ProgramFiles {
 
     virtual bool isExecutable(const std::string& path) const;
 
-    /// The path with its links resolved; as it is when there is no such file.
+    /// The path with its links resolved; unchanged if there is no such file.
     virtual std::string resolved(const std::string& path) const;
 
-    /// Whether an interpreter runs the file, so that the process it becomes has another executable.
+    /// Whether the file is a script, so that its process has the interpreter's executable.
     virtual bool isScript(const std::string& path) const;
 
   private:
-    // $PATH, and where systems and people keep programs: services often have a shorter one than
-    // sessions, and both have to find the same.
+    // $PATH, and the usual folders of programs: services often have a shorter $PATH than sessions,
+    // and both must find the same programs.
     std::vector<std::string> searchPath_;
 };

@@ -2,37 +2,37 @@
 
 #include <string_view>
 
-/// What a program does for others. It decides whether a process may have its name from the process
-/// that started it. Any thread.
+/// The kind of a program, which decides whether the processes that it starts may be named after it.
+/// Any thread.
 enum class ProgramKind {
     other,
-    shell,     ///< what people type commands into; it also runs scripts
-    terminal,  ///< terminals, and what keeps them or logs in
-    editor,    ///< runs what its user works on
+    shell,     ///< interactive shells, which also run scripts
+    terminal,  ///< terminals, terminal multiplexers, logins
+    editor,    ///< runs what the user is working on
     launcher,  ///< starts games and programs
-    session,   ///< the desktop, the system's own processes
-    wrapper,   ///< makes a sandbox or other surroundings, then runs one program in it
+    session,   ///< the desktop and system processes
+    wrapper,   ///< creates a sandbox or another environment, then runs one program in it
     browser,   ///< shows web pages
-    webView,   ///< shows pages for the program that it belongs to
-    soundTool, ///< plays a sound at the command line, often for another program
+    webView,   ///< a web engine's process of another program
+    soundTool, ///< a command-line player, often run by another program
     speech,    ///< the desktop's speech service, or one of its modules
 };
 
-/// Of an executable, by its path or file name.
+/// The kind of an executable, from its path or file name.
 ProgramKind programKind(std::string_view executable);
 
-/// Whether what such a program starts is a program of its own: a person does not take the one for
-/// the other.
+/// Whether programs of this kind start independent programs, which the user does not confuse with
+/// them.
 bool startsOthers(ProgramKind kind) noexcept;
 
-/// Whether an executable shows web pages, by its path or file name: a browser, a part of one, or
-/// the runtime of programs that are made of pages.
+/// Whether an executable shows web pages, from its path or file name: a browser, a part of one, or
+/// the runtime of web applications.
 bool showsPages(std::string_view executable);
 
-/// What an executable runs in place of being a program itself.
+/// What an interpreter or runtime executes.
 enum class ProgramRuntime { none, script, module, shell, java, electron, wine };
 
-/// Of an executable, by its path or file name.
+/// The kind of an executable, from its path or file name.
 ProgramRuntime programRuntime(std::string_view executable);
 
 /// The last component of a path, of a Windows path too.

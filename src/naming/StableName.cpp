@@ -24,7 +24,7 @@ std::string_view withoutLetter(std::string_view text) {
     return text;
 }
 
-/// A part of a name that tells the version or the machine, not the program.
+/// A part of a name that is a version or machine type.
 bool isVersionPart(std::string_view part) {
     constexpr std::string_view parts[] = {"x86_64", "x86",   "amd64",  "arm64", "aarch64", "i386",
                                           "linux",  "Linux", "stable", "x64",   "64bit"};

@@ -8,18 +8,18 @@ struct DesktopEntry;
 struct ProcessRecord;
 class ProcessView;
 
-/// Whether a process is the one that a desktop has started in the process's systemd unit: then it
-/// is the application that the unit is named for. What else runs there, that application has
-/// started, and it may outlive it.
+/// Whether a process is the one that the desktop started in its systemd unit: then it is the
+/// application that the unit is named after. Other processes of the unit were started by that
+/// application, and may outlive it.
 ///
-/// `line` are the numbers of the process itself, of its family and of what only runs it. A scope
-/// that bears a process's number stands for that one; systemd gives a service's process a session
-/// of its own. Where neither tells, the oldest process of the unit counts, and it only when the
-/// `entry` starts something that becomes another program. Any thread that `processes` allows.
+/// `line` contains the pids of the process, of its family and of what only runs it. A scope whose
+/// name contains a pid belongs to that process; systemd gives a service's process its own session.
+/// Otherwise it is the oldest process of the unit, but only if the program of `entry` executes
+/// another one. Any thread that `processes` allows.
 bool isUnitMainProcess(const std::string& unit, const DesktopEntry& entry,
                        const ProcessRecord& process, std::span<const pid_t> line,
                        const ProcessView& processes);
 
-/// Whether the entry's program becomes another one that nobody knows from the entry: it is a
-/// script, or nobody can tell what it is.
+/// Whether the entry's program may execute another one that the entry does not name: it is a
+/// script, or unknown.
 bool mayExecAnother(const DesktopEntry& entry);
