@@ -73,7 +73,7 @@ ApplicationIdentity ApplicationScan::identify(pid_t process, const std::string& 
                                               const std::string& executable) {
     prepare();
     if (const auto start = processes_->startTime(process)) {
-        resolver_->forget(process); // it may have become another program
+        resolver_->forget(process); // it may have executed another program
         const ApplicationIdentity& found = resolver_->resolve(process, *start);
         if (isDisambiguatedName(name, found.name, found.folders))
             return found;

@@ -19,9 +19,9 @@ namespace platform {
 class DispatchQueue;
 } // namespace platform
 
-/// Finds out which applications run, and what is known of a program by its name. Reads the desktop
-/// entries at the first question, which takes its time, and those that have changed at each look.
-/// One thread at a time, which need not be the main one.
+/// Finds the running applications, and identifies programs by name. The first call reads the
+/// desktop entries, which takes a while; later calls read changed ones. One thread at a time, which
+/// need not be the main one.
 class ApplicationScan {
   public:
     struct Environment {
@@ -30,25 +30,25 @@ class ApplicationScan {
         SessionOfUser session;
     };
 
-    /// Of this machine, person and session, with names in the language of messages. Reads the
+    /// For this machine, user and session, with names in the message language. Reads the
     /// environment.
     static std::shared_ptr<ApplicationScan> live();
 
     explicit ApplicationScan(Environment environment,
                              std::unique_ptr<ProcessView> processes = nullptr);
 
-    /// Has running() follow the desktop entries from now on: when they may have changed, `changed`
-    /// is called on the queue, which has to be the one where this object is used. The next
-    /// running() reads them, and until then nothing is told again.
+    /// Watches the desktop entries from now on: when they may have changed, `changed` is called on
+    /// the queue, which must be the one on which this object is used. It is called again only after
+    /// the next running(), which reads them.
     void watchEntries(std::shared_ptr<platform::DispatchQueue> queue,
                       std::function<void()> changed);
 
-    /// The regular applications. Of processes `withWindows` none is taken for a service. If this
-    /// one is of an application that is listed, it is the main process.
+    /// The regular applications. A process in `withWindows` is never taken for a service. For our
+    /// own application, this process is the main process.
     std::vector<ApplicationIdentity> running(const std::set<pid_t>& withWindows);
 
-    /// What is known of a program that the audio plug-in has named. The plug-in may know it by what
-    /// it has told the sound server; then there is at least the desktop entry of that name.
+    /// Identifies a program that the audio plug-in has named. If the plug-in named it after its
+    /// sound client, at least the desktop entry of that name is found.
     ApplicationIdentity identify(pid_t process, const std::string& name,
                                  const std::string& executable);
 
@@ -60,7 +60,7 @@ class ApplicationScan {
     const Environment environment_;
     const ProgramFiles files_;
     const std::unique_ptr<ProcessView> processes_;
-    std::optional<DesktopEntries> entries_; // from the first question on
+    std::optional<DesktopEntries> entries_; // from the first call on
     std::optional<ApplicationResolver> resolver_;
     std::optional<platform::PathsWatch> watch_;
 };

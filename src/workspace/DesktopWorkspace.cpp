@@ -78,7 +78,7 @@ DesktopWorkspace::~DesktopWorkspace() {
     *self_ = nullptr;
 }
 
-/// Of a change that the desktop tells of.
+/// After a change that the desktop has reported.
 void DesktopWorkspace::hear() {
     if (!soon_.isActive())
         soon_.startAt(std::max(platform::MonotonicClock::now() + burstLength, nextLook_));
@@ -125,7 +125,8 @@ void DesktopWorkspace::take(const Identities& running) {
         tellRunningApplications();
 }
 
-/// After a look that has read other entries: whether there is something that is to be asked anew.
+/// After a scan that has read changed entries: marks known programs as outdated. Returns whether
+/// there are any.
 bool DesktopWorkspace::outdate() {
     if (!std::exchange(isReadingNews_, false))
         return false;
@@ -134,7 +135,7 @@ bool DesktopWorkspace::outdate() {
     return !identified_.isEmpty();
 }
 
-/// Systemd and the window manager do not tell of what a person has started in a terminal.
+/// Systemd and the window manager do not report what the user starts in a terminal.
 void DesktopWorkspace::watchEnds() {
     std::set<pid_t> wanted;
     for (const ApplicationIdentity& each : std::as_const(known_))

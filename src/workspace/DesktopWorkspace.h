@@ -20,15 +20,14 @@ class DispatchQueue;
 class RunLoop;
 } // namespace platform
 
-/// The workspace of the desktop that we run on. It looks at the processes, on a queue of its own,
-/// when it hears of something: from systemd's manager of the person's session, from the window
-/// manager, from the kernel when an application that it knows has ended or a desktop entry has
-/// changed, or from whoever asks it to. It looks again a little later, since many programs need a
-/// moment to become what they are. While nothing happens it does nothing.
+/// The workspace of the real desktop. It scans the processes, on its own queue, after events: from
+/// systemd's user manager, from the window manager, from the kernel when a known application has
+/// ended or a desktop entry has changed, or on request. It scans again a little later, since many
+/// programs take a moment to start. It does not poll.
 class DesktopWorkspace final : public Workspace {
   public:
-    /// Begins to look. `loop` is the main thread's and serves the main queue; `bus` is where
-    /// systemd's manager may be.
+    /// Starts the first scan. `loop` is the main thread's and serves the main queue; `bus` is the
+    /// bus of systemd's user manager.
     DesktopWorkspace(platform::RunLoop& loop, std::shared_ptr<ApplicationScan> scan,
                      const QDBusConnection& bus);
     ~DesktopWorkspace() override;
@@ -42,14 +41,14 @@ class DesktopWorkspace final : public Workspace {
     QString whyNamed(const ProgramReference& program) const override;
     void setTileColors(const TileColors& colors) override;
 
-    /// Whether systemd tells of changes.
+    /// Whether systemd reports changes.
     bool hearsOfUnits() const noexcept { return units_.isListening(); }
 
   private:
     using Identities = std::vector<ApplicationIdentity>;
     using ByName = QHash<QString, ApplicationIdentity>;
     struct Identified {
-        std::uint32_t pid = 0; // that has been asked about
+        std::uint32_t pid = 0; // the pid that was asked about
         ApplicationIdentity identity;
         bool isOutdated = false;
     };
@@ -73,14 +72,14 @@ class DesktopWorkspace final : public Workspace {
     mutable ProgramIcons icons_;
 
     std::optional<QList<RunningApplication>> running_;
-    ByName known_;                          // what runs
-    QHash<QString, Identified> identified_; // what else has been asked about
+    ByName known_;                          // running applications
+    QHash<QString, Identified> identified_; // other programs that were asked about
     mutable std::vector<ProgramReference> asked_;
-    std::vector<ProgramReference> underway_; // of what has been asked
+    std::vector<ProgramReference> underway_; // requests in progress
     std::map<pid_t, std::unique_ptr<platform::ProcessWatch>> ends_;
     bool isLooking_ = false;
-    bool hasNews_ = false;         // since the look began
-    bool haveEntriesNews_ = false; // that no look has read
+    bool hasNews_ = false;         // since the scan began
+    bool haveEntriesNews_ = false; // that no scan has read
     bool isReadingNews_ = false;   // of entries
     platform::MonotonicClock::time_point nextLook_;
 
@@ -89,5 +88,5 @@ class DesktopWorkspace final : public Workspace {
     mutable platform::Timer asking_;
     const UnitWatch units_;
     const WindowList windows_;
-    const std::shared_ptr<DesktopWorkspace*> self_; // null after the destruction
+    const std::shared_ptr<DesktopWorkspace*> self_; // null after destruction
 };

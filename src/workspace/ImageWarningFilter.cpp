@@ -24,7 +24,7 @@ void ImageWarningFilter::setReporter(Reporter newReporter) noexcept {
     reporter = newReporter;
 }
 
-/// The usual handler is known before another thread can come to ours.
+/// The former handler is stored before another thread can call ours.
 ImageWarningFilter::ImageWarningFilter() {
     if (depth++ > 0)
         return;

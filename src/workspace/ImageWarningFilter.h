@@ -2,15 +2,15 @@
 
 class QString;
 
-/// While one lives, images of other programs are read or drawn. What Qt says of damaged ones
-/// (categories such as qt.svg, but also of fonts and colors that an image asks for) concerns no
-/// person at a terminal: it goes to the reporter instead of Qt's message handler. What other
-/// threads say, and fatal messages, go where they always do. They may be nested. Main thread only.
+/// Create one while reading or drawing images of other programs. Qt's warnings about damaged images
+/// (categories such as qt.svg, but also about fonts and colors that an image uses) are of no
+/// interest on a terminal: they go to the reporter instead of Qt's message handler. Messages of
+/// other threads and fatal messages are not affected. Filters may be nested. Main thread only.
 class ImageWarningFilter {
   public:
     using Reporter = void (*)(const QString& message);
 
-    /// Null, as in the beginning: nobody is told.
+    /// Null, the default: warnings are dropped.
     static void setReporter(Reporter reporter) noexcept;
 
     ImageWarningFilter();

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The first character, as a person counts, that is a letter or a number; else the first one.
+/// The first grapheme that is a letter or a number; else the first one.
 QString initialOf(const QString& name) {
     QString first;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, name);

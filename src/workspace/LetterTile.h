@@ -4,7 +4,7 @@
 #include <QIcon>
 #include <QString>
 
-/// What letter tiles are painted with.
+/// The colours of letter tiles.
 struct TileColors {
     QColor tile = {0x60, 0x68, 0x70};
     QColor letter = {0xe8, 0xea, 0xec};

@@ -6,17 +6,17 @@
 #include <QIcon>
 #include <QString>
 
-/// The icons of programs, from the desktop's theme. What has been answered is kept, so that the
-/// same question has the same icon. The main thread only, with an application object.
+/// The icons of programs, from the desktop's theme. Results are cached, so that the same arguments
+/// return the same icon. Main thread only, with an application object.
 class ProgramIcons {
   public:
-    /// Has Qt look also where programs without a theme put their icons.
+    /// Adds the folders of icons without a theme to Qt's search paths.
     ProgramIcons();
 
     void setTileColors(const TileColors& colors);
 
-    /// The one of the name in the theme or of the file that `icon` is; else the theme's for the
-    /// file name of `executable`; else a tile with the first letter of `name`. Never null.
+    /// The icon for `icon`, a name in the theme or a file; else the theme's icon for the file name
+    /// of `executable`; else a tile with the first letter of `name`. Never null.
     QIcon icon(const QString& icon, const QString& executable, const QString& name);
 
   private:

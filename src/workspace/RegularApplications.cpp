@@ -31,7 +31,7 @@ class Snapshot final : public ProcessView {
     mutable std::map<pid_t, std::optional<ProcessRecord>> known_;
 };
 
-/// Whether the process waits in the background for others to need it.
+/// Whether the process waits in the background for work.
 bool isService(const ProcessRecord& process) {
     constexpr std::string_view marks[] = {"--gapplication-service", "--daemon", "--daemonize",
                                           "--service"};

@@ -69,7 +69,7 @@ class UnitWatch::Receiver : public QObject {
     }
 
   private:
-    /// The manager sends no signals before somebody asks it to.
+    /// The manager sends no signals before a client subscribes.
     void subscribe() {
         auto message = QDBusMessage::createMethodCall(busName(), objectPath(), interfaceName(),
                                                       QStringLiteral("Subscribe"));

@@ -5,9 +5,10 @@
 #include <functional>
 #include <memory>
 
-/// Tells when the systemd manager of a bus, on the session bus the person's own, starts or ends
-/// something that may be an application: a scope or a service. Silent on a bus without one. Begins
-/// anew with a manager that comes later. Never waits for the bus. The main thread only.
+/// Reports when the systemd manager on a bus, which on the session bus is the user manager, starts
+/// or ends a scope or a service, which may be an application. Does nothing on a bus without a
+/// manager, and starts again with a manager that appears later. Never waits for the bus. Main
+/// thread only.
 class UnitWatch {
   public:
     /// `changed` may be called many times in a burst; before a new unit's processes run, or after.
@@ -16,7 +17,7 @@ class UnitWatch {
     UnitWatch(const UnitWatch&) = delete;
     UnitWatch& operator=(const UnitWatch&) = delete;
 
-    /// Whether a manager has said that it will tell.
+    /// Whether a manager has accepted the subscription.
     bool isListening() const noexcept;
 
   private:

@@ -26,7 +26,7 @@ xcb_get_property_cookie_t askFor(xcb_window_t window, xcb_atom_t property, xcb_a
     return xcb_get_property(connection(), 0, window, property, type, 0, length);
 }
 
-/// The numbers of a property; none when the window has gone.
+/// The values of a property; none if the window no longer exists.
 std::vector<std::uint32_t> atomReply(xcb_get_property_cookie_t question) {
     const Owned<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(connection(), question, nullptr));

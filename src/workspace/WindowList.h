@@ -7,18 +7,18 @@
 #include <set>
 #include <sys/types.h>
 
-/// The windows of an X11 desktop, as its window manager lists them. Where Qt does not draw on X11
-/// there are none. The main thread only, with an application object.
+/// The windows of an X11 desktop, from its window manager. Empty if Qt does not use X11. Main
+/// thread only, with an application object.
 class WindowList final : private QAbstractNativeEventFilter {
   public:
-    /// `changed` is called when windows have come or gone.
+    /// `changed` is called when windows have been added or removed.
     explicit WindowList(std::function<void()> changed);
     ~WindowList() override;
     WindowList(const WindowList&) = delete;
     WindowList& operator=(const WindowList&) = delete;
 
-    /// The processes that say that the windows are theirs. Asks the X server, which takes two round
-    /// trips.
+    /// The processes of the windows, according to their properties. Takes two round trips to the X
+    /// server.
     std::set<pid_t> owners() const;
 
   private:

@@ -10,57 +10,58 @@
 #include <functional>
 #include <optional>
 
-/// A program that a person would say is running in this session.
+/// A program that the user would consider running in this session.
 struct RunningApplication {
     std::uint32_t pid = 0; ///< of its main process
-    QString localizedName; ///< the same that the audio plug-in gives it, should it play
-    QString bundlePath;    ///< its desktop entry; empty when it has none
+    QString localizedName; ///< the same as the audio plug-in uses when it plays
+    QString bundlePath;    ///< its desktop entry; empty if it has none
     QString executablePath = {};
 
     bool operator==(const RunningApplication&) const = default;
 };
 
-/// What a program is known by to whoever asks about it.
+/// Identifies a program in queries.
 struct ProgramReference {
     std::uint32_t pid = 0; ///< of its main process
     QString name;
     QString path; ///< of its executable; empty when unknown
 };
 
-/// What the desktop knows of programs: which of them run, what they look like, and why they are
-/// called so. An interface, so that tests hand in plain data. The main thread only, with an
-/// application object.
+/// The desktop's knowledge of programs: the running ones, their icons, and the reasons for their
+/// names. An interface, so that tests can use plain data. Main thread only, with an application
+/// object.
 class Workspace {
   public:
-    /// The desktop's own, never destroyed; begins to look when it is first asked for, which is
-    /// after the thread's run loop has been made.
+    /// The real desktop's workspace, never destroyed. Created on first use, which must be after the
+    /// creation of the thread's run loop.
     static Workspace& shared();
 
     virtual ~Workspace() = default;
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
 
-    /// The regular ones, in the order in which they came. Nothing before the first look is over.
+    /// The regular applications, in the order in which they appeared. Nothing before the first scan
+    /// is complete.
     virtual std::optional<QList<RunningApplication>> runningApplications() const = 0;
 
-    /// Has the list be brought up to date soon, for changes that the desktop does not tell of.
+    /// Updates the list soon, for changes that the desktop does not report.
     virtual void lookAgain() = 0;
 
     /// A program's icon, else a tile with its letter. Never null; the same one until a change is
-    /// told. When nothing is known of a program yet, that is found out, and the change told.
+    /// reported. An unknown program is looked up in the background, and the change reported.
     virtual QIcon iconForProgram(const ProgramReference& program) const = 0;
 
-    /// What stands for a program of which nothing is known. Never null.
+    /// The icon of an unknown program. Never null.
     virtual QIcon genericApplicationIcon() const = 0;
 
-    /// A sentence for a person: why the program has its name. Empty as long as that is not known.
+    /// A sentence for the user: the reason for the program's name. Empty while unknown.
     virtual QString whyNamed(const ProgramReference& program) const = 0;
 
-    /// For all tiles; a change of the icons, which is told.
+    /// Sets the colours of all tiles, and reports a change of the icons.
     virtual void setTileColors(const TileColors& colors) = 0;
 
-    /// Has `handler` be called after runningApplications(), or an icon, has changed, in place of
-    /// the one before; null for none.
+    /// Sets the handler that is called after runningApplications() or an icon has changed; null for
+    /// none.
     void setRunningApplicationsHandler(std::function<void()> handler) {
         handler_ = std::move(handler);
     }
