@@ -5,20 +5,19 @@
 #include <string_view>
 #include <vector>
 
-/// The names of the programs that get no item, for the application and its plug-ins. Plain data,
-/// any thread.
+/// The names of ignored programs, for the application and its plug-ins. Plain data, any thread.
 
-/// The built-in ones, UTF-8, in no order that matters.
+/// The built-in names, UTF-8, unordered.
 std::span<const std::string_view> builtInIgnoredNames() noexcept;
 
-/// The ignore list as the preferences hold it.
+/// The ignore list as stored in the preferences.
 struct IgnoredNames {
-    std::vector<std::string> custom;          ///< the person's own names
-    std::vector<std::string> disabledBuiltIn; ///< built-in ones, exactly, that do not count
+    std::vector<std::string> custom;          ///< the user's own names
+    std::vector<std::string> disabledBuiltIn; ///< built-in names that are switched off, exact
 
     bool operator==(const IgnoredNames&) const = default;
 
-    /// Whether a program of this name, which is not what is displayed, gets no item. Case does not
-    /// count, whatever the locale, and what a property list cannot hold is as it makes it.
+    /// Whether a program with this name, which is not the displayed one, is ignored. Ignores case,
+    /// in any locale, and compares names as a property list stores them.
     bool contains(std::string_view name) const;
 };

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-// What application and plug-in say to each other on the session bus.
+// The data that application and plug-in exchange on the session bus.
 
 /// The setting of a program, by the name that is displayed; (sib) on the bus.
 struct NamedSetting {
@@ -21,17 +21,17 @@ struct NamedSetting {
 QDBusArgument& operator<<(QDBusArgument& argument, const NamedSetting& setting);
 const QDBusArgument& operator>>(const QDBusArgument& argument, NamedSetting& setting);
 
-/// To be called before a list of them is sent or taken.
+/// Call this before sending or receiving a list of them.
 void registerNamedSettings();
 
-/// What the application remembers.
+/// The application's stored settings, as sent to the plug-in.
 struct PreferencesMessage {
-    /// A longer one, in bytes, is refused.
+    /// The maximum size in bytes; longer messages are refused.
     static constexpr qsizetype longest = 1 << 20;
 
-    QString file;           ///< where it is kept
-    QByteArray preferences; ///< a property list, as the file holds it
-    QStringList news;       ///< the names in it that a person has set since the plug-in last heard
+    QString file;           ///< the file that contains them
+    QByteArray preferences; ///< a property list, as in the file
+    QStringList news;       ///< the names in it that the user has changed since the last message
 };
 
 Q_DECLARE_METATYPE(NamedSetting)

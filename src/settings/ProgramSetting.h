@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a person has set for one program, wherever it travels: in the preferences, over the session
+/// What the user has set for one program, wherever it travels: in the preferences, over the session
 /// bus, between application and plug-in. Plain data, any thread.
 ///
 /// The percent is 0 to 100. Other mixers go above that, and reports of them come as they are; who
