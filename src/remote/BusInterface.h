@@ -6,20 +6,20 @@
 
 #include <optional>
 
-/// An error as it goes over the bus.
+/// A D-Bus error.
 struct BusError {
     QString name;
-    QString text; ///< for people
+    QString text; ///< text for the user
 
     static BusError invalid(const QString& text);
     static BusError notControllable(const QString& reason);
 };
 
-/// One interface of one object: its properties and methods, and by way of them the standard
+/// One interface of one object: its properties and methods, and based on them the standard
 /// interface org.freedesktop.DBus.Properties. Main thread only.
 class BusInterface {
   public:
-    /// Either what a method answers, mostly nothing, or why it does not.
+    /// The results of a method, often none, or an error.
     struct Outcome {
         QVariantList results = {};
         std::optional<BusError> error = std::nullopt;
@@ -32,19 +32,19 @@ class BusInterface {
 
     const QString& name() const noexcept { return name_; }
 
-    /// All that can be read, in the types of the bus.
+    /// All readable properties, in the types of the bus.
     virtual QVariantMap properties() const = 0;
 
     /// Sets one of the properties(). `value` is of its type.
     virtual std::optional<BusError> set(const QString& property, const QVariant& value) = 0;
 
-    /// The types of a method's arguments; nothing when there is none of that name.
+    /// The signature of a method's arguments; nothing if there is no such method.
     virtual std::optional<QString> signature(const QString& method) const = 0;
 
     /// `arguments` are of that signature.
     virtual Outcome call(const QString& method, const QVariantList& arguments) = 0;
 
-    /// The reply or error for a call of this interface or of its properties.
+    /// Handles a call of this interface or of its properties, and returns the reply or error.
     QDBusMessage answer(const QDBusMessage& message);
 
   private:

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-/// The lines that a person's changes leave in the log, worded as in the window.
+/// The log lines for user actions, worded as for actions in the window.
 namespace ControlLog {
 
 inline void volume(const QString& name, int percent) {

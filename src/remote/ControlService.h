@@ -13,11 +13,11 @@ class AppVolumeController;
 class MVCommAppValue;
 class MVIgnoredApps;
 
-/// The running application as other programs of this user see it on the session bus: an object for
-/// all together, which is an org.freedesktop.DBus.ObjectManager and has the interface
-/// com.quarnel.Tonvale.Mixer, and one for each program that has an item
-/// (com.quarnel.Tonvale.Program). Changes are told with the next turn of the event loop, those that
-/// a call makes before it is answered. docs/control.md tells all of it. Main thread only.
+/// The application's interface for other programs of this user on the session bus: a root object,
+/// which is an org.freedesktop.DBus.ObjectManager and has the interface com.quarnel.Tonvale.Mixer,
+/// and one object for each program that has an item (com.quarnel.Tonvale.Program). Changes are
+/// signalled with the next turn of the event loop, those made by a call before its reply. See
+/// docs/control.md. Main thread only.
 class ControlService final : public platform::BusObjects {
   public:
     /// All of these must outlive the object.
@@ -28,7 +28,7 @@ class ControlService final : public platform::BusObjects {
         std::function<void()> showWindow;
     };
 
-    /// Becomes the controller's observer.
+    /// Registers as the controller's observer.
     explicit ControlService(Dependencies dependencies);
     ~ControlService() override;
 

@@ -4,13 +4,13 @@
 
 #include <QString>
 
-/// Tells on the session bus how the objects change, by the standard signals: InterfacesAdded and
-/// InterfacesRemoved of the object manager, and PropertiesChanged, for what is signalled
+/// Sends the standard signals about changes of the objects: InterfacesAdded and InterfacesRemoved
+/// of the object manager, and PropertiesChanged for the properties that are signalled
 /// (ProgramInterface). Main thread only.
 class ControlSignals {
   public:
-    /// Tells what `programs` and `mixer`, which are all that there is now, differ in from the last
-    /// time. The first time there was nothing.
+    /// Signals the differences between `programs` and `mixer`, the complete current state, and the
+    /// previous call's. Before the first call the state is empty.
     void publish(const BusTree& programs, const QVariantMap& mixer);
 
   private:

@@ -8,10 +8,10 @@
 #include <QString>
 #include <QVariantMap>
 
-// What goes over the bus and is no type of the toolkit's own.
+// D-Bus types that Qt does not provide.
 
 using BusInterfaces = QMap<QString, QVariantMap>;     // a{sa{sv}}
 using BusTree = QMap<QDBusObjectPath, BusInterfaces>; // a{oa{sa{sv}}}
 
-/// To be called before one of them is sent.
+/// Call this before sending one of them.
 void registerControlTypes();

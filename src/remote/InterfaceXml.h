@@ -1,6 +1,6 @@
 #pragma once
 
-/// The interfaces for people and programs that introspect; from resources/dbus.
+/// The introspection data of the interfaces; from resources/dbus.
 namespace InterfaceXml {
 
 extern const char* const mixer;

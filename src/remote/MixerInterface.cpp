@@ -33,7 +33,7 @@ BusError notInRange() {
     return BusError::invalid(QStringLiteral("A volume is 0 to 100 percent"));
 }
 
-/// The lists of ignored programs hold the names of processes, people know what is displayed.
+/// The ignore lists contain process names; users know displayed names.
 QString displayed(const QString& processName) {
     return MVCommAppValue::displayNameForProcessName(processName);
 }

@@ -8,7 +8,8 @@
 class AppVolumeController;
 class MVIgnoredApps;
 
-/// com.quarnel.Tonvale.Mixer: what concerns no single program that runs. Lives for one call.
+/// com.quarnel.Tonvale.Mixer: everything that does not concern a single running program. Lives for
+/// one call.
 class MixerInterface final : public BusInterface {
   public:
     static QString interfaceName() { return QStringLiteral("com.quarnel.Tonvale.Mixer"); }

@@ -6,14 +6,14 @@ class AppVolumeController;
 class MVCommAppValue;
 class MVIgnoredApps;
 
-/// com.quarnel.Tonvale.Program: one program that has an item. What is set here goes the way of the
-/// slider: to the plug-ins, into the preferences, and into the log. Lives for one call.
+/// com.quarnel.Tonvale.Program: one program that has an item. Changes have the same effect as
+/// moving the slider: they are sent to the plug-ins, saved and logged. Lives for one call.
 class ProgramInterface final : public BusInterface {
   public:
     static QString interfaceName() { return QStringLiteral("com.quarnel.Tonvale.Program"); }
 
-    /// Whether a signal tells of a property's changes. A level changes all the time, and a position
-    /// with each program that comes or goes.
+    /// Whether changes of a property are signalled. A level changes all the time, and a position
+    /// with each program that appears or disappears.
     static bool isSignalled(const QString& property);
 
     /// `app` is one of the controller's records.

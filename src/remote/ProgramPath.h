@@ -2,15 +2,15 @@
 
 #include <QString>
 
-/// Where the objects are.
+/// The paths of the objects.
 namespace ProgramPath {
 
 inline const QString root = QStringLiteral("/com/quarnel/Tonvale");
 inline const QString programs = root + QStringLiteral("/programs");
 
-/// The last part of the path of a program's object: its process name, of which only letters and
-/// digits of ASCII stand as they are, any other byte as '_' and two hexadecimal digits. So the path
-/// of a program is the same in all sessions.
+/// The last part of the path of a program's object: its process name, in which every byte that is
+/// not an ASCII letter or digit is escaped as '_' and two hexadecimal digits. So the path of a
+/// program is the same in all sessions.
 QString lastPart(const QString& processName);
 
 QString of(const QString& processName);
