@@ -11,25 +11,25 @@ struct VariantDeleter {
 };
 using Variant = std::unique_ptr<GVariant, VariantDeleter>;
 
-/// The way to the running application over the session bus, whose objects docs/control.md tells.
-/// Never starts it. One thread.
+/// Client of the running application on the session bus, whose objects are described in
+/// docs/control.md. Never starts it. One thread.
 class BusClient {
   public:
     static constexpr const char* name = "com.quarnel.Tonvale";
     static constexpr const char* root = "/com/quarnel/Tonvale";
 
-    /// Throws Failure when there is no session bus.
+    /// Throws Failure if there is no session bus.
     BusClient();
     ~BusClient();
     BusClient(const BusClient&) = delete;
     BusClient& operator=(const BusClient&) = delete;
 
-    /// Calls a method of the application's and waits for its answer, which is a tuple. Takes
-    /// floating `arguments`, null for none, over. Throws Failure.
+    /// Calls a method of the application and waits for its reply, a tuple. Takes ownership of
+    /// floating `arguments`; null for none. Throws Failure.
     Variant call(const std::string& path, const char* interface, const char* method,
                  GVariant* arguments = nullptr);
 
-    /// Whether the bus itself answers.
+    /// Whether the bus itself replies.
     bool isThere();
 
     GDBusConnection* connection() noexcept { return connection_; }

@@ -22,7 +22,7 @@ bool meansNotRunning(const GError& error) {
            isBus(error, G_DBUS_ERROR_NAME_HAS_NO_OWNER) || isBus(error, G_DBUS_ERROR_NO_REPLY);
 }
 
-/// As the application told it.
+/// The application's error message.
 std::string told(GError& error) {
     g_dbus_error_strip_remote_error(&error);
     return error.message;

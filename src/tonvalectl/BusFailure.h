@@ -4,7 +4,7 @@
 
 #include <gio/gio.h>
 
-// What errors of the bus mean for a person. Each takes the error over.
+// Converts errors of the bus into messages for the user. Each takes ownership of the error.
 
 Failure noBus(GError* error);
 Failure failureOf(GError* error);

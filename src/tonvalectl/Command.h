@@ -6,16 +6,16 @@
 
 struct Verb;
 
-/// What the arguments of tonvalectl ask for.
+/// A parsed command line of tonvalectl.
 struct Command {
     const Verb* verb;
-    std::string name;                 ///< of a program, as it was written; empty without
-    std::optional<std::string> value; ///< of a volume, likewise
+    std::string name;                 ///< of a program, as typed; empty if missing
+    std::optional<std::string> value; ///< a volume, as typed
     bool json = false;
-    bool all = false;     ///< those that do not run, too
+    bool all = false;     ///< include those that do not run
     bool names = false;   ///< nothing but names
-    bool ignored = false; ///< of those that are ignored
+    bool ignored = false; ///< list the ignored names
 
-    /// `arguments` are without the program's own name. Throws Failure when they make no sense.
+    /// `arguments` do not include the program's own name. Throws Failure if they are invalid.
     static Command parse(const std::vector<std::string>& arguments);
 };

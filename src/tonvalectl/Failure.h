@@ -3,10 +3,10 @@
 #include <stdexcept>
 #include <string>
 
-/// How tonvalectl ends. Scripts rely on the numbers.
+/// The exit codes of tonvalectl. Scripts rely on the numbers.
 enum class ExitCode : int {
     success = 0,
-    failed = 1, ///< for a reason that none of the others is
+    failed = 1, ///< for any other reason
     usage = 2,
     notRunning = 3,
     noSuchProgram = 4,
@@ -16,7 +16,7 @@ enum class ExitCode : int {
     busLost = 8,
 };
 
-/// Why a command cannot be carried out: what() is one line for people, without the program's name.
+/// A command's failure: what() is a one-line message for the user, without the program's name.
 class Failure : public std::runtime_error {
   public:
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}

@@ -36,7 +36,7 @@ std::vector<std::string> namesOf(const std::vector<Named>& programs) {
     return names;
 }
 
-/// As the person's language orders them.
+/// In the order of the user's language.
 void sortByName(std::vector<CtlProgram>& programs) {
     std::ranges::sort(programs, [](const CtlProgram& one, const CtlProgram& other) {
         return g_utf8_collate(one.name.c_str(), other.name.c_str()) < 0;
@@ -104,7 +104,7 @@ std::vector<CtlProgram> Mixer::remembered(const std::vector<CtlProgram>& running
     return programs;
 }
 
-/// Who has been named exactly needs no comparison with those that do not run.
+/// An exact name needs no comparison with programs that do not run.
 CtlProgram Mixer::find(const std::string& name) {
     std::vector<CtlProgram> all = programs();
     const auto exact = std::ranges::find(all, name, &CtlProgram::name);

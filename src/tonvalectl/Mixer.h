@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-/// One program as the application tells of it.
+/// One program as reported by the application.
 struct CtlProgram {
-    std::string path; ///< of its object; empty when it does not run
+    std::string path; ///< of its object; empty if it does not run
     int position = 0; ///< in the window
     std::string name;
     ProgramSetting setting;
@@ -22,7 +22,7 @@ struct CtlProgram {
 
     bool isRunning() const noexcept { return !path.empty(); }
 
-    /// Takes over what a dictionary a{sv} of its properties holds.
+    /// Updates it from a dictionary a{sv} of its properties.
     void update(GVariant* properties);
 };
 
@@ -33,31 +33,31 @@ class Mixer {
     static constexpr const char* programInterface = "com.quarnel.Tonvale.Program";
     static constexpr const char* mixerInterface = "com.quarnel.Tonvale.Mixer";
 
-    /// Those that have an item, in the window's order.
+    /// The programs that have an item, in the window's order.
     std::vector<CtlProgram> programs();
 
-    /// Those that are remembered and have none, by name.
+    /// The remembered programs without an item, sorted by name.
     std::vector<CtlProgram> remembered(const std::vector<CtlProgram>& running);
 
-    /// The one that a person means.
+    /// The program that a typed name refers to.
     CtlProgram find(const std::string& name);
 
     void setVolume(const CtlProgram& program, int percent);
     void setMuted(const CtlProgram& program, bool muted);
     void forget(const CtlProgram& program);
 
-    /// Ignores the program that a person means, or who has just that name if nobody is known by it.
+    /// Ignores the program that a typed name refers to, or the name itself if it is unknown.
     void ignore(const std::string& name);
     void unignore(const std::string& name);
     std::vector<std::string> ignored();
 
-    /// Percent; -1 is none.
+    /// Percent; -1 for none.
     int defaultVolume();
     void setDefaultVolume(int percent);
 
     void showWindow();
 
-    /// From the answer to GetManagedObjects.
+    /// Parses the reply of GetManagedObjects.
     static std::vector<CtlProgram> programsIn(GVariant* answer);
 
   private:

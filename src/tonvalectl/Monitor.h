@@ -12,8 +12,7 @@
 #include <string_view>
 #include <vector>
 
-/// Prints each program that is there, and then what happens to them, a line for each event, until
-/// the application ends.
+/// Prints all programs, and then a line for each event, until the application ends.
 class Monitor {
   public:
     /// `bus` must outlive the object.
@@ -22,8 +21,8 @@ class Monitor {
     Monitor(const Monitor&) = delete;
     Monitor& operator=(const Monitor&) = delete;
 
-    /// Returns when the application has ended or nobody reads any more. Throws Failure when it is
-    /// not running at all, or the bus goes.
+    /// Returns when the application has ended or the output is closed. Throws Failure if it is not
+    /// running, or the bus is lost.
     void run();
 
   private:
@@ -47,7 +46,7 @@ class Monitor {
     GMainLoop* const loop_;
     std::vector<unsigned> subscriptions_;
     unsigned long closedHandler_;
-    bool knows_ = false;                         // who is there: what came before that is in it
+    bool knows_ = false; // the list has arrived; earlier signals are included in it
     std::map<std::string, CtlProgram> programs_; // by path
     std::optional<Failure> failure_;
 };

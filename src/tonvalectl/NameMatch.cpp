@@ -14,7 +14,7 @@ namespace {
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
 
-/// Of what a person sees of a name, since that is what is typed.
+/// Compares the visible part of a name, since that is what users type.
 std::string folded(const std::string& name) {
     const Text normal(
         g_utf8_normalize(name.data(), static_cast<gssize>(name.size()), G_NORMALIZE_ALL), &g_free);

@@ -3,16 +3,16 @@
 #include <string>
 #include <vector>
 
-/// Which of `names` are `wanted`: the one that is the same, else those that look the same but for
-/// case. All are UTF-8; letters that Unicode has two spellings of are the same, and what is not
-/// shown of a name does not count. Each name counts once, in the order given.
+/// The `names` that equal `wanted`: an exact match, else matches that ignore case. All are UTF-8;
+/// compared in normalised form, and without invisible characters. Each name is returned once, in
+/// the given order.
 std::vector<std::string> namesAlike(const std::string& wanted,
                                     const std::vector<std::string>& names);
 
-/// Which of `names` a person may mean by `wanted`: namesAlike(), else those that begin with it. One
-/// answer is certain, several are doubtful.
+/// The `names` that `wanted` may refer to: namesAlike(), else those that begin with it. Several
+/// results mean that it is ambiguous.
 std::vector<std::string> namesMeant(const std::string& wanted,
                                     const std::vector<std::string>& names);
 
-/// The certain one. Throws Failure when there is none, or it is doubtful: that lists who is meant.
+/// The only match. Throws Failure if there is none, or several, which the message lists.
 std::string nameMeant(const std::string& wanted, const std::vector<std::string>& names);

@@ -104,7 +104,7 @@ const char* truth(bool value) {
     return value ? "true" : "false";
 }
 
-/// An event has no level: of that only the moment of asking is known.
+/// An event has no level, which is only known at the time of a request.
 enum class Level { told, leftOut };
 
 std::string members(const CtlProgram& program, Level level = Level::told) {

@@ -4,17 +4,17 @@
 #include <optional>
 #include <string>
 
-/// How much room text takes in a terminal, in its columns: two for a wide character, such as those
-/// of Chinese, none for one that stands on another. Texts are UTF-8 without control characters.
+/// The width of text in terminal columns: two for a wide character, such as Chinese ones, none for
+/// a combining one. Texts are UTF-8 without control characters.
 namespace TextWidth {
 
 std::size_t columns(const std::string& text);
 
-/// The text, if it has at most so many columns; else its beginning and an ellipsis, cut between
-/// characters. What stands on a character stays with it. `most` is 1 at least.
+/// The text if it has at most `most` columns; else its beginning and an ellipsis, cut between
+/// grapheme clusters. `most` is at least 1.
 std::string cut(const std::string& text, std::size_t most);
 
-/// The width of the terminal that standard output is; nothing when it is none, or does not tell.
+/// The width of the terminal on standard output; nothing if it is not a terminal, or unknown.
 std::optional<std::size_t> ofTerminal();
 
 } // namespace TextWidth

@@ -52,7 +52,7 @@ void get(const Command& command) {
     print(command.json ? Report::json(program) : Report::line(program));
 }
 
-/// The application refuses too; this tells of which program.
+/// The application refuses too, but this message names the program.
 void expectControllable(const CtlProgram& program) {
     if (!program.controllable)
         throw Failure(
