@@ -4,7 +4,7 @@
 
 #include <optional>
 
-/// The options that the program takes, besides those of Qt.
+/// The program's options, besides those of Qt.
 namespace CommandLine {
 
 inline const QString debug = QStringLiteral("debug");
@@ -14,11 +14,11 @@ inline const QString version = QStringLiteral("version");
 
 QStringList options();
 
-/// Does what the arguments ask for before anything is started: prints a help or the version, or
-/// complains on standard error about "--options" that neither this program nor Qt knows and about
-/// options that lack their value. Answers the exit status then; nothing when the program may start.
+/// Handles the arguments before anything is started: prints the help or the version, or an error on
+/// standard error about an unknown "--option" or an option without its value. Returns the exit
+/// status then; nothing if the program should start.
 ///
-/// Other words with one dash, "name=value" and plain arguments are legal and mean nothing.
+/// Other words with one dash, "name=value" and plain arguments are ignored.
 std::optional<int> answer(const QStringList& arguments);
 
 } // namespace CommandLine

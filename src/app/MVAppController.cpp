@@ -47,7 +47,7 @@ constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
-/// Of other programs; worth a line for who looks closely, and never one on standard error.
+/// Warnings about other programs' images: logged in debug mode only, never on standard error.
 void reportAboutImage(const QString& text) {
     if (shared != nullptr && shared->logHandle() != nullptr)
         shared->logWithLevel(qnlog_debug, "An icon is damaged: %@", MVCommLogText(text));
@@ -119,7 +119,7 @@ void MVAppController::applicationDidFinishLaunching() {
         QString::fromStdString(platform::Bundle::main().contents().parent_path()));
     step([] { storeMessageLanguage(); });
     makeWindow();
-    step([this] { hearPlugin(); }); // which tells what it has to as soon as it can connect
+    step([this] { hearPlugin(); }); // it sends its reports as soon as it can connect
     step([this] { connectPlugins(); });
     step([this] { volumeController_->update(); });
     step([this] { serveBus(); });
@@ -255,7 +255,7 @@ void MVAppController::applicationWillTerminate() {
 
 void MVAppController::saveScreenshot() {
     const QString file = options().value(CommandLine::screenshot);
-    window_->setUpdatesEnabled(true); // also when nobody can see it
+    window_->setUpdatesEnabled(true); // even if it is not visible
     if (!window_->grab().save(file, "PNG"))
         logWithLevel(qnlog_error, "Couldn't save the screenshot to %@", file);
 }

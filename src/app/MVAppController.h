@@ -19,23 +19,23 @@ class SingleInstance;
 
 } // namespace platform
 
-/// The application: owns the window and what is behind it, and knows what happens at the
-/// start, at the end, and when a person starts the program again. Main thread only.
+/// The application controller: owns the window and everything behind it, and handles the start, the
+/// end, and a second start of the program. Main thread only.
 class MVAppController final : public QNGUIApplication {
     Q_OBJECT
 
   public:
-    /// Registers the defaults of the preferences. To be called once, before there is a controller.
+    /// Registers the defaults of the preferences. Call it once, before there is a controller.
     static void initialize();
 
-    /// The controller whose interface has been made; null before.
+    /// The controller whose interface has been created; null before.
     static MVAppController* sharedController() noexcept;
 
     /// The log file: "Tonvale/Tonvale.log" in the user's folder of logs. Empty without such a
     /// folder.
     static QString logURL();
 
-    /// Opens the log file. `instance` is what makes this the only one that runs.
+    /// Opens the log file. `instance` ensures that no other instance runs.
     explicit MVAppController(std::unique_ptr<platform::SingleInstance> instance);
     ~MVAppController() override;
 
@@ -43,18 +43,20 @@ class MVAppController final : public QNGUIApplication {
     void awakeFromNib() override;
     void applicationDidFinishLaunching() override;
 
-    /// What has been set and the window, then the sockets. Waits for a disk, but not for ever.
+    /// Saves the settings and the window's frame, then closes the sockets. Waits for the disk for a
+    /// limited time.
     void applicationWillTerminate() override;
 
-    /// Shows the window if it is not visible. `token` is the desktop's leave to come to the front.
+    /// Shows the window if it is not visible. `token` is the desktop's activation token for
+    /// bringing it to the front.
     bool applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token);
     void showMainWindow();
 
-    /// What the façade calls, at any time.
+    /// The façade's callbacks, called at any time.
     void updateApps();
     void handleActivity(const MVCommActivityMessage* message);
 
-    /// A signal that asks the program to end.
+    /// Handles a signal that asks the program to end.
     Q_INVOKABLE void terminationSignal(int signal);
 
   private:

@@ -61,7 +61,7 @@ void PluginHealth::waitAndSee() {
 /// Connections that have not checked in are not announced, so the presence may have changed.
 void PluginHealth::endOfPatience() {
     if (problem_ == Problem::noSocket) {
-        begin(); // what was in the way may have gone
+        begin(); // the obstacle may be gone
         return;
     }
     const auto before = presence_;

@@ -11,18 +11,18 @@ namespace platform {
 class RunLoop;
 }
 
-/// Knows whether a plug-in applies what the window shows, and if not, why: so that the window can
-/// say so. A plug-in is there while anything is connected to a socket or the plug-in's name is on
-/// the session bus. Short absences, as at a start or a restart, are no problem. Main thread only.
+/// Finds out whether a plug-in applies the volumes in the window, and if not, why. A plug-in is
+/// present while anything is connected to a socket or the plug-in's name is on the session bus.
+/// Short absences, as during a start or a restart, are not a problem. Main thread only.
 class PluginHealth {
   public:
     enum class Problem {
         none,
-        noSocket,   ///< nobody can connect
-        absent,     ///< no plug-in has been there for 2 s
-        starting,   ///< one has been asked for
-        notStarted, ///< but none has come
-        silent,     ///< one is on the bus, but has not connected for 10 s
+        noSocket,   ///< no plug-in can connect
+        absent,     ///< no plug-in has been present for 2 s
+        starting,   ///< a start has been requested
+        notStarted, ///< the requested start had no effect
+        silent,     ///< it is on the bus, but has not connected for 10 s
     };
 
     /// All of it must outlive the watch.
@@ -36,14 +36,14 @@ class PluginHealth {
 
     PluginHealth(platform::RunLoop& loop, Dependencies dependencies);
 
-    /// Serves the socket and begins to watch. Where serving fails, it is tried again every 5 s.
+    /// Serves the socket and starts to watch. If serving fails, it is retried every 5 s.
     void begin();
 
-    /// To be called, as often as one likes, when a connection or the name on the bus has come or
-    /// gone. Looked at in the next turn of the loop.
+    /// Call this, as often as needed, when a connection or the name on the bus has appeared or
+    /// disappeared. Evaluated in the next turn of the loop.
     void changed() { review_.start({}); }
 
-    /// Does what helps against the problem, if anything does: starts the plug-in, or tries again to
+    /// Performs the remedy for the problem, if there is one: starts the plug-in, or tries again to
     /// serve the socket.
     void help();
 
@@ -62,8 +62,8 @@ class PluginHealth {
 
     const Dependencies dependencies_;
     Problem problem_ = Problem::none;
-    std::optional<Presence> presence_; // nothing before the first look
-    int extensions_ = 0;               // of patience, while systemd is about to start the service
+    std::optional<Presence> presence_; // nothing before the first evaluation
+    int extensions_ = 0; // of the waiting time, while systemd is about to start the service
     platform::Timer review_;
     platform::Timer patience_;
 };

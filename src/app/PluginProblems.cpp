@@ -109,8 +109,8 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencie
     watch_.begin();
 }
 
-/// The reasons for a failure go to the system log, once as long as they are the same; the person
-/// has them from here. Other threads may log something else meanwhile.
+/// The reasons for a failure go to the system log, once as long as they are the same; the user has
+/// them from here. Other threads may log something else meanwhile.
 bool PluginProblems::serveSocket() {
     LogListener listener;
     const bool isServed = dependencies_.serveSocket();

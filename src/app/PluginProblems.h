@@ -17,12 +17,12 @@ namespace platform {
 class RunLoop;
 }
 
-/// Tells the person in the window while no plug-in applies what is set there, and does what helps
-/// at the press of a button. Main thread only.
+/// Shows in the window when no plug-in applies the volumes set there, and performs the remedy when
+/// the user presses its button. Main thread only.
 class PluginProblems {
   public:
-    /// All of it must outlive this. `serveSocket` answers false when that fails, and is called
-    /// again when the person wants to try again; `tell` shows a title and a text.
+    /// All of it must outlive this. `serveSocket` returns false on failure, and is called again
+    /// when the user wants to retry; `tell` shows a title and a text.
     struct Dependencies {
         MVComm& comm;
         VolumeWindow& window;
@@ -33,7 +33,7 @@ class PluginProblems {
     /// Serves the socket.
     PluginProblems(platform::RunLoop& loop, Dependencies dependencies);
 
-    /// A plug-in has connected or disconnected. Costs little.
+    /// Call this when a plug-in has connected or disconnected. Cheap.
     void connectionsChanged() { watch_.changed(); }
 
   private:

@@ -6,35 +6,35 @@
 
 #include <functional>
 
-/// Starts the audio plug-in: its systemd service where this user has one, else the program in our
-/// bundle, which then outlives us. Also says what is known of a plug-in that does not run. Main
-/// thread only.
+/// Starts the audio plug-in: its systemd service if this user has one, else the program in our
+/// bundle, which then keeps running when we quit. Also describes the state of a plug-in that does
+/// not run. Main thread only.
 class PluginStarter {
   public:
-    /// What it does in the system; tests replace it.
+    /// Its access to the system; tests replace it.
     struct SystemCalls {
         std::function<void(std::function<void(const platform::UserService::State&)> answer)>
             askService;
         std::function<void(std::function<void(const QString& error)> answer)> startService;
-        /// Answers an error, or nothing.
+        /// Returns an error, or an empty text.
         std::function<QString(const QString& program, const QString& messages)> startProgram;
     };
 
     static constexpr const char* serviceName = "tonvale-plugin.service";
 
-    /// `program` is the one in the bundle, which may be missing; `messages` the file that takes
-    /// what it prints, or nothing.
+    /// `program` is the one in the bundle, which may be missing; `messages` the file for its
+    /// output, or empty.
     PluginStarter(SystemCalls system, QString program, QString messages);
 
-    /// Calls `failed`, at once or later, when it cannot be started. That it has been started does
-    /// not say that it works.
+    /// Calls `failed`, at once or later, if it cannot be started. A successful start does not mean
+    /// that it works.
     void start(std::function<void()> failed);
 
-    /// Answers whether systemd is about to start the service.
+    /// Passes to `answer` whether systemd is about to start the service.
     void askWhetherItStarts(std::function<void(bool)> answer) const;
 
-    /// Answers some lines for people: what is started, how the last start has failed, the state
-    /// of the service or the last messages of the program, and where there are more.
+    /// Passes some lines for the user to `answer`: what is started, why the last start failed, the
+    /// state of the service or the last messages of the program, and where to find more.
     void describe(std::function<void(const QString& text)> answer) const;
 
   private:

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Nothing of the program's files is touched before it is known to be the only one.
+/// The program's files are not touched before it is known to be the only instance.
 std::unique_ptr<QNGUIApplication> makeInterface() {
     QGuiApplication::setDesktopFileName(QStringLiteral("com.quarnel.Tonvale"));
     QCoreApplication::setApplicationName(QStringLiteral("Tonvale"));
