@@ -82,7 +82,7 @@ class Player {
     std::size_t end_ = 0;
     float gain_ = 0;
     bool isFlushed_ = false;
-    bool isOver_ = false; // everything has been heard
+    bool isOver_ = false; // everything has been played
 };
 
 const pw_core_events Player::coreEvents = [] {
@@ -138,8 +138,8 @@ void Player::serve() {
         endSoon();
 }
 
-/// A stream is late by the time that it takes to come up. What is missing of the piece by then is
-/// its end, without which it would break off.
+/// A stream starts late by its set-up time. The part of the piece that is missing by then is its
+/// end, without which it would break off.
 void Player::endSoon() {
     constexpr std::size_t shareOfSecond = 4;
     const std::size_t late = position_ == start_ ? 0 : recording_->rate / shareOfSecond;
@@ -159,7 +159,7 @@ void Player::play(const Order& order) {
     start_ = position_ = sample(order.start);
     end_ = sample(order.start + order.length);
     gain_ = order.gain;
-    // The volume that is heard is in the samples; the session manager is to keep out of it.
+    // The volume is applied to the samples; the session manager must not change it.
     stream_.reset(
         pw_stream_new(core_.get(), "Sample sound",
                       pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY,
