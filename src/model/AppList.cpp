@@ -145,7 +145,7 @@ bool AppList::contains(const QList<Process>& processes, std::uint32_t pid) {
     return std::ranges::find(processes, pid, &Process::pid) != processes.end();
 }
 
-/// Whether it is another process now.
+/// Returns whether the process has changed.
 bool AppList::chooseProcess(MVCommAppValue& record) const {
     auto processes = connected_.constFind(record.processName());
     if (processes == connected_.cend())

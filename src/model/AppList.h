@@ -16,23 +16,23 @@
 
 class MVCommAppValue;
 
-/// The records of all programs that have an item, in the order in which they are shown: the
-/// system's sound effects, then the others by their displayed names, as the person's language
-/// orders them and without regard to case; what is equal there stays as it came.
+/// The records of all programs that have an item, in display order: the system's sound effects,
+/// then the others sorted by their displayed names, in the order of the user's language and
+/// ignoring case; equal names keep their order.
 ///
-/// Two sources name programs: those that are connected, and those that run with windows. Merging
-/// one after the other, and then settling, makes the list what both name now. A name has one
-/// record, made from the source that was merged first, and keeps it while either source has the
-/// name. Ignored names have none. Main thread only.
+/// Programs come from two sources: connected programs, and running ones with windows. Merge both,
+/// one after the other, and then call settle() to update the list. A name has one record, created
+/// from the source that was merged first, and keeps it while either source has the name. Ignored
+/// names have none. Main thread only.
 class AppList {
   public:
     struct Rules {
         std::function<bool(const QString& processName)> isIgnored;
-        /// Gives a record the settings that are remembered.
+        /// Applies the stored settings to a record.
         std::function<void(MVCommAppValue&)> restore;
     };
 
-    /// A program with windows that has come or gone since the merge before.
+    /// A program with windows that was started or ended since the previous merge.
     struct Change {
         enum Kind { launched, launchedIgnored, quit } kind;
         QString name;
@@ -49,39 +49,38 @@ class AppList {
     /// Adds records for names that have none.
     void mergeConnections(QList<MVCommConnectedProcess> connections);
 
-    /// The same, without the program of process `own`. Answers what has changed since the last
-    /// time, in order, nothing at the first time; a launch counts only where there was no record.
+    /// The same, without the program of process `own`. Returns the changes since the last call, in
+    /// order; none on the first call. A launch counts only if there was no record.
     QList<Change> mergeRunningApps(QList<RunningApplication> running, std::uint32_t own);
 
-    /// Removes records that no source names or that are ignored, gives each the process that it
-    /// stands for now, restores its settings and sorts. A record keeps its process while a
-    /// connection of its name has that, else gets the first such connection's, else that of a
-    /// running program of its name. After a change of process it is silent, and has that one's path
-    /// and icon.
+    /// Removes records that are in no source or are ignored, updates the process of each, restores
+    /// the settings and sorts. A record keeps its process while a connection of its name has it;
+    /// otherwise it gets that of the first such connection, else that of a running program of its
+    /// name. After a change of process it is silent, and has the new process's path and icon.
     void settle();
 
-    /// Has each record take the icon that the workspace has for it by now.
+    /// Updates each record's icon from the workspace.
     void updateIcons();
 
-    /// In order; owned by the list, until it is settled.
+    /// In display order; owned by the list, valid until settle().
     const QList<MVCommAppValue*>& apps() const noexcept { return apps_; }
 
-    /// The first one of that process; -1 when there is none.
+    /// The first record of that process; -1 if there is none.
     qsizetype indexOfPid(std::uint32_t pid) const { return indexOfPid_.value(pid, -1); }
 
     bool contains(const MVCommAppValue* app) const { return apps_.contains(app); }
 
-    /// The processes that the connections of that name stand for.
+    /// The processes of the connections with that name.
     QList<std::uint32_t> connectedPids(const QString& processName) const;
 
     /// The path of the first of these processes; or empty.
     QString connectedPath(const QString& processName) const;
 
-    /// Whether a connection stands for that process, with a record or without.
+    /// Whether that process has a connection, with or without a record.
     bool isConnected(std::uint32_t pid) const;
 
-    /// The record of the connection that stands for that process, be it the record's own or that of
-    /// another program of its name; else the first one of that process; null when there is none.
+    /// The record for the connection of that process, whether it is the record's own process or
+    /// another one of its name; else the first record of that process; null if there is none.
     MVCommAppValue* appOfProcess(std::uint32_t pid) const;
 
   private:

@@ -7,25 +7,25 @@
 
 #include <optional>
 
-/// What is remembered of every program that has ever been adjusted: volume and mute, by the name
-/// that is displayed. Only what differs from 100 percent and unmuted is kept, so a program that is
-/// not there has just that. Programs of one name share their settings. Any thread, one at a time.
+/// The stored settings of all programs: volume and mute, by displayed name. Only settings other
+/// than 100 percent and unmuted are stored; a missing program has these. Programs with the same
+/// name share their settings. Any thread, one at a time.
 class AppPreferences {
   public:
     AppPreferences() = default;
 
-    /// From what the preferences hold. Of another type than it should be counts as not there, a
-    /// volume out of range as its end; keys that are not known stay.
+    /// Loads them from the preferences. Values of the wrong type count as missing, a volume out of
+    /// range is clamped; unknown keys are kept.
     explicit AppPreferences(const QVariant& stored);
 
-    /// Tidy; for the preferences.
+    /// In tidy form, for the preferences.
     const QVariantMap& dictionary() const noexcept { return apps_; }
 
     /// The percent, 0 to 100, as it is stored, and without its fraction.
     float volume(const QString& displayName) const;
     ProgramSetting setting(const QString& displayName) const;
 
-    /// Whether it differs from what a program has that is not there.
+    /// Whether the program has settings other than the default.
     bool contains(const QString& displayName) const;
 
     /// Each clamps.
@@ -34,11 +34,11 @@ class AppPreferences {
     void setMuted(const QString& displayName, bool muted);
     void remove(const QString& displayName);
 
-    /// One program's dictionary without what need not be kept; nothing when nothing is left.
+    /// One program's dictionary without default values; nothing if it is empty then.
     static std::optional<QVariantMap> tidyAppPref(QVariantMap preferences);
 
-    /// The key of a name: what a property list makes of it, so that a program whose name holds what
-    /// XML cannot is found again.
+    /// The key of a name: its form in a property list, so that names with characters that XML
+    /// cannot represent are found again.
     static QString keyForDisplayName(const QString& displayName);
 
   private:

@@ -263,7 +263,7 @@ void AppVolumeController::appWasMuted(MVCommAppValue& app) {
 void AppVolumeController::sliderReleased(MVCommAppValue& app, double fraction) {
     app.setVolume(fraction);
     if (percentOf(app) != VolumeConversion::percentOfFraction(fraction))
-        sliderChanged(app); // somebody has set another one meanwhile
+        sliderChanged(app); // it was changed meanwhile
     copies_.saveNow();
     if (gestures_.volumeReleased)
         gestures_.volumeReleased(app);
@@ -339,7 +339,7 @@ void AppVolumeController::copyThenTellPlugins() {
     });
 }
 
-/// After what is remembered has become another by a person's doing.
+/// After what is remembered has become another by the user's doing.
 void AppVolumeController::keepGesture(const MVCommAppValue& app) {
     publisher_.note(app.displayName());
     seen_.add({app.displayName()});
@@ -360,7 +360,7 @@ void AppVolumeController::storePrefs() {
 }
 
 void AppVolumeController::savePrefs() {
-    publisher_.changed(); // first: what is in the file has been told
+    publisher_.changed(); // first, so that the plug-in gets everything that the file will contain
     copies_.mark();
 }
 

@@ -37,13 +37,13 @@ class UserDefaults;
 
 } // namespace platform
 
-/// Behind the volume window: keeps the records of all programs that have an item, gives them the
-/// settings that are remembered, makes commands to the plug-ins of what a person does, and sees to
-/// it that plug-ins find the preferences where they look for them. Works with any view, or none.
-/// Nothing waits for a disk but shutdown(). Main thread only.
+/// The controller behind the volume window: keeps the records of all programs that have an item,
+/// applies the stored settings to them, sends user actions to the plug-ins, and copies the
+/// preferences to where plug-ins read them. Works with any view, or none. Only shutdown() waits for
+/// a disk. Main thread only.
 ///
-/// A record's volume is a percent after a merge and a fraction after a gesture. Who wants to know
-/// the volume asks percentOf().
+/// A record's volume is a percent after a merge and a fraction after a user action. Use percentOf()
+/// to read the volume.
 class AppVolumeController {
   public:
     /// Posted by an item, with its record as object, when its slider has set the record's volume.
@@ -56,19 +56,19 @@ class AppVolumeController {
         MVIgnoredApps& ignoredApps;
         Workspace& workspace;
         platform::UserDefaults& defaults;
-        std::filesystem::path preferencesFile; ///< of `defaults`; empty when there is none
+        std::filesystem::path preferencesFile; ///< of `defaults`; empty if there is none
         PreferenceCopies::Folders copyFolders = PreferenceCopies::standardFolders();
     };
 
-    /// Told of what a person changes, here or by a program that asks for it, when it has been sent
-    /// and saved; not of what comes from other mixers. Each may be null.
+    /// Called after user actions, here or through another program, have been sent and saved; not
+    /// for changes from other mixers. Each may be null.
     struct GestureObserver {
         std::function<void(const MVCommAppValue& app, int before, int after)> volumeChanged;
-        std::function<void(const MVCommAppValue& app)> volumeReleased; ///< that was one change
+        std::function<void(const MVCommAppValue& app)> volumeReleased; ///< ends one change
         std::function<void(const MVCommAppValue& app, bool muted)> muteChanged;
     };
 
-    /// Those of the process.
+    /// The dependencies of the process.
     static Dependencies sharedDependencies();
 
     explicit AppVolumeController(const Dependencies& dependencies);
@@ -76,44 +76,42 @@ class AppVolumeController {
     AppVolumeController(const AppVolumeController&) = delete;
     AppVolumeController& operator=(const AppVolumeController&) = delete;
 
-    /// The newest one; null when that has gone.
+    /// The controller created last; null if it has been destroyed.
     static AppVolumeController* sharedController() noexcept;
 
-    /// When it was made, in seconds since 1970.
+    /// The time of its creation, in seconds since 1970.
     double initTime() const noexcept { return initTime_; }
 
-    /// Has `view` show the records, in place of the one before; null for none. It is given the
-    /// window's limits and the place that is remembered. It must outlive the controller, or be
-    /// taken away before it goes.
+    /// Sets the view that shows the records; null for none. It gets the window's size limits and
+    /// the stored frame. It must outlive the controller, or be replaced before it is destroyed.
     void setView(AppVolumeView* view);
 
-    /// Has `observer` be called after each change of apps(), of what can be asked about one of
-    /// them here, and of whether one is heard; also for a change that leaves all as it was. In
-    /// place of the one before; null for none.
+    /// Sets the observer that is called after each possible change of apps(), of their properties
+    /// available here, and of whether one plays; null for none.
     void setObserver(std::function<void()> observer) { observer_ = std::move(observer); }
 
-    /// In place of the one before. What it calls must outlive the controller, or be taken away.
+    /// Replaces the observer. What it calls must outlive the controller, or be removed.
     void setGestureObserver(GestureObserver observer) { gestures_ = std::move(observer); }
 
-    /// In order; valid until the next merge.
+    /// In display order; valid until the next merge.
     const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
-    /// Each merges both the connected and the running programs into the records, and then tells the
-    /// view; the names say which come first. All but updateRunningApps(), which a change of what
-    /// runs calls, have the desktop look what runs.
+    /// Each merges both the connected and the running programs into the records, and then updates
+    /// the view; the names say which come first. All except updateRunningApps(), which is called
+    /// when the running programs change, also start a scan of the desktop.
     void updateConnections();
     void updateRunningApps();
     void update();
 
-    /// Calls updateConnections() later in this turn of the run loop, once however often it is asked
-    /// to: plug-ins that leave together are reported one by one.
+    /// Calls updateConnections() once, later in this turn of the run loop, even if called several
+    /// times: plug-ins that disconnect together are reported one by one.
     void updateConnectionsSoon();
 
-    /// Merges now if updateConnectionsSoon() still waits: for callers who must not see a program
-    /// that has left.
+    /// Merges now if updateConnectionsSoon() is pending: for callers that must not see a program
+    /// that has ended.
     void catchUp();
 
-    /// A level of a process, any number; nothing happens when it has no record.
+    /// Handles a level of a process, any number; does nothing if it has no record.
     void handleActivity(const MVCommActivityMessage* message);
 
     /// Where all gestures end. After the volume of `app`, one of the records, has been set to a
@@ -122,42 +120,41 @@ class AppVolumeController {
     void sliderChanged(MVCommAppValue& app);
     void appWasMuted(MVCommAppValue& app);
 
-    /// At the end of a drag: the slider's value counts, also when a merge has set the record's
-    /// volume meanwhile, and is saved at once.
+    /// Call this at the end of a drag: saves the slider's value at once, even if a merge has
+    /// changed the record's volume meanwhile.
     void sliderReleased(MVCommAppValue& app, double fraction);
 
-    /// What all but a slider's drag set and ask: whole percents, 0 to 100 (else clamped).
+    /// For everything except dragging a slider: whole percents, 0 to 100 (else clamped).
     void setPercent(MVCommAppValue& app, int percent);
     int percentOf(const MVCommAppValue& app) const;
     void setMuted(MVCommAppValue& app, bool muted);
 
-    /// Why the volume of `app` cannot be set, for people; empty when it can.
+    /// Why the volume of `app` cannot be set, as text for the user; empty if it can.
     QString reasonNotControllable(const MVCommAppValue& app) const;
 
-    /// What there is to know of programs that have no record, too.
+    /// The settings of all programs, including those without a record.
     RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
 
-    /// Why `app` has its name, for people; empty when that is not known.
+    /// The reason for the name of `app`, as text for the user; empty if unknown.
     QString whyNamed(const MVCommAppValue& app) const;
 
-    /// What the plug-in is told beside its socket.
+    /// Sends the preferences to the plug-in over the bus.
     PreferencePublisher& publisher() noexcept { return publisher_; }
 
-    /// What the plug-in reports beside its socket. A setting is that of all programs of the name,
-    /// and waits a minute for a process that is not known yet.
+    /// Handle the plug-in's reports on the bus. A setting applies to all programs of the name; it
+    /// is kept for a minute if the process is not known yet.
     void changedElsewhere(std::uint32_t pid, const ProgramSetting& setting);
     void notControllable(std::uint32_t pid, const QString& reason);
     void pluginHasGone();
 
-    /// Has the preferences saved, and copied to where plug-ins read them.
+    /// Saves the preferences, and copies them to where plug-ins read them.
     void savePrefs();
 
-    /// The size for a window that would get the proposed one.
+    /// The window's size instead of the proposed one.
     QSizeF windowWillResize(const QSizeF& proposed) const;
 
-    /// Remembers where the window is, and saves and copies the preferences. Waits for that, but no
-    /// longer than `bound`: a disk may hang. False, with a line in the log, when it has not ended
-    /// by then.
+    /// Stores the window's frame, and saves and copies the preferences. Waits no longer than
+    /// `bound`: a disk may hang. False, with a line in the log, if it has not finished by then.
     bool shutdown(std::chrono::milliseconds bound = std::chrono::seconds(3));
 
   private:
@@ -195,11 +192,11 @@ class AppVolumeController {
     PreferenceCopies copies_;
     AppList list_;
     PendingPluginReports news_;
-    platform::Timer merging_; // until the end of a turn in which connections have changed
+    platform::Timer merging_; // pending until the end of a turn in which connections have changed
     AppVolumeView* view_ = nullptr;
     std::function<void()> observer_;
     GestureObserver gestures_;
     const platform::NotificationObserver sliderObserver_;
     const platform::NotificationObserver ignoredObserver_;
-    const std::shared_ptr<AppVolumeController*> self_; // tells calls that are under way of the end
+    const std::shared_ptr<AppVolumeController*> self_; // null after destruction, for pending calls
 };

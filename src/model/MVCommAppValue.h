@@ -12,7 +12,7 @@ struct MVCommConnectedProcess;
 struct RunningApplication;
 class Workspace;
 
-/// What setActivity() has done.
+/// The result of setActivity().
 enum MVCommActivityChange : int {
     kMVCommActivityUnchanged = 0,
     kMVCommActivityEnded = 1, ///< is 0 now
@@ -20,9 +20,9 @@ enum MVCommActivityChange : int {
     kMVCommActivityMoved = 3, ///< neither was nor is 0
 };
 
-/// One program that has an item in the window: one that is connected through its plug-in, or one
-/// that runs and is not. Holds what the window shows and edits; its signals come after real changes
-/// only. Main thread only.
+/// The record of one program that has an item in the window: it is connected through its plug-in,
+/// or only runs. Holds the data that the window shows and edits; signals are emitted for real
+/// changes only. Main thread only.
 class MVCommAppValue final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QIcon icon READ icon NOTIFY iconChanged)
@@ -44,7 +44,7 @@ class MVCommAppValue final : public QObject {
     static std::unique_ptr<MVCommAppValue> initWithRunningApp(const RunningApplication& app,
                                                               const Workspace& workspace);
 
-    /// What a person reads: for the process of the system's sound effects its name in the person's
+    /// The displayed name: for the process of the system's sound effects its name in the user's
     /// language, else the name itself.
     static QString displayNameForProcessName(const QString& name);
 
@@ -53,31 +53,31 @@ class MVCommAppValue final : public QObject {
     QString displayName() const { return displayNameForProcessName(processName_); }
     std::uint32_t pid() const noexcept { return pid_; }
 
-    /// Of its executable, else of its bundle or desktop entry; empty when that is not known.
+    /// The path of its executable, else of its bundle or desktop entry; empty if unknown.
     const QString& path() const noexcept { return path_; }
 
     /// Whether it stands for the system's sound effects.
     bool isBeeps() const noexcept { return isBeeps_; }
 
-    /// Whether it was made from a running program.
+    /// Whether it was created from a running program.
     bool isRunningApp() const noexcept { return isRunningApp_; }
 
-    /// What the owner has set: a fraction after a gesture, a percent after what is remembered. Not
-    /// a number is ignored.
+    /// The value that the owner has set: a fraction after a user action, a percent after a restore.
+    /// NaN is ignored.
     double volume() const noexcept { return volume_; }
     void setVolume(double volume);
 
     bool muted() const noexcept { return muted_; }
     void setMuted(bool muted);
 
-    /// How loud it is, 0 to 100.
+    /// The level, 0 to 100.
     qint64 activity() const noexcept { return activity_; }
     MVCommActivityChange setActivity(qint64 activity);
 
     /// Whether the activity is above 0.
     bool hasActivity() const noexcept { return hasActivity_; }
 
-    /// Has it take the icon that the workspace has for it by now.
+    /// Updates the icon from the workspace.
     void updateIcon(const Workspace& workspace);
 
   Q_SIGNALS:
@@ -88,7 +88,7 @@ class MVCommAppValue final : public QObject {
     void hasActivityChanged(bool hasActivity); ///< after activityChanged()
 
   private:
-    friend class AppList; // which finds out that a name belongs to another process now
+    friend class AppList; // which assigns a new process to a name
 
     static const QString& pathOf(const RunningApplication& app);
 
@@ -97,7 +97,7 @@ class MVCommAppValue final : public QObject {
     void setProcess(std::uint32_t pid, const QString& path);
 
     QIcon icon_;
-    const bool isGeneric_; // the icon, since nothing says which one it has
+    const bool isGeneric_; // the icon, since the real one is unknown
     const QString processName_;
     QString path_;
     std::uint32_t pid_;

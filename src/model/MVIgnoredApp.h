@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QString>
 
-/// One built-in entry of the ignore list. Its name is fixed, a person can switch it off. Main
+/// One built-in entry of the ignore list. Its name is fixed; the user can switch it off. Main
 /// thread only.
 class MVIgnoredApp final : public QObject {
     Q_OBJECT
@@ -20,7 +20,7 @@ class MVIgnoredApp final : public QObject {
     void setEnabled(bool enabled);
 
   Q_SIGNALS:
-    /// After a change only.
+    /// Emitted for real changes only.
     void enabledChanged(bool enabled);
 
   private:

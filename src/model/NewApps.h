@@ -15,21 +15,21 @@ class AppPreferences;
 class MVCommAppValue;
 class SeenApps;
 
-/// Notices programs that connect and have never been seen before. The system's sound effects are no
-/// program. Main thread only.
+/// Detects connecting programs that have never been seen before. The system's sound effects do not
+/// count. Main thread only.
 class NewApps {
   public:
     /// Both must outlive the object.
     NewApps(SeenApps& seen, const AppPreferences& preferences)
         : seen_(seen), preferences_(preferences) {}
 
-    /// The records of those that have connected since the last call, which have been seen from now
-    /// on. Whoever was forgotten while it runs is new when it comes again.
+    /// The records of those that have connected since the last call; they count as seen from now
+    /// on. A program that was forgotten while running is new when it connects again.
     QList<MVCommAppValue*> take(const AppList& list);
 
-    /// What one of these is to have by the rule that its plug-in follows too: what is remembered by
-    /// the name that it had before more was known of it than its file, else what new programs begin
-    /// with. Nothing when it has a setting, or full volume.
+    /// The initial settings of such a program, by the same rule as in the plug-in: those stored
+    /// under its former name, which is derived from its file, else those of new programs. Nothing
+    /// if it has settings, or starts at full volume.
     std::optional<ProgramSetting> beginning(const AppList& list, const MVCommAppValue& app) const;
 
     /// The process names of those that were never seen or set, but whose former name is ignored.

@@ -8,9 +8,8 @@ class AppPreferences;
 class MVIgnoredApps;
 class PluginCommands;
 
-/// Has programs that become ignored be as if they had never been touched: at full volume, not
-/// muted. What is remembered of them stays, for the day when they are not ignored any more. Main
-/// thread only.
+/// Resets programs that become ignored to full volume, not muted. Their stored settings are kept
+/// for the time when they are no longer ignored. Main thread only.
 class NewlyIgnoredApps {
   public:
     /// All must outlive the object.
@@ -18,11 +17,12 @@ class NewlyIgnoredApps {
                      PluginCommands& commands)
         : preferences_(preferences), ignoredApps_(ignoredApps), commands_(commands) {}
 
-    /// After the ignored names have changed, and before the records of `list` go.
+    /// Call this after the ignored names have changed, and before the records are removed from
+    /// `list`.
     void mark(const AppList& list);
 
-    /// Tells the plug-ins about those that were marked. Who is not connected, since the plug-in is
-    /// away, waits for that, and for another call.
+    /// Sends the reset of the marked programs to the plug-ins. Programs that are not connected,
+    /// since no plug-in is running, stay marked for a later call.
     void resetConnected(const AppList& list);
 
   private:

@@ -10,23 +10,23 @@
 #include <deque>
 #include <functional>
 
-/// What the audio plug-in has told about processes beside its socket, until it can be used.
-/// Bounded: what is too much costs the oldest. Main thread only.
+/// The audio plug-in's reports about processes from the bus, until they can be used. Bounded: if
+/// there are too many, the oldest are dropped. Main thread only.
 class PendingPluginReports {
   public:
-    /// Keeps a setting, in place of an older one of the process, for a minute.
+    /// Keeps a setting for a minute, replacing an older one of the process.
     void keep(std::uint32_t pid, const ProgramSetting& setting);
 
-    /// Shows `isUsed` all settings that are kept, the oldest first. Those for which it answers true
-    /// are kept no longer.
+    /// Calls `isUsed` for all kept settings, the oldest first. Drops those for which it returns
+    /// true.
     void offer(const std::function<bool(std::uint32_t pid, const ProgramSetting&)>& isUsed);
 
-    /// Why the volume of a process cannot be set; empty when it can.
+    /// Why the volume of a process cannot be set; empty if it can.
     void setReason(std::uint32_t pid, const QString& reason);
     QString reason(std::uint32_t pid) const;
 
-    /// To be called when processes have come or gone: the reason of one that was known and is not
-    /// any more goes, for another process may get its number.
+    /// Call this when processes have appeared or ended: drops the reasons of processes that are no
+    /// longer known, since their pids may be reused.
     void forgetGone(const std::function<bool(std::uint32_t pid)>& isKnown);
 
     void clear();

@@ -9,10 +9,11 @@
 
 class MVComm;
 
-/// Sends commands to the plug-ins so that the last one for a program always counts. The servers
-/// drop what they have sent a moment ago, also when something else has been said since: of a volume
-/// that goes to 50, 51 and back to 50 percent the last step. What they may have dropped is sent
-/// once more when they do not drop it any longer. The thread's run loop, and no other thread.
+/// Sends commands to the plug-ins so that the last one for a program always takes effect. The
+/// servers drop a command that they have sent a moment ago, even if another one was sent in
+/// between: of a volume that goes to 50, 51 and back to 50 percent they drop the last step.
+/// Commands that may have been dropped are sent again as soon as the servers accept them. The
+/// thread's run loop, and no other thread.
 class PluginCommands {
   public:
     /// `comm` must outlive the object.
@@ -21,7 +22,7 @@ class PluginCommands {
     void setVolume(std::uint32_t pid, int percent) { send(kMVCommSetVolume, pid, percent); }
     void setMute(std::uint32_t pid, bool muted) { send(kMVCommSetMute, pid, muted ? 1 : 0); }
 
-    /// The list of ignored programs is another, and lies where plug-ins read it.
+    /// The ignore list has changed, and has been copied to where plug-ins read it.
     void ignoreListChanged() { send(kMVCommIgnoreListChanged, 0, 0); }
 
   private:
@@ -42,6 +43,6 @@ class PluginCommands {
 
     MVComm& comm_;
     std::vector<Command> recent_;  // the oldest first
-    std::vector<Command> dropped_; // perhaps; the last ones for their programs
+    std::vector<Command> dropped_; // possibly dropped; the last ones for their programs
     platform::Timer timer_;
 };

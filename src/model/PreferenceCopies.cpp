@@ -39,7 +39,7 @@ constexpr std::chrono::seconds slowestRetry{60};
 constexpr std::chrono::seconds patience{3};
 constexpr mode_t modeOfCopies = 0744;
 
-/// Whether the same may work later although nobody has changed anything about it.
+/// Whether the operation may succeed later without any change.
 bool mayPass(int error) {
     switch (error) {
     case ENOSPC:
@@ -83,7 +83,7 @@ Content contentOf(const fs::path& file) {
     return content;
 }
 
-/// Whether it has been reached within the time; also when it never will be.
+/// Whether it was reached within the time; also if it never will be.
 bool isReached(const std::future<void>& end, std::chrono::milliseconds bound) {
     return end.wait_for(bound) == std::future_status::ready;
 }
@@ -102,7 +102,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
         , folders_(std::move(folders))
         , calls_(calls) {}
 
-    /// To be called once, before everything else.
+    /// Call this once, before everything else.
     void prepare() {
         timer_.emplace(queue_, [weak = weak_from_this()] {
             if (const auto self = weak.lock())
@@ -167,7 +167,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
         }
         mayPass_ = lacksRoom_ = false;
         if (!file_.empty()) {
-            // What is in the file only later has to be copied then.
+            // What is written to the file later must be copied then.
             mayPass_ = !defaults_.synchronize();
             lacksRoom_ = mayPass_ && defaults_.lacksRoom();
             copyAll();
@@ -256,7 +256,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     std::optional<platform::DispatchTimer> timer_;
     std::optional<MonotonicClock::time_point> due_; // of the save that has not begun
     MonotonicClock::time_point lastSave_ = MonotonicClock::time_point::min() + pace;
-    bool isRetry_ = false; // whether nobody has asked for that save
+    bool isRetry_ = false; // whether that save was not requested
     Handlers waiting_;
     bool isClosed_ = false;
 };

@@ -15,45 +15,44 @@ class UserDefaults;
 }
 
 /// Saves the preferences and copies their file to where plug-ins of other users, and those that see
-/// nothing but their container, read it. All of that happens on a queue of its own, and never more
-/// often than every 100 ms unless it is asked for at once; the last state always gets everywhere.
-/// Copies have the mode 0744, are hidden where the folder is ours, and are whole at any time
-/// (SharedFolder). What cannot be copied is a line in the system log, once for a target and error
-/// until it works again, and is tried again when the error may pass by itself: every second for
-/// want of room, else less and less often.
+/// only their container, read it. This happens on its own queue, at most every 100 ms unless
+/// requested at once; the last state is always copied everywhere. Copies have mode 0744, are hidden
+/// if the folder is ours, and are written atomically (SharedFolder). A failed copy is logged in the
+/// system log, once per target and error until it works again, and retried if the error may be
+/// temporary: every second if the disk is full, else less and less often.
 ///
-/// Main thread only, when nothing else is said.
+/// Main thread only, unless stated otherwise.
 class PreferenceCopies {
   public:
     /// The folders that get a copy, in order. Called on the queue, each time.
     using Folders = std::function<std::vector<std::string>()>;
 
-    /// "Shared" in the local library when it is there, then the containers' folders.
+    /// "Shared" in the local library if it exists, then the containers' folders.
     static Folders standardFolders();
 
-    /// `file` is that of `defaults`, which must outlive the object and what hangs on a disk;
-    /// `calls` likewise.
+    /// `file` is that of `defaults`, which must outlive the object and any operation that hangs on
+    /// a disk; `calls` likewise.
     PreferenceCopies(platform::UserDefaults& defaults, std::filesystem::path file,
                      Folders folders = standardFolders(),
                      platform::SharedFolderCalls& calls = platform::SharedFolderCalls::system());
 
-    /// What is marked and not saved is not saved any more. Waits for what is under way, 3 s at
-    /// most, unless finish() has waited in vain.
+    /// Marked changes that are not saved yet are dropped. Waits at most 3 s for operations in
+    /// progress, unless finish() has timed out.
     ~PreferenceCopies();
     PreferenceCopies(const PreferenceCopies&) = delete;
     PreferenceCopies& operator=(const PreferenceCopies&) = delete;
 
-    /// Has what is set by now saved and copied soon: at once when that has not been done for
-    /// 100 ms. Returns at once.
+    /// Saves and copies the current values soon: at once if the last time was more than 100 ms ago.
+    /// Returns at once.
     void mark();
 
-    /// Has it saved and copied at once, and returns; `done`, if any, is called on the main queue
-    /// when everything set before is in place, or has failed. That may be when this object has
-    /// gone.
+    /// Starts to save and copy at once, and returns; `done`, if any, is called on the main queue
+    /// when all values set before are in place, or have failed. That may be after this object is
+    /// destroyed.
     void saveNow(std::function<void()> done = nullptr);
 
-    /// Saves and copies at once and waits for that, no longer than `bound`: a disk may hang. False
-    /// when it has not ended by then.
+    /// Saves and copies at once and waits for it, no longer than `bound`: a disk may hang. False if
+    /// it has not finished by then.
     bool finish(std::chrono::milliseconds bound = std::chrono::seconds(3));
 
   private:

@@ -15,36 +15,36 @@ namespace platform {
 class UserDefaults;
 }
 
-/// Keeps the audio plug-in told of what is remembered: all of it when the plug-in comes, and soon
-/// after each change, with the names of what a person has set since the plug-in last took it. The
-/// next word waits for the answer to the one before, so that a plug-in that hangs gets one at most.
-/// What the plug-in answers was set before this program was started, and could not be saved then.
-/// The thread's run loop, and no other thread.
+/// Sends the stored settings to the audio plug-in: all of them when the plug-in starts, and soon
+/// after each change, with the names that the user has changed since the last accepted message. The
+/// next message waits for the reply to the previous one, so that a plug-in that hangs gets one at
+/// most. The reply contains settings that were made before this program was started, and could not
+/// be saved then. The thread's run loop, and no other thread.
 class PreferencePublisher {
   public:
     /// As PluginBusClient::tell().
     using Sender = std::function<bool(const PreferencesMessage& word, PluginBusClient::Answered)>;
 
-    /// Words are no closer to each other than that.
+    /// The minimum interval between messages.
     static constexpr std::chrono::milliseconds pace{100};
 
-    /// `file` is that of `defaults`, which must outlive the object. `learn` takes what the plug-in
-    /// knows newer, unless a person has set something else meanwhile.
+    /// `file` is that of `defaults`, which must outlive the object. `learn` gets the plug-in's
+    /// newer settings, unless the user has changed them meanwhile.
     PreferencePublisher(const platform::UserDefaults& defaults, std::filesystem::path file,
                         std::function<void(const NamedSetting&)> learn);
 
-    /// Until then nobody is told.
+    /// Without a sender nothing is sent.
     void setSender(Sender sender) { sender_ = std::move(sender); }
 
-    /// The plug-in has come.
+    /// Call this when the plug-in has started.
     void begin();
 
-    /// What is remembered has changed, or may have. Tells that before it returns, unless the last
-    /// word is too recent. A caller on the bus thus gets its answer after the plug-in has been
-    /// told.
+    /// Call this when stored settings may have changed. Sends them before it returns, unless the
+    /// last message is too recent. So a caller on the bus gets its reply after the plug-in has been
+    /// notified.
     void changed();
 
-    /// A person has set a program, or had it forgotten; changed() has yet to be called.
+    /// The user has changed or forgotten a program. Call changed() afterwards.
     void note(const QString& displayName);
 
   private:
@@ -56,8 +56,8 @@ class PreferencePublisher {
     const std::filesystem::path file_;
     const std::function<void(const NamedSetting&)> learn_;
     Sender sender_;
-    QSet<QString> news_;     // keys, that no plug-in has taken
-    QSet<QString> onTheWay_; // those of them that the word has that waits for its answer
+    QSet<QString> news_;     // keys that no plug-in has accepted yet
+    QSet<QString> onTheWay_; // those in the message that waits for its reply
     bool isWaiting_ = false; // for an answer
     bool isDue_ = false;     // another word is, after it
     platform::MonotonicClock::time_point last_ = platform::MonotonicClock::time_point::min();

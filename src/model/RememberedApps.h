@@ -13,16 +13,16 @@ class AppVolumeController;
 class MVCommAppValue;
 class SeenApps;
 
-/// What is remembered of programs, by the names that are displayed and whether they run or not, for
-/// who has no item to set it at. Main thread only.
+/// The stored settings of programs by displayed name, whether they run or not, for callers without
+/// an item. Main thread only.
 class RememberedApps {
   public:
-    /// The controller and what it remembers by; all must outlive the object. `changed` is called
-    /// after what it remembers has become another.
+    /// The controller and its stored data; all must outlive the object. `changed` is called after
+    /// the data has changed.
     RememberedApps(AppVolumeController& controller, AppPreferences& preferences, SeenApps& seen,
                    std::function<void()> changed);
 
-    /// Every program that has ever been seen or set, by name.
+    /// All programs that have ever been seen or set, sorted by name.
     QList<NamedSetting> all() const;
 
     ProgramSetting of(const QString& displayName) const;
@@ -33,15 +33,15 @@ class RememberedApps {
     /// Remembers what was set elsewhere, and touches no record. Clamps.
     void keep(const QString& displayName, const ProgramSetting& setting);
 
-    /// Takes over what the plug-in has of a program already.
+    /// Stores a setting that the plug-in already has.
     void learn(const NamedSetting& newer);
 
-    /// Has a program be as if it had never been seen; one that is running goes to full volume, not
-    /// muted. False when nothing was remembered.
+    /// Removes all data of a program, as if it had never been seen; a running one goes to full
+    /// volume, not muted. False if nothing was stored.
     bool forget(const QString& displayName);
 
-    /// The percent that a program begins with that checks in and has never been seen or set;
-    /// nothing when it keeps full volume. A change is for programs to come.
+    /// The percent at which new programs start; nothing for full volume. A change only affects
+    /// later programs.
     std::optional<int> defaultVolume() const;
     void setDefaultVolume(std::optional<int> percent);
 

@@ -10,25 +10,23 @@ namespace platform {
 class UserDefaults;
 }
 
-/// The displayed names of all programs that have ever been seen here, also of those of which
-/// nothing else is remembered, as the preferences keep them. Bounded: of too many the oldest are
-/// forgotten. Main thread only.
+/// The displayed names of all programs that have ever been seen, including those without other
+/// stored data, as kept in the preferences. Bounded: the oldest are dropped. Main thread only.
 class SeenApps {
   public:
     /// `defaults` must outlive the object.
     explicit SeenApps(platform::UserDefaults& defaults);
 
-    /// The oldest first, as a property list holds them.
+    /// The oldest first, in their form in a property list.
     const QStringList& names() const noexcept { return names_; }
 
     bool contains(const QString& displayName) const;
 
-    /// Each answers whether that has changed the list, which then is in the defaults.
+    /// Each returns whether the list has changed; a changed list has been stored in the defaults.
     bool add(const QStringList& displayNames);
     bool remove(const QString& displayName);
 
-    /// The percent, 0 to 100, that a program gets that is not among them; nothing when it keeps
-    /// full volume.
+    /// The percent, 0 to 100, for programs that are not in the list; nothing for full volume.
     std::optional<int> defaultVolume() const;
     void setDefaultVolume(std::optional<int> percent);
 

@@ -8,27 +8,26 @@
 #include <optional>
 #include <vector>
 
-/// What a person has done to programs, the last of which can be taken back, and done again until
-/// something else is done. Moves of one slider that belong together, by a drag or by keys that
-/// follow each other within a second, are one. Main thread only.
+/// The undo history of user actions on programs. Related moves of one slider, by a drag or by keys
+/// within a second, are merged into one action. Main thread only.
 class UndoHistory {
   public:
-    /// What it holds at most; the oldest is forgotten.
+    /// The maximum number of actions; the oldest are dropped.
     static constexpr std::size_t most = 100;
 
-    /// The ways in which a gesture is taken back or done again: those of the mouse. What they
-    /// report to the history meanwhile is no new gesture.
+    /// How an action is undone or redone: the same operations as by mouse. What they report to the
+    /// history meanwhile is not a new action.
     struct Actions {
         std::function<void(const QString& program, int percent)> setVolume;
         std::function<void(const QString& program, bool muted)> setMuted;
         std::function<void(const QString& process, bool ignored)> setIgnored;
     };
 
-    /// `changed` is called when what can be taken back or done again is another; may be null.
+    /// `changed` is called when the next undo or redo action has changed; may be null.
     explicit UndoHistory(Actions actions, std::function<void()> changed = nullptr);
 
-    /// After a gesture. `program` is the displayed name, by which settings are kept, `process` the
-    /// name that is ignored.
+    /// Call these after a user action. `program` is the displayed name, the key of settings;
+    /// `process` the name for the ignore list.
     void volumeChanged(const QString& program, int before, int after);
     void volumeReleased(const QString& program);
     void muteChanged(const QString& program, bool muted);
@@ -37,11 +36,11 @@ class UndoHistory {
     bool canUndo() const noexcept { return done_ > 0; }
     bool canRedo() const noexcept { return done_ < gestures_.size(); }
 
-    /// What they would take back and do again, for people; empty for nothing.
+    /// The actions that undo and redo would affect, as text for the user; empty for none.
     QString undoText() const;
     QString redoText() const;
 
-    /// Nothing happens when there is nothing.
+    /// Do nothing if there is no such action.
     void undo();
     void redo();
 
@@ -63,8 +62,8 @@ class UndoHistory {
     const Actions actions_;
     const std::function<void()> changed_;
     std::vector<Gesture> gestures_;
-    std::size_t done_ = 0; // of them; what follows has been taken back
+    std::size_t done_ = 0; // of them; the following ones have been undone
     bool isFollowing_ = false;
-    bool isHeld_ = false; // the slider of the last one has not been released
+    bool isHeld_ = false; // the slider of the last action has not been released
     platform::MonotonicClock::time_point last_;
 };

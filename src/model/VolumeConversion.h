@@ -2,19 +2,19 @@
 
 #include <QtGlobal>
 
-/// How percents, fractions and levels become each other. Whatever has to be cut off is cut towards
-/// zero; what is no number is 0.
+/// Conversions between percents, fractions and levels. Values are truncated towards zero; NaN
+/// becomes 0.
 namespace VolumeConversion {
 
 inline constexpr int full = 100; ///< percent
 
-/// What a slider's value means, 0 to 100.
+/// The percent of a slider's value, 0 to 100.
 int percentOfFraction(double fraction);
 
-/// The smallest slider's value that means so many percent, which are clamped to 0 to 100.
+/// The smallest slider value for a percent, which is clamped to 0 to 100.
 float fractionForPercent(int percent);
 
-/// A level as it came from the wire, within 0 to 1.
+/// A level from the wire, clamped to 0 to 1.
 float clampedLevel(float level);
 
 /// A clamped level in percent.

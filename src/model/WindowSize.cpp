@@ -14,7 +14,7 @@ constexpr double leastItems = 2;
 constexpr double mostItems = 30;
 constexpr double unlimited = std::numeric_limits<double>::max();
 
-/// What is no number is 0.
+/// Invalid numbers become 0.
 std::uint32_t wholePixels(double length) {
     constexpr double most = std::numeric_limits<std::uint32_t>::max();
     if (!(length > 0))

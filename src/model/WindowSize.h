@@ -6,8 +6,8 @@
 
 #include <optional>
 
-/// How large the volume window and its items may be. Items lie in rows of one height, below a title
-/// bar. All lengths are pixels; none is negative.
+/// The allowed sizes of the volume window and its items. Items are in rows of equal height, below a
+/// title bar. All lengths are pixels; none is negative.
 namespace WindowSize {
 
 struct Heights {
@@ -20,20 +20,18 @@ struct Limits {
     QSizeF maximum; ///< unlimited in width
 };
 
-/// Of the window: at least two items high, at most 30.
+/// The limits of the window: between two and 30 items high.
 Limits window(const Heights& heights);
 
-/// Of one item, which is always just as high as it is.
+/// The limits of one item, which has a fixed height.
 Limits item(const Heights& heights);
 
-/// The size for a window that is to get the proposed one: as wide, and so high that it shows whole
-/// items, the nearest number of them; half an item makes one more. Fractions of the heights, and
-/// what the height is above the last whole pixel, do not count. As proposed while items have no
-/// height.
+/// The proposed size with its height rounded to whole items; half an item rounds up. All heights
+/// are truncated to whole pixels. Unchanged if items have no height.
 QSizeF snapped(const QSizeF& proposed, const Heights& heights);
 
-/// A window's frame as it is kept in the preferences: "x y width height". Nothing when the text is
-/// no frame, or a window without extent.
+/// A window's frame in its form in the preferences: "x y width height". Nothing if the text is
+/// invalid, or the frame is empty.
 QString frameText(const QRect& frame);
 std::optional<QRect> frameFromText(const QString& text);
 
