@@ -53,7 +53,7 @@ void logIgnored(const char* why, std::int64_t value) {
                   static_cast<long long>(value));
 }
 
-/// Whether the command is one that we know, whoever it is for; says what is wrong otherwise.
+/// Whether the command is valid, for any pid; logs the error otherwise.
 bool isWellFormed(const MVCommConsoleMessage& command) {
     const bool hasValidType = command.type == kMVCommSetVolume || command.type == kMVCommSetMute ||
                               command.type == kMVCommIgnoreListChanged;

@@ -15,36 +15,36 @@ class RunLoopSource;
 
 struct ProgramProcess;
 
-/// The connection that stands for one program in the application: checked in from the beginning to
-/// the end. Never waits for the application. The run loop's thread only.
+/// The connection of one program to the application, checked in during its whole life. Never waits
+/// for the application. The run loop's thread only.
 class AppConnection {
   public:
     class Listener {
       public:
         virtual ~Listener() = default;
 
-        /// A volume or mute for this very program: the mute is 0 or 1, the volume any number. Or
+        /// A volume or mute command for this program: the mute is 0 or 1, the volume any number. Or
         /// that the list of the programs that get no item is another.
         virtual void commandArrived(const MVCommConsoleMessage& command) = 0;
 
-        /// The application has gone. The connection may be destroyed in here.
+        /// The application has disconnected. The handler may destroy the connection.
         virtual void connectionLost() = 0;
     };
 
-    /// Connects to the application and checks `program` in. Null when no application of ours, or of
-    /// the administrator, answers.
+    /// Connects to the application and checks `program` in. Null if no application of our user, or
+    /// of root, accepts.
     [[nodiscard]] static std::unique_ptr<AppConnection>
     open(platform::RunLoop& loop, const ProgramProcess& program, Listener& listener);
 
-    /// Whether `program` is the very process that serves the socket.
+    /// Whether `program` is the process that serves the socket.
     [[nodiscard]] static bool isServedBy(const ProgramProcess& program);
 
     ~AppConnection();
     AppConnection(const AppConnection&) = delete;
     AppConnection& operator=(const AppConnection&) = delete;
 
-    /// Tells how loud the program is, 0 to 1. Lost if the application doesn't read; the next one
-    /// is as good.
+    /// Sends the program's level, 0 to 1. Dropped if the application doesn't read, since the next
+    /// one follows soon.
     void sendLevel(float level) noexcept;
 
   private:

@@ -7,16 +7,16 @@
 #include <optional>
 #include <span>
 
-/// Puts the application's commands together from what a connection delivers, however it is cut.
-/// Keeps at most the beginning of one command between two deliveries. Any thread, one at a time.
+/// Reassembles the application's commands from a byte stream. Buffers at most an incomplete command
+/// between two deliveries. Any thread, one at a time.
 class CommandReader {
   public:
-    /// Takes the next whole command out of `bytes`, which shrinks to what is left. Call it until it
-    /// answers nothing; all of `bytes` has been taken then.
+    /// Takes the next complete command out of `bytes`, which shrinks to the rest. Call it until it
+    /// returns nothing; then all of `bytes` has been consumed.
     [[nodiscard]] std::optional<MVCommConsoleMessage>
     next(std::span<const std::byte>& bytes) noexcept;
 
-    /// How many bytes of a command wait for the rest of it.
+    /// The number of buffered bytes of an incomplete command.
     std::size_t pending() const noexcept { return filled_; }
 
   private:

@@ -10,15 +10,15 @@
 struct pw_metadata;
 struct pw_metadata_events;
 
-/// The session manager's setting for notification sounds to come: one entry of its metadata object
-/// of this name. The run loop's thread only; must go before the server's connection does.
+/// The session manager's setting for future notification sounds: one entry of its metadata object
+/// of this name. The run loop's thread only; destroy it before the server's connection.
 class RouteSettings {
   public:
     /// metadata.name of the object.
     static constexpr const char* name = "route-settings";
 
-    /// Called with what the entry holds at first and whenever somebody, we included, changes it;
-    /// with nothing when it is removed. Not called from within the constructor or set().
+    /// Called with the entry's initial value and after every change, including ours; with nothing
+    /// when it is removed. Not called from within the constructor or set().
     using Told = std::function<void(const std::optional<std::string>& value)>;
 
     /// Watches the metadata object `id`.
@@ -28,8 +28,8 @@ class RouteSettings {
 
     std::uint32_t id() const noexcept { return id_; }
 
-    /// Sets the entry, as JSON; Told hears of it once the server has. Nothing happens when the
-    /// object could not be watched or has gone.
+    /// Sets the entry, as JSON; Told is called when the server has applied it. Does nothing if the
+    /// object could not be watched or no longer exists.
     void set(const std::string& value);
 
   private:

@@ -9,37 +9,36 @@
 #include <string>
 #include <vector>
 
-/// Decides what to write into a setting of the session manager that others write too, and what
-/// their changes mean. The setting itself may come and go; for a while after it came, what it holds
-/// is what the session manager remembered, and nobody's will. Nothing is written before the
-/// application has asked for something. Plain data, any thread.
+/// Decides what to write into a setting of the session manager that others write too, and how to
+/// interpret their changes. The setting may appear and disappear; for a while after it appeared,
+/// its value is the session manager's stored one, not a user's change. Nothing is written before
+/// the application has sent a command. Plain data, any thread.
 class RouteVolumePolicy {
   public:
-    /// How long a setting that appeared may still be filled by the session manager.
+    /// How long the session manager may still fill a setting after it appeared.
     static constexpr std::chrono::milliseconds settling{300};
 
-    /// How long a write may take to come back.
+    /// The maximum time until a write is echoed.
     static constexpr std::chrono::seconds longestEcho{2};
 
     using TimePoint = platform::MonotonicClock::time_point;
 
-    /// The setting is there. settled() should be called after `settling`.
+    /// The setting has appeared. Call settled() after `settling`.
     void appeared();
     void gone();
 
-    /// The application has asked for something, so that `all` is wanted now. Answers the value to
-    /// write, if any.
+    /// The application has sent a command, so that `all` is wanted now. Returns the value to write,
+    /// if any.
     [[nodiscard]] std::optional<std::string> asked(const WantedVolume& all, TimePoint now);
 
-    /// A stream was set elsewhere, so that `all` is wanted now. Answers the value to write, if any:
-    /// what nobody ever asked us to set is left to the others.
+    /// A stream was changed in another mixer, so that `all` is wanted now. Returns the value to
+    /// write, if any: nothing before the first command.
     [[nodiscard]] std::optional<std::string> changedBeside(const WantedVolume& all, TimePoint now);
 
-    /// The time for settling is over, and `all` is wanted. Answers the value to write, if any.
+    /// The time for settling is over, and `all` is wanted. Returns the value to write, if any.
     [[nodiscard]] std::optional<std::string> settled(const WantedVolume& all, TimePoint now);
 
-    /// The setting has this value now; none when it was removed. Answers what somebody else has
-    /// changed.
+    /// The setting has this value now; none if it was removed. Returns the changes made by others.
     WantedVolume told(const std::optional<std::string>& value, TimePoint now);
 
   private:
@@ -58,7 +57,7 @@ class RouteVolumePolicy {
     State state_ = State::absent;
     std::optional<StreamSetting> known_;
     std::vector<float> balance_; // the last volumes that were not all zero
-    std::deque<Write> writes_;   // that have not come back
-    bool overtaken_ = false;     // by another's change since the last write
+    std::deque<Write> writes_;   // that have not been echoed
+    bool overtaken_ = false;     // by someone else's change since the last write
     bool wasAsked_ = false;
 };

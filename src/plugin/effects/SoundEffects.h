@@ -18,9 +18,9 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// The notification sounds of all programs: for a person one program more, which has the process of
-/// the sound server and is there as long as that is. Each of them is over before its volume could
-/// be set, so the session manager is told beforehand. The run loop's thread only.
+/// The notification sounds of all programs, shown as one program, which has the process of the
+/// sound server and exists as long as that does. Each sound is over before its volume could be set,
+/// so the volume is stored in the session manager beforehand. The run loop's thread only.
 class SoundEffects {
   public:
     SoundEffects(platform::RunLoop& loop, ProgramTable& programs);
@@ -30,27 +30,27 @@ class SoundEffects {
 
     void serverConnected();
 
-    /// Drops the program, which must have no streams any more, and what belongs to the connection.
+    /// Drops the program, which must not have streams any more, and everything of the connection.
     void serverLost();
 
     /// Null while there is no server.
     Program* program() const noexcept { return program_; }
 
-    /// To be called when the program table drops the program.
+    /// Call this when the program table drops the program.
     void forgetProgram() noexcept { program_ = nullptr; }
 
-    /// To be told of every object of the server, of which the session manager's settings are
-    /// watched: of several that claim to be these, the first for as long as it is there, then the
-    /// next. `registry` is that of the connection and must last until serverLost().
+    /// Call this for every object of the server. Watches the session manager's settings: of several
+    /// such objects the first as long as it exists, then the next. `registry` is that of the
+    /// connection and must last until serverLost().
     void globalAdded(pw_registry& registry, const AudioGlobal& global);
 
-    /// Numbers that are unknown are no concern.
+    /// Unknown ids are ignored.
     void globalRemoved(std::uint32_t id);
 
-    /// Another volume has been asked for, so that `all` is wanted of the program.
+    /// A command has set another volume, so that `all` is wanted of the program.
     void asked(const WantedVolume& all);
 
-    /// Another mixer has changed one that sounds: the next ones follow it.
+    /// Another mixer has changed a playing sound: the next ones follow it.
     void changedElsewhere();
 
   private:
@@ -63,7 +63,7 @@ class SoundEffects {
     Program* program_ = nullptr; // the table's
     RouteVolumePolicy volume_;
     pw_registry* registry_ = nullptr;
-    std::deque<std::uint32_t> others_;        // that may be watched once the first has gone
+    std::deque<std::uint32_t> others_;        // that may be watched when the first no longer exists
     std::unique_ptr<RouteSettings> settings_; // while there is a session manager
     const std::unique_ptr<platform::Timer> settled_;
 };

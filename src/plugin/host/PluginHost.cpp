@@ -192,7 +192,7 @@ void PluginHost::identify(StreamEntry& entry) {
     entry.orphaned = false; // if the last one has just ended
     if (last != nullptr && last != next) {
         last->remove(stream);
-        stream.adopt({}); // what that finds is nobody's will
+        stream.adopt({}); // the found volume is not a user's setting
         stream.release();
     }
     entry.program = next;
@@ -207,7 +207,7 @@ void PluginHost::identify(StreamEntry& entry) {
         programs_.withdraw(*last, *lastPlayer, *client);
 }
 
-/// Names may be others now, and with them the programs.
+/// Names may have changed, and with them the programs.
 void PluginHost::identifyAgain() {
     for (auto& [id, client] : clients_)
         client.identified = {};
@@ -219,7 +219,7 @@ void PluginHost::identifyAgain() {
         if (player && player->process.name == entry.program->process().name)
             continue;
         release(entry);
-        entry.stream->adopt({}); // what that finds is nobody's will
+        entry.stream->adopt({}); // the found volume is not a user's setting
         moved.push_back(&entry);
     }
     for (StreamEntry* const entry : moved)

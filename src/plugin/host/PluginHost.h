@@ -18,17 +18,17 @@
 #include <memory>
 #include <optional>
 
-/// The plug-in: finds out which programs play, stands for each of them at the application, and
-/// carries volumes and levels between the two. Wires the parts together; decides nothing. The run
+/// The plug-in: finds the programs that play, connects to the application on behalf of each, and
+/// passes volumes and levels between the two. Only connects the parts; makes no decisions. The run
 /// loop's thread only.
 class PluginHost : private AudioServer::Listener,
                    private AudioClient::Listener,
                    private AudioStream::Listener,
                    private ProgramTable::Listener {
   public:
-    /// Begins its work with the loop's next turn; reads the preferences at once. Its main queue
-    /// must be served for changes of the preferences to be noticed. Throws std::runtime_error when
-    /// the PipeWire library cannot be used.
+    /// Starts with the loop's next turn; reads the preferences at once. The main queue must be
+    /// served, or changes of the preferences are not noticed. Throws std::runtime_error if the
+    /// PipeWire library cannot be used.
     explicit PluginHost(platform::RunLoop& loop, ApplicationReports reports = {});
     ~PluginHost() override;
     PluginHost(const PluginHost&) = delete;
@@ -39,24 +39,25 @@ class PluginHost : private AudioServer::Listener,
     VolumeMemory& memory() noexcept { return memory_; }
     LevelReporter& levels() noexcept { return levels_; }
 
-    /// What it sees at this moment.
+    /// The current state.
     PluginStatus status() const;
 
   private:
-    /// A stream and whose it is: nobody's until it is identified, and again when its process ended.
+    /// A stream with its program, which is null until it is identified, and again when its process
+    /// has ended.
     struct StreamEntry {
         std::unique_ptr<AudioStream> stream;
         Program* program = nullptr;
-        std::optional<StreamPlayer> player; // as which it joined the program
+        std::optional<StreamPlayer> player; // with which it joined the program
         bool orphaned = false;
     };
 
-    /// A client, watched once it owns a stream.
+    /// A client, watched from its first stream on.
     struct Client {
         std::uint64_t appeared; // in ticks since boot
         std::unique_ptr<AudioClient> watched;
 
-        /// What was found out last, since all streams of a client mostly say the same.
+        /// The last identification, since all streams of a client usually have the same evidence.
         struct {
             StreamEvidence evidence;
             std::optional<StreamPlayer> player;

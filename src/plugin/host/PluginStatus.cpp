@@ -33,7 +33,7 @@ std::string wantedText(const WantedVolume& wanted) {
     return wanted.isEmpty() ? "nothing wanted" : "wanted " + textOf(wanted);
 }
 
-/// Empty for a program that leaves its volume to others.
+/// Empty for a program that does not set its own volume.
 std::string ownText(const OwnVolume& own) {
     return own == OwnVolume{} ? "" : "own volume " + textOf({own.gain, own.muted}) + ", ";
 }

@@ -8,15 +8,14 @@
 #include <string>
 #include <vector>
 
-/// What the plug-in sees and does at one moment, for a person who wonders about it. Plain values,
-/// any thread.
+/// A snapshot of the plug-in's state, for users who examine a problem. Plain values, any thread.
 
 struct StreamStatus {
     std::uint32_t id = 0; ///< the node in the sound server
     bool running = false;
     WantedVolume wanted;
-    std::optional<StreamProps> actual; ///< nothing until the server has told
-    OwnVolume own = {};                ///< what the program has set by itself
+    std::optional<StreamProps> actual; ///< nothing until the server has reported it
+    OwnVolume own = {};                ///< the volume that the program has set itself
 };
 
 struct ProgramStatus {
@@ -26,7 +25,7 @@ struct ProgramStatus {
     bool connected = false;
     std::vector<StreamStatus> streams;
     bool ignored = false; ///< it is ignored
-    std::string obstacle; ///< why no volume of it can be set; empty when one can
+    std::string obstacle; ///< why no volume of it can be set; empty if one can
 };
 
 struct PluginStatus {

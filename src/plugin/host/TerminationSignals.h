@@ -10,9 +10,9 @@ class RunLoop;
 class RunLoopSource;
 } // namespace platform
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread while it lives, and has
-/// failed writes (ignoreWriteSignals()) end nothing. For a program without an application object.
-/// One at a time in a process.
+/// While it lives, turns SIGTERM, SIGINT and SIGHUP into a call on the run loop's thread, and
+/// ignores the signals of failed writes (ignoreWriteSignals()). For a program without an
+/// application object. One at a time in a process.
 class TerminationSignals {
   public:
     /// `handler` gets the signal's number. The loop's thread only; throws std::system_error when

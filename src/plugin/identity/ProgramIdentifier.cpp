@@ -80,7 +80,7 @@ StreamPlayer ProgramIdentifier::named(const StreamProcess& process,
                       identity.folders};
     player.main = mainProcess(identity, player.process);
     player.showsPages = identity.showsPages;
-    // Once the main process has ended, the others stand for themselves.
+    // When the main process has ended, the others are independent.
     if (process.startTime)
         player.process.path =
             fittingPath(identity.mainProcess == pid ? identity.executable
@@ -101,7 +101,7 @@ std::optional<ProgramProcess> ProgramIdentifier::mainProcess(const ApplicationId
     main.path = fittingPath(identity.executable);
     main.startTime = startTime;
     if (identity.evidence == NameEvidence::family) {
-        // It is no helper of itself.
+        // A process is not its own helper.
         const auto& own = resolver_.resolve(pid, startTime, process.client);
         if (own.name == identity.name) {
             main.evidence = own.evidence;

@@ -19,34 +19,33 @@ class RunLoop;
 
 } // namespace platform
 
-/// Tells whose a stream is: which process plays it, which application that is, and what a person
-/// calls that. Follows the desktop entries as they change; nothing runs meanwhile. The run loop's
-/// thread only.
+/// Identifies the owner of a stream: the process that plays it, its application, and the displayed
+/// name. Watches the desktop entries for changes; does not poll. The run loop's thread only.
 class ProgramIdentifier {
   public:
     /// Reads the desktop entries, in the languages of the environment. `changed` is called from the
-    /// run loop, whose main queue must be served, and by setLanguage(), when a name may have become
-    /// another.
+    /// run loop, whose main queue must be served, and by setLanguage(), when names may have
+    /// changed.
     ProgramIdentifier(platform::RunLoop& loop, std::function<void()> changed);
     ~ProgramIdentifier();
     ProgramIdentifier(const ProgramIdentifier&) = delete;
     ProgramIdentifier& operator=(const ProgramIdentifier&) = delete;
 
-    /// Takes the time now that the first question would take.
+    /// Fills the caches, so that the first call is fast.
     void prepare() const { facts_.prepare(); }
 
-    /// Has names in this language from now on, a locale's name; empty: those of the environment.
+    /// Sets the language of names, a locale's name; empty: those of the environment.
     void setLanguage(const std::string& language);
 
-    /// The process that plays; nothing for what the sound server plays itself.
+    /// The process that plays; nothing for streams of the sound server itself.
     std::optional<StreamProcess> processOf(const StreamEvidence& evidence) const {
         return identifyStream(evidence, facts_);
     }
 
-    /// Who that is. The claims count only where nothing else tells.
+    /// The player's identity. Claims are used only without other evidence.
     StreamPlayer named(const StreamProcess& process, const ClientProperties& client);
 
-    /// The same for one that has been named before, by what is known now.
+    /// Identifies a known process again, with the current data.
     StreamPlayer namedAgain(const ProgramProcess& process);
 
   private:
@@ -60,8 +59,8 @@ class ProgramIdentifier {
     const ProcessView processes_;
     DesktopEntries entries_;
     ApplicationResolver resolver_;
-    std::unique_ptr<DesktopEntriesWatch> watch_; // null when they cannot be watched
+    std::unique_ptr<DesktopEntriesWatch> watch_; // null if they cannot be watched
 };
 
-/// What the evidence claims of the program.
+/// The program's properties as claimed in the evidence.
 ClientProperties clientProperties(const StreamEvidence& evidence);

@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// The name for a program to check in with: its own, valid UTF-8, or another when its own would
-/// pass for that of the notification sounds.
+/// The name with which a program checks in: its own, valid UTF-8, or a changed one if its own could
+/// be confused with that of the notification sounds.
 std::string checkinName(std::string name);

@@ -9,29 +9,29 @@
 #include <string>
 #include <vector>
 
-/// A process of a program as it checks in at the application. Plain values, any thread.
+/// A process of a program, as in a check-in. Plain values, any thread.
 struct ProgramProcess {
     static constexpr std::size_t longestPath = 1023;
 
-    /// A process, or one of PseudoPids; 0 before it has been given one of these.
+    /// A pid, or one of PseudoPids; 0 before one has been assigned.
     std::uint32_t pid = 0;
 
-    /// Of the application that it is: the same for all processes of a program. Valid UTF-8, at most
-    /// 127 bytes.
+    /// The application's name, the same for all processes of a program. Valid UTF-8, at most 127
+    /// bytes.
     std::string name;
 
     std::string path; ///< full path of the executable, valid UTF-8; empty when unknown
 
-    /// Set for a process that can be looked at; tells it from a later one of the same number.
+    /// Set for a visible process; distinguishes it from a later one with the same pid.
     std::optional<std::uint64_t> startTime;
 
     StreamProcess::Proof proof = StreamProcess::Proof::none;
 
-    /// Why it has the name. Nothing for a program that we have named.
+    /// The evidence for the name. Nothing for names that we chose.
     std::optional<NameEvidence> evidence = {};
     std::string entryPath = {}; ///< the file of the desktop entry that the name is from
 
-    // What the name follows from besides the process.
+    // Further input of the name.
     std::string sandbox = {}; ///< see StreamProcess
     ClientProperties client = {};
     std::vector<std::string> folders = {}; ///< see ApplicationIdentity
@@ -41,13 +41,13 @@ struct ProgramProcess {
     }
 };
 
-/// Who plays a stream.
+/// The player of a stream.
 struct StreamPlayer {
     ProgramProcess process;
 
-    /// The process that stands for the application, where that is another one and still there.
+    /// The application's main process, if that is another one and still running.
     std::optional<ProgramProcess> main = {};
 
-    /// Whether it shows web pages, which set the volume of their sound themselves.
+    /// Whether it shows web pages, which set their own volume.
     bool showsPages = false;
 };

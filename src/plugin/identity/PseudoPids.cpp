@@ -5,7 +5,7 @@
 namespace {
 
 std::uint32_t naturalNumber(std::string_view program) {
-    // FNV-1a, since it has to be the same in each run.
+    // FNV-1a, since it must be the same in each run.
     std::uint32_t hash = 2166136261U;
     for (const char each : program)
         hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;

@@ -47,7 +47,7 @@ bool isSoundServer(std::string_view name) {
     return std::find(daemons.begin(), daemons.end(), name) != daemons.end();
 }
 
-/// Whether the program's connections are commonly made for somebody else, perhaps elsewhere.
+/// Whether the program usually makes connections for other clients, which may be remote.
 bool isForwarder(std::string_view name) {
     constexpr std::array<std::string_view, 5> forwarders{"ssh", "sshd", "sshd-session", "socat",
                                                          "ncat"};
@@ -93,7 +93,7 @@ class Candidates {
     /// Whether a process of the application that the client is said to be has the claimed number.
     bool isApplicationConfirmed() const noexcept { return applicationConfirmed_; }
 
-    /// The process, if there is no doubt.
+    /// The process, if it is unambiguous.
     std::optional<pid_t> only() const {
         std::optional<pid_t> found;
         for (const pid_t process : matches_) {
@@ -141,7 +141,7 @@ class Candidates {
     bool applicationConfirmed_ = false;
 };
 
-/// For a client whose connection somebody else has made.
+/// For a client whose connection was made by another process.
 StreamProcess claimedProcess(const StreamEvidence& evidence, const StreamClaims& claims,
                              const StreamProcessFacts& facts) {
     if (claims.serverType == "tcp")

@@ -8,10 +8,10 @@
 #include <sys/types.h>
 #include <vector>
 
-/// What a node or a client of the sound server says about the process behind it. Anybody may claim
-/// anything, and something else later. Empty texts are missing properties.
+/// The claims of a node or client of the sound server about its process. They may be false, and may
+/// change. Empty texts are missing properties.
 struct StreamClaims {
-    std::string process;     ///< application.process.id, as the process itself counts
+    std::string process;     ///< application.process.id, as in the process's own namespace
     std::string binary;      ///< application.process.binary
     std::string name;        ///< application.name
     std::string id;          ///< application.id
@@ -25,38 +25,37 @@ struct StreamClaims {
     bool operator==(const StreamClaims&) const = default;
 };
 
-/// What the sound server says about one output stream: what its node and the client that owns the
-/// node claim, and what the server knows about that client.
+/// The evidence about one output stream from the sound server: the claims of its node and of the
+/// client that owns the node, and the server's knowledge of that client.
 struct StreamEvidence {
     StreamClaims node;
     StreamClaims client;
-    std::string peer; ///< the client's pipewire.sec.pid, told by the kernel; empty without a client
-    std::string user; ///< the client's pipewire.sec.uid, told by the kernel
-    std::optional<std::uint64_t> appeared; ///< when the client was there, in ticksSinceBoot()
+    std::string peer; ///< the client's pipewire.sec.pid, from the kernel; empty without a client
+    std::string user; ///< the client's pipewire.sec.uid, from the kernel
+    std::optional<std::uint64_t> appeared; ///< a time when the client existed, in ticksSinceBoot()
 
     bool operator==(const StreamEvidence&) const = default;
 };
 
-/// What the node claims, with the claims of its client where it has none.
+/// The claims of the node, and those of its client for missing ones.
 StreamClaims mergedClaims(const StreamEvidence& evidence);
 
-/// The process behind a stream, as far as there is one to be seen.
+/// The process behind a stream, as far as visible.
 struct StreamProcess {
-    std::uint32_t pid = 0; ///< 0: nobody knows the process
+    std::uint32_t pid = 0; ///< 0: unknown
 
-    /// Set for a process that is certain and can be looked at; tells it from a later one of the
-    /// same number.
+    /// Set for a certain and visible process; distinguishes it from a later one with the same pid.
     std::optional<std::uint64_t> startTime;
 
-    /// The application of a sandbox that the kernel shows for it, also where several processes of
-    /// that application may be meant; see sandboxApplication().
+    /// The sandboxed application according to the kernel, even if several of its processes match;
+    /// see sandboxApplication().
     std::string sandbox = {};
 
-    /// What vouches for the process.
+    /// The proof for the process.
     enum class Proof {
-        none,    ///< nothing: it is not known, and its name is claimed
+        none,    ///< none: the process is unknown, and its name only claimed
         peer,    ///< the kernel: it is the sound server's peer
-        claim,   ///< a claim that turned out to be true
+        claim,   ///< a claim that was verified
         sandbox, ///< the sandbox that it runs in
     };
     Proof proof = Proof::none;
@@ -64,14 +63,13 @@ struct StreamProcess {
     bool isKnown() const noexcept { return pid != 0; }
 };
 
-/// The facts about processes and the machine that identifying a stream needs. The default asks the
-/// kernel, and remembers what it needs not be asked again: one that is kept is much faster. One
-/// thread at a time.
+/// The facts about processes and the machine that are needed to identify a stream. The default asks
+/// the kernel and caches what does not change, so reuse the object. One thread at a time.
 class StreamProcessFacts {
   public:
     virtual ~StreamProcessFacts() = default;
 
-    /// Takes the time now that the first question would take.
+    /// Fills the caches, so that the first call is fast.
     void prepare() const { numbers_.find(0); }
 
     virtual std::vector<pid_t> processesNumbered(pid_t own) const; ///< see NamespacePids
@@ -90,14 +88,14 @@ class StreamProcessFacts {
 
 /// Finds the process that plays a stream.
 ///
-/// The kernel vouches for the process of a client that speaks to the server directly, whatever the
-/// client says. A client of the PulseAudio protocol comes through a daemon, so that all there is is
-/// its claim. It is believed if exactly one process fits: it has the claimed number, in its own
-/// pid namespace, and the claimed binary, runs for the client's user or ours, and is older than the
-/// client. A sandboxed application is known by what the kernel shows of its process; that the
-/// server names one is not enough, because clients can make it say so.
+/// For a client that is connected to the server directly, the kernel reports the process, whatever
+/// the client claims. A client of the PulseAudio protocol is connected through a daemon, so there
+/// is only its claim. It is accepted if exactly one process matches: it has the claimed pid, in its
+/// own namespace, and the claimed binary, runs as the client's user or ours, and is older than the
+/// client. Sandboxed applications are identified by the kernel's data about the process; the
+/// server's property is not enough, because clients can set it.
 ///
-/// The process of clients from elsewhere, and of those whose claim fits none, is not known. Nothing
-/// for a stream that the sound server plays itself. Any thread; may read all of /proc.
+/// The process of remote clients, and of clients whose claim matches none, is unknown. Nothing for
+/// a stream of the sound server itself. Any thread; may read all of /proc.
 std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
                                             const StreamProcessFacts& facts = {});

@@ -14,33 +14,32 @@
 
 /// Measures the peaks of streams, each channel by itself, at an input of a meter filter. Streams of
 /// one sink share filters, since a filter that measured at two sinks would tie their clocks
-/// together. The run loop's thread only; must go before the server's connection does.
+/// together. The run loop's thread only; destroy it before the server's connection.
 class LevelMeter {
   public:
-    /// `changed` is called when another reconcile() is due; it must not make the call itself.
+    /// `changed` is called when another reconcile() is due; it must not call it itself.
     LevelMeter(pw_core& core, std::function<void()> changed);
     ~LevelMeter();
     LevelMeter(const LevelMeter&) = delete;
     LevelMeter& operator=(const LevelMeter&) = delete;
 
-    /// Goes a step towards measuring `wanted` and nothing else; the filters' own ports are looked
-    /// up in `graph`. Without anything wanted nothing of ours is left in the server after
-    /// nextDrop(). The taps must be in the order of their streams' numbers, and those of a stream
-    /// in that of its channels.
+    /// Makes one step towards measuring exactly `wanted`; looks up the filters' own ports in
+    /// `graph`. If `wanted` is empty, we have no objects left in the server after nextDrop(). The
+    /// taps must be ordered by stream id, then by channel.
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
 
     /// When another reconcile() is due if nothing else happens.
     std::optional<platform::MonotonicClock::time_point> nextDrop() const noexcept;
 
-    /// Drops all that is in the server, whatever state it is in; the next reconcile() makes it
-    /// anew. Peaks hold meanwhile.
+    /// Destroys all objects in the server, in any state; the next reconcile() creates them again.
+    /// Peaks keep their values meanwhile.
     void rebuild();
 
     /// Takes what has been measured since the last call.
     void collect();
 
-    /// What collect() took last, valid until the next reconcile(). Within a cycle longer than the
-    /// time between two calls, that of the last cycle.
+    /// The last peaks from collect(), valid until the next reconcile(). If a cycle is longer than
+    /// the time between two calls, those of the last cycle.
     std::span<const ChannelPeak> peaksOf(std::uint32_t stream) const;
 
   private:
@@ -69,6 +68,6 @@ class LevelMeter {
     const std::function<void()> changed_;
     int failures_ = 0;
     std::vector<SinkFilter> filters_;
-    std::vector<SinkFilter> retired_; // of no use any more, but too new to go
+    std::vector<SinkFilter> retired_; // unused, but too new to be destroyed
     std::vector<Stream> streams_;     // by number; their taps go before the filters
 };

@@ -13,15 +13,15 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// Tells the application how loud each program is: 21 times a second while it plays, once that it
-/// has ended. Has a meter for each stream that runs and whose program the application listens to;
-/// without one there is neither a timer nor anything of ours in the sound server.
+/// Reports the level of each program to the application: 21 times a second while it plays, and once
+/// when it has stopped. Has a meter for each running stream whose program is connected; without one
+/// there is neither a timer nor any of our objects in the sound server.
 ///
-/// A level is that before the volume which a person wants, though it is measured behind it: the
-/// server has no place to measure before, since monitors exist for what comes into a node and a
-/// program's stream has nothing but outputs. So the peak is divided by the gain, and a stream whose
-/// gain is zero has a fixed level as long as the server runs it. What a program takes off by itself
-/// is left in: a page that fades out is shown to do so. The run loop's thread only.
+/// The level is that before the user's volume, although it is measured after it: the server cannot
+/// measure before, since monitors exist for a node's inputs only, and a program's stream only has
+/// outputs. So the peak is divided by the gain, and a stream with gain zero has a fixed level as
+/// long as the server runs it. The program's own volume is not divided out: a page that fades out
+/// shows a falling level. The run loop's thread only.
 class LevelReporter {
   public:
     /// `graph` and `programs` are those of the server that attach() is told of.
@@ -30,15 +30,16 @@ class LevelReporter {
     LevelReporter(const LevelReporter&) = delete;
     LevelReporter& operator=(const LevelReporter&) = delete;
 
-    /// The server's connection from now on, until detach(), which must come before it goes.
+    /// Uses this connection until detach(), which must be called before the connection is
+    /// destroyed.
     void attach(pw_core& core);
     void detach();
 
-    /// To be called after any change of the graph, of a stream's state or of a connection. What
-    /// follows from it is done with the loop's next turn.
+    /// Call this after any change of the graph, of a stream's state or of a connection. The meters
+    /// are updated with the loop's next turn.
     void review();
 
-    /// Makes all meters anew, for when the server or the machine has been away.
+    /// Recreates all meters, after an interruption of the server or the machine.
     void rebuild();
 
   private:

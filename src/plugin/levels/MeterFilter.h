@@ -11,25 +11,26 @@
 #include <spa/utils/hook.h>
 #include <vector>
 
-/// A node of the sound server with mono inputs that measures the peak of what comes in at each. It
-/// is no recording stream: it has no media class and makes no sound server run. Inputs are lent out
-/// one by one; all exist before the node is connected and go with it, so that the data thread never
-/// sees a list change. The run loop's thread only; must go before the server's connection does.
+/// A node in the sound server that measures the peak at each of its mono inputs. It is not a
+/// recording stream: it has no media class and does not make the sound server run. Inputs are
+/// borrowed one by one; all are created before the node is connected and destroyed with it, so that
+/// the list never changes for the data thread. The run loop's thread only; destroy it before the
+/// server's connection.
 class MeterFilter {
   public:
-    /// The sound server wakes us for each filter in each cycle, so few large ones cost less than
-    /// many small ones. But each input is an object that every client of the server hears of.
+    /// The sound server wakes us for each filter in each cycle, so a few large filters cost less
+    /// than many small ones. But every client of the server is notified of each input.
     static constexpr std::size_t fewestInputs = 8;
     static constexpr std::size_t mostInputs = 64;
 
-    /// The number of inputs that a filter for `needed` of them should have, within the bounds:
-    /// some to spare, so that not each new stream asks for a new filter, but not many, since each
-    /// costs in each cycle.
+    /// The number of inputs of a filter that needs `needed` of them, within the bounds: some spare
+    /// ones, so that not every new stream needs a new filter, but not many, since each has a cost
+    /// in each cycle.
     static std::size_t inputsFor(std::size_t needed) noexcept;
 
-    /// `inputs` is brought within the bounds. `changed` is called when nodeId() or isBroken() may
-    /// answer something else; it must not destroy the filter. Null, after a line in the log, when
-    /// the server refuses.
+    /// `inputs` is clamped to the bounds. `changed` is called when nodeId() or isBroken() may have
+    /// changed; it must not destroy the filter. Null, after a line in the log, if the server
+    /// refuses.
     static std::unique_ptr<MeterFilter> create(pw_core& core, std::size_t inputs,
                                                std::function<void()> changed);
     ~MeterFilter();
@@ -39,7 +40,7 @@ class MeterFilter {
     /// The node's number; nothing until the server has given one.
     std::optional<std::uint32_t> nodeId() const;
 
-    /// Whether the server has given up on the node, which measures nothing more.
+    /// Whether the node has failed in the server and does not measure any more.
     bool isBroken() const noexcept { return broken_; }
 
     std::size_t inputs() const noexcept { return borrowed_.size(); }

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <functional>
 
-/// A link of ours between an output port of a stream and an input of a meter. It keeps neither end
-/// running, and goes with this object or with our connection. The run loop's thread only; must go
-/// before the server's connection does.
+/// Our link between an output port of a stream and an input of a meter. It does not keep either end
+/// running, and is removed with this object or with our connection. The run loop's thread only;
+/// destroy it before the server's connection.
 class MeterLink {
   public:
     struct Ends {
@@ -17,13 +17,13 @@ class MeterLink {
         std::uint32_t inputPort;
     };
 
-    /// `changed` is called when isMade() or isLost() may answer something else; it must not destroy
-    /// the link.
+    /// `changed` is called when isMade() or isLost() may have changed; it must not destroy the
+    /// link.
     MeterLink(pw_core& core, const Ends& ends, std::function<void()> changed);
     MeterLink(const MeterLink&) = delete;
     MeterLink& operator=(const MeterLink&) = delete;
 
-    /// Whether the server has made the link, so that what is measured comes from this stream.
+    /// Whether the server has created the link, so that the measurement is that of this stream.
     bool isMade() const noexcept { return made_; }
 
     /// Whether the server refused or removed the link.

@@ -2,6 +2,6 @@
 
 #include <span>
 
-/// The greatest of the samples whatever their signs, 0 for none; what is not a number is left out.
-/// Neither allocates nor waits. Any thread.
+/// The maximum absolute value of the samples, 0 for none; ignores NaN. Does not allocate or wait.
+/// Any thread.
 float samplePeak(std::span<const float> samples) noexcept;

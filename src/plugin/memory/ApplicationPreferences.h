@@ -7,13 +7,12 @@
 #include <utility>
 #include <vector>
 
-/// What the application tells over the session bus of its preferences: all that it remembers now.
-/// Plain data, any thread.
+/// The application's complete preferences as sent over the session bus. Plain data, any thread.
 struct ApplicationPreferences {
     Preferences preferences; ///< their `file` is where the application keeps them
 
-    /// The settingsKey() of each program that a person has set, or had forgotten, since the plug-in
-    /// took the application's last word.
+    /// The settingsKey() of each program that the user has changed or forgotten since the last
+    /// message that the plug-in accepted.
     std::set<std::string, std::less<>> news = {};
 };
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What a person reads for the notification sounds, and so their key. The application translates
+/// The displayed name of the notification sounds, which is their key. The application translates
 /// it; so would we.
 constexpr std::string_view notificationSoundsTitle = "Sound Effects";
 

@@ -10,52 +10,51 @@
 #include <string>
 #include <string_view>
 
-/// What the preferences hold for the plug-in: plain data, any thread.
+/// The preferences used by the plug-in: plain data, any thread.
 
 /// What the setting asks of streams.
 WantedVolume wantedBy(const ProgramSetting& setting) noexcept;
 
-/// How what is wanted looks to a person: 100 percent and not muted where nothing is wanted. Volumes
-/// that other mixers set above 100 percent look so.
+/// The setting that displays a wanted volume: 100 percent and not muted if nothing is wanted.
+/// Volumes above 100 percent are shown as 100.
 ProgramSetting settingOf(const WantedVolume& wanted) noexcept;
 
 struct Preferences {
-    /// Whether they have ever been written: not before the application has run for the first time.
+    /// Whether they have ever been written; false before the first start of the application.
     bool written = false;
 
-    /// What was set for programs, by settingsKey(); plain ones are left out.
+    /// The settings of programs, by settingsKey(); default ones are left out.
     std::map<std::string, ProgramSetting, std::less<>> programs;
     IgnoredNames ignored;
 
-    /// The name of the locale whose language the application's messages have; empty when it has not
-    /// said.
+    /// The locale name of the application's message language; empty if unknown.
     std::string language = {};
 
-    /// Who has been seen before, by settingsKey(), and the percent that others begin with.
+    /// The known programs, by settingsKey(), and the percent at which new ones start.
     std::set<std::string, std::less<>> seen = {};
     std::optional<int> forNew = std::nullopt;
 
-    /// The path of the file that they come from; empty for none.
+    /// The path of their file; empty for none.
     std::string file = {};
 
-    /// What a program has that was never set: full volume, unless it is one that has never been
-    /// seen. That has what was set for it by a `formerKey`, else what new programs begin with.
+    /// The setting of a program without an entry: full volume, unless it has never been seen. A new
+    /// program has the setting of its `formerKey`, else that of new programs.
     ProgramSetting settingOfUnset(const std::string& key, const std::string& formerKey = {}) const;
 
-    /// Whether the program `name` is on the ignore list. One that was never seen or set is as its
-    /// `former` name.
+    /// Whether the program `name` is on the ignore list. For a new program its `former` name counts
+    /// too.
     bool isIgnored(std::string_view name, std::string_view former = {}) const;
 
     bool operator==(const Preferences&) const = default;
 };
 
-/// Reads a property list, XML or binary. Values that make no sense there count as missing. Nothing
-/// when it is damaged or holds no dictionary.
+/// Parses a property list, XML or binary. Invalid values count as missing. Nothing if it is damaged
+/// or not a dictionary.
 std::optional<Preferences> parsePreferences(std::string_view bytes);
 
-/// The name under which the preferences know a program that checks in with `name`: what is
-/// displayed, with what XML cannot hold replaced.
+/// The key in the preferences of a program that checks in with `name`: the displayed name, with
+/// characters replaced that XML cannot represent.
 std::string settingsKey(std::string_view name);
 
-/// The opposite, as far as it can be.
+/// The inverse, as far as possible.
 std::string_view checkinNameOfKey(std::string_view key) noexcept;

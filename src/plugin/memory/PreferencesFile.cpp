@@ -67,12 +67,13 @@ const std::optional<Preferences>& PreferencesFile::read() {
     return last_;
 }
 
-/// A damaged file of our own is about to be mended; until then what we have is newer than others.
+/// A damaged file of our own will be repaired; until then our last values are newer than other
+/// files.
 bool PreferencesFile::isToBeReplaced(State own) const {
     return own == State::missing || (own == State::bad && !last_);
 }
 
-/// Whoever owns the copy, it cannot be one by way of a link to somewhere else.
+/// The copy must be a regular file, not a link to somewhere else.
 PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool isCopy) {
     if (path.empty())
         return {State::missing};

@@ -6,29 +6,28 @@
 #include <string>
 #include <utility>
 
-/// The preferences as they lie on the disk: in the user's own file, which the
-/// application may name, else in the standard one, else in a copy that belongs to this user in a
-/// folder that all users share; a copy of somebody else is not read. While there is nothing to be
-/// read, because a file is just being written, is damaged or has gone, what was read last holds.
-/// One thread at a time; reading waits for the disk.
+/// Reads the preferences from the user's own file, which the application may name, else from the
+/// standard one, else from a copy in a shared folder, if it belongs to this user. While no file can
+/// be read, because it is being written, is damaged or missing, the last values stay valid. One
+/// thread at a time; reading waits for the disk.
 class PreferencesFile {
   public:
     /// com.quarnel.Tonvale.plist in the folder of preferences, and in "Shared" in the local
     /// library.
     static PreferencesFile standard();
 
-    /// Absolute paths; an empty one is no file.
+    /// Absolute paths; an empty one means no file.
     PreferencesFile(std::string own, std::string copy);
 
     const std::string& own() const noexcept { return own_; }
     const std::string& standardOwn() const noexcept { return standardOwn_; }
     const std::string& copy() const noexcept { return copy_; }
 
-    /// Another file is the user's own from now on. Without it the standard one still is.
+    /// Sets the user's own file. If it does not exist, the standard one is used.
     void setOwn(std::string own) { own_ = std::move(own); }
 
-    /// Reads again. Nothing when it has never been possible; where there is no file at all, nothing
-    /// is set.
+    /// Reads again. Nothing if reading has never succeeded; if there is no file at all, the
+    /// preferences are empty.
     const std::optional<Preferences>& read();
 
   private:

@@ -8,14 +8,14 @@
 #include <optional>
 #include <string>
 
-/// Reads the preferences again whenever one of their files changes, is replaced, comes or goes. The
-/// folders need not exist: the nearest one above that does is watched as long. A disk is only ever
-/// waited for on a queue of its own, but for the first reading. The main thread only; readings come
-/// by the main queue, which the thread's run loop should serve.
+/// Reads the preferences again whenever one of their files is changed, replaced, created or
+/// removed. The folders need not exist: the nearest existing parent is watched then. Reads on its
+/// own queue, except for the first reading. Main thread only; readings arrive through the main
+/// queue, which the thread's run loop should serve.
 class PreferencesWatch {
   public:
-    /// Begins to watch. `changed` is called with each reading that is not as the one before, but
-    /// never from within a function of this class.
+    /// Starts to watch. `changed` is called with each reading that differs from the previous one,
+    /// but never from within a function of this class.
     PreferencesWatch(PreferencesFile file, std::function<void(const Preferences&)> changed);
 
     /// No call comes afterwards.
@@ -23,14 +23,14 @@ class PreferencesWatch {
     PreferencesWatch(const PreferencesWatch&) = delete;
     PreferencesWatch& operator=(const PreferencesWatch&) = delete;
 
-    /// Waits for the first reading, of which `changed` will not be told. Nothing when there was
-    /// none. To be called at once.
+    /// Waits for the first reading, for which `changed` is not called. Nothing if it failed. Call
+    /// it right after construction.
     std::optional<Preferences> first();
 
-    /// Reads and watches `own` from now on in place of the user's own file.
+    /// Reads and watches `own` from now on as the user's own file.
     void follow(std::string own);
 
-    /// Reads again, although nobody has seen a change.
+    /// Reads again, even without a detected change.
     void readAgain();
 
   private:

@@ -26,7 +26,7 @@ std::vector<std::string> differencesOf(const Preferences& before, const Preferen
     return keys;
 }
 
-/// Has `preferences` follow what has changed from one reading to the next.
+/// Applies the changes between two readings to `preferences`.
 void followChanges(Preferences& preferences, const Preferences& last, const Preferences& next) {
     for (const std::string& key : differencesOf(last, next)) {
         if (next.programs.contains(key))
@@ -46,7 +46,7 @@ void followChanges(Preferences& preferences, const Preferences& last, const Pref
     follow(&Preferences::file);
 }
 
-/// What has to be asked of a program that is to have `setting`.
+/// The change for a program that should have `setting`.
 WantedVolume differenceTo(const ProgramSetting& setting,
                           const RememberedVolumes::Program& program) {
     const ProgramSetting present = settingOf(program.wanted).clamped();
@@ -89,7 +89,7 @@ RememberedVolumes::read(Preferences reading, std::span<const Program> programs, 
 }
 
 /// Whether the reading counts: neither while the application tells more, nor when all that it could
-/// say is older than what the application has told.
+/// contain is older than the application's message.
 bool RememberedVolumes::note(Preferences reading) {
     const bool counts = !isTold_ && (inFile_ || !wasTold_);
     if (counts)
@@ -126,7 +126,7 @@ RememberedVolumes::Outcome RememberedVolumes::told(const ApplicationPreferences&
     return outcome;
 }
 
-/// What was set for an application with another file is not for this one.
+/// Values for an application with another file do not apply to this one.
 void RememberedVolumes::moveTo(const std::string& file) {
     if (file == file_)
         return;
@@ -209,7 +209,7 @@ void RememberedVolumes::forgetWhatIsWritten() {
         return; // a copy may be older
     std::erase_if(latest_, [this](const auto& entry) {
         const bool isProgram = checkinNameOfKey(entry.first) == entry.first;
-        // There is no entry for full volume, but the program has been seen.
+        // Full volume has no entry, but the program is known.
         const auto holdsIt = [&](const Preferences& preferences) {
             return (preferences.programs.contains(entry.first) ||
                     (isProgram && preferences.seen.contains(entry.first))) &&
@@ -247,7 +247,7 @@ bool RememberedVolumes::isNews(std::string_view name, TimePoint now) const {
     return news != news_.end() && now - news->second < newsLifetime && !isIgnored(name);
 }
 
-/// What the application learns from the answer it need not be told otherwise.
+/// Values in the reply need not be reported separately.
 NamedSettings RememberedVolumes::takeNewer() {
     NamedSettings newer;
     for (auto& [key, latest] : latest_) {
@@ -290,7 +290,7 @@ WantedVolume RememberedVolumes::changeFor(const Program& program, const Preferen
     return differenceTo(setting, program);
 }
 
-/// What a person's setting that the application tells of asks of the program.
+/// The change for the program that follows from a user's setting in the application's news.
 WantedVolume RememberedVolumes::newsFor(const Program& program) const {
     const std::string key = settingsKey(program.name);
     if (isSilenced(key))
@@ -301,7 +301,8 @@ WantedVolume RememberedVolumes::newsFor(const Program& program) const {
         latest != latest_.end() ? settingOf(latest->second.wanted) : ProgramSetting{}, program);
 }
 
-/// What the application's memory asks of a program for which ours said `before`.
+/// The change for the program that follows from the application's stored setting, where ours was
+/// `before`.
 WantedVolume RememberedVolumes::restoredFor(const Program& program,
                                             const ProgramSetting& before) const {
     const ProgramSetting setting = settingOf(of(program.name, program.former));

@@ -12,123 +12,125 @@
 #include <string_view>
 #include <vector>
 
-/// What is remembered of programs, by their names, and who wins where several have a say: the
-/// newest of a command of the application, a change made in another mixer, and an entry of the
-/// preferences that differs from the previous reading. The application writes what it commands and
-/// what it hears of other mixers into the preferences a moment later; that is nothing new. Owns no
-/// clock, timer or file. Any thread, one at a time.
+/// The remembered volumes of programs by name. If sources conflict, the newest value wins: a
+/// command of the application, a change made in another mixer, or an entry of the preferences that
+/// differs from the previous reading. The application writes its commands and the reported changes
+/// of other mixers into the preferences a moment later; these entries are not new. Has no clock,
+/// timer or file. Any thread, one at a time.
 ///
-/// An application that is on the session bus tells its preferences itself. As long as it is there,
-/// its word counts and the file is only noted. When the two meet, each may know what the other does
-/// not: the application what a person has set since it was last heard, we what was set while an
-/// earlier one was there that ended before it had saved that. See told().
+/// An application on the session bus sends its preferences itself. While it is present, these are
+/// used and the file is only recorded. When the two connect, each may have newer values: the
+/// application what the user has set since its last message, we what was set while an earlier
+/// application was running that ended before it had saved it. See told().
 ///
-/// A program that has never been seen or set may begin at a volume of its own. The application
-/// makes a setting of that when it gets to know it; until then it is a default, not a change.
+/// A new program may start at a default volume. The application stores it as a setting when the
+/// program checks in; until then it is a default, not a change.
 ///
-/// Of a program that is ignored nothing is remembered or touched. One that had been changed before
-/// is reset once: it goes to full volume, not muted. What was set in another mixer only stays.
+/// An ignored program is not changed, and its changes are not remembered. If it had been changed by
+/// the application, it is reset once to full volume, not muted. Volumes set only in another mixer
+/// stay.
 class RememberedVolumes {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
 
-    /// For so long after a command for a program the preferences say nothing about it.
+    /// For this time after a command for a program, the preferences are ignored for it.
     static constexpr std::chrono::seconds commandSilence{1};
 
-    /// How long what was reported may take to come back in the preferences.
+    /// The maximum time until a reported value appears in the preferences.
     static constexpr std::chrono::seconds longestEcho{2};
 
-    /// For so long what the application calls news is new. The plug-in may have come a moment ago
-    /// and have yet to find what plays.
+    /// How long the application's news count as new. The plug-in may have just started and not
+    /// found the playing streams yet.
     static constexpr std::chrono::seconds newsLifetime{10};
 
-    /// A program as it checked in, and what is wanted of it.
+    /// A program as it checked in, with its wanted volume.
     struct Program {
         std::uint32_t pid;
         std::string name;
         WantedVolume wanted;
-        std::string former = {}; ///< the name that it may have been known by before, or empty
+        std::string former = {}; ///< its possible earlier name, or empty
     };
 
-    /// What follows for a program from a reading.
+    /// The effect of a reading on a program.
     struct Consequence {
         bool ignored = false;
-        bool reset = false;    ///< it is to be reset, and nothing else
-        WantedVolume wanted;   ///< what it is to have now; nothing when it stays as it is
-        bool restored = false; ///< that is only remembered, and nobody has asked for it just now
-        WantedVolume forNext;  ///< what only its next streams are to have
+        bool reset = false;    ///< it must be reset, and nothing else
+        WantedVolume wanted;   ///< its new volume; nothing if it does not change
+        bool restored = false; ///< the volume is restored, not a recent change
+        WantedVolume forNext;  ///< the volume for its next streams only
     };
 
-    /// What follows from the application's word.
+    /// The effect of the application's message.
     struct Outcome {
         std::vector<Consequence> consequences; ///< in the order of the programs
-        NamedSettings newer; ///< what the application does not know yet, as it would keep it
+        NamedSettings newer;                   ///< settings that the application does not have yet
     };
 
-    /// `file` is where the application is taken to keep its preferences until it says so.
+    /// `file` is the assumed path of the application's preferences until it sends it.
     explicit RememberedVolumes(std::string file = {}) : file_(std::move(file)) {}
 
-    /// Takes a reading of the preferences' file, and answers what follows for the programs that are
-    /// there, nothing at all while the application's word counts. What the first one brings is old
-    /// and makes nothing that plays louder.
+    /// Takes a reading of the preferences file, and returns its effect on the existing programs;
+    /// none while the application's message is in use. The first reading is old and never makes a
+    /// playing stream louder.
     [[nodiscard]] std::vector<Consequence> read(Preferences preferences,
                                                 std::span<const Program> programs, TimePoint now);
 
-    /// Takes the application's word. Its news are newer than all that we have, unless we have had a
-    /// command within commandSilence for a program that is still there. The first word of an
-    /// application also says what it has restored: where it keeps that in the file of the one
-    /// before, what was set since (by a command, by its news, in another mixer) is newer; else only
-    /// what was set in another mixer and could not be reported. It makes nothing louder that was
-    /// found quieter than remembered.
+    /// Takes the application's message. Its news are newer than all our values, except after a
+    /// command within commandSilence for a program that still exists. The first message of an
+    /// application also contains its stored values: if it uses the same file as the previous
+    /// application, our later values (from commands, news, other mixers) are newer; otherwise only
+    /// unreported changes from other mixers are. It never makes a stream louder that was found at a
+    /// lower volume than remembered.
     [[nodiscard]] Outcome told(const ApplicationPreferences& word,
                                std::span<const Program> programs, TimePoint now);
 
-    /// The application has gone from the session bus, or another one has come and has yet to speak.
-    /// Until then the file counts.
+    /// The application has left the session bus, or another one has appeared that has not sent its
+    /// preferences yet. Until then the file is used.
     void applicationChanged(bool isThere);
 
-    /// What counts now.
+    /// The preferences in use.
     const Preferences& preferences() const noexcept { return preferences_; }
 
     bool isIgnored(std::string_view name, std::string_view former = {}) const {
         return preferences_.isIgnored(name, former);
     }
 
-    /// What a program that comes now is to have. A program without an entry is at full volume, or
-    /// that of new ones, not muted, as its slider shows. One that was never seen by its name has
-    /// what is remembered by the former one. Nothing before the preferences have been
-    /// written for the first time, and for notification sounds without an entry: their setting is
-    /// their own, and lasts.
+    /// The volume for a program that starts now. A program without an entry gets full volume, or
+    /// that of new programs, not muted, as its slider shows. A program with a new name gets the
+    /// volume remembered for the former one. Nothing before the preferences have been written for
+    /// the first time, and for notification sounds without an entry, whose volume is stored
+    /// elsewhere.
     WantedVolume of(std::string_view name, std::string_view former = {}) const;
 
-    /// What is remembered of a program; one that is ignored gets it when that ends.
+    /// The remembered volume of a program; an ignored one gets it when it is no longer ignored.
     WantedVolume evenIfIgnored(std::string_view name, std::string_view former = {}) const;
 
-    /// Whether a person has set the program just now, as the application says. That holds for what
-    /// plays already, too.
+    /// Whether the user has just changed the program, according to the application. This also
+    /// applies to streams that already play.
     bool isNews(std::string_view name, TimePoint now) const;
 
-    /// Whether a program that comes now is ignored and yet to be reset, which this answer settles.
+    /// Whether a program that starts now is ignored and has a pending reset, which this call
+    /// clears.
     [[nodiscard]] bool takePendingReset(std::string_view name);
 
-    /// The application has asked `program` for `change`.
+    /// The application has sent the command `change` for `program`.
     void commanded(const Program& program, const WantedVolume& change, TimePoint now);
 
-    /// Another mixer has set `program` to what is wanted of it now. Answers what to report to the
-    /// application, if it is anything that a person sees; what it is not `connected` for,
-    /// connected() answers later.
+    /// Another mixer has set `program` to its current wanted volume. Returns what to report to the
+    /// application, if it is visible to the user. Without a connection (`connected`), connected()
+    /// returns it later.
     [[nodiscard]] std::optional<ProgramSetting> changedElsewhere(const Program& program,
                                                                  const WantedVolume& before,
                                                                  bool connected, TimePoint now);
 
-    /// The application has got to know the program. Answers what is yet to be reported.
+    /// The program has connected to the application. Returns an unreported change.
     [[nodiscard]] std::optional<ProgramSetting> connected(const Program& program, TimePoint now);
 
   private:
-    /// What is newer than the preferences.
+    /// Values that are newer than the preferences.
     struct Latest {
         WantedVolume wanted;
-        bool ours = false; // some of it was asked for by the application
+        bool ours = false; // some of it was set by the application
         bool unreported = false;
     };
     struct Command {
@@ -165,15 +167,15 @@ class RememberedVolumes {
     ProgramSetting report(std::uint32_t pid, const std::string& key, const WantedVolume& wanted,
                           TimePoint now);
 
-    std::string file_;                  // which the application keeps
+    std::string file_;                  // the application's file
     std::optional<Preferences> inFile_; // the last reading of it
-    bool isTold_ = false;               // the application's word counts
-    bool wasTold_ = false;              // there has been one
-    Preferences preferences_;           // what counts
+    bool isTold_ = false;               // the application's message is in use
+    bool wasTold_ = false;              // there has been a message
+    Preferences preferences_;           // the preferences in use
     std::map<std::string, Latest, std::less<>> latest_;
-    std::map<std::string, TimePoint, std::less<>> news_; // when the application told them
+    std::map<std::string, TimePoint, std::less<>> news_; // when the application sent them
     std::set<std::string, std::less<>>
-        pendingResets_; // keys of the ignored that are yet to be reset
+        pendingResets_; // keys of ignored programs that must still be reset
     std::vector<Command> commands_;
     std::vector<Report> reports_;
 };

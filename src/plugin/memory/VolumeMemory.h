@@ -14,37 +14,36 @@
 class ProgramTable;
 class SoundEffects;
 
-/// Lets programs have what is remembered of them, and sees to it that what happens to them is
-/// remembered: carries preferences, the application's word, commands and changes made in other
-/// mixers to RememberedVolumes, and carries out what that decides. The run loop's thread only.
+/// Restores remembered volumes and records changes: passes preferences, the application's messages,
+/// commands and changes made in other mixers to RememberedVolumes, and applies its decisions. The
+/// run loop's thread only.
 class VolumeMemory : public Program::Listener {
   public:
-    /// Watches the preferences. All of these must outlive the object. `languageRead` is told the
-    /// language that each reading has, after what the reading says of programs has been followed.
+    /// Watches the preferences. All of these must outlive the object. `languageRead` gets the
+    /// language of each reading, after the reading has been applied to the programs.
     VolumeMemory(const PreferencesFile& file, ProgramTable& programs, SoundEffects& effects,
                  const ApplicationReports& reports,
                  std::function<void(const std::string&)> languageRead);
     VolumeMemory(const VolumeMemory&) = delete;
     VolumeMemory& operator=(const VolumeMemory&) = delete;
 
-    /// Waits for the first reading of the preferences. To be called at once.
+    /// Waits for the first reading of the preferences. Call it right after construction.
     void begin();
 
-    /// The application tells its preferences: `bytes` is the property list, `file` where it keeps
-    /// that, `news` see ApplicationPreferences. Answers what the application does not know yet.
-    /// Nothing when that is no property list; then the file counts.
+    /// The application has sent its preferences: `bytes` is the property list, `file` its path,
+    /// `news` see ApplicationPreferences. Returns settings that the application does not have yet.
+    /// Nothing if the property list is invalid; then the file is used.
     std::optional<NamedSettings> told(const std::string& file, std::string_view bytes,
                                       std::span<const std::string> news);
 
-    /// The application has gone from the session bus, or another one has come.
+    /// The application has left the session bus, or another one has appeared.
     void applicationChanged(bool isThere) { remembered_.applicationChanged(isThere); }
 
-    /// The file that the preferences come from that count, empty for none, and the one that is
-    /// read.
+    /// The file of the preferences in use, empty for none, and the file that is read.
     const std::string& fileThatCounts() const noexcept { return remembered_.preferences().file; }
     const std::string& ownFile() const noexcept { return ownFile_; }
 
-    /// What is remembered of the program, also while it is ignored.
+    /// The remembered volume of the program, even while it is ignored.
     WantedVolume of(const Program& program) const;
 
     void programAdded(Program& program) override;
@@ -53,11 +52,11 @@ class VolumeMemory : public Program::Listener {
     void programChangedElsewhere(Program& program, const WantedVolume& before) override;
     void ignoreListChanged() override { preferences_.readAgain(); }
 
-    /// To be called when a stream of the program that was heard before us has `found`; empty where
-    /// that is its own volume, which is not for other streams.
+    /// Call this when a stream of the program that played before we started has the volume `found`;
+    /// empty if that is its own volume, which does not apply to other streams.
     void found(Program& program, const WantedVolume& found);
 
-    /// To be called when the notification sounds have got their program.
+    /// Call this when the program of the notification sounds has been created.
     void effectsAdded();
 
   private:

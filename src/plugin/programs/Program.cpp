@@ -22,7 +22,7 @@ void Program::add(AudioStream& stream) {
     if (streams_.empty())
         remembered_ = wanted_;
     streams_.insert(&stream);
-    // What one of several that played before us has is not the will for the others.
+    // The volume of one of several existing streams does not apply to the others.
     const bool existed = stream.origin() == AudioStream::Origin::existed;
     stream.adopt(existed && !ignored_ ? remembered_ : takeForNext());
     if (ignored_)

@@ -18,17 +18,17 @@ namespace platform {
 class RunLoop;
 } // namespace platform
 
-/// One program that has had an output stream, all processes of which have the same name for a
-/// person: its processes, its streams, its volume, and its connection to the application. It checks
-/// in with its first main process; when that has ended while others go on, it checks in anew with
-/// the next. The run loop's thread only.
+/// One program that has had an output stream, with all processes of the same displayed name: its
+/// processes, streams, volume, and connection to the application. It checks in with its first main
+/// process; if that ends while others remain, it checks in again with the next. The run loop's
+/// thread only.
 class Program : private AppConnection::Listener {
   public:
     class Owner {
       public:
         virtual ~Owner() = default;
 
-        /// The last process is no more. The program may be destroyed in here.
+        /// The last process has ended. The handler may destroy the program.
         virtual void programEnded(Program& program) = 0;
         virtual void programDisconnected(Program& program) = 0;
     };
@@ -41,75 +41,74 @@ class Program : private AppConnection::Listener {
         /// It is new: nobody wants anything of it, and it has no streams.
         virtual void programAdded(Program&) {}
 
-        /// It has checked in, under the process() that it has now.
+        /// It has checked in with the current process().
         virtual void programConnected(Program&) {}
 
-        /// The application asked for `change`, and got it.
+        /// The application has sent the command `change`, which has been applied.
         virtual void programCommanded(Program&, const WantedVolume& /*change*/) {}
 
-        /// wanted(), which was `before`, is another now, by somebody else's doing.
+        /// wanted() was changed from `before` by someone else.
         virtual void programChangedElsewhere(Program&, const WantedVolume& /*before*/) {}
 
-        /// The application says that its list of ignored programs has changed.
+        /// The application has reported a change of the ignore list.
         virtual void ignoreListChanged() {}
     };
 
-    /// `process` is what checks in; it does not make the program last.
+    /// `process` is used for the check-in; it does not extend the program's lifetime.
     Program(platform::RunLoop& loop, ProgramProcess process, Owner& owner, Listener& listener,
             const ApplicationReports& reports);
 
-    /// Leaves the application with a last zero if the program played.
+    /// Sends a final zero level if the program played.
     ~Program() override;
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
     const ProgramProcess& process() const noexcept { return process_; }
 
-    /// What decides how long the program lasts.
+    /// The program's lifetime.
     ProgramLifetime& lifetime() noexcept { return lifetime_; }
     const ProgramLifetime& lifetime() const noexcept { return lifetime_; }
 
-    /// Gives the stream the program's volume, from now on too. The stream must be removed before it
-    /// goes.
+    /// Applies the program's volume to the stream, now and later. The stream must be removed before
+    /// it is destroyed.
     void add(AudioStream& stream);
 
-    /// Leaves the stream, of whatever program, with the volume that it has. What the program wants
-    /// stays, also when that was its last stream.
+    /// Removes the stream, which keeps its volume. The program's wanted volume stays, even if that
+    /// was its last stream.
     void remove(AudioStream& stream);
     const std::unordered_set<AudioStream*>& streams() const noexcept { return streams_; }
 
-    /// What the program's next stream will have: what the application or somebody else asked for
-    /// last.
+    /// The volume of the program's next stream, as set last by the application or someone else.
     const WantedVolume& wanted() const noexcept { return wanted_; }
 
-    /// Takes over what somebody set in another mixer, for the next streams. Those that play are
-    /// left alone.
+    /// Takes over a change made in another mixer, for the next streams. Playing streams are not
+    /// changed.
     void changedElsewhere(const WantedVolume& change);
 
-    /// Takes over what a stream that was heard before us is found to have, for the next streams,
-    /// so that they are not louder either. That is no news for anybody.
+    /// Takes over the volume of a stream that played before we started, for the next streams, so
+    /// that they are not louder either. This is not reported.
     void found(const WantedVolume& found);
 
-    /// Takes over what is remembered of the program, for the next streams.
+    /// Takes over the remembered volume, for the next streams.
     void recall(const WantedVolume& remembered);
 
-    /// Asks for a volume, for all streams.
+    /// Sets the volume of all streams.
     void want(const WantedVolume& change, WantReason reason = WantReason::command);
 
-    /// Has nothing wanted of the program from now on, nor anything taken over from elsewhere; only
-    /// the application's commands are still carried out. When `reset`, its streams, or else the
-    /// first one to come, go to full volume, not muted, before that.
+    /// Ignores the program from now on: no wanted volume, and no changes are taken over; only the
+    /// application's commands are still applied. If `reset`, its streams, or else its next one,
+    /// first go to full volume, not muted.
     void ignore(bool reset);
 
-    /// Ends that, with nothing wanted.
+    /// Ends that, without a wanted volume.
     void unignore();
     bool isIgnored() const noexcept { return ignored_; }
 
-    /// What the next stream gets, which settles what is owed to it.
+    /// The volume of the next stream. Clears a pending reset.
     [[nodiscard]] WantedVolume takeForNext() noexcept;
 
-    /// Why none of the streams' volume can be set, for people; empty when it can, or nobody knows.
-    /// Stays as it was without streams.
+    /// Why no stream's volume can be set, as text for the user; empty if one can, or unknown. Keeps
+    /// its value without streams.
     const std::string& obstacle() const noexcept { return obstacle_; }
 
     /// Looks at the streams for that again, and tells the application when it is another now.
@@ -122,7 +121,7 @@ class Program : private AppConnection::Listener {
     /// Whether the application believes that the program plays.
     bool isPlaying() const noexcept { return playing_; }
 
-    /// Passes the level on while there is one, and a single zero when it ends.
+    /// Sends the level while there is one, and a single zero when it ends.
     void report(float level);
 
   private:
@@ -137,10 +136,10 @@ class Program : private AppConnection::Listener {
     const ApplicationReports& reports_;
     std::unordered_set<AudioStream*> streams_; // not owned
     WantedVolume wanted_;
-    WantedVolume remembered_; // what was wanted before the present streams came, and commands since
+    WantedVolume remembered_; // wanted before the present streams, and commands since
     bool playing_ = false;
     bool ignored_ = false;
-    bool resetsNext_ = false; // the next stream is owed full volume, although it is left alone
+    bool resetsNext_ = false; // the next stream must be reset, although the program is ignored
     std::string obstacle_;
     ProgramLifetime lifetime_;
     std::unique_ptr<AppConnection> connection_;

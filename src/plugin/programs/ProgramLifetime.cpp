@@ -91,7 +91,7 @@ ProgramLifetime::Part ProgramLifetime::makePart(const ProgramProcess& process, s
                 return each.member.process.isSameProcess(process);
             });
         });
-    // The number may have gone to another process just before the watch began.
+    // The pid may have been reused just before the watch began.
     if (part.watch != nullptr && platform::processStartTime(pid) != process.startTime)
         part.watch.reset();
     part.endsWithClient = part.watch == nullptr;

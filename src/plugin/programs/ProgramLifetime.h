@@ -13,11 +13,11 @@ class ProcessWatch;
 class RunLoop;
 } // namespace platform
 
-/// How long a program lasts: until the last of its processes has ended, those that ever had a
-/// stream and the main ones of the application. Processes are watched, not streams, which programs
-/// drop and make whenever they pause. A process that cannot be watched, because it is not here or
-/// has ended already, counts as ended when the client of the sound server that stands for it goes.
-/// The run loop's thread only.
+/// The lifetime of a program: until the last of its processes has ended, counting those that ever
+/// had a stream and the application's main processes. Processes are watched, not streams, which
+/// programs drop and recreate whenever they pause. A process that cannot be watched, because it is
+/// remote or has ended already, counts as ended when its client of the sound server disappears. The
+/// run loop's thread only.
 class ProgramLifetime {
   public:
     /// What a process is to its application.
@@ -26,11 +26,11 @@ class ProgramLifetime {
     struct Member {
         ProgramProcess process;
         Role role;
-        std::uint32_t client; ///< by which it has joined first
+        std::uint32_t client; ///< with which it joined first
     };
 
-    /// `changed` is called when a process has ended, from the loop or from any function below but
-    /// join(): first() may be another now. The life may be destroyed in there.
+    /// `changed` is called when a process has ended, so that first() may have changed, from the
+    /// loop or from any function below except join(). It may destroy this object.
     ProgramLifetime(platform::RunLoop& loop, std::function<void()> changed);
     ~ProgramLifetime();
     ProgramLifetime(const ProgramLifetime&) = delete;
@@ -40,24 +40,24 @@ class ProgramLifetime {
     /// of it.
     void join(const ProgramProcess& process, std::uint32_t client, Role role);
 
-    /// A join() was an error: the stream is of another process.
+    /// Reverts a wrong join(): the stream belongs to another process.
     void withdraw(const ProgramProcess& process, std::uint32_t client);
 
-    /// The process, or what the client stands for, is of another program.
+    /// The process, or that of the client, belongs to another program.
     void release(const ProgramProcess& process, std::uint32_t client);
 
-    /// The number of the process is that of an earlier one no more.
+    /// The pid now belongs to this process, so an earlier one with the same pid has ended.
     void endPredecessor(const ProgramProcess& process);
 
-    /// The client of the sound server has gone. What is not watched and came with it has ended.
+    /// The client of the sound server has disconnected. Its unwatched processes count as ended.
     void clientGone(std::uint32_t client);
 
     bool contains(const ProgramProcess& process) const;
 
-    /// The main process that has been there longest, or else any process; null when all have ended.
+    /// The oldest main process, or else any process; null if all have ended.
     const ProgramProcess* first() const noexcept;
 
-    /// All processes, in the order of their coming.
+    /// All processes, in the order in which they joined.
     std::vector<Member> members() const;
 
   private:

@@ -70,7 +70,7 @@ Program& ProgramTable::add(const ProgramProcess& process) {
     Program& program = *programs_.emplace_back(
         std::make_unique<Program>(loop_, process, owner, ofPrograms_, reports_));
     ofPrograms_.programAdded(program);
-    // At once when the application is there; during a pause the others wait for it as well.
+    // At once if the application is running; during a pause it waits like the others.
     if (!retry_->isActive())
         retry_->start({});
     return program;

@@ -15,20 +15,20 @@ namespace platform {
 class Timer;
 } // namespace platform
 
-/// The programs that are or have been heard, one for each name, and their connections to the
-/// application: tried again with growing pauses as long as one is missing. A process belongs to one
-/// program only, the one that it has joined last. The run loop's thread only.
+/// The programs that play or have played, one for each name, and their connections to the
+/// application, which are retried with growing pauses. A process belongs to one program only, the
+/// last one that it joined. The run loop's thread only.
 class ProgramTable : private Program::Owner {
   public:
     class Listener {
       public:
         virtual ~Listener() = default;
 
-        /// The program goes when this returns. Its streams may be there still, but belong to
-        /// nobody.
+        /// The program is destroyed when this returns. Its streams may still exist, but belong to
+        /// no program.
         virtual void programGoes(Program& program) = 0;
 
-        /// Some program has or lost its connection.
+        /// A program has connected or disconnected.
         virtual void connectionsChanged() = 0;
     };
 
@@ -42,26 +42,25 @@ class ProgramTable : private Program::Owner {
     /// The program of that name, or null.
     Program* find(const std::string& name) const;
 
-    /// What is known of the process, or null when it is of no program.
+    /// The known data of the process, or nothing if it belongs to no program.
     std::optional<ProgramProcess> find(const StreamProcess& process) const;
 
-    /// The player under the name that it has beside the programs that are there. It keeps that as
-    /// long as one of its processes lasts, whoever else has gone.
+    /// The player with its unique name beside the existing programs. It keeps the name as long as
+    /// one of its processes exists, even if the other programs end.
     StreamPlayer disambiguated(StreamPlayer player) const;
 
-    /// The program of a player that has a new stream, which this client of the sound server owns.
-    /// Made and announced when it is new. Stays the table's.
+    /// The program of a player with a new stream, which this client of the sound server owns.
+    /// Created and announced if it is new. Owned by the table.
     Program& join(StreamPlayer player, std::uint32_t client);
 
-    /// A join() was an error. Drops the program if that was all that held it.
+    /// Reverts a wrong join(). Drops the program if nothing else keeps it.
     void withdraw(Program& program, StreamPlayer player, std::uint32_t client);
 
-    /// Names may have changed: has each process in the program whose name it has now. `named`
-    /// tells that; programs that nothing is left of are dropped, others are made. Streams have to
-    /// be moved before.
+    /// Names may have changed: moves each process to the program with its current name, which
+    /// `named` returns; empty programs are dropped, new ones created. Move the streams before.
     void rename(const std::function<StreamPlayer(const ProgramProcess&)>& named);
 
-    /// Drops the programs that have nothing but this client of the sound server.
+    /// Drops the programs that only have this client of the sound server.
     void clientGone(std::uint32_t client);
 
     /// Makes and announces a program that lasts until programEnded(). Stays the table's.
@@ -70,7 +69,7 @@ class ProgramTable : private Program::Owner {
     /// Drops a program that has no streams.
     void programEnded(Program& program) override;
 
-    /// Connects what is not connected, without waiting for the pause to end.
+    /// Connects unconnected programs, without waiting for the next retry.
     void connectNow();
 
     const std::vector<std::unique_ptr<Program>>& programs() const noexcept { return programs_; }

@@ -24,7 +24,7 @@ StreamKind kindOf(bool isNotification, const std::optional<StreamPlayer>& player
 
 /// What a stream of `other` gets when another mixer has given one of `changed`, of the same
 /// program, `change`: nothing where it stays as it is. The streams of one process may differ, but
-/// its further processes are the same item to a person, and no mixer's amplification is theirs.
+/// its further processes are the same item to the user, and no mixer's amplification is theirs.
 WantedVolume followingChange(const WantedVolume& change, const std::optional<StreamPlayer>& changed,
                              const std::optional<StreamPlayer>& other);
 

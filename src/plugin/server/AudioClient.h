@@ -6,14 +6,14 @@
 #include <cstdint>
 
 /// A client of the sound server: what it claims about itself, and what the server knows about its
-/// process. The run loop's thread only; must go before the server's connection does.
+/// process. The run loop's thread only; destroy it before the server's connection.
 class AudioClient {
   public:
     class Listener {
       public:
         virtual ~Listener() = default;
 
-        /// What describeTo() tells has arrived or is something else now.
+        /// The data of describeTo() has arrived or changed.
         virtual void clientDescribed(AudioClient& client) = 0;
     };
 
@@ -26,10 +26,10 @@ class AudioClient {
 
     std::uint32_t id() const noexcept { return id_; }
 
-    /// Whether the client has told what it is.
+    /// Whether the client's data has arrived.
     bool isDescribed() const noexcept { return described_; }
 
-    /// Fills in what is known of the client.
+    /// Fills in the known data of the client.
     void describeTo(StreamEvidence& evidence) const;
 
   private:

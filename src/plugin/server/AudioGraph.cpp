@@ -24,7 +24,7 @@ const std::string& AudioGlobal::property(std::string_view key) const {
 }
 
 void AudioGraph::add(const AudioGlobal& global) {
-    remove(global.id); // the server uses numbers again, perhaps for another kind
+    remove(global.id); // the server reuses ids, perhaps for another kind
     const auto serial = number<std::uint64_t>(global, "object.serial").value_or(0);
     newestSerial_ = std::max(newestSerial_, serial);
     switch (global.kind) {

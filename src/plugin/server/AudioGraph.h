@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-/// The name of the nodes that measure. Whatever feeds one of them is not heard there.
+/// The name of our meter nodes. They are not audible outputs.
 inline constexpr const char* kMeterNodeName = "tonvale-meter";
 
-/// One object that the sound server announced, with the properties it announced it with.
+/// One object that the sound server has announced, with its properties.
 struct AudioGlobal {
     enum class Kind { client, node, port, link, metadata, other };
     using Properties = std::map<std::string, std::string, std::less<>>;
@@ -22,47 +22,46 @@ struct AudioGlobal {
     Kind kind = Kind::other;
     Properties properties;
 
-    /// Empty when there is no such property.
+    /// Empty if there is no such property.
     const std::string& property(std::string_view key) const;
 };
 
-/// One meter to have: an output port of a stream, to be measured in the graph of a sink.
+/// A required meter: an output port of a stream, to be measured in the graph of a sink.
 struct MeterTap {
     std::uint32_t stream;
     std::uint32_t port;
     std::uint32_t sink;
-    std::size_t channel; ///< place of the port among those of its stream
+    std::size_t channel; ///< index of the port within its stream
 
     bool operator==(const MeterTap&) const = default;
 };
 
-/// The objects of the sound server as far as they matter here, and what follows from them. Plain
-/// data: objects may come in any order, twice, or go without having come.
+/// The relevant objects of the sound server, and facts derived from them. Plain data: objects may
+/// be added in any order or twice, and removed without having been added.
 class AudioGraph {
   public:
-    /// Takes the place of whatever had the number before. What lacks the properties that it needs
-    /// to be of use is left out.
+    /// Replaces an object with the same id. Objects that lack required properties are left out.
     void add(const AudioGlobal& global);
 
-    /// Leaves what refers to the object in place, since that is announced to go by itself.
+    /// Keeps objects that refer to it, since their removal is announced separately.
     void remove(std::uint32_t id);
     void clear();
 
     /// Whether the node is the output of a program.
     bool isOutputStream(std::uint32_t node) const;
 
-    /// The node's media.role as far as it was announced.
+    /// The node's media.role, if it was announced.
     std::string roleOf(std::uint32_t node) const;
 
-    /// The client that owns the node; none for what the server has made itself.
+    /// The client that owns the node; none for the server's own nodes.
     std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
 
-    /// The node's object.serial, and the greatest of all objects so far; 0 when unknown. The server
-    /// gives each object a greater one than all before.
+    /// The node's object.serial, and the greatest of all objects so far; 0 if unknown. The server
+    /// assigns increasing serials.
     std::uint64_t serialOf(std::uint32_t node) const;
     std::uint64_t newestSerial() const noexcept { return newestSerial_; }
 
-    /// Stands for the process that serves the node: the same number for all nodes of one. 0 for the
+    /// Identifies the process that serves the node: the same value for all its nodes. 0 for the
     /// server itself.
     std::uint32_t ownerOf(std::uint32_t node) const;
 
@@ -72,8 +71,8 @@ class AudioGraph {
     /// The input port with this number within its node.
     std::optional<std::uint32_t> inputPort(std::uint32_t node, std::size_t number) const;
 
-    /// The node that a stream is heard through: a sink or device if it feeds one, otherwise
-    /// anything else but a meter.
+    /// The node through which a stream is audible: a sink or device if it feeds one, otherwise any
+    /// node except a meter.
     std::optional<std::uint32_t> sinkOf(std::uint32_t stream) const;
 
     /// The meters that these streams need. Streams that feed nothing need none.

@@ -46,8 +46,8 @@ AudioGlobal describe(std::uint32_t id, const char* type, const spa_dict* propert
     return global;
 }
 
-/// Whether the object is a link of ours, whose owner tries again and tells when that does not help.
-/// The server refuses one whenever the stream has ended meanwhile.
+/// Whether the object is our link, whose owner retries and reports a permanent failure. The server
+/// refuses one whenever the stream has ended meanwhile.
 bool isLink(pw_core& core, std::uint32_t id) {
     pw_proxy* const proxy = pw_core_find_proxy(&core, id);
     const char* const type = proxy != nullptr ? pw_proxy_get_type(proxy, nullptr) : nullptr;

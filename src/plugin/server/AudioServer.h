@@ -13,9 +13,9 @@ class RunLoopSource;
 class Timer;
 } // namespace platform
 
-/// The connection to the sound server, made again whenever it breaks; the server may also start
-/// later than we do. PipeWire's own loop is a source of the run loop, whose thread is the only one
-/// to use this and every object made through it.
+/// The connection to the sound server, reconnected whenever it breaks; the server may start later
+/// than we do. PipeWire's own loop is a source of the run loop, on whose thread this and all
+/// objects created through it must be used.
 class AudioServer {
   public:
     /// Called from the run loop, never from within start().
@@ -24,39 +24,38 @@ class AudioServer {
         virtual ~Listener() = default;
         virtual void serverConnected() = 0;
 
-        /// The connection is about to be dropped: everything made through core() and registry()
-        /// must be gone when this returns.
+        /// The connection is about to be dropped: destroy everything created through core() and
+        /// registry() before returning.
         virtual void serverLost() = 0;
         virtual void globalAdded(const AudioGlobal& global) = 0;
         virtual void globalRemoved(std::uint32_t id) = 0;
     };
 
-    /// Throws std::runtime_error when the PipeWire library cannot be used at all.
+    /// Throws std::runtime_error if the PipeWire library cannot be used.
     AudioServer(platform::RunLoop& loop, Listener& listener);
 
-    /// Drops the connection without telling the listener.
+    /// Drops the connection without calling the listener.
     ~AudioServer();
     AudioServer(const AudioServer&) = delete;
     AudioServer& operator=(const AudioServer&) = delete;
 
-    /// Begins to connect, at the next turn of the loop.
+    /// Starts to connect at the next turn of the loop.
     void start();
 
     /// Null while there is no connection.
     pw_core* core() const noexcept;
     pw_registry* registry() const noexcept;
 
-    /// Whether every object that the server had when we connected to it has been added. What is
-    /// added from then on is new.
+    /// Whether all objects that existed when we connected have been added. Later objects are new.
     bool hasListedAll() const noexcept;
 
-    /// Another connection to the server, which the caller closes before this object goes; whoever
-    /// has it is not told of its end. Null with errno set on failure.
+    /// Opens another connection to the server. The caller closes it before this object is
+    /// destroyed, and is not notified if it is lost. Null with errno set on failure.
     pw_core* openCore() const;
 
-    /// Serves the server's events until it has taken all that it was asked for so far and
-    /// `condition` holds, half a second at most, waiting meanwhile. It drops what it has not read
-    /// when a connection ends.
+    /// Handles the server's events, and waits up to half a second, until the server has processed
+    /// all requests so far and `condition` holds. The server drops unread requests when a
+    /// connection ends.
     void serveUntil(const std::function<bool()>& condition);
 
   private:

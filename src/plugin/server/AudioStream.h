@@ -21,32 +21,33 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// One output stream of a program in the sound server: what it claims about itself, whether it
-/// runs, its volume. The run loop's thread only; must go before the server's connection does.
+/// One output stream of a program in the sound server: its claims, its state and its volume. The
+/// run loop's thread only; destroy it before the server's connection.
 class AudioStream {
   public:
     class Listener {
       public:
         virtual ~Listener() = default;
 
-        /// The claims have arrived or are others now.
+        /// The claims have arrived or changed.
         virtual void streamDescribed(AudioStream& stream) = 0;
 
         /// isRunning() changed.
         virtual void streamStateChanged(AudioStream& stream) = 0;
 
-        /// A person changed the volume or the mute of the stream elsewhere, and has let it rest.
+        /// The user has changed the volume or mute of the stream elsewhere, and then left it
+        /// unchanged for a while.
         virtual void streamChangedElsewhere(AudioStream& stream, const WantedVolume& change) = 0;
 
-        /// The stream was heard before we came and keeps what it had. May be called from within
+        /// The stream played before we started and keeps its volume. May be called from within
         /// adopt().
         virtual void streamFound(AudioStream& stream, const WantedVolume& found) = 0;
 
-        /// obstacle() may be another.
+        /// obstacle() may have changed.
         virtual void streamObstacleChanged(AudioStream& stream) = 0;
     };
 
-    /// Whether the server had the stream when we connected to it.
+    /// Whether the stream existed when we connected to the server.
     enum class Origin { existed, appeared };
 
     /// Watches the node `id` of the server, which must be connected. `writer` and `listener` must
@@ -59,10 +60,10 @@ class AudioStream {
 
     std::uint32_t id() const noexcept { return id_; }
 
-    /// Whether the node has told what it is.
+    /// Whether the node's data has arrived.
     bool isDescribed() const noexcept { return described_; }
 
-    /// Fills in what the node claims about its process.
+    /// Fills in the node's claims about its process.
     void describeTo(StreamEvidence& evidence) const;
 
     /// Whether the stream belongs to a chain of filters or a loop-back, not to a program.
@@ -75,43 +76,42 @@ class AudioStream {
 
     Origin origin() const noexcept { return origin_; }
 
-    /// What the server told of its volume; nothing until it has.
+    /// The volume reported by the server; nothing until the first report.
     const std::optional<StreamProps>& props() const noexcept { return keeper_.props(); }
 
-    /// Why its volume cannot be set, for people; empty when it can, or nobody knows yet.
+    /// Why its volume cannot be set, as text for the user; empty if it can, or not yet known.
     std::string_view obstacle() const noexcept { return obstacle_.reason(); }
 
-    /// What was asked for.
+    /// The wanted volume.
     const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
 
-    /// What its program has set by itself, on top of what was asked for.
+    /// The program's own volume, on top of the wanted one.
     const OwnVolume& ownVolume() const noexcept { return keeper_.ownVolume(); }
 
-    /// What it belongs to; a player until that is told.
+    /// Sets the kind of its program; initially a player.
     void setKind(StreamKind kind) noexcept { keeper_.setKind(kind); }
 
-    /// Forgets what was asked for and takes `all`, what its program remembers, instead; for a
-    /// stream that gets an owner. It is written as soon as the stream can take it, and upheld for
-    /// as long as the stream is new. A stream that existed and was heard is not made louder.
+    /// Replaces the wanted volume with `all`, the volume of its program; for a stream that gets an
+    /// owner. It is written as soon as the stream accepts it, and upheld as long as the stream is
+    /// new. A stream that already played is not made louder.
     void adopt(const WantedVolume& all);
 
-    /// Asks for a volume, a mute, or both. A stream that is heard gets there within half a second,
+    /// Sets the wanted volume, mute, or both. A playing stream reaches it within half a second,
     /// without clicks.
     void want(const WantedVolume& change, WantReason reason = WantReason::command);
 
-    /// Writes at once what want() is still about to write.
+    /// Writes the pending steps of want() at once.
     void finish();
 
-    /// Upholds what was asked for as if the stream were new: somebody may set it back now who does
-    /// not know of it.
+    /// Upholds the wanted volume as if the stream were new: the session manager may reset it now.
     void uphold();
 
-    /// Upholds nothing any more, until the next adopt(). What was asked for is still brought about.
+    /// Does not uphold the volume any more, until the next adopt(). Pending changes are still
+    /// applied.
     void release() noexcept { keeper_.release(); }
 
-    /// The level of what the program plays, 0 to 1: 0 unless the stream runs. That is before the
-    /// volume that a person wants, but after the program's own. Peaks in `measured` are those after
-    /// both.
+    /// The level of the program's sound, 0 to 1: 0 unless the stream runs. It is before the user's
+    /// volume, but after the program's own. `measured` contains peaks after both.
     float level(std::span<const ChannelPeak> measured);
 
   private:
@@ -137,14 +137,14 @@ class AudioStream {
     bool running_ = false;
 
     StreamObstacle obstacle_;
-    const std::unique_ptr<platform::Timer> review_; // of the obstacle, when all has been told
+    const std::unique_ptr<platform::Timer> review_; // of the obstacle, when all data has arrived
 
     VolumeKeeper keeper_;
-    const std::unique_ptr<platform::Timer> wake_; // for what the keeper has to do later
+    const std::unique_ptr<platform::Timer> wake_; // for the keeper's due time
 
     float lastLevel_ = 0.0F; // before all gains
     platform::MonotonicClock::time_point gainSettled_;
 
-    ProxyHandle<pw_node> node_; // is only listened to
+    ProxyHandle<pw_node> node_; // only for events
     ListenerHook hook_;
 };

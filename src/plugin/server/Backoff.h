@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
-/// The pauses between attempts at something that keeps failing: each twice the one before, from a
-/// quarter of a second up to five seconds.
+/// Exponential backoff: each pause is twice the previous one, from a quarter of a second up to five
+/// seconds.
 class Backoff {
   public:
     static constexpr std::chrono::milliseconds shortest{250};

@@ -6,11 +6,11 @@
 #include <spa/utils/dict.h>
 #include <string>
 
-/// A property; empty when there is none.
+/// A property; empty if there is none.
 std::string textIn(const spa_dict& properties, const char* key);
 
 /// The object.serial among the properties; 0 without one.
 std::uint64_t serialIn(const spa_dict* properties);
 
-/// What the properties of a node or a client say about the process behind it.
+/// The claims in the properties of a node or a client about its process.
 StreamClaims claimsIn(const spa_dict& properties);

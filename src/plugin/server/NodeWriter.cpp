@@ -52,7 +52,7 @@ struct NodeWriter::Connection {
     NodeWriter& writer;
     const WriteLanes::Lane lane;
     pw_core* const core;
-    std::uint64_t newestSerial; // that the server has told this connection of
+    std::uint64_t newestSerial; // that the server has announced on this connection
     std::unique_ptr<ListenerHook> hook = std::make_unique<ListenerHook>();
     ProxyHandle<pw_registry> registry;
     std::unique_ptr<ListenerHook> registryHook = std::make_unique<ListenerHook>();

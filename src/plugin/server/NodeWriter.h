@@ -15,31 +15,31 @@ class RunLoop;
 class Timer;
 } // namespace platform
 
-/// Changes the programs' streams, over connections that are made when they are needed and closed
-/// again when they are of no use; see WriteLanes. The run loop's thread only.
+/// Changes the programs' streams, over connections that are opened when needed and closed when
+/// idle; see WriteLanes. The run loop's thread only.
 class NodeWriter : private WriteLanes::Transport {
   public:
-    /// `graph` is that of the server, with all nodes that are to be changed.
+    /// `graph` is that of the server, with all nodes that may be changed.
     NodeWriter(platform::RunLoop& loop, const AudioServer& server, const AudioGraph& graph);
     ~NodeWriter() override;
     NodeWriter(const NodeWriter&) = delete;
     NodeWriter& operator=(const NodeWriter&) = delete;
 
-    /// The server is there: a connection is made, so that it is at hand.
+    /// Call this when the server is connected: opens a connection in advance.
     void prepare();
 
-    /// Changes the node, at once unless an earlier change of it is still on its way. Lost, after a
-    /// line in the log, when the server takes no connection.
+    /// Changes the node, at once unless an earlier change of it is in flight. Lost, after a line in
+    /// the log, if the server accepts no connection.
     void write(std::uint32_t node, const VolumeWrite& change);
 
-    /// The node has gone. To be told before another one can have its number.
+    /// The node no longer exists. Call this before its id can be reused.
     void forget(std::uint32_t node);
 
-    /// Closes all connections; must come before the server's own one is dropped.
+    /// Closes all connections; call it before the server's own one is dropped.
     void clear();
 
-    /// Whether all has been done but what waits for programs that do not answer. Sees to it that
-    /// these hold up nobody else; for a caller that does not let the run loop turn.
+    /// Whether all changes are done except those of programs that do not answer. Isolates these;
+    /// for a caller that does not run the loop.
     bool settle();
 
   private:

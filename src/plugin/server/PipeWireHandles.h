@@ -13,12 +13,12 @@ struct ProxyDeleter {
     }
 };
 
-/// Our end of an object in the server. Must go before the connection does.
+/// Our proxy of an object in the server. Destroy it before the connection.
 template <typename Interface>
 using ProxyHandle = std::unique_ptr<Interface, ProxyDeleter>;
 
-/// A place in the listeners of an object, left when it goes. Declare it after the object's handle,
-/// so that it goes first; drop it before the object otherwise.
+/// A registration as listener of an object, removed on destruction. Declare it after the object's
+/// handle, so that it is destroyed first.
 class ListenerHook {
   public:
     ListenerHook() noexcept = default;

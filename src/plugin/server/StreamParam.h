@@ -9,14 +9,14 @@ struct spa_pod;
 
 /// The server's encoding of a stream's volume: its "Props" parameter. PipeWire's thread.
 
-/// Overwrites in `props` what the parameter tells; what it leaves out stays.
+/// Updates `props` from the parameter; missing values stay.
 void readStreamProps(const spa_pod* param, StreamProps& props);
 
-/// Whether the parameter tells that the volume cannot be set; nothing when it does not tell.
+/// Whether the volume is locked according to the parameter; nothing if it does not say.
 std::optional<bool> readVolumeLock(const spa_pod* param);
 
-/// Whether an "EnumFormat" parameter stands for plain samples, which can be multiplied.
+/// Whether an "EnumFormat" parameter describes raw samples, whose volume can be changed.
 bool isRawFormat(const spa_pod* param);
 
-/// Sets what is given.
+/// Writes the given values.
 void writeStreamProps(pw_node* node, const VolumeWrite& write);

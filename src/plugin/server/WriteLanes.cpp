@@ -104,7 +104,7 @@ std::optional<WriteLanes::Lane> WriteLanes::open(std::optional<std::uint32_t> su
 }
 
 /// What is open and may take a change now. The changes of one owner go one way: what it is slow to
-/// answer holds up nobody else then.
+/// answer does not delay others then.
 WriteLanes::Lanes::iterator WriteLanes::laneFor(std::uint32_t stream, TimePoint now) {
     const std::uint32_t owner = streams_.at(stream).owner;
     auto open = lanes_.end();

@@ -12,28 +12,28 @@
 #include <vector>
 
 /// Decides when each change of a stream is sent, and over which of a few connections to the server,
-/// called lanes. The server takes nothing more from a connection until the program that owns the
-/// stream has answered a change, and one that is stopped never does. So each change is followed by
-/// a question, and the oldest question without an answer names the program that holds up a lane.
-/// Such a program gets a lane of its own until it answers; what was behind it is sent again over
-/// another one.
+/// called lanes. The server reads nothing more from a connection until the program that owns the
+/// stream has acknowledged a change, and a stopped program never does. So each change is followed
+/// by a sync request, called question, and the oldest unanswered one identifies the program that
+/// blocks a lane. Such a program gets its own lane until it answers; the changes behind it are sent
+/// again over another one.
 ///
-/// All programs that answer share a lane, which is kept: on a busy machine the server may take
-/// longer to accept a connection than a new stream takes to be heard. A second one is opened for
-/// what comes while somebody is slow. While a change of a stream is on its way, later ones of that
-/// stream wait and become one. Owns no clock, timer or connection. Any thread, one at a time.
+/// All responsive programs share a lane, which is kept open: on a busy machine the server may take
+/// longer to accept a connection than a new stream takes to become audible. A second one is opened
+/// for changes while a program is slow. While a change of a stream is in flight, later ones of that
+/// stream wait and are merged. Has no clock, timer or connection. Any thread, one at a time.
 class WriteLanes {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
     using Lane = std::uint32_t;
 
-    /// From this long without an answer on, a lane takes nothing of other programs.
+    /// After this time without an answer, a lane accepts no changes of other programs.
     static constexpr std::chrono::milliseconds patience{20};
 
-    /// From this long without an answer on, a program is taken to be stopped.
+    /// After this time without an answer, a program counts as stopped.
     static constexpr std::chrono::milliseconds longestWait{250};
 
-    /// So long after its last answer a lane is closed, unless it is the one to keep.
+    /// An idle lane is closed this long after its last answer, unless it is the one to keep.
     static constexpr std::chrono::seconds restAfter{5};
 
     static constexpr std::size_t mostShared = 2;
@@ -43,49 +43,49 @@ class WriteLanes {
       public:
         virtual ~Transport() = default;
 
-        /// Makes a connection that is called `lane` from now on. False when the server takes none.
+        /// Opens a connection with the id `lane`. False if the server accepts none.
         virtual bool open(Lane lane) = 0;
 
-        /// Ends the connection. What the server has not read of it must be lost.
+        /// Closes the connection. The server must drop what it has not read.
         virtual void close(Lane lane) = 0;
 
-        /// Whether the server has told this connection of the stream. It refuses what a connection
-        /// asks of an object that is too new for it. A new connection knows all.
+        /// Whether the server has announced the stream on this connection. It refuses requests for
+        /// objects that it has not announced. A new connection knows all objects.
         virtual bool knows(Lane lane, std::uint32_t stream) const = 0;
 
-        /// Sends the change, then a question, and answers the number of that.
+        /// Sends the change, then a question, and returns the question's number.
         virtual int send(Lane lane, std::uint32_t stream, const VolumeWrite& change) = 0;
     };
 
     /// `transport` must outlive this.
     explicit WriteLanes(Transport& transport) noexcept : transport_(transport) {}
 
-    /// Opens the lane that is kept. Without it the first change does.
+    /// Opens the lane that is kept. Otherwise the first change does.
     void prepare(TimePoint now);
 
-    /// Changes a stream as soon as it can be done. `owner` stands for the process that serves the
-    /// stream. What the server takes no connection for is lost.
+    /// Changes a stream as soon as possible. `owner` identifies the process that serves the stream.
+    /// Changes are lost if the server accepts no connection.
     void write(std::uint32_t stream, std::uint32_t owner, const VolumeWrite& change, TimePoint now);
 
-    /// The stream has gone.
+    /// The stream no longer exists.
     void forget(std::uint32_t stream);
 
-    /// Some lane knows a stream more.
+    /// A stream was announced on some lane.
     void heard(TimePoint now) { routeHeldUp(now); }
 
     /// The question and all before it in the lane have been answered.
     void answered(Lane lane, int question, TimePoint now);
 
-    /// The lane's connection has ended by itself. What was on its way there is lost.
+    /// The lane's connection was lost, with its changes in flight.
     void broken(Lane lane);
 
-    /// When serve() is to be called if nothing else happens.
+    /// When to call serve() if nothing else happens.
     std::optional<TimePoint> due() const noexcept;
 
-    /// Gives up waiting, and closes lanes. The only operation that closes any.
+    /// Handles timeouts, and closes lanes. The only operation that closes any.
     void serve(TimePoint now);
 
-    /// Whether all has been done but what waits for programs that do not answer.
+    /// Whether all changes are done except those of programs that do not answer.
     bool isSettled() const noexcept;
 
     /// Closes all lanes and forgets all changes.
@@ -100,7 +100,7 @@ class WriteLanes {
         bool isGone; ///< its stream
     };
     struct State {
-        std::optional<std::uint32_t> suspect; ///< the only owner that this lane is for
+        std::optional<std::uint32_t> suspect; ///< the only owner that may use this lane
         std::deque<Change> sent;              ///< and not answered
         TimePoint lastNews;                   ///< the last answer, or when `sent` began to fill
         bool isBroken = false;
@@ -108,7 +108,7 @@ class WriteLanes {
     struct Stream {
         std::uint32_t owner;
         VolumeWrite waiting;
-        bool isSent; ///< a change before that is on its way
+        bool isSent; ///< an earlier change is in flight
     };
     using Lanes = std::map<Lane, State>;
 
@@ -129,6 +129,6 @@ class WriteLanes {
     Transport& transport_;
     Lane newest_ = 0;
     Lanes lanes_;
-    std::map<std::uint32_t, Stream> streams_; // that have a change waiting or on its way
-    bool heldUp_ = false;                     // some stream found no lane yet
+    std::map<std::uint32_t, Stream> streams_; // with a change waiting or in flight
+    bool heldUp_ = false;                     // some stream has no lane yet
 };

@@ -39,7 +39,7 @@ PluginService::PluginService(Handlers handlers) : handlers_(std::move(handlers))
     // Before the name, which the application waits for: so its owner is known when it calls.
     application_ = std::make_unique<Application>(
         bus, [this](const QString& owner) { handlers_.applicationChanged(!owner.isEmpty()); });
-    // The object comes first: whoever sees the name may call at once.
+    // The object comes first: callers may call as soon as they see the name.
     if (bus.registerObject(objectPath(), this,
                            QDBusConnection::ExportScriptableSlots |
                                QDBusConnection::ExportScriptableSignals) &&

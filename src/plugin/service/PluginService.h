@@ -21,10 +21,10 @@
 #include <string_view>
 #include <utility>
 
-/// The running plug-in on the session bus: com.quarnel.Tonvale.Plugin, the object
+/// The plug-in's service on the session bus: com.quarnel.Tonvale.Plugin, the object
 /// /com/quarnel/Tonvale/Plugin with the interface of the bus name. Slots and signals marked
-/// scriptable are its methods and signals, and are told to whoever introspects. Without a session
-/// bus, or when it goes, nobody can ask and nobody hears, and that is all. Main thread only.
+/// scriptable are its methods and signals, and appear in introspection. Without a session bus it
+/// does nothing. Main thread only.
 class PluginService : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.quarnel.Tonvale.Plugin")
@@ -34,10 +34,10 @@ class PluginService : public QObject, protected QDBusContext {
     static QString objectPath() { return QStringLiteral("/com/quarnel/Tonvale/Plugin"); }
 
     struct Handlers {
-        /// A text for people, in UTF-8.
+        /// A text for the user, in UTF-8.
         std::function<std::string()> status;
-        /// See VolumeMemory. Only what the application says, the owner of com.quarnel.Tonvale, and
-        /// only if it is of this user.
+        /// See VolumeMemory. Called only for the application, the owner of com.quarnel.Tonvale, and
+        /// only if it belongs to this user.
         std::function<std::optional<NamedSettings>(const std::string& file,
                                                    std::string_view preferences,
                                                    std::span<const std::string> news)>
@@ -55,18 +55,18 @@ class PluginService : public QObject, protected QDBusContext {
   public Q_SLOTS:
     Q_SCRIPTABLE QString Status() const;
 
-    /// The application tells what it remembers: where it keeps that, the property list itself, and
-    /// the names of what is new in it. Answers what was set while an earlier one was there that had
-    /// no time to save it.
+    /// The application sends its stored settings: the file, the property list, and the names that
+    /// are new in it. Returns settings that were made while an earlier application was running that
+    /// could not save them.
     Q_SCRIPTABLE QList<NamedSetting> Remember(const QString& file, const QByteArray& preferences,
                                               const QStringList& news);
 
   Q_SIGNALS:
-    /// Another mixer has set the volume or the mute of a program; above 100 percent as it is.
+    /// Another mixer has changed the volume or mute of a program; may be above 100 percent.
     Q_SCRIPTABLE void ChangedElsewhere(uint pid, int percent, bool muted);
 
-    /// The volume of a program cannot be set, for a reason that is for people; an empty one takes
-    /// that back.
+    /// The volume of a program cannot be set, with the reason as text for the user; an empty one
+    /// means that it can be set again.
     Q_SCRIPTABLE void NotControllable(uint pid, const QString& reason);
 
   private:

@@ -5,10 +5,10 @@
 #include <functional>
 #include <memory>
 
-/// Calls a handler on the main thread each time that the machine has woken up again, as logind
-/// tells it on the system bus, until it is destroyed. Without a bus or without logind nothing ever
-/// happens; that the bus has gone is one line in the system log, and the next one is not looked
-/// for. An exception of the handler is reported (ExceptionReport). Main thread only.
+/// Calls a handler on the main thread each time the machine has resumed from sleep, reported by
+/// logind on the system bus, until it is destroyed. Does nothing without a bus or logind; a lost
+/// bus is one line in the system log, and it does not reconnect. An exception of the handler is
+/// reported (ExceptionReport). Main thread only.
 class ResumeObserver {
   public:
     explicit ResumeObserver(std::function<void()> handler,

@@ -5,7 +5,7 @@
 /// The nice level of the sound server and its session manager.
 inline constexpr int kSoundNiceLevel = -11;
 
-/// Prefers the calling thread to ordinary programs, as the services of sound are: to
-/// kSoundNiceLevel, where the system lets us, else by asking RealtimeKit on `bus`, the system bus,
-/// without waiting. Where neither helps, all stays as it is.
+/// Raises the priority of the calling thread to that of the sound services: sets kSoundNiceLevel if
+/// permitted, else asks RealtimeKit on `bus`, the system bus, without waiting. If both fail,
+/// nothing changes.
 void raiseThreadPriority(const QDBusConnection& bus);

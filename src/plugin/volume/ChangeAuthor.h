@@ -4,22 +4,23 @@
 
 #include <chrono>
 
-/// What a stream belongs to, as far as it matters for who changes its volume.
+/// The kind of a stream's program, which affects who may change its volume.
 enum class StreamKind {
-    player,       ///< a program that a person plays something with
-    page,         ///< a browser or a web runtime, which passes on what its pages set
-    notification, ///< a short sound, whose volume the desktop's sliders set by the session manager
+    player,       ///< an ordinary player
+    page,         ///< a browser or a web runtime, which applies the volumes of its pages
+    notification, ///< a short sound, whose volume the desktop's sliders set through the session
+                  ///< manager
 };
 
-/// Guesses who made a change of a stream's volume that we did not make. The server does not say who
-/// wrote it, so the answer follows from the kind of program and from when the change comes:
+/// Guesses who made a foreign change of a stream's volume. The server does not say who wrote it, so
+/// the guess uses the kind of program and the time of the change:
 ///
 /// 1. The session manager restores a volume of its own when a stream appears, and only then makes
 ///    the stream's link. Until the link is there, and for VolumeHold::duration at most, a change is
 ///    the session manager's; so it is after uphold().
 /// 2. A change of a page's stream is the page's.
-/// 3. A change within `start` is the volume that a program begins with.
-/// 4. Any other change is a person's.
+/// 3. A change within `start` is the program's initial volume.
+/// 4. Any other change is the user's.
 ///
 /// Owns no clock. Any thread, one at a time.
 class ChangeAuthor {
@@ -35,7 +36,7 @@ class ChangeAuthor {
     void setKind(StreamKind kind) noexcept { kind_ = kind; }
     StreamKind kind() const noexcept { return kind_; }
 
-    /// The stream was there before us: it is not at its start.
+    /// The stream existed before us: it is not at its start.
     void found() noexcept { startEnds_ = TimePoint::min(); }
 
     /// The stream has a link that it can play through.

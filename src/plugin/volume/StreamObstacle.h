@@ -4,8 +4,8 @@
 #include <optional>
 #include <string_view>
 
-/// Finds out why the volume of a stream cannot be set, from what the server tells of it bit by bit.
-/// Plain data, any thread.
+/// Determines why the volume of a stream cannot be set, from the server's reports. Plain data, any
+/// thread.
 class StreamObstacle {
   public:
     /// Whether the stream has properties that can be read, and so a volume.
@@ -17,7 +17,7 @@ class StreamObstacle {
     /// Whether the program that plays has locked the volume.
     void lockTold(bool locked) noexcept { locked_ = locked; }
 
-    /// For people; empty when there is none, or it is not known yet.
+    /// Text for the user; empty if there is none, or it is not known yet.
     std::string_view reason() const noexcept;
 
   private:

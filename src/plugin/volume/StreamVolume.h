@@ -9,12 +9,12 @@
 
 /// The arithmetic of a stream's volume: pure functions over plain values, any thread.
 ///
-/// A percentage is what a person sees, the gain what the samples are multiplied with: its cube, as
-/// in every other mixer of the desktop. The gain of a channel is the product of the stream's scalar
-/// volume, its entry in the channel volumes, and zero when muted. The scalar is never ours: nobody
-/// shows it, so a program left quiet by it could not be helped.
+/// The user sees percentages; samples are multiplied by the gain, the cube of the percentage, as in
+/// every other mixer of the desktop. The gain of a channel is the product of the stream's scalar
+/// volume and its entry in the channel volumes, or zero if muted. We never change the scalar: no
+/// mixer shows it, so the user could not undo it.
 
-/// What the server told about a stream.
+/// A stream's volume as reported by the server.
 struct StreamProps {
     std::vector<float> channelVolumes; ///< linear; empty until the stream has a format
     bool mute = false;
@@ -23,7 +23,7 @@ struct StreamProps {
     bool operator==(const StreamProps&) const = default;
 };
 
-/// What is to be written to a stream; what is not given stays.
+/// Values to write to a stream; missing ones stay.
 struct VolumeWrite {
     std::optional<std::vector<float>> channelVolumes; ///< linear
     std::optional<bool> mute;
@@ -32,11 +32,11 @@ struct VolumeWrite {
 
     bool isEmpty() const noexcept { return !channelVolumes && !mute; }
 
-    /// Takes over what `later` writes.
+    /// Merges a later write.
     void merge(const VolumeWrite& later);
 };
 
-/// What somebody wants; nothing where nobody wants anything.
+/// A wanted volume; missing values are not wanted.
 struct WantedVolume {
     std::optional<float> gain; ///< linear, of the loudest channel; other mixers go above 1
     std::optional<bool> muted;
@@ -45,31 +45,31 @@ struct WantedVolume {
 
     bool isEmpty() const noexcept { return !gain && !muted; }
 
-    /// The gain as a person sees it, rounded.
+    /// The gain in percent, rounded.
     std::optional<int> percent() const noexcept;
 
-    /// Takes over what `change` asks for.
+    /// Merges a change.
     void merge(const WantedVolume& change) noexcept;
 };
 
-/// What a program makes of its stream by itself: a player that begins quietly, a page that fades
-/// out. It is heard on top of what a person wants, and never remembered.
+/// The volume that a program sets on its own stream: a player that starts quietly, a page that
+/// fades out. It is multiplied with the user's volume, and never remembered.
 struct OwnVolume {
     float gain = 1.0F; ///< linear, 0 to 1
     bool muted = false;
 
     bool operator==(const OwnVolume&) const = default;
 
-    /// Takes over what the program has set. It cannot make itself louder than full.
+    /// Merges a change by the program, limited to full volume.
     void merge(const WantedVolume& change) noexcept;
 };
 
-/// What the stream gets when `wanted` is wanted of it: the product of both gains, muted when either
-/// is. It does not matter on which scale the gains are multiplied, since the cube of a product is
-/// the product of the cubes. Nothing where nothing is wanted.
+/// The stream's resulting volume: the product of both gains, muted if either is. The scale does not
+/// matter, since the cube of a product is the product of the cubes. Values that are not wanted stay
+/// missing.
 WantedVolume combined(const WantedVolume& wanted, const OwnVolume& own) noexcept;
 
-/// What a program has that nobody has changed.
+/// The volume of an unchanged program.
 inline constexpr WantedVolume kFullVolume{1.0F, false};
 
 /// The peak of one channel after the gain, linear.
@@ -78,20 +78,20 @@ struct ChannelPeak {
     float peak;
 };
 
-/// The level that stands for a running stream whose gain is zero. What it plays is silent where we
-/// measure, and yet a person must see that it plays.
+/// The displayed level of a running stream whose gain is zero. It is silent where we measure, but
+/// the user must see that it plays.
 inline constexpr float kSilencedStreamLevel = 0.01F;
 
 /// The linear gain of a percentage, which is clamped to 0 to 100.
 float gainOfPercent(int percent) noexcept;
 
-/// Whether nobody can tell the gains apart, of which one may have come back rounded.
+/// Whether the gains are indistinguishable; one of them may have been rounded.
 bool isSameGain(float a, float b) noexcept;
 
 /// The same for each of two streams' channels.
 bool areSameGains(const std::vector<float>& a, const std::vector<float>& b) noexcept;
 
-/// The greatest of a stream's channel volumes; 0 without any.
+/// The maximum of a stream's channel volumes; 0 without any.
 float loudestOf(const std::vector<float>& channelVolumes) noexcept;
 
 /// The gain in effect for a channel. Channels beyond the array have its last value.
@@ -100,32 +100,32 @@ float channelGain(const StreamProps& props, std::size_t channel) noexcept;
 /// The gain in effect for the loudest channel.
 float loudestGain(const StreamProps& props) noexcept;
 
-/// Whether no channel is let through.
+/// Whether all channels are silent.
 bool isSilenced(const StreamProps& props) noexcept;
 
-/// Whether both would sound the same.
+/// Whether both sound the same.
 bool haveSameGains(const StreamProps& a, const StreamProps& b) noexcept;
 
 /// The highest peak of the stream before its gain, 0 to 1, from those of all its ports. Channels
-/// that are turned down fully say nothing of what is played. A stream whose channels are mixed to
-/// another number of ports is taken to have the gain of its loudest channel at each.
+/// with gain zero are ignored. If the number of ports differs from that of channels, each port
+/// counts with the gain of the loudest channel.
 float levelBeforeGain(std::span<const ChannelPeak> peaks, const StreamProps& props) noexcept;
 
-/// `balance` scaled so that its loudest channel has `gain`. When it is empty or all zero, all of
-/// `channels` are equal; a single value, which the server spreads, when that is 0.
+/// `balance` scaled so that its loudest channel has `gain`. If it is empty or all zero, `channels`
+/// equal values; if that is 0, a single value, which the server applies to all channels.
 std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_t channels,
                                    float gain);
 
-/// Whether nothing needs to be written for the stream to have the wanted volume. Values are
-/// compared with a tolerance, since they come back rounded.
+/// Whether the stream has the wanted volume. Values are compared with a tolerance, since they are
+/// rounded on the way.
 bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept;
 
-/// How long a new stream is held at its wanted volume at most. The session manager restores a
-/// volume of its own within milliseconds after we first write.
+/// The maximum time for which a new stream is held at its wanted volume. The session manager
+/// restores its own volume within milliseconds after our first write.
 class VolumeHold {
   public:
     static constexpr std::chrono::milliseconds duration{500};
-    static constexpr int mostWrites = 16; ///< so that two that hold do not fight for ever
+    static constexpr int mostWrites = 16; ///< so that two holders do not fight forever
 
     explicit VolumeHold(platform::MonotonicClock::time_point streamAppeared) noexcept
         : end_(streamAppeared + duration) {}

@@ -130,7 +130,7 @@ VolumeWrite VolumeKeeper::applyQuietly(TimePoint now) {
     return bringAbout(quieter, now);
 }
 
-/// A page that is found quieter than is wanted of it has made itself so, since nobody else does.
+/// A page that is found below its wanted volume must have turned itself down.
 void VolumeKeeper::explainFound() {
     if (!wanted_.gain || props_->channelVolumes.empty() || ownKnowledge_ != OwnKnowledge::none)
         return;
@@ -168,7 +168,7 @@ VolumeWrite VolumeKeeper::restoredBySessionManager(TimePoint now) {
     return {};
 }
 
-/// The stream has another format; the server has made up volumes for it.
+/// The stream's format has changed; the server has initialised its volumes.
 VolumeWrite VolumeKeeper::reformatted() {
     ramp_.stop();
     ownVolumes_.clear();
@@ -203,7 +203,7 @@ VolumeWrite VolumeKeeper::changedByProgram(const ForeignChange& foreign, TimePoi
         return {};
     const bool isPage = author_.kind() == StreamKind::page;
     WantedVolume own = foreign.change;
-    // A player may set what it has saved, which was the person's volume.
+    // A player may set its saved volume, which was the user's.
     if (!isPage && own.gain && wanted_.gain.value_or(0.0F) > 0.0F)
         own.gain = *own.gain / *wanted_.gain;
     own_.merge(own);
@@ -240,7 +240,7 @@ VolumeWrite VolumeKeeper::correct(TimePoint now) {
     return written(std::move(write));
 }
 
-/// Treats a change that has rested as the person's, unless it changes nothing.
+/// Accepts a change that has been stable as the user's, unless it changes nothing.
 void VolumeKeeper::settle() {
     WantedVolume will = std::exchange(resting_, {});
     const WantedVolume all = heard();
@@ -259,7 +259,7 @@ void VolumeKeeper::settle() {
     elsewhere_.merge(will);
 }
 
-/// Who asks for a volume means that one, whatever was changed a moment ago.
+/// A command for a volume overrides a recent change.
 void VolumeKeeper::makeRoomFor(const WantedVolume& change, WantReason reason) noexcept {
     if (change.gain)
         resting_.gain.reset();
@@ -283,7 +283,7 @@ void VolumeKeeper::reviewGuess(const WantedVolume& change, WantReason reason) no
         own_.muted = false;
 }
 
-/// Who changes one of volume and mute has seen the other, and has let it be.
+/// A change of only volume or mute confirms the other value.
 void VolumeKeeper::addUntouched(WantedVolume& will) const {
     if (!will.gain && !wanted_.gain && !props_->channelVolumes.empty())
         will.gain = loudestOf(props_->channelVolumes);

@@ -9,41 +9,40 @@
 #include <utility>
 #include <vector>
 
-/// Why a volume is wanted, which decides what becomes of an own volume that is only guessed.
+/// Why a volume is wanted, which decides what happens to a guessed own volume.
 enum class WantReason {
-    command,  ///< somebody asks for it: the guess ends, unless that is wanted already
-    news,     ///< a person has set it before the stream was found: the guess ends
-    restored, ///< it is only remembered: what is heard gets no louder by it
+    command,  ///< a command: ends the guess, unless that volume is wanted already
+    news,     ///< the user set it before the stream was found: ends the guess
+    restored, ///< a remembered volume: never makes the stream louder
 };
 
-/// Keeps one stream at the volume that is wanted for it: decides what is written, and who made each
-/// change that the server reports. Owns no clock, timer or connection; what an operation
-/// answers is to be written at once, in order. Any thread, one at a time.
+/// Keeps one stream at its wanted volume: decides what is written, and who made each change that
+/// the server reports. Has no clock, timer or connection; write the result of each operation at
+/// once, in order. Any thread, one at a time.
 ///
-/// What happens to a change that is not ours depends on its author, see ChangeAuthor. The session
-/// manager's is overwritten. The program's becomes its ownVolume(), with which what is wanted is
-/// multiplied from then on. A person's stays as it is, and counts once there has been no other for
-/// `rest`: a drag is one change, and a fade that comes back is none.
+/// The handling of a foreign change depends on its author, see ChangeAuthor. The session manager's
+/// is overwritten. The program's becomes its ownVolume(), which is multiplied with the wanted
+/// volume from then on. The user's is kept, and counts when nothing has changed for `rest`: a drag
+/// is one change, and a fade that returns is none.
 ///
-/// A stream that was already heard when we came is only ever made quieter by what is remembered;
-/// where it is quieter by itself, it stays as it was found. Before adopt() a stream is nobody's,
-/// and nothing is written.
+/// A remembered volume only makes a stream quieter that played before we started; if it is quieter
+/// already, it keeps its volume. Before adopt() a stream has no owner, and nothing is written.
 class VolumeKeeper {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
 
     static constexpr std::chrono::seconds rest{2};
 
-    /// Between two answers to changes of the program, so that one that insists on its volume does
+    /// The minimum time between corrections, so that a program that keeps setting its volume does
     /// not keep the machine busy.
     static constexpr std::chrono::milliseconds correctionPause{4};
 
     explicit VolumeKeeper(TimePoint streamAppeared) noexcept : author_(streamAppeared) {}
 
-    /// The stream was there before us. To be told before anything else, as is heardAlready().
+    /// The stream existed before us. Call this and heardAlready() before anything else.
     void foundThere() noexcept;
 
-    /// The stream is heard already, and it is not our coming that made it start.
+    /// The stream already plays, and was not started by our arrival.
     void heardAlready() noexcept;
 
     void setKind(StreamKind kind) noexcept { author_.setKind(kind); }
@@ -51,66 +50,65 @@ class VolumeKeeper {
     /// The stream has a link that it can play through.
     void linked() noexcept { author_.linked(); }
 
-    /// Forgets what was wanted and wants `all`, which is what its program remembers.
+    /// Replaces the wanted volume with `all`, the volume of its program.
     [[nodiscard]] VolumeWrite adopt(const WantedVolume& all, TimePoint now);
 
-    /// Wants `change` too from now on. It need not be in effect at once: see due().
+    /// Merges `change` into the wanted volume. It may take effect later: see due().
     [[nodiscard]] VolumeWrite want(const WantedVolume& change, TimePoint now,
                                    WantReason reason = WantReason::command);
 
-    /// Holds what is wanted as if the stream were new: somebody may set it back now who does not
-    /// know of it.
+    /// Holds the wanted volume as if the stream were new: the session manager may reset it now.
     void uphold(TimePoint now) noexcept;
 
-    /// Once what was asked for is written, the stream is up to others, until the next adopt():
-    /// nothing is upheld when it might be new or gets another format. What its program makes of it
-    /// is no own volume.
+    /// After pending changes are written, the volume is no longer enforced until the next adopt(),
+    /// not even after uphold() or a change of format. Changes by the program are not tracked as its
+    /// own volume.
     void release() noexcept;
 
-    /// Whether the stream is heard. What is not heard needs no ramp.
+    /// Sets whether the stream plays. A silent stream needs no ramp.
     [[nodiscard]] VolumeWrite setRunning(bool running);
 
-    /// The server told what is in effect.
+    /// The server has reported the current volume.
     [[nodiscard]] VolumeWrite propsArrived(const StreamProps& props, TimePoint now);
 
-    /// When wake() is to be called; nothing when it need not be.
+    /// When to call wake(); nothing if not needed.
     std::optional<TimePoint> due() const noexcept;
 
-    /// Does what is due: a step of a ramp, a correction, or counting what has rested as a change.
+    /// Does what is due: a ramp step, a correction, or accepting the user's change.
     [[nodiscard]] VolumeWrite wake(TimePoint now);
 
-    /// Whether the stream is on its way to another volume.
+    /// Whether a ramp is running.
     bool isRamping() const noexcept { return ramp_.isRunning(); }
 
-    /// Ends a ramp with its last value.
+    /// Finishes a ramp with its final value.
     [[nodiscard]] VolumeWrite finish();
 
-    /// What the server told last; nothing before the first time.
+    /// The last report of the server; nothing before the first one.
     const std::optional<StreamProps>& props() const noexcept { return props_; }
 
     const WantedVolume& wanted() const noexcept { return wanted_; }
 
-    /// What the program has set itself, on top of what is wanted. A fresh stream starts at full.
+    /// The program's own volume, on top of the wanted one. A new stream starts at full.
     const OwnVolume& ownVolume() const noexcept { return own_; }
 
-    /// What others have changed since the last call.
+    /// Others' changes since the last call.
     WantedVolume takeChangesElsewhere() { return std::exchange(elsewhere_, {}); }
 
-    /// What a stream that was already heard turned out to have and keeps, a page by its own volume.
-    /// That is no change: nobody knows when it was made.
+    /// The volume of an existing stream that it keeps, in the case of a page as its own volume.
+    /// This is not a change, since the time is unknown.
     WantedVolume takeFound() { return std::exchange(found_, {}); }
 
   private:
     struct ForeignChange {
         WantedVolume change;
-        bool overtaken = false; // by a step of ours that was on its way
+        bool overtaken = false; // by a step of ours in flight
     };
 
-    /// What the own volume is taken from.
+    /// The source of the own volume.
     enum class OwnKnowledge {
-        certain, // it was full at the beginning, or a page has set it
+        certain, // it was full at the start, or a page has set it
         none,    // the stream was there before us
-        guess,   // what it was found with, or set to at its start; a command ends that
+        guess,   // its volume when found, or its initial volume; a command ends that
     };
 
     VolumeWrite apply(TimePoint now);
@@ -142,8 +140,8 @@ class VolumeKeeper {
     WantedVolume wanted_;
     OwnVolume own_;
     OwnKnowledge ownKnowledge_ = OwnKnowledge::certain;
-    WantedVolume resting_; // what a person seems to have changed
-    TimePoint restEnds_;   // while anything rests
+    WantedVolume resting_; // the user's presumed change
+    TimePoint restEnds_;   // when resting_ counts as a change
     WantedVolume elsewhere_;
     WantedVolume found_;
     std::optional<StreamProps> props_;

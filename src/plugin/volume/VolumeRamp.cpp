@@ -15,7 +15,7 @@ void VolumeRamp::aim(float from, float to, TimePoint now) noexcept {
 float VolumeRamp::step(TimePoint now) noexcept {
     due_ = now + interval;
     const float way = std::cbrt(target_) - position_;
-    const float rounding = 1e-5F; // so that the end is not a step of its own
+    const float rounding = 1e-5F; // so that the end is not an extra step
     if (std::fabs(way) <= largestStep + rounding) {
         running_ = false;
         return target_;

@@ -2,9 +2,9 @@
 
 #include "platform/base/MonotonicClock.h"
 
-/// Leads a volume to another in steps so small that nobody hears them: a jump of the gain is a
-/// click, a drag of a slider a crackle. Steps are even on the scale that people see. Says what to
-/// write and when; writing is up to its owner. Any thread, one at a time.
+/// Changes a volume in steps that are too small to hear: a jump of the gain clicks, a drag of a
+/// slider crackles. Steps are equal on the percent scale. It computes values and times; its owner
+/// writes them. Any thread, one at a time.
 class VolumeRamp {
   public:
     using TimePoint = platform::MonotonicClock::time_point;
@@ -12,20 +12,21 @@ class VolumeRamp {
     static constexpr float largestStep = 0.05F; ///< of the cube root of the gain
     static constexpr std::chrono::milliseconds interval{20};
 
-    /// Heads for the gain `to`: from where the ramp is, or else from `from`. The first step is due
-    /// at once, but not sooner after the last one of an earlier ramp than any other step.
+    /// Sets the target gain `to`, starting at the current position of a running ramp, else at
+    /// `from`. The first step is due at once, but not sooner than one interval after the last step
+    /// of an earlier ramp.
     void aim(float from, float to, TimePoint now) noexcept;
 
     bool isRunning() const noexcept { return running_; }
 
-    /// The gain that a running ramp heads for.
+    /// The target gain of a running ramp.
     float target() const noexcept { return target_; }
 
-    /// When the next step of a running ramp is to be taken.
+    /// When the next step of a running ramp is due.
     TimePoint due() const noexcept { return due_; }
 
-    /// Takes the next step of a running ramp, which may be its last, and answers the gain that is
-    /// to be written now.
+    /// Makes the next step of a running ramp, which may be its last, and returns the gain to write
+    /// now.
     [[nodiscard]] float step(TimePoint now) noexcept;
 
     void stop() noexcept { running_ = false; }
