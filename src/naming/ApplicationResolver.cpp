@@ -36,7 +36,7 @@ const char* describe(NameEvidence evidence) noexcept {
     case NameEvidence::program:
         return "This application starts the program.";
     case NameEvidence::launch:
-        return "The desktop has started the program as this application.";
+        return "The desktop started the program as this application.";
     case NameEvidence::family:
         return "The program is a helper of this application.";
     case NameEvidence::unit:
@@ -44,17 +44,17 @@ const char* describe(NameEvidence evidence) noexcept {
     case NameEvidence::game:
         return "The program is a game of this name.";
     case NameEvidence::speech:
-        return "The program speaks for the desktop.";
+        return "The program is part of the desktop's speech service.";
     case NameEvidence::clientId:
-        return "The program says that it is this application.";
+        return "The program identifies itself as this application.";
     case NameEvidence::clientIcon:
-        return "The program has chosen this application's icon.";
+        return "The program uses this application's icon.";
     case NameEvidence::fileName:
         return "The program's file has this name.";
     case NameEvidence::clientName:
-        return "The program calls itself so.";
+        return "The program uses this name for itself.";
     case NameEvidence::clientProgram:
-        return "The program says that its file has this name.";
+        return "The program reports this file name.";
     }
     return "";
 }

@@ -124,8 +124,8 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
     } cases[] = {
         {{pid, "Der agent", path}, Qt::red, "This application starts the program."},
         {{0, "Der agent", {}}, Qt::red, "This application starts the program."},
-        {{pid, "What it says", path}, Qt::yellow, "The program calls itself so."},
-        {{4711, "gone", "/usr/bin/gone"}, Qt::yellow, "The program calls itself so."},
+        {{pid, "What it says", path}, Qt::yellow, "The program uses this name for itself."},
+        {{4711, "gone", "/usr/bin/gone"}, Qt::yellow, "The program uses this name for itself."},
     };
     for (const auto& [asked, color, reason] : cases) {
         EXPECT_FALSE(workspace_->iconForProgram(asked).isNull());
@@ -148,9 +148,9 @@ TEST_F(WorkspaceTest, HearsOfDesktopEntriesThatComeOrChange) {
     begin();
     const auto pid = static_cast<std::uint32_t>(player.pid());
     const auto why = [&] { return workspace_->whyNamed({pid, "Der player", {}}); };
-    EXPECT_TRUE(waitUntil([&] { return why() == "The program calls itself so."; }));
+    EXPECT_TRUE(waitUntil([&] { return why() == "The program uses this name for itself."; }));
     const auto agent = [&] { return workspace_->whyNamed({0, "Der agent", {}}); };
-    EXPECT_TRUE(waitUntil([&] { return agent() == "The program calls itself so."; }));
+    EXPECT_TRUE(waitUntil([&] { return agent() == "The program uses this name for itself."; }));
 
     fs::rename(away, entry);
     EXPECT_TRUE(comesToRun({"Der player"}));
@@ -159,7 +159,7 @@ TEST_F(WorkspaceTest, HearsOfDesktopEntriesThatComeOrChange) {
     EXPECT_TRUE(comesToRun({"Other"})) << "it has been written in place";
     install("agent", "NoDisplay=true\n");
     EXPECT_TRUE(waitUntil([&] {
-        return agent() == "The program says that it is this application.";
+        return agent() == "The program identifies itself as this application.";
     })) << agent().toStdString();
 }
 
@@ -172,7 +172,7 @@ TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
     };
     constexpr std::uint32_t fromElsewhere = 0x40000000;
     EXPECT_TRUE(waitUntil([&] { return !why(fromElsewhere).isEmpty(); }));
-    EXPECT_EQ(why(fromElsewhere), "The program says that it is this application.");
+    EXPECT_EQ(why(fromElsewhere), "The program identifies itself as this application.");
     const auto pid = static_cast<std::uint32_t>(agent.pid());
     EXPECT_TRUE(waitUntil([&] { return why(pid) == "This application starts the program."; }))
         << why(pid).toStdString();
@@ -183,6 +183,6 @@ TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
     begin();
     const ProgramReference inside{2, "Der player", "/app/bin/player"};
     EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(inside).isEmpty(); }));
-    EXPECT_EQ(workspace_->whyNamed(inside), "The program says that it is this application.");
+    EXPECT_EQ(workspace_->whyNamed(inside), "The program identifies itself as this application.");
     EXPECT_EQ(middleOf(workspace_->iconForProgram(inside)), Qt::red);
 }

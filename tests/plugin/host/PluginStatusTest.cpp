@@ -52,7 +52,7 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
               "nothing wanted, remembered not muted, ignored, the application does not know of it; "
               "can't be set: It is "
               "\"odd\".\n"
-              "    The program calls itself so.\n");
+              "    The program uses this name for itself.\n");
 }
 
 TEST(PluginStatus, AProgramCannotWriteLinesOfItsOwn) {
