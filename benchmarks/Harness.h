@@ -14,7 +14,7 @@ struct Figure {
     std::string name;   ///< "area/what", or "area/what/p99" for a 99th percentile
     std::string metric; ///< what is measured, in words
     std::string unit;
-    std::function<double()> ours; ///< does the work once and answers the number
+    std::function<double()> ours; ///< does the work once and returns the number
     std::string peerName;         ///< empty: no peer
     std::function<double()> peer;
     int rounds = 7; ///< how often each is measured

@@ -107,7 +107,7 @@ class FoundPlugin {
     support::ChildProcess process_;
 };
 
-/// Has the player start and answers the milliseconds from the first cycle of sound to the first
+/// Has the player start and returns the milliseconds from the first cycle of sound to the first
 /// level.
 double untilLevel(Player& player);
 

@@ -134,7 +134,7 @@ double readEntries() {
            1e6;
 }
 
-/// GLib reads the same files and answers the name and the icon.
+/// GLib reads the same files and returns the name and the icon.
 double readEntriesOfGlib() {
     const auto entries = currentEntries.lock();
     return bench::nanosecondsEach(

@@ -22,7 +22,7 @@ class VolumeProbe {
 
     std::uint32_t node() const noexcept { return node_; }
 
-    /// From now on a volume counts that is another than the last one.
+    /// From now on only a change of the volume counts.
     void expectChange() { changedAt_ = 0; }
     platform::MonotonicClock::time_point awaitChange();
 

@@ -139,7 +139,7 @@ bool WindowProbe::take(const xcb_generic_event_t& event) {
     return true;
 }
 
-/// Empty when the window has gone.
+/// Empty if the window no longer exists.
 Picture WindowProbe::picture() const {
     xcb_connection_t* const connection = connection_.get();
     const auto place =

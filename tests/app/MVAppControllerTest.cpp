@@ -41,7 +41,7 @@ VolumeWindow* volumeWindow() {
     return nullptr;
 }
 
-/// Reads the alerts in the person's place.
+/// Reads the alerts instead of the user.
 class Alerts final : public platform::AlertPresenter {
   public:
     Alerts() { platform::replaceAlertPresenter(this); }

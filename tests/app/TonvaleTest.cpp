@@ -21,7 +21,7 @@
 using support::ChildProcess;
 using support::contentOf;
 
-// The real program, started as a person's desktop starts it, off screen.
+// The real program, started as the user's desktop starts it, off screen.
 namespace {
 
 class TonvaleTest : public testing::Test {
@@ -65,7 +65,7 @@ class TonvaleTest : public testing::Test {
 
 } // namespace
 
-TEST_F(TonvaleTest, EveryTerminationSignalEndsItCleanlyWithTheSocketGone) {
+TEST_F(TonvaleTest, EveryTerminationSignalEndsItCleanlyAndRemovesTheSocket) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         const auto program = start();
         support::ScriptedPlugin plugin(socket_);
@@ -86,7 +86,7 @@ TEST_F(TonvaleTest, ServesAgainWhenItsSocketFileHasVanishedAndKeepsItsConnection
     EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
-TEST_F(TonvaleTest, GoesOnAndTellsThePersonWhenTheSocketCannotBeServed) {
+TEST_F(TonvaleTest, GoesOnAndInformsTheUserWhenTheSocketCannotBeServed) {
     const QString usual = QString::fromStdString(folder_.path() / "usual.png");
     const QString told = QString::fromStdString(folder_.path() / "told.png");
     const auto waiting = start({"--screenshot", usual.toStdString()});
@@ -113,7 +113,7 @@ TEST_F(TonvaleTest, ThePreferencesHoldTheMessageLanguageBeforeAPluginCanConnect)
     }
 }
 
-TEST_F(TonvaleTest, SavesAPictureOfItsWindowAtTheEnd) {
+TEST_F(TonvaleTest, SavesAPictureOfItsWindowOnExit) {
     const std::string file = folder_.path() / "window.png";
     const auto program = start({"--screenshot", file});
     support::ScriptedPlugin plugin(socket_);

@@ -104,7 +104,7 @@ TEST_F(ContainerWatchTest, TellsABurstOnceAndStillWatchesAllOfIt) {
     EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(ContainerWatchTest, ChangesWithoutAnEndAreToldEveryTenthOfASecond) {
+TEST_F(ContainerWatchTest, ContinuousChangesAreReportedEveryTenthOfASecond) {
     makeFolders(container(""));
     watch();
     for (int i = 1; i <= 10; ++i) {
@@ -155,7 +155,7 @@ TEST_F(ContainerWatchTest, AContainerThatCannotBeWatchedIsTriedAfterTheNextChang
     EXPECT_EQ(callsAfter([&] { makeFolders(container("locked/Data")); }), 1);
 }
 
-TEST_F(ContainerWatchTest, IsSilentOnceItHasGone) {
+TEST_F(ContainerWatchTest, IsSilentAfterItsDestruction) {
     makeFolders(container(""));
     watch();
     makeFolders(container("a"));

@@ -298,7 +298,7 @@ void sendAll(int socket, std::string_view bytes, int flags = 0) {
 struct Behaviour {
     const char* name;
     void (*act)(FileDescriptor& socket);
-    bool leaves; // the server learns that the plug-in has gone
+    bool leaves; // the server notices the disconnection
 };
 
 const Behaviour behaviours[] = {

@@ -206,7 +206,7 @@ TEST_F(MVCommContainersTest, AContainerThatVanishesTakesItsServerWithIt) {
     EXPECT_EQ(noise(), std::vector<std::string>{});
 }
 
-TEST_F(MVCommContainersTest, ASocketFileThatVanishesIsMadeAgainAndNobodyIsDisconnected) {
+TEST_F(MVCommContainersTest, AVanishedSocketFileIsRecreatedAndConnectionsStay) {
     makeFolders(container("a/Data"));
     start();
     advance(1s);
@@ -241,7 +241,7 @@ TEST_F(MVCommContainersTest, ASocketFileThatVanishesIsMadeAgainAndNobodyIsDiscon
     EXPECT_FALSE(fs::exists(socketPath(kMVCommSocketName)) || fs::exists(socketOf("a")));
 }
 
-TEST_F(MVCommContainersTest, APathThatAnotherProgramTookIsToldOnceAndLeftToItUntilItGoes) {
+TEST_F(MVCommContainersTest, APathTakenByAnotherProgramIsLoggedOnceAndNotTouchedUntilThatEnds) {
     start();
     const std::string socket = socketPath(kMVCommSocketName);
     const auto plugin = checkedIn(socket, 1);
@@ -283,7 +283,7 @@ TEST_F(MVCommContainersTest, APathThatAnotherProgramTookIsToldOnceAndLeftToItUnt
     fs::remove(socket);
 }
 
-TEST_F(MVCommContainersTest, ASocketWhoseFolderHasGoneComesBackWithIt) {
+TEST_F(MVCommContainersTest, ASocketWhoseFolderWasRemovedReturnsWithIt) {
     start();
     makeFolders(socketPath("folder"));
     const std::string socket = socketPath("folder/socket");
@@ -402,7 +402,7 @@ TEST_F(MVCommContainersTest, ContainersThatCannotBeServedDoNotHinderOthers) {
     EXPECT_EQ(noise().size(), 4U);
 }
 
-TEST_F(MVCommContainersTest, AnotherWayToTheSameContainerDoesNotTakeItsSocketAway) {
+TEST_F(MVCommContainersTest, AnotherPathToTheSameContainerDoesNotTakeItsSocket) {
     makeFolders(container("b/Data"));
     start();
     const auto plugin = checkedIn(socketOf("b"), 1);

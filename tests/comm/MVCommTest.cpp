@@ -46,7 +46,7 @@ TEST_F(MVCommTest, AnnouncesABurstOfAdditionsOnceTwoTenthsOfASecondAfterTheLast)
     EXPECT_EQ(announcements(), 1U) << "an application that is going away announces nothing";
 }
 
-TEST_F(MVCommTest, AnotherBroadcastPutsTheAnnouncementOff) {
+TEST_F(MVCommTest, AnotherBroadcastPostponesTheAnnouncement) {
     comm_.broadcastDidLaunchNotification();
     advance(60ms);
     comm_.broadcastDidLaunchNotification();

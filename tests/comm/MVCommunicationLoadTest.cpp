@@ -184,7 +184,7 @@ TEST_F(MVCommunicationLoadTest, AFloodStarvesNeitherTheLoopNorTheOthers) {
     EXPECT_LE(log_.count("handleSocketData:"), 1U) << "the sender itself may have split the last";
 }
 
-TEST_F(MVCommunicationLoadTest, CutReadsStayWholeForACallbackWithALoopOfItsOwn) {
+TEST_F(MVCommunicationLoadTest, CutReadsStayWholeForACallbackWithANestedLoop) {
     const std::string unit = ScriptedPlugin::activityBytes(1, 1.0F) +
                              ScriptedPlugin::checkinBytes(1, "mixed") +
                              ScriptedPlugin::activityBytes(1, 0.5F);
@@ -295,7 +295,7 @@ TEST_F(MVCommunicationLoadTest, TenThousandComingsAndGoingsLeaveNothingBehind) {
     static_cast<void>(bytes);
 #endif
     advance(1h);
-    EXPECT_EQ(levels, std::vector<std::string>{}) << "a timer of somebody who is gone";
+    EXPECT_EQ(levels, std::vector<std::string>{}) << "a timer of a closed connection";
     EXPECT_EQ(events, "");
     EXPECT_FALSE(isBusy());
 }

@@ -161,7 +161,7 @@ TEST_F(MVCommunicationTest, AProgramThatDisconnectsWhilePlayingStillGetsItsZero)
 }
 
 // A callback that opens a dialog runs the loop from inside.
-TEST_F(MVCommunicationTest, APluginThatGoesDuringACallbacksOwnLoopStillGetsItsZero) {
+TEST_F(MVCommunicationTest, APluginThatDisconnectsDuringANestedLoopStillGetsItsZero) {
     auto plugin = checkedIn(7, "player");
     duringLevel = [&] {
         duringLevel = {};
@@ -175,7 +175,7 @@ TEST_F(MVCommunicationTest, APluginThatGoesDuringACallbacksOwnLoopStillGetsItsZe
     EXPECT_EQ(levels, (Strings{"7:1.000000", "7:0.000000"}));
 }
 
-TEST_F(MVCommunicationTest, AServerMayBeLetGoByACallback) {
+TEST_F(MVCommunicationTest, ACallbackMayReleaseTheServer) {
     const auto plugin = checkedIn(7, "player");
     duringLevel = [&] {
         server_->shutdown();
@@ -188,7 +188,7 @@ TEST_F(MVCommunicationTest, AServerMayBeLetGoByACallback) {
     EXPECT_TRUE(plugin->isEnded());
 }
 
-TEST_F(MVCommunicationTest, ACommandGoesToAllWhoAreConnectedByThenAsItIs) {
+TEST_F(MVCommunicationTest, ACommandIsSentUnchangedToAllConnectedPlugins) {
     const auto first = checkedIn(1, "a");
     send(kMVCommSetVolume, 1, 10);
     EXPECT_EQ(commands(*first, 1), (Strings{"9,1,0,10"}));
@@ -252,7 +252,7 @@ TEST_F(MVCommunicationTest, NothingIsSentWhileSuppressedOrWithoutMessageOrPlugin
     EXPECT_EQ(commands(*plugin, 1), (Strings{"9,1,0,30"}));
 }
 
-TEST_F(MVCommunicationTest, APluginThatDoesNotReadCostsOneLineASecondAndNobodyElseAnything) {
+TEST_F(MVCommunicationTest, APluginThatDoesNotReadCausesOneLineASecondAndDelaysNoOther) {
     server_->setAllowFrequentMessages(true);
     const auto stuck = checkedIn(1, "stuck");
     const auto reader = checkedIn(2, "reader");

@@ -18,7 +18,7 @@ namespace {
 
 const QString name = "com.quarnel.Tonvale.Plugin";
 
-/// Takes what it is told, and answers.
+/// Records the calls, and answers.
 class Taker : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.quarnel.Tonvale.Plugin")

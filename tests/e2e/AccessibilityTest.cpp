@@ -184,7 +184,7 @@ TEST_F(AccessibilityTest, TheStateAndThePercentAreTexts) {
     EXPECT_TRUE(waitUntil([&] { return state() == "50 %, muted"; }));
 }
 
-TEST_F(AccessibilityTest, OnlyAPersonsChangesAreAnnounced) {
+TEST_F(AccessibilityTest, OnlyTheUsersChangesAreAnnounced) {
     Listener listener(tool_);
     plugin_->reportLevel(4711, 0.5F);
     QDBusMessage report = QDBusMessage::createSignal(

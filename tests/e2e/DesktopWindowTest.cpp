@@ -15,8 +15,8 @@ using support::runCommand;
 using support::waitUntil;
 using namespace std::chrono_literals;
 
-// The window among others: an X server, a window manager, and a hand on mouse and keyboard that
-// the program cannot tell from a person's.
+// The window among others: an X server, a window manager, and a hand on mouse and keyboard that the
+// program cannot distinguish from the user's.
 namespace {
 
 constexpr QRect usual(200, 100, 500, titleBar + 4 * rowHeight);
@@ -28,7 +28,7 @@ class DesktopWindowTest : public DesktopFixture {
         EXPECT_TRUE(waitUntil([] { return isManaged(); })) << manager_->output();
     }
 
-    /// The root window names a window of the manager, perhaps of one that has gone.
+    /// The root window names a window of the manager, which may have ended.
     static bool isManaged() {
         const std::string text = runCommand({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).output;
         const auto place = text.find("# ");
@@ -132,7 +132,7 @@ TEST_F(DesktopWindowTest, ItIsMovedAndResizedByTheWindowManagerInWholeRows) {
     openWindow();
     ASSERT_TRUE(becomes(usual));
     drag({450, 115}, {60, 40});
-    // A move begins when the hand has gone some way.
+    // A move starts after some distance.
     EXPECT_TRUE(waitUntil([&] { return frame().x() > 230; }));
     EXPECT_GT(frame().y(), 115);
     EXPECT_EQ(frame().size(), usual.size());
@@ -151,7 +151,7 @@ TEST_F(DesktopWindowTest, ItIsMovedAndResizedByTheWindowManagerInWholeRows) {
     EXPECT_TRUE(becomes(last));
 }
 
-TEST_F(DesktopWindowTest, AFrameOnAScreenThatHasGoneComesBack) {
+TEST_F(DesktopWindowTest, AFrameOnADisconnectedScreenMovesToAnExistingOne) {
     startManager();
     openWindow(usual.translated(5000, 0));
     const QRect screen(0, 0, 1280, 800);

@@ -10,8 +10,8 @@
 #include <spa/param/audio/iec958-utils.h>
 #include <string_view>
 
-// A program whose stream has no volume that can be set: OddPlayer filter|iec958|dsd. On SIGUSR1 it
-// makes another one, which has. It says "ready" when it can take the signal.
+// A program whose stream has no settable volume: OddPlayer filter|iec958|dsd. On SIGUSR1 it makes
+// another one, which has. It says "ready" when it can take the signal.
 namespace {
 
 struct Player {

@@ -40,7 +40,7 @@ struct ShownStream {
     bool muted = false;
 };
 
-/// What the person does in another mixer.
+/// User actions in another mixer.
 inline void setElsewhere(const ShownStream& stream, const std::vector<int>& percents) {
     std::vector<std::string> command{"pactl", "set-sink-input-volume",
                                      std::to_string(stream.index)};
@@ -54,7 +54,7 @@ inline void muteElsewhere(const ShownStream& stream, bool muted) {
     EXPECT_EQ(runCommand({"pactl", "set-sink-input-mute", index, muted ? "1" : "0"}).status, 0);
 }
 
-/// For tests of what a person hears and sees of programs that play constant samples.
+/// For tests of the audible and visible result with programs that play constant samples.
 class PlayerFixture : public PluginFixture {
   protected:
     /// Waits until these samples are heard and none that are louder. A busy machine lets a program

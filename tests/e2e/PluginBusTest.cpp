@@ -9,7 +9,7 @@ namespace {
 
 using PluginBusTest = PreferencesFixture;
 
-/// Tells the plug-in as the application does. Answers the error's name, else nothing.
+/// Tells the plug-in as the application does. Returns the error's name, else nothing.
 QString tell(support::BusConnection& bus, const QByteArray& preferences) {
     const QString name = "com.quarnel.Tonvale.Plugin";
     auto call =
@@ -20,7 +20,7 @@ QString tell(support::BusConnection& bus, const QByteArray& preferences) {
 
 } // namespace
 
-TEST_F(PluginBusTest, AnotherMixersChangesAreTold) {
+TEST_F(PluginBusTest, AnotherMixersChangesAreReported) {
     save({50, false});
     startAll();
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));

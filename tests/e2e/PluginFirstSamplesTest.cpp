@@ -270,7 +270,7 @@ TEST_P(PluginFirstSamplesTest, HaveTheProgramsVolume) {
     const bool isSandboxed = GetParam().name == std::string_view(sandboxed);
     const bool needsNamespaces = isSandboxed || GetParam().silent.as == SilentProgram::As::flatpak;
     if (needsNamespaces && !mayMakeNamespaces())
-        GTEST_SKIP() << "the system lets nobody make namespaces";
+        GTEST_SKIP() << "the system does not allow namespaces";
     beginSilentStream();
     setElsewhere(other_, {30});
     const auto player = GetParam().make();

@@ -34,7 +34,7 @@ class PluginFixture : public testing::Test {
 
     void startPlugin() { plugin_.emplace(std::vector<std::string>{TONVALE_PLUGIN}); }
 
-    /// What `Tonvale OPTION...` prints and answers.
+    /// The output and exit code of `Tonvale OPTION...`.
     static support::CommandResult runPlugin(std::vector<std::string> options) {
         options.insert(options.begin(), TONVALE_PLUGIN);
         return support::runCommand(options);
@@ -74,7 +74,7 @@ class PluginFixture : public testing::Test {
         return told;
     }
 
-    /// Waits until exactly one program of that name has checked in, and answers it.
+    /// Waits until exactly one program of that name has checked in, and returns it.
     MVCommConnectionProcess awaitProgram(const QString& name) {
         std::optional<MVCommConnectionProcess> program;
         EXPECT_TRUE(support::waitUntil([&] {
@@ -86,7 +86,7 @@ class PluginFixture : public testing::Test {
         return program.value_or(MVCommConnectionProcess{});
     }
 
-    /// Waits until the program of the process has checked in, and answers its number.
+    /// Waits until the program of the process has checked in, and returns its pid.
     std::uint32_t awaitProcess(pid_t process) {
         const auto pid = static_cast<std::uint32_t>(process);
         EXPECT_TRUE(support::waitUntil([&] {
@@ -101,7 +101,7 @@ class PluginFixture : public testing::Test {
     /// Waits until a stream that has just begun is no longer held at its volume.
     void outlastHold() { recorder_->record(std::chrono::milliseconds(700)); }
 
-    /// Waits until changes of a stream that has just begun are taken for a person's, and until one
+    /// Waits until changes of a stream that has just begun are taken for the user's, and until one
     /// that was made just now counts.
     void outlastRest() { recorder_->record(std::chrono::milliseconds(2300)); }
 

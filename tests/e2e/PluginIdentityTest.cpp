@@ -155,7 +155,7 @@ TEST_F(PluginIdentityTest, AProgramIsItsProcessWhicheverWayItPlays) {
 
 TEST_F(PluginIdentityTest, AProgramThatCountsForItselfIsFoundAmongTheProcesses) {
     if (!mayMakeNamespaces())
-        GTEST_SKIP() << "the system lets nobody make namespaces";
+        GTEST_SKIP() << "the system does not allow namespaces";
     // Others may run paplay under the same number at this moment.
     const support::NamedCopy copy("/usr/bin/paplay", "pa-" + std::to_string(::getpid()));
     const Player native(inOwnNamespace({"pw-cat", "--playback", file_}));
@@ -166,7 +166,7 @@ TEST_F(PluginIdentityTest, AProgramThatCountsForItselfIsFoundAmongTheProcesses) 
 
 TEST_F(PluginIdentityTest, TheProcessesOfASandboxedApplicationAreOneProgram) {
     if (!mayMakeNamespaces())
-        GTEST_SKIP() << "the system lets nobody make namespaces";
+        GTEST_SKIP() << "the system does not allow namespaces";
     const support::PrivateFolder roots[3];
     std::optional<Player> first(std::in_place,
                                 asFlatpak("org.example.Fox", roots[0].path(), {"paplay", file_}));
@@ -193,9 +193,9 @@ TEST_F(PluginIdentityTest, TheProcessesOfASandboxedApplicationAreOneProgram) {
     EXPECT_TRUE(awaitPids([] { return std::vector<std::uint32_t>{}; }));
 }
 
-TEST_F(PluginIdentityTest, NobodyPassesForASandboxedApplicationBySayingSo) {
+TEST_F(PluginIdentityTest, AClaimDoesNotMakeASandboxedApplication) {
     if (!mayMakeNamespaces())
-        GTEST_SKIP() << "the system lets nobody make namespaces";
+        GTEST_SKIP() << "the system does not allow namespaces";
     const support::PrivateFolder root;
     const Player fox(asFlatpak("org.example.Fox", root.path(), {"pw-cat", "--playback", file_}));
     EXPECT_TRUE(awaitPids([&] { return std::vector{fox.childPid()}; }));

@@ -69,7 +69,7 @@ TEST_F(PluginPreferencesTest, WhatPlaysFollowsTheFileAndTheCopy) {
     EXPECT_TRUE(hearsConstant(level));
 }
 
-TEST_F(PluginPreferencesTest, ItReadsTheFileWhenTheApplicationSaysOrComes) {
+TEST_F(PluginPreferencesTest, ItReadsTheFileWhenTheApplicationRequestsItOrStarts) {
     // The folder of the link in the middle is not watched.
     const support::PrivateFolder middle;
     const support::PrivateFolder end;

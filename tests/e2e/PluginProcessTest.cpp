@@ -79,7 +79,7 @@ TEST_F(PluginProcessTest, AnApplicationThatIsStoppedHoldsNothingUp) {
     awaitProgram("paplay");
 }
 
-TEST_F(PluginProcessTest, AnotherUsersSocketIsLeftAloneAndALaunchEndsTheLongestPauseAtOnce) {
+TEST_F(PluginProcessTest, AnotherUsersSocketIsIgnoredAndALaunchEndsTheLongestPauseAtOnce) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can serve a socket as another user";
     application_.reset();
@@ -133,7 +133,7 @@ TEST_F(PluginProcessTest, OptionsAreAnsweredAndWrongOnesRefused) {
     EXPECT_EQ(runPlugin({"--status"}).status, 1);
 }
 
-TEST_F(PluginProcessTest, ItsEndLeavesTheSoundAloneAndTheNextOneGoesOn) {
+TEST_F(PluginProcessTest, ItsEndDoesNotAffectTheSoundAndTheNextOneGoesOn) {
     const Tone tone(Tone::Player::pwCat, toneFrequency, tonePeak);
     int percent = 80;
     for (const auto& [signal, status] :

@@ -32,7 +32,7 @@ class PluginVolumeTest : public PlayerFixture {
         EXPECT_TRUE(waitUntil([&] { return connections() > before; })) << plugin_->output();
     }
 
-    /// What the plug-in has said by the time that it knows its preferences and the sound server.
+    /// The plug-in's output once it has read the preferences and connected to the sound server.
     std::string outputAtStart() {
         EXPECT_TRUE(waitUntil([&] {
             return timesIn(plugin_->output(), "preferences") == 1 &&
@@ -83,7 +83,7 @@ TEST_F(PluginVolumeTest, TheBalanceIsKept) {
     EXPECT_TRUE(waitUntil([&] { return shownStreams(pid).front().percents == halved; }));
 }
 
-TEST_F(PluginVolumeTest, AChangeInAnotherMixerIsTheNextStreamsVolumeAndIsNotFought) {
+TEST_F(PluginVolumeTest, AChangeInAnotherMixerAppliesToTheNextStreamAndIsNotReverted) {
     Player& player = startPlayer();
     application_->setVolume(player.pid(), 50);
     EXPECT_TRUE(hearsConstant(level * gainOf(50)));
@@ -190,7 +190,7 @@ TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
     EXPECT_EQ(plugin_->output(), atStart);
 }
 
-TEST_F(PluginCrowdTest, HundredsOfStreamsFollowOverFewConnectionsAlsoWhenSomebodyIsStopped) {
+TEST_F(PluginCrowdTest, HundredsOfStreamsNeedFewConnectionsEvenIfAProgramIsStopped) {
     constexpr int each = 100;
     const std::string atStart = outputAtStart();
     std::vector<std::unique_ptr<Player>> players;

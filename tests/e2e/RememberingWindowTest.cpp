@@ -13,7 +13,7 @@
 using support::RowProbe;
 using support::Tone;
 
-// What a person sees in the window and hears of it, with other mixers and with what is remembered.
+// The visible and audible result, with other mixers and with remembered volumes.
 namespace {
 
 const QString name = "stream_player";
@@ -82,7 +82,7 @@ class RememberingWindowTest : public PreferencesFixture {
 
 } // namespace
 
-TEST_F(RememberingWindowTest, EachProgramIsHeardAsItsRowSaysAndNoOtherIsTouched) {
+TEST_F(RememberingWindowTest, EachProgramPlaysAtTheVolumeOfItsRowAndNoOtherIsTouched) {
     constexpr unsigned otherFrequency = 1000;
     std::optional<Tone> tone(std::in_place, Tone::Player::pwCat, toneFrequency, tonePeak);
     const Tone other(Tone::Player::paplay, otherFrequency, 0.25);
@@ -190,7 +190,7 @@ TEST_F(RememberingWindowTest, WhatIsIgnoredWhileThePluginIsAwayIsFreedWhenThatCo
     EXPECT_TRUE(hearsConstant(level * gainOf(70))) << "once";
 }
 
-TEST_F(RememberingWindowTest, ProgramsOfOneNameShareWhatIsSetInAnotherMixer) {
+TEST_F(RememberingWindowTest, ProgramsOfOneNameShareChangesMadeInAnotherMixer) {
     Player first;
     first.play();
     row().slideTo(60);

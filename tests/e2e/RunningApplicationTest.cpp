@@ -5,7 +5,7 @@
 
 namespace fs = std::filesystem;
 
-// An application that a person has started, whether it plays or not, as the window has it. The
+// An application that the user has started, playing or not, as shown in the window. The
 // application's program runs in German, the plug-in in the language C.
 namespace {
 

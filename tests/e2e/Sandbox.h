@@ -18,7 +18,7 @@ inline bool mayMakeNamespaces() {
                .status == 0;
 }
 
-/// The command in a pid namespace of its own, where it is number 1, behind the process of unshare.
+/// The command in its own pid namespace, where it is number 1, behind the process of unshare.
 inline Arguments inOwnNamespace(const Arguments& command) {
     Arguments whole{"unshare", "--user", "--map-root-user", "--mount",
                     "--pid",   "--fork", "--kill-child",    "--mount-proc"};

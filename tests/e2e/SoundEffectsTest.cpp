@@ -192,7 +192,7 @@ TEST_F(SoundEffectsTest, TheDesktopsSliderIsTakenOver) {
     EXPECT_EQ(remembered(), slider) << "nobody writes it back";
 }
 
-TEST_F(SoundEffectsTest, ASessionManagerThatForgotIsToldTheVolume) {
+TEST_F(SoundEffectsTest, ASessionManagerThatForgotTheVolumeGetsItAgain) {
     // A new session manager can take over no sink that has ever run.
     const std::uint32_t before = awaitEffects();
     recorder_.reset();

@@ -209,7 +209,7 @@ TEST_F(AppListTest, AProcessBelongsToTheRecordOfItsConnectionsName) {
     EXPECT_FALSE(list_.isConnected(5));
 }
 
-TEST_F(AppListTest, LaunchesAndQuitsAreToldButNotWhatWasThereAtFirst) {
+TEST_F(AppListTest, LaunchesAndQuitsAreReportedButNotTheInitialPrograms) {
     ignored_ = {"hidden"};
     EXPECT_EQ(run({{1, "first", {}}, {2, "hidden", {}}}), QList<Change>());
     EXPECT_EQ(run({{1, "first", {}}, {2, "hidden", {}}, {3, "new", {}}, {4, "new", {}}}),

@@ -58,7 +58,8 @@ class AppVolumeIgnoringTest : public AppVolumeFixture {
 
 } // namespace
 
-TEST_F(AppVolumeIgnoringTest, PluginsAreToldWhenTheCopiesAreInPlaceAndTheMainThreadDoesNotWait) {
+TEST_F(AppVolumeIgnoringTest,
+       PluginsAreNotifiedWhenTheCopiesAreInPlaceAndTheMainThreadDoesNotWait) {
     checkIn(plugin_, 1, "player");
     ignored_.addCustomIgnore("PLAYER");
     EXPECT_TRUE(ignoring_.apps().isEmpty()) << "at once";
@@ -80,7 +81,7 @@ TEST_F(AppVolumeIgnoringTest, ANameThatIsIgnoredNoLongerIsInNoCopyEither) {
     EXPECT_TRUE(waitUntil([&] { return namesInCopy().isEmpty(); }));
 }
 
-TEST_F(AppVolumeIgnoringTest, PluginsAreToldAlsoWhenCopyingFails) {
+TEST_F(AppVolumeIgnoringTest, PluginsAreNotifiedEvenIfCopyingFails) {
     std::filesystem::create_directories(copies_ / "p.plist/precious");
     open();
     checkIn(plugin_, 1, "player");

@@ -38,7 +38,7 @@ class AppVolumeSavingTest : public testing::Test {
 
 } // namespace
 
-// The clock stands still, so nothing that is put off is done.
+// The clock stops, so nothing that is put off is done.
 TEST_F(AppVolumeSavingTest, ReleaseAndQuitDoNotWaitForThePace) {
     const support::ManualClock clock;
     start([&] { return std::vector<std::string>{folder_.path()}; });

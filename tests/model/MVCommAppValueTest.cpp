@@ -49,7 +49,7 @@ TEST_F(MVCommAppValueTest, IsMadeFromAConnectedProcess) {
     EXPECT_FALSE(value->isRunningApp());
 }
 
-TEST_F(MVCommAppValueTest, IsMadeFromARunningProgramWithTheIconOfItsBundleIfItHasOne) {
+TEST_F(MVCommAppValueTest, IsCreatedFromARunningProgramWithTheIconOfItsBundleIfItHasOne) {
     const QIcon icon = workspace_.addIcon("/opt/Player.app");
     workspace_.addIcon(""); // asking for no path would be answered with this
     const auto bundled =
@@ -96,7 +96,7 @@ TEST_F(MVCommAppValueTest, TheSystemsSoundIsDisplayedInThePersonsLanguage) {
     QCoreApplication::removeTranslator(&translator);
 }
 
-TEST_F(MVCommAppValueTest, AnswersAndTellsWhatHappensToTheActivity) {
+TEST_F(MVCommAppValueTest, ReturnsAndSignalsChangesOfTheActivity) {
     const auto value = connected("Player");
     QSignalSpy activity(value.get(), &MVCommAppValue::activityChanged);
     QSignalSpy hasActivity(value.get(), &MVCommAppValue::hasActivityChanged);

@@ -98,7 +98,7 @@ TEST_F(MVIgnoredAppsTest, MatchesWholeNamesInAnyCase) {
     EXPECT_TRUE(apps.isAppIgnored("Finder"));
 }
 
-TEST_F(MVIgnoredAppsTest, EveryChangeIsStoredAndToldAndSomeGoToThePlugins) {
+TEST_F(MVIgnoredAppsTest, EveryChangeIsStoredAndAnnouncedAndSomeNotifyThePlugins) {
     MVIgnoredApps apps(defaults_);
     MVIgnoredApp& finder = entry(apps, "Finder");
     MVIgnoredApp& dock = entry(apps, "Dock");

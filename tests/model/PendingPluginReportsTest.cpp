@@ -49,7 +49,7 @@ TEST(PendingPluginReports, TooMuchCostsTheOldest) {
     EXPECT_EQ(news.reason(744), "why");
 }
 
-TEST(PendingPluginReports, AReasonHoldsUntilItIsTakenBackOrItsProcessIsGone) {
+TEST(PendingPluginReports, AReasonHoldsUntilItIsClearedOrItsProcessHasEnded) {
     PendingPluginReports news;
     const auto nobody = [](std::uint32_t) { return false; };
     const auto one = [](std::uint32_t pid) { return pid == 1; };

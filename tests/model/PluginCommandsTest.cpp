@@ -80,7 +80,7 @@ TEST_F(PluginCommandsTest, NothingIsRepeatedThatANewerCommandHasReplaced) {
     EXPECT_EQ(sentWithin(10s), "10,1 ");
 }
 
-TEST_F(PluginCommandsTest, ARepetitionThatSaysNothingNewIsNotSentTwice) {
+TEST_F(PluginCommandsTest, AnIdenticalRepetitionIsNotSentTwice) {
     commands_.setVolume(1, 50);
     commands_.setVolume(1, 50);
     commands_.setVolume(2, 50);
@@ -88,7 +88,7 @@ TEST_F(PluginCommandsTest, ARepetitionThatSaysNothingNewIsNotSentTwice) {
     EXPECT_EQ(sentWithin(10s), "");
 }
 
-TEST_F(PluginCommandsTest, EachChangeOfTheIgnoreListIsTold) {
+TEST_F(PluginCommandsTest, EachChangeOfTheIgnoreListIsReported) {
     commands_.ignoreListChanged();
     EXPECT_EQ(sentWithin(0ms), "11,0 ");
     commands_.ignoreListChanged();

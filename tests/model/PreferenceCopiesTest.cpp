@@ -130,7 +130,7 @@ TEST_F(PreferenceCopiesTest, WhatIsAskedForAtOnceDoesNotWait) {
     EXPECT_EQ(valueIn(two_), 6);
 }
 
-TEST_F(PreferenceCopiesTest, FailuresAreToldOnceForATargetAndErrorUntilItWorksAgain) {
+TEST_F(PreferenceCopiesTest, FailuresAreLoggedOnceForATargetAndErrorUntilItWorksAgain) {
     const std::string target = one_ / name;
     const std::string other = two_ / name;
     const std::string copying = "Couldn't copy " + source_.string() + " to ";
@@ -221,7 +221,7 @@ TEST_F(PreferenceCopiesTest, AFullDiskIsTriedAgainEverySecondAndOtherCopiesAreLe
     EXPECT_EQ(lines(), 1U);
 }
 
-TEST_F(PreferenceCopiesTest, ADiskThatHangsHoldsNobodyUp) {
+TEST_F(PreferenceCopiesTest, AHangingDiskDelaysNoOther) {
     std::promise<void> release;
     const std::shared_future<void> released(release.get_future());
     UserDefaults defaults(folder_.path() / "other");

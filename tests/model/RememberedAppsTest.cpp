@@ -23,7 +23,7 @@ TEST_F(RememberedAppsTest, WhatAnotherMixerHasSetIsMoreThanTheVolumeOfNewOnes) {
     EXPECT_EQ(stored()["player"].toMap()["Volume"], 60);
 }
 
-TEST_F(RememberedAppsTest, AProgramOfANewNameTakesOverWhatIsRememberedByThatOfItsFile) {
+TEST_F(RememberedAppsTest, AProgramWithANewNameTakesOverTheSettingsOfItsFileName) {
     remembered_.setDefaultVolume(30);
     remembered_.set("pacat", {40, true});
     remembered_.set("python3.11", {50, false});

@@ -84,7 +84,7 @@ TEST_F(UndoHistoryTest, MovesThatBelongTogetherAreOne) {
     EXPECT_EQ(done(), "a20 b100 a40 a100 ");
 }
 
-TEST_F(UndoHistoryTest, AMoveAfterAnUndoIsOneOfItsOwn) {
+TEST_F(UndoHistoryTest, AMoveAfterAnUndoIsASeparateAction) {
     drag("a", {100, 50});
     drag("b", {100, 50});
     history_.undo();

@@ -77,7 +77,7 @@ TEST_F(ApplicationResolverTest, LooksAgainWhenTheEntriesHaveChanged) {
     EXPECT_FALSE(entries_.refresh());
 }
 
-TEST_F(ApplicationResolverTest, LooksAgainWhenAClientSaysSomethingElse) {
+TEST_F(ApplicationResolverTest, LooksAgainWhenAClientChangesItsClaims) {
     processes_.record.executable = "/usr/bin/python3.11";
     EXPECT_EQ(nameOf({.name = "One"}), "One");
     EXPECT_EQ(nameOf({.name = "Two"}), "Two");

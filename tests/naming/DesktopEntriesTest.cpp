@@ -44,7 +44,7 @@ class DesktopEntriesWatchTest : public DesktopEntriesTest {
     bool isTold(const std::function<void()>& change) {
         const int before = calls_;
         change();
-        // The clock stands still until the change has been noticed.
+        // The clock stops until the change has been noticed.
         return support::waitUntil([&] {
             clock_.advance(200ms);
             loop_.turn();
@@ -73,7 +73,7 @@ TEST_F(DesktopEntriesTest, AreSearchedInTheOrderOfTheBaseDirectories) {
                                      "/var/lib/snapd/desktop/applications"));
 }
 
-TEST_F(DesktopEntriesTest, CountWhereTheirProgramIsAPersonsOwnWhateverTheSearchPath) {
+TEST_F(DesktopEntriesTest, CountWhereTheirProgramIsTheUsersOwnWhateverTheSearchPath) {
     const fs::path home = folder_.path() / "home";
     fs::create_directories(home / ".local/bin");
     fs::copy_file("/bin/true", home / ".local/bin/own-player");

@@ -24,7 +24,7 @@ ProcessRecord recordOf(const support::ChildProcess& child) {
 
 } // namespace
 
-TEST(ProcessView, SeesAProcessAndNothingOfOneThatIsGone) {
+TEST(ProcessView, SeesAProcessAndNothingOfOneThatHasEnded) {
     support::ChildProcess child({"sleep", "60"});
     const ProcessRecord record = recordOf(child);
     EXPECT_EQ(record.pid, child.pid());

@@ -19,7 +19,7 @@
 /// describes them.
 class Situation {
   public:
-    /// A question about a process (or a client without one), and what a person would answer.
+    /// A question about a process (or a client without one), and the answer that a user expects.
     struct Question {
         std::string title;
         pid_t process = 0;

@@ -66,7 +66,7 @@ class SituationTest : public testing::TestWithParam<fs::path> {
 
 } // namespace
 
-TEST_P(SituationTest, IsSeenAsAPersonWouldSeeIt) {
+TEST_P(SituationTest, CountsAsVisibleWhenTheUserCanSeeIt) {
     for (const Situation::Question& question : situation_.questions()) {
         ApplicationIdentity found = answer(question);
         found.entryPath.clear(); // lies in the test's own folder

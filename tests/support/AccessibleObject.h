@@ -15,7 +15,7 @@
 namespace support {
 
 /// What assistive tools see of an object of another program, over their bus. Everything is asked
-/// when it is called for. A program that has gone answers nothing: empty texts and lists.
+/// when it is called for. A program that has ended returns empty texts and lists.
 class AccessibleObject {
   public:
     /// `role` as roles are called on the bus: "list item", "slider".

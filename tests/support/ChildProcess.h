@@ -72,8 +72,8 @@ struct CommandResult {
     std::string output;
 };
 
-/// Runs a program to its end and answers what became of it. A status of -1 says that it took longer
-/// than waitUntil() has patience for.
+/// Runs a program to its end and returns the result. A status of -1 says that it took longer than
+/// waitUntil() has patience for.
 CommandResult runCommand(const std::vector<std::string>& arguments);
 
 } // namespace support

@@ -18,7 +18,7 @@ class Tone {
     /// executables, hence different applications.
     enum class Player { pwCat, paplay };
 
-    /// A copy of pw-cat under another name, which is another application.
+    /// A copy of pw-cat under another name, as a different application.
     Tone(const std::string& name, unsigned frequency, double peak);
 
     /// `peak` is linear, 0 to 1. `target` is the node.name of a sink; empty: the default one.

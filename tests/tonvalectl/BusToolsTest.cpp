@@ -64,7 +64,7 @@ TEST_F(BusToolsTest, PropertiesAreReadAndSetByTheStandardInterface) {
     EXPECT_EQ(get(root, "com.quarnel.Tonvale.Mixer", "DefaultVolume"), "i 55\n");
 }
 
-TEST_F(BusToolsTest, EveryObjectTellsWhatItIs) {
+TEST_F(BusToolsTest, EveryObjectCanBeIntrospected) {
     const std::string tree = busctl({"--list", "tree", "com.quarnel.Tonvale"}).output;
     EXPECT_TRUE(has(tree, std::string(root) + "\n")) << tree;
     EXPECT_TRUE(has(tree, std::string(player) + "\n")) << tree;
@@ -151,7 +151,7 @@ TEST_F(BusToolsTest, TheDesktopActivatesIt) {
     EXPECT_TRUE(support::waitUntil([&] { return has(log().substr(before.size()), "the window"); }));
 }
 
-TEST(BusStrangersTest, AnotherUserIsRefusedEvenWhereTheBusLetsItIn) {
+TEST(BusStrangersTest, AnotherUserIsRefusedEvenIfTheBusAdmitsIt) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";
     const support::PrivateFolder folder;

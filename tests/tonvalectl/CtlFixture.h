@@ -60,7 +60,7 @@ class CtlFixture : public testing::Test {
         EXPECT_TRUE(support::waitUntil([&] { return programJson(name).isEmpty(); })) << name;
     }
 
-    /// What `tonvalectl ARGUMENT...` prints and answers.
+    /// The output and exit code of `tonvalectl ARGUMENT...`.
     Result ctl(const std::vector<std::string>& arguments) const {
         const std::string errors = folder_.path() / "errors";
         std::vector<std::string> words{"sh", "-c", "exec \"$@\" 2>\"$0\"", errors, TONVALECTL};

@@ -62,7 +62,7 @@ TEST_F(MonitorTest, TellsWhatHappensToProgramsAndEndsWithTheApplication) {
 }
 
 TEST_F(MonitorTest, MissesNoneOfManyChanges) {
-    constexpr int changes = 300; // at once, where a person's hand makes 60 a second
+    constexpr int changes = 300; // at once, while a user makes 60 a second
     support::ChildProcess monitor({TONVALECTL, "monitor", "--json"});
     ASSERT_TRUE(prints(monitor, "\"added\""));
     EXPECT_EQ(monitor.output().find("activity"), std::string::npos) << "which would be an old one";
@@ -86,7 +86,7 @@ TEST_F(MonitorTest, MissesNoneOfManyChanges) {
     EXPECT_EQ(monitor.wait(), 0) << "also when it had no time to say so";
 }
 
-TEST_F(MonitorTest, SaysThatTheBusHasGone) {
+TEST_F(MonitorTest, ReportsThatTheBusWasLost) {
     support::ChildProcess monitor({TONVALECTL, "monitor"});
     ASSERT_TRUE(prints(monitor, "added player 100%\n"));
     bus_.reset();

@@ -18,7 +18,7 @@ std::ptrdiff_t lines(const std::string& text) {
 
 } // namespace
 
-TEST_F(TonvalectlTest, HelpAndVersionNeedNobody) {
+TEST_F(TonvalectlTest, HelpAndVersionNeedNoApplication) {
     bus_.reset();
     const Result version = ctl({"--version"});
     EXPECT_EQ(version.status, 0);
@@ -30,7 +30,7 @@ TEST_F(TonvalectlTest, HelpAndVersionNeedNobody) {
         EXPECT_NE(help.output.find(word), std::string::npos) << word;
 }
 
-TEST_F(TonvalectlTest, ListsWhatIsThereForPeopleAndForPrograms) {
+TEST_F(TonvalectlTest, ListsProgramsForUsersAndForScripts) {
     startTonvale();
     EXPECT_EQ(ctl({"list", "--json"}).output, "[]\n");
     checkIn(pid, "A \"quoted\"\\\x1b[31m name");
@@ -100,7 +100,7 @@ TEST_F(TonvalectlTest, ALevelIsReadOnRequest) {
     EXPECT_TRUE(support::waitUntil([&] { return programJson("player")["playing"] == false; }));
 }
 
-TEST_F(TonvalectlTest, EveryChangeTakesTheRoadOfTheSlider) {
+TEST_F(TonvalectlTest, EveryChangeActsLikeTheSlider) {
     startTonvale();
     auto& plugin = checkIn(pid, "Music Player");
     const struct {
@@ -229,7 +229,7 @@ TEST_F(TonvalectlTest, IgnoresTheSoundEffectsByTheNameThatIsShown) {
     EXPECT_FALSE(programJson("Sound Effects").isEmpty());
 }
 
-TEST_F(TonvalectlTest, SaysThatItsOutputIsLost) {
+TEST_F(TonvalectlTest, ReportsThatItsOutputIsLost) {
     const auto result = support::runCommand({"sh", "-c", "\"$0\" --help >/dev/full", TONVALECTL});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "tonvalectl: The output can't be written.\n");
@@ -274,7 +274,7 @@ TEST_F(TonvalectlTest, RefusesWithACodeAndOneLine) {
     EXPECT_EQ(ctl({"list"}).status, 8);
 }
 
-TEST_F(TonvalectlTest, SaysWhyAProgramCannotBeControlled) {
+TEST_F(TonvalectlTest, ShowsWhyAProgramCannotBeControlled) {
     startTonvale();
     auto& plugin = checkIn(pid, "player");
     support::BusConnection reports(bus_->address());

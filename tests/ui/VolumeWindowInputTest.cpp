@@ -17,7 +17,7 @@
 
 using namespace std::chrono_literals;
 
-// What a person does in the window, by events as the toolkit makes them.
+// User actions in the window, as toolkit events.
 namespace {
 
 class VolumeWindowInputTest : public VolumeWindowFixture {
@@ -178,7 +178,7 @@ TEST_F(VolumeWindowInputTest, F10AndAltOpenTheMenuOfTheWindow) {
     EXPECT_FALSE(window_.isVisible());
 }
 
-TEST_F(VolumeWindowInputTest, EveryWayOfChangingIsUndoneByTheMousesRoad) {
+TEST_F(VolumeWindowInputTest, EveryKindOfChangeCanBeUndone) {
     const RowProbe player = connected();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
     clock_.emplace();

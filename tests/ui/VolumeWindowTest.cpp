@@ -48,7 +48,7 @@ TEST_F(VolumeWindowTest, TheTipTellsPathAndReasonAndOverTheSliderThePercentOrWhy
                                    "It plays <past> the mixer");
 }
 
-TEST_F(VolumeWindowTest, AnItemCanGoByItsOwnMenu) {
+TEST_F(VolumeWindowTest, AnItemCanBeRemovedThroughItsOwnMenu) {
     model_.workspace.setRunningApplications({{1, "b", {}}, {2, "d", {}}});
     MVCollectionViewItem& item = *RowProbe(window_, "b").item;
     QContextMenuEvent event(QContextMenuEvent::Mouse, {}, item.mapToGlobal(QPoint()));

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <unistd.h>
 
-TEST(ApplicationScan, KnowsAProgramByTheNameThatItHasBesideAnother) {
+TEST(ApplicationScan, RecognisesAProgramByItsDisambiguatedName) {
     auto processes = std::make_unique<PlainProcesses>();
     auto& record = processes->records[100];
     record.pid = 100;

@@ -32,7 +32,7 @@ class IconTheme {
     /// Where its files lie.
     std::filesystem::path icons() const { return folder_.path() / "ours/apps"; }
 
-    /// Makes an icon of one color and answers its file.
+    /// Creates an icon of one color and returns its file.
     std::string add(const std::string& name, QColor color) const {
         std::string file = icons() / (name + ".png");
         QImage image(32, 32, QImage::Format_ARGB32);

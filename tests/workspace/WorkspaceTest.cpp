@@ -76,7 +76,7 @@ class WorkspaceTest : public testing::Test {
 
 } // namespace
 
-TEST_F(WorkspaceTest, ListsRegularApplicationsInThePersonsLanguageWithAllThatItKnows) {
+TEST_F(WorkspaceTest, ListsRegularApplicationsInTheUsersLanguageWithAllDetails) {
     const std::string program = install("player");
     const std::string hidden = install("agent", "NoDisplay=true\n");
     const std::string waiting = install("waiter");
@@ -163,7 +163,7 @@ TEST_F(WorkspaceTest, HearsOfDesktopEntriesThatComeOrChange) {
     })) << agent().toStdString();
 }
 
-TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
+TEST_F(WorkspaceTest, LooksUpAgainWhenTheNameBelongsToAnotherProcess) {
     const std::string program = install("agent", "NoDisplay=true\n");
     ChildProcess agent({program, "600"});
     begin();
@@ -178,7 +178,7 @@ TEST_F(WorkspaceTest, FindsOutAgainWhenTheNameBelongsToAnotherProcess) {
         << why(pid).toStdString();
 }
 
-TEST_F(WorkspaceTest, KnowsAProgramThatCannotBeSeenByTheEntryOfItsName) {
+TEST_F(WorkspaceTest, FindsAnInvisibleProgramByTheEntryOfItsName) {
     install("player");
     begin();
     const ProgramReference inside{2, "Der player", "/app/bin/player"};

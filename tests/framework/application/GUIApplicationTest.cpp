@@ -13,7 +13,7 @@ using platform::Alert;
 
 namespace {
 
-/// Answers alerts in the person's place.
+/// Answers alerts instead of the user.
 class Answers : public platform::AlertPresenter {
   public:
     Answers() { platform::replaceAlertPresenter(this); }

@@ -58,7 +58,7 @@ class HandPool {
     manager& manager_;
 };
 
-/// Tasks that hold their thread until they are let go.
+/// Tasks that hold their thread until they are released.
 struct Gate {
     std::function<void()> task() {
         return [this] {
@@ -188,7 +188,7 @@ TEST(Manager, LateQueuesGetTheirTurnWhileEarlyOnesHaveMoreWorkThanThereAreWorker
         pool.passUntilIdle(*queue);
 }
 
-TEST(Manager, ForgetsAQueueWhoseHandleIsGoneOnceItHasDrained) {
+TEST(Manager, ForgetsAQueueWithoutAHandleWhenItHasDrained) {
     HandPool pool;
     auto queue = pool.makeQueue(true, 0);
     const std::weak_ptr<qshuttle> watch = queue;

@@ -163,7 +163,7 @@ TEST(Queue, ThreadsHaveNames) {
     EXPECT_EQ(background.get_future().get(), "background loop");
 }
 
-TEST(Queue, PrintsWhatTasksThrowAndGoesOn) {
+TEST(Queue, PrintsExceptionsOfTasksAndGoesOn) {
     queue serial("thrower", true, -254);
     testing::internal::CaptureStdout();
     std::future<void> failed =

@@ -19,7 +19,7 @@
 
 using support::contentOf;
 
-/// The time of day, which stands still until a test sets it.
+/// The time of day, which stops until a test sets it.
 class ManualTimeOfDay {
   public:
     explicit ManualTimeOfDay(std::chrono::sys_seconds time) {

@@ -19,7 +19,7 @@ int child(const std::string& what, const std::string& path,
 } // namespace
 
 // A FIFO that nobody reads is a disk that hangs.
-TEST_F(LogTest, OnNoRoadToTheEndOfTheProgramABusyPoolOrAHangingDiskHoldsUpMore) {
+TEST_F(LogTest, NoKindOfProgramEndIsBlockedByABusyPoolOrAHangingDisk) {
     ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
     const platform::FileDescriptor reader(
         ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));

@@ -179,7 +179,7 @@ TEST_F(TimedLogTest, AnErrorIsWrittenAtOnceThoughTheWriterLingers) {
     }
 }
 
-TEST_F(LogTest, AFileThatRootOpensForSomebodyElseIsThatUsers) {
+TEST_F(LogTest, AFileThatRootOpensForAnotherUserBelongsToThatUser) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs root";
     constexpr uid_t user = 12345;
@@ -239,7 +239,8 @@ TEST_F(TimedLogTest, AThreadsPrefixesStandBeforeItsMessagesUntilItCloses) {
                                                ":41:05.0  : [I] elsewhere\n");
 }
 
-// Whoever closes writes what waits: the pool's threads may all be busy, with closing for example.
+// Closing writes the waiting messages itself: all threads of the pool may be busy, for example with
+// closing.
 TEST_F(LogTest, TasksOfThePoolCloseLogs) {
     constexpr int tasks = 16;
     std::atomic<int> closed = 0;

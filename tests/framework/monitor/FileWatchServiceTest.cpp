@@ -155,7 +155,7 @@ TEST_F(FileWatchServiceTest, AnUnmountedFileIsRevokedAndItsKernelWatchLeftAlone)
     EXPECT_EQ(told, Told{FileWatch::revoked});
 }
 
-TEST_F(FileWatchServiceTest, AFileThatLosesItsNameWhileItsWatchBeginsIsTold) {
+TEST_F(FileWatchServiceTest, AFileThatLosesItsNameWhileItsWatchStartsIsReported) {
     const std::string file = makeFile("file");
     const FileDescriptor holder(::open(file.c_str(), O_RDONLY | O_CLOEXEC)); // so that it lives on
     kernel.beforeWatch = [&] { ::unlink(file.c_str()); };
@@ -165,7 +165,7 @@ TEST_F(FileWatchServiceTest, AFileThatLosesItsNameWhileItsWatchBeginsIsTold) {
     EXPECT_EQ(told, Told{FileWatch::deleted});
 }
 
-TEST_F(FileWatchServiceTest, AWatchThatItsHandlerCancelsIsToldNothingMore) {
+TEST_F(FileWatchServiceTest, AWatchCancelledByItsHandlerGetsNoMoreEvents) {
     std::unique_ptr<FileWatch> watched;
     watched = FileWatch::createForPath(
         makeFile("file"), queue,
@@ -209,7 +209,7 @@ TEST_F(FileWatchServiceTest, AfterAnOverflowEverythingMayHaveChanged) {
     EXPECT_EQ(removed, (Told{FileWatch::written, FileWatch::deleted}));
 }
 
-TEST_F(FileWatchServiceTest, HandlersOfOneWatchNeverOverlapAndTheLastWordComesAfterThem) {
+TEST_F(FileWatchServiceTest, HandlersOfOneWatchNeverOverlapAndTheFinalCallComesAfterThem) {
     std::atomic<int> running = 0;
     std::atomic<int> calls = 0;
     std::atomic<bool> mayGoOn = false;

@@ -106,7 +106,7 @@ TEST_F(MonitorTest, AFoldersContentIsItsEntries) {
     }
 }
 
-TEST_F(MonitorTest, ARemovedFolderIsGoneAlthoughSomebodyWorksInIt) {
+TEST_F(MonitorTest, ARemovedFolderIsReportedGoneEvenIfItIsAWorkingDirectory) {
     const std::string folder = makeFolder("folder");
     FileDescriptor holder = openedForReading(folder);
     const Watch byName(WatchedItem::path(folder), queue);
@@ -120,7 +120,7 @@ TEST_F(MonitorTest, ARemovedFolderIsGoneAlthoughSomebodyWorksInIt) {
     EXPECT_EQ(byName.kinds(), Kinds{gone});
 }
 
-TEST_F(MonitorTest, ADescriptorsFileIsGoneWithItsLastNameAndTheDescriptorStaysOpen) {
+TEST_F(MonitorTest, ADescriptorsFileIsReportedGoneWithItsLastNameAndTheDescriptorStaysOpen) {
     const std::string file = makeFile("file");
     const FileDescriptor opened = openedForReading(file);
     {
@@ -248,7 +248,7 @@ TEST_F(MonitorTest, CoalescingMakesOneCallOfABurstAtTheDeadlineOfItsFirstWrite) 
     }
 }
 
-TEST_F(MonitorTest, DeletionIsToldAtOnceWhileACoalescedCallIsPending) {
+TEST_F(MonitorTest, DeletionIsReportedAtOnceWhileACoalescedCallIsPending) {
     support::ManualClock clock;
     const std::string file = makeFile("file");
     const Watch watch(WatchedItem::path(file), queue);

@@ -86,7 +86,7 @@ TEST_F(CustomWindowTest, ItIsMovedAtTheTitleAndPulledAtItsEdges) {
     EXPECT_EQ(place(), QRect(310, 140, 400, 360));
 }
 
-TEST_F(CustomWindowTest, ItsBarTellsWhetherItIsTheActiveWindow) {
+TEST_F(CustomWindowTest, ItsTitleBarShowsWhetherItIsTheActiveWindow) {
     window_.activateWindow();
     ASSERT_TRUE(support::waitUntil([&] { return window_.isActiveWindow(); }));
     QMenu menu;

@@ -42,7 +42,7 @@ class ToolTipTest : public testing::Test {
 
 } // namespace
 
-TEST_F(ToolTipTest, ItGoesWhenThePersonGoesOnAndWithWhatItExplains) {
+TEST_F(ToolTipTest, ItDisappearsOnUserInputAndWithItsOwner) {
     EXPECT_TRUE(isShown());
     EXPECT_EQ(QApplication::activeWindow(), &window_);
     QTest::mouseMove(owner_, {20, 20});
@@ -64,7 +64,7 @@ TEST_F(ToolTipTest, ItGoesWhenThePersonGoesOnAndWithWhatItExplains) {
     EXPECT_TRUE(goesBy([&] { delete owner_; }));
 }
 
-TEST_F(ToolTipTest, ItStaysWhenSomethingThatItExplainedBeforeGoes) {
+TEST_F(ToolTipTest, ItStaysWhenAFormerOwnerIsDestroyed) {
     QNToolTip::shared().showAt(other_->mapToGlobal(QPoint(5, 5)), *other_);
     delete owner_;
     EXPECT_TRUE(isShown());

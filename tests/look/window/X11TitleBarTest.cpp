@@ -113,7 +113,7 @@ QByteArray layout(std::string_view text, bool isBigEndian = false) {
 
 } // namespace
 
-TEST(X11TitleBar, HasItsButtonsAndClicksAsTheDesktopsDaemonSaysWheneverItSaysSo) {
+TEST(X11TitleBar, FollowsTheDesktopsDaemonForButtonsAndClicks) {
     auto daemon = std::make_unique<SettingsDaemon>(Told()
                                                        .add("Gtk/DecorationLayout", "close:")
                                                        .add("Gtk/TitlebarDoubleClick", "minimize")
@@ -143,7 +143,7 @@ TEST(X11TitleBar, HasItsButtonsAndClicksAsTheDesktopsDaemonSaysWheneverItSaysSo)
     EXPECT_TRUE(support::waitUntil([&] { return place(Button::close) < 50; }));
 }
 
-TEST(X11Settings, ReadsTextsAmongOthersUpToWhereItMakesNoSense) {
+TEST(X11Settings, ReadsTextsAmongOthersUpToTheFirstError) {
     for (const bool isBigEndian : {false, true}) {
         Told told(isBigEndian);
         told.begin(0, "Net/DoubleClickTime").number(std::uint32_t{400}).add("Odd", "one");

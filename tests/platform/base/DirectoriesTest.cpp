@@ -90,7 +90,7 @@ TEST(MakeDirectories, GivesNewFoldersTheModeAndLeavesOldOnesAlone) {
     EXPECT_TRUE(std::filesystem::is_directory(top + "/new/more"));
 }
 
-TEST(MakeDirectories, SaysWhyItCannot) {
+TEST(MakeDirectories, ReportsWhyItCannot) {
     const support::PrivateFolder folder;
     const std::string file = folder.path() / "file";
     std::ofstream(file) << "no folder";

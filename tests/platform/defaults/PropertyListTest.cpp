@@ -119,7 +119,7 @@ TEST(PropertyList, HoldsEveryTypeInXmlAndReadsItInBothForms) {
     EXPECT_EQ(propertyListXml(fromXml), xml);
 }
 
-TEST(PropertyList, IsReadAsAPersonOrAnotherProgramMayHaveWrittenIt) {
+TEST(PropertyList, AcceptsWhatAUserOrAnotherProgramMayHaveWritten) {
     const struct {
         const char* what;
         QByteArray bytes;

@@ -37,7 +37,7 @@ class DesktopSettingsTest : public testing::Test {
 
 } // namespace
 
-TEST_F(DesktopSettingsTest, MotionAndContrastAreWhatTheDesktopSaysNowAndLater) {
+TEST_F(DesktopSettingsTest, AnimationsAndContrastFollowTheDesktop) {
     const platform::DesktopAnimations motion(settings_);
     support::serveEvents();
     EXPECT_TRUE(motion.areEnabled()) << "nobody has said anything";
@@ -63,7 +63,7 @@ TEST_F(DesktopSettingsTest, MotionAndContrastAreWhatTheDesktopSaysNowAndLater) {
     EXPECT_TRUE(isHighContrastWanted(settings_));
 }
 
-TEST_F(DesktopSettingsTest, APortalThatComesLaterIsAskedAndOneWithoutAnswersHarmsNobody) {
+TEST_F(DesktopSettingsTest, ALaterPortalIsAskedAndOneThatDoesNotAnswerIsHarmless) {
     portal_->set(appearance, "contrast", 1U);
     EXPECT_TRUE(support::waitUntil([&] { return isHighContrastWanted(settings_); }))
         << "it was there first";

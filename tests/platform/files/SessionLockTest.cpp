@@ -10,7 +10,7 @@
 
 using platform::SessionLock;
 
-TEST(SessionLock, IsHeldByOneAtATimeUntilItGoes) {
+TEST(SessionLock, IsHeldByOneAtATimeUntilItIsDestroyed) {
     const support::PrivateFolder folder;
     const support::ScopedVariable runtime("XDG_RUNTIME_DIR", folder.path().string());
     std::optional<SessionLock> first(std::in_place, "com.example.One");
@@ -25,7 +25,7 @@ TEST(SessionLock, IsHeldByOneAtATimeUntilItGoes) {
     EXPECT_FALSE(SessionLock("com.example.One").take());
 }
 
-TEST(SessionLock, HoldsNobodyUpWhereNoFileCanBe) {
+TEST(SessionLock, SucceedsWhereNoFileCanBeCreated) {
     const support::PrivateFolder folder;
     std::filesystem::create_symlink("elsewhere", folder.path() / "com.example.One.lock");
     using Value = std::optional<std::string>;

@@ -108,7 +108,7 @@ TEST_F(SharedFolderTest, FollowsItsUsersLinksToTheFolderAndNoOthers) {
     EXPECT_FALSE(fs::exists(file_));
 }
 
-TEST_F(SharedFolderTest, SaysWhereItFailsAndLeavesWhatIsThereWhole) {
+TEST_F(SharedFolderTest, ReportsFailuresAndKeepsExistingFilesWhole) {
     const struct {
         const char* what;
         std::atomic<int> support::FailingSharedFolderCalls::*call;
@@ -160,7 +160,7 @@ TEST_F(SharedFolderTest, AFolderThatIsNotEmptyStaysAndATemporaryNameThatCannotBe
     EXPECT_EQ(names(), (Names{".file.new", "file"}));
 }
 
-TEST_F(SharedFolderTest, HidesAFileByALineOfItsOwn) {
+TEST_F(SharedFolderTest, HidesAFileByAddingALine) {
     const fs::path list = folder_ / ".hidden";
     const auto hidden = [&](const char* former) {
         write(list, former);

@@ -203,7 +203,7 @@ TEST_F(RunLoopTest, ASourceDestroyedWhileItsEventIsWaitingIsNotCalled) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(RunLoopTest, ACallbackThatRunsALoopOfItsOwnBlocksNobody) {
+TEST_F(RunLoopTest, ACallbackThatRunsANestedLoopBlocksNoOther) {
     const Bell dialog;
     const Bell other;
     Timer timer(loop_, note('t'));

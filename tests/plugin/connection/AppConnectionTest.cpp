@@ -186,7 +186,7 @@ TEST_F(AppConnectionTest, ChecksInWithOneMessageOfFixedLength) {
     EXPECT_EQ(std::string(checkin.path), process.path);
 }
 
-TEST_F(AppConnectionTest, PassesOnItsOwnProgramsCommandsHoweverTheyAreCut) {
+TEST_F(AppConnectionTest, PassesOnCommandsForItsProgramHoweverTheyAreCut) {
     const std::array<MVCommConsoleMessage, 6> sent{{{kMVCommSetVolume, 321, 0, 40},
                                                     {kMVCommSetVolume, 322, 0, 10},
                                                     {kMVCommIgnoreListChanged, 0, 0, 0},
@@ -380,7 +380,7 @@ TEST_F(ProgramTableTest, ANewNameMovesTheProcesses) {
     EXPECT_EQ(owl.lifetime().members().size(), 4U);
 }
 
-TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {
+TEST_F(ProgramTableTest, AReusedPidIsAnotherProgram) {
     ProgramProcess process = playerOf(static_cast<std::uint32_t>(::getpid()));
     process.startTime = platform::processStartTime(::getpid());
     Program& earlier = table_.join({process}, client);
@@ -391,7 +391,7 @@ TEST_F(ProgramTableTest, ANumberUsedAgainIsAnotherProgram) {
     EXPECT_EQ(table_.programs().size(), 1U);
 }
 
-TEST_F(ProgramTableTest, AProgramWithoutAProcessGoesWithItsLastClientAndComesBackAsItWas) {
+TEST_F(ProgramTableTest, AProgramWithoutAProcessEndsWithItsLastClientAndReturnsUnchanged) {
     const ProgramProcess remote = processOf(0, "one");
     Program& one = table_.join({remote}, client);
     EXPECT_EQ(&table_.join({remote}, client + 1), &one);

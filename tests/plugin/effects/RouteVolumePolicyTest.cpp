@@ -78,7 +78,7 @@ TEST_F(RouteVolumePolicyTest, WhatIsThereIsNotWrittenAgain) {
     EXPECT_TRUE(ask(percent(50))) << "the write on its way counts, not what is there still";
 }
 
-TEST_F(RouteVolumePolicyTest, OurOwnWritesAreNobodysWill) {
+TEST_F(RouteVolumePolicyTest, OurOwnWritesAreNotChanges) {
     settle(valueOf("1.0,1.0"));
     const auto first = ask(percent(80));
     const auto second = ask(percent(60));
@@ -87,7 +87,7 @@ TEST_F(RouteVolumePolicyTest, OurOwnWritesAreNobodysWill) {
     EXPECT_EQ(told(first), WantedVolume{});
     EXPECT_EQ(told(second), WantedVolume{});
     EXPECT_EQ(told(third), WantedVolume{});
-    EXPECT_EQ(told(second), percent(60)) << "somebody else chose it later";
+    EXPECT_EQ(told(second), percent(60)) << "another program set it later";
     EXPECT_EQ(wanted_, percent(60));
 }
 

@@ -26,7 +26,7 @@ TEST(StreamSetting, WhatItReadsIsWhatItWrites) {
               R"({"mute":true,"volumes":[1.0,0.000001],"channels":["FL","FR"]})");
 }
 
-TEST(StreamSetting, MembersOfOthersStayAsTheyAre) {
+TEST(StreamSetting, UnknownMembersAreKept) {
     const auto setting = parseStreamSetting(
         R"({"target-node":"a \"b\" }","mute":true,"deep":{"x":[1,{"y":"]"}]},"volumes":[0.5]})");
     ASSERT_TRUE(setting);

@@ -29,7 +29,7 @@ TEST(NamespacePids, AreThoseThatAProcessHasForItself) {
             return static_cast<bool>(file >> inner) || !outer.isRunning();
         }) ||
         !outer.isRunning())
-        GTEST_SKIP() << "the system lets nobody make namespaces";
+        GTEST_SKIP() << "the system does not allow namespaces";
     EXPECT_THAT(numbers.find(1), testing::Contains(inner));
     EXPECT_THAT(numbers.find(inner), testing::IsEmpty());
     outer.stop(SIGKILL);

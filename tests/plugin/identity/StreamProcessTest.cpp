@@ -23,7 +23,7 @@ class Processes : public StreamProcessFacts {
         uid_t user = ::geteuid();
         std::uint64_t start = early;
         std::string application = {};
-        pid_t inner = 0; // its number in a pid namespace of its own
+        pid_t inner = 0; // its number in its own pid namespace
     };
 
     explicit Processes(std::map<pid_t, Process> table) : table_(std::move(table)) {}
@@ -136,7 +136,7 @@ TEST(StreamProcess, ANativeClientIsTheProcessThatTheKernelNames) {
     EXPECT_EQ(identifyStream(native("101"), processes)->pid, 101U) << "its executable is hidden";
 }
 
-TEST(StreamProcess, NobodyPassesForTheSoundServer) {
+TEST(StreamProcess, NoClientPassesForTheSoundServer) {
     for (const char* const daemon : {"50", "53"}) {
         const auto process = identifyStream(throughPulse(daemon, "pipewire-pulse"), processes);
         ASSERT_TRUE(process);
@@ -157,7 +157,7 @@ TEST(StreamProcess, ANativeClientCannotPassForAnother) {
     EXPECT_EQ(process->sandbox, "");
 }
 
-TEST(StreamProcess, ANativeClientKeepsItsNumberWhenItHasGone) {
+TEST(StreamProcess, ANativeClientKeepsItsPidAfterItEnds) {
     const auto gone = identifyStream(native("999"), processes);
     EXPECT_EQ(gone->pid, 999U);
     EXPECT_FALSE(gone->startTime);

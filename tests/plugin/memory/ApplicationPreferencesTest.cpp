@@ -114,7 +114,7 @@ TEST_F(ApplicationPreferencesTest, TheFileCountsOnlyWhileNoApplicationTells) {
     EXPECT_EQ(remembered_.of("player"), both(40, false));
 }
 
-TEST_F(ApplicationPreferencesTest, ACommandIsNewerThanAWordOfTheSameApplication) {
+TEST_F(ApplicationPreferencesTest, ACommandIsNewerThanAMessageOfTheSameApplication) {
     read(ProgramSetting{});
     tell({});
     command(volume(50));
@@ -155,7 +155,7 @@ TEST_F(ApplicationPreferencesTest, NothingThatWasFoundQuieterIsMadeLouderByWhatI
     }
 }
 
-TEST_F(ApplicationPreferencesTest, IgnoredAndForgottenProgramsFollowTheWord) {
+TEST_F(ApplicationPreferencesTest, IgnoredAndForgottenProgramsFollowTheMessage) {
     read({50, false});
     programs_[0].wanted = both(50, false);
     const Preferences ignoring = says({50, false}, {{"player"}, {}});

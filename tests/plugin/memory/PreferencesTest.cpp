@@ -194,7 +194,7 @@ TEST_F(PreferencesFileTest, WhatWasReadLastHoldsWhileThereIsNothingToRead) {
     }
 }
 
-TEST_F(PreferencesFileTest, ACopyOfSomebodyElseIsNotRead) {
+TEST_F(PreferencesFileTest, ACopyOfAnotherUserIsNotRead) {
     PreferencesFile file("", copy_);
     write(folder_.path() / "other.plist", playerAt(30));
     fs::create_symlink(folder_.path() / "other.plist", copy_);

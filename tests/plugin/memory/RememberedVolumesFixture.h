@@ -42,7 +42,7 @@ class RememberedVolumesFixture : public testing::Test {
         return preferences;
     }
 
-    /// Answers what the first program is to have now.
+    /// Returns what the first program is to have now.
     WantedVolume read(Preferences preferences) {
         consequences_ = remembered_.read(std::move(preferences), programs_, clock_.now());
         for (std::size_t i = 0; i < consequences_.size(); ++i)

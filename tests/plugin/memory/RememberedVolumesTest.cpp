@@ -22,7 +22,7 @@ TEST_F(RememberedVolumesTest, TheFirstReadingIsForWhatComes) {
     EXPECT_EQ(remembered_.of(std::string(kMVCommNotificationSoundsName)), nothing);
 }
 
-TEST_F(RememberedVolumesTest, AnEntryCountsWhenItIsAnother) {
+TEST_F(RememberedVolumesTest, AnEntryCountsWhenItHasChanged) {
     read(ProgramSetting{});
     EXPECT_EQ(read({40, false}), volume(40));
     EXPECT_EQ(read({40, false}), nothing);
@@ -32,7 +32,7 @@ TEST_F(RememberedVolumesTest, AnEntryCountsWhenItIsAnother) {
     EXPECT_EQ(consequences_[0].forNext, nothing);
 }
 
-TEST_F(RememberedVolumesTest, ForASecondAfterACommandTheFileSaysNothingAboutThatProgram) {
+TEST_F(RememberedVolumesTest, ForASecondAfterACommandTheFileIsIgnoredForThatProgram) {
     programs_.push_back({twin, "player", {}});
     read(ProgramSetting{});
     command(volume(50));
@@ -83,7 +83,7 @@ TEST_F(RememberedVolumesTest, WhatComesBackFromAReportIsNotTheFilesWord) {
         EXPECT_EQ(read({percent, false}), nothing) << "others are behind it";
     EXPECT_EQ(read(ProgramSetting{}), nothing) << "as the application keeps it";
     EXPECT_EQ(remembered_.of("player"), (WantedVolume{amplified.gain, false}));
-    EXPECT_EQ(read({60, false}), volume(60)) << "this is somebody's word";
+    EXPECT_EQ(read({60, false}), volume(60)) << "this was set explicitly";
     EXPECT_TRUE(changeElsewhere(volume(65)));
     clock_.advance(2s);
     EXPECT_EQ(read({65, false}), nothing) << "it is as it should be";

@@ -33,7 +33,7 @@ class ProgramLifetimeTest : public testing::Test {
 
 } // namespace
 
-TEST_F(ProgramLifetimeTest, AProcessThatCannotBeWatchedGoesWithItsClient) {
+TEST_F(ProgramLifetimeTest, AProcessThatCannotBeWatchedEndsWithItsClient) {
     const ProgramProcess ended = processOf(child_);
     child_.stop(SIGKILL);
     ProgramProcess numberUsedAgain = ended;

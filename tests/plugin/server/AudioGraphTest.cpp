@@ -90,7 +90,7 @@ TEST_F(AudioGraphTest, AStreamWhoseChannelsChangeIsMeasuredAtItsNewPorts) {
     graph_.remove(left);
     graph_.remove(right);
     EXPECT_THAT(graph_.planTaps({stream}), IsEmpty());
-    addPort(right, otherSink, 0, "in"); // its number has gone to another node
+    addPort(right, otherSink, 0, "in"); // its id was reused by another node
     addPort(60, stream, 0, "out");
     EXPECT_THAT(graph_.planTaps({stream}), ElementsAre(MeterTap{stream, 60, sink, 0}));
 }

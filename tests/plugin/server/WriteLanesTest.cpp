@@ -111,7 +111,7 @@ TEST_F(WriteLanesTest, AllThatAnswerShareOneConnectionWhichIsKept) {
     EXPECT_THAT(connections_, SizeIs(1));
 }
 
-TEST_F(WriteLanesTest, AStreamThatTheConnectionHasNotBeenToldOfWaitsForThat) {
+TEST_F(WriteLanesTest, AStreamUnknownToTheConnectionWaitsUntilItIsAnnounced) {
     lanes_.prepare(now_);
     unknown_ = {11};
     write(10, gain(0.5F));
@@ -137,7 +137,7 @@ TEST_F(WriteLanesTest, WhatComesWhileAChangeIsOnItsWayBecomesOne) {
     EXPECT_TRUE(mutes_.at(1));
 }
 
-TEST_F(WriteLanesTest, AProgramThatStopsDelaysOthersOnceAndForABoundedTime) {
+TEST_F(WriteLanesTest, AStoppedProgramDelaysOthersOnceAndForABoundedTime) {
     stopped_ = {2};
     for (const std::uint32_t stream : {10U, 20U, 21U, 30U, 40U})
         write(stream, gain(0.5F));

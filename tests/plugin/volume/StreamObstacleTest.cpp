@@ -43,7 +43,7 @@ const spa_pod* propsWith(Builder& space, const char* name, bool value) {
 
 } // namespace
 
-TEST(StreamObstacle, NoneIsKnownUntilItIsTold) {
+TEST(StreamObstacle, NoneIsKnownUntilItIsReported) {
     StreamObstacle obstacle;
     EXPECT_EQ(obstacle.reason(), "");
     obstacle.propsListed(true);

@@ -148,7 +148,7 @@ TEST_F(VolumeKeeperTest, ARampJumpsToItsEndWhenItIsHeardNoMore) {
     }
 }
 
-TEST_F(VolumeKeeperTest, ALateChangeOfSomebodyElseIsAPersonsWill) {
+TEST_F(VolumeKeeperTest, ALateForeignChangeIsTheUsers) {
     play(wantsHalf);
     changeElsewhere({0.4F, 0.2F});
     EXPECT_EQ(changesAfterRest(), (WantedVolume{0.4F, false})) << "seen and let be";
@@ -251,7 +251,7 @@ TEST_F(VolumeKeeperTest, WhatIsUpheldIsHeldLikeANewStreamAlsoIfItWasHeardAlready
     EXPECT_EQ(changesAfterRest().gain, 1.0F);
 }
 
-TEST_F(VolumeKeeperTest, AStreamThatIsLetGoIsUpToOthers) {
+TEST_F(VolumeKeeperTest, AReleasedStreamIsNoLongerUpheld) {
     play(wantsHalf);
     now_ += VolumeHold::duration;
     carryOut(keeper_->want({1.0F, {}}, now_));
@@ -314,7 +314,7 @@ TEST_F(VolumeKeeperTest, AStreamThatBelongsToNoProgramIsNeverWritten) {
     EXPECT_EQ(writes_, 0);
 }
 
-TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {
+TEST_F(VolumeKeeperTest, AFormatChangeIsNotAUsersChange) {
     stream_.channelVolumes = {};
     play(wantsHalf);
     EXPECT_THAT(stream_.channelVolumes, ElementsAre(half)) << "which the server spreads";
@@ -326,7 +326,7 @@ TEST_F(VolumeKeeperTest, AnotherFormatIsNobodysWill) {
 
 namespace {
 
-/// What another than us does to a stream of which a person wants 60 %, and what comes of it.
+/// Foreign changes of a stream whose wanted volume is 60 %, and their effect.
 struct Story {
     struct Step {
         std::chrono::milliseconds after; // the step before, or the begin of the stream
@@ -337,7 +337,7 @@ struct Story {
     StreamKind kind;
     std::vector<Step> steps;
     WantedVolume heard;
-    int changes = 0; // that count as a person's
+    int changes = 0; // that count as the user's
     bool linked = true;
 };
 
@@ -411,7 +411,7 @@ const std::array stories{
 
 } // namespace
 
-TEST_F(VolumeKeeperTest, OnlyWhatAPersonSetsCountsAndIsHeardAsItIs) {
+TEST_F(VolumeKeeperTest, OnlyTheUsersChangesCountAndTakeEffectUnchanged) {
     for (const Story& story : stories) {
         SCOPED_TRACE(story.name);
         keeper_.emplace(now_);
@@ -436,7 +436,7 @@ TEST_F(VolumeKeeperTest, OnlyWhatAPersonSetsCountsAndIsHeardAsItIs) {
             stream_.mute = set.muted.value_or(stream_.mute);
             tell();
             EXPECT_LE(story.kind == StreamKind::page ? loudestGain(stream_) : 0, sixty + 1e-6F)
-                << "never louder than the person's percent";
+                << "never louder than the user's percent";
             remember();
             EXPECT_EQ(changes, 0) << "nothing counts before it has rested";
         }
@@ -458,7 +458,7 @@ TEST_F(VolumeKeeperTest, OnlyWhatAPersonSetsCountsAndIsHeardAsItIs) {
     }
 }
 
-TEST_F(VolumeKeeperTest, APageCannotEndWhatAPersonHasMuted) {
+TEST_F(VolumeKeeperTest, APageCannotUnmuteWhatTheUserMuted) {
     keeper_->setKind(StreamKind::page);
     play({sixty, true});
     stream_.mute = false;
@@ -467,7 +467,7 @@ TEST_F(VolumeKeeperTest, APageCannotEndWhatAPersonHasMuted) {
     EXPECT_EQ(changesAfterRest(), nothing);
 }
 
-TEST_F(VolumeKeeperTest, APageThatInsistsOnItsVolumeKeepsNobodyBusy) {
+TEST_F(VolumeKeeperTest, APageThatKeepsSettingItsVolumeIsCorrectedRarely) {
     keeper_->setKind(StreamKind::page);
     play({sixty, false});
     for (int i = 0; i < 1000; ++i) {
@@ -552,7 +552,7 @@ TEST_F(VolumeKeeperTest, WhatAPageIsFoundWithIsExplainedByWhatItHasSet) {
         }
         obey(keeper_->want({1.0F, false}, now_, WantReason::news));
         stepsToTheEnd();
-        EXPECT_EQ(keeper_->ownVolume(), OwnVolume{}) << "what a person sets is surer than a guess";
+        EXPECT_EQ(keeper_->ownVolume(), OwnVolume{}) << "the user's setting overrides a guess";
         EXPECT_EQ(loudestOf(stream_.channelVolumes), 1.0F);
     }
 }

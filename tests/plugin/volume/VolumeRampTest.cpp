@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 class VolumeRampTest : public testing::Test {
   protected:
-    /// Takes a step when it is due, and answers where it leads, in percent.
+    /// Makes a step when it is due, and returns the new percent.
     double step() {
         now_ = std::max(now_, ramp_.due());
         return 100 * std::cbrt(static_cast<double>(ramp_.step(now_)));
@@ -23,7 +23,7 @@ class VolumeRampTest : public testing::Test {
 
 } // namespace
 
-TEST_F(VolumeRampTest, GoesInSmallStepsAtAnEvenPace) {
+TEST_F(VolumeRampTest, MovesInSmallStepsAtAnEvenPace) {
     for (const auto& [from, to, steps] : {std::tuple{1.0F, 0.0F, 20},
                                           {0.0F, 1.0F, 20},
                                           {1.0F, 0.125F, 10},

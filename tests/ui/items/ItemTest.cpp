@@ -77,11 +77,11 @@ TEST_F(ItemTest, TheReleaseOfASilentProgramsSliderIsLoggedAndHeard) {
     item_->handleActivity(0, 0.0F);
     mayBeep_ = false;
     clickSliderInTheMiddle();
-    EXPECT_EQ(beeps_.size(), 1U) << "the person wants none";
+    EXPECT_EQ(beeps_.size(), 1U) << "sample sounds are disabled";
     EXPECT_EQ(log_.count("'Safari' volume changed to 0.50"), 3U);
 }
 
-TEST_F(ItemTest, ActivityThatComesAndGoesIsLoggedOnce) {
+TEST_F(ItemTest, ActivityThatStartsAndStopsIsLoggedOnce) {
     item_->handleActivity(37, 0.375F);
     EXPECT_EQ(item_->slider().activity(), 0.375F);
     item_->handleActivity(52, 0.52F);
@@ -93,7 +93,7 @@ TEST_F(ItemTest, ActivityThatComesAndGoesIsLoggedOnce) {
     EXPECT_EQ(log_.lines().size(), 2U);
 }
 
-TEST_F(ItemTest, NoBarIsLeftWhenAnotherProcessIsBehindTheRecord) {
+TEST_F(ItemTest, NoBarIsLeftWhenTheRecordGetsAnotherProcess) {
     item_->handleActivity(37, 0.375F);
     model_.workspace.setRunningApplications({{2, "Safari", {}}});
     ASSERT_EQ(item_->representedObject(), app_);
@@ -156,7 +156,7 @@ TEST_F(ItemTest, AssistiveToolsGetItsPartsInTheirOrderAndTheVolumeNotTheLevel) {
     EXPECT_EQ(slider.valueInterface()->currentValue().toDouble(), 1.0);
 }
 
-TEST_F(ItemTest, AssistiveToolsAreToldWhatTheTipTells) {
+TEST_F(ItemTest, AssistiveToolsGetTheTextOfTheToolTip) {
     installAccessibleItems();
     model_.workspace.setRunningApplications({});
     model_.workspace.setRunningApplications({{1, "Safari", {}, "/opt/safari"}});
@@ -255,7 +255,7 @@ TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
     item_.reset();
 }
 
-TEST_F(ItemTest, AnItemWhoseRecordHasGoneDoesNothing) {
+TEST_F(ItemTest, AnItemWithoutARecordDoesNothing) {
     model_.workspace.setRunningApplications({});
     log_.clear();
     EXPECT_EQ(item_->representedObject(), nullptr);
