@@ -114,7 +114,7 @@ void WindowProbe::iconify() {
 void WindowProbe::awaitEvent(Clock::duration bound) {
     xcb_flush(connection_.get());
     if (xcb_connection_has_error(connection_.get()) != 0)
-        throw std::runtime_error("the display has gone");
+        throw std::runtime_error("the display was lost");
     pollfd ready{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
     ::poll(&ready, 1,
            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(bound).count()));

@@ -183,7 +183,7 @@ void MVAppController::observeSignals() {
 }
 
 void MVAppController::terminationSignal(int signal) {
-    log("Ends on signal %d", signal);
+    log("Ending on signal %d", signal);
     terminate();
 }
 
@@ -226,7 +226,7 @@ void MVAppController::updateWhenActive() {
 void MVAppController::endWithoutDisplay() {
     if (!shared || shared->shouldExit())
         return;
-    shared->logWithLevel(qnlog_error, "The display has gone");
+    shared->logWithLevel(qnlog_error, "The display was lost");
     shared->saveAndDisconnect();
 }
 
@@ -261,7 +261,7 @@ void MVAppController::saveScreenshot() {
 }
 
 bool MVAppController::applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token) {
-    log("Started again: shows the window");
+    log("Started again: showing the window");
     // Qt takes the token from there when a window asks to come to the front.
     if (!token.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());

@@ -373,7 +373,7 @@ bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
         defaults_.set(PreferenceKeys::mainWindowFrame, WindowSize::frameText(view_->frame()));
     const bool isSaved = copies_.finish(bound);
     if (!isSaved)
-        QNLog(qnlog_error, "Saving and copying the preferences takes too long to wait for");
+        QNLog(qnlog_error, "Saving and copying the preferences takes too long");
     return isSaved;
 }
 

@@ -146,7 +146,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
                 return;
             } catch (const std::exception& error) {
                 platform::systemLog(platform::LogPriority::error,
-                                    "Couldn't have the preferences copied later: %s", error.what());
+                                    "Couldn't schedule copying the preferences: %s", error.what());
             }
         }
         queue_->async([self = shared_from_this()] { self->save(); });

@@ -36,8 +36,7 @@ QDBusMessage BusInterface::answer(const QDBusMessage& message) {
                                  : message.createReply(outcome.results);
         }
         if (wanted)
-            return errorReply(message,
-                              BusError::invalid(QStringLiteral("The arguments are others")));
+            return errorReply(message, BusError::invalid(QStringLiteral("Wrong arguments")));
         if (!isUnaddressed)
             return unknownMethod(message);
     }
@@ -79,7 +78,7 @@ QDBusMessage BusInterface::setProperty(const QDBusMessage& message) {
         return message.createErrorReply(QDBusError::UnknownProperty,
                                         QStringLiteral("There is no such property"));
     if (present.typeId() != value.typeId())
-        return errorReply(message, BusError::invalid(QStringLiteral("The type is another")));
+        return errorReply(message, BusError::invalid(QStringLiteral("Wrong type")));
     const auto error = set(property, value);
     return error ? errorReply(message, *error) : message.createReply();
 }

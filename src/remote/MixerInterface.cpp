@@ -26,7 +26,7 @@ BusError noSuchProgram() {
 
 BusError nothingRemembered() {
     return {QStringLiteral("com.quarnel.Tonvale.Error.NothingRemembered"),
-            QStringLiteral("Nothing is remembered of the program")};
+            QStringLiteral("The program has no saved settings")};
 }
 
 BusError notInRange() {
@@ -73,7 +73,7 @@ QVariantMap MixerInterface::properties() const {
 std::optional<BusError> MixerInterface::set(const QString& property, const QVariant& value) {
     if (property != defaultVolume)
         return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
-                        QStringLiteral("It can only be read")};
+                        QStringLiteral("The property is read-only")};
     const int percent = value.toInt();
     if (percent != noDefault && !ProgramSetting::isInRange(percent))
         return notInRange();

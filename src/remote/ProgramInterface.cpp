@@ -41,7 +41,7 @@ bool ProgramInterface::isSignalled(const QString& property) {
 std::optional<BusError> ProgramInterface::set(const QString& property, const QVariant& value) {
     if (property != volume && property != muted)
         return BusError{QDBusError::errorString(QDBusError::PropertyReadOnly),
-                        QStringLiteral("It can only be read")};
+                        QStringLiteral("The property is read-only")};
     const bool isUnmuting = property == muted && !value.toBool(); // which is possible in memory
     const QString reason = controller_.reasonNotControllable(app_);
     if (!isUnmuting && !reason.isEmpty())

@@ -33,10 +33,10 @@ Failure meant(GError& error) {
         return {ExitCode::notControllable,
                 Messages::text("The volume can't be set: %1", {told(error)})};
     if (isNamed(error, "com.quarnel.Tonvale.Error.NothingRemembered"))
-        return {ExitCode::noSuchProgram, Messages::text("Nothing is remembered of the program.")};
+        return {ExitCode::noSuchProgram, Messages::text("The program has no saved settings.")};
     if (isNamed(error, "com.quarnel.Tonvale.Error.NoSuchProgram") ||
         isBus(error, G_DBUS_ERROR_UNKNOWN_OBJECT))
-        return {ExitCode::noSuchProgram, Messages::text("The program has gone.")};
+        return {ExitCode::noSuchProgram, Messages::text("The program no longer exists.")};
     if (meansNotRunning(error))
         return notRunning();
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CLOSED) ||
@@ -44,7 +44,7 @@ Failure meant(GError& error) {
         return busHasGone();
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT))
         return {ExitCode::failed, Messages::text("Tonvale does not answer.")};
-    return {ExitCode::failed, Messages::text("Tonvale refuses that: %1", {told(error)})};
+    return {ExitCode::failed, Messages::text("Tonvale refused: %1", {told(error)})};
 }
 
 } // namespace
@@ -60,7 +60,7 @@ Failure failureOf(GError* error) {
 }
 
 Failure busHasGone() {
-    return {ExitCode::busLost, Messages::text("The session bus has gone.")};
+    return {ExitCode::busLost, Messages::text("The connection to the session bus was lost.")};
 }
 
 Failure notRunning() {

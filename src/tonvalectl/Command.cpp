@@ -63,7 +63,7 @@ void takeOption(const std::string& word, Command& command) {
     const auto option = std::ranges::find(options(), word, &Option::word);
     if (option == options().end() ||
         std::ranges::count(split(option->verbs), command.verb->word) == 0)
-        throw wrong("There is no option %1 here; see --help.", word);
+        throw wrong("The command has no option %1; see --help.", word);
     command.*option->flag = true;
 }
 

@@ -159,7 +159,7 @@ TEST_F(TonvaleTest, TheFirstStartMakesPrivateFoldersAndALogAndTheNextOneKeepsTha
                        "[^\n]* - OS X Version [^\n]* \\(Intel 64-bit\\) \\*{4}\n"
                        ":[^\n]*: \\[I\\] \\*{4} [^\n]*: \\d+( \\(\\d+\\))? CPUs @ \\d+ Mhz, [^\n]* "
                        "RAM \\*{4}\n"
-                       "%1:[^\n]*: \\[I\\] Ends on signal 15\n%1")
+                       "%1:[^\n]*: \\[I\\] Ending on signal 15\n%1")
             .arg(probe)));
     EXPECT_TRUE(lines.match(QString::fromStdString(first.substr(mark.size()))).hasMatch()) << first;
     EXPECT_EQ(std::filesystem::status(path("state/Tonvale")).permissions(),

@@ -115,7 +115,7 @@ TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
         AllOf(HasSubstr("sound server: connected\napplication: connected\n"),
               HasSubstr(
                   "pw-cat (pid " + std::to_string(tone.pid()) +
-                  ", /usr/bin/pw-cat, vouched for by the kernel): wanted 50 %, remembered 50 %\n"),
+                  ", /usr/bin/pw-cat, confirmed by the kernel): wanted 50 %, remembered 50 %\n"),
               HasSubstr(" plays: wanted 50 %, has 50 % not muted\n")));
 }
 
@@ -185,7 +185,7 @@ TEST_F(PluginProcessTest, LostBusesNeitherEndItNorKeepItBusy) {
         startPlugin();
         ASSERT_TRUE(tells("sound server: connected"));
     }
-    EXPECT_TRUE(says(*plugin_, "The system bus has gone"));
+    EXPECT_TRUE(says(*plugin_, "The system bus was lost"));
     application_->setVolume(awaitProgram(player).pid, 50);
     EXPECT_TRUE(hears(tonePeak * gainOf(50)));
     ASSERT_TRUE(plugin_->isRunning()) << plugin_->output();

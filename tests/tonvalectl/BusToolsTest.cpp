@@ -145,7 +145,7 @@ TEST_F(BusToolsTest, TheDesktopActivatesIt) {
     EXPECT_EQ(
         gdbus(root, "org.freedesktop.Application.Activate", {"{'activation-token': <'x'>}"}).status,
         0);
-    EXPECT_TRUE(logs("shows the window"));
+    EXPECT_TRUE(logs("showing the window"));
     const std::string before = log();
     EXPECT_TRUE(does({"show"}));
     EXPECT_TRUE(support::waitUntil([&] { return has(log().substr(before.size()), "the window"); }));

@@ -91,6 +91,7 @@ TEST_F(MonitorTest, ReportsThatTheBusWasLost) {
     ASSERT_TRUE(prints(monitor, "added player 100%\n"));
     bus_.reset();
     EXPECT_EQ(monitor.wait(), 8);
-    EXPECT_TRUE(monitor.output().ends_with("tonvalectl: The session bus has gone.\n"))
+    EXPECT_TRUE(
+        monitor.output().ends_with("tonvalectl: The connection to the session bus was lost.\n"))
         << monitor.output();
 }

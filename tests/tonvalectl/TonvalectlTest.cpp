@@ -162,7 +162,7 @@ TEST_F(TonvalectlTest, WhatDoesNotRunIsRememberedSetAndForgottenWithoutAMessage)
     EXPECT_TRUE(isStored("SeenApps", QVariantList{"other"}));
     const Result again = ctl({"forget", "player"});
     EXPECT_EQ(again.status, 4);
-    EXPECT_EQ(again.errors, "tonvalectl: Nothing is remembered of the program.\n") << "it runs";
+    EXPECT_EQ(again.errors, "tonvalectl: The program has no saved settings.\n") << "it runs";
     leave("player");
     EXPECT_TRUE(programJson("player", "--all").isEmpty());
     EXPECT_TRUE(logs("'player' forgotten"));

@@ -35,7 +35,7 @@ std::string describeException(const std::exception_ptr& exception) {
     } catch (const std::exception& error) {
         return error.what();
     } catch (...) {
-        return "an object that is no std::exception";
+        return "an object that is not a std::exception";
     }
 }
 

@@ -91,7 +91,7 @@ DefaultsFile::Outcome DefaultsFile::update(const QVariantMap& known, const Chang
 DefaultsFile::Outcome DefaultsFile::updateLocked(const QVariantMap& known, const Changes& changes,
                                                  bool isDurable) {
     if (!makeDirectories(target_.parent_path(), S_IRWXU))
-        return failed("Couldn't make the folder of", known);
+        return failed("Couldn't create the folder of", known);
     const FileDescriptor held = lock();
     const Reading now = read();
     if (now.state == State::unreadable) {

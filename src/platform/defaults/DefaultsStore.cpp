@@ -110,8 +110,7 @@ bool DefaultsStore::synchronize(std::chrono::milliseconds bound) {
     queue_->async([saving] { (*saving)(); });
     if (isSaved.wait_for(bound) == std::future_status::ready)
         return isSaved.get();
-    platform::report(
-        {DefaultsError::Kind::unsaved, "Saving the settings takes too long to wait for"});
+    platform::report({DefaultsError::Kind::unsaved, "Saving the settings takes too long"});
     return false;
 }
 
@@ -206,7 +205,7 @@ void DefaultsStore::saveBy(MonotonicClock::time_point deadline) {
         saveTime_ = deadline;
     } catch (const std::exception& error) {
         // The next change tries again, as does synchronize().
-        systemLog(LogPriority::error, "Couldn't have the settings saved later: %s", error.what());
+        systemLog(LogPriority::error, "Couldn't schedule saving the settings: %s", error.what());
     }
 }
 

@@ -145,7 +145,7 @@ bool FileWatchService::listen() {
 /// The loop does not take the instance: what is watched so far stays mute, and the next add() tries
 /// with another one.
 void FileWatchService::abandon() {
-    systemLog(LogPriority::error, "Changes of files go unnoticed: %s", std::strerror(errno));
+    systemLog(LogPriority::error, "Changes of files are not detected: %s", std::strerror(errno));
     const std::lock_guard lock(mutex_);
     while (!links_.empty())
         forget(links_.begin()->first);

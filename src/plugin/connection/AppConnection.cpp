@@ -30,7 +30,7 @@ bool isTrusted(const platform::FileDescriptor& socket) noexcept {
 void logStranger(const std::string& path) {
     static std::string last;
     if (std::exchange(last, path) != path)
-        systemLog(LogPriority::warning, "Left alone %s, which another user serves", path.c_str());
+        systemLog(LogPriority::warning, "Ignored %s, which another user serves", path.c_str());
 }
 
 platform::FileDescriptor connectToApplication() {
@@ -62,9 +62,9 @@ bool isWellFormed(const MVCommConsoleMessage& command) {
     if (!hasValidType)
         logIgnored("of unknown type", command.type);
     else if (command.reserved != 0)
-        logIgnored("with something in its reserved field:", command.reserved);
+        logIgnored("with a nonzero reserved field:", command.reserved);
     else if (!hasValidValue)
-        logIgnored("to mute that says neither yes nor no:", command.value);
+        logIgnored("to mute with an invalid value:", command.value);
     else
         return true;
     return false;

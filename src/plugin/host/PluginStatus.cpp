@@ -47,15 +47,15 @@ std::string actualText(const std::optional<StreamProps>& actual) {
 const char* proofText(Proof proof) {
     switch (proof) {
     case Proof::peer:
-        return "vouched for by the kernel";
+        return "confirmed by the kernel";
     case Proof::claim:
         return "claimed and verified";
     case Proof::sandbox:
-        return "vouched for by its sandbox";
+        return "confirmed by its sandbox";
     case Proof::none:
         break;
     }
-    return "claimed only, number of our own";
+    return "claimed only, pseudo pid";
 }
 
 /// Empty for a program that has its name from us.

@@ -89,7 +89,7 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
     if (isCopy && (!isFile || status.st_uid != ::geteuid()))
         return {State::missing};
     if (!isFile)
-        return {State::bad, {}, "it is no file"};
+        return {State::bad, {}, "it is not a regular file"};
     const auto content = contentOf(file.get());
     if (!content)
         return {State::bad, {}, std::strerror(errno)};
@@ -105,9 +105,10 @@ PreferencesFile::Reading PreferencesFile::readFile(const std::string& path, bool
 void PreferencesFile::report(const Reading& own) {
     const bool isBad = own.state == State::bad;
     if (isBad && !reported_)
-        platform::systemLog(platform::LogPriority::warning,
-                            "Couldn't read the preferences in %s, so what they held before holds: "
-                            "%s",
-                            own_.c_str(), own.reason.c_str());
+        platform::systemLog(
+            platform::LogPriority::warning,
+            "Couldn't read the preferences in %s, so the last values stay in effect: "
+            "%s",
+            own_.c_str(), own.reason.c_str());
     reported_ = isBad;
 }

@@ -76,7 +76,7 @@ class AudioServer::Library {
 struct AudioServer::Loop {
     Loop() : loop(pw_loop_new(nullptr)) {
         if (loop == nullptr)
-            throw std::runtime_error("PipeWire made no event loop");
+            throw std::runtime_error("PipeWire could not create an event loop");
         pw_loop_enter(loop);
         // The configuration with a realtime data thread, for the meters.
         context = pw_context_new(loop, propertiesOf({{PW_KEY_CONFIG_NAME, "client-rt.conf"}}), 0);

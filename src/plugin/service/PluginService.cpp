@@ -45,7 +45,8 @@ PluginService::PluginService(Handlers handlers) : handlers_(std::move(handlers))
                                QDBusConnection::ExportScriptableSignals) &&
         bus.registerService(busName()))
         return;
-    platform::systemLog(platform::LogPriority::warning, "Nobody can ask for the status: %s",
+    platform::systemLog(platform::LogPriority::warning,
+                        "The status is not available on the bus: %s",
                         bus.lastError().isValid() ? qUtf8Printable(bus.lastError().message())
                                                   : "another process has our name on the bus");
 }

@@ -29,7 +29,7 @@ class ResumeObserver::Receiver : public QObject {
 
     void lost() {
         systemLog(platform::LogPriority::warning,
-                  "The system bus has gone; no waking up is noticed any more");
+                  "The system bus was lost; resuming from sleep is not detected any more");
     }
 
   private:

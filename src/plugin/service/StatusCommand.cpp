@@ -29,7 +29,7 @@ bool isNobodyThere(const QDBusError& error) {
 int printPluginStatus() {
     const QDBusConnection bus = platform::sessionBus();
     if (!bus.isConnected())
-        return fail(QStringLiteral("there is no session bus to ask the plug-in on"));
+        return fail(QStringLiteral("there is no session bus"));
     auto question =
         QDBusMessage::createMethodCall(PluginService::busName(), PluginService::objectPath(),
                                        PluginService::busName(), QStringLiteral("Status"));

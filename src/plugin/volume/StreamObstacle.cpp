@@ -6,10 +6,10 @@ void StreamObstacle::formatTold(std::uint32_t index, bool isRaw) noexcept {
 
 std::string_view StreamObstacle::reason() const noexcept {
     if (!readable_.value_or(true))
-        return "It plays past every volume control.";
+        return "The program bypasses all volume controls.";
     if (!raw_.value_or(true))
-        return "Its sound goes to the device encoded, as it is.";
+        return "Its sound is sent to the device in encoded form.";
     if (locked_)
-        return "It has locked its volume.";
+        return "The program has locked its volume.";
     return {};
 }

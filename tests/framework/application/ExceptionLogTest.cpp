@@ -24,5 +24,5 @@ TEST_F(ApplicationTest, ExceptionsAreLoggedWithPlaceTextAndTheStackOfWhereTheyWe
     platform::guarded(4713, [] { throw 5; });
     EXPECT_TRUE(systemLog.contains(
         "Exception @ 4712: foreign Backtrace: (of the place where it was caught)"));
-    EXPECT_TRUE(systemLog.contains("Exception @ 4713: an object that is no std::exception"));
+    EXPECT_TRUE(systemLog.contains("Exception @ 4713: an object that is not a std::exception"));
 }

@@ -215,8 +215,8 @@ TEST_F(AppConnectionTest, LogsMalformedCommandsOnceASecondAndIgnoresThem) {
     const std::array<std::pair<MVCommConsoleMessage, const char*>, 4> malformed{
         {{{12, 321, 0, 5}, "unknown type 12"},
          {{kMVCommSetVolume, 321, -7, 40}, "reserved field: -7"},
-         {{kMVCommSetMute, 321, 0, 2}, "neither yes nor no: 2"},
-         {{kMVCommSetMute, 321, 0, -1}, "neither yes nor no: -1"}}};
+         {{kMVCommSetMute, 321, 0, 2}, "invalid value: 2"},
+         {{kMVCommSetMute, 321, 0, -1}, "invalid value: -1"}}};
     for (const auto& [command, line] : malformed) {
         for (int i = 0; i < 100; ++i)
             send(command, sizeof command);

@@ -166,8 +166,8 @@ TEST_F(PreferencesFileTest, WhatWasReadLastHoldsWhileThereIsNothingToRead) {
              fs::resize_file(own_, platform::propertyListBytes + 1);
          },
          "it is too large"},
-        {[&] { fs::create_directory(own_); }, "it is no file"},
-        {[&] { ASSERT_EQ(::mkfifo(own_.c_str(), 0600), 0); }, "it is no file"},
+        {[&] { fs::create_directory(own_); }, "it is not a regular file"},
+        {[&] { ASSERT_EQ(::mkfifo(own_.c_str(), 0600), 0); }, "it is not a regular file"},
         {[&] { fs::create_symlink(own_, own_); }, "Too many levels of symbolic links"},
         {[] {}, nullptr}};
     PreferencesFile file(own_, copy_);
