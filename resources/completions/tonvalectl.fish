@@ -24,7 +24,7 @@ complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a unmute 
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a toggle -d 'Mute or unmute a program'
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a ignore -d 'Neither show nor touch a program'
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a unignore -d 'Show a program again'
-complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a forget -d 'Forget all that is remembered of a program'
+complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a forget -d 'Forget all settings of a program'
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a default -d 'The volume that new programs begin with'
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a show -d 'Bring the window to the front'
 complete -c tonvalectl -n "not __fish_seen_subcommand_from $commands" -a monitor -d 'Print what changes'
