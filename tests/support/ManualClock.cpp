@@ -10,7 +10,7 @@ namespace {
 
 using platform::MonotonicClock;
 
-constexpr MonotonicClock::duration start = std::chrono::hours(5);
+constexpr MonotonicClock::duration ahead = std::chrono::hours(5);
 
 /// Lives as long as the program: another thread may be reading the clock while it is put back.
 class ManualSource : public MonotonicClock::Source {
@@ -27,7 +27,7 @@ ManualSource source;
 } // namespace
 
 ManualClock::ManualClock() {
-    source.ticks = start.count();
+    source.ticks = (MonotonicClock::now().time_since_epoch() + ahead).count();
     previous_ = MonotonicClock::replaceSource(&source);
 }
 

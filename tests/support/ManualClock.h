@@ -4,8 +4,9 @@
 
 namespace support {
 
-/// The program's clock while it lives: stops until a test moves it. Starts well after zero, so that
-/// a time taken for "never" shows. One at a time; any thread may read or move it.
+/// The program's clock while it lives: stops until a test moves it. Starts ahead of the real clock,
+/// so that time never goes back at its start, and well after zero, so that a time taken for "never"
+/// shows. One at a time; any thread may read or move it.
 ///
 /// Moving it wakes dispatch timers, but no run loop; call the loop's turn(), which then serves what
 /// is due.
