@@ -57,7 +57,7 @@ QString messagesFile() {
 
 QString programFile() {
     return QString::fromStdString(platform::Bundle::main().plugIns() /
-                                  "Tonvale.plugin/Contents/Linux/Tonvale");
+                                  "Tonvale.plugin/Contents/Linux/TonvalePlugin");
 }
 
 ProblemBar::Content contentFor(Problem problem) {

@@ -29,7 +29,7 @@ constexpr int wrongUsage = 2;
 constexpr int anotherRuns = 3;
 
 constexpr const char* usage =
-    "Usage: Tonvale [--status | --version | --help]\n"
+    "Usage: TonvalePlugin [--status | --version | --help]\n"
     "Lets the Tonvale application set the volume of each program.\n"
     "Runs until it is told to end; one is enough for a session.\n"
     "\n"
@@ -78,7 +78,7 @@ int serve(platform::RunLoop& loop) {
 }
 
 int failUsage(const char* what, std::string_view argument) {
-    std::fprintf(stderr, "Tonvale: %s: %.*s (see --help)\n", what,
+    std::fprintf(stderr, "TonvalePlugin: %s: %.*s (see --help)\n", what,
                  static_cast<int>(argument.size()), argument.data());
     return wrongUsage;
 }

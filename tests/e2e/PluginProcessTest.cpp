@@ -109,7 +109,7 @@ TEST_F(PluginProcessTest, ASecondOneEndsAtOnceAndTheFirstIsAsked) {
     ASSERT_TRUE(tells("has 50 % not muted"));
     const auto second = runPlugin({});
     EXPECT_EQ(second.status, 3);
-    EXPECT_EQ(second.output, "Tonvale: The plug-in runs in this session already\n");
+    EXPECT_EQ(second.output, "TonvalePlugin: The plug-in runs in this session already\n");
     EXPECT_THAT(
         runPlugin({"--status"}).output,
         AllOf(HasSubstr("sound server: connected\napplication: connected\n"),

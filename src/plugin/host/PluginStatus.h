@@ -35,7 +35,7 @@ struct PluginStatus {
     std::string ownPreferences = {}; ///< the file that is read
 };
 
-/// The text of `Tonvale --status`, lines that each end with a line feed: one for the sound server,
-/// one for the application, one for the preferences, then one for each program with its streams
-/// indented below. Not meant to be parsed. Names and paths cannot break out of their line.
+/// The text of `TonvalePlugin --status`, lines that each end with a line feed: one for the sound
+/// server, one for the application, one for the preferences, then one for each program with its
+/// streams indented below. Not meant to be parsed. Names and paths cannot break out of their line.
 std::string describe(const PluginStatus& status);

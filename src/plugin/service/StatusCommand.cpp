@@ -15,7 +15,7 @@ namespace {
 constexpr int patience = 5000; // ms
 
 int fail(const QString& why) {
-    std::fprintf(stderr, "Tonvale: %s\n", qUtf8Printable(why));
+    std::fprintf(stderr, "TonvalePlugin: %s\n", qUtf8Printable(why));
     return 1;
 }
 
