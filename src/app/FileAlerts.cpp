@@ -2,6 +2,7 @@
 
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
+#include "platform/base/Mutex.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Localization.h"
@@ -9,7 +10,6 @@
 
 #include <QSet>
 
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -28,9 +28,9 @@ struct Text {
 
 /// Never destroyed: preferences may be saved after main() has returned.
 struct State {
-    std::mutex mutex;
-    std::vector<DefaultsError> early; // guarded by mutex: before the log is open
-    bool isLogOpen = false;           // guarded by mutex
+    platform::Mutex mutex;
+    std::vector<DefaultsError> early GUARDED_BY(mutex); // before the log is open
+    bool isLogOpen GUARDED_BY(mutex) = false;
 
     // The main thread only.
     FileAlerts::Show show;
@@ -86,7 +86,7 @@ void log(const DefaultsError& trouble) {
 /// Any thread.
 void report(const DefaultsError& trouble) {
     {
-        const std::lock_guard lock(state().mutex);
+        const platform::ScopedLock lock(state().mutex);
         if (!state().isLogOpen) {
             state().early.push_back(trouble);
             return;
@@ -105,7 +105,7 @@ void FileAlerts::listen() {
 void FileAlerts::logIsOpen() {
     std::vector<DefaultsError> early;
     {
-        const std::lock_guard lock(state().mutex);
+        const platform::ScopedLock lock(state().mutex);
         state().isLogOpen = true;
         early.swap(state().early);
     }

@@ -3,6 +3,7 @@
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
 #include "platform/base/Directories.h"
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/processes/DetachedProgram.h"
@@ -11,7 +12,6 @@
 
 #include <QStringList>
 
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -35,7 +35,7 @@ class LogListener final : public platform::SystemLogSink {
     ~LogListener() override { end(); }
 
     void line(platform::LogPriority priority, std::string_view text) noexcept override {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         lines_.push_back({priority, std::string(text), std::this_thread::get_id()});
     }
 
@@ -45,7 +45,7 @@ class LogListener final : public platform::SystemLogSink {
     }
 
   private:
-    std::mutex mutex_;
+    platform::Mutex mutex_;
     std::vector<LogLine> lines_; // guarded by mutex_ until end()
 };
 

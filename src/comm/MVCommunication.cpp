@@ -6,6 +6,7 @@
 #include "comm/MVCommOperation.h"
 #include "framework/application/QNApplication.h"
 #include "platform/base/ExceptionReport.h"
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
@@ -161,7 +162,7 @@ void MVCommunication::handleBaseSocketAccept(platform::AcceptSocket& /*socket*/,
     const auto index = static_cast<std::size_t>(socket->descriptor());
     if (index >= placeOfDescriptor_.size())
         placeOfDescriptor_.resize(index + 1);
-    const std::lock_guard lock(connectionsLock_);
+    const platform::ScopedLock lock(connectionsLock_);
     placeOfDescriptor_[index] = connections_.insert(connections_.end(), connection);
     senders_.reset();
 }
@@ -226,7 +227,7 @@ void MVCommunication::handleCheckin(MVCommConnection& connection,
                                      name.isEmpty() ? QString::number(checkin.pid) : name,
                                      QString::fromUtf8(checkin.path)};
     {
-        const std::lock_guard lock(connectionsLock_);
+        const platform::ScopedLock lock(connectionsLock_);
         std::swap(connection.process(), previous);
     }
     const bool isDuplicate = !previous.name.isNull() || previous.pid >= 1;
@@ -253,7 +254,7 @@ void MVCommunication::handleDisconnect(const std::shared_ptr<MVCommConnection>& 
     const auto index = static_cast<std::size_t>(connection->socket()->descriptor());
     const auto place = *std::exchange(placeOfDescriptor_[index], std::nullopt);
     {
-        const std::lock_guard lock(connectionsLock_);
+        const platform::ScopedLock lock(connectionsLock_);
         connections_.erase(place);
         senders_.reset();
     }
@@ -288,7 +289,7 @@ void MVCommunication::sendMessage(const MVCommConsoleMessage* message) {
     if (suppressMessages_ || message == nullptr)
         return;
     {
-        const std::lock_guard lock(connectionsLock_);
+        const platform::ScopedLock lock(connectionsLock_);
         if (connections_.empty())
             return;
     }
@@ -313,7 +314,7 @@ void MVCommunication::doSendMessage(const MVCommConsoleMessage& message) {
 }
 
 std::shared_ptr<const MVCommunication::Senders> MVCommunication::senders() {
-    const std::lock_guard lock(connectionsLock_);
+    const platform::ScopedLock lock(connectionsLock_);
     if (senders_ == nullptr) {
         Senders senders;
         senders.reserve(connections_.size());
@@ -325,7 +326,7 @@ std::shared_ptr<const MVCommunication::Senders> MVCommunication::senders() {
 }
 
 QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
-    const std::lock_guard lock(connectionsLock_);
+    const platform::ScopedLock lock(connectionsLock_);
     QList<MVCommConnectionProcess> processes;
     processes.reserve(static_cast<qsizetype>(connections_.size()));
     for (const auto& connection : connections_)
@@ -334,7 +335,7 @@ QList<MVCommConnectionProcess> MVCommunication::connectionProcesses() const {
 }
 
 bool MVCommunication::isAnybodyConnected() const {
-    const std::lock_guard lock(connectionsLock_);
+    const platform::ScopedLock lock(connectionsLock_);
     return !connections_.empty();
 }
 
@@ -342,7 +343,7 @@ void MVCommunication::shutdown() {
     sendQueue_->sync([] {});
     Connections connections;
     {
-        const std::lock_guard lock(connectionsLock_);
+        const platform::ScopedLock lock(connectionsLock_);
         connections.swap(connections_);
         senders_.reset();
     }

@@ -5,6 +5,7 @@
 #include "comm/MVCommLogLimit.h"
 #include "comm/MVCommMessages.h"
 #include "comm/MVCommParser.h"
+#include "platform/base/Mutex.h"
 #include "platform/loop/Timer.h"
 
 #include <QList>
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -136,10 +136,10 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     Connections retired_; // disconnected, but with a pending activity reset
     std::vector<std::optional<Connections::iterator>> placeOfDescriptor_; // in connections_
 
-    mutable std::mutex connectionsLock_;
-    // Guarded by connectionsLock_.
-    Connections connections_;                // changed on the main thread only
-    std::shared_ptr<const Senders> senders_; // of the connections; null: rebuild on demand
+    mutable platform::Mutex connectionsLock_;
+    Connections connections_ GUARDED_BY(connectionsLock_); // changed on the main thread only
+    // Of the connections; null: rebuild on demand.
+    std::shared_ptr<const Senders> senders_ GUARDED_BY(connectionsLock_);
 
     std::atomic<bool> allowFrequentMessages_ = false;
     std::atomic<bool> suppressMessages_ = false;

@@ -4,6 +4,7 @@
 #include "platform/base/Directories.h"
 #include "platform/base/FileDescriptor.h"
 #include "platform/base/HarmlessText.h"
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/files/SharedFolder.h"
@@ -18,7 +19,6 @@
 #include <fcntl.h>
 #include <future>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <unistd.h>
@@ -104,6 +104,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
 
     /// Call this once, before everything else.
     void prepare() {
+        const platform::ScopedLock lock(mutex_);
         timer_.emplace(queue_, [weak = weak_from_this()] {
             if (const auto self = weak.lock())
                 self->save();
@@ -111,14 +112,14 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     }
 
     void mark() {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         isRetry_ = false;
         saveAt(std::max(MonotonicClock::now(), lastSave_ + pace));
     }
 
     /// `done` is called on the queue.
     void saveNow(std::function<void()> done) {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         if (done)
             waiting_.push_back(std::move(done));
         isRetry_ = false;
@@ -126,7 +127,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     }
 
     void close() {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         isClosed_ = true;
         due_.reset();
         waiting_.clear();
@@ -136,7 +137,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     const std::shared_ptr<DispatchQueue>& queue() const noexcept { return queue_; }
 
   private:
-    void saveAt(MonotonicClock::time_point time) {
+    void saveAt(MonotonicClock::time_point time) REQUIRES(mutex_) {
         if (isClosed_ || (due_ && *due_ <= time))
             return;
         due_ = time;
@@ -155,7 +156,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     void save() {
         Handlers waiting;
         {
-            const std::lock_guard lock(mutex_);
+            const platform::ScopedLock lock(mutex_);
             if (!due_ || *due_ > MonotonicClock::now())
                 return; // an earlier block has done it
             due_.reset();
@@ -178,7 +179,7 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     }
 
     void planRetry() {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         if (lacksRoom_)
             retryDelay_ = firstRetry;
         if (mayPass_) {
@@ -251,14 +252,15 @@ class PreferenceCopies::Worker : public std::enable_shared_from_this<Worker> {
     bool lacksRoom_ = false;       // whether something failed for want of room
     std::chrono::seconds retryDelay_{firstRetry};
 
-    std::mutex mutex_;
-    // Guarded by mutex_.
-    std::optional<platform::DispatchTimer> timer_;
-    std::optional<MonotonicClock::time_point> due_; // of the save that has not begun
-    MonotonicClock::time_point lastSave_ = MonotonicClock::time_point::min() + pace;
-    bool isRetry_ = false; // whether that save was not requested
-    Handlers waiting_;
-    bool isClosed_ = false;
+    platform::Mutex mutex_;
+    std::optional<platform::DispatchTimer> timer_ GUARDED_BY(mutex_);
+    // Of the save that has not begun.
+    std::optional<MonotonicClock::time_point> due_ GUARDED_BY(mutex_);
+    MonotonicClock::time_point
+        lastSave_ GUARDED_BY(mutex_) = MonotonicClock::time_point::min() + pace;
+    bool isRetry_ GUARDED_BY(mutex_) = false; // whether that save was not requested
+    Handlers waiting_ GUARDED_BY(mutex_);
+    bool isClosed_ GUARDED_BY(mutex_) = false;
 };
 
 /// The queue must not look at the environment, which the main thread may change.

@@ -1,10 +1,10 @@
+#include "platform/base/Mutex.h"
 #include "platform/sound/SampleOutput.h"
 #include "samplesound/Recording.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <mutex>
 #include <optional>
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
@@ -47,7 +47,7 @@ class Player {
     /// Replaces the one before, if that is still waiting.
     void post(const Order& order) {
         {
-            const std::lock_guard lock(mutex_);
+            const platform::ScopedLock lock(mutex_);
             order_ = order;
         }
         pw_loop_signal_event(loop_, wake_);
@@ -68,8 +68,8 @@ class Player {
     const std::string file_;
     const platform::SampleOutput::Report report_;
     spa_source* wake_ = nullptr;
-    std::mutex mutex_;
-    std::optional<Order> order_; // guarded by mutex_
+    platform::Mutex mutex_;
+    std::optional<Order> order_ GUARDED_BY(mutex_);
     std::optional<Recording> recording_;
     std::unique_ptr<pw_context, ContextDeleter> context_;
     std::unique_ptr<pw_core, CoreDeleter> core_;
@@ -129,7 +129,7 @@ void Player::serve() {
         stream_.reset();
     std::optional<Order> order;
     {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         order = std::exchange(order_, std::nullopt);
     }
     if (order && order->length > 0)

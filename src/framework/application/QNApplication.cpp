@@ -4,6 +4,7 @@
 #include "framework/application/SignalTable.h"
 #include "framework/application/SupportPath.h"
 #include "framework/log/qnlog.h"
+#include "platform/base/Mutex.h"
 
 #include "platform/base/CallStack.h"
 #include "platform/base/Directories.h"
@@ -24,7 +25,6 @@
 #include <QUuid>
 
 #include <cstdlib>
-#include <mutex>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -266,26 +266,27 @@ void QNApplication::raiseLogLevelIfAsked() {
 }
 
 qnlog_handle* QNApplication::logHandle() const {
-    const std::shared_lock lock(logMutex_);
+    const platform::SharedLock lock(logMutex_);
     return logHandle_;
 }
 
 void QNApplication::setLogHandle(qnlog_handle* handle) {
-    std::unique_lock lock(logMutex_);
-    if (handle == logHandle_)
-        return;
-    qnlog_handle* const former = std::exchange(logHandle_, handle);
-    lock.unlock(); // closing may wait for a disk, and the other threads need not
-    qnlog_close(former);
+    {
+        const platform::ScopedLock lock(logMutex_);
+        std::swap(handle, logHandle_);
+        if (handle == logHandle_)
+            return;
+    }
+    qnlog_close(handle); // may wait for a disk; the other threads need not
 }
 
 bool QNApplication::isLogged(std::uint32_t level) const {
-    const std::shared_lock lock(logMutex_);
+    const platform::SharedLock lock(logMutex_);
     return !logHandle_ || qnlog_wants(logHandle_, level);
 }
 
 void QNApplication::logText(std::uint32_t level, const QString& text) {
-    const std::shared_lock lock(logMutex_);
+    const platform::SharedLock lock(logMutex_);
     if (logHandle_)
         qnlog_msg(logHandle_, level, "%s", text.toUtf8().constData());
     else if (!minimalSystem())

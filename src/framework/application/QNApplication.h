@@ -2,6 +2,7 @@
 
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNSignalProxy.h"
+#include "platform/base/Mutex.h"
 
 #include "platform/text/Localization.h"
 
@@ -14,7 +15,6 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
-#include <shared_mutex>
 
 class qnlog_handle;
 
@@ -160,8 +160,8 @@ class QNApplication : public QObject {
     void raiseLogLevelIfAsked();
     void updateListening();
 
-    mutable std::shared_mutex logMutex_;
-    qnlog_handle* logHandle_ = nullptr; // guarded by logMutex_
+    mutable platform::SharedMutex logMutex_;
+    qnlog_handle* logHandle_ GUARDED_BY(logMutex_) = nullptr;
     QString applicationSupportLeaf_;
     bool shouldExit_ = false;
     bool launchComplete_ = false;

@@ -1,5 +1,6 @@
 #include "framework/application/QtStartMessages.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 
 #include <algorithm>
@@ -39,13 +40,13 @@ void QtStartMessages::take(QtMsgType type, const QMessageLogContext& /*context*/
                            const QString& message) {
     if (type == QtFatalMsg)
         running->fail(message);
-    const std::lock_guard lock(running->mutex_);
+    const platform::ScopedLock lock(running->mutex_);
     running->messages_.append(message);
 }
 
 /// The first message is more helpful than the last one, which advises to reinstall the program.
 void QtStartMessages::fail(const QString& message) {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     const QString& reason = messages_.isEmpty() ? message : messages_.first();
     if (isDisplayNamed_)
         platform::systemLog(platform::LogPriority::error,

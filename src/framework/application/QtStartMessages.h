@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/base/Mutex.h"
+
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
-
-#include <mutex>
 
 /// Handles Qt's messages while its application object is created. Without a display Qt ends the
 /// program; this prints on standard error, in one sentence, what to do about it. Other messages go
@@ -23,6 +23,6 @@ class QtStartMessages {
 
     const bool isDisplayNamed_;
     const QtMessageHandler former_;
-    std::mutex mutex_;
-    QStringList messages_; // guarded by mutex_
+    platform::Mutex mutex_;
+    QStringList messages_ GUARDED_BY(mutex_);
 };

@@ -1,13 +1,15 @@
 #include "framework/async/Signal.h"
 
+#include "platform/base/Mutex.h"
+
 namespace QN::async {
 
 void Signal::set() {
     // Under the mutex to the end: once a waiter gets past it, it may destroy the signal.
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     count_.store(1, std::memory_order_relaxed);
     if (waiters_ > 0)
-        condition_.notify_all();
+        condition_.notifyAll();
 }
 
 void Signal::clear() {
@@ -15,7 +17,7 @@ void Signal::clear() {
     // as well be set after the clearing; callers that need an order hold a lock over both.
     if (!isSet())
         return;
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     count_.store(0, std::memory_order_relaxed);
 }
 
@@ -25,24 +27,28 @@ void Signal::wait() {
 }
 
 bool Signal::waitFor(std::chrono::nanoseconds bound) {
-    std::unique_lock lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     ++waiters_;
-    const bool set = condition_.wait_for(lock, bound, [this] { return isSet(); });
+    const auto end = std::chrono::steady_clock::now() + bound;
+    while (!isSet() && condition_.waitUntil(mutex_, end)) {
+    }
     --waiters_;
+    const bool set = isSet();
     if (set)
         count_.store(0, std::memory_order_relaxed);
     return set;
 }
 
 void Signal::enter() {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     ++waiters_;
 }
 
 /// Returns whether other waiters are left.
 bool Signal::consume() {
-    std::unique_lock lock(mutex_);
-    condition_.wait(lock, [this] { return isSet(); });
+    const platform::ScopedLock lock(mutex_);
+    while (!isSet())
+        condition_.wait(mutex_);
     --waiters_;
     count_.store(0, std::memory_order_relaxed);
     return waiters_ > 0;

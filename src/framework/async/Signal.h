@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/base/Mutex.h"
+
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace QN::async {
 
@@ -38,10 +38,10 @@ class Signal {
     void enter();
     bool consume();
 
-    std::mutex mutex_;
-    std::condition_variable condition_;
+    platform::Mutex mutex_;
+    platform::Condition condition_;
     std::atomic<std::int32_t> count_{0}; // written under mutex_
-    std::int32_t waiters_ = 0;           // guarded by mutex_
+    std::int32_t waiters_ GUARDED_BY(mutex_) = 0;
 };
 
 } // namespace QN::async

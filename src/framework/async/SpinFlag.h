@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/ThreadSafety.h"
+
 #include <atomic>
 #include <cstdint>
 #include <thread>
@@ -15,14 +17,14 @@ inline void relaxProcessor() noexcept {
 
 /// A lock of one byte for a few list operations: never held across a task, a wait or the creation
 /// of a thread. A thread that finds it taken spins for a moment, then yields, since the holder may
-/// need this processor to go on. For std::lock_guard.
-class SpinFlag {
+/// need this processor to go on. For platform::ScopedLock.
+class CAPABILITY("mutex") SpinFlag {
   public:
-    void lock() noexcept {
+    void lock() noexcept ACQUIRE() {
         while (flag_.exchange(1, std::memory_order_acquire) != 0)
             waitUntilFree();
     }
-    void unlock() noexcept { flag_.store(0, std::memory_order_release); }
+    void unlock() noexcept RELEASE() { flag_.store(0, std::memory_order_release); }
 
   private:
     void waitUntilFree() const noexcept {

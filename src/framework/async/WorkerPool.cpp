@@ -1,7 +1,8 @@
 #include "framework/async/WorkerPool.h"
 
+#include "platform/base/Mutex.h"
+
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 namespace QN::async {
@@ -9,7 +10,7 @@ namespace QN::async {
 worker* WorkerPool::claim() {
     if (free_.load() <= 0)
         return nullptr;
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     return claimUnderFlag();
 }
 
@@ -31,7 +32,7 @@ worker& WorkerPool::create(Round round) {
     std::list<worker> fresh;
     worker& made = fresh.emplace_back("QN::async::worker", std::move(round));
     made.start();
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     workers_.splice(workers_.end(), fresh);
     size_.fetch_add(1);
     return made;
@@ -39,7 +40,7 @@ worker& WorkerPool::create(Round round) {
 
 bool WorkerPool::retire() {
     std::list<worker> retired; // destroyed, which joins the thread, when the flag is free again
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     const worker* const free = claimUnderFlag();
     if (!free)
         return false;

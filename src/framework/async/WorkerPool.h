@@ -30,10 +30,10 @@ class WorkerPool {
     std::uint32_t size() const noexcept { return size_.load(); }
 
   private:
-    worker* claimUnderFlag() noexcept;
+    worker* claimUnderFlag() noexcept REQUIRES(flag_);
 
     SpinFlag flag_;
-    std::list<worker> workers_; // guarded by flag_
+    std::list<worker> workers_ GUARDED_BY(flag_);
     std::atomic<std::uint32_t> size_{0};
     std::atomic<std::int64_t> free_{0};
 };

@@ -2,6 +2,7 @@
 
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/ThreadLimit.h"
+#include "platform/base/Mutex.h"
 
 #include "platform/base/CallStack.h"
 #include "platform/base/ThreadCalls.h"
@@ -81,7 +82,8 @@ void manager::start() {
 }
 
 void manager::enroll(std::shared_ptr<qshuttle> queue) {
-    perform(managed_task_helper([this, queue = std::move(queue)] { add(queue); }));
+    perform(
+        managed_task_helper([this, queue = std::move(queue)]() REQUIRES(turn_) { add(queue); }));
 }
 
 void manager::add(std::shared_ptr<qshuttle> queue) {
@@ -98,7 +100,7 @@ void manager::dispatch() noexcept {
     if (passRequested_.load() || passRequested_.exchange(true))
         return;
     try {
-        perform(managed_task_helper([this] { schedule_pass(); }));
+        perform(managed_task_helper([this]() REQUIRES(turn_) { schedule_pass(); }));
     } catch (...) {
         passRequested_ = false;
         printCurrentException(__LINE__);
@@ -107,7 +109,7 @@ void manager::dispatch() noexcept {
 
 void manager::perform(managed_task_helper task) {
     {
-        const std::lock_guard lock(flag_);
+        const platform::ScopedLock lock(flag_);
         tasks_.push_back(std::move(task));
     }
     if (thread_.isStarted())
@@ -117,7 +119,7 @@ void manager::perform(managed_task_helper task) {
 }
 
 void manager::runOnMainQueue() {
-    const std::lock_guard lock(turn_);
+    const platform::ScopedLock lock(turn_);
     if (thread_.isStarted())
         return; // it was woken when it was started
     const worker::CurrentOverride asManager(thread_);
@@ -125,7 +127,7 @@ void manager::runOnMainQueue() {
 }
 
 worker::Timeout manager::round() {
-    const std::lock_guard lock(turn_);
+    const platform::ScopedLock lock(turn_);
     if (std::exchange(looksAgain_, false) && !passRequested_)
         lookAgain();
     runTasks();
@@ -145,19 +147,22 @@ void manager::lookAgain() {
 }
 
 void manager::runTasks() {
-    for (;;) {
-        std::unique_lock lock(flag_);
-        if (tasks_.empty())
-            return;
-        managed_task_helper task = std::move(tasks_.front());
-        tasks_.pop_front();
-        lock.unlock();
+    while (auto task = takeTask()) {
         try {
-            task.run();
+            task->run();
         } catch (...) {
             printCurrentException(__LINE__);
         }
     }
+}
+
+std::optional<managed_task_helper> manager::takeTask() {
+    const platform::ScopedLock lock(flag_);
+    if (tasks_.empty())
+        return std::nullopt;
+    std::optional task(std::move(tasks_.front()));
+    tasks_.pop_front();
+    return task;
 }
 
 void manager::schedule_pass() {
@@ -188,9 +193,9 @@ void manager::schedule_pass() {
 /// One round over all queues, in the order of registration from where the last pass came to its
 /// end, so that queues far down the list get their turn when workers are few.
 void manager::handOut(Pass& pass) {
-    const auto first = std::find_if(queues_.begin(), queues_.end(),
-                                    [this](const auto& queue) { return queue.get() == next_; });
-    next_ = nullptr;
+    const auto first = std::find_if(
+        queues_.begin(), queues_.end(),
+        [next = std::exchange(next_, nullptr)](const auto& queue) { return queue.get() == next; });
     const std::size_t count = queues_.size();
     const std::size_t start = first == queues_.end() ? 0 : std::size_t(first - queues_.begin());
     for (std::size_t i = 0; i < count; ++i) {
@@ -282,7 +287,7 @@ void manager::creationFailed(const char* text) {
 }
 
 void manager::removeFinishedQueues() {
-    std::erase_if(queues_, [this](const auto& queue) {
+    std::erase_if(queues_, [this](const auto& queue) REQUIRES(turn_) {
         const bool isOver = queue->snapshot().isOver;
         if (isOver && queue.get() == next_)
             next_ = nullptr;

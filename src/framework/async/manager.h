@@ -5,12 +5,13 @@
 #include "framework/async/WorkerPool.h"
 #include "framework/async/managed_task_helper.h"
 #include "framework/async/qshuttle.h"
+#include "platform/base/Mutex.h"
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace QN::async {
@@ -42,7 +43,7 @@ class manager {
     void enroll(std::shared_ptr<qshuttle> queue);
 
     /// Registers a queue. The manager's thread only.
-    void add(std::shared_ptr<qshuttle> queue);
+    void add(std::shared_ptr<qshuttle> queue) REQUIRES(turn_);
 
     /// Requests a scheduling pass that sees all queues in their current or a later state. Any
     /// thread.
@@ -58,17 +59,18 @@ class manager {
     struct Pass;
 
     // On the manager's thread, or the main dispatch queue before there is one.
-    worker::Timeout round();
-    void lookAgain();
-    void runTasks();
-    void schedule_pass();
-    void handOut(Pass& pass);
-    void serve(const std::shared_ptr<qshuttle>& queue, Pass& pass);
-    worker* findWorker(qshuttle& queue, const qshuttle::Snapshot& snapshot);
-    worker* leaveWaiting(qshuttle& queue, bool isShared);
-    worker& createWorker();
-    void creationFailed(const char* text);
-    void removeFinishedQueues();
+    worker::Timeout round() EXCLUDES(turn_);
+    void lookAgain() REQUIRES(turn_);
+    void runTasks() REQUIRES(turn_);
+    std::optional<managed_task_helper> takeTask() EXCLUDES(flag_);
+    void schedule_pass() REQUIRES(turn_);
+    void handOut(Pass& pass) REQUIRES(turn_);
+    void serve(const std::shared_ptr<qshuttle>& queue, Pass& pass) REQUIRES(turn_);
+    worker* findWorker(qshuttle& queue, const qshuttle::Snapshot& snapshot) REQUIRES(turn_);
+    worker* leaveWaiting(qshuttle& queue, bool isShared) REQUIRES(turn_);
+    worker& createWorker() REQUIRES(turn_);
+    void creationFailed(const char* text) REQUIRES(turn_);
+    void removeFinishedQueues() REQUIRES(turn_);
     void retireSurplus();
 
     // Any thread.
@@ -83,16 +85,19 @@ class manager {
 
     std::atomic<bool> passRequested_{false};
     SpinFlag flag_;
-    std::deque<managed_task_helper> tasks_; // guarded by flag_
-    std::mutex turn_; // held by whoever runs tasks_: the thread, or the main queue before it
+    std::deque<managed_task_helper> tasks_ GUARDED_BY(flag_);
+    platform::Mutex turn_; // held by whoever runs tasks_: the thread, or the main queue before it
 
-    // Guarded by turn_.
-    std::vector<std::shared_ptr<qshuttle>> queues_; // in the order of registration
-    const qshuttle* next_ = nullptr; // where the next pass begins; null: at the first
-    // Since the last pass that found a worker wherever it needed one:
-    std::uint32_t failures_ = 0; // passes that ended at the thread limit
-    std::uint32_t refusals_ = 0; // passes that ended because the system gave no thread
-    bool looksAgain_ = false;    // the next round makes a pass even if none was requested
+    // In the order of registration.
+    std::vector<std::shared_ptr<qshuttle>> queues_ GUARDED_BY(turn_);
+    // Where the next pass begins; null: at the first.
+    const qshuttle* next_ GUARDED_BY(turn_) = nullptr;
+    // Since the last pass that found a worker wherever it needed one: passes that ended at the
+    // thread limit, and passes that ended because the system gave no thread.
+    std::uint32_t failures_ GUARDED_BY(turn_) = 0;
+    std::uint32_t refusals_ GUARDED_BY(turn_) = 0;
+    // The next round makes a pass even if none was requested.
+    bool looksAgain_ GUARDED_BY(turn_) = false;
 
     WorkerPool pool_;
     std::atomic<std::int64_t> running_{0};  // tasks of all queues

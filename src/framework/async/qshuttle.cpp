@@ -1,6 +1,7 @@
 #include "framework/async/qshuttle.h"
 
-#include <mutex>
+#include "platform/base/Mutex.h"
+
 #include <utility>
 
 namespace QN::async {
@@ -9,7 +10,7 @@ qshuttle::qshuttle(std::string name, bool serial, std::int32_t priority)
     : serial_(serial), priority_(priority), name_(std::move(name)) {}
 
 bool qshuttle::append(TaskEntry task) {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     const bool isBusy = serial_ && !pending_.empty() && pending_.front().isEmpty();
     pending_.push_back(std::move(task));
     drained_.clear();
@@ -28,7 +29,7 @@ void qshuttle::moveOut(TaskEntry& task) {
 }
 
 bool qshuttle::take(TaskEntry& task, bool& left) {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (!isRunnable())
         return false;
     moveOut(task);
@@ -40,7 +41,7 @@ bool qshuttle::take(TaskEntry& task, bool& left) {
 }
 
 bool qshuttle::takeNext(TaskEntry& task, bool goOn) {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (serial_)
         pending_.pop_front();
     if (!goOn || !isRunnable())
@@ -52,7 +53,7 @@ bool qshuttle::takeNext(TaskEntry& task, bool goOn) {
 
 qshuttle::Snapshot qshuttle::snapshot() {
     const auto now = std::chrono::steady_clock::now();
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (std::exchange(hasMoved_, false))
         lastMoved_ = now;
     leftToWorkers_ = false;
@@ -68,28 +69,28 @@ qshuttle::Snapshot qshuttle::snapshot() {
 }
 
 void qshuttle::leaveToWorkers() {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     leftToWorkers_ = isRunnable(); // a worker may have taken the last task since the snapshot
 }
 
 void qshuttle::suspend() {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     ++suspendCount_;
 }
 
 void qshuttle::resume() {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (suspendCount_ > 0)
         --suspendCount_;
 }
 
 void qshuttle::resumeWholly() {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     suspendCount_ = 0;
 }
 
 bool qshuttle::isSuspended() const {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     return suspendCount_ >= 1;
 }
 

@@ -78,22 +78,22 @@ class qshuttle {
     Signal& drained() noexcept { return drained_; }
 
   private:
-    bool isRunnable() const noexcept;
-    void moveOut(TaskEntry& task);
+    bool isRunnable() const noexcept REQUIRES(flag_);
+    void moveOut(TaskEntry& task) REQUIRES(flag_);
 
     mutable SpinFlag flag_;
-    std::deque<TaskEntry> pending_; // guarded by flag_
-    Signal drained_;                // set and cleared under flag_
-    std::int32_t suspendCount_ = 0; // guarded by flag_
+    std::deque<TaskEntry> pending_ GUARDED_BY(flag_);
+    Signal drained_; // set and cleared under flag_
+    std::int32_t suspendCount_ GUARDED_BY(flag_) = 0;
     std::atomic<std::uint64_t> running_{0};
     std::atomic<std::uint8_t> zombie_{0};
     const bool serial_;
     const std::int32_t priority_;
     const std::string name_;
 
-    bool leftToWorkers_ = false;                      // guarded by flag_
-    bool hasMoved_ = false;                           // since the last snapshot; guarded by flag_
-    std::chrono::steady_clock::time_point lastMoved_; // as of the snapshots; guarded by flag_
+    bool leftToWorkers_ GUARDED_BY(flag_) = false;
+    bool hasMoved_ GUARDED_BY(flag_) = false;                           // since the last snapshot
+    std::chrono::steady_clock::time_point lastMoved_ GUARDED_BY(flag_); // as of the snapshots
 };
 
 } // namespace QN::async

@@ -2,13 +2,13 @@
 
 #include "framework/async/ExceptionLine.h"
 #include "framework/async/qshuttle.h"
+#include "platform/base/Mutex.h"
 
 #include "platform/base/CallStack.h"
 #include "platform/base/ThreadCalls.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -47,7 +47,7 @@ bool worker::claim() noexcept {
 }
 
 void worker::give(const std::shared_ptr<qshuttle>& queue, TaskEntry task) {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (isStarted() && (!tasks_.empty() || stop_)) {
         std::fprintf(stderr, "QN::async %s worker not idle!\n", queue->name().c_str());
         std::abort();
@@ -58,7 +58,7 @@ void worker::give(const std::shared_ptr<qshuttle>& queue, TaskEntry task) {
 }
 
 std::shared_ptr<qshuttle> worker::take(TaskEntry& task) {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     if (tasks_.empty())
         return nullptr;
     task = std::move(tasks_.front());
@@ -67,12 +67,12 @@ std::shared_ptr<qshuttle> worker::take(TaskEntry& task) {
 }
 
 void worker::forgetQueue() {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     queue_.reset();
 }
 
 bool worker::runsTaskOf(const qshuttle& queue) const {
-    const std::lock_guard lock(flag_);
+    const platform::ScopedLock lock(flag_);
     return queue_.lock().get() == &queue;
 }
 

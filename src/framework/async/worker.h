@@ -85,8 +85,8 @@ class worker {
     Signal wake_;
 
     mutable SpinFlag flag_;
-    std::deque<TaskEntry> tasks_;   // guarded by flag_
-    std::weak_ptr<qshuttle> queue_; // guarded by flag_
+    std::deque<TaskEntry> tasks_ GUARDED_BY(flag_);
+    std::weak_ptr<qshuttle> queue_ GUARDED_BY(flag_);
 };
 
 } // namespace QN::async

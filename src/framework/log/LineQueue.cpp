@@ -1,6 +1,7 @@
 #include "framework/log/LineQueue.h"
 
 #include "framework/log/qnlog.h"
+#include "platform/base/Mutex.h"
 
 #include <algorithm>
 #include <cstring>
@@ -68,32 +69,37 @@ bool LineQueue::wants(std::uint32_t level) const noexcept {
 
 LineQueue::Demand LineQueue::append(const Record& record, bool isUrgent) noexcept {
     Chunks fresh; // made, and destroyed if not needed, without the lock
-    std::unique_lock lock(mutex_);
-    while (!hasRoom(record.text.size())) {
-        const std::size_t capacity = Chunk::capacityFor(record.text.size());
-        if (held_ + capacity > bound_)
-            return drop(record);
-        if (!fresh.empty()) {
-            held_ += capacity;
-            waiting_.splice(waiting_.end(), fresh);
-            continue;
-        }
-        lock.unlock();
-        try {
-            fresh.emplace_back(capacity);
-        } catch (const std::bad_alloc&) {
-            lock.lock();
-            return drop(record);
-        }
-        lock.lock();
-        isUrgent = true; // so much has come that it should not wait
-    }
+    const platform::ScopedLock lock(mutex_);
+    if (!makeRoom(record.text.size(), fresh, isUrgent))
+        return drop(record);
     if (dropped_ != 0)
         waiting_.back().append(takeGap());
     waiting_.back().append(record);
     if (record.kind == Kind::levelChange)
         level_.store(record.level, std::memory_order_relaxed);
     return demandOf(isUrgent);
+}
+
+/// False if there is none within the bound, or no memory. Others may append meanwhile.
+bool LineQueue::makeRoom(std::size_t textSize, Chunks& fresh, bool& isUrgent) noexcept {
+    const std::size_t capacity = Chunk::capacityFor(textSize);
+    while (!hasRoom(textSize)) {
+        if (held_ + capacity > bound_)
+            return false;
+        if (!fresh.empty()) {
+            held_ += capacity;
+            waiting_.splice(waiting_.end(), fresh);
+            continue;
+        }
+        const platform::ScopedUnlock unlocked(mutex_);
+        try {
+            fresh.emplace_back(capacity);
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+        isUrgent = true; // so much has come that it should not wait
+    }
+    return true;
 }
 
 LineQueue::Demand LineQueue::drop(const Record& record) noexcept {
@@ -125,7 +131,7 @@ LineQueue::Demand LineQueue::demandOf(bool isUrgent) noexcept {
 }
 
 LineQueue::Content LineQueue::take() noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     Content content{std::exchange(waiting_, Chunks()), {}};
     if (dropped_ != 0)
         content.gap = takeGap();
@@ -133,7 +139,7 @@ LineQueue::Content LineQueue::take() noexcept {
 }
 
 void LineQueue::giveBack(Chunks chunk) noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     held_ -= chunk.front().capacity();
     if (!spare_.empty() || chunk.front().capacity() != usualCapacity)
         return;
@@ -142,25 +148,25 @@ void LineQueue::giveBack(Chunks chunk) noexcept {
 }
 
 bool LineQueue::beginLingering() noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     if (isEmpty())
         writer_ = Writer::lingering;
     return isEmpty();
 }
 
 bool LineQueue::endLingering() noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     writer_ = isEmpty() ? Writer::none : Writer::working;
     return writer_ == Writer::none;
 }
 
 bool LineQueue::hurry() noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     return writer_ == Writer::lingering && demandOf(true) == Demand::hurry;
 }
 
 void LineQueue::writerFailed() noexcept {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     writer_ = Writer::none;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/Mutex.h"
 #include "platform/base/WallClock.h"
 
 #include <atomic>
@@ -7,7 +8,6 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string_view>
 
@@ -100,23 +100,23 @@ class LineQueue {
   private:
     enum class Writer { none, working, lingering };
 
-    bool hasRoom(std::size_t textSize) noexcept;
-    Demand drop(const Record& record) noexcept;
-    bool isEmpty() const noexcept { return waiting_.empty() && dropped_ == 0; }
-    Record takeGap() noexcept;
-    Demand demandOf(bool isUrgent) noexcept;
+    bool makeRoom(std::size_t textSize, Chunks& fresh, bool& isUrgent) noexcept REQUIRES(mutex_);
+    bool hasRoom(std::size_t textSize) noexcept REQUIRES(mutex_);
+    Demand drop(const Record& record) noexcept REQUIRES(mutex_);
+    bool isEmpty() const noexcept REQUIRES(mutex_) { return waiting_.empty() && dropped_ == 0; }
+    Record takeGap() noexcept REQUIRES(mutex_);
+    Demand demandOf(bool isUrgent) noexcept REQUIRES(mutex_);
 
     const std::size_t bound_;
     std::atomic<std::uint32_t> level_; // after all queued changes; written under mutex_
 
-    std::mutex mutex_;
-    // Guarded by mutex_.
-    Chunks waiting_; // records go into the last one
-    Chunks spare_;   // one at most, to save allocations
-    std::size_t held_ = 0;
-    std::uint64_t dropped_ = 0; // after the last record
-    platform::WallClock::time_point firstDropped_;
-    Writer writer_ = Writer::none;
+    platform::Mutex mutex_;
+    Chunks waiting_ GUARDED_BY(mutex_); // records go into the last one
+    Chunks spare_ GUARDED_BY(mutex_);   // one at most, to save allocations
+    std::size_t held_ GUARDED_BY(mutex_) = 0;
+    std::uint64_t dropped_ GUARDED_BY(mutex_) = 0; // after the last record
+    platform::WallClock::time_point firstDropped_ GUARDED_BY(mutex_);
+    Writer writer_ GUARDED_BY(mutex_) = Writer::none;
 };
 
 } // namespace QN::log

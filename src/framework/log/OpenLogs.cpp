@@ -1,5 +1,6 @@
 #include "framework/log/OpenLogs.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/ThreadCalls.h"
 
 #include <algorithm>
@@ -49,12 +50,12 @@ OpenLogs& OpenLogs::instance() {
 
 void OpenLogs::add(qnlog_handle* log) {
     noticeThreadEnd();
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     logs_.push_back({log, false});
 }
 
 bool OpenLogs::remove(const qnlog_handle* log) {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     if (!isEnding_)
         std::erase_if(logs_, [log](const Entry& each) { return each.log == log; });
     return !isEnding_;
@@ -65,12 +66,12 @@ bool OpenLogs::isThreadOver() noexcept {
 }
 
 void OpenLogs::setPatience(std::chrono::nanoseconds patience) {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     patience_ = patience;
 }
 
 void OpenLogs::writeAll() {
-    std::unique_lock lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     isEnding_ = true;
     for (const Entry& each : logs_) {
         try {
@@ -78,18 +79,22 @@ void OpenLogs::writeAll() {
         } catch (const std::exception&) { // the pool may come to it in time
         }
     }
-    written_.wait_for(lock, patience_, [this] {
-        return std::all_of(logs_.begin(), logs_.end(),
-                           [](const Entry& each) { return each.isWritten; });
-    });
+    const auto end = std::chrono::steady_clock::now() + patience_;
+    while (!areWritten() && written_.waitUntil(mutex_, end)) {
+    }
+}
+
+bool OpenLogs::areWritten() const {
+    return std::all_of(logs_.begin(), logs_.end(),
+                       [](const Entry& each) { return each.isWritten; });
 }
 
 void OpenLogs::write(qnlog_handle* log) {
     log->flush();
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     for (Entry& each : logs_)
         each.isWritten |= each.log == log;
-    written_.notify_all();
+    written_.notifyAll();
 }
 
 } // namespace QN::log

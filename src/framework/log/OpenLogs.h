@@ -1,10 +1,9 @@
 #pragma once
 
 #include "framework/log/qnlog_handle.h"
+#include "platform/base/Mutex.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <vector>
 
 namespace QN::log {
@@ -41,13 +40,13 @@ class OpenLogs {
     };
 
     void write(qnlog_handle* log);
+    bool areWritten() const REQUIRES(mutex_);
 
-    std::mutex mutex_;
-    std::condition_variable written_;
-    // Guarded by mutex_.
-    std::vector<Entry> logs_;
-    bool isEnding_ = false;
-    std::chrono::nanoseconds patience_ = std::chrono::seconds(2);
+    platform::Mutex mutex_;
+    platform::Condition written_;
+    std::vector<Entry> logs_ GUARDED_BY(mutex_);
+    bool isEnding_ GUARDED_BY(mutex_) = false;
+    std::chrono::nanoseconds patience_ GUARDED_BY(mutex_) = std::chrono::seconds(2);
 };
 
 } // namespace QN::log

@@ -1,5 +1,7 @@
 #include "framework/log/qnlog_handle.h"
 
+#include "platform/base/Mutex.h"
+
 #include <array>
 #include <cstdio>
 #include <utility>
@@ -70,7 +72,7 @@ void qnlog_handle::startWriter() noexcept {
 /// The writer's task. Each takes what there is once, so that other queues get their turn.
 void qnlog_handle::work() {
     {
-        const std::lock_guard lock(writing_);
+        const platform::ScopedLock lock(writing_);
         writeWaiting();
     }
     if (!lines_.beginLingering()) {
@@ -84,7 +86,7 @@ void qnlog_handle::work() {
 }
 
 void qnlog_handle::flush() noexcept {
-    const std::lock_guard lock(writing_);
+    const platform::ScopedLock lock(writing_);
     writeWaiting();
 }
 
@@ -92,7 +94,7 @@ void qnlog_handle::finish() noexcept {
     isClosing_ = true;
     if (lines_.hurry())
         hurry_.set();
-    const std::lock_guard lock(writing_);
+    const platform::ScopedLock lock(writing_);
     writeWaiting();
     file_.close();
 }

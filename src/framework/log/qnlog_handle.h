@@ -6,6 +6,7 @@
 #include "framework/log/LineQueue.h"
 #include "framework/log/LogFile.h"
 #include "framework/log/qnlog.h"
+#include "platform/base/Mutex.h"
 
 #include "platform/base/WallClock.h"
 
@@ -14,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -76,13 +76,12 @@ class qnlog_handle {
     void startWriter() noexcept;
     void work();
 
-    // With writing_ held.
-    void writeWaiting() noexcept;
-    void write(const QN::log::LineQueue::Chunk& chunk) noexcept;
-    void write(const QN::log::LineQueue::Record& record) noexcept;
+    void writeWaiting() noexcept REQUIRES(writing_);
+    void write(const QN::log::LineQueue::Chunk& chunk) noexcept REQUIRES(writing_);
+    void write(const QN::log::LineQueue::Record& record) noexcept REQUIRES(writing_);
     void writeLine(std::uint32_t level, platform::WallClock::time_point time,
-                   std::string_view text) noexcept;
-    void writeGap(const QN::log::LineQueue::Record& gap) noexcept;
+                   std::string_view text) noexcept REQUIRES(writing_);
+    void writeGap(const QN::log::LineQueue::Record& gap) noexcept REQUIRES(writing_);
 
     const Settings settings_;
     const std::uint64_t number_;
@@ -92,11 +91,10 @@ class qnlog_handle {
     QN::async::Signal hurry_;
     std::atomic<bool> isClosing_{false};
 
-    std::mutex writing_;
-    // Guarded by writing_.
-    QN::log::LineComposer composer_;
-    QN::log::LogFile file_;
-    std::string_view owedBeginning_;
+    platform::Mutex writing_;
+    QN::log::LineComposer composer_ GUARDED_BY(writing_);
+    QN::log::LogFile file_ GUARDED_BY(writing_);
+    std::string_view owedBeginning_ GUARDED_BY(writing_);
 
     QN::async::queue queue_;
 };

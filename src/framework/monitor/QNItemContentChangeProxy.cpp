@@ -2,6 +2,7 @@
 
 #include "platform/base/ExceptionReport.h"
 #include "platform/base/MonotonicClock.h"
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/files/FileWatch.h"
 
@@ -36,7 +37,7 @@ const std::shared_ptr<DispatchQueue>& QNItemContentChangeProxy::queue() const no
 
 void QNItemContentChangeProxy::monitor() {
     coalesceTimer_.setTargetQueue(queue());
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     source_ = makeSource();
     if (!source_)
         notify(QNItemNotMonitored);
@@ -63,7 +64,7 @@ std::unique_ptr<FileWatch> QNItemContentChangeProxy::makeSource() {
 bool QNItemContentChangeProxy::stop(std::function<void()> completion) {
     std::unique_ptr<FileWatch> source;
     {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         source = std::move(source_);
     }
     if (!source)
@@ -107,7 +108,7 @@ void QNItemContentChangeProxy::handleEvents(std::uint32_t events) {
 void QNItemContentChangeProxy::requestCoalescedCall(double interval) {
     std::uint64_t burst = 0;
     {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         if (pendingInterval_ && *pendingInterval_ <= interval)
             return;
         pendingInterval_ = interval;
@@ -128,7 +129,7 @@ void QNItemContentChangeProxy::requestCoalescedCall(double interval) {
 
 void QNItemContentChangeProxy::makeCoalescedCall(std::uint64_t burst) {
     {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         if (burst != burst_)
             return;
         ++burst_;
@@ -141,7 +142,7 @@ void QNItemContentChangeProxy::makeCoalescedCall(std::uint64_t burst) {
 /// it is moved to. False when no call was pending.
 bool QNItemContentChangeProxy::dropCoalescedCall() {
     {
-        const std::lock_guard lock(mutex_);
+        const platform::ScopedLock lock(mutex_);
         if (!pendingInterval_)
             return false;
         ++burst_;
@@ -153,7 +154,7 @@ bool QNItemContentChangeProxy::dropCoalescedCall() {
 }
 
 bool QNItemContentChangeProxy::isCurrent(std::uint64_t burst) const {
-    const std::lock_guard lock(mutex_);
+    const platform::ScopedLock lock(mutex_);
     return burst == burst_;
 }
 

@@ -2,13 +2,13 @@
 
 #include "framework/monitor/RLBGTimer.h"
 #include "framework/monitor/WatchedItem.h"
+#include "platform/base/Mutex.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -88,9 +88,9 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     const Handler handler_;
     std::atomic<double> contentChangeCoalesceInterval_{0};
 
-    mutable std::mutex mutex_;
-    // Guarded by mutex_.
-    std::unique_ptr<platform::FileWatch> source_;
-    std::optional<double> pendingInterval_; // the interval of a pending coalesced call
-    std::uint64_t burst_ = 0; // identifies coalesced calls, to recognise a dropped one
+    mutable platform::Mutex mutex_;
+    std::unique_ptr<platform::FileWatch> source_ GUARDED_BY(mutex_);
+    std::optional<double> pendingInterval_ GUARDED_BY(mutex_); // of a pending coalesced call
+    // Identifies coalesced calls, to recognise a dropped one.
+    std::uint64_t burst_ GUARDED_BY(mutex_) = 0;
 };

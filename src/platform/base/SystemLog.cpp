@@ -1,6 +1,7 @@
 #include "platform/base/SystemLog.h"
 
 #include "platform/base/HarmlessText.h"
+#include "platform/base/Mutex.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +10,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
-#include <shared_mutex>
 #include <span>
 #include <string>
 #include <sys/stat.h>
@@ -23,8 +22,8 @@ namespace platform {
 
 namespace {
 
-std::shared_mutex sinkMutex;          // shared while a sink receives a line, which may take a while
-SystemLogSink* currentSink = nullptr; // guarded by sinkMutex
+SharedMutex sinkMutex; // shared while a sink receives a line, which may take a while
+SystemLogSink* currentSink GUARDED_BY(sinkMutex) = nullptr;
 
 int syslogPriority(LogPriority priority) noexcept {
     switch (priority) {
@@ -65,7 +64,7 @@ bool isStandardErrorTheJournal() noexcept {
 
 void writeLine(LogPriority priority, std::string_view text) noexcept {
     {
-        const std::shared_lock lock(sinkMutex);
+        const SharedLock lock(sinkMutex);
         if (currentSink != nullptr) {
             currentSink->line(priority, text);
             return;
@@ -95,7 +94,7 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
 }
 
 SystemLogSink::SystemLogSink() {
-    const std::unique_lock lock(sinkMutex);
+    const ScopedLock lock(sinkMutex);
     previous_ = std::exchange(currentSink, this);
 }
 
@@ -104,7 +103,7 @@ SystemLogSink::~SystemLogSink() {
 }
 
 void SystemLogSink::end() noexcept {
-    const std::unique_lock lock(sinkMutex);
+    const ScopedLock lock(sinkMutex);
     if (currentSink == this)
         currentSink = previous_;
 }

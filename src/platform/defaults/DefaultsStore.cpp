@@ -1,5 +1,6 @@
 #include "platform/defaults/DefaultsStore.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/defaults/PropertyList.h"
 
@@ -17,8 +18,8 @@ constexpr std::chrono::seconds firstRetry{1}; // also each retry if the disk is 
 constexpr std::chrono::seconds slowestRetry{60};
 
 struct SharedReporter {
-    std::mutex mutex;
-    DefaultsStore::Reporter call;
+    Mutex mutex;
+    DefaultsStore::Reporter call GUARDED_BY(mutex);
 };
 
 /// Never destroyed: a save may end after main() has.
@@ -30,7 +31,7 @@ SharedReporter& sharedReporter() {
 void report(const DefaultsError& trouble) {
     DefaultsStore::Reporter call;
     {
-        const std::lock_guard lock(sharedReporter().mutex);
+        const ScopedLock lock(sharedReporter().mutex);
         call = sharedReporter().call;
     }
     if (call)
@@ -44,7 +45,7 @@ void report(const DefaultsError& trouble) {
 } // namespace
 
 void DefaultsStore::setReporter(Reporter reporter) {
-    const std::lock_guard lock(sharedReporter().mutex);
+    const ScopedLock lock(sharedReporter().mutex);
     sharedReporter().call = std::move(reporter);
 }
 
@@ -60,33 +61,34 @@ void DefaultsStore::load() {
                           "There is no folder for settings; they are kept in memory only"});
         return;
     }
+    const DefaultsFile::Outcome outcome = file_->update({}, {}, false);
+    report(outcome, DefaultsError::Kind::lost);
+    const ScopedLock lock(mutex_);
     saveTimer_.emplace(queue_, [weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->save(false);
     });
-    const DefaultsFile::Outcome outcome = file_->update({}, {}, false);
-    report(outcome, DefaultsError::Kind::lost);
     inFile_ = outcome.values.value_or(QVariantMap());
 }
 
 void DefaultsStore::registerDefaults(const QVariantMap& values) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     registered_.insert(values);
     tellAllLocked();
 }
 
 QVariant DefaultsStore::stored(const QString& key) const {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     return storedLocked(key);
 }
 
 QVariant DefaultsStore::registered(const QString& key) const {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     return registered_.value(key);
 }
 
 void DefaultsStore::change(const QString& key, const QVariant& value) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (isSameValue(storedLocked(key), value))
         return;
     unsaved_.insert(key, {value, ++changes_});
@@ -122,18 +124,18 @@ void DefaultsStore::finish() {
 }
 
 bool DefaultsStore::lacksRoom() const {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     return lacksRoom_;
 }
 
 bool DefaultsStore::hasUnsaved() const {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     return !unsaved_.isEmpty();
 }
 
 std::shared_ptr<DefaultsStore::Observer> DefaultsStore::addObserver(const QString& key,
                                                                     std::function<void()> handler) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     auto observer =
         std::make_shared<Observer>(Observer{key, std::move(handler), effectiveLocked(key)});
     observers_.push_back(observer);
@@ -141,7 +143,7 @@ std::shared_ptr<DefaultsStore::Observer> DefaultsStore::addObserver(const QStrin
 }
 
 void DefaultsStore::cancelObserver(const std::shared_ptr<Observer>& observer) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     observer->isCancelled = true;
     std::erase(observers_, observer);
 }
@@ -154,7 +156,7 @@ bool DefaultsStore::save(bool isDurable) {
     DefaultsFile::Changes changes;
     std::uint64_t lastNumber = 0;
     {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         saveTime_.reset();
         saveTimer_->cancel();
         known = inFile_;
@@ -170,7 +172,7 @@ bool DefaultsStore::save(bool isDurable) {
 
 /// Changes up to `lastNumber` are in the file, if nothing failed.
 void DefaultsStore::settle(const DefaultsFile::Outcome& outcome, std::uint64_t lastNumber) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (outcome.values)
         inFile_ = *outcome.values;
     if (outcome.failure.empty()) {
@@ -238,7 +240,7 @@ void DefaultsStore::tellLocked(const std::shared_ptr<Observer>& observer) {
 /// On the main thread. The value may be back at what the observer knows.
 void DefaultsStore::tellObserver(const std::shared_ptr<Observer>& observer) {
     {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         observer->isPosted = false;
         QVariant value = effectiveLocked(observer->key);
         if (observer->isCancelled || isSameValue(observer->told, value))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/MonotonicClock.h"
+#include "platform/base/Mutex.h"
 #include "platform/defaults/DefaultsFile.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
@@ -15,7 +16,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,30 +81,30 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     };
 
     bool save(bool isDurable);
-    bool hasUnsaved() const;
+    bool hasUnsaved() const EXCLUDES(mutex_);
     void settle(const DefaultsFile::Outcome& outcome, std::uint64_t lastNumber);
     void report(const DefaultsFile::Outcome& outcome, DefaultsError::Kind damage);
-    void saveBy(MonotonicClock::time_point deadline);
-    QVariant storedLocked(const QString& key) const;
-    QVariant effectiveLocked(const QString& key) const;
-    void tellLocked(const std::shared_ptr<Observer>& observer);
-    void tellAllLocked();
+    void saveBy(MonotonicClock::time_point deadline) REQUIRES(mutex_);
+    QVariant storedLocked(const QString& key) const REQUIRES(mutex_);
+    QVariant effectiveLocked(const QString& key) const REQUIRES(mutex_);
+    void tellLocked(const std::shared_ptr<Observer>& observer) REQUIRES(mutex_);
+    void tellAllLocked() REQUIRES(mutex_);
     void tellObserver(const std::shared_ptr<Observer>& observer);
 
     const std::shared_ptr<DispatchQueue> queue_;
-    std::optional<DefaultsFile> file_;       // the queue's blocks and load() only
-    bool isFailing_ = false;                 // likewise: has been reported
-    std::chrono::seconds retryDelay_{1};     // likewise
-    std::optional<DispatchTimer> saveTimer_; // guarded by mutex_, as all that follows
+    std::optional<DefaultsFile> file_;   // the queue's blocks and load() only
+    bool isFailing_ = false;             // likewise: has been reported
+    std::chrono::seconds retryDelay_{1}; // likewise
 
-    mutable std::mutex mutex_;
-    QVariantMap registered_;
-    QVariantMap inFile_;
-    QHash<QString, Change> unsaved_;
-    std::uint64_t changes_ = 0; // how many there have been
-    std::optional<MonotonicClock::time_point> saveTime_;
-    bool lacksRoom_ = false;
-    std::vector<std::shared_ptr<Observer>> observers_;
+    mutable Mutex mutex_;
+    std::optional<DispatchTimer> saveTimer_ GUARDED_BY(mutex_);
+    QVariantMap registered_ GUARDED_BY(mutex_);
+    QVariantMap inFile_ GUARDED_BY(mutex_);
+    QHash<QString, Change> unsaved_ GUARDED_BY(mutex_);
+    std::uint64_t changes_ GUARDED_BY(mutex_) = 0; // how many there have been
+    std::optional<MonotonicClock::time_point> saveTime_ GUARDED_BY(mutex_);
+    bool lacksRoom_ GUARDED_BY(mutex_) = false;
+    std::vector<std::shared_ptr<Observer>> observers_ GUARDED_BY(mutex_);
 };
 
 } // namespace platform

@@ -1,5 +1,6 @@
 #include "platform/files/FileWatchService.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/loop/BackgroundLoop.h"
 #include "platform/loop/RunLoop.h"
@@ -88,7 +89,7 @@ FileWatchService::FileWatchService(RunLoop& loop, const InotifyCalls& calls)
 FileWatchService::~FileWatchService() = default;
 
 bool FileWatchService::add(Client& client, int descriptor, bool isFolder) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (openInstance())
         client.watch_ = link(client, descriptor, isFolder ? folderMask : fileMask, false);
     if (client.watch_ < 0) {
@@ -104,7 +105,7 @@ bool FileWatchService::add(Client& client, int descriptor, bool isFolder) {
 }
 
 void FileWatchService::follow(Client& client, int descriptor) {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (client.watch_ < 0 || client.entryName_.empty())
         return; // it has been removed, or is not a folder
     unlink(client, std::exchange(client.parentWatch_, -1), true);
@@ -112,7 +113,7 @@ void FileWatchService::follow(Client& client, int descriptor) {
 }
 
 void FileWatchService::remove(Client& client) noexcept {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     unlink(client, std::exchange(client.watch_, -1), false);
     unlink(client, std::exchange(client.parentWatch_, -1), true);
 }
@@ -124,21 +125,21 @@ bool FileWatchService::openInstance() {
     if (!instance_)
         return false;
     if (RunLoop::current() != &loop_) {
-        loop_.post([this] {
-            if (!listen())
+        loop_.post([this, instance = instance_.get()] {
+            if (!listen(instance))
                 abandon();
         });
-    } else if (!listen()) {
+    } else if (!listen(instance_.get())) {
         instance_.reset();
         return false;
     }
     return true;
 }
 
-bool FileWatchService::listen() {
+bool FileWatchService::listen(int instance) {
     buffer_.resize(bufferSize);
-    source_ = RunLoopSource::create(loop_, instance_.get(), RunLoopSource::reading,
-                                    [this] { readEvents(); });
+    source_ = RunLoopSource::create(loop_, instance, RunLoopSource::reading,
+                                    [this, instance] { readEvents(instance); });
     return source_ != nullptr;
 }
 
@@ -146,7 +147,7 @@ bool FileWatchService::listen() {
 /// with another one.
 void FileWatchService::abandon() {
     systemLog(LogPriority::error, "Changes of files are not detected: %s", std::strerror(errno));
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     while (!links_.empty())
         forget(links_.begin()->first);
     instance_.reset();
@@ -190,12 +191,12 @@ void FileWatchService::linkToParent(Client& client, int descriptor) {
         client.parentWatch_ = link(client, parent.get(), parentMask, true);
 }
 
-void FileWatchService::readEvents() {
-    const ssize_t got = ::read(instance_.get(), buffer_.data(), buffer_.size());
+void FileWatchService::readEvents(int instance) {
+    const ssize_t got = ::read(instance, buffer_.data(), buffer_.size());
     const std::size_t size = got > 0 ? static_cast<std::size_t>(got) : 0;
     Notices notices;
     {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         inotify_event event{};
         for (std::size_t at = 0; at + sizeof event <= size; at += sizeof event + event.len) {
             std::memcpy(&event, &buffer_[at], sizeof event);

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/base/FileDescriptor.h"
+#include "platform/base/Mutex.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -87,26 +87,26 @@ class FileWatchService {
     };
     using Notices = std::vector<std::pair<std::shared_ptr<Client>, std::uint32_t>>;
 
-    bool openInstance();
-    bool listen();
-    void abandon();
-    int link(Client& client, int descriptor, std::uint32_t mask, bool asParent);
-    void unlink(Client& client, int watch, bool asParent) noexcept;
-    void linkToParent(Client& client, int descriptor);
-    void readEvents();
-    void collect(const inotify_event& event, std::string_view name, Notices& notices);
-    void collectOverflow(Notices& notices) const;
-    void forget(int watch);
-    void reportRefusal(int error);
+    bool openInstance() REQUIRES(mutex_);
+    bool listen(int instance);
+    void abandon() EXCLUDES(mutex_);
+    int link(Client& client, int descriptor, std::uint32_t mask, bool asParent) REQUIRES(mutex_);
+    void unlink(Client& client, int watch, bool asParent) noexcept REQUIRES(mutex_);
+    void linkToParent(Client& client, int descriptor) REQUIRES(mutex_);
+    void readEvents(int instance) EXCLUDES(mutex_);
+    void collect(const inotify_event& event, std::string_view name, Notices& notices)
+        REQUIRES(mutex_);
+    void collectOverflow(Notices& notices) const REQUIRES(mutex_);
+    void forget(int watch) REQUIRES(mutex_);
+    void reportRefusal(int error) REQUIRES(mutex_);
 
     RunLoop& loop_;
     const InotifyCalls& calls_;
 
-    std::mutex mutex_;
-    // Guarded by mutex_. The instance stays once it is open.
-    FileDescriptor instance_;
-    std::unordered_map<int, std::vector<Link>> links_; // by the kernel's watch
-    bool refusalReported_ = false;
+    Mutex mutex_;
+    FileDescriptor instance_ GUARDED_BY(mutex_);                          // stays once it is open
+    std::unordered_map<int, std::vector<Link>> links_ GUARDED_BY(mutex_); // by the kernel's watch
+    bool refusalReported_ GUARDED_BY(mutex_) = false;
 
     // The loop's thread only.
     std::unique_ptr<RunLoopSource> source_;

@@ -1,5 +1,6 @@
 #include "platform/loop/DispatchThreads.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/base/ThreadCalls.h"
 
@@ -16,12 +17,12 @@ DispatchThreads& DispatchThreads::instance() {
 
 void DispatchThreads::submit(std::function<void()> job) {
     {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         jobs_.push_back(std::move(job));
         if (idle_ < jobs_.size() && threads_ < mostThreads)
             addThread();
     }
-    changed_.notify_one();
+    changed_.notifyOne();
 }
 
 void DispatchThreads::addThread() {
@@ -37,17 +38,18 @@ void DispatchThreads::addThread() {
 }
 
 void DispatchThreads::work() {
-    std::unique_lock lock(mutex_);
+    const ScopedLock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return !jobs_.empty(); });
+        while (jobs_.empty())
+            changed_.wait(mutex_);
         --idle_;
+        auto job = std::move(jobs_.front());
+        jobs_.pop_front();
         {
-            const auto job = std::move(jobs_.front());
-            jobs_.pop_front();
-            lock.unlock();
+            const ScopedUnlock unlocked(mutex_);
             job();
+            job = nullptr; // its captures are released without the lock
         }
-        lock.lock();
         ++idle_;
     }
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <condition_variable>
+#include "platform/base/Mutex.h"
+
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 
 namespace platform {
 
@@ -28,15 +28,14 @@ class DispatchThreads {
   private:
     DispatchThreads() = default;
 
-    void addThread();
-    void work();
+    void addThread() REQUIRES(mutex_);
+    void work() EXCLUDES(mutex_);
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    // Guarded by mutex_.
-    std::deque<std::function<void()>> jobs_;
-    std::size_t threads_ = 0;
-    std::size_t idle_ = 0;
+    Mutex mutex_;
+    Condition changed_;
+    std::deque<std::function<void()>> jobs_ GUARDED_BY(mutex_);
+    std::size_t threads_ GUARDED_BY(mutex_) = 0;
+    std::size_t idle_ GUARDED_BY(mutex_) = 0;
 };
 
 } // namespace platform

@@ -1,12 +1,12 @@
 #include "platform/loop/DispatchTimer.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/loop/BackgroundLoop.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/Timer.h"
 
 #include <atomic>
-#include <mutex>
 #include <optional>
 
 namespace platform {
@@ -25,7 +25,7 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
         : queue(std::move(queueToUse))
         , block(std::make_shared<const std::function<void()>>(std::move(blockToRun))) {}
 
-    void wakeAt(MonotonicClock::time_point time) {
+    void wakeAt(MonotonicClock::time_point time) REQUIRES(mutex) {
         backgroundLoop().post([this, self = shared_from_this(), time] {
             if (!timer)
                 timer.emplace(backgroundLoop(), [this] { woken(); });
@@ -37,12 +37,12 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
 
     /// Otherwise there may be no background loop, and there is nothing to release.
     bool everStarted() {
-        const std::lock_guard lock(mutex);
+        const ScopedLock lock(mutex);
         return started;
     }
 
     void woken() {
-        const std::lock_guard lock(mutex);
+        const ScopedLock lock(mutex);
         wakeUp.reset();
         if (!deadline)
             return;
@@ -58,11 +58,10 @@ struct DispatchTimer::State : std::enable_shared_from_this<State> {
     const std::shared_ptr<DispatchQueue> queue;
     const std::shared_ptr<const std::function<void()>> block;
 
-    std::mutex mutex;
-    // Guarded by mutex.
-    std::optional<MonotonicClock::time_point> deadline;
-    std::optional<MonotonicClock::time_point> wakeUp;
-    bool started = false;
+    Mutex mutex;
+    std::optional<MonotonicClock::time_point> deadline GUARDED_BY(mutex);
+    std::optional<MonotonicClock::time_point> wakeUp GUARDED_BY(mutex);
+    bool started GUARDED_BY(mutex) = false;
 
     std::optional<Timer> timer; // the background loop's thread only
 };
@@ -79,7 +78,7 @@ DispatchTimer::~DispatchTimer() {
 }
 
 void DispatchTimer::start(MonotonicClock::time_point deadline) {
-    const std::lock_guard lock(state_->mutex);
+    const ScopedLock lock(state_->mutex);
     if (!state_->wakeUp || deadline < *state_->wakeUp)
         state_->wakeAt(deadline);
     state_->deadline = deadline;
@@ -87,7 +86,7 @@ void DispatchTimer::start(MonotonicClock::time_point deadline) {
 }
 
 void DispatchTimer::cancel() {
-    const std::lock_guard lock(state_->mutex);
+    const ScopedLock lock(state_->mutex);
     state_->deadline.reset();
 }
 

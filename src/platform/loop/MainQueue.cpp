@@ -1,13 +1,13 @@
 #include "platform/loop/MainQueue.h"
 
 #include "platform/base/ExceptionReport.h"
+#include "platform/base/Mutex.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/loop/RunLoop.h"
 
 #include <deque>
 #include <exception>
 #include <future>
-#include <mutex>
 #include <unistd.h>
 #include <utility>
 
@@ -27,7 +27,7 @@ class MainQueue final : public DispatchQueue {
     MainQueue() : DispatchQueue("main") {}
 
     void async(Block block) override {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         blocks_.push_back(std::move(block));
         if (loop_ != nullptr)
             loop_->post([this] { runNext(); });
@@ -36,7 +36,7 @@ class MainQueue final : public DispatchQueue {
     void setTarget(std::shared_ptr<DispatchQueue> /*target*/) override {}
 
     void setLoop(RunLoop* loop) {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         loop_ = loop;
         servingThread_ = loop_ != nullptr ? ::gettid() : ::getpid();
         for (std::size_t i = 0; loop_ != nullptr && i < blocks_.size(); ++i)
@@ -46,19 +46,19 @@ class MainQueue final : public DispatchQueue {
     /// Runs what there is; the calling thread is the main one as long.
     void drain() {
         {
-            const std::lock_guard lock(mutex_);
+            const ScopedLock lock(mutex_);
             servingThread_ = ::gettid();
         }
         while (runNext()) {
         }
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         servingThread_ = ::getpid();
     }
 
     bool runNext() {
         Block block;
         {
-            const std::lock_guard lock(mutex_);
+            const ScopedLock lock(mutex_);
             if (blocks_.empty())
                 return false;
             block = std::move(blocks_.front());
@@ -90,16 +90,16 @@ class MainQueue final : public DispatchQueue {
 
     /// The main thread runs the blocks, or would: until it returns, nobody else does.
     bool isHeldByCaller() const noexcept override {
-        const std::lock_guard lock(mutex_);
+        const ScopedLock lock(mutex_);
         return ::gettid() == servingThread_;
     }
 
   private:
-    mutable std::mutex mutex_;
-    // Guarded by mutex_.
-    std::deque<Block> blocks_;
-    RunLoop* loop_ = nullptr;
-    pid_t servingThread_ = ::getpid(); // the process's first thread until a service exists
+    mutable Mutex mutex_;
+    std::deque<Block> blocks_ GUARDED_BY(mutex_);
+    RunLoop* loop_ GUARDED_BY(mutex_) = nullptr;
+    // The process's first thread until a service exists.
+    pid_t servingThread_ GUARDED_BY(mutex_) = ::getpid();
 };
 
 } // namespace

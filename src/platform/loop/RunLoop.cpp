@@ -2,6 +2,7 @@
 
 #include "platform/base/CallStack.h"
 #include "platform/base/ExceptionReport.h"
+#include "platform/base/Mutex.h"
 #include "platform/loop/RunLoopSource.h"
 #include "platform/loop/Timer.h"
 
@@ -101,19 +102,19 @@ void RunLoop::run() {
 
 void RunLoop::stop() {
     {
-        const std::lock_guard lock(postedMutex_);
+        const ScopedLock lock(postedMutex_);
         stopRequested_ = true;
     }
     post([] {});
 }
 
 bool RunLoop::takeStopRequest() {
-    const std::lock_guard lock(postedMutex_);
+    const ScopedLock lock(postedMutex_);
     return std::exchange(stopRequested_, false);
 }
 
 void RunLoop::post(std::function<void()> call) {
-    const std::lock_guard lock(postedMutex_);
+    const ScopedLock lock(postedMutex_);
     posted_.push_back(std::move(call));
     if (posted_.size() > 1)
         return; // woken already: the counter is read only when all calls have been made
@@ -158,15 +159,14 @@ bool RunLoop::serveBatch(int timeout, Ready& found) {
 }
 
 void RunLoop::servePostedCalls() {
-    std::unique_lock lock(postedMutex_);
+    const ScopedLock lock(postedMutex_);
     // Calls that these calls post wait for the next turn, so that descriptors get theirs between.
     for (std::size_t left = posted_.size(); left > 0 && !posted_.empty(); --left) {
         auto call = std::move(posted_.front());
         posted_.pop_front();
-        lock.unlock();
+        const ScopedUnlock unlocked(postedMutex_);
         guarded(kExceptionInPostedCall, call);
         call = nullptr; // what it holds may post when it goes
-        lock.lock();
     }
     if (posted_.empty())
         drain(wakeUp_);

@@ -2,12 +2,12 @@
 
 #include "platform/base/FileDescriptor.h"
 #include "platform/base/MonotonicClock.h"
+#include "platform/base/Mutex.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <vector>
 
 namespace platform {
@@ -106,9 +106,9 @@ class RunLoop {
     MonotonicClock::time_point armedFor_ = MonotonicClock::time_point::max();
     std::vector<std::vector<std::byte>> spareBuffers_;
 
-    std::mutex postedMutex_;
-    std::deque<std::function<void()>> posted_; // guarded by postedMutex_
-    bool stopRequested_ = false;               // guarded by postedMutex_
+    Mutex postedMutex_;
+    std::deque<std::function<void()>> posted_ GUARDED_BY(postedMutex_);
+    bool stopRequested_ GUARDED_BY(postedMutex_) = false;
 };
 
 } // namespace platform

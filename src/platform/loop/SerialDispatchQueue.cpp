@@ -1,6 +1,7 @@
 #include "platform/loop/SerialDispatchQueue.h"
 
 #include "platform/base/ExceptionReport.h"
+#include "platform/base/Mutex.h"
 
 #include <exception>
 #include <utility>
@@ -18,42 +19,41 @@ SerialDispatchQueue::SerialDispatchQueue(std::string label, std::shared_ptr<Disp
     : DispatchQueue(std::move(label)), target_(std::move(target)) {}
 
 std::shared_ptr<DispatchQueue> SerialDispatchQueue::target() const {
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     return target_;
 }
 
 void SerialDispatchQueue::async(Block block) {
-    Lock lock(mutex_);
+    const ScopedLock lock(mutex_);
     blocks_.push_back(std::move(block));
-    scheduleIfNeeded(lock);
+    scheduleIfNeeded();
 }
 
 void SerialDispatchQueue::setTarget(std::shared_ptr<DispatchQueue> target) {
     if (target == nullptr)
         target = global();
-    Lock lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (target_ == target)
         return;
     target_ = std::move(target);
     // A job that waits in the former target will find that it is at the wrong place.
     scheduled_ = false;
-    changed_.notify_all();
-    scheduleIfNeeded(lock);
+    changed_.notifyAll();
+    scheduleIfNeeded();
 }
 
-void SerialDispatchQueue::scheduleIfNeeded(Lock& lock) {
+void SerialDispatchQueue::scheduleIfNeeded() {
     if (blocks_.empty() || scheduled_ || executing_)
         return;
     scheduled_ = true;
     const auto on = target_;
-    lock.unlock();
+    const ScopedUnlock unlocked(mutex_);
     // The job keeps the queue alive until its blocks have run.
     on->async([this, self = shared_from_this(), on] { runJob(on); });
-    lock.lock();
 }
 
 void SerialDispatchQueue::runJob(const std::shared_ptr<DispatchQueue>& on) {
-    Lock lock(mutex_);
+    const ScopedLock lock(mutex_);
     if (target_ != on)
         return; // the new target has a job of its own
     scheduled_ = false;
@@ -61,24 +61,23 @@ void SerialDispatchQueue::runJob(const std::shared_ptr<DispatchQueue>& on) {
         return; // by sync() elsewhere, which schedules anew when it has finished
     executing_ = true;
     for (std::size_t left = blocksPerJob; left > 0 && !blocks_.empty() && target_ == on; --left)
-        runOldest(lock);
-    finish(lock);
+        runOldest();
+    finish();
 }
 
-void SerialDispatchQueue::runOldest(Lock& lock) {
+void SerialDispatchQueue::runOldest() {
     const Running running(*this);
     Block block = std::move(blocks_.front());
     blocks_.pop_front();
-    lock.unlock();
+    const ScopedUnlock unlocked(mutex_);
     guarded(kExceptionInDispatchQueue, block);
     block = nullptr; // its captures are released without the lock
-    lock.lock();
 }
 
-void SerialDispatchQueue::finish(Lock& lock) {
+void SerialDispatchQueue::finish() {
     executing_ = false;
-    changed_.notify_all();
-    scheduleIfNeeded(lock);
+    changed_.notifyAll();
+    scheduleIfNeeded();
 }
 
 bool SerialDispatchQueue::isHeldByCaller() const noexcept {
@@ -98,36 +97,42 @@ struct SerialDispatchQueue::Waiter {
 /// caller holds.
 void SerialDispatchQueue::syncFromOutside(const Block& block) {
     Waiter waiter{block};
-    Lock lock(mutex_);
-    while (!waiter.isDone) {
-        const auto on = target_;
-        lock.unlock();
-        // A job that waits in a target that the caller holds could not run before we return.
-        const bool held = on->isCurrent() || on->isHeldByCaller();
-        lock.lock();
-        if (!held && (executing_ || !blocks_.empty())) {
-            waitFor(lock, waiter, on);
-            continue;
-        }
-        changed_.wait(lock, [&] { return !executing_ || waiter.isDone || target_ != on; });
-        if (executing_ || waiter.isDone || target_ != on)
-            continue;
-        lock.unlock();
-        runHere(*on, waiter);
-        lock.lock();
+    {
+        const ScopedLock lock(mutex_);
+        while (!waiter.isDone)
+            advance(waiter);
     }
-    lock.unlock();
     if (waiter.thrown)
         std::rethrow_exception(waiter.thrown);
 }
 
+void SerialDispatchQueue::advance(Waiter& waiter) {
+    const auto on = target_;
+    if (!isHeld(*on) && (executing_ || !blocks_.empty())) {
+        waitFor(waiter, on);
+        return;
+    }
+    while (executing_ && !waiter.isDone && target_ == on)
+        changed_.wait(mutex_);
+    if (executing_ || waiter.isDone || target_ != on)
+        return;
+    const ScopedUnlock unlocked(mutex_);
+    runHere(*on, waiter);
+}
+
+/// Whether the caller holds the queue `on`: a job that waits in it could not run before we return.
+bool SerialDispatchQueue::isHeld(DispatchQueue& on) {
+    const ScopedUnlock unlocked(mutex_);
+    return on.isCurrent() || on.isHeldByCaller();
+}
+
 /// Until the block has run in its turn, or the queue has another target than `on`.
-void SerialDispatchQueue::waitFor(Lock& lock, Waiter& waiter,
-                                  const std::shared_ptr<DispatchQueue>& on) {
+void SerialDispatchQueue::waitFor(Waiter& waiter, const std::shared_ptr<DispatchQueue>& on) {
     if (!std::exchange(waiter.isQueued, true))
         blocks_.emplace_back([&] { run(waiter); });
-    scheduleIfNeeded(lock);
-    changed_.wait(lock, [&] { return waiter.isDone || target_ != on; });
+    scheduleIfNeeded();
+    while (!waiter.isDone && target_ == on)
+        changed_.wait(mutex_);
 }
 
 /// Runs what waits and then the block on the calling thread, in a turn of the target. The queue is
@@ -135,21 +140,19 @@ void SerialDispatchQueue::waitFor(Lock& lock, Waiter& waiter,
 /// block is not done afterwards when somebody else has the queue or it has got another target.
 void SerialDispatchQueue::runHere(DispatchQueue& on, Waiter& waiter) {
     on.sync([&] {
-        Lock lock(mutex_);
+        const ScopedLock lock(mutex_);
         if (executing_ || waiter.isDone)
             return;
         executing_ = true;
-        const auto isOurs = [&] { return !waiter.isDone && target_.get() == &on; };
         std::size_t left = blocks_.size();
-        for (; left > 0 && isOurs(); --left)
-            runOldest(lock);
-        if (isOurs() && !waiter.isQueued) {
-            lock.unlock();
+        for (; left > 0 && !waiter.isDone && target_.get() == &on; --left)
+            runOldest();
+        if (!waiter.isDone && target_.get() == &on && !waiter.isQueued) {
+            const ScopedUnlock unlocked(mutex_);
             const Running running(*this);
             run(waiter);
-            lock.lock();
         }
-        finish(lock);
+        finish();
     });
 }
 
@@ -160,10 +163,10 @@ void SerialDispatchQueue::run(Waiter& waiter) {
     } catch (...) {
         thrown = std::current_exception();
     }
-    const std::lock_guard lock(mutex_);
+    const ScopedLock lock(mutex_);
     waiter.thrown = thrown;
     waiter.isDone = true;
-    changed_.notify_all();
+    changed_.notifyAll();
 }
 
 } // namespace platform

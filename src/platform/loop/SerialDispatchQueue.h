@@ -1,10 +1,9 @@
 #pragma once
 
+#include "platform/base/Mutex.h"
 #include "platform/loop/DispatchQueue.h"
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 
 namespace platform {
 
@@ -22,25 +21,25 @@ class SerialDispatchQueue final : public DispatchQueue {
     bool isHeldByCaller() const noexcept override;
 
   private:
-    using Lock = std::unique_lock<std::mutex>;
     struct Waiter;
 
-    std::shared_ptr<DispatchQueue> target() const;
-    void scheduleIfNeeded(Lock& lock);
-    void runJob(const std::shared_ptr<DispatchQueue>& on);
-    void runOldest(Lock& lock);
-    void finish(Lock& lock);
-    void waitFor(Lock& lock, Waiter& waiter, const std::shared_ptr<DispatchQueue>& on);
-    void runHere(DispatchQueue& on, Waiter& waiter);
-    void run(Waiter& waiter);
+    std::shared_ptr<DispatchQueue> target() const EXCLUDES(mutex_);
+    void scheduleIfNeeded() REQUIRES(mutex_);
+    void runJob(const std::shared_ptr<DispatchQueue>& on) EXCLUDES(mutex_);
+    void runOldest() REQUIRES(mutex_);
+    void finish() REQUIRES(mutex_);
+    void advance(Waiter& waiter) REQUIRES(mutex_);
+    bool isHeld(DispatchQueue& on) REQUIRES(mutex_);
+    void waitFor(Waiter& waiter, const std::shared_ptr<DispatchQueue>& on) REQUIRES(mutex_);
+    void runHere(DispatchQueue& on, Waiter& waiter) EXCLUDES(mutex_);
+    void run(Waiter& waiter) EXCLUDES(mutex_);
 
-    mutable std::mutex mutex_;
-    std::condition_variable changed_; // execution or a waited-for block ended, another target
-    // Guarded by mutex_.
-    std::shared_ptr<DispatchQueue> target_;
-    std::deque<Block> blocks_;
-    bool scheduled_ = false; // a job waits in a target queue
-    bool executing_ = false; // some thread runs blocks, or is about to
+    mutable Mutex mutex_;
+    Condition changed_; // execution or a waited-for block ended, another target
+    std::shared_ptr<DispatchQueue> target_ GUARDED_BY(mutex_);
+    std::deque<Block> blocks_ GUARDED_BY(mutex_);
+    bool scheduled_ GUARDED_BY(mutex_) = false; // a job waits in a target queue
+    bool executing_ GUARDED_BY(mutex_) = false; // some thread runs blocks, or is about to
 };
 
 } // namespace platform
