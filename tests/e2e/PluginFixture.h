@@ -86,14 +86,16 @@ class PluginFixture : public testing::Test {
         return program.value_or(MVCommConnectionProcess{});
     }
 
+    bool hasCheckedIn(std::uint32_t pid) const {
+        return std::ranges::any_of(application_->programs(),
+                                   [pid](const auto& each) { return each.pid == pid; });
+    }
+
     /// Waits until the program of the process has checked in, and returns its pid.
     std::uint32_t awaitProcess(pid_t process) {
         const auto pid = static_cast<std::uint32_t>(process);
-        EXPECT_TRUE(support::waitUntil([&] {
-            return std::ranges::any_of(application_->programs(),
-                                       [pid](const auto& each) { return each.pid == pid; });
-        })) << pid
-            << "\n"
+        EXPECT_TRUE(support::waitUntil([&] { return hasCheckedIn(pid); }))
+            << pid << "\n"
             << (plugin_ ? plugin_->output() : "");
         return pid;
     }

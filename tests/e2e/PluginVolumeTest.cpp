@@ -148,20 +148,24 @@ TEST_F(PluginVolumeTest, ADragMakesNoJump) {
         if (next < drag.size())
             pointer->start(90ms);
     });
+    // A cycle of the graph is longer than the time between two steps and may see both.
+    const double allowed = level * (1 - gainOf(90)) + 1e-4;
     double jump = 0;
-    for (int take = 0; take < 5; ++take) { // a busy machine serves a program late now and then
+    float quietest = 0;
+    float last = 0;
+    for (int take = 0; take < 10; ++take) { // a busy machine serves a program late now and then
         next = 0;
         pointer->start({});
         const auto samples = recorder_->record(2800ms).channels[0];
-        EXPECT_NEAR(samples.back(), level, 1e-4);
-        EXPECT_TRUE(std::any_of(samples.begin(), samples.end(),
-                                [](float sample) { return sample > inaudible && sample < 1e-6F; }));
+        last = samples.back();
         jump = greatestJump(samples);
-        // A cycle of the graph is longer than the time between two steps and may see both.
-        if (jump <= level * (1 - gainOf(90)) + 1e-4)
+        quietest = level;
+        for (const float sample : samples)
+            quietest = sample > inaudible ? std::min(quietest, sample) : quietest;
+        if (jump <= allowed && quietest < 1e-6F && std::abs(last - level) < 1e-4F)
             return;
     }
-    ADD_FAILURE() << "a jump of " << jump;
+    ADD_FAILURE() << "a jump of " << jump << ", down to " << quietest << ", at the end " << last;
 }
 
 TEST_F(PluginVolumeTest, AnEndInTheMiddleOfAChangeLeavesWhatWasAskedFor) {
@@ -184,7 +188,12 @@ TEST_F(PluginVolumeTest, ManyAndShortStreamsAreNothingToWriteAbout) {
         brief.play();
         recorder_->record(50ms);
     }
-    awaitCheckin(brief);
+    // On a busy machine streams are over before the plug-in has seen them.
+    EXPECT_TRUE(waitUntil([&] {
+        brief.play();
+        recorder_->record(50ms);
+        return hasCheckedIn(brief.pid());
+    }));
     application_->setVolume(crowd.pid(), 50);
     EXPECT_TRUE(hearsConstant(0.5 * gainOf(50)));
     EXPECT_EQ(plugin_->output(), atStart);
