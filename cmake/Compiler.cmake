@@ -6,6 +6,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    add_compile_options(-Wthread-safety) # see platform/base/ThreadSafety.h
+endif()
 
 # Qt's signals, slots and emit are ordinary names here.
 add_compile_definitions(QT_NO_KEYWORDS)

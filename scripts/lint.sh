@@ -74,11 +74,20 @@ built_sources() {
     grep -xF -f <(cut -f 1 "$lint_folder/commands" | sed "s|^$root/||")
 }
 
+# with_source: reads headers and answers each with a source that includes it.
+with_source() {
+    local header source
+    while read -r header; do
+        source=$(sources_of <<<"$header" | built_sources)
+        [[ -z $source ]] || echo "$header $source"
+    done
+}
+
 # lint_each CHECK: does a check of all files that it reads. Fails when one fails; files that there was no
 # time for are counted, and are no failure.
 lint_each() {
     local check=$1 files results passed late all
-    files=$(sed "s|^|$root/|")
+    files=$(sed -E "s#(^| )#\\1$root/#g")
     results=$(LINT_END=$lint_end xargs -r -d '\n' -P "$(nproc)" -n 1 \
         "$root/scripts/lint-file" "$check" "$lint_folder" <<<"$files")
     all=$(grep -c . <<<"$files")
@@ -95,8 +104,12 @@ check_code() {
     files_to_lint | sources_of | built_sources | lint_each "$check"
 }
 
+check_headers() {
+    files_to_lint | grep '\.h$' | with_source | lint_each header
+}
+
 run_lint() {
-    local failed=0 step steps=(check_format check_code)
+    local failed=0 step steps=(check_format check_headers check_code)
     lint_end=${lint_minutes:+$((EPOCHSECONDS + lint_minutes * 60))}
     prepare_lint || return 1
     for step in "${steps[@]}"; do
