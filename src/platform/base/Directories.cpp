@@ -32,11 +32,6 @@ std::string homeOfUserEntry() {
     return {};
 }
 
-std::string homeDirectory() {
-    std::string home = absoluteVariable("HOME");
-    return !home.empty() ? home : homeOfUserEntry();
-}
-
 std::string folderInHome(std::string_view inHome) {
     std::string home = homeDirectory();
     return !home.empty() ? home.append(inHome) : home;
@@ -74,6 +69,11 @@ bool makeDirectory(const std::string& path, mode_t mode) {
 }
 
 } // namespace
+
+std::string homeDirectory() {
+    std::string home = absoluteVariable("HOME");
+    return !home.empty() ? home : homeOfUserEntry();
+}
 
 std::string applicationSupportDirectory(Domain domain) {
     if (domain == Domain::user)

@@ -11,6 +11,9 @@ namespace platform {
 
 enum class Domain { user, local };
 
+/// $HOME, else the home in the user's entry. Empty for a user without a home.
+std::string homeDirectory();
+
 /// The folder under which programs keep their data: of this user ($XDG_DATA_HOME, else
 /// ~/.local/share), or for all users ("Application Support" in the local library). Empty if the
 /// system has none.
