@@ -1,6 +1,6 @@
 #pragma once
 
-/// Numbers of the places where the application object catches exceptions; they follow those of
+/// Numbers of the places where the framework catches exceptions; they follow those of
 /// platform/base/ExceptionReport.h.
 enum QNExceptionPlace : unsigned {
     kExceptionInOptions = 100,
@@ -17,4 +17,5 @@ enum QNExceptionPlace : unsigned {
     kExceptionInEventHandler = 111,
     kExceptionInInterface = 112,
     kExceptionInLaunchStep = 113,
+    kExceptionInInstallManifest = 114,
 };
