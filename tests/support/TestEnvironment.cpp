@@ -34,6 +34,9 @@ TestEnvironment::TestEnvironment() {
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         ::setenv(variable, path.c_str(), 1);
     }
+    // Unset, it would be the machine's: no test may restart that.
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder_.path() / "none").string()).c_str(),
+             1);
     for (const char* variable : unsetVariables)
         ::unsetenv(variable);
     ::setenv("LC_ALL", "C.UTF-8", 1);
