@@ -1,17 +1,14 @@
 #include "platform/files/DirectoryComparison.h"
 
 #include "support/PrivateFolder.h"
+#include "support/WithoutCapabilities.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <linux/capability.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <thread>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -137,15 +134,9 @@ TEST_F(DirectoryComparison, EmptyFoldersAreEqual) {
 }
 
 TEST_F(DirectoryComparison, WhatCannotBeReadIsDifferent) {
-    // Root reads everything, so on a thread without that right: each has rights of its own.
     const auto areEqualForUser = [this] {
         bool equal = false;
-        std::thread([&] {
-            __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-            const __user_cap_data_struct none[2]{};
-            ASSERT_EQ(::syscall(SYS_capset, &header, none), 0);
-            equal = areEqual();
-        }).join();
+        support::withoutCapabilities([&] { equal = areEqual(); });
         return equal;
     };
     EXPECT_TRUE(areEqualForUser());
