@@ -1,0 +1,33 @@
+#include "platform/authorization/AuthorizationReason.h"
+
+#include "platform/text/Localization.h"
+
+namespace platform {
+
+QString authorizationReason(PrivilegedTool::Answer answer) {
+    using Answer = PrivilegedTool::Answer;
+    switch (answer) {
+    case Answer::granted:
+    case Answer::cancelled:
+        return {};
+    case Answer::noPkexec:
+        return localized(QStringLiteral("The program that asks for an administrator's password is "
+                                        "missing. Please install the package \"pkexec\"."));
+    case Answer::noPolkit:
+        return localized(QStringLiteral(
+            "The service that checks an administrator's password does not answer. Please make sure "
+            "that the package \"polkitd\" is installed."));
+    case Answer::noAgent:
+        return localized(QStringLiteral(
+            "No program in this session can ask for an administrator's password. Please install "
+            "one, for example the package \"mate-polkit\", and log in again."));
+    case Answer::notAuthorized:
+        return localized(QStringLiteral("You are not authorized to change what all users of this "
+                                        "computer share."));
+    case Answer::failed:
+        return localized(QStringLiteral("The tool that does this as an administrator cannot run."));
+    }
+    return {};
+}
+
+} // namespace platform
