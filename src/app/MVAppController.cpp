@@ -14,6 +14,7 @@
 #include "platform/base/Directories.h"
 #include "platform/base/ExceptionReport.h"
 #include "platform/bundle/Bundle.h"
+#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/defaults/UserDefaults.h"
@@ -125,7 +126,8 @@ void MVAppController::applicationDidFinishLaunching() {
     step([this] { serveBus(); });
     step([this] { updateWhenActive(); });
     step([this] {
-        helper_ = std::make_unique<platform::BusNameWatch>(QLatin1String(helperBusName));
+        helper_ = std::make_unique<platform::BusNameOwner>(platform::sessionBus(),
+                                                           QLatin1String(helperBusName));
     });
     step([this] { showFileAlerts(); });
 }

@@ -14,7 +14,7 @@ class VolumeWindow;
 class PluginBusClient;
 
 namespace platform {
-class BusNameWatch;
+class BusNameOwner;
 class SingleInstance;
 
 } // namespace platform
@@ -81,5 +81,5 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;
-    std::unique_ptr<platform::BusNameWatch> helper_;
+    std::unique_ptr<platform::BusNameOwner> helper_;
 };

@@ -6,6 +6,7 @@
 #include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
+#include "platform/bus/SessionBus.h"
 #include "platform/processes/DetachedProgram.h"
 #include "platform/text/Localization.h"
 #include "ui/VolumeWindow.h"
@@ -101,7 +102,8 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencie
                     [this] { return name_.isOwned(); }, [this] { return serveSocket(); }, starter_,
                     [this](Problem problem) { show(problem); }})
     , service_(QString::fromLatin1(PluginStarter::serviceName), platform::sessionBus())
-    , name_(QStringLiteral("com.quarnel.Tonvale.Plugin"), [this] { watch_.changed(); }) {
+    , name_(platform::sessionBus(), QStringLiteral("com.quarnel.Tonvale.Plugin"),
+            [this](const QString&) { watch_.changed(); }) {
     QObject::connect(&dependencies_.window, &VolumeWindow::helpWanted, &guard_,
                      [this] { watch_.help(); });
     QObject::connect(&dependencies_.window, &VolumeWindow::detailsWanted, &guard_,

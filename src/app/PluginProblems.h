@@ -2,7 +2,7 @@
 
 #include "app/PluginHealth.h"
 #include "app/PluginStarter.h"
-#include "platform/bus/SessionBus.h"
+#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/UserService.h"
 
 #include <QObject>
@@ -46,6 +46,6 @@ class PluginProblems {
     PluginStarter starter_;
     PluginHealth watch_;
     platform::UserService service_; // its answers go to those above
-    platform::BusNameWatch name_;
+    platform::BusNameOwner name_;
     QObject guard_; // ends the window's calls
 };

@@ -81,7 +81,7 @@ class PluginBusClient::Receiver : public QObject {
         std::function<void()> tell;
     };
 
-    bool isThere() const { return plugin_.owner() && !plugin_.owner()->isEmpty(); }
+    bool isThere() const { return plugin_.isOwned(); }
 
     /// A plug-in that ends is no failure. One that refuses will refuse again.
     void report(const QDBusError& error) {

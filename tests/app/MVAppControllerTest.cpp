@@ -3,7 +3,7 @@
 #include "comm/MVCommSocketPath.h"
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
-#include "platform/bus/SessionBus.h"
+#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/MainQueue.h"
@@ -123,7 +123,7 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
 
     auto session = QDBusConnection::sessionBus();
     ASSERT_TRUE(session.registerService("com.quarnel.TonvaleHelper"));
-    const platform::BusNameWatch helper("com.quarnel.TonvaleHelper");
+    const platform::BusNameOwner helper(session, "com.quarnel.TonvaleHelper");
     ASSERT_TRUE(
         support::waitUntil([&] { return helper.isOwned(); })); // the controller knows it too
     EXPECT_FALSE(window->close());

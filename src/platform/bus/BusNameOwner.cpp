@@ -12,12 +12,17 @@ namespace platform {
 
 BusNameOwner::BusNameOwner(const QDBusConnection& bus, const QString& name,
                            std::function<void(const QString& owner)> changed)
-    : changed_(std::move(changed)), watcher_(name, bus) {
-    QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &watcher_,
+    : changed_(std::move(changed)) {
+    if (!bus.isConnected()) {
+        owner_.emplace();
+        return;
+    }
+    QDBusServiceWatcher* const watcher = &watcher_.emplace(name, bus);
+    QObject::connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, watcher,
                      [this](const QString&, const QString&, const QString& owner) { set(owner); });
     auto* const answer = new QDBusPendingCallWatcher(
-        bus.interface()->asyncCall(QStringLiteral("GetNameOwner"), name), &watcher_);
-    QObject::connect(answer, &QDBusPendingCallWatcher::finished, &watcher_, [this, answer] {
+        bus.interface()->asyncCall(QStringLiteral("GetNameOwner"), name), watcher);
+    QObject::connect(answer, &QDBusPendingCallWatcher::finished, watcher, [this, answer] {
         const QDBusPendingReply<QString> reply = *answer;
         if (!owner_)
             set(reply.isValid() ? reply.value() : QString());
@@ -27,7 +32,8 @@ BusNameOwner::BusNameOwner(const QDBusConnection& bus, const QString& name,
 
 void BusNameOwner::set(const QString& owner) {
     owner_ = owner;
-    guarded(kExceptionInNotification, [&] { changed_(owner); });
+    if (changed_)
+        guarded(kExceptionInNotification, [&] { changed_(owner); });
 }
 
 } // namespace platform

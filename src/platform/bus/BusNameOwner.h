@@ -13,21 +13,25 @@ namespace platform {
 /// message at most. Main thread only.
 class BusNameOwner {
   public:
-    /// `changed` is called from the event loop with the unique name of the owner, empty for none,
-    /// when it becomes known and after each change.
+    /// `changed`, which may be null, is called from the event loop with the unique name of the
+    /// owner, empty for none, when it becomes known and after each change. Exceptions are reported
+    /// (ExceptionReport). On a bus that is not connected there is no owner.
     BusNameOwner(const QDBusConnection& bus, const QString& name,
-                 std::function<void(const QString& owner)> changed);
+                 std::function<void(const QString& owner)> changed = nullptr);
     BusNameOwner(const BusNameOwner&) = delete;
     BusNameOwner& operator=(const BusNameOwner&) = delete;
 
     /// Empty: no owner; nothing: not known yet.
     const std::optional<QString>& owner() const noexcept { return owner_; }
 
+    /// Whether it is known to have an owner.
+    bool isOwned() const noexcept { return owner_ && !owner_->isEmpty(); }
+
   private:
     void set(const QString& owner);
 
     const std::function<void(const QString& owner)> changed_;
-    QDBusServiceWatcher watcher_; // owns the question that is under way
+    std::optional<QDBusServiceWatcher> watcher_; // owns the question that is under way
     std::optional<QString> owner_;
 };
 

@@ -1,15 +1,10 @@
 #include "platform/bus/SessionBus.h"
 
 #include "platform/base/Directories.h"
-#include "platform/base/ExceptionReport.h"
 #include "platform/base/FileDescriptor.h"
 #include "platform/base/SystemLog.h"
 
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 
 #include <algorithm>
 #include <array>
@@ -115,32 +110,5 @@ QDBusConnection systemBus() {
     return isAnswering ? QDBusConnection::systemBus()
                        : QDBusConnection(QStringLiteral("no system bus"));
 }
-
-BusNameWatch::BusNameWatch(const QString& name, std::function<void()> changed)
-    : name_(name), changed_(std::move(changed)) {
-    const QDBusConnection bus = sessionBus();
-    if (!bus.isConnected())
-        return;
-    watcher_ = std::make_unique<QDBusServiceWatcher>(name, bus);
-    const auto note = [this](const QString&, const QString&, const QString& newOwner) {
-        setOwned(!newOwner.isEmpty());
-    };
-    QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
-                     note);
-    const auto call = bus.interface()->asyncCall(QStringLiteral("NameHasOwner"), name_);
-    auto* const answer = new QDBusPendingCallWatcher(call, watcher_.get());
-    QObject::connect(answer, &QDBusPendingCallWatcher::finished, watcher_.get(), [this, answer] {
-        const QDBusPendingReply<bool> reply = *answer;
-        setOwned(isOwned_ || (reply.isValid() && reply.value()));
-    });
-}
-
-void BusNameWatch::setOwned(bool isOwned) {
-    isOwned_ = isOwned;
-    if (changed_)
-        guarded(kExceptionInNotification, changed_);
-}
-
-BusNameWatch::~BusNameWatch() = default;
 
 } // namespace platform
