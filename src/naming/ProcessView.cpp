@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <fcntl.h>
-#include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
@@ -117,17 +116,5 @@ std::optional<std::uint64_t> ProcessView::startTime(pid_t pid) const {
 }
 
 std::vector<pid_t> ProcessView::processesOf(uid_t user) const {
-    std::vector<pid_t> processes;
-    std::error_code error;
-    for (std::filesystem::directory_iterator each("/proc", error), end; !error && each != end;
-         each.increment(error)) {
-        const std::string name = each->path().filename();
-        pid_t pid = 0;
-        const auto [rest, failure] = std::from_chars(name.data(), name.data() + name.size(), pid);
-        if (failure == std::errc{} && rest == name.data() + name.size() &&
-            platform::processUser(pid) == user)
-            processes.push_back(pid);
-    }
-    std::ranges::sort(processes);
-    return processes;
+    return platform::processesOf(user);
 }

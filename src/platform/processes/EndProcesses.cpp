@@ -5,7 +5,6 @@
 #include "platform/processes/ProcessInfo.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -32,25 +31,11 @@ bool isCalled(pid_t process, const std::string& name) {
            (executable && std::filesystem::path(*executable).filename() == name);
 }
 
-std::vector<pid_t> allProcesses() {
-    std::vector<pid_t> processes;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
-         entry.increment(error)) {
-        const std::string name = entry->path().filename();
-        pid_t process = 0;
-        const auto parsed = std::from_chars(name.data(), name.data() + name.size(), process);
-        if (parsed.ptr == name.data() + name.size())
-            processes.push_back(process);
-    }
-    return processes;
-}
-
 /// Opens each process before it is looked at: a later process with its number is never hit.
 std::vector<FileDescriptor> openProcesses(const std::string& name) {
     std::vector<FileDescriptor> found;
-    for (const pid_t process : allProcesses()) {
-        if (process == ::getpid() || processUser(process) != ::geteuid())
+    for (const pid_t process : processesOf(::geteuid())) {
+        if (process == ::getpid())
             continue;
         FileDescriptor opened = openProcess(process);
         if (opened && processUser(process) == ::geteuid() && isCalled(process, name))

@@ -3,14 +3,17 @@
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/RunLoopSource.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace platform {
@@ -84,6 +87,21 @@ std::optional<uid_t> processUser(pid_t process) {
     constexpr std::size_t effective = 1;
     const auto users = statusNumbers(process, "Uid");
     return users.size() > effective ? std::optional<uid_t>(users[effective]) : std::nullopt;
+}
+
+std::vector<pid_t> processesOf(uid_t user) {
+    std::vector<pid_t> processes;
+    std::error_code error;
+    for (std::filesystem::directory_iterator each("/proc", error), end; !error && each != end;
+         each.increment(error)) {
+        const std::string name = each->path().filename();
+        pid_t pid = 0;
+        const auto [rest, failure] = std::from_chars(name.data(), name.data() + name.size(), pid);
+        if (failure == std::errc{} && rest == name.data() + name.size() && processUser(pid) == user)
+            processes.push_back(pid);
+    }
+    std::ranges::sort(processes);
+    return processes;
 }
 
 std::optional<std::uint64_t> processStartTime(pid_t process) {

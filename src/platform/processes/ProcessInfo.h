@@ -27,6 +27,9 @@ std::optional<std::string> commandName(pid_t process);
 /// The user that the process runs as (its effective user).
 std::optional<uid_t> processUser(pid_t process);
 
+/// The processes that run as that user, by their pids in ascending order.
+std::vector<pid_t> processesOf(uid_t user);
+
 /// The start time in clock ticks since boot. Together with the pid it distinguishes a process from
 /// a later one with the same pid.
 std::optional<std::uint64_t> processStartTime(pid_t process);
