@@ -3,7 +3,7 @@
 #include "framework/application/OptionParser.h"
 #include "platform/base/HarmlessText.h"
 #include "platform/bundle/Bundle.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QList>
 

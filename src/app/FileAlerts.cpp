@@ -5,7 +5,7 @@
 #include "platform/base/Mutex.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "platform/text/WrappablePath.h"
 
 #include <QSet>

@@ -8,7 +8,7 @@
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/processes/DetachedProgram.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "ui/VolumeWindow.h"
 
 #include <QStringList>

@@ -3,7 +3,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "platform/processes/DetachedProgram.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QFileInfo>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #include "model/MVCommAppValue.h"
 
 #include "comm/MVCommConnectedProcess.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "workspace/Workspace.h"
 
 #include <utility>

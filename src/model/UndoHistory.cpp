@@ -1,7 +1,7 @@
 #include "model/UndoHistory.h"
 
 #include "model/MVCommAppValue.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QScopedValueRollback>
 

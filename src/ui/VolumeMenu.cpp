@@ -1,7 +1,7 @@
 #include "ui/VolumeMenu.h"
 
 #include "model/UndoHistory.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QCoreApplication>
 

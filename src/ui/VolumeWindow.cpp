@@ -11,7 +11,7 @@
 #include "model/WindowSize.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/processes/FreedMemory.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "platform/text/OneLineText.h"
 #include "platform/window/WindowPositioning.h"
 #include "settings/PreferenceKeys.h"

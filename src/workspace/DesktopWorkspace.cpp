@@ -1,7 +1,7 @@
 #include "workspace/DesktopWorkspace.h"
 
 #include "platform/loop/DispatchQueue.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "workspace/ImageWarningFilter.h"
 
 #include <QPainter>

@@ -4,7 +4,7 @@
 #include "framework/application/QNSignalProxy.h"
 #include "platform/base/Mutex.h"
 
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QDateTime>
 #include <QObject>

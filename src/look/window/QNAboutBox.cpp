@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "platform/bundle/Bundle.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "platform/window/BundleImage.h"
 
 #include <QCoreApplication>

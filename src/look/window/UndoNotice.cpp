@@ -1,7 +1,7 @@
 #include "look/window/UndoNotice.h"
 
 #include "look/theme/CurrentTheme.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>

@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/window/QNToolTip.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QHelpEvent>
 #include <QPainter>

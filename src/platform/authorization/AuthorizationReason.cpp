@@ -1,6 +1,6 @@
 #include "platform/authorization/AuthorizationReason.h"
 
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 namespace platform {
 

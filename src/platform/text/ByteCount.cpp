@@ -1,6 +1,6 @@
 #include "platform/text/ByteCount.h"
 
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include <QLocale>
 

@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleGrid.h"
 
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewItem.h"
 

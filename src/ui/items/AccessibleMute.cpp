@@ -1,6 +1,6 @@
 #include "ui/items/AccessibleMute.h"
 
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVMuteImageView.h"
 

@@ -1,7 +1,7 @@
 #include "ui/items/AccessibleSlider.h"
 
 #include "model/VolumeConversion.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/TNVolumeSlider.h"
 

@@ -8,7 +8,7 @@
 #include "model/AppVolumeController.h"
 #include "model/VolumeConversion.h"
 #include "platform/bus/NotificationCenter.h"
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 #include "platform/text/OneLineText.h"
 #include "platform/window/BundleImage.h"
 #include "ui/items/ItemLayout.h"

@@ -1,4 +1,4 @@
-#include "platform/text/Localization.h"
+#include "platform/text/Format.h"
 
 #include "platform/text/ByteCount.h"
 #include "platform/text/WrappablePath.h"
