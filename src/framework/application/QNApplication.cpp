@@ -359,9 +359,10 @@ void QNApplication::removeObserver(const QObject* target, const char* selector, 
 }
 
 std::shared_ptr<QNSignalProxy>
-QNApplication::addObserverForSignal(int signal, std::shared_ptr<platform::DispatchQueue> queue,
+QNApplication::addObserverForSignal(int signal,
+                                    const std::shared_ptr<platform::DispatchQueue>& queue,
                                     QNSignalProxy::Handler handler) {
-    auto proxy = std::make_shared<QNSignalProxy>(std::move(handler), std::move(queue));
+    auto proxy = std::make_shared<QNSignalProxy>(std::move(handler), queue);
     addObserverForSignal(signal, proxy);
     return proxy;
 }

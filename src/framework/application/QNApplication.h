@@ -123,7 +123,7 @@ class QNApplication : public QObject {
 
     /// Calls `handler` on the queue, by default the main one. The proxy can be removed.
     std::shared_ptr<QNSignalProxy>
-    addObserverForSignal(int signal, std::shared_ptr<platform::DispatchQueue> queue,
+    addObserverForSignal(int signal, const std::shared_ptr<platform::DispatchQueue>& queue,
                          QNSignalProxy::Handler handler);
     void addObserverForSignal(int signal, const std::shared_ptr<QNSignalProxy>& proxy);
     void removeObserverForSignal(int signal, const std::shared_ptr<QNSignalProxy>& proxy);
