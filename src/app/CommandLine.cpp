@@ -1,9 +1,9 @@
 #include "app/CommandLine.h"
 
 #include "framework/application/OptionParser.h"
-#include "platform/base/HarmlessText.h"
+#include "platform/base/MarkedText.h"
 #include "platform/bundle/Bundle.h"
-#include "platform/text/Format.h"
+#include "platform/language/PlainTexts.h"
 
 #include <QList>
 
@@ -11,15 +11,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
+#include <string>
 
 namespace {
 
-QString text(const char* english) {
-    return platform::localized(QString::fromUtf8(english), "CommandLine");
-}
-
-QString helpText() {
-    constexpr const char* english = R"(Usage: Tonvale [OPTIONS]
+std::string helpText() {
+    return PlainTexts::tr(R"(Usage: Tonvale [OPTIONS]
 
 Sets the volume of each program separately. A second start brings the window of the running one to
 the front.
@@ -31,8 +28,7 @@ the front.
 
 Options of Qt, such as --platform and --style, work too. The log is Tonvale/Tonvale.log in
 $XDG_STATE_HOME (~/.local/state). See also tonvale(1).
-)";
-    return text(english);
+)");
 }
 
 constexpr int wrongUsage = 2;
@@ -75,10 +71,10 @@ constexpr QtOption qtOptions[] = {{QLatin1String("display"), Value::next},
 const char* complaintAboutQt(const QtOption& known, const QNOption& option, bool isLast) {
     const bool isFlag = option.form == QNOption::Form::flag;
     if (known.value != Value::none && isFlag && isLast)
-        return "%@ needs a value; see --help.";
+        return MARKED_TEXT("PlainTexts", "%1 needs a value; see --help.");
     if (known.value == Value::next && option.argument.startsWith(QLatin1String("--")) &&
         option.argument.contains(QLatin1Char('=')))
-        return "%@ takes the next argument as its value; see --help.";
+        return MARKED_TEXT("PlainTexts", "%1 takes the next argument as its value; see --help.");
     return nullptr;
 }
 
@@ -88,15 +84,15 @@ const char* complaintAbout(const QNOption& option, bool isLast) {
     if (known != std::end(qtOptions))
         return complaintAboutQt(*known, option, isLast);
     if (option.key == CommandLine::screenshot && option.value.isEmpty())
-        return "%@ needs a value; see --help.";
+        return MARKED_TEXT("PlainTexts", "%1 needs a value; see --help.");
     const bool isForeign = !CommandLine::options().contains(option.key);
     return isForeign && option.argument.startsWith(QLatin1String("--"))
-               ? "There is no option %@; see --help."
+               ? MARKED_TEXT("PlainTexts", "There is no option %1; see --help.")
                : nullptr;
 }
 
-int print(const QString& answer) {
-    std::fputs(answer.toUtf8().constData(), stdout);
+int print(const std::string& answer) {
+    std::fputs(answer.c_str(), stdout);
     return std::fflush(stdout) == 0 ? 0 : 1;
 }
 
@@ -127,15 +123,15 @@ std::optional<int> CommandLine::answer(const QStringList& arguments) {
     if (std::ranges::any_of(options, &asksForHelp))
         return print(helpText());
     if (std::ranges::any_of(options, [](const auto& each) { return isOption(each, version); }))
-        return print(platform::formatted(QStringLiteral("Tonvale %@\n"),
-                                         platform::Bundle::main().version()));
+        return print("Tonvale " + platform::Bundle::main().version() + '\n');
     for (qsizetype i = 0; i < options.size(); ++i) {
         const QNOption& option = options[i];
         const bool isLast = &option == &options.last() && option.argument == arguments.last();
         if (const char* const complaint = complaintAbout(option, isLast)) {
             const QString name = option.argument.section(QLatin1Char('='), 0, 0);
-            const QString line = platform::formatted(text(complaint), name);
-            std::fprintf(stderr, "Tonvale: %s\n", platform::shownLine(line.toStdString()).c_str());
+            const std::string line =
+                PlainTexts::filled(PlainTexts::tr(complaint), {name.toStdString()});
+            std::fprintf(stderr, "Tonvale: %s\n", line.c_str());
             return wrongUsage;
         }
         i += takesNext(option) ? 1 : 0;

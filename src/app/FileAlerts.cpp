@@ -6,6 +6,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "platform/text/WrappablePath.h"
 
 #include <QSet>
@@ -15,7 +16,6 @@
 
 using platform::DefaultsError;
 using platform::formatted;
-using platform::localized;
 using platform::wrappablePath;
 using Kind = DefaultsError::Kind;
 
@@ -47,26 +47,25 @@ Text textOf(const DefaultsError& trouble) {
     const QString file = QString::fromStdString(trouble.file);
     if (trouble.kind == Kind::lost)
         return {
-            localized(QStringLiteral("Your settings were damaged")),
-            formatted(localized(QStringLiteral(
-                          "Tonvale couldn't read them and is using the default settings.\n\nThe "
-                          "damaged file has been kept as\n%@")),
-                      wrappablePath(file))};
+            Texts::tr("Your settings were damaged"),
+            formatted(
+                Texts::tr("Tonvale couldn't read them and is using the default settings.\n\nThe "
+                          "damaged file has been kept as\n%@"),
+                wrappablePath(file))};
     if (trouble.kind == Kind::restored)
-        return {
-            localized(QStringLiteral("The settings file was damaged")),
-            formatted(localized(QStringLiteral("Tonvale has restored it. No settings were lost.\n\n"
-                                               "The damaged file has been kept as\n%@")),
-                      wrappablePath(file))};
+        return {Texts::tr("The settings file was damaged"),
+                formatted(Texts::tr("Tonvale has restored it. No settings were lost.\n\n"
+                                    "The damaged file has been kept as\n%@"),
+                          wrappablePath(file))};
     QString reason = QString::fromStdString(trouble.line);
     if (!file.isEmpty())
         reason.replace(file, wrappablePath(file));
     return {
-        localized(QStringLiteral("Settings can't be saved")),
-        formatted(localized(QStringLiteral(
-                      "Everything works as usual until you quit, and Tonvale keeps trying. What "
-                      "it hasn't saved by then will be forgotten.\n\n%@")),
-                  reason)};
+        Texts::tr("Settings can't be saved"),
+        formatted(
+            Texts::tr("Everything works as usual until you quit, and Tonvale keeps trying. What "
+                      "it hasn't saved by then will be forgotten.\n\n%@"),
+            reason)};
 }
 
 void tell(Text text) {
@@ -116,13 +115,12 @@ void FileAlerts::logIsOpen() {
 }
 
 void FileAlerts::logIsMissing(const QString& path) {
-    const QString reason =
-        path.isEmpty()
-            ? localized(QStringLiteral("There is no folder for it."))
-            : formatted(localized(QStringLiteral("The file would be\n%@")), wrappablePath(path));
-    tell({localized(QStringLiteral("The log can't be written")),
-          formatted(localized(QStringLiteral("Tonvale works as usual; what it would write to its "
-                                             "log goes to the system log.\n\n%@")),
+    const QString reason = path.isEmpty()
+                               ? Texts::tr("There is no folder for it.")
+                               : formatted(Texts::tr("The file would be\n%@"), wrappablePath(path));
+    tell({Texts::tr("The log can't be written"),
+          formatted(Texts::tr("Tonvale works as usual; what it would write to its "
+                              "log goes to the system log.\n\n%@"),
                     reason)});
 }
 

@@ -20,6 +20,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/language/MessageLanguages.h"
 #include "platform/loop/RunLoop.h"
+#include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
@@ -37,7 +38,6 @@
 #include <cstdlib>
 #include <utility>
 
-using platform::localized;
 using platform::UserDefaults;
 
 namespace {
@@ -67,6 +67,7 @@ void updateCallback() {
 } // namespace
 
 void MVAppController::initialize() {
+    Texts::load(platform::Bundle::main().resources() / "translations");
     FileAlerts::listen();
     ImageWarningFilter::setReporter(&reportAboutImage);
     UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
@@ -175,7 +176,7 @@ void MVAppController::showFileAlerts() {
     if (!logHandle())
         FileAlerts::logIsMissing(logURL());
     FileAlerts::showWith([this](const QString& title, const QString& message) {
-        warningAlertWithTitle(title, message, localized(QStringLiteral("OK")));
+        warningAlertWithTitle(title, message, Texts::tr("OK"));
     });
 }
 
@@ -199,7 +200,7 @@ void MVAppController::connectPlugins() {
             comm, *window_,
             [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
             [this](const QString& title, const QString& text) {
-                alertWithTitle(title, text, localized(QStringLiteral("OK")));
+                alertWithTitle(title, text, Texts::tr("OK"));
             }});
 }
 

@@ -9,6 +9,7 @@
 #include "platform/bus/SessionBus.h"
 #include "platform/processes/DetachedProgram.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "ui/VolumeWindow.h"
 
 #include <QStringList>
@@ -19,7 +20,6 @@
 #include <vector>
 
 using platform::formatted;
-using platform::localized;
 using Problem = PluginHealth::Problem;
 
 namespace {
@@ -62,28 +62,27 @@ QString programFile() {
 }
 
 ProblemBar::Content contentFor(Problem problem) {
-    const QString start = localized(QStringLiteral("Start Plug-in"));
-    const QString details = localized(QStringLiteral("Details…"));
+    const QString start = Texts::tr("Start Plug-in");
+    const QString details = Texts::tr("Details…");
     switch (problem) {
     case Problem::none:
         break;
     case Problem::noSocket:
-        return {localized(QStringLiteral("Volumes can't be set: the audio plug-in can't connect to "
-                                         "Tonvale.")),
-                localized(QStringLiteral("Try Again")), details};
+        return {Texts::tr("Volumes can't be set: the audio plug-in can't connect to "
+                          "Tonvale."),
+                Texts::tr("Try Again"), details};
     case Problem::absent:
-        return {localized(QStringLiteral("The audio plug-in isn't running. Your changes are saved "
-                                         "and take effect when it starts.")),
+        return {Texts::tr("The audio plug-in isn't running. Your changes are saved "
+                          "and take effect when it starts."),
                 start, details};
     case Problem::starting:
-        return {localized(QStringLiteral("The audio plug-in is being started…"))};
+        return {Texts::tr("The audio plug-in is being started…")};
     case Problem::notStarted:
-        return {
-            localized(QStringLiteral("The audio plug-in was started, but it isn't responding.")),
-            start, details};
+        return {Texts::tr("The audio plug-in was started, but it isn't responding."), start,
+                details};
     case Problem::silent:
-        return {localized(QStringLiteral("The audio plug-in is running, but can't reach the sound "
-                                         "server or Tonvale. Your changes have no effect yet.")),
+        return {Texts::tr("The audio plug-in is running, but can't reach the sound "
+                          "server or Tonvale. Your changes have no effect yet."),
                 {},
                 details};
     }
@@ -135,11 +134,10 @@ void PluginProblems::show(Problem problem) {
 }
 
 void PluginProblems::tellDetails() {
-    const QString title = localized(QStringLiteral("The audio plug-in"));
+    const QString title = Texts::tr("The audio plug-in");
     if (watch_.problem() == Problem::noSocket) {
-        dependencies_.tell(
-            title, formatted(localized(QStringLiteral("Socket: %@")), MVCommMainSocketPath()) +
-                       QLatin1Char('\n') + socketErrors_);
+        dependencies_.tell(title, formatted(Texts::tr("Socket: %@"), MVCommMainSocketPath()) +
+                                      QLatin1Char('\n') + socketErrors_);
         return;
     }
     starter_.describe([this, title](const QString& text) { dependencies_.tell(title, text); });

@@ -4,6 +4,7 @@
 #include "framework/log/qnlog.h"
 #include "platform/processes/DetachedProgram.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QFileInfo>
 #include <QStringList>
@@ -11,7 +12,6 @@
 #include <utility>
 
 using platform::formatted;
-using platform::localized;
 using platform::UserService;
 
 PluginStarter::PluginStarter(SystemCalls system, QString program, QString messages)
@@ -37,7 +37,7 @@ void PluginStarter::startProgram(const std::function<void()>& failed) {
     QNLog(qnlog_user, "Starting the plug-in %@", program_);
     error_ = QFileInfo(program_).isExecutable()
                  ? system_.startProgram(program_, messages_)
-                 : localized(QStringLiteral("The program is missing or not executable."));
+                 : Texts::tr("The program is missing or not executable.");
     if (!error_.isEmpty())
         failed();
 }
@@ -55,23 +55,23 @@ void PluginStarter::describe(std::function<void(const QString&)> answer) const {
 }
 
 QString PluginStarter::describeService(const UserService::State& state) const {
-    QStringList lines{formatted(localized(QStringLiteral("Service: %@ (%@, %@)")),
-                                QString::fromLatin1(serviceName), state.load, state.activity)};
+    QStringList lines{formatted(Texts::tr("Service: %@ (%@, %@)"), QString::fromLatin1(serviceName),
+                                state.load, state.activity)};
     if (!error_.isEmpty())
-        lines += formatted(localized(QStringLiteral("The last start failed: %@")), error_);
-    lines += formatted(localized(QStringLiteral("Its messages: %@")),
+        lines += formatted(Texts::tr("The last start failed: %@"), error_);
+    lines += formatted(Texts::tr("Its messages: %@"),
                        QStringLiteral("journalctl --user -u ") + QLatin1String(serviceName));
     return lines.join(QLatin1Char('\n'));
 }
 
 QString PluginStarter::describeProgram() const {
     constexpr int shown = 5;
-    QStringList lines{formatted(localized(QStringLiteral("Program: %@")), program_)};
+    QStringList lines{formatted(Texts::tr("Program: %@"), program_)};
     if (!error_.isEmpty())
-        lines += formatted(localized(QStringLiteral("The last start failed: %@")), error_);
+        lines += formatted(Texts::tr("The last start failed: %@"), error_);
     const QString last = platform::lastLines(messages_, shown);
     if (!last.isEmpty())
-        lines += formatted(localized(QStringLiteral("Its last messages, in %@:")), messages_) +
-                 QLatin1Char('\n') + last;
+        lines +=
+            formatted(Texts::tr("Its last messages, in %@:"), messages_) + QLatin1Char('\n') + last;
     return lines.join(QLatin1Char('\n'));
 }

@@ -12,6 +12,7 @@
 #include "platform/base/WallClock.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/RunLoop.h"
+#include "platform/text/Texts.h"
 #include "settings/PreferenceKeys.h"
 #include "workspace/Workspace.h"
 
@@ -312,7 +313,7 @@ void AppVolumeController::setFromElsewhere(MVCommAppValue& app, const ProgramSet
 
 void AppVolumeController::notControllable(std::uint32_t pid, const QString& reason) {
     constexpr qsizetype longest = 500;
-    news_.setReason(pid, reason.left(longest));
+    news_.setReason(pid, Texts::tr(reason.left(longest).toUtf8().constData()));
     if (const qsizetype index = list_.indexOfPid(pid); index >= 0)
         tellItem(*apps()[index]);
 }

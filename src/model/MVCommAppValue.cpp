@@ -1,7 +1,7 @@
 #include "model/MVCommAppValue.h"
 
 #include "comm/MVCommConnectedProcess.h"
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "workspace/Workspace.h"
 
 #include <utility>
@@ -30,9 +30,7 @@ const QString& MVCommAppValue::pathOf(const RunningApplication& app) {
 }
 
 QString MVCommAppValue::displayNameForProcessName(const QString& name) {
-    return name == kMVCommAudioDaemonName
-               ? platform::localized(QStringLiteral("Sound Effects"), "Tonvale")
-               : name;
+    return name == kMVCommAudioDaemonName ? Texts::tr("Sound Effects") : name;
 }
 
 MVCommAppValue::MVCommAppValue(QIcon icon, bool isGeneric, QString processName, QString path,

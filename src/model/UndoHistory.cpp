@@ -2,11 +2,11 @@
 
 #include "model/MVCommAppValue.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QScopedValueRollback>
 
 using platform::formatted;
-using platform::localized;
 using platform::MonotonicClock;
 
 namespace {
@@ -110,13 +110,12 @@ void UndoHistory::tell() const {
 QString UndoHistory::textOf(const Gesture& gesture) {
     switch (gesture.kind) {
     case Kind::volume:
-        return formatted(localized(QStringLiteral("Volume of \"%@\"")), gesture.name);
+        return formatted(Texts::tr("Volume of \"%@\""), gesture.name);
     case Kind::mute:
-        return formatted(gesture.after != 0 ? localized(QStringLiteral("Mute \"%@\""))
-                                            : localized(QStringLiteral("Unmute \"%@\"")),
+        return formatted(gesture.after != 0 ? Texts::tr("Mute \"%@\"") : Texts::tr("Unmute \"%@\""),
                          gesture.name);
     case Kind::ignored:
-        return formatted(localized(QStringLiteral("Ignore \"%@\"")),
+        return formatted(Texts::tr("Ignore \"%@\""),
                          MVCommAppValue::displayNameForProcessName(gesture.name));
     }
     return {};

@@ -4,6 +4,7 @@
 #include "naming/ApplicationSearch.h"
 #include "naming/DesktopEntries.h"
 #include "naming/ProgramKinds.h"
+#include "platform/base/MarkedText.h"
 
 namespace {
 
@@ -30,31 +31,31 @@ ApplicationIdentity ofEntry(const DesktopEntry& entry, NameEvidence evidence) {
 const char* describe(NameEvidence evidence) noexcept {
     switch (evidence) {
     case NameEvidence::none:
-        return "Nothing is known about the program.";
+        return MARKED_TEXT("Texts", "Nothing is known about the program.");
     case NameEvidence::sandbox:
-        return "The program runs in this application's sandbox.";
+        return MARKED_TEXT("Texts", "The program runs in this application's sandbox.");
     case NameEvidence::program:
-        return "This application starts the program.";
+        return MARKED_TEXT("Texts", "This application starts the program.");
     case NameEvidence::launch:
-        return "The desktop started the program as this application.";
+        return MARKED_TEXT("Texts", "The desktop started the program as this application.");
     case NameEvidence::family:
-        return "The program is a helper of this application.";
+        return MARKED_TEXT("Texts", "The program is a helper of this application.");
     case NameEvidence::unit:
-        return "The desktop runs the program as this application.";
+        return MARKED_TEXT("Texts", "The desktop runs the program as this application.");
     case NameEvidence::game:
-        return "The program is a game of this name.";
+        return MARKED_TEXT("Texts", "The program is a game of this name.");
     case NameEvidence::speech:
-        return "The program is part of the desktop's speech service.";
+        return MARKED_TEXT("Texts", "The program is part of the desktop's speech service.");
     case NameEvidence::clientId:
-        return "The program identifies itself as this application.";
+        return MARKED_TEXT("Texts", "The program identifies itself as this application.");
     case NameEvidence::clientIcon:
-        return "The program uses this application's icon.";
+        return MARKED_TEXT("Texts", "The program uses this application's icon.");
     case NameEvidence::fileName:
-        return "The program's file has this name.";
+        return MARKED_TEXT("Texts", "The program's file has this name.");
     case NameEvidence::clientName:
-        return "The program uses this name for itself.";
+        return MARKED_TEXT("Texts", "The program uses this name for itself.");
     case NameEvidence::clientProgram:
-        return "The program reports this file name.";
+        return MARKED_TEXT("Texts", "The program reports this file name.");
     }
     return "";
 }

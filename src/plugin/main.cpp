@@ -4,6 +4,7 @@
 #include "platform/bus/DistributedNotification.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/files/SessionLock.h"
+#include "platform/language/PlainTexts.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/loop/SignalEvents.h"
@@ -19,6 +20,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -27,15 +29,6 @@ namespace {
 constexpr int failure = 1;
 constexpr int wrongUsage = 2;
 constexpr int anotherRuns = 3;
-
-constexpr const char* usage =
-    "Usage: TonvalePlugin [--status | --version | --help]\n"
-    "Lets the Tonvale application set the volume of each program.\n"
-    "Runs until it is told to end; one is enough for a session.\n"
-    "\n"
-    "  --status    print what the plug-in that runs in this session sees\n"
-    "  --version   print the version\n"
-    "  -h, --help  print this text\n";
 
 ApplicationReports reportsTo(PluginService& service) {
     return {.changedElsewhere =
@@ -77,24 +70,35 @@ int serve(platform::RunLoop& loop) {
     return QCoreApplication::exec();
 }
 
-int failUsage(const char* what, std::string_view argument) {
-    std::fprintf(stderr, "TonvalePlugin: %s: %.*s (see --help)\n", what,
-                 static_cast<int>(argument.size()), argument.data());
+int printUsage() {
+    const std::string text =
+        PlainTexts::tr("Usage: TonvalePlugin [--status | --version | --help]\n"
+                       "Lets the Tonvale application set the volume of each program.\n"
+                       "Runs until it is told to end; one is enough for a session.\n"
+                       "\n"
+                       "  --status    print what the plug-in that runs in this session sees\n"
+                       "  --version   print the version\n"
+                       "  -h, --help  print this text\n");
+    return std::fputs(text.c_str(), stdout) < 0 ? failure : 0;
+}
+
+int failUsage(const std::string& pattern, const std::string& argument) {
+    std::fprintf(stderr, "TonvalePlugin: %s\n", PlainTexts::filled(pattern, {argument}).c_str());
     return wrongUsage;
 }
 
 int run(int argc, char** argv) {
     if (argc > 2)
-        return failUsage("one option at most", argv[2]);
-    const std::string_view option = argc == 2 ? argv[1] : "";
+        return failUsage(PlainTexts::tr("%1 is one option too many; see --help."), argv[2]);
+    const std::string option = argc == 2 ? argv[1] : "";
     if (option == "--help" || option == "-h")
-        return std::fputs(usage, stdout) < 0 ? failure : 0;
+        return printUsage();
     if (option == "--version") {
         std::printf("Tonvale plug-in %s\n", platform::Bundle::main().version().c_str());
         return 0;
     }
     if (argc == 2 && option != "--status")
-        return failUsage("unknown option", option);
+        return failUsage(PlainTexts::tr("There is no option %1; see --help."), option);
     platform::unblockSignals();
     const QCoreApplication application(argc, argv);
     platform::RunLoop loop;

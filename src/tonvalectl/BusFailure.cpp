@@ -1,6 +1,6 @@
 #include "tonvalectl/BusFailure.h"
 
-#include "tonvalectl/Messages.h"
+#include "platform/language/PlainTexts.h"
 
 #include <memory>
 
@@ -31,27 +31,29 @@ std::string told(GError& error) {
 Failure meant(GError& error) {
     if (isNamed(error, "com.quarnel.Tonvale.Error.NotControllable"))
         return {ExitCode::notControllable,
-                Messages::text("The volume can't be set: %1", {told(error)})};
+                PlainTexts::filled(PlainTexts::tr("The volume can't be set: %1"), {told(error)})};
     if (isNamed(error, "com.quarnel.Tonvale.Error.NothingRemembered"))
-        return {ExitCode::noSuchProgram, Messages::text("The program has no saved settings.")};
+        return {ExitCode::noSuchProgram, PlainTexts::tr("The program has no saved settings.")};
     if (isNamed(error, "com.quarnel.Tonvale.Error.NoSuchProgram") ||
         isBus(error, G_DBUS_ERROR_UNKNOWN_OBJECT))
-        return {ExitCode::noSuchProgram, Messages::text("The program no longer exists.")};
+        return {ExitCode::noSuchProgram, PlainTexts::tr("The program no longer exists.")};
     if (meansNotRunning(error))
         return notRunning();
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CLOSED) ||
         isBus(error, G_DBUS_ERROR_DISCONNECTED))
         return busHasGone();
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT))
-        return {ExitCode::failed, Messages::text("Tonvale does not answer.")};
-    return {ExitCode::failed, Messages::text("Tonvale refused: %1", {told(error)})};
+        return {ExitCode::failed, PlainTexts::tr("Tonvale does not answer.")};
+    return {ExitCode::failed,
+            PlainTexts::filled(PlainTexts::tr("Tonvale refused: %1"), {told(error)})};
 }
 
 } // namespace
 
 Failure noBus(GError* error) {
     const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, &g_error_free);
-    return {ExitCode::busLost, Messages::text("There is no session bus: %1", {owned->message})};
+    return {ExitCode::busLost,
+            PlainTexts::filled(PlainTexts::tr("There is no session bus: %1"), {owned->message})};
 }
 
 Failure failureOf(GError* error) {
@@ -60,9 +62,9 @@ Failure failureOf(GError* error) {
 }
 
 Failure busHasGone() {
-    return {ExitCode::busLost, Messages::text("The connection to the session bus was lost.")};
+    return {ExitCode::busLost, PlainTexts::tr("The connection to the session bus was lost.")};
 }
 
 Failure notRunning() {
-    return {ExitCode::notRunning, Messages::text("Tonvale is not running.")};
+    return {ExitCode::notRunning, PlainTexts::tr("Tonvale is not running.")};
 }

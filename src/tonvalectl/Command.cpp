@@ -1,7 +1,7 @@
 #include "tonvalectl/Command.h"
 
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 #include "tonvalectl/Verbs.h"
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace {
 
-Failure wrong(const char* english, const std::string& what = {}) {
-    return {ExitCode::usage, Messages::text(english, {what})};
+Failure wrong(const std::string& text, const std::string& what = {}) {
+    return {ExitCode::usage, PlainTexts::filled(text, {what})};
 }
 
 /// A step such as -5% is none.
@@ -50,7 +50,7 @@ void takeArguments(const std::vector<std::string>& given, Command& command) {
         std::ranges::count_if(forms, [](std::string_view form) { return form[0] != '['; });
     const std::size_t count = given.size() - 1;
     if (count < static_cast<std::size_t>(least) || count > forms.size())
-        throw wrong("“%1” takes other arguments; see --help.", given.front());
+        throw wrong(PlainTexts::tr("“%1” takes other arguments; see --help."), given.front());
     for (std::size_t i = 0; i < count; ++i) {
         if (forms[i] == "NAME")
             command.name = given[i + 1];
@@ -63,7 +63,7 @@ void takeOption(const std::string& word, Command& command) {
     const auto option = std::ranges::find(options(), word, &Option::word);
     if (option == options().end() ||
         std::ranges::count(split(option->verbs), command.verb->word) == 0)
-        throw wrong("The command has no option %1; see --help.", word);
+        throw wrong(PlainTexts::tr("The command has no option %1; see --help."), word);
     command.*option->flag = true;
 }
 
@@ -76,10 +76,10 @@ Command Command::parse(const std::vector<std::string>& arguments) {
             return {.verb = &verb, .name = {}, .value = {}};
     }
     if (words.plain.empty())
-        throw wrong("There is no command; see --help.");
+        throw wrong(PlainTexts::tr("There is no command; see --help."));
     const auto verb = std::ranges::find(verbs(), words.plain.front(), &Verb::word);
     if (verb == verbs().end())
-        throw wrong("There is no command “%1”; see --help.", words.plain.front());
+        throw wrong(PlainTexts::tr("There is no command “%1”; see --help."), words.plain.front());
     Command command{.verb = &*verb, .name = {}, .value = {}};
     takeArguments(words.plain, command);
     for (const std::string& option : words.options)

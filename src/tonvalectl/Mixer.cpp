@@ -1,7 +1,7 @@
 #include "tonvalectl/Mixer.h"
 
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 #include "tonvalectl/NameMatch.h"
 
 #include <algorithm>
@@ -153,7 +153,8 @@ std::string Mixer::nameToIgnore(const std::string& name) {
 void Mixer::unignore(const std::string& name) {
     const auto known = ignored();
     if (namesMeant(name, known).empty())
-        throw Failure(ExitCode::noSuchProgram, Messages::text("“%1” is not ignored.", {name}));
+        throw Failure(ExitCode::noSuchProgram,
+                      PlainTexts::filled(PlainTexts::tr("“%1” is not ignored."), {name}));
     callNamed("Unignore", nameMeant(name, known));
 }
 

@@ -1,5 +1,6 @@
 #include "tonvalectl/Monitor.h"
 
+#include "platform/base/MarkedText.h"
 #include "tonvalectl/BusFailure.h"
 #include "tonvalectl/Report.h"
 
@@ -71,7 +72,7 @@ void Monitor::listed(GObject* connection, GAsyncResult* result, void* self) {
     monitor.knows_ = true;
     for (const CtlProgram& program : Mixer::programsIn(answer.get())) {
         monitor.programs_[program.path] = program;
-        monitor.tell("added", program);
+        monitor.tell(MARKED_TEXT("PlainTexts", "added"), program);
     }
 }
 
@@ -109,7 +110,7 @@ void Monitor::add(GVariant* arguments) {
     CtlProgram& program = programs_[path];
     program.path = path;
     program.update(properties.get());
-    tell("added", program);
+    tell(MARKED_TEXT("PlainTexts", "added"), program);
 }
 
 void Monitor::remove(GVariant* arguments) {
@@ -118,7 +119,7 @@ void Monitor::remove(GVariant* arguments) {
     const auto program = programs_.find(path);
     if (program == programs_.end())
         return;
-    tell("removed", program->second);
+    tell(MARKED_TEXT("PlainTexts", "removed"), program->second);
     programs_.erase(program);
 }
 
@@ -128,7 +129,7 @@ void Monitor::change(const std::string& path, GVariant* arguments) {
         return;
     const Variant properties(g_variant_get_child_value(arguments, 1));
     program->second.update(properties.get());
-    tell("changed", program->second);
+    tell(MARKED_TEXT("PlainTexts", "changed"), program->second);
 }
 
 void Monitor::tell(std::string_view event, const CtlProgram& program) {

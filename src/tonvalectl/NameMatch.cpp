@@ -1,8 +1,8 @@
 #include "tonvalectl/NameMatch.h"
 
 #include "platform/base/HarmlessText.h"
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 
 #include <glib.h>
 
@@ -67,9 +67,10 @@ std::string nameMeant(const std::string& wanted, const std::vector<std::string>&
     const auto meant = namesMeant(wanted, names);
     if (meant.empty())
         throw Failure(ExitCode::noSuchProgram,
-                      Messages::text("There is no program “%1”.", {wanted}));
+                      PlainTexts::filled(PlainTexts::tr("There is no program “%1”."), {wanted}));
     if (meant.size() > 1)
-        throw Failure(ExitCode::ambiguousName,
-                      Messages::text("“%1” may be any of: %2", {wanted, listed(meant)}));
+        throw Failure(
+            ExitCode::ambiguousName,
+            PlainTexts::filled(PlainTexts::tr("“%1” may be any of: %2"), {wanted, listed(meant)}));
     return meant.front();
 }

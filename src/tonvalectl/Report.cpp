@@ -2,7 +2,7 @@
 
 #include "platform/base/HarmlessText.h"
 #include "platform/base/Utf8.h"
-#include "tonvalectl/Messages.h"
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/TextWidth.h"
 
 #include <algorithm>
@@ -26,7 +26,7 @@ std::string percent(int number) {
 Row rowOf(const CtlProgram& program) {
     const bool runs = program.isRunning();
     return {platform::shownLine(program.name), percent(program.setting.percent),
-            program.setting.muted ? Messages::text("yes") : Messages::text("no"),
+            program.setting.muted ? PlainTexts::tr("yes") : PlainTexts::tr("no"),
             runs ? percent(program.activity) : "-", runs ? std::to_string(program.pid) : "-"};
 }
 
@@ -139,9 +139,9 @@ std::string array(const Items& items, const ToText& toText) {
 
 std::string Report::table(const std::vector<CtlProgram>& programs,
                           std::optional<std::size_t> columns) {
-    std::vector<Row> rows{{Messages::text("NAME"), Messages::text("VOLUME"),
-                           Messages::text("MUTED"), Messages::text("ACTIVITY"),
-                           Messages::text("PID")}};
+    std::vector<Row> rows{{PlainTexts::tr("NAME"), PlainTexts::tr("VOLUME"),
+                           PlainTexts::tr("MUTED"), PlainTexts::tr("ACTIVITY"),
+                           PlainTexts::tr("PID")}};
     for (const CtlProgram& program : programs)
         rows.push_back(rowOf(program));
     if (columns)
@@ -152,7 +152,7 @@ std::string Report::table(const std::vector<CtlProgram>& programs,
 std::string Report::line(const CtlProgram& program) {
     std::string text = percent(program.setting.percent);
     if (program.setting.muted)
-        text += ' ' + Messages::text("muted");
+        text += ' ' + PlainTexts::tr("muted");
     return text + '\n';
 }
 
@@ -177,14 +177,14 @@ std::string Report::json(const std::vector<std::string>& names) {
 
 std::string Report::event(std::string_view what, const CtlProgram& program) {
     std::string text =
-        Messages::text(std::string(what).c_str()) + ' ' + platform::shownLine(program.name);
+        PlainTexts::tr(std::string(what).c_str()) + ' ' + platform::shownLine(program.name);
     if (what == "removed")
         return text + '\n';
     text += ' ' + percent(program.setting.percent);
     if (program.setting.muted)
-        text += ' ' + Messages::text("muted");
+        text += ' ' + PlainTexts::tr("muted");
     if (program.playing)
-        text += ' ' + Messages::text("playing");
+        text += ' ' + PlainTexts::tr("playing");
     return text + '\n';
 }
 

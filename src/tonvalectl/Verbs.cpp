@@ -1,7 +1,8 @@
 #include "tonvalectl/Verbs.h"
 
+#include "platform/base/MarkedText.h"
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 #include "tonvalectl/Mixer.h"
 #include "tonvalectl/Monitor.h"
 #include "tonvalectl/Report.h"
@@ -55,9 +56,9 @@ void get(const Command& command) {
 /// The application refuses too, but this message names the program.
 void expectControllable(const CtlProgram& program) {
     if (!program.controllable)
-        throw Failure(
-            ExitCode::notControllable,
-            Messages::text("The volume of “%1” can't be set: %2", {program.name, program.reason}));
+        throw Failure(ExitCode::notControllable,
+                      PlainTexts::filled(PlainTexts::tr("The volume of “%1” can't be set: %2"),
+                                         {program.name, program.reason}));
 }
 
 void set(const Command& command) {
@@ -114,7 +115,8 @@ void defaultVolume(const Command& command) {
         const VolumeChange change = VolumeChange::parse(*command.value);
         if (change.isStep)
             throw Failure(ExitCode::invalidVolume,
-                          Messages::text("“%1” is no volume: it is 0 to 100.", {*command.value}));
+                          PlainTexts::filled(PlainTexts::tr("“%1” is no volume: it is 0 to 100."),
+                                             {*command.value}));
         mixer.setDefaultVolume(change.percent);
     }
 }
@@ -128,16 +130,16 @@ void monitor(const Command& command) {
     Monitor(bus, command.json).run();
 }
 
-constexpr const char* helpHead = R"(Usage: tonvalectl COMMAND [OPTIONS]
+constexpr const char* helpHead = MARKED_TEXT("PlainTexts", R"(Usage: tonvalectl COMMAND [OPTIONS]
 
 Sets the volume of each program by way of the running Tonvale.
-)";
+)");
 
-constexpr const char* helpTail = R"(
+constexpr const char* helpTail = MARKED_TEXT("PlainTexts", R"(
 A NAME may be shortened as long as it fits one program only; upper and lower case are the same.
 Exit codes: 0 done, 1 refused, 2 wrong arguments, 3 Tonvale is not running, 4 no such program,
 5 doubtful name, 6 bad number, 7 the volume can't be set, 8 no session bus. See tonvalectl(1).
-)";
+)");
 
 std::string helpRow(std::string form, const char* text) {
     constexpr std::size_t indent = 2;
@@ -145,7 +147,7 @@ std::string helpRow(std::string form, const char* text) {
     form.insert(0, indent, ' ');
     if (*text != '\0')
         form.resize(column, ' ');
-    return form + (*text != '\0' ? Messages::text(text) : "") + '\n';
+    return form + (*text != '\0' ? PlainTexts::tr(text) : "") + '\n';
 }
 
 /// An option of one verb stands below it, one of several at the end.
@@ -160,14 +162,15 @@ std::string helpOfOptions(std::string_view verb, const std::string& indent) {
 }
 
 void help(const Command& /*command*/) {
-    std::string text = Messages::text(helpHead) + '\n';
+    std::string text = PlainTexts::tr(helpHead) + '\n';
     for (const Verb& verb : verbs()) {
         const std::string gap = *verb.arguments != '\0' ? " " : "";
         text += helpRow(verb.word + gap + verb.arguments, verb.help);
         text += helpOfOptions(verb.word, "    ");
     }
-    print(text + '\n' + helpOfOptions("", "") + helpRow("--help, --version", "print and exit") +
-          Messages::text(helpTail));
+    print(text + '\n' + helpOfOptions("", "") +
+          helpRow("--help, --version", MARKED_TEXT("PlainTexts", "print and exit")) +
+          PlainTexts::tr(helpTail));
 }
 
 void version(const Command& /*command*/) {
@@ -175,26 +178,38 @@ void version(const Command& /*command*/) {
 }
 
 constexpr std::array all{
-    Verb{"list", "", "programs with volume, mute, level and process", list},
-    Verb{"get", "NAME", "one program's volume", get},
-    Verb{"set", "NAME PERCENT", "set it: 40, 40%, or a step: +5%, -5%", set},
-    Verb{"mute", "NAME", "mute, unmute, or the one that it is not", mute},
+    Verb{"list", "", MARKED_TEXT("PlainTexts", "programs with volume, mute, level and process"),
+         list},
+    Verb{"get", "NAME", MARKED_TEXT("PlainTexts", "one program's volume"), get},
+    Verb{"set", "NAME PERCENT", MARKED_TEXT("PlainTexts", "set it: 40, 40%, or a step: +5%, -5%"),
+         set},
+    Verb{"mute", "NAME", MARKED_TEXT("PlainTexts", "mute, unmute, or the one that it is not"),
+         mute},
     Verb{"unmute", "NAME", "", unmute},
     Verb{"toggle", "NAME", "", toggle},
-    Verb{"ignore", "NAME", "neither show nor touch it from now on; it need not run", ignore},
-    Verb{"unignore", "NAME", "undo that", unignore},
-    Verb{"forget", "NAME", "forget all that is remembered of it", forget},
-    Verb{"default", "[PERCENT|off]", "the volume that programs begin with that were never seen",
+    Verb{"ignore", "NAME",
+         MARKED_TEXT("PlainTexts", "neither show nor touch it from now on; it need not run"),
+         ignore},
+    Verb{"unignore", "NAME", MARKED_TEXT("PlainTexts", "undo that"), unignore},
+    Verb{"forget", "NAME", MARKED_TEXT("PlainTexts", "forget all that is remembered of it"),
+         forget},
+    Verb{"default", "[PERCENT|off]",
+         MARKED_TEXT("PlainTexts", "the volume that programs begin with that were never seen"),
          defaultVolume},
-    Verb{"show", "", "bring the window to the front", show},
-    Verb{"monitor", "", "print what changes, until Tonvale ends", monitor},
+    Verb{"show", "", MARKED_TEXT("PlainTexts", "bring the window to the front"), show},
+    Verb{"monitor", "", MARKED_TEXT("PlainTexts", "print what changes, until Tonvale ends"),
+         monitor},
 };
 
 constexpr std::array allOptions{
-    Option{"--all", "list", "also those that are remembered and not running", &Command::all},
-    Option{"--names", "list", "nothing but names", &Command::names},
-    Option{"--ignored", "list", "the names of programs that are ignored", &Command::ignored},
-    Option{"--json", "list get monitor", "for list, get and monitor: print JSON", &Command::json},
+    Option{"--all", "list",
+           MARKED_TEXT("PlainTexts", "also those that are remembered and not running"),
+           &Command::all},
+    Option{"--names", "list", MARKED_TEXT("PlainTexts", "nothing but names"), &Command::names},
+    Option{"--ignored", "list", MARKED_TEXT("PlainTexts", "the names of programs that are ignored"),
+           &Command::ignored},
+    Option{"--json", "list get monitor",
+           MARKED_TEXT("PlainTexts", "for list, get and monitor: print JSON"), &Command::json},
 };
 
 constexpr std::array allVerbOptions{Verb{"--help", "", "", help}, Verb{"-h", "", "", help},

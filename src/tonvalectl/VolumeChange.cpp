@@ -1,8 +1,8 @@
 #include "tonvalectl/VolumeChange.h"
 
+#include "platform/language/PlainTexts.h"
 #include "settings/ProgramSetting.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 
 #include <charconv>
 
@@ -19,9 +19,11 @@ VolumeChange VolumeChange::parse(std::string_view text) {
     const bool isNumber = error == std::errc() && end == digits.data() + digits.size() &&
                           digits.front() != '-' && number <= ProgramSetting::fullVolume;
     if (!isNumber)
-        throw Failure(ExitCode::invalidVolume,
-                      Messages::text("“%1” is no volume: it is 0 to 100, or a step such as +5%.",
-                                     {std::string(text)}));
+        throw Failure(
+            ExitCode::invalidVolume,
+            PlainTexts::filled(
+                PlainTexts::tr("“%1” is no volume: it is 0 to 100, or a step such as +5%."),
+                {std::string(text)}));
     return {sign == '-' ? -number : number, isStep};
 }
 

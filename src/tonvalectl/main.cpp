@@ -1,8 +1,9 @@
+#include "platform/language/PlainTexts.h"
 #include "tonvalectl/Command.h"
 #include "tonvalectl/Failure.h"
-#include "tonvalectl/Messages.h"
 #include "tonvalectl/Verbs.h"
 
+#include <clocale>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -14,7 +15,7 @@ void carryOut(const std::vector<std::string>& arguments) {
     const Command command = Command::parse(arguments);
     command.verb->run(command);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw Failure(ExitCode::failed, Messages::text("The output can't be written."));
+        throw Failure(ExitCode::failed, PlainTexts::tr("The output can't be written."));
 }
 
 ExitCode tell(ExitCode code, const char* why) {
@@ -25,7 +26,7 @@ ExitCode tell(ExitCode code, const char* why) {
 } // namespace
 
 int main(int argc, char** argv) {
-    Messages::prepare();
+    std::setlocale(LC_ALL, "");
     try {
         carryOut({argv + 1, argv + argc});
         return static_cast<int>(ExitCode::success);

@@ -2,11 +2,11 @@
 
 #include "model/UndoHistory.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QCoreApplication>
 
 using platform::formatted;
-using platform::localized;
 
 namespace {
 
@@ -19,15 +19,12 @@ QString plainTitle(QString text) {
 
 VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     const QString name = QCoreApplication::applicationName();
-    const auto named = [&](const char* title) {
-        return formatted(localized(QString::fromLatin1(title)), plainTitle(name));
-    };
-    QMenu* const file = addPart(localized(QStringLiteral("&File")));
-    addEntry(file, localized(QStringLiteral("&Close Window")), {Qt::CTRL | Qt::Key_W},
-             &VolumeMenu::closeWanted);
-    addEntry(file, named("&Quit %@"), {Qt::CTRL | Qt::Key_Q}, &VolumeMenu::quitWanted);
+    const auto named = [&](const QString& title) { return formatted(title, plainTitle(name)); };
+    QMenu* const file = addPart(Texts::tr("&File"));
+    addEntry(file, Texts::tr("&Close Window"), {Qt::CTRL | Qt::Key_W}, &VolumeMenu::closeWanted);
+    addEntry(file, named(Texts::tr("&Quit %@")), {Qt::CTRL | Qt::Key_Q}, &VolumeMenu::quitWanted);
 
-    QMenu* const edit = addPart(localized(QStringLiteral("&Edit")));
+    QMenu* const edit = addPart(Texts::tr("&Edit"));
     undo_ = addEntry(edit, {}, {Qt::CTRL | Qt::Key_Z}, &VolumeMenu::undoWanted);
     redo_ = addEntry(edit, {}, {Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y},
                      &VolumeMenu::redoWanted);
@@ -37,13 +34,12 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     showHistory(UndoHistory({}));
     showSelection({});
 
-    QMenu* const windows = addPart(localized(QStringLiteral("&Window")));
-    addEntry(windows, localized(QStringLiteral("&Minimize")), {Qt::CTRL | Qt::Key_M},
-             &VolumeMenu::minimizeWanted);
-    addEntry(windows, localized(QStringLiteral("&Zoom")), {}, &VolumeMenu::zoomWanted);
+    QMenu* const windows = addPart(Texts::tr("&Window"));
+    addEntry(windows, Texts::tr("&Minimize"), {Qt::CTRL | Qt::Key_M}, &VolumeMenu::minimizeWanted);
+    addEntry(windows, Texts::tr("&Zoom"), {}, &VolumeMenu::zoomWanted);
 
-    QMenu* const help = addPart(localized(QStringLiteral("&Help")));
-    addEntry(help, named("&About %@"), {}, &VolumeMenu::aboutWanted);
+    QMenu* const help = addPart(Texts::tr("&Help"));
+    addEntry(help, named(Texts::tr("&About %@")), {}, &VolumeMenu::aboutWanted);
     addOpening(Qt::Key_F10, nullptr);
 }
 
@@ -74,13 +70,12 @@ void VolumeMenu::showHistory(const UndoHistory& history) {
         entry.setText(what.isEmpty() ? title : title + QLatin1Char(' ') + plainTitle(what));
         entry.setEnabled(!what.isEmpty());
     };
-    show(*undo_, localized(QStringLiteral("&Undo")), history.undoText());
-    show(*redo_, localized(QStringLiteral("&Redo")), history.redoText());
+    show(*undo_, Texts::tr("&Undo"), history.undoText());
+    show(*redo_, Texts::tr("&Redo"), history.redoText());
 }
 
 void VolumeMenu::showSelection(const QString& name) {
-    ignore_->setText(name.isEmpty()
-                         ? localized(QStringLiteral("&Ignore"))
-                         : formatted(localized(QStringLiteral("Ignore \"%@\"")), plainTitle(name)));
+    ignore_->setText(name.isEmpty() ? Texts::tr("&Ignore")
+                                    : formatted(Texts::tr("Ignore \"%@\""), plainTitle(name)));
     ignore_->setEnabled(!name.isEmpty());
 }

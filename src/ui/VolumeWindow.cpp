@@ -13,6 +13,7 @@
 #include "platform/processes/FreedMemory.h"
 #include "platform/text/Format.h"
 #include "platform/text/OneLineText.h"
+#include "platform/text/Texts.h"
 #include "platform/window/WindowPositioning.h"
 #include "settings/PreferenceKeys.h"
 #include "ui/VolumeMenu.h"
@@ -36,7 +37,6 @@
 #include <utility>
 
 using platform::formatted;
-using platform::localized;
 
 namespace {
 
@@ -143,7 +143,7 @@ void VolumeWindow::ignore(const QString& process) {
         return;
     history_.ignoredChanged(process, true);
     notice_->tell(
-        formatted(localized(QStringLiteral("\"%@\" is ignored from now on.")),
+        formatted(Texts::tr("\"%@\" is ignored from now on."),
                   platform::oneLineText(MVCommAppValue::displayNameForProcessName(process))));
 }
 
@@ -275,9 +275,10 @@ void VolumeWindow::updateHint() {
     if (!problemBar_->isHidden() || (!items.empty() && !isAlone))
         grid_->setHint({});
     else if (isAlone)
-        grid_->setHint(tr("Nothing else makes sound yet.\nA program appears here when it plays."));
+        grid_->setHint(
+            Texts::tr("Nothing else makes sound yet.\nA program appears here when it plays."));
     else
-        grid_->setHint(tr("A program appears here when it plays."));
+        grid_->setHint(Texts::tr("A program appears here when it plays."));
 }
 
 void VolumeWindow::handleActivity(qsizetype index, qint64 level100, float level) {

@@ -1,7 +1,7 @@
 #include "workspace/DesktopWorkspace.h"
 
 #include "platform/loop/DispatchQueue.h"
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "workspace/ImageWarningFilter.h"
 
 #include <QPainter>
@@ -187,9 +187,7 @@ void DesktopWorkspace::setTileColors(const TileColors& colors) {
 
 QString DesktopWorkspace::whyNamed(const ProgramReference& program) const {
     const ApplicationIdentity* const identity = findOrAsk(program);
-    return identity != nullptr
-               ? platform::localized(QString::fromLatin1(describe(identity->evidence)))
-               : QString();
+    return identity != nullptr ? Texts::tr(describe(identity->evidence)) : QString();
 }
 
 /// A burst of questions is one piece of work.

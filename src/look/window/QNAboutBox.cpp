@@ -3,6 +3,7 @@
 #include "look/theme/CurrentTheme.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
 
 #include <QCoreApplication>
@@ -13,7 +14,6 @@
 #include <QVBoxLayout>
 
 using platform::formatted;
-using platform::localized;
 
 namespace {
 
@@ -35,10 +35,9 @@ class AboutContent final : public QWidget {
         icon->setAlignment(Qt::AlignCenter);
         layout->addWidget(icon);
         layout->addWidget(line(name, 1.5));
-        layout->addWidget(line(formatted(localized(QStringLiteral("Version %@")), version), 1.0));
+        layout->addWidget(line(formatted(Texts::tr("Version %@"), version), 1.0));
         layout->addSpacing(8);
-        layout->addWidget(
-            line(localized(QStringLiteral("The volume of each program, separately.")), 1.0));
+        layout->addWidget(line(Texts::tr("The volume of each program, separately."), 1.0));
         layout->addStretch();
         colorText();
         connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &AboutContent::colorText);
@@ -77,8 +76,7 @@ class AboutContent final : public QWidget {
 
 QNAboutBox::QNAboutBox(QWidget* parent) : MVCustomWindow(new AboutContent, closable, parent) {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(
-        formatted(localized(QStringLiteral("About %@")), QCoreApplication::applicationName()));
+    setWindowTitle(formatted(Texts::tr("About %@"), QCoreApplication::applicationName()));
     setFixedSize(usualSize);
 }
 

@@ -1,7 +1,7 @@
 #include "look/window/UndoNotice.h"
 
 #include "look/theme/CurrentTheme.h"
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -20,9 +20,7 @@ constexpr int usualHeight = 40;
 } // namespace
 
 UndoNotice::UndoNotice(QWidget* parent)
-    : QWidget(parent)
-    , label_(new QLabel)
-    , button_(new QPushButton(platform::localized(QStringLiteral("Undo")))) {
+    : QWidget(parent), label_(new QLabel), button_(new QPushButton(Texts::tr("Undo"))) {
     label_->setTextFormat(Qt::PlainText);
     label_->setMinimumWidth(1);
     auto* const layout = new QHBoxLayout(this);

@@ -2,7 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/window/QNToolTip.h"
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QHelpEvent>
 #include <QPainter>
@@ -14,11 +14,11 @@ constexpr QSize usualSize(28, 26);
 QString nameOf(WindowButton::Kind kind) {
     switch (kind) {
     case WindowButton::Kind::close:
-        return platform::localized(QStringLiteral("Close"));
+        return Texts::tr("Close");
     case WindowButton::Kind::minimize:
-        return platform::localized(QStringLiteral("Minimize"));
+        return Texts::tr("Minimize");
     case WindowButton::Kind::menu:
-        return platform::localized(QStringLiteral("Menu"));
+        return Texts::tr("Menu");
     }
     return {};
 }

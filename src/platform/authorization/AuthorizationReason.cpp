@@ -1,6 +1,6 @@
 #include "platform/authorization/AuthorizationReason.h"
 
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 namespace platform {
 
@@ -11,21 +11,21 @@ QString authorizationReason(PrivilegedTool::Answer answer) {
     case Answer::cancelled:
         return {};
     case Answer::noPkexec:
-        return localized(QStringLiteral("The program that asks for an administrator's password is "
-                                        "missing. Please install the package \"pkexec\"."));
+        return Texts::tr("The program that asks for an administrator's password is "
+                         "missing. Please install the package \"pkexec\".");
     case Answer::noPolkit:
-        return localized(QStringLiteral(
+        return Texts::tr(
             "The service that checks an administrator's password does not answer. Please make sure "
-            "that the package \"polkitd\" is installed."));
+            "that the package \"polkitd\" is installed.");
     case Answer::noAgent:
-        return localized(QStringLiteral(
+        return Texts::tr(
             "No program in this session can ask for an administrator's password. Please install "
-            "one, for example the package \"mate-polkit\", and log in again."));
+            "one, for example the package \"mate-polkit\", and log in again.");
     case Answer::notAuthorized:
-        return localized(QStringLiteral("You are not authorized to change what all users of this "
-                                        "computer share."));
+        return Texts::tr("You are not authorized to change what all users of this "
+                         "computer share.");
     case Answer::failed:
-        return localized(QStringLiteral("The tool that does this as an administrator cannot run."));
+        return Texts::tr("The tool that does this as an administrator cannot run.");
     }
     return {};
 }

@@ -21,6 +21,12 @@ std::string_view messageLocale() {
     return "";
 }
 
+std::string withoutCharacterSet(std::string_view locale) {
+    const std::size_t modifier = std::min(locale.find('@'), locale.size());
+    return std::string(locale.substr(0, std::min(locale.find('.'), modifier)))
+        .append(locale.substr(modifier));
+}
+
 } // namespace
 
 std::string messageLanguages() {
@@ -35,10 +41,27 @@ std::string messageLanguages() {
 std::string messageLanguage() {
     const std::string languages = messageLanguages();
     const std::string first = languages.substr(0, languages.find(':'));
-    if (first.empty())
-        return "C";
-    const std::size_t modifier = std::min(first.find('@'), first.size());
-    return first.substr(0, std::min(first.find('.'), modifier)) + first.substr(modifier);
+    return first.empty() ? "C" : withoutCharacterSet(first);
+}
+
+std::vector<std::string> catalogueNames() {
+    std::vector<std::string> names;
+    const std::string languages = messageLanguages();
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = languages.find(':', begin);
+        const std::string locale =
+            withoutCharacterSet(std::string_view(languages).substr(begin, end - begin));
+        if (locale.empty())
+            continue;
+        const std::string language = locale.substr(0, locale.find_first_of("_@"));
+        for (const std::string& name : {locale, locale.substr(0, locale.find('@')), language}) {
+            if (std::ranges::find(names, name) == names.end())
+                names.push_back(name);
+        }
+        if (language == "en" || language == "C")
+            break;
+    }
+    return names;
 }
 
 } // namespace platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -11,5 +12,10 @@ std::string messageLanguages();
 /// The preferred one only, as a locale name without character set: "de_AT", "sr_RS@latin"; "C"
 /// (English) if none is set. Any thread, likewise.
 std::string messageLanguage();
+
+/// The names of the catalogues to look a text up in, the preferred first: "de_AT", "de". English,
+/// which is in the sources, ends the list; only a variety of it can have a catalogue: "en_GB". Any
+/// thread, likewise.
+std::vector<std::string> catalogueNames();
 
 } // namespace platform

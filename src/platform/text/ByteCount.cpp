@@ -1,6 +1,8 @@
 #include "platform/text/ByteCount.h"
 
+#include "platform/base/MarkedText.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 
 #include <QLocale>
 
@@ -11,8 +13,11 @@ namespace platform {
 
 QString binaryByteCount(std::uint64_t bytes) {
     if (bytes == 1)
-        return localized(QStringLiteral("1 byte"));
-    constexpr std::array keys{"%@ bytes", "%@ KB", "%@ MB", "%@ GB", "%@ TB", "%@ PB", "%@ EB"};
+        return Texts::tr("1 byte");
+    constexpr std::array keys{MARKED_TEXT("Texts", "%@ bytes"), MARKED_TEXT("Texts", "%@ KB"),
+                              MARKED_TEXT("Texts", "%@ MB"),    MARKED_TEXT("Texts", "%@ GB"),
+                              MARKED_TEXT("Texts", "%@ TB"),    MARKED_TEXT("Texts", "%@ PB"),
+                              MARKED_TEXT("Texts", "%@ EB")};
     constexpr double step = 1024;
     constexpr double decimals = 10; // one decimal
     double tenths = static_cast<double>(bytes) * decimals;
@@ -22,7 +27,7 @@ QString binaryByteCount(std::uint64_t bytes) {
         tenths /= step;
     tenths = std::round(tenths);
     const bool whole = std::fmod(tenths, decimals) == 0;
-    return formatted(localized(QString::fromLatin1(keys.at(unit))),
+    return formatted(Texts::tr(keys.at(unit)),
                      QLocale().toString(tenths / decimals, 'f', whole ? 0 : 1));
 }
 

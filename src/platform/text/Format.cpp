@@ -1,7 +1,6 @@
 #include "platform/text/Format.h"
 
 #include <QChar>
-#include <QCoreApplication>
 #include <QLocale>
 #include <QStringView>
 
@@ -156,10 +155,6 @@ qsizetype expectedSize(const QString& format, std::span<const FormatArgument> ar
 }
 
 } // namespace
-
-QString localized(const QString& key, const char* table) {
-    return QCoreApplication::translate(table, key.toUtf8().constData());
-}
 
 QString formatArguments(const QString& format, std::span<const FormatArgument> arguments) {
     QString result;

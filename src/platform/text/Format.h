@@ -10,11 +10,7 @@
 
 namespace platform {
 
-/// Localised texts, and formatting. Any thread.
-
-/// The text in the language of the installed translators; `key` is the English text, `table` the
-/// context of the catalogue. Without a translation the key itself.
-QString localized(const QString& key, const char* table = "Localizable");
+/// Formatting of texts. Any thread.
 
 /// An argument of a format: a text or a number. C strings are UTF-8; a null one reads "(null)".
 class FormatArgument {

@@ -17,7 +17,8 @@ class StreamObstacle {
     /// Whether the program that plays has locked the volume.
     void lockTold(bool locked) noexcept { locked_ = locked; }
 
-    /// Text for the user; empty if there is none, or it is not known yet.
+    /// English text, which the application translates; empty if there is none, or it is not known
+    /// yet.
     std::string_view reason() const noexcept;
 
   private:

@@ -1,14 +1,13 @@
 #include "ui/items/AccessibleGrid.h"
 
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewItem.h"
 
 #include <QLabel>
 
 AccessibleGrid::AccessibleGrid(MVCollectionView& grid)
-    : QAccessibleWidget(&grid, QAccessible::List, platform::localized(QStringLiteral("Programs")))
-    , grid_(grid) {}
+    : QAccessibleWidget(&grid, QAccessible::List, Texts::tr("Programs")), grid_(grid) {}
 
 QList<QWidget*> AccessibleGrid::parts() const {
     QList<QWidget*> parts;

@@ -1,12 +1,11 @@
 #include "ui/items/AccessibleMute.h"
 
-#include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/MVMuteImageView.h"
 
 AccessibleMute::AccessibleMute(MVMuteImageView& view)
-    : QAccessibleWidget(&view, QAccessible::CheckBox, platform::localized(QStringLiteral("Mute")))
-    , view_(view) {}
+    : QAccessibleWidget(&view, QAccessible::CheckBox, Texts::tr("Mute")), view_(view) {}
 
 QString AccessibleMute::text(QAccessible::Text kind) const {
     const auto* const item = qobject_cast<const MVCollectionViewItem*>(view_.parentWidget());

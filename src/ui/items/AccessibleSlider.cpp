@@ -2,12 +2,12 @@
 
 #include "model/VolumeConversion.h"
 #include "platform/text/Format.h"
+#include "platform/text/Texts.h"
 #include "ui/items/MVCollectionViewItem.h"
 #include "ui/items/TNVolumeSlider.h"
 
 AccessibleSlider::AccessibleSlider(TNVolumeSlider& slider)
-    : QAccessibleWidget(&slider, QAccessible::Slider, platform::localized(QStringLiteral("Volume")))
-    , slider_(slider) {}
+    : QAccessibleWidget(&slider, QAccessible::Slider, Texts::tr("Volume")), slider_(slider) {}
 
 QString AccessibleSlider::text(QAccessible::Text kind) const {
     if (kind == QAccessible::Value)

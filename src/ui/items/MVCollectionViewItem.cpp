@@ -10,6 +10,7 @@
 #include "platform/bus/NotificationCenter.h"
 #include "platform/text/Format.h"
 #include "platform/text/OneLineText.h"
+#include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionViewImageView.h"
@@ -24,7 +25,6 @@
 #include <QMenu>
 
 using platform::formatted;
-using platform::localized;
 
 namespace {
 
@@ -36,9 +36,7 @@ QString shownText(const QString& text) {
 
 QString nameOf(const MVCommAppValue& app) {
     QString name = shownText(app.displayName());
-    return platform::isInvisible(name)
-               ? formatted(localized(QStringLiteral("Process %d")), app.pid())
-               : name;
+    return platform::isInvisible(name) ? formatted(Texts::tr("Process %d"), app.pid()) : name;
 }
 
 /// Those that say something, each on a line.
@@ -175,7 +173,7 @@ void MVCollectionViewItem::ignore() {
 
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     auto* const menu = new QMenu(parent);
-    const QString title = formatted(localized(QStringLiteral("Ignore \"%@\"")), label_->text());
+    const QString title = formatted(Texts::tr("Ignore \"%@\""), label_->text());
     // Not while the menu handles its event, for it goes with the item.
     menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore,
                     Qt::QueuedConnection);
@@ -222,9 +220,9 @@ QString MVCollectionViewItem::state() const {
     QStringList states{
         formatted(QStringLiteral("%d %%"), dependencies_.controller.percentOf(*app_))};
     if (app_->hasActivity())
-        states += localized(QStringLiteral("playing"));
+        states += Texts::tr("playing");
     if (app_->muted())
-        states += localized(QStringLiteral("muted"));
+        states += Texts::tr("muted");
     return states.join(QStringLiteral(", "));
 }
 
@@ -235,9 +233,9 @@ QString MVCollectionViewItem::reasonNotControllable() const {
 
 void MVCollectionViewItem::mouseEntered() {
     const QString text = formatted(
-        localized(QStringLiteral(
+        Texts::tr(
             "%@ cannot work with \"%@\" because it's a sandboxed application.\n\nSandboxed apps "
-            "can be hidden via \"Hide sandboxed applications\" in the Preferences.")),
+            "can be hidden via \"Hide sandboxed applications\" in the Preferences."),
         QCoreApplication::applicationName(), label_->text());
     QNToolTip::shared().setText(text);
     QNToolTip::shared().showAt(QCursor::pos(), *this);

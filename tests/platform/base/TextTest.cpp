@@ -1,12 +1,15 @@
 #include "platform/base/HarmlessText.h"
 #include "platform/base/Utf8.h"
 #include "platform/language/MessageLanguages.h"
+#include "platform/language/PlainTexts.h"
 #include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <string>
 #include <utility>
+#include <vector>
 
 TEST(FittingUtf8, CutsBetweenCharactersAndMakesValid) {
     struct Case {
@@ -47,6 +50,32 @@ TEST(MessageLanguages, FollowTheEnvironmentAsMessagesDo) {
         EXPECT_EQ(platform::messageLanguages(), each.languages) << each.lang;
         EXPECT_EQ(platform::messageLanguage(), each.first) << each.lang;
     }
+}
+
+TEST(MessageLanguages, NameTheCataloguesUpToEnglish) {
+    using Names = std::vector<std::string>;
+    using Case = std::pair<const char*, Names>;
+    for (const auto& [languages, names] :
+         {Case{"de_AT.UTF-8:fr", {"de_AT", "de", "fr"}},
+          Case{"sr_RS.UTF-8@latin", {"sr_RS@latin", "sr_RS", "sr"}},
+          Case{"en_XA:de", {"en_XA", "en"}}, Case{"pt:en_GB:de", {"pt", "en_GB", "en"}},
+          Case{"C:de", {"C"}}}) {
+        const support::ScopedVariable locale("LC_ALL", "de_DE.UTF-8");
+        const support::ScopedVariable language("LANGUAGE", languages);
+        EXPECT_EQ(platform::catalogueNames(), names) << languages;
+    }
+}
+
+TEST(PlainTexts, AreThoseOfTheFirstTableThatHasThem) {
+    const support::ScopedVariable locale("LC_ALL", "de_DE.UTF-8");
+    using Case = std::pair<const char*, const char*>;
+    for (const auto& [languages, text] :
+         {Case{"en_XA", "[Töñvålë ïš ñöt rüññïñg.]"}, Case{"xx:en_XA", "[Töñvålë ïš ñöt rüññïñg.]"},
+          Case{"en:en_XA", "Tonvale is not running."}, Case{"xx", "Tonvale is not running."}}) {
+        const support::ScopedVariable language("LANGUAGE", languages);
+        EXPECT_EQ(PlainTexts::tr("Tonvale is not running."), text) << languages;
+    }
+    EXPECT_EQ(PlainTexts::filled("%2, %1 and %3%", {"o\nne", "two"}), "two, o ne and %3%");
 }
 
 TEST(PrintableText, EscapesWhatWouldMakeALineShowSomethingElse) {

@@ -5,29 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QLocale>
 #include <QTextBoundaryFinder>
-#include <QTranslator>
 
 #include <cstdint>
 #include <limits>
 
 using platform::binaryByteCount;
 using platform::formatted;
-using platform::localized;
 
 namespace {
-
-/// Knows one text in one table.
-class OneText : public QTranslator {
-  public:
-    QString translate(const char* context, const char* source, const char*, int) const override {
-        const bool known = qstrcmp(context, "Panes") == 0 && qstrcmp(source, "Größe: %@") == 0;
-        return known ? "Size is %@" : QString();
-    }
-    bool isEmpty() const override { return false; }
-};
 
 QString qs(const char* text) {
     return QString::fromUtf8(text);
@@ -44,15 +31,6 @@ void expectAll(std::initializer_list<Case> cases) {
 }
 
 } // namespace
-
-TEST(Localized, FindsATextInItsTableAndAnswersTheKeyOtherwise) {
-    OneText translator;
-    ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
-    EXPECT_EQ(localized(qs("Größe: %@"), "Panes"), qs("Size is %@"));
-    EXPECT_EQ(localized(qs("Größe: %@")), qs("Größe: %@"));
-    QCoreApplication::removeTranslator(&translator);
-    EXPECT_EQ(localized(qs("Größe: %@"), "Panes"), qs("Größe: %@"));
-}
 
 TEST(Formatted, FillsEveryDirectiveWithTheNumberThatIsGiven) {
     constexpr auto largest = std::numeric_limits<std::uint64_t>::max();
