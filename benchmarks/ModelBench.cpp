@@ -121,13 +121,18 @@ std::vector<support::ScriptedPlugin> checkIn(platform::RunLoop& loop, const MVCo
     return plugins;
 }
 
+void serve(MVComm& comm) {
+    if (!comm.setupPluginConnectionWithCallBack([](const MVCommActivityMessage*) {}))
+        throw std::runtime_error("the socket cannot be served");
+}
+
 /// CPU time, in ns, for one program in two merges: all of them are new in the first one.
 double mergeEach(std::size_t programs) {
     constexpr std::size_t work = 10000; // programs merged in all
     const Places places;
     platform::RunLoop loop;
     MVComm comm;
-    comm.setupPluginConnectionWithCallBack([](const MVCommActivityMessage*) {});
+    serve(comm);
     const auto plugins = checkIn(loop, comm, programs);
     BareWorkspace workspace;
     platform::UserDefaults defaults(places.preferences());
@@ -251,7 +256,7 @@ double slider() {
     defaults.set("LastLaunchPath", "/opt/Tonvale.app");
     defaults.synchronize();
     AppVolumeController controller({comm, ignoredApps, workspace, defaults, places.preferences()});
-    comm.setupPluginConnectionWithCallBack([](const MVCommActivityMessage*) {});
+    serve(comm);
     auto plugins = checkIn(loop, comm, 1);
     for (int i = 0; i < containers; ++i)
         plugins.emplace_back(places.container(i) / kMVCommSocketName);

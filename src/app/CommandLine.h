@@ -19,6 +19,6 @@ QStringList options();
 /// status then; nothing if the program should start.
 ///
 /// Other words with one dash, "name=value" and plain arguments are ignored.
-std::optional<int> answer(const QStringList& arguments);
+[[nodiscard]] std::optional<int> answer(const QStringList& arguments);
 
 } // namespace CommandLine

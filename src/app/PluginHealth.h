@@ -47,7 +47,7 @@ class PluginHealth {
     /// serve the socket.
     void help();
 
-    Problem problem() const noexcept { return problem_; }
+    [[nodiscard]] Problem problem() const noexcept { return problem_; }
 
   private:
     enum class Presence { connected, onTheBus, none };

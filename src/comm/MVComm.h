@@ -43,11 +43,11 @@ class MVComm final : public MVCommCallbacks {
     /// Stores the data callback, which must not be null, and serves the main socket
     /// (MVCommSocketPath.h). False when that socket cannot be served; the reason is in the system
     /// log.
-    bool setupPluginConnectionWithCallBack(MVCommDataCallback callback);
+    [[nodiscard]] bool setupPluginConnectionWithCallBack(MVCommDataCallback callback);
 
     /// Serves one more socket and, 0.2 s after the last addition of a burst, announces the launch.
     /// False, with nothing added, when the socket cannot be served.
-    bool addCommForPath(const QString& path);
+    [[nodiscard]] bool addCommForPath(const QString& path);
 
     /// The "Data" folders of the user's containers, those with a link as an entry included; empty
     /// when they cannot be listed. Any thread, as long as none changes the environment.
@@ -94,9 +94,9 @@ class MVComm final : public MVCommCallbacks {
     void suppressMessages(bool suppress);
 
     /// The processes of all servers, server by server.
-    QList<MVCommConnectionProcess> connectionProcesses() const;
+    [[nodiscard]] QList<MVCommConnectionProcess> connectionProcesses() const;
 
-    bool isAnybodyConnected() const;
+    [[nodiscard]] bool isAnybodyConnected() const;
 
     /// Posts "com.quarnel.mivo.guiDidLaunch" to the plug-ins after 0.1 s, once even if called
     /// several times in between.

@@ -17,15 +17,17 @@ class MVCommCallbacks {
     virtual ~MVCommCallbacks() = default;
 
     /// Must not be null once plug-ins send.
-    virtual MVCommDataCallback dataCallback() const = 0;
+    [[nodiscard]] virtual MVCommDataCallback dataCallback() const = 0;
 
     /// May be null.
-    virtual MVCommCallback connectionCallback() const = 0;
-    virtual MVCommCallback disconnectionCallback() const = 0;
+    [[nodiscard]] virtual MVCommCallback connectionCallback() const = 0;
+    [[nodiscard]] virtual MVCommCallback disconnectionCallback() const = 0;
 
     /// A server has recreated its socket file; plug-ins may be waiting for it.
     virtual void socketRecreated() {}
 
     /// Whether programs of `user` may connect: only our own user and root may.
-    virtual bool acceptsUser(uid_t user) const { return user == ::geteuid() || user == 0; }
+    [[nodiscard]] virtual bool acceptsUser(uid_t user) const {
+        return user == ::geteuid() || user == 0;
+    }
 };

@@ -46,21 +46,23 @@ class MVCommConnection {
     MVCommConnection& operator=(const MVCommConnection&) = delete;
 
     /// Null after shutdown().
-    const platform::DataSocket* socket() const noexcept { return socket_.get(); }
+    [[nodiscard]] const platform::DataSocket* socket() const noexcept { return socket_.get(); }
 
     MVCommConnectionProcess& process() noexcept { return process_; }
-    const MVCommConnectionProcess& process() const noexcept { return process_; }
+    [[nodiscard]] const MVCommConnectionProcess& process() const noexcept { return process_; }
 
     /// Ask this before each log line about an error of the plug-in.
     MVCommFaultLog& faultLog() noexcept { return faultLog_; }
 
     /// The connection's activity reset: pending while the timer is active. One timer is reused for
     /// the connection's whole life, so that postponing the reset allocates nothing.
-    platform::Timer* resetActivityTimer() const noexcept { return resetActivityTimer_.get(); }
+    [[nodiscard]] platform::Timer* resetActivityTimer() const noexcept {
+        return resetActivityTimer_.get();
+    }
     void setResetActivityTimer(std::unique_ptr<platform::Timer> timer);
 
     /// Null after shutdown().
-    const std::shared_ptr<MVCommSender>& sender() const noexcept { return sender_; }
+    [[nodiscard]] const std::shared_ptr<MVCommSender>& sender() const noexcept { return sender_; }
 
     /// Stops reading and ends the connection; the peer sees the end at once, and the descriptor is
     /// closed as soon as no send or delivery uses it. Later calls do nothing. A pending activity

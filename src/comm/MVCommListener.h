@@ -42,7 +42,7 @@ class MVCommListener {
     void resume();
 
     /// Whether the path now leads into a folder other than at first, or into none.
-    bool isFolderReplaced() const;
+    [[nodiscard]] bool isFolderReplaced() const;
 
     /// From now on the file is not recreated.
     void stopRecreating();

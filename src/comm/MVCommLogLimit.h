@@ -9,7 +9,7 @@
 class MVCommLogLimit {
   public:
     /// Whether the line may be written now. If so, counts it as written.
-    bool allowsLine() noexcept {
+    [[nodiscard]] bool allowsLine() noexcept {
         const auto now = platform::MonotonicClock::now();
         if (last_ && now - *last_ < std::chrono::seconds(1))
             return false;

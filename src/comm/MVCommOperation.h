@@ -17,7 +17,7 @@ class MVCommOperation {
     /// Performs the action. On the thread of the queue that the operation was added to.
     void main() const { (target_->*action_)(object_); }
 
-    bool isConcurrent() const noexcept { return false; }
+    [[nodiscard]] bool isConcurrent() const noexcept { return false; }
 
   private:
     MVCommunication* target_;

@@ -38,13 +38,15 @@ class MVCommParser {
     [[nodiscard]] Result next() noexcept;
 
     /// Bytes of the read that next() has not consumed.
-    std::int32_t remaining() const noexcept { return static_cast<std::int32_t>(rest_.size()); }
+    [[nodiscard]] std::int32_t remaining() const noexcept {
+        return static_cast<std::int32_t>(rest_.size());
+    }
 
     /// Of the last message that next() found.
-    std::uint32_t messageID() const noexcept { return messageID_; }
+    [[nodiscard]] std::uint32_t messageID() const noexcept { return messageID_; }
 
-    const MVCommActivityMessage& activity() const noexcept { return activity_; }
-    const Checkin& checkin() const noexcept { return checkin_; }
+    [[nodiscard]] const MVCommActivityMessage& activity() const noexcept { return activity_; }
+    [[nodiscard]] const Checkin& checkin() const noexcept { return checkin_; }
 
   private:
     std::string_view textAt(std::size_t offset) const noexcept;

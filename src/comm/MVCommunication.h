@@ -56,11 +56,11 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
     MVCommunication(const MVCommunication&) = delete;
     MVCommunication& operator=(const MVCommunication&) = delete;
 
-    const QString& socketPath() const noexcept { return socketPath_; }
+    [[nodiscard]] const QString& socketPath() const noexcept { return socketPath_; }
 
     /// Whether the path now leads into a folder other than at first, or into none; then it needs a
     /// new server. A socket file that vanishes from the same folder is recreated (MVCommListener).
-    bool isFolderReplaced() const;
+    [[nodiscard]] bool isFolderReplaced() const;
 
     /// From now on the socket file is not recreated, so that another server can take the path.
     void stopRecreating();
@@ -79,8 +79,8 @@ class MVCommunication : public std::enable_shared_from_this<MVCommunication> {
 
     /// Copies of the records of all connections, in the order of connecting; pid 0 and a null name
     /// stand for a plug-in that has not checked in.
-    QList<MVCommConnectionProcess> connectionProcesses() const;
-    bool isAnybodyConnected() const;
+    [[nodiscard]] QList<MVCommConnectionProcess> connectionProcesses() const;
+    [[nodiscard]] bool isAnybodyConnected() const;
 
     /// Writes the messages that sendMessage() accepted, without waiting for a peer; then closes all
     /// connections, stops listening and removes the socket file, unless the path now leads to

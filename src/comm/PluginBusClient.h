@@ -43,7 +43,7 @@ class PluginBusClient {
     /// Sends the application's preferences to the plug-in. `answered` is called from the event loop
     /// when the plug-in has replied or ended, however long that takes, but not after this object is
     /// destroyed. False, and no call, if there is no plug-in.
-    bool tell(const PreferencesMessage& word, Answered answered);
+    [[nodiscard]] bool tell(const PreferencesMessage& word, Answered answered);
 
   private:
     class Receiver;

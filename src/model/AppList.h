@@ -63,25 +63,27 @@ class AppList {
     void updateIcons();
 
     /// In display order; owned by the list, valid until settle().
-    const QList<MVCommAppValue*>& apps() const noexcept { return apps_; }
+    [[nodiscard]] const QList<MVCommAppValue*>& apps() const noexcept { return apps_; }
 
     /// The first record of that process; -1 if there is none.
-    qsizetype indexOfPid(std::uint32_t pid) const { return indexOfPid_.value(pid, -1); }
+    [[nodiscard]] qsizetype indexOfPid(std::uint32_t pid) const {
+        return indexOfPid_.value(pid, -1);
+    }
 
-    bool contains(const MVCommAppValue* app) const { return apps_.contains(app); }
+    [[nodiscard]] bool contains(const MVCommAppValue* app) const { return apps_.contains(app); }
 
     /// The processes of the connections with that name.
-    QList<std::uint32_t> connectedPids(const QString& processName) const;
+    [[nodiscard]] QList<std::uint32_t> connectedPids(const QString& processName) const;
 
     /// The path of the first of these processes; or empty.
-    QString connectedPath(const QString& processName) const;
+    [[nodiscard]] QString connectedPath(const QString& processName) const;
 
     /// Whether that process has a connection, with or without a record.
-    bool isConnected(std::uint32_t pid) const;
+    [[nodiscard]] bool isConnected(std::uint32_t pid) const;
 
     /// The record for the connection of that process, whether it is the record's own process or
     /// another one of its name; else the first record of that process; null if there is none.
-    MVCommAppValue* appOfProcess(std::uint32_t pid) const;
+    [[nodiscard]] MVCommAppValue* appOfProcess(std::uint32_t pid) const;
 
   private:
     struct Entry {

@@ -19,14 +19,14 @@ class AppPreferences {
     explicit AppPreferences(const QVariant& stored);
 
     /// In tidy form, for the preferences.
-    const QVariantMap& dictionary() const noexcept { return apps_; }
+    [[nodiscard]] const QVariantMap& dictionary() const noexcept { return apps_; }
 
     /// The percent, 0 to 100, as it is stored, and without its fraction.
-    float volume(const QString& displayName) const;
-    ProgramSetting setting(const QString& displayName) const;
+    [[nodiscard]] float volume(const QString& displayName) const;
+    [[nodiscard]] ProgramSetting setting(const QString& displayName) const;
 
     /// Whether the program has settings other than the default.
-    bool contains(const QString& displayName) const;
+    [[nodiscard]] bool contains(const QString& displayName) const;
 
     /// Each clamps.
     void set(const QString& displayName, const ProgramSetting& setting);
@@ -35,7 +35,7 @@ class AppPreferences {
     void remove(const QString& displayName);
 
     /// One program's dictionary without default values; nothing if it is empty then.
-    static std::optional<QVariantMap> tidyAppPref(QVariantMap preferences);
+    [[nodiscard]] static std::optional<QVariantMap> tidyAppPref(QVariantMap preferences);
 
     /// The key of a name: its form in a property list, so that names with characters that XML
     /// cannot represent are found again.

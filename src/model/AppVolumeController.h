@@ -80,7 +80,7 @@ class AppVolumeController {
     static AppVolumeController* sharedController() noexcept;
 
     /// The time of its creation, in seconds since 1970.
-    double initTime() const noexcept { return initTime_; }
+    [[nodiscard]] double initTime() const noexcept { return initTime_; }
 
     /// Sets the view that shows the records; null for none. It gets the window's size limits and
     /// the stored frame. It must outlive the controller, or be replaced before it is destroyed.
@@ -94,7 +94,7 @@ class AppVolumeController {
     void setGestureObserver(GestureObserver observer) { gestures_ = std::move(observer); }
 
     /// In display order; valid until the next merge.
-    const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
+    [[nodiscard]] const QList<MVCommAppValue*>& apps() const noexcept { return list_.apps(); }
 
     /// Each merges both the connected and the running programs into the records, and then updates
     /// the view; the names say which come first. All except updateRunningApps(), which is called
@@ -126,17 +126,17 @@ class AppVolumeController {
 
     /// For everything except dragging a slider: whole percents, 0 to 100 (else clamped).
     void setPercent(MVCommAppValue& app, int percent);
-    int percentOf(const MVCommAppValue& app) const;
+    [[nodiscard]] int percentOf(const MVCommAppValue& app) const;
     void setMuted(MVCommAppValue& app, bool muted);
 
     /// Why the volume of `app` cannot be set, as text for the user; empty if it can.
-    QString reasonNotControllable(const MVCommAppValue& app) const;
+    [[nodiscard]] QString reasonNotControllable(const MVCommAppValue& app) const;
 
     /// The settings of all programs, including those without a record.
     RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
 
     /// The reason for the name of `app`, as text for the user; empty if unknown.
-    QString whyNamed(const MVCommAppValue& app) const;
+    [[nodiscard]] QString whyNamed(const MVCommAppValue& app) const;
 
     /// Sends the preferences to the plug-in over the bus.
     PreferencePublisher& publisher() noexcept { return publisher_; }
@@ -151,7 +151,7 @@ class AppVolumeController {
     void savePrefs();
 
     /// The window's size instead of the proposed one.
-    QSizeF windowWillResize(const QSizeF& proposed) const;
+    [[nodiscard]] QSizeF windowWillResize(const QSizeF& proposed) const;
 
     /// Stores the window's frame, and saves and copies the preferences. Waits no longer than
     /// `bound`: a disk may hang. False, with a line in the log, if it has not finished by then.

@@ -31,12 +31,12 @@ class AppVolumeView {
     virtual void itemDidChange(qsizetype index) = 0;
 
     /// In pixels. Queried whenever they are needed.
-    virtual double itemHeight() const = 0;
-    virtual double titleBarHeight() const = 0;
+    [[nodiscard]] virtual double itemHeight() const = 0;
+    [[nodiscard]] virtual double titleBarHeight() const = 0;
 
     virtual void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) = 0;
 
     /// The window's frame on the desktop. setFrame() may move a window that would not be visible.
-    virtual QRect frame() const = 0;
+    [[nodiscard]] virtual QRect frame() const = 0;
     virtual void setFrame(const QRect& frame) = 0;
 };

@@ -34,15 +34,17 @@ class MVIgnoredApps {
     MVIgnoredApps& operator=(const MVIgnoredApps&) = delete;
 
     /// All entries, sorted ignoring case. Switching one on or off is a change.
-    const std::vector<std::unique_ptr<MVIgnoredApp>>& builtIn() const noexcept { return builtIn_; }
+    [[nodiscard]] const std::vector<std::unique_ptr<MVIgnoredApp>>& builtIn() const noexcept {
+        return builtIn_;
+    }
 
     /// The user's names: in stored order, sorted from the first addition on. Characters that the
     /// preferences cannot represent are replaced (storableValue()).
-    const QStringList& custom() const noexcept { return custom_; }
+    [[nodiscard]] const QStringList& custom() const noexcept { return custom_; }
 
     /// Whether a process's name, not the displayed one, is an enabled entry or one of the user's
     /// names. Compares the whole text, ignoring case, in any locale.
-    bool isAppIgnored(const QString& processName) const;
+    [[nodiscard]] bool isAppIgnored(const QString& processName) const;
 
     /// Ignores a process: switches the built-in entry of its name on again, else adds the name.
     /// Does nothing if it is ignored already. Ignores case.
@@ -50,7 +52,7 @@ class MVIgnoredApps {
 
     /// The opposite: removes the name and switches the built-in entry off. False if the process was
     /// not ignored.
-    bool unignore(const QString& processName);
+    [[nodiscard]] bool unignore(const QString& processName);
 
     /// Adds a name, also one that is there already.
     void addCustomIgnore(const QString& name);

@@ -30,11 +30,13 @@ class NewApps {
     /// The initial settings of such a program, by the same rule as in the plug-in: those stored
     /// under its former name, which is derived from its file, else those of new programs. Nothing
     /// if it has settings, or starts at full volume.
-    std::optional<ProgramSetting> beginning(const AppList& list, const MVCommAppValue& app) const;
+    [[nodiscard]] std::optional<ProgramSetting> beginning(const AppList& list,
+                                                          const MVCommAppValue& app) const;
 
     /// The process names of those that were never seen or set, but whose former name is ignored.
-    QStringList ignoredByFormerName(const AppList& list,
-                                    const std::function<bool(const QString&)>& isIgnored) const;
+    [[nodiscard]] QStringList
+    ignoredByFormerName(const AppList& list,
+                        const std::function<bool(const QString&)>& isIgnored) const;
 
   private:
     static QString formerName(const AppList& list, const MVCommAppValue& app);

@@ -23,7 +23,7 @@ class PendingPluginReports {
 
     /// Why the volume of a process cannot be set; empty if it can.
     void setReason(std::uint32_t pid, const QString& reason);
-    QString reason(std::uint32_t pid) const;
+    [[nodiscard]] QString reason(std::uint32_t pid) const;
 
     /// Call this when processes have appeared or ended: drops the reasons of processes that are no
     /// longer known, since their pids may be reused.

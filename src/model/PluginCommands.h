@@ -32,7 +32,9 @@ class PluginCommands {
         int value;
         platform::MonotonicClock::time_point sent;
 
-        bool isAbout(const Command& other) const { return type == other.type && pid == other.pid; }
+        [[nodiscard]] bool isAbout(const Command& other) const {
+            return type == other.type && pid == other.pid;
+        }
     };
 
     void send(std::int32_t type, std::uint32_t pid, int value);

@@ -53,7 +53,7 @@ class PreferenceCopies {
 
     /// Saves and copies at once and waits for it, no longer than `bound`: a disk may hang. False if
     /// it has not finished by then.
-    bool finish(std::chrono::milliseconds bound = std::chrono::seconds(3));
+    [[nodiscard]] bool finish(std::chrono::milliseconds bound = std::chrono::seconds(3));
 
   private:
     class Worker;

@@ -23,9 +23,9 @@ class RememberedApps {
                    std::function<void()> changed);
 
     /// All programs that have ever been seen or set, sorted by name.
-    QList<NamedSetting> all() const;
+    [[nodiscard]] QList<NamedSetting> all() const;
 
-    ProgramSetting of(const QString& displayName) const;
+    [[nodiscard]] ProgramSetting of(const QString& displayName) const;
 
     /// Also sets all that one that is running has, as its item would. Clamps.
     void set(const QString& displayName, const ProgramSetting& setting);
@@ -42,7 +42,7 @@ class RememberedApps {
 
     /// The percent at which new programs start; nothing for full volume. A change only affects
     /// later programs.
-    std::optional<int> defaultVolume() const;
+    [[nodiscard]] std::optional<int> defaultVolume() const;
     void setDefaultVolume(std::optional<int> percent);
 
   private:

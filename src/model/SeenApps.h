@@ -18,16 +18,16 @@ class SeenApps {
     explicit SeenApps(platform::UserDefaults& defaults);
 
     /// The oldest first, in their form in a property list.
-    const QStringList& names() const noexcept { return names_; }
+    [[nodiscard]] const QStringList& names() const noexcept { return names_; }
 
-    bool contains(const QString& displayName) const;
+    [[nodiscard]] bool contains(const QString& displayName) const;
 
     /// Each returns whether the list has changed; a changed list has been stored in the defaults.
     bool add(const QStringList& displayNames);
     bool remove(const QString& displayName);
 
     /// The percent, 0 to 100, for programs that are not in the list; nothing for full volume.
-    std::optional<int> defaultVolume() const;
+    [[nodiscard]] std::optional<int> defaultVolume() const;
     void setDefaultVolume(std::optional<int> percent);
 
   private:

@@ -33,12 +33,12 @@ class UndoHistory {
     void muteChanged(const QString& program, bool muted);
     void ignoredChanged(const QString& process, bool ignored);
 
-    bool canUndo() const noexcept { return done_ > 0; }
-    bool canRedo() const noexcept { return done_ < gestures_.size(); }
+    [[nodiscard]] bool canUndo() const noexcept { return done_ > 0; }
+    [[nodiscard]] bool canRedo() const noexcept { return done_ < gestures_.size(); }
 
     /// The actions that undo and redo would affect, as text for the user; empty for none.
-    QString undoText() const;
-    QString redoText() const;
+    [[nodiscard]] QString undoText() const;
+    [[nodiscard]] QString redoText() const;
 
     /// Do nothing if there is no such action.
     void undo();

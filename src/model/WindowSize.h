@@ -33,6 +33,6 @@ QSizeF snapped(const QSizeF& proposed, const Heights& heights);
 /// A window's frame in its form in the preferences: "x y width height". Nothing if the text is
 /// invalid, or the frame is empty.
 QString frameText(const QRect& frame);
-std::optional<QRect> frameFromText(const QString& text);
+[[nodiscard]] std::optional<QRect> frameFromText(const QString& text);
 
 } // namespace WindowSize

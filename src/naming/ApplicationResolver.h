@@ -114,11 +114,11 @@ class ApplicationResolver {
 
     /// Identifies a sandboxed application, named as by sandboxApplication(), none of whose
     /// processes can be seen.
-    ApplicationIdentity resolveSandbox(std::string_view application,
-                                       const ClientProperties& client) const;
+    [[nodiscard]] ApplicationIdentity resolveSandbox(std::string_view application,
+                                                     const ClientProperties& client) const;
 
     /// Identifies a client without a known process, such as one on another machine.
-    ApplicationIdentity resolveClient(const ClientProperties& client) const;
+    [[nodiscard]] ApplicationIdentity resolveClient(const ClientProperties& client) const;
 
     /// Drops the cached result for a process.
     void forget(pid_t process) { known_.erase(process); }
@@ -140,7 +140,7 @@ class ApplicationResolver {
 
 /// Whether a client claims to show web pages: by its executable, or by a name that an engine uses
 /// in every program.
-bool claimsPages(const ClientProperties& client);
+[[nodiscard]] bool claimsPages(const ClientProperties& client);
 
 /// The same without caching.
 ApplicationIdentity identifyApplication(const ProcessRecord& process,

@@ -48,44 +48,44 @@ class DesktopEntries {
     void setLanguages(const std::string& languages);
 
     /// Grows with each change: earlier results may then be outdated.
-    std::uint64_t generation() const noexcept { return generation_; }
+    [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
 
-    const std::vector<std::string>& folders() const noexcept { return folders_; }
+    [[nodiscard]] const std::vector<std::string>& folders() const noexcept { return folders_; }
 
     /// The file system in which programs are searched.
-    const ProgramFiles& files() const noexcept { return files_; }
+    [[nodiscard]] const ProgramFiles& files() const noexcept { return files_; }
 
-    std::size_t size() const noexcept { return entries_.size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return entries_.size(); }
 
     /// The entry with this id, with or without ".desktop", or null.
-    const DesktopEntry* find(std::string_view id) const;
+    [[nodiscard]] const DesktopEntry* find(std::string_view id) const;
 
     /// The entry that was read from the file, or from a link to it; or null.
-    const DesktopEntry* ofFile(std::string_view path) const;
+    [[nodiscard]] const DesktopEntry* ofFile(std::string_view path) const;
 
     /// The first entry with this displayed name, truncated like names of applications; or null.
-    const DesktopEntry* called(std::string_view name) const;
+    [[nodiscard]] const DesktopEntry* called(std::string_view name) const;
 
     /// Those whose program or script is the file, with links resolved.
-    Found ofProgram(std::string_view path) const;
+    [[nodiscard]] Found ofProgram(std::string_view path) const;
 
     /// Those whose program has its own folder which contains the file.
-    Found ofFolder(std::string_view path) const;
+    [[nodiscard]] Found ofFolder(std::string_view path) const;
 
     /// Those whose command, or whose id, is this name of a program without a path.
-    Found ofName(std::string_view name) const;
+    [[nodiscard]] Found ofName(std::string_view name) const;
 
     /// Those with this window class, ignoring case.
-    Found ofWindow(std::string_view application) const;
+    [[nodiscard]] Found ofWindow(std::string_view application) const;
 
     /// Those that start an application in a sandbox, named as by sandboxApplication().
-    Found ofSandbox(std::string_view application) const;
+    [[nodiscard]] Found ofSandbox(std::string_view application) const;
 
     /// The entry that starts this Steam game, or null.
-    const DesktopEntry* ofGame(std::string_view number) const;
+    [[nodiscard]] const DesktopEntry* ofGame(std::string_view number) const;
 
     /// The only entry with this icon, or null.
-    const DesktopEntry* ofIcon(std::string_view icon) const;
+    [[nodiscard]] const DesktopEntry* ofIcon(std::string_view icon) const;
 
   private:
     /// Detects that a file has been written since.

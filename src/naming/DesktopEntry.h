@@ -48,6 +48,6 @@ struct DesktopEntry {
 
 /// Reads the entry with this id from a file. Nothing if it is damaged, not an application, hidden,
 /// or if its TryExec program is not installed. Any thread.
-std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
-                                             const DesktopEnvironment& environment,
-                                             const ProgramFiles& files);
+[[nodiscard]] std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id,
+                                                           const DesktopEnvironment& environment,
+                                                           const ProgramFiles& files);

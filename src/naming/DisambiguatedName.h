@@ -16,8 +16,8 @@
 std::vector<std::string> distinguishingFolders(std::string_view path, std::string_view name);
 
 /// Whether disambiguatedName() could return `called` for a program whose plain name is `plain`.
-bool isDisambiguatedName(std::string_view called, const std::string& plain,
-                         const std::vector<std::string>& folders);
+[[nodiscard]] bool isDisambiguatedName(std::string_view called, const std::string& plain,
+                                       const std::vector<std::string>& folders);
 
 /// An existing program.
 struct NamedProgram {

@@ -39,11 +39,11 @@ class ProcessView {
     virtual ~ProcessView() = default;
 
     /// Nothing for a process that has ended.
-    virtual std::optional<ProcessRecord> process(pid_t pid) const;
+    [[nodiscard]] virtual std::optional<ProcessRecord> process(pid_t pid) const;
 
     /// The record's start time; cheaper than process().
-    virtual std::optional<std::uint64_t> startTime(pid_t pid) const;
+    [[nodiscard]] virtual std::optional<std::uint64_t> startTime(pid_t pid) const;
 
     /// The processes of one user, in the order of their pids.
-    virtual std::vector<pid_t> processesOf(uid_t user) const;
+    [[nodiscard]] virtual std::vector<pid_t> processesOf(uid_t user) const;
 };

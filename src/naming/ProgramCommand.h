@@ -32,7 +32,9 @@ struct ProgramCommand {
     bool isRequest = false;
 
     /// What identifies the program: the script, else the executable.
-    const std::string& subject() const noexcept { return script.empty() ? program : script; }
+    [[nodiscard]] const std::string& subject() const noexcept {
+        return script.empty() ? program : script;
+    }
 };
 
 /// Splits a command line of a desktop entry, or of a shell, into words. Empty if its quotes are
@@ -51,4 +53,4 @@ ProgramCommand runningProgram(const ProcessRecord& process);
 std::string packageFolder(std::string_view program);
 
 /// Whether the path is inside the folder, at any depth.
-bool isInFolder(std::string_view path, std::string_view folder) noexcept;
+[[nodiscard]] bool isInFolder(std::string_view path, std::string_view folder) noexcept;

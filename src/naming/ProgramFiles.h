@@ -13,18 +13,18 @@ class ProgramFiles {
 
     /// The full path of the program for the first word of a command, found as a shell does. Links
     /// are not resolved. Empty if there is no such program.
-    std::string find(const std::string& word) const;
+    [[nodiscard]] std::string find(const std::string& word) const;
 
     /// Whether a link of that name, on the search path or beside the executable, leads to it.
-    bool isLinkTo(const std::string& name, const std::string& executable) const;
+    [[nodiscard]] bool isLinkTo(const std::string& name, const std::string& executable) const;
 
-    virtual bool isExecutable(const std::string& path) const;
+    [[nodiscard]] virtual bool isExecutable(const std::string& path) const;
 
     /// The path with its links resolved; unchanged if there is no such file.
-    virtual std::string resolved(const std::string& path) const;
+    [[nodiscard]] virtual std::string resolved(const std::string& path) const;
 
     /// Whether the file is a script, so that its process has the interpreter's executable.
-    virtual bool isScript(const std::string& path) const;
+    [[nodiscard]] virtual bool isScript(const std::string& path) const;
 
   private:
     // $PATH, and the usual folders of programs: services often have a shorter $PATH than sessions,

@@ -23,11 +23,11 @@ ProgramKind programKind(std::string_view executable);
 
 /// Whether programs of this kind start independent programs, which the user does not confuse with
 /// them.
-bool startsOthers(ProgramKind kind) noexcept;
+[[nodiscard]] bool startsOthers(ProgramKind kind) noexcept;
 
 /// Whether an executable shows web pages, from its path or file name: a browser, a part of one, or
 /// the runtime of web applications.
-bool showsPages(std::string_view executable);
+[[nodiscard]] bool showsPages(std::string_view executable);
 
 /// What an interpreter or runtime executes.
 enum class ProgramRuntime { none, script, module, shell, java, electron, wine };

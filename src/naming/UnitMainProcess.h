@@ -16,10 +16,10 @@ class ProcessView;
 /// name contains a pid belongs to that process; systemd gives a service's process its own session.
 /// Otherwise it is the oldest process of the unit, but only if the program of `entry` executes
 /// another one. Any thread that `processes` allows.
-bool isUnitMainProcess(const std::string& unit, const DesktopEntry& entry,
-                       const ProcessRecord& process, std::span<const pid_t> line,
-                       const ProcessView& processes);
+[[nodiscard]] bool isUnitMainProcess(const std::string& unit, const DesktopEntry& entry,
+                                     const ProcessRecord& process, std::span<const pid_t> line,
+                                     const ProcessView& processes);
 
 /// Whether the entry's program may execute another one that the entry does not name: it is a
 /// script, or unknown.
-bool mayExecAnother(const DesktopEntry& entry);
+[[nodiscard]] bool mayExecAnother(const DesktopEntry& entry);

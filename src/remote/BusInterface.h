@@ -30,16 +30,17 @@ class BusInterface {
     BusInterface(const BusInterface&) = delete;
     BusInterface& operator=(const BusInterface&) = delete;
 
-    const QString& name() const noexcept { return name_; }
+    [[nodiscard]] const QString& name() const noexcept { return name_; }
 
     /// All readable properties, in the types of the bus.
-    virtual QVariantMap properties() const = 0;
+    [[nodiscard]] virtual QVariantMap properties() const = 0;
 
     /// Sets one of the properties(). `value` is of its type.
-    virtual std::optional<BusError> set(const QString& property, const QVariant& value) = 0;
+    [[nodiscard]] virtual std::optional<BusError> set(const QString& property,
+                                                      const QVariant& value) = 0;
 
     /// The signature of a method's arguments; nothing if there is no such method.
-    virtual std::optional<QString> signature(const QString& method) const = 0;
+    [[nodiscard]] virtual std::optional<QString> signature(const QString& method) const = 0;
 
     /// `arguments` are of that signature.
     virtual Outcome call(const QString& method, const QVariantList& arguments) = 0;

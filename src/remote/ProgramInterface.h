@@ -14,7 +14,7 @@ class ProgramInterface final : public BusInterface {
 
     /// Whether changes of a property are signalled. A level changes all the time, and a position
     /// with each program that appears or disappears.
-    static bool isSignalled(const QString& property);
+    [[nodiscard]] static bool isSignalled(const QString& property);
 
     /// `app` is one of the controller's records.
     ProgramInterface(AppVolumeController& controller, MVIgnoredApps& ignored, MVCommAppValue& app);

@@ -19,5 +19,5 @@ struct IgnoredNames {
 
     /// Whether a program with this name, which is not the displayed one, is ignored. Ignores case,
     /// in any locale, and compares names as a property list stores them.
-    bool contains(std::string_view name) const;
+    [[nodiscard]] bool contains(std::string_view name) const;
 };

@@ -15,10 +15,12 @@ struct ProgramSetting {
     bool operator==(const ProgramSetting&) const = default;
 
     /// Whether it is what a program has that nobody has set, so that nothing need be remembered.
-    bool isPlain() const noexcept { return *this == ProgramSetting{}; }
+    [[nodiscard]] bool isPlain() const noexcept { return *this == ProgramSetting{}; }
 
-    static bool isInRange(int percent) noexcept { return percent >= 0 && percent <= fullVolume; }
+    [[nodiscard]] static bool isInRange(int percent) noexcept {
+        return percent >= 0 && percent <= fullVolume;
+    }
     static int clamped(int percent) noexcept;
     static double clamped(double percent) noexcept;
-    ProgramSetting clamped() const noexcept { return {clamped(percent), muted}; }
+    [[nodiscard]] ProgramSetting clamped() const noexcept { return {clamped(percent), muted}; }
 };

@@ -30,7 +30,7 @@ class BusClient {
                  GVariant* arguments = nullptr);
 
     /// Whether the bus itself replies.
-    bool isThere();
+    [[nodiscard]] bool isThere();
 
     GDBusConnection* connection() noexcept { return connection_; }
 

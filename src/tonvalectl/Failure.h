@@ -21,7 +21,7 @@ class Failure : public std::runtime_error {
   public:
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
-    ExitCode code() const noexcept { return code_; }
+    [[nodiscard]] ExitCode code() const noexcept { return code_; }
 
   private:
     ExitCode code_;

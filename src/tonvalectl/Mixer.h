@@ -20,7 +20,7 @@ struct CtlProgram {
     bool controllable = true;
     std::string reason;
 
-    bool isRunning() const noexcept { return !path.empty(); }
+    [[nodiscard]] bool isRunning() const noexcept { return !path.empty(); }
 
     /// Updates it from a dictionary a{sv} of its properties.
     void update(GVariant* properties);

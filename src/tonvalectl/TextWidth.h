@@ -15,6 +15,6 @@ std::size_t columns(const std::string& text);
 std::string cut(const std::string& text, std::size_t most);
 
 /// The width of the terminal on standard output; nothing if it is not a terminal, or unknown.
-std::optional<std::size_t> ofTerminal();
+[[nodiscard]] std::optional<std::size_t> ofTerminal();
 
 } // namespace TextWidth

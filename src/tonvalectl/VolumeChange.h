@@ -14,5 +14,5 @@ struct VolumeChange {
     static VolumeChange parse(std::string_view text);
 
     /// The new value of `before`, clamped to 0 to 100 for a step.
-    int appliedTo(int before) const;
+    [[nodiscard]] int appliedTo(int before) const;
 };

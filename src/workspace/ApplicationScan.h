@@ -32,7 +32,7 @@ class ApplicationScan {
 
     /// For this machine, user and session, with names in the message language. Reads the
     /// environment.
-    static std::shared_ptr<ApplicationScan> live();
+    [[nodiscard]] static std::shared_ptr<ApplicationScan> live();
 
     explicit ApplicationScan(Environment environment,
                              std::unique_ptr<ProcessView> processes = nullptr);

@@ -42,7 +42,7 @@ class DesktopWorkspace final : public Workspace {
     void setTileColors(const TileColors& colors) override;
 
     /// Whether systemd reports changes.
-    bool hearsOfUnits() const noexcept { return units_.isListening(); }
+    [[nodiscard]] bool hearsOfUnits() const noexcept { return units_.isListening(); }
 
   private:
     using Identities = std::vector<ApplicationIdentity>;

@@ -18,7 +18,7 @@ class UnitWatch {
     UnitWatch& operator=(const UnitWatch&) = delete;
 
     /// Whether a manager has accepted the subscription.
-    bool isListening() const noexcept;
+    [[nodiscard]] bool isListening() const noexcept;
 
   private:
     class Receiver;

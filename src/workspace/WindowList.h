@@ -19,7 +19,7 @@ class WindowList final : private QAbstractNativeEventFilter {
 
     /// The processes of the windows, according to their properties. Takes two round trips to the X
     /// server.
-    std::set<pid_t> owners() const;
+    [[nodiscard]] std::set<pid_t> owners() const;
 
   private:
     bool nativeEventFilter(const QByteArray& kind, void* message, qintptr* result) override;

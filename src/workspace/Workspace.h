@@ -42,20 +42,20 @@ class Workspace {
 
     /// The regular applications, in the order in which they appeared. Nothing before the first scan
     /// is complete.
-    virtual std::optional<QList<RunningApplication>> runningApplications() const = 0;
+    [[nodiscard]] virtual std::optional<QList<RunningApplication>> runningApplications() const = 0;
 
     /// Updates the list soon, for changes that the desktop does not report.
     virtual void lookAgain() = 0;
 
     /// A program's icon, else a tile with its letter. Never null; the same one until a change is
     /// reported. An unknown program is looked up in the background, and the change reported.
-    virtual QIcon iconForProgram(const ProgramReference& program) const = 0;
+    [[nodiscard]] virtual QIcon iconForProgram(const ProgramReference& program) const = 0;
 
     /// The icon of an unknown program. Never null.
-    virtual QIcon genericApplicationIcon() const = 0;
+    [[nodiscard]] virtual QIcon genericApplicationIcon() const = 0;
 
     /// A sentence for the user: the reason for the program's name. Empty while unknown.
-    virtual QString whyNamed(const ProgramReference& program) const = 0;
+    [[nodiscard]] virtual QString whyNamed(const ProgramReference& program) const = 0;
 
     /// Sets the colours of all tiles, and reports a change of the icons.
     virtual void setTileColors(const TileColors& colors) = 0;

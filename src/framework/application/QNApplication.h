@@ -147,7 +147,7 @@ class QNApplication : public QObject {
     void setLaunchComplete(bool complete) noexcept { launchComplete_ = complete; }
 
   protected:
-    bool shouldExit() const noexcept { return shouldExit_; }
+    [[nodiscard]] bool shouldExit() const noexcept { return shouldExit_; }
     void setShouldExit() noexcept { shouldExit_ = true; }
 
     friend class PlatformApplication;

@@ -52,10 +52,10 @@ class SignalTable {
     void remove(int signal, const QObject* target, const QByteArray& selname);
 
     /// The newest first.
-    std::vector<Observer> observers(int signal) const;
+    [[nodiscard]] std::vector<Observer> observers(int signal) const;
 
     /// A pending signal, or nothing.
-    std::optional<int> next();
+    [[nodiscard]] std::optional<int> next();
 
     /// Whether the run loop delivers signals; otherwise they stay pending.
     void setListening(bool listens);

@@ -12,7 +12,7 @@ struct TaskEntry {
     std::function<void()> callable;
     std::unique_ptr<std::promise<void>> promise;
 
-    bool isEmpty() const noexcept { return !callable; }
+    [[nodiscard]] bool isEmpty() const noexcept { return !callable; }
 };
 
 } // namespace QN::async

@@ -25,9 +25,9 @@ class WorkerPool {
     worker& create(Round round);
 
     /// Ends the first free worker; false if there is none.
-    bool retire();
+    [[nodiscard]] bool retire();
 
-    std::uint32_t size() const noexcept { return size_.load(); }
+    [[nodiscard]] std::uint32_t size() const noexcept { return size_.load(); }
 
   private:
     worker* claimUnderFlag() noexcept REQUIRES(flag_);

@@ -32,7 +32,7 @@ class manager {
 
     /// True in a child made by fork(2) while the pool was running: the child has none of its
     /// threads, and any of its locks may stay locked for ever.
-    static bool isOrphaned() noexcept;
+    [[nodiscard]] static bool isOrphaned() noexcept;
 
     manager();
 
@@ -52,8 +52,8 @@ class manager {
     /// Finds a worker for the queue's oldest task. Any thread.
     void offer(const std::shared_ptr<qshuttle>& queue);
 
-    const Statistics& statistics() const noexcept { return statistics_; }
-    std::uint32_t workerCount() const noexcept { return pool_.size(); }
+    [[nodiscard]] const Statistics& statistics() const noexcept { return statistics_; }
+    [[nodiscard]] std::uint32_t workerCount() const noexcept { return pool_.size(); }
 
   private:
     struct Pass;

@@ -22,28 +22,28 @@ class qshuttle {
   public:
     qshuttle(std::string name, bool serial, std::int32_t priority);
 
-    const std::string& name() const noexcept { return name_; }
-    bool isSerial() const noexcept { return serial_; }
+    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    [[nodiscard]] bool isSerial() const noexcept { return serial_; }
 
     /// Background queues never make the pool grow past its base size.
-    bool is_background() const noexcept { return priority_ < -253; }
+    [[nodiscard]] bool is_background() const noexcept { return priority_ < -253; }
 
     /// Appends a task. Returns whether a worker must be found for it: not while the queue is
     /// suspended, and not if a worker will return to the queue anyway.
-    bool append(TaskEntry task);
+    [[nodiscard]] bool append(TaskEntry task);
 
     /// Moves the oldest task out if it may run now, and counts it as running. `left` is set to
     /// whether more tasks could run at the same time.
-    bool take(TaskEntry& task, bool& left);
+    [[nodiscard]] bool take(TaskEntry& task, bool& left);
 
     /// A worker calls this after it has run a task: removes the serial queue's mark and, if `goOn`,
     /// moves the next task out, which counts as running instead of the old one. False if there is
     /// none.
-    bool takeNext(TaskEntry& task, bool goOn);
+    [[nodiscard]] bool takeNext(TaskEntry& task, bool goOn);
 
     /// One task has ended. Returns how many were running before.
     std::uint64_t finish() noexcept { return running_.fetch_sub(1); }
-    std::uint64_t running() const noexcept { return running_.load(); }
+    [[nodiscard]] std::uint64_t running() const noexcept { return running_.load(); }
 
     /// Within this time the workers of a queue must have started another of its tasks to count as
     /// making progress: longer than a busy machine keeps a thread from running. This is about
@@ -70,10 +70,10 @@ class qshuttle {
     /// Takes back one suspend(), if there was one, or all of them.
     void resume();
     void resumeWholly();
-    bool isSuspended() const;
+    [[nodiscard]] bool isSuspended() const;
 
     void becomeZombie() noexcept { zombie_.store(1); }
-    bool isZombie() const noexcept { return zombie_.load() != 0; }
+    [[nodiscard]] bool isZombie() const noexcept { return zombie_.load() != 0; }
 
     Signal& drained() noexcept { return drained_; }
 

@@ -59,7 +59,7 @@ class queue {
     void wait();
 
     /// Whether this is a child made by fork(2) while the pool was running.
-    static bool isOrphaned() noexcept;
+    [[nodiscard]] static bool isOrphaned() noexcept;
 
     /// A suspended queue starts no task until resume() has been called as often as suspend().
     void suspend();

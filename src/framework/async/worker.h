@@ -39,11 +39,11 @@ class worker {
     void start();
 
     /// Any thread.
-    bool isStarted() const noexcept { return started_.load(); }
+    [[nodiscard]] bool isStarted() const noexcept { return started_.load(); }
     void wake() { wake_.set(); }
 
     /// Reserves a free worker for the caller. A new worker is claimed. Any thread.
-    bool claim() noexcept;
+    [[nodiscard]] bool claim() noexcept;
     void release() noexcept { claimed_.store(false); }
 
     /// Gives a claimed worker its task and wakes it. Ends the process if the worker has a task
@@ -52,11 +52,11 @@ class worker {
 
     /// On the thread itself: takes its task, and returns the task's queue, or null if there is
     /// none.
-    std::shared_ptr<qshuttle> take(TaskEntry& task);
+    [[nodiscard]] std::shared_ptr<qshuttle> take(TaskEntry& task);
     void forgetQueue();
 
     /// On the thread itself: whether it is running a task of that queue.
-    bool runsTaskOf(const qshuttle& queue) const;
+    [[nodiscard]] bool runsTaskOf(const qshuttle& queue) const;
 
     /// The worker whose thread is calling; null on other threads.
     static worker* current() noexcept;

@@ -23,9 +23,10 @@ T required(std::optional<T> value, int line = __builtin_LINE()) {
 }
 
 /// The entry of that key if it is there and of that type, else nothing.
-std::optional<QString> textIn(const QVariantMap& dictionary, const char* key);
-std::optional<QVariantMap> dictionaryIn(const QVariantMap& dictionary, const char* key);
-std::optional<QVariantList> listIn(const QVariantMap& dictionary, const char* key);
+[[nodiscard]] std::optional<QString> textIn(const QVariantMap& dictionary, const char* key);
+[[nodiscard]] std::optional<QVariantMap> dictionaryIn(const QVariantMap& dictionary,
+                                                      const char* key);
+[[nodiscard]] std::optional<QVariantList> listIn(const QVariantMap& dictionary, const char* key);
 
 /// Whether the entry is a true boolean or a number other than 0.
-bool isSet(const QVariantMap& dictionary, const char* key);
+[[nodiscard]] bool isSet(const QVariantMap& dictionary, const char* key);

@@ -23,35 +23,39 @@ class QNInstallBOM {
     using InstallResourceFilter = std::function<QVariantMap(const QVariantMap&)>;
 
     /// Where the manifest is; nothing if the bundle has none.
-    static std::optional<QUrl> BOMURLForBundle(const platform::Bundle& bundle);
+    [[nodiscard]] static std::optional<QUrl> BOMURLForBundle(const platform::Bundle& bundle);
 
     /// The manifest as it stands in the file; nothing if there is none, if it is a symbolic link or
     /// no regular file, or if it cannot be read or parsed.
-    static std::optional<QVariantMap> BOMDictionaryWithBundle(const platform::Bundle& bundle);
+    [[nodiscard]] static std::optional<QVariantMap>
+    BOMDictionaryWithBundle(const platform::Bundle& bundle);
 
-    static std::optional<QNInstallBOM> BOMWithBundle(const platform::Bundle& bundle);
+    [[nodiscard]] static std::optional<QNInstallBOM> BOMWithBundle(const platform::Bundle& bundle);
 
     /// The same, for listing what it installs: entries are marked with a true "ListingOnly".
-    static std::optional<QNInstallBOM> BOMInfoWithBundle(const platform::Bundle& bundle);
+    [[nodiscard]] static std::optional<QNInstallBOM>
+    BOMInfoWithBundle(const platform::Bundle& bundle);
 
     /// `resourceRoot` is the folder that sources are relative to. An install entry without a
     /// destination goes into the default location, under the name of its source.
-    static std::optional<QNInstallBOM> BOMWithDictionary(const QVariantMap& dictionary,
-                                                         const QUrl& resourceRoot);
-    static std::optional<QNInstallBOM> BOMWithDictionary(const QVariantMap& dictionary,
-                                                         const QUrl& resourceRoot,
-                                                         const InstallResourceFilter& filter);
+    [[nodiscard]] static std::optional<QNInstallBOM>
+    BOMWithDictionary(const QVariantMap& dictionary, const QUrl& resourceRoot);
+    [[nodiscard]] static std::optional<QNInstallBOM>
+    BOMWithDictionary(const QVariantMap& dictionary, const QUrl& resourceRoot,
+                      const InstallResourceFilter& filter);
 
-    const std::vector<QNInstallResource>& installResources() const noexcept {
+    [[nodiscard]] const std::vector<QNInstallResource>& installResources() const noexcept {
         return installResources_;
     }
-    const std::vector<QNUninstallResource>& uninstallResources() const noexcept {
+    [[nodiscard]] const std::vector<QNUninstallResource>& uninstallResources() const noexcept {
         return uninstallResources_;
     }
-    const std::optional<QUrl>& defaultLocation() const noexcept { return defaultLocation_; }
+    [[nodiscard]] const std::optional<QUrl>& defaultLocation() const noexcept {
+        return defaultLocation_;
+    }
 
     /// Whether an installation first removes what an earlier one has left.
-    bool forceCleanInstall() const noexcept { return forceCleanInstall_; }
+    [[nodiscard]] bool forceCleanInstall() const noexcept { return forceCleanInstall_; }
 
   private:
     QNInstallBOM() = default;

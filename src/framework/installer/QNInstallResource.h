@@ -25,18 +25,18 @@ class QNInstallResource {
     static QNInstallResource installResourceWithDictionary(const QVariantMap& dictionary,
                                                            const QUrl& resourceRoot);
 
-    const QUrl& from() const noexcept { return from_; }
-    const QUrl& to() const noexcept { return to_; }
-    uid_t uid() const noexcept { return uid_; }
-    gid_t gid() const noexcept { return gid_; }
-    mode_t mask() const noexcept { return mask_; }
+    [[nodiscard]] const QUrl& from() const noexcept { return from_; }
+    [[nodiscard]] const QUrl& to() const noexcept { return to_; }
+    [[nodiscard]] uid_t uid() const noexcept { return uid_; }
+    [[nodiscard]] gid_t gid() const noexcept { return gid_; }
+    [[nodiscard]] mode_t mask() const noexcept { return mask_; }
 
     /// Whether the source is still the file that it was when the entry was read, and no symbolic
     /// link. If not, `error`, unless null, gets EPERM and the source's URL.
     [[nodiscard]] bool validateAndReturnError(QNInstallError* error = nullptr) const;
 
     bool operator==(const QNInstallResource& other) const { return from_ == other.from_; }
-    std::size_t hash() const noexcept { return qHash(from_); }
+    [[nodiscard]] std::size_t hash() const noexcept { return qHash(from_); }
 
   private:
     QNInstallResource() = default;

@@ -10,10 +10,10 @@ class QNUninstallResource {
     /// "IgnoreForced". Throws std::invalid_argument for another path or none.
     static QNUninstallResource uninstallResourceWithDictionary(const QVariantMap& dictionary);
 
-    const QUrl& path() const noexcept { return path_; }
+    [[nodiscard]] const QUrl& path() const noexcept { return path_; }
 
     /// Whether the path stays when an installation first removes what an earlier one has left.
-    bool ignoreForcedClean() const noexcept { return ignoreForcedClean_; }
+    [[nodiscard]] bool ignoreForcedClean() const noexcept { return ignoreForcedClean_; }
 
   private:
     QNUninstallResource(QUrl path, bool ignoreForcedClean);

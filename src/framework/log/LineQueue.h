@@ -43,13 +43,13 @@ class LineQueue {
         explicit Chunk(std::size_t capacity);
 
         /// Whether a record with a text of this size fits, and a gap before it.
-        bool fits(std::size_t textSize) const noexcept;
+        [[nodiscard]] bool fits(std::size_t textSize) const noexcept;
         void append(const Record& record) noexcept;
 
         /// Reads the record at `offset` and advances it; false at the end.
-        bool next(std::size_t& offset, Record& record) const noexcept;
+        [[nodiscard]] bool next(std::size_t& offset, Record& record) const noexcept;
 
-        std::size_t capacity() const noexcept { return capacity_; }
+        [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
         void clear() noexcept { used_ = 0; }
 
         static std::size_t capacityFor(std::size_t textSize) noexcept;
@@ -71,7 +71,7 @@ class LineQueue {
     LineQueue(std::size_t bound, std::uint32_t level) : bound_(bound), level_(level) {}
 
     /// Whether a message of that level, appended now, would be written.
-    bool wants(std::uint32_t level) const noexcept;
+    [[nodiscard]] bool wants(std::uint32_t level) const noexcept;
 
     /// Appends a message or a level change. A dropped level change takes effect at its gap.
     /// `isUrgent` asks a lingering writer to hurry.
@@ -85,14 +85,14 @@ class LineQueue {
 
     /// For a writer that has written everything. False if more records have come; otherwise it now
     /// counts as lingering.
-    bool beginLingering() noexcept;
+    [[nodiscard]] bool beginLingering() noexcept;
 
     /// For a writer that has lingered. True if nothing has come; there is no writer then.
-    bool endLingering() noexcept;
+    [[nodiscard]] bool endLingering() noexcept;
 
     /// Ends the lingering of the writer. Returns whether there is a lingering one, which now counts
     /// as working.
-    bool hurry() noexcept;
+    [[nodiscard]] bool hurry() noexcept;
 
     /// Call this if the writer could not be started: the next append() requests it again.
     void writerFailed() noexcept;

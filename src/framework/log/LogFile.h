@@ -19,15 +19,15 @@ class LogFile {
 
     /// Opens the file for writing at its end, or creates it. The result is empty, with errno set,
     /// on failure.
-    static platform::FileDescriptor open(const std::string& path);
+    [[nodiscard]] static platform::FileDescriptor open(const std::string& path);
 
     /// Whether the file ends in the middle of a line, as when its writer was killed.
     /// False when it cannot be read.
-    static bool endsWithinLine(const std::string& path) noexcept;
+    [[nodiscard]] static bool endsWithinLine(const std::string& path) noexcept;
 
     /// Writes all of the bytes, in one call if possible, or none: a partial write on a full disk is
     /// truncated again. False if the bytes are lost.
-    bool write(std::string_view bytes) noexcept;
+    [[nodiscard]] bool write(std::string_view bytes) noexcept;
 
     /// Later writes are lost.
     void close() noexcept { file_.reset(); }

@@ -10,7 +10,7 @@ namespace QN::log {
 /// each followed by a blank. Logs are identified by their number, see qnlog_handle::number().
 namespace prefixes {
 
-bool areThere(std::uint64_t log) noexcept;
+[[nodiscard]] bool areThere(std::uint64_t log) noexcept;
 void append(std::uint64_t log, std::string prefix);
 void erase(std::uint64_t log) noexcept;
 

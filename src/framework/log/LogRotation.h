@@ -11,7 +11,7 @@ std::string backupPath(const std::string& path, int index);
 constexpr int lastBackup = 4;
 
 /// Whether the file exists, as far as the process may see it. Symbolic links are followed.
-bool fileExists(const std::string& path) noexcept;
+[[nodiscard]] bool fileExists(const std::string& path) noexcept;
 
 /// The path of the file to rotate: `path`, or its target if it is a symbolic link.
 std::string rotatedFile(const std::string& path);

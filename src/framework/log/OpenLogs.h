@@ -24,7 +24,7 @@ class OpenLogs {
     /// Whether the calling thread's thread-local objects have been destroyed. exit(3) destroys
     /// those of its thread before any static object, so this tells a call at the end of the
     /// program. Works on the main thread and on threads that have opened a log.
-    static bool isThreadOver() noexcept;
+    [[nodiscard]] static bool isThreadOver() noexcept;
 
     /// Called at the end of the program.
     void writeAll();

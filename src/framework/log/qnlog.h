@@ -80,7 +80,7 @@ std::uint32_t qnlog_getlevel(const qnlog_handle* handle);
 
 /// Whether a message of that level, logged now, would be written: for callers whose text is
 /// expensive to make.
-bool qnlog_wants(const qnlog_handle* handle, std::uint32_t level);
+[[nodiscard]] bool qnlog_wants(const qnlog_handle* handle, std::uint32_t level);
 
 /// Sets the level for the messages after this call and logs "log level changed". One of 17 or more
 /// is ignored.

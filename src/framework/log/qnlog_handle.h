@@ -46,7 +46,7 @@ class qnlog_handle {
     qnlog_handle& operator=(const qnlog_handle&) = delete;
 
     /// Whether a message of that level would be written.
-    bool wants(std::uint32_t level) const noexcept { return lines_.wants(level); }
+    [[nodiscard]] bool wants(std::uint32_t level) const noexcept { return lines_.wants(level); }
 
     /// Queues `text` with the given time, unless it is empty or the log is no longer usable (in a
     /// child made by fork).
@@ -64,12 +64,14 @@ class qnlog_handle {
     /// Destroys a finished log, made with new, without waiting for the pool.
     static void destroyLater(qnlog_handle* log) noexcept;
 
-    std::uint32_t level() const noexcept { return level_.load(std::memory_order_relaxed); }
-    const std::string& path() const noexcept { return settings_.path; }
-    const std::string& banner() const noexcept { return settings_.banner; }
+    [[nodiscard]] std::uint32_t level() const noexcept {
+        return level_.load(std::memory_order_relaxed);
+    }
+    [[nodiscard]] const std::string& path() const noexcept { return settings_.path; }
+    [[nodiscard]] const std::string& banner() const noexcept { return settings_.banner; }
 
     /// A number that no other log of the process has or had.
-    std::uint64_t number() const noexcept { return number_; }
+    [[nodiscard]] std::uint64_t number() const noexcept { return number_; }
 
   private:
     void append(const QN::log::LineQueue::Record& record) noexcept;

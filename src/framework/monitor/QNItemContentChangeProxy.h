@@ -35,7 +35,7 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     using Handler = std::function<void(const WatchedItem& item, QNItemContentChangeKind kind)>;
 
     /// No queue: the main queue.
-    static std::shared_ptr<QNItemContentChangeProxy>
+    [[nodiscard]] static std::shared_ptr<QNItemContentChangeProxy>
     make(WatchedItem item, std::shared_ptr<platform::DispatchQueue> queue, Handler handler);
     ~QNItemContentChangeProxy();
     QNItemContentChangeProxy(const QNItemContentChangeProxy&) = delete;
@@ -47,28 +47,32 @@ class QNItemContentChangeProxy : public std::enable_shared_from_this<QNItemConte
     /// Ends the watch. A queued handler call may still come. When none can come any more, except by
     /// an earlier notify() on a concurrent queue, `completion` is submitted to the global queue.
     /// False, and no completion, if nothing is being watched.
-    bool stop(std::function<void()> completion);
+    [[nodiscard]] bool stop(std::function<void()> completion);
 
     /// Calls the handler on the observer's queue, with the item and `kind`.
     void notify(QNItemContentChangeKind kind);
 
-    const WatchedItem& item() const noexcept { return item_; }
-    const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
-    const Handler& handler() const noexcept { return handler_; }
+    [[nodiscard]] const WatchedItem& item() const noexcept { return item_; }
+    [[nodiscard]] const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
+    [[nodiscard]] const Handler& handler() const noexcept { return handler_; }
 
     /// Seconds. If above zero, the first write starts that delay, and all writes until its end make
     /// one call; otherwise, which is the default, each write is reported at once.
-    double contentChangeCoalesceInterval() const noexcept { return contentChangeCoalesceInterval_; }
+    [[nodiscard]] double contentChangeCoalesceInterval() const noexcept {
+        return contentChangeCoalesceInterval_;
+    }
     void setContentChangeCoalesceInterval(double seconds) noexcept {
         contentChangeCoalesceInterval_ = seconds;
     }
 
     /// Identity.
-    bool isEqual(const QNItemContentChangeProxy* other) const noexcept { return other == this; }
-    std::size_t hash() const noexcept { return reinterpret_cast<std::size_t>(this); }
+    [[nodiscard]] bool isEqual(const QNItemContentChangeProxy* other) const noexcept {
+        return other == this;
+    }
+    [[nodiscard]] std::size_t hash() const noexcept { return reinterpret_cast<std::size_t>(this); }
 
     /// For messages: class, address, item.
-    std::string description() const;
+    [[nodiscard]] std::string description() const;
 
   private:
     QNItemContentChangeProxy(WatchedItem item, std::shared_ptr<platform::DispatchQueue> queue,

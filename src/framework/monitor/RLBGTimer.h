@@ -58,9 +58,9 @@ class RLBGTimer {
     /// the caller. No run begins meanwhile.
     void performWhileLocked(const std::function<void()>& block);
 
-    void* obj() const noexcept;
+    [[nodiscard]] void* obj() const noexcept;
     void setObj(void* object) noexcept;
-    const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
+    [[nodiscard]] const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept;
 
   private:
     struct State;

@@ -20,17 +20,17 @@ class WatchedItem {
     bool operator==(const WatchedItem&) const = default;
 
     /// Whether it is a URL of the scheme "file".
-    bool isFileUrl() const;
+    [[nodiscard]] bool isFileUrl() const;
 
-    std::optional<int> descriptor() const;
+    [[nodiscard]] std::optional<int> descriptor() const;
 
     /// The path for system calls: of a file URL its path, percent-decoded; of a path the path
     /// itself. Nothing if there is none: a URL of another scheme or host, one without an absolute
     /// path, an invalid escape, a NUL inside.
-    std::optional<std::string> fileSystemPath() const;
+    [[nodiscard]] std::optional<std::string> fileSystemPath() const;
 
     /// For messages.
-    std::string description() const;
+    [[nodiscard]] std::string description() const;
 
   private:
     struct Url {

@@ -14,6 +14,6 @@ class QNSupportUtils {
 
     /// The sources of the bundle's install manifest that this user may execute or that are bundles.
     /// Nothing if there is no usable manifest.
-    static std::optional<QList<QUrl>>
+    [[nodiscard]] static std::optional<QList<QUrl>>
     installerExecutablesAndBundles(const platform::Bundle& bundle = platform::Bundle::main());
 };

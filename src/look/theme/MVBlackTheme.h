@@ -17,50 +17,50 @@ class MVBlackTheme {
     MVBlackTheme& operator=(const MVBlackTheme&) = delete;
 
     /// Whether to draw outlines, and to avoid showing information by shades.
-    virtual bool isHighContrast() const { return false; }
+    [[nodiscard]] virtual bool isHighContrast() const { return false; }
 
     /// How much lighter the grid is while its window is inactive: an amount for lighterBy().
-    virtual double windowNonKeyLightenBy() const;
+    [[nodiscard]] virtual double windowNonKeyLightenBy() const;
 
     /// Alternating colours of the grid's rows, drawn over the pattern, which is drawn over its
     /// colour.
-    virtual QColor collectionViewBackgroundColor1() const;
-    virtual QColor collectionViewBackgroundColor2() const;
+    [[nodiscard]] virtual QColor collectionViewBackgroundColor1() const;
+    [[nodiscard]] virtual QColor collectionViewBackgroundColor2() const;
     /// The tile that is repeated over the grid; null for no pattern.
-    virtual QPixmap collectionViewBackgroundPattern(qreal pixelRatio) const;
-    virtual std::optional<QColor> collectionViewBackgroundPatternColor() const;
+    [[nodiscard]] virtual QPixmap collectionViewBackgroundPattern(qreal pixelRatio) const;
+    [[nodiscard]] virtual std::optional<QColor> collectionViewBackgroundPatternColor() const;
 
-    virtual QColor scrollerTrackBackgroundColor() const;
-    virtual QColor scrollerBackgroundGradientColor1() const;
-    virtual QColor scrollerBackgroundGradientColor2() const;
-    virtual QColor scrollerKnobGradientColor1() const;
-    virtual QColor scrollerKnobGradientColor2() const;
+    [[nodiscard]] virtual QColor scrollerTrackBackgroundColor() const;
+    [[nodiscard]] virtual QColor scrollerBackgroundGradientColor1() const;
+    [[nodiscard]] virtual QColor scrollerBackgroundGradientColor2() const;
+    [[nodiscard]] virtual QColor scrollerKnobGradientColor1() const;
+    [[nodiscard]] virtual QColor scrollerKnobGradientColor2() const;
 
-    virtual QColor displayNameActivityColor() const;
-    virtual QColor displayNameActivityMutedColor() const;
-    virtual QColor displayNameNoActivityColor() const;
+    [[nodiscard]] virtual QColor displayNameActivityColor() const;
+    [[nodiscard]] virtual QColor displayNameActivityMutedColor() const;
+    [[nodiscard]] virtual QColor displayNameNoActivityColor() const;
 
-    virtual QColor windowTitleBarTextColor() const;
-    virtual QColor windowTitleBarGradientColor1() const;
-    virtual QColor windowTitleBarGradientColor2() const;
+    [[nodiscard]] virtual QColor windowTitleBarTextColor() const;
+    [[nodiscard]] virtual QColor windowTitleBarGradientColor1() const;
+    [[nodiscard]] virtual QColor windowTitleBarGradientColor2() const;
 
-    virtual QColor sliderTrackTopBaseColor() const;
-    virtual QColor sliderTrackTopActivityBaseColor() const;
-    virtual QColor sliderTrackBottomBaseColor() const;
-    virtual QColor sliderTrackBottomActivityBaseColor() const;
-    virtual QColor sliderTrackBottomActivityMutedBaseColor() const;
-    virtual QColor sliderKnobShadowColor() const;
-    virtual QColor sliderKnobGradientColor1() const;
-    virtual QColor sliderKnobGradientColor2() const;
-    virtual QColor sliderKnobGradientColor1Highlighted() const;
-    virtual QColor sliderKnobGradientColor2Highlighted() const;
+    [[nodiscard]] virtual QColor sliderTrackTopBaseColor() const;
+    [[nodiscard]] virtual QColor sliderTrackTopActivityBaseColor() const;
+    [[nodiscard]] virtual QColor sliderTrackBottomBaseColor() const;
+    [[nodiscard]] virtual QColor sliderTrackBottomActivityBaseColor() const;
+    [[nodiscard]] virtual QColor sliderTrackBottomActivityMutedBaseColor() const;
+    [[nodiscard]] virtual QColor sliderKnobShadowColor() const;
+    [[nodiscard]] virtual QColor sliderKnobGradientColor1() const;
+    [[nodiscard]] virtual QColor sliderKnobGradientColor2() const;
+    [[nodiscard]] virtual QColor sliderKnobGradientColor1Highlighted() const;
+    [[nodiscard]] virtual QColor sliderKnobGradientColor2Highlighted() const;
 
-    virtual QColor aboutWindowBackgroundGradientStartColor() const;
-    virtual QColor aboutWindowBackgroundGradientEndColor() const;
+    [[nodiscard]] virtual QColor aboutWindowBackgroundGradientStartColor() const;
+    [[nodiscard]] virtual QColor aboutWindowBackgroundGradientEndColor() const;
 
     /// The mute button's image. Null if the bundle has no speaker image.
-    virtual QImage muteOffImage(bool hasActivity, qreal pixelRatio) const;
-    virtual QImage muteOnImage(bool hasActivity, qreal pixelRatio) const;
+    [[nodiscard]] virtual QImage muteOffImage(bool hasActivity, qreal pixelRatio) const;
+    [[nodiscard]] virtual QImage muteOnImage(bool hasActivity, qreal pixelRatio) const;
     /// The colour of its opaque parts; none for the image's own colours.
-    virtual std::optional<QColor> muteFilters(bool muted, bool active) const;
+    [[nodiscard]] virtual std::optional<QColor> muteFilters(bool muted, bool active) const;
 };

@@ -18,14 +18,14 @@ class ChildOnThread {
     explicit ChildOnThread(const std::vector<std::string>& arguments);
 
     /// Its standard output and error, to read from. They do not block.
-    int output() const noexcept { return output_.get(); }
-    int errors() const noexcept { return errors_.get(); }
+    [[nodiscard]] int output() const noexcept { return output_.get(); }
+    [[nodiscard]] int errors() const noexcept { return errors_.get(); }
 
     /// Writes to its standard input. Nothing happens if it reads no more.
     void send(char byte) const noexcept;
 
     /// Waits for its end: its exit status, or 128 and the signal that ended it.
-    int status() const { return status_.get(); }
+    [[nodiscard]] int status() const { return status_.get(); }
 
   private:
     FileDescriptor input_;

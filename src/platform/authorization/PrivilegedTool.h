@@ -43,7 +43,7 @@ class PrivilegedTool {
 
     /// After authorize() has failed: the errno of starting, else the exit status, or 128 and the
     /// signal that ended it.
-    int status() const noexcept { return status_; }
+    [[nodiscard]] int status() const noexcept { return status_; }
 
     /// Everything that the tool prints after it has been granted; empty if it ends without a reply,
     /// or with one of more than a MiB.

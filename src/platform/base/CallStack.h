@@ -17,7 +17,7 @@ class CallStack {
 
     /// One line a function, the innermost first: "0 Tonvale MVComm::shutdown() + 18". A function
     /// without a known name is shown with its address within its file.
-    std::string description() const;
+    [[nodiscard]] std::string description() const;
 
   private:
     std::array<void*, 48> addresses_{};
@@ -28,7 +28,7 @@ class CallStack {
 class Traced {
   public:
     virtual ~Traced() = default;
-    const CallStack& callStack() const noexcept { return callStack_; }
+    [[nodiscard]] const CallStack& callStack() const noexcept { return callStack_; }
 
   protected:
     Traced() noexcept : callStack_(CallStack::here()) {}

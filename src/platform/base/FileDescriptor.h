@@ -18,7 +18,7 @@ class FileDescriptor {
         return *this;
     }
 
-    int get() const noexcept { return descriptor_; }
+    [[nodiscard]] int get() const noexcept { return descriptor_; }
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
     int release() noexcept { return std::exchange(descriptor_, -1); }
     void reset(int descriptor = -1) noexcept;

@@ -36,6 +36,6 @@ std::string shownLine(std::string_view text);
 
 /// Whether a character is of the second or the third kind: a line with it would show something else
 /// than it says. For texts whose other characters somebody else makes harmless.
-bool disturbsLine(char32_t character) noexcept;
+[[nodiscard]] bool disturbsLine(char32_t character) noexcept;
 
 } // namespace platform

@@ -23,7 +23,7 @@ class MonotonicClock {
     class Source {
       public:
         virtual ~Source() = default;
-        virtual time_point now() const noexcept = 0;
+        [[nodiscard]] virtual time_point now() const noexcept = 0;
     };
 
     /// Replaces the kernel's clock with `source` (null: the kernel's clock again) and returns the

@@ -85,7 +85,7 @@ class Condition {
 
     /// False once `deadline`, of any clock of the standard library, has passed.
     template <typename Deadline>
-    bool waitUntil(Mutex& mutex, Deadline deadline) REQUIRES(mutex) {
+    [[nodiscard]] bool waitUntil(Mutex& mutex, Deadline deadline) REQUIRES(mutex) {
         std::unique_lock lock(mutex.mutex_, std::adopt_lock);
         const std::cv_status status = condition_.wait_until(lock, deadline);
         lock.release();

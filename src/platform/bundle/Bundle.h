@@ -22,22 +22,26 @@ class Bundle {
     /// the system log, and all its values are empty.
     explicit Bundle(std::filesystem::path contents);
 
-    const std::filesystem::path& contents() const noexcept { return contents_; }
-    std::filesystem::path resources() const { return contents_ / "Resources"; }
+    [[nodiscard]] const std::filesystem::path& contents() const noexcept { return contents_; }
+    [[nodiscard]] std::filesystem::path resources() const { return contents_ / "Resources"; }
 
     /// The path of the resource called `name`, with the best available ending. `endings` are the
     /// possible ones, the best first, such as ".svg". Empty if there is none.
-    std::filesystem::path resource(std::string_view name,
-                                   std::initializer_list<std::string_view> endings) const;
+    [[nodiscard]] std::filesystem::path
+    resource(std::string_view name, std::initializer_list<std::string_view> endings) const;
 
-    std::filesystem::path plugIns() const { return contents_ / "PlugIns"; }
+    [[nodiscard]] std::filesystem::path plugIns() const { return contents_ / "PlugIns"; }
 
     /// The value of a key of Info.plist; empty if it is missing or not a text.
-    const std::string& text(std::string_view key) const noexcept;
+    [[nodiscard]] const std::string& text(std::string_view key) const noexcept;
 
-    const std::string& identifier() const noexcept { return text("CFBundleIdentifier"); }
-    const std::string& name() const noexcept { return text("CFBundleName"); }
-    const std::string& version() const noexcept { return text("CFBundleShortVersionString"); }
+    [[nodiscard]] const std::string& identifier() const noexcept {
+        return text("CFBundleIdentifier");
+    }
+    [[nodiscard]] const std::string& name() const noexcept { return text("CFBundleName"); }
+    [[nodiscard]] const std::string& version() const noexcept {
+        return text("CFBundleShortVersionString");
+    }
 
   private:
     std::filesystem::path contents_;

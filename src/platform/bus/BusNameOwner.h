@@ -22,10 +22,10 @@ class BusNameOwner {
     BusNameOwner& operator=(const BusNameOwner&) = delete;
 
     /// Empty: no owner; nothing: not known yet.
-    const std::optional<QString>& owner() const noexcept { return owner_; }
+    [[nodiscard]] const std::optional<QString>& owner() const noexcept { return owner_; }
 
     /// Whether it is known to have an owner.
-    bool isOwned() const noexcept { return owner_ && !owner_->isEmpty(); }
+    [[nodiscard]] bool isOwned() const noexcept { return owner_ && !owner_->isEmpty(); }
 
   private:
     void set(const QString& owner);

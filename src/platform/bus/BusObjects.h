@@ -17,7 +17,7 @@ class BusObjects {
 
     /// The interfaces and child nodes of the object at `path`, as XML inside its <node>; empty if
     /// there is none.
-    virtual QString introspect(const QString& path) const = 0;
+    [[nodiscard]] virtual QString introspect(const QString& path) const = 0;
 
     /// Handles a call and returns the reply or error to send.
     virtual QDBusMessage answer(const QDBusMessage& call) = 0;

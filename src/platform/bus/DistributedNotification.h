@@ -28,7 +28,7 @@ class DistributedNotificationObserver {
     DistributedNotificationObserver& operator=(const DistributedNotificationObserver&) = delete;
 
     /// False if there is no session bus, so that nothing will ever arrive.
-    bool isActive() const noexcept;
+    [[nodiscard]] bool isActive() const noexcept;
 
   private:
     class Receiver;

@@ -24,7 +24,7 @@ class SingleInstance {
 
     /// `name` is the program's bus name, "com.quarnel.Tonvale". Null if another instance runs,
     /// which has been asked to show itself. Waits for an instance that is ending, 3 s at most.
-    static std::unique_ptr<SingleInstance> acquire(const QString& name);
+    [[nodiscard]] static std::unique_ptr<SingleInstance> acquire(const QString& name);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;

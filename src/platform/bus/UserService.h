@@ -20,13 +20,13 @@ class UserService {
         QString activity;         ///< "active", "activating", "failed"…
 
         /// Whether systemd is starting it, or has scheduled its next start.
-        bool isStarting() const { return activity == QLatin1String("activating"); }
+        [[nodiscard]] bool isStarting() const { return activity == QLatin1String("activating"); }
     };
 
     /// `name` ends in ".service".
     UserService(QString name, const QDBusConnection& bus);
 
-    const QString& name() const noexcept { return name_; }
+    [[nodiscard]] const QString& name() const noexcept { return name_; }
 
     void ask(std::function<void(const State&)> answer);
 

@@ -53,25 +53,26 @@ class DefaultsStore : public std::enable_shared_from_this<DefaultsStore> {
     void registerDefaults(const QVariantMap& values);
 
     /// Invalid: there is none.
-    QVariant stored(const QString& key) const;
-    QVariant registered(const QString& key) const;
+    [[nodiscard]] QVariant stored(const QString& key) const;
+    [[nodiscard]] QVariant registered(const QString& key) const;
 
     /// `value` is storable, or invalid to remove the key.
     void change(const QString& key, const QVariant& value);
 
     /// False if some change is not in the file.
-    bool synchronize();
+    [[nodiscard]] bool synchronize();
 
     /// Also false, after a line in the log, if saving has not ended within `bound`.
-    bool synchronize(std::chrono::milliseconds bound);
+    [[nodiscard]] bool synchronize(std::chrono::milliseconds bound);
 
     /// Whether the last save failed because the disk is full.
-    bool lacksRoom() const;
+    [[nodiscard]] bool lacksRoom() const;
 
     /// Saves unsaved changes and waits for saves in progress. The last call.
     void finish();
 
-    std::shared_ptr<Observer> addObserver(const QString& key, std::function<void()> handler);
+    [[nodiscard]] std::shared_ptr<Observer> addObserver(const QString& key,
+                                                        std::function<void()> handler);
     void cancelObserver(const std::shared_ptr<Observer>& observer);
 
   private:

@@ -13,7 +13,7 @@ namespace platform {
 
 /// Parses XML or the binary form; nothing if it is damaged, truncated, or beyond the limits of
 /// PropertyListNode.h. Invalid UTF-8 gets replacement characters.
-std::optional<QVariant> parsePropertyList(const QByteArray& bytes);
+[[nodiscard]] std::optional<QVariant> parsePropertyList(const QByteArray& bytes);
 
 /// XML, in UTF-8, that parsePropertyList() reads back as storableValue(value). Empty if there is no
 /// such value.
@@ -28,6 +28,6 @@ QVariant storableValue(const QVariant& value, std::size_t depth = 0);
 
 /// Whether two values have the same type and content, recursively. (QVariant's own comparison
 /// treats true as equal to 1, and NaN as different from itself.)
-bool isSameValue(const QVariant& left, const QVariant& right);
+[[nodiscard]] bool isSameValue(const QVariant& left, const QVariant& right);
 
 } // namespace platform

@@ -66,17 +66,17 @@ class UserDefaults {
     void registerDefaults(const QVariantMap& values);
 
     /// The raw value of a key: set, else registered, else invalid.
-    QVariant value(const QString& key) const;
+    [[nodiscard]] QVariant value(const QString& key) const;
 
     /// The value of a key in the wanted type. A stored value that cannot be converted counts as not
     /// set; without any value it is false, 0 or empty. Booleans and numbers stand for each other,
     /// text for what it spells: "YES", "true", "1", "-2.5".
-    bool boolean(const QString& key) const;
-    qlonglong integer(const QString& key) const; ///< fractions are cut off
-    double number(const QString& key) const;     ///< finite
-    QString text(const QString& key) const;
-    QVariantMap dictionary(const QString& key) const;
-    QVariantList list(const QString& key) const;
+    [[nodiscard]] bool boolean(const QString& key) const;
+    [[nodiscard]] qlonglong integer(const QString& key) const; ///< fractions are cut off
+    [[nodiscard]] double number(const QString& key) const;     ///< finite
+    [[nodiscard]] QString text(const QString& key) const;
+    [[nodiscard]] QVariantMap dictionary(const QString& key) const;
+    [[nodiscard]] QVariantList list(const QString& key) const;
 
     /// Sets a value, converted by storableValue(); if nothing is left of it, this is remove().
     void set(const QString& key, const QVariant& value);
@@ -98,7 +98,7 @@ class UserDefaults {
 
     /// Whether the last save failed because the disk is full. The next attempt follows within a
     /// second.
-    bool lacksRoom() const;
+    [[nodiscard]] bool lacksRoom() const;
 
   private:
     const std::shared_ptr<DefaultsStore> store_;

@@ -14,13 +14,13 @@ class DesktopAnimations {
     /// `settings` must outlive it.
     explicit DesktopAnimations(const DesktopSettings& settings) : settings_(settings) {}
 
-    bool areEnabled() const;
+    [[nodiscard]] bool areEnabled() const;
 
   private:
     const DesktopSettings& settings_;
 };
 
 /// Whether high contrast is enabled; false if unknown.
-bool isHighContrastWanted(const DesktopSettings& settings);
+[[nodiscard]] bool isHighContrastWanted(const DesktopSettings& settings);
 
 } // namespace platform

@@ -8,7 +8,7 @@ namespace platform {
 /// backup tools recognise. Any thread.
 
 /// Whether the folder itself has a valid mark; its parents do not count.
-bool isExcludedFromBackups(const std::string& folder);
+[[nodiscard]] bool isExcludedFromBackups(const std::string& folder);
 
 /// Adds the mark to the folder, unless it has one. False with errno set if it cannot be written,
 /// EEXIST if another file has its name.

@@ -25,8 +25,9 @@ class InotifyCalls {
     virtual ~InotifyCalls() = default;
 
     /// Each as the system call of that name, with errno.
-    virtual int init() const noexcept;
-    virtual int addWatch(int instance, const char* path, std::uint32_t mask) const noexcept;
+    [[nodiscard]] virtual int init() const noexcept;
+    [[nodiscard]] virtual int addWatch(int instance, const char* path,
+                                       std::uint32_t mask) const noexcept;
     virtual void removeWatch(int instance, int watch) const noexcept;
 };
 

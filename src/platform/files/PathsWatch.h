@@ -26,7 +26,7 @@ class PathsWatch {
     PathsWatch& operator=(const PathsWatch&) = delete;
 
     /// Whether follow() must be called: it has never been called, or something has happened since.
-    bool isDue() const noexcept;
+    [[nodiscard]] bool isDue() const noexcept;
 
     /// Watches these paths only. Returns whether one of them is new: it may have changed before it
     /// was watched, so read it again and call this again. A path that the kernel refuses to watch

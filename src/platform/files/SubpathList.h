@@ -14,16 +14,20 @@ namespace platform {
 class SubpathList {
   public:
     /// Nothing if the path is no folder, or if it or any folder below cannot be read.
-    static std::optional<SubpathList> of(const std::string& folder);
+    [[nodiscard]] static std::optional<SubpathList> of(const std::string& folder);
 
     /// The folder itself, open.
-    int root() const noexcept { return root_.get(); }
+    [[nodiscard]] int root() const noexcept { return root_.get(); }
 
-    std::size_t size() const noexcept { return entries_.size(); }
-    const char* path(std::size_t index) const noexcept { return entries_[index].path.c_str(); }
+    [[nodiscard]] std::size_t size() const noexcept { return entries_.size(); }
+    [[nodiscard]] const char* path(std::size_t index) const noexcept {
+        return entries_[index].path.c_str();
+    }
 
     /// Whether it is a folder, or a link to one.
-    bool isFolder(std::size_t index) const noexcept { return entries_[index].isFolder; }
+    [[nodiscard]] bool isFolder(std::size_t index) const noexcept {
+        return entries_[index].isFolder;
+    }
 
   private:
     struct Entry {

@@ -22,13 +22,13 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
 
     /// A new serial queue on the global queue. `label` names it in a debugger, in reverse-domain
     /// form.
-    static std::shared_ptr<DispatchQueue> makeSerial(std::string label);
+    [[nodiscard]] static std::shared_ptr<DispatchQueue> makeSerial(std::string label);
 
     /// The queue of default priority. Its blocks, and those of serial queues on it, may wait, but
     /// should not wait for each other: at most 16 run at once in the process.
-    static const std::shared_ptr<DispatchQueue>& global();
+    [[nodiscard]] static const std::shared_ptr<DispatchQueue>& global();
 
-    static const std::shared_ptr<DispatchQueue>& main();
+    [[nodiscard]] static const std::shared_ptr<DispatchQueue>& main();
 
     virtual ~DispatchQueue() = default;
     DispatchQueue(const DispatchQueue&) = delete;
@@ -53,9 +53,9 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
     virtual void setTarget(std::shared_ptr<DispatchQueue> target) = 0;
 
     /// Whether the calling thread is running a block of this queue, or of one that targets it.
-    bool isCurrent() const noexcept;
+    [[nodiscard]] bool isCurrent() const noexcept;
 
-    const std::string& label() const noexcept { return label_; }
+    [[nodiscard]] const std::string& label() const noexcept { return label_; }
 
     /// While it lives, marks the calling thread as running blocks of a queue. For the queue
     /// classes.
@@ -66,8 +66,8 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
 
-        const DispatchQueue& queue() const noexcept { return queue_; }
-        const Running* outer() const noexcept { return outer_; }
+        [[nodiscard]] const DispatchQueue& queue() const noexcept { return queue_; }
+        [[nodiscard]] const Running* outer() const noexcept { return outer_; }
 
       private:
         const DispatchQueue& queue_;
@@ -84,7 +84,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
 
     /// Whether no block of this queue can run on another thread until the caller returns, so that
     /// waiting for one would deadlock.
-    virtual bool isHeldByCaller() const noexcept = 0;
+    [[nodiscard]] virtual bool isHeldByCaller() const noexcept = 0;
 
   private:
     const std::string label_;

@@ -37,7 +37,7 @@ class RunLoop {
     static RunLoop* current() noexcept;
 
     /// Readable whenever turn() has something to do. Stays open as long as the loop lives.
-    int descriptor() const noexcept { return epoll_.get(); }
+    [[nodiscard]] int descriptor() const noexcept { return epoll_.get(); }
 
     /// Handles what is ready now and returns without waiting: descriptors first, so that data that
     /// has arrived restarts a timer before that timer can expire, then posted calls, then timers.

@@ -30,10 +30,10 @@ class SignalEvents {
     void silence() noexcept;
 
     /// Readable when signals have arrived.
-    int descriptor() const noexcept { return readEnd_.get(); }
+    [[nodiscard]] int descriptor() const noexcept { return readEnd_.get(); }
 
     /// The next signal, or nothing. Several of the same kind may be merged.
-    std::optional<int> next() noexcept;
+    [[nodiscard]] std::optional<int> next() noexcept;
 
   private:
     FileDescriptor readEnd_;

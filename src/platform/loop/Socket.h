@@ -40,7 +40,7 @@ class AcceptSocket {
     /// is not paused.
     void resume();
 
-    int descriptor() const noexcept { return descriptor_.get(); }
+    [[nodiscard]] int descriptor() const noexcept { return descriptor_.get(); }
 
   private:
     AcceptSocket(FileDescriptor listening, Handler handler);
@@ -82,7 +82,7 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
 
     /// For the handler, before it runs a nested loop or lets others do so: whether the limit cut
     /// this delivery, so that more data comes with the next turn.
-    bool isCut() const noexcept { return isCut_; }
+    [[nodiscard]] bool isCut() const noexcept { return isCut_; }
 
     /// For the handler of a cut delivery, likewise: puts back `bytes`, the end of the delivery and
     /// less than the limit, to be delivered again before the next data.
@@ -98,7 +98,7 @@ class DataSocket : public std::enable_shared_from_this<DataSocket> {
     /// Ends the connection in both directions; the peer sees the end at once, later sends fail.
     void invalidate() noexcept;
 
-    int descriptor() const noexcept { return descriptor_.get(); }
+    [[nodiscard]] int descriptor() const noexcept { return descriptor_.get(); }
 
   private:
     DataSocket(FileDescriptor connected, Handler handler);

@@ -31,7 +31,7 @@ class Timer {
     /// Cancels a pending call, if any.
     void stop() noexcept { active_ = false; }
 
-    bool isActive() const noexcept { return active_; }
+    [[nodiscard]] bool isActive() const noexcept { return active_; }
 
   private:
     friend class RunLoop;

@@ -9,13 +9,13 @@ namespace platform {
 /// The values of property list nodes (PropertyListNode.h), without Qt. For a node of another type
 /// each returns nothing, or makes no call. Any thread.
 
-bool isDictionary(void* node) noexcept;
+[[nodiscard]] bool isDictionary(void* node) noexcept;
 
 /// The text as UTF-8.
-std::optional<std::string> textOf(void* node);
+[[nodiscard]] std::optional<std::string> textOf(void* node);
 
 /// An integer, a real number that is finite, or a boolean, which is 1 or 0.
-std::optional<double> numberOf(void* node) noexcept;
+[[nodiscard]] std::optional<double> numberOf(void* node) noexcept;
 
 /// Calls `take` with each node of an array, which owns it.
 void forEachItem(void* array, const std::function<void(void* value)>& take);

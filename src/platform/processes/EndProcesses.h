@@ -10,6 +10,6 @@ namespace platform {
 /// brings about. Processes that start meanwhile are not noticed.
 ///
 /// Blocks for that long: never on the main thread, see waitServingEvents(). Any other thread.
-bool endProcesses(const std::string& name);
+[[nodiscard]] bool endProcesses(const std::string& name);
 
 } // namespace platform

@@ -19,20 +19,20 @@ class RunLoopSource;
 /// or the fact is not accessible.
 
 /// The full path of the executable, without the kernel's " (deleted)" mark.
-std::optional<std::string> executablePath(pid_t process);
+[[nodiscard]] std::optional<std::string> executablePath(pid_t process);
 
 /// The kernel's short name of the process, at most 15 bytes.
-std::optional<std::string> commandName(pid_t process);
+[[nodiscard]] std::optional<std::string> commandName(pid_t process);
 
 /// The user that the process runs as (its effective user).
-std::optional<uid_t> processUser(pid_t process);
+[[nodiscard]] std::optional<uid_t> processUser(pid_t process);
 
 /// The processes that run as that user, by their pids in ascending order.
 std::vector<pid_t> processesOf(uid_t user);
 
 /// The start time in clock ticks since boot. Together with the pid it distinguishes a process from
 /// a later one with the same pid.
-std::optional<std::uint64_t> processStartTime(pid_t process);
+[[nodiscard]] std::optional<std::uint64_t> processStartTime(pid_t process);
 
 /// Now, in clock ticks since boot: comparable with processStartTime().
 std::uint64_t ticksSinceBoot();
@@ -43,7 +43,7 @@ std::vector<pid_t> processNumbers(pid_t process);
 
 /// Whether the process is certainly in our own pid namespace, so that it has one pid only. Much
 /// cheaper than processNumbers().
-bool sharesProcessNumbers(pid_t process);
+[[nodiscard]] bool sharesProcessNumbers(pid_t process);
 
 /// The control groups of the process as the kernel lists them, a line for each hierarchy.
 std::string controlGroups(pid_t process);

@@ -37,6 +37,6 @@ std::string machineModelName(const std::string& root = {});
 
 /// Whether the system was started for a single user (the system value "kern.singleuser"),
 /// determined on the first call. False if unknown.
-bool isSingleUserMode();
+[[nodiscard]] bool isSingleUserMode();
 
 } // namespace platform

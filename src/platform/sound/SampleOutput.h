@@ -23,7 +23,7 @@ class SampleOutput {
     static constexpr const char* clientName = "Tonvale";
 
     /// Null, with a line in the system log, if the output module cannot be loaded.
-    static std::unique_ptr<SampleOutput> load(const std::filesystem::path& recording);
+    [[nodiscard]] static std::unique_ptr<SampleOutput> load(const std::filesystem::path& recording);
 
     virtual ~SampleOutput() = default;
     SampleOutput(const SampleOutput&) = delete;

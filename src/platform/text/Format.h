@@ -25,7 +25,7 @@ class FormatArgument {
     FormatArgument(std::unsigned_integral auto number) : value_(static_cast<quint64>(number)) {}
     FormatArgument(std::floating_point auto number) : value_(static_cast<double>(number)) {}
 
-    const Value& value() const noexcept { return value_; }
+    [[nodiscard]] const Value& value() const noexcept { return value_; }
 
   private:
     Value value_;

@@ -13,6 +13,6 @@ QString oneLineText(const QString& text);
 Qt::LayoutDirection textDirection(const QString& text);
 
 /// Whether a text has no visible characters: only blanks, controls and marks, or none.
-bool isInvisible(const QString& text);
+[[nodiscard]] bool isInvisible(const QString& text);
 
 } // namespace platform

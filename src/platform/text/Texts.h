@@ -11,8 +11,8 @@
 namespace Texts {
 
 /// Loads the catalogues in `folder` for the languages of the environment, and Qt's own for its
-/// parts. A language without a catalogue is left out; a damaged catalogue is too, with a line in the
-/// system log. Call it on the main thread, once the application object exists.
+/// parts. A language without a catalogue is left out; a damaged catalogue is too, with a line in
+/// the system log. Call it on the main thread, once the application object exists.
 void load(const std::filesystem::path& folder);
 
 /// The English text itself where no catalogue has it. Any thread.

@@ -4,6 +4,6 @@ namespace platform {
 
 /// Whether programs can read and set the positions of their windows. On Wayland they cannot. Main
 /// thread only, with an application object.
-bool canPositionWindows();
+[[nodiscard]] bool canPositionWindows();
 
 } // namespace platform

@@ -17,7 +17,7 @@ class CommandReader {
     next(std::span<const std::byte>& bytes) noexcept;
 
     /// The number of buffered bytes of an incomplete command.
-    std::size_t pending() const noexcept { return filled_; }
+    [[nodiscard]] std::size_t pending() const noexcept { return filled_; }
 
   private:
     std::array<std::byte, sizeof(MVCommConsoleMessage)> frame_;

@@ -22,5 +22,5 @@ std::vector<std::filesystem::path> audioServerSockets();
 ///
 /// Nothing if the daemon is not visible: it runs on another machine, in another pid namespace, or
 /// as another user. Any thread.
-std::optional<AudioServerProcess>
+[[nodiscard]] std::optional<AudioServerProcess>
 findAudioServer(const std::vector<std::filesystem::path>& sockets = audioServerSockets());

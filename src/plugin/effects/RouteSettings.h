@@ -26,7 +26,7 @@ class RouteSettings {
     RouteSettings(const RouteSettings&) = delete;
     RouteSettings& operator=(const RouteSettings&) = delete;
 
-    std::uint32_t id() const noexcept { return id_; }
+    [[nodiscard]] std::uint32_t id() const noexcept { return id_; }
 
     /// Sets the entry, as JSON; Told is called when the server has applied it. Does nothing if the
     /// object could not be watched or no longer exists.

@@ -34,7 +34,7 @@ class SoundEffects {
     void serverLost();
 
     /// Null while there is no server.
-    Program* program() const noexcept { return program_; }
+    [[nodiscard]] Program* program() const noexcept { return program_; }
 
     /// Call this when the program table drops the program.
     void forgetProgram() noexcept { program_ = nullptr; }

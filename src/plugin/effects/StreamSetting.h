@@ -18,10 +18,10 @@ struct StreamSetting {
 
 /// Parses a value, an object in relaxed JSON. An invalid member counts as missing. Nothing if it is
 /// not an object, or too long.
-std::optional<StreamSetting> parseStreamSetting(std::string_view text);
+[[nodiscard]] std::optional<StreamSetting> parseStreamSetting(std::string_view text);
 
 /// Formats a value; missing members are left out.
 std::string formatStreamSetting(const StreamSetting& setting);
 
 /// Whether both have the same effect on a stream; one of them may have been rounded.
-bool haveSameEffect(const StreamSetting& a, const StreamSetting& b) noexcept;
+[[nodiscard]] bool haveSameEffect(const StreamSetting& a, const StreamSetting& b) noexcept;

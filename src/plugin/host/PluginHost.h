@@ -40,7 +40,7 @@ class PluginHost : private AudioServer::Listener,
     LevelReporter& levels() noexcept { return levels_; }
 
     /// The current state.
-    PluginStatus status() const;
+    [[nodiscard]] PluginStatus status() const;
 
   private:
     /// A stream with its program, which is null until it is identified, and again when its process

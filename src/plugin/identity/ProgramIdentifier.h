@@ -38,7 +38,7 @@ class ProgramIdentifier {
     void setLanguage(const std::string& language);
 
     /// The process that plays; nothing for streams of the sound server itself.
-    std::optional<StreamProcess> processOf(const StreamEvidence& evidence) const {
+    [[nodiscard]] std::optional<StreamProcess> processOf(const StreamEvidence& evidence) const {
         return identifyStream(evidence, facts_);
     }
 

@@ -36,7 +36,7 @@ struct ProgramProcess {
     ClientProperties client = {};
     std::vector<std::string> folders = {}; ///< see ApplicationIdentity
 
-    bool isSameProcess(const ProgramProcess& other) const noexcept {
+    [[nodiscard]] bool isSameProcess(const ProgramProcess& other) const noexcept {
         return pid == other.pid && startTime == other.startTime;
     }
 };

@@ -12,7 +12,7 @@ class PseudoPids {
     static constexpr std::uint32_t first = 0x40000000;
     static constexpr std::uint32_t last = 0x7FFFFFFE;
 
-    static bool isOne(std::uint32_t number) noexcept { return number >= first; }
+    [[nodiscard]] static bool isOne(std::uint32_t number) noexcept { return number >= first; }
 
     /// The program's pseudo pid, which is unique until it is released. The same in each run, if
     /// possible.

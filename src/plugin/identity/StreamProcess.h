@@ -60,7 +60,7 @@ struct StreamProcess {
     };
     Proof proof = Proof::none;
 
-    bool isKnown() const noexcept { return pid != 0; }
+    [[nodiscard]] bool isKnown() const noexcept { return pid != 0; }
 };
 
 /// The facts about processes and the machine that are needed to identify a stream. The default asks
@@ -72,15 +72,17 @@ class StreamProcessFacts {
     /// Fills the caches, so that the first call is fast.
     void prepare() const { numbers_.find(0); }
 
-    virtual std::vector<pid_t> processesNumbered(pid_t own) const; ///< see NamespacePids
-    virtual std::vector<pid_t> numbers(pid_t process) const;       ///< see processNumbers()
-    virtual std::optional<std::string> executablePath(pid_t process) const;
-    virtual std::optional<std::string> commandName(pid_t process) const;
-    virtual std::optional<uid_t> user(pid_t process) const;
-    virtual std::optional<std::uint64_t> startTime(pid_t process) const;
-    virtual std::string application(pid_t process) const; ///< see sandboxApplication()
-    virtual std::string machine() const;                  ///< the machine's id
-    virtual std::string host() const;
+    [[nodiscard]] virtual std::vector<pid_t>
+    processesNumbered(pid_t own) const;                                    ///< see NamespacePids
+    [[nodiscard]] virtual std::vector<pid_t> numbers(pid_t process) const; ///< see processNumbers()
+    [[nodiscard]] virtual std::optional<std::string> executablePath(pid_t process) const;
+    [[nodiscard]] virtual std::optional<std::string> commandName(pid_t process) const;
+    [[nodiscard]] virtual std::optional<uid_t> user(pid_t process) const;
+    [[nodiscard]] virtual std::optional<std::uint64_t> startTime(pid_t process) const;
+    [[nodiscard]] virtual std::string
+    application(pid_t process) const;                  ///< see sandboxApplication()
+    [[nodiscard]] virtual std::string machine() const; ///< the machine's id
+    [[nodiscard]] virtual std::string host() const;
 
   private:
     mutable NamespacePids numbers_;
@@ -97,5 +99,5 @@ class StreamProcessFacts {
 ///
 /// The process of remote clients, and of clients whose claim matches none, is unknown. Nothing for
 /// a stream of the sound server itself. Any thread; may read all of /proc.
-std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
-                                            const StreamProcessFacts& facts = {});
+[[nodiscard]] std::optional<StreamProcess> identifyStream(const StreamEvidence& evidence,
+                                                          const StreamProcessFacts& facts = {});

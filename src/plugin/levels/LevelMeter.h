@@ -29,7 +29,7 @@ class LevelMeter {
     void reconcile(const std::vector<MeterTap>& wanted, const AudioGraph& graph);
 
     /// When another reconcile() is due if nothing else happens.
-    std::optional<platform::MonotonicClock::time_point> nextDrop() const noexcept;
+    [[nodiscard]] std::optional<platform::MonotonicClock::time_point> nextDrop() const noexcept;
 
     /// Destroys all objects in the server, in any state; the next reconcile() creates them again.
     /// Peaks keep their values meanwhile.
@@ -40,7 +40,7 @@ class LevelMeter {
 
     /// The last peaks from collect(), valid until the next reconcile(). If a cycle is longer than
     /// the time between two calls, those of the last cycle.
-    std::span<const ChannelPeak> peaksOf(std::uint32_t stream) const;
+    [[nodiscard]] std::span<const ChannelPeak> peaksOf(std::uint32_t stream) const;
 
   private:
     class Tap;

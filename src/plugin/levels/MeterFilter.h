@@ -31,23 +31,23 @@ class MeterFilter {
     /// `inputs` is clamped to the bounds. `changed` is called when nodeId() or isBroken() may have
     /// changed; it must not destroy the filter. Null, after a line in the log, if the server
     /// refuses.
-    static std::unique_ptr<MeterFilter> create(pw_core& core, std::size_t inputs,
-                                               std::function<void()> changed);
+    [[nodiscard]] static std::unique_ptr<MeterFilter> create(pw_core& core, std::size_t inputs,
+                                                             std::function<void()> changed);
     ~MeterFilter();
     MeterFilter(const MeterFilter&) = delete;
     MeterFilter& operator=(const MeterFilter&) = delete;
 
     /// The node's number; nothing until the server has given one.
-    std::optional<std::uint32_t> nodeId() const;
+    [[nodiscard]] std::optional<std::uint32_t> nodeId() const;
 
     /// Whether the node has failed in the server and does not measure any more.
-    bool isBroken() const noexcept { return broken_; }
+    [[nodiscard]] bool isBroken() const noexcept { return broken_; }
 
-    std::size_t inputs() const noexcept { return borrowed_.size(); }
-    std::size_t freeInputs() const noexcept;
+    [[nodiscard]] std::size_t inputs() const noexcept { return borrowed_.size(); }
+    [[nodiscard]] std::size_t freeInputs() const noexcept;
 
     /// Lends a free input; nothing when all are in use.
-    std::optional<std::size_t> borrowInput() noexcept;
+    [[nodiscard]] std::optional<std::size_t> borrowInput() noexcept;
     void returnInput(std::size_t input) noexcept { borrowed_[input] = false; }
 
     /// The highest peak since the last call, linear; nothing when no cycle has come since.

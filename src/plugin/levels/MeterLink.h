@@ -24,10 +24,10 @@ class MeterLink {
     MeterLink& operator=(const MeterLink&) = delete;
 
     /// Whether the server has created the link, so that the measurement is that of this stream.
-    bool isMade() const noexcept { return made_; }
+    [[nodiscard]] bool isMade() const noexcept { return made_; }
 
     /// Whether the server refused or removed the link.
-    bool isLost() const noexcept { return lost_; }
+    [[nodiscard]] bool isLost() const noexcept { return lost_; }
 
   private:
     void lost();

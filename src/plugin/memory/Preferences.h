@@ -39,18 +39,19 @@ struct Preferences {
 
     /// The setting of a program without an entry: full volume, unless it has never been seen. A new
     /// program has the setting of its `formerKey`, else that of new programs.
-    ProgramSetting settingOfUnset(const std::string& key, const std::string& formerKey = {}) const;
+    [[nodiscard]] ProgramSetting settingOfUnset(const std::string& key,
+                                                const std::string& formerKey = {}) const;
 
     /// Whether the program `name` is on the ignore list. For a new program its `former` name counts
     /// too.
-    bool isIgnored(std::string_view name, std::string_view former = {}) const;
+    [[nodiscard]] bool isIgnored(std::string_view name, std::string_view former = {}) const;
 
     bool operator==(const Preferences&) const = default;
 };
 
 /// Parses a property list, XML or binary. Invalid values count as missing. Nothing if it is damaged
 /// or not a dictionary.
-std::optional<Preferences> parsePreferences(std::string_view bytes);
+[[nodiscard]] std::optional<Preferences> parsePreferences(std::string_view bytes);
 
 /// The key in the preferences of a program that checks in with `name`: the displayed name, with
 /// characters replaced that XML cannot represent.

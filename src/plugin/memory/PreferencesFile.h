@@ -19,16 +19,16 @@ class PreferencesFile {
     /// Absolute paths; an empty one means no file.
     PreferencesFile(std::string own, std::string copy);
 
-    const std::string& own() const noexcept { return own_; }
-    const std::string& standardOwn() const noexcept { return standardOwn_; }
-    const std::string& copy() const noexcept { return copy_; }
+    [[nodiscard]] const std::string& own() const noexcept { return own_; }
+    [[nodiscard]] const std::string& standardOwn() const noexcept { return standardOwn_; }
+    [[nodiscard]] const std::string& copy() const noexcept { return copy_; }
 
     /// Sets the user's own file. If it does not exist, the standard one is used.
     void setOwn(std::string own) { own_ = std::move(own); }
 
     /// Reads again. Nothing if reading has never succeeded; if there is no file at all, the
     /// preferences are empty.
-    const std::optional<Preferences>& read();
+    [[nodiscard]] const std::optional<Preferences>& read();
 
   private:
     enum class State { good, missing, bad };

@@ -25,7 +25,7 @@ class PreferencesWatch {
 
     /// Waits for the first reading, for which `changed` is not called. Nothing if it failed. Call
     /// it right after construction.
-    std::optional<Preferences> first();
+    [[nodiscard]] std::optional<Preferences> first();
 
     /// Reads and watches `own` from now on as the user's own file.
     void follow(std::string own);

@@ -89,9 +89,9 @@ class RememberedVolumes {
     void applicationChanged(bool isThere);
 
     /// The preferences in use.
-    const Preferences& preferences() const noexcept { return preferences_; }
+    [[nodiscard]] const Preferences& preferences() const noexcept { return preferences_; }
 
-    bool isIgnored(std::string_view name, std::string_view former = {}) const {
+    [[nodiscard]] bool isIgnored(std::string_view name, std::string_view former = {}) const {
         return preferences_.isIgnored(name, former);
     }
 
@@ -100,14 +100,15 @@ class RememberedVolumes {
     /// volume remembered for the former one. Nothing before the preferences have been written for
     /// the first time, and for notification sounds without an entry, whose volume is stored
     /// elsewhere.
-    WantedVolume of(std::string_view name, std::string_view former = {}) const;
+    [[nodiscard]] WantedVolume of(std::string_view name, std::string_view former = {}) const;
 
     /// The remembered volume of a program; an ignored one gets it when it is no longer ignored.
-    WantedVolume evenIfIgnored(std::string_view name, std::string_view former = {}) const;
+    [[nodiscard]] WantedVolume evenIfIgnored(std::string_view name,
+                                             std::string_view former = {}) const;
 
     /// Whether the user has just changed the program, according to the application. This also
     /// applies to streams that already play.
-    bool isNews(std::string_view name, TimePoint now) const;
+    [[nodiscard]] bool isNews(std::string_view name, TimePoint now) const;
 
     /// Whether a program that starts now is ignored and has a pending reset, which this call
     /// clears.

@@ -33,18 +33,20 @@ class VolumeMemory : public Program::Listener {
     /// The application has sent its preferences: `bytes` is the property list, `file` its path,
     /// `news` see ApplicationPreferences. Returns settings that the application does not have yet.
     /// Nothing if the property list is invalid; then the file is used.
-    std::optional<NamedSettings> told(const std::string& file, std::string_view bytes,
-                                      std::span<const std::string> news);
+    [[nodiscard]] std::optional<NamedSettings> told(const std::string& file, std::string_view bytes,
+                                                    std::span<const std::string> news);
 
     /// The application has left the session bus, or another one has appeared.
     void applicationChanged(bool isThere) { remembered_.applicationChanged(isThere); }
 
     /// The file of the preferences in use, empty for none, and the file that is read.
-    const std::string& fileThatCounts() const noexcept { return remembered_.preferences().file; }
-    const std::string& ownFile() const noexcept { return ownFile_; }
+    [[nodiscard]] const std::string& fileThatCounts() const noexcept {
+        return remembered_.preferences().file;
+    }
+    [[nodiscard]] const std::string& ownFile() const noexcept { return ownFile_; }
 
     /// The remembered volume of the program, even while it is ignored.
-    WantedVolume of(const Program& program) const;
+    [[nodiscard]] WantedVolume of(const Program& program) const;
 
     void programAdded(Program& program) override;
     void programConnected(Program& program) override;

@@ -63,11 +63,11 @@ class Program : private AppConnection::Listener {
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    const ProgramProcess& process() const noexcept { return process_; }
+    [[nodiscard]] const ProgramProcess& process() const noexcept { return process_; }
 
     /// The program's lifetime.
     ProgramLifetime& lifetime() noexcept { return lifetime_; }
-    const ProgramLifetime& lifetime() const noexcept { return lifetime_; }
+    [[nodiscard]] const ProgramLifetime& lifetime() const noexcept { return lifetime_; }
 
     /// Applies the program's volume to the stream, now and later. The stream must be removed before
     /// it is destroyed.
@@ -76,10 +76,12 @@ class Program : private AppConnection::Listener {
     /// Removes the stream, which keeps its volume. The program's wanted volume stays, even if that
     /// was its last stream.
     void remove(AudioStream& stream);
-    const std::unordered_set<AudioStream*>& streams() const noexcept { return streams_; }
+    [[nodiscard]] const std::unordered_set<AudioStream*>& streams() const noexcept {
+        return streams_;
+    }
 
     /// The volume of the program's next stream, as set last by the application or someone else.
-    const WantedVolume& wanted() const noexcept { return wanted_; }
+    [[nodiscard]] const WantedVolume& wanted() const noexcept { return wanted_; }
 
     /// Takes over a change made in another mixer, for the next streams. Playing streams are not
     /// changed.
@@ -102,24 +104,24 @@ class Program : private AppConnection::Listener {
 
     /// Ends that, without a wanted volume.
     void unignore();
-    bool isIgnored() const noexcept { return ignored_; }
+    [[nodiscard]] bool isIgnored() const noexcept { return ignored_; }
 
     /// The volume of the next stream. Clears a pending reset.
     [[nodiscard]] WantedVolume takeForNext() noexcept;
 
     /// Why no stream's volume can be set, as text for the user; empty if one can, or unknown. Keeps
     /// its value without streams.
-    const std::string& obstacle() const noexcept { return obstacle_; }
+    [[nodiscard]] const std::string& obstacle() const noexcept { return obstacle_; }
 
     /// Looks at the streams for that again, and tells the application when it is another now.
     void reviewObstacle();
 
     /// Tries once to connect to the application. True when connected.
-    bool connect();
-    bool isConnected() const noexcept { return connection_ != nullptr; }
+    [[nodiscard]] bool connect();
+    [[nodiscard]] bool isConnected() const noexcept { return connection_ != nullptr; }
 
     /// Whether the application believes that the program plays.
-    bool isPlaying() const noexcept { return playing_; }
+    [[nodiscard]] bool isPlaying() const noexcept { return playing_; }
 
     /// Sends the level while there is one, and a single zero when it ends.
     void report(float level);

@@ -52,13 +52,13 @@ class ProgramLifetime {
     /// The client of the sound server has disconnected. Its unwatched processes count as ended.
     void clientGone(std::uint32_t client);
 
-    bool contains(const ProgramProcess& process) const;
+    [[nodiscard]] bool contains(const ProgramProcess& process) const;
 
     /// The oldest main process, or else any process; null if all have ended.
-    const ProgramProcess* first() const noexcept;
+    [[nodiscard]] const ProgramProcess* first() const noexcept;
 
     /// All processes, in the order in which they joined.
-    std::vector<Member> members() const;
+    [[nodiscard]] std::vector<Member> members() const;
 
   private:
     struct Part {

@@ -40,14 +40,14 @@ class ProgramTable : private Program::Owner {
     ProgramTable& operator=(const ProgramTable&) = delete;
 
     /// The program of that name, or null.
-    Program* find(const std::string& name) const;
+    [[nodiscard]] Program* find(const std::string& name) const;
 
     /// The known data of the process, or nothing if it belongs to no program.
-    std::optional<ProgramProcess> find(const StreamProcess& process) const;
+    [[nodiscard]] std::optional<ProgramProcess> find(const StreamProcess& process) const;
 
     /// The player with its unique name beside the existing programs. It keeps the name as long as
     /// one of its processes exists, even if the other programs end.
-    StreamPlayer disambiguated(StreamPlayer player) const;
+    [[nodiscard]] StreamPlayer disambiguated(StreamPlayer player) const;
 
     /// The program of a player with a new stream, which this client of the sound server owns.
     /// Created and announced if it is new. Owned by the table.
@@ -72,7 +72,9 @@ class ProgramTable : private Program::Owner {
     /// Connects unconnected programs, without waiting for the next retry.
     void connectNow();
 
-    const std::vector<std::unique_ptr<Program>>& programs() const noexcept { return programs_; }
+    [[nodiscard]] const std::vector<std::unique_ptr<Program>>& programs() const noexcept {
+        return programs_;
+    }
 
   private:
     void programDisconnected(Program& program) override;

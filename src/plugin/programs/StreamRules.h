@@ -13,12 +13,12 @@ namespace StreamRules {
 
 /// Whether it is a notification sound by its media.role: by the one with which it was `announced`,
 /// and without that by its `own`.
-bool isNotification(std::string_view announced, std::string_view own);
+[[nodiscard]] bool isNotification(std::string_view announced, std::string_view own);
 
 /// Whether a client of that name plays the application's sample sounds, which have the volume that
 /// they are to show, if its process is the application. Who else calls itself like it is a program
 /// like any other.
-bool mayBeSampleSound(std::string_view clientName, const ProgramProcess& process);
+[[nodiscard]] bool mayBeSampleSound(std::string_view clientName, const ProgramProcess& process);
 
 StreamKind kindOf(bool isNotification, const std::optional<StreamPlayer>& player);
 

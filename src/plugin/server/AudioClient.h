@@ -24,10 +24,10 @@ class AudioClient {
     AudioClient(const AudioClient&) = delete;
     AudioClient& operator=(const AudioClient&) = delete;
 
-    std::uint32_t id() const noexcept { return id_; }
+    [[nodiscard]] std::uint32_t id() const noexcept { return id_; }
 
     /// Whether the client's data has arrived.
-    bool isDescribed() const noexcept { return described_; }
+    [[nodiscard]] bool isDescribed() const noexcept { return described_; }
 
     /// Fills in the known data of the client.
     void describeTo(StreamEvidence& evidence) const;

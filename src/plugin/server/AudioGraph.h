@@ -23,7 +23,7 @@ struct AudioGlobal {
     Properties properties;
 
     /// Empty if there is no such property.
-    const std::string& property(std::string_view key) const;
+    [[nodiscard]] const std::string& property(std::string_view key) const;
 };
 
 /// A required meter: an output port of a stream, to be measured in the graph of a sink.
@@ -48,35 +48,36 @@ class AudioGraph {
     void clear();
 
     /// Whether the node is the output of a program.
-    bool isOutputStream(std::uint32_t node) const;
+    [[nodiscard]] bool isOutputStream(std::uint32_t node) const;
 
     /// The node's media.role, if it was announced.
-    std::string roleOf(std::uint32_t node) const;
+    [[nodiscard]] std::string roleOf(std::uint32_t node) const;
 
     /// The client that owns the node; none for the server's own nodes.
-    std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
+    [[nodiscard]] std::optional<std::uint32_t> clientOf(std::uint32_t node) const;
 
     /// The node's object.serial, and the greatest of all objects so far; 0 if unknown. The server
     /// assigns increasing serials.
-    std::uint64_t serialOf(std::uint32_t node) const;
-    std::uint64_t newestSerial() const noexcept { return newestSerial_; }
+    [[nodiscard]] std::uint64_t serialOf(std::uint32_t node) const;
+    [[nodiscard]] std::uint64_t newestSerial() const noexcept { return newestSerial_; }
 
     /// Identifies the process that serves the node: the same value for all its nodes. 0 for the
     /// server itself.
-    std::uint32_t ownerOf(std::uint32_t node) const;
+    [[nodiscard]] std::uint32_t ownerOf(std::uint32_t node) const;
 
     /// The output ports of a node in the order of its channels.
-    std::vector<std::uint32_t> outputPorts(std::uint32_t node) const;
+    [[nodiscard]] std::vector<std::uint32_t> outputPorts(std::uint32_t node) const;
 
     /// The input port with this number within its node.
-    std::optional<std::uint32_t> inputPort(std::uint32_t node, std::size_t number) const;
+    [[nodiscard]] std::optional<std::uint32_t> inputPort(std::uint32_t node,
+                                                         std::size_t number) const;
 
     /// The node through which a stream is audible: a sink or device if it feeds one, otherwise any
     /// node except a meter.
-    std::optional<std::uint32_t> sinkOf(std::uint32_t stream) const;
+    [[nodiscard]] std::optional<std::uint32_t> sinkOf(std::uint32_t stream) const;
 
     /// The meters that these streams need. Streams that feed nothing need none.
-    std::vector<MeterTap> planTaps(const std::set<std::uint32_t>& streams) const;
+    [[nodiscard]] std::vector<MeterTap> planTaps(const std::set<std::uint32_t>& streams) const;
 
   private:
     struct Node {

@@ -43,15 +43,15 @@ class AudioServer {
     void start();
 
     /// Null while there is no connection.
-    pw_core* core() const noexcept;
-    pw_registry* registry() const noexcept;
+    [[nodiscard]] pw_core* core() const noexcept;
+    [[nodiscard]] pw_registry* registry() const noexcept;
 
     /// Whether all objects that existed when we connected have been added. Later objects are new.
-    bool hasListedAll() const noexcept;
+    [[nodiscard]] bool hasListedAll() const noexcept;
 
     /// Opens another connection to the server. The caller closes it before this object is
     /// destroyed, and is not notified if it is lost. Null with errno set on failure.
-    pw_core* openCore() const;
+    [[nodiscard]] pw_core* openCore() const;
 
     /// Handles the server's events, and waits up to half a second, until the server has processed
     /// all requests so far and `condition` holds. The server drops unread requests when a

@@ -58,35 +58,37 @@ class AudioStream {
     AudioStream(const AudioStream&) = delete;
     AudioStream& operator=(const AudioStream&) = delete;
 
-    std::uint32_t id() const noexcept { return id_; }
+    [[nodiscard]] std::uint32_t id() const noexcept { return id_; }
 
     /// Whether the node's data has arrived.
-    bool isDescribed() const noexcept { return described_; }
+    [[nodiscard]] bool isDescribed() const noexcept { return described_; }
 
     /// Fills in the node's claims about its process.
     void describeTo(StreamEvidence& evidence) const;
 
     /// Whether the stream belongs to a chain of filters or a loop-back, not to a program.
-    bool isInternal() const noexcept { return internal_; }
+    [[nodiscard]] bool isInternal() const noexcept { return internal_; }
 
     /// The node's media.role.
-    const std::string& role() const noexcept { return role_; }
+    [[nodiscard]] const std::string& role() const noexcept { return role_; }
 
-    bool isRunning() const noexcept { return running_; }
+    [[nodiscard]] bool isRunning() const noexcept { return running_; }
 
-    Origin origin() const noexcept { return origin_; }
+    [[nodiscard]] Origin origin() const noexcept { return origin_; }
 
     /// The volume reported by the server; nothing until the first report.
-    const std::optional<StreamProps>& props() const noexcept { return keeper_.props(); }
+    [[nodiscard]] const std::optional<StreamProps>& props() const noexcept {
+        return keeper_.props();
+    }
 
     /// Why its volume cannot be set, as text for the user; empty if it can, or not yet known.
-    std::string_view obstacle() const noexcept { return obstacle_.reason(); }
+    [[nodiscard]] std::string_view obstacle() const noexcept { return obstacle_.reason(); }
 
     /// The wanted volume.
-    const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
+    [[nodiscard]] const WantedVolume& wanted() const noexcept { return keeper_.wanted(); }
 
     /// The program's own volume, on top of the wanted one.
-    const OwnVolume& ownVolume() const noexcept { return keeper_.ownVolume(); }
+    [[nodiscard]] const OwnVolume& ownVolume() const noexcept { return keeper_.ownVolume(); }
 
     /// Sets the kind of its program; initially a player.
     void setKind(StreamKind kind) noexcept { keeper_.setKind(kind); }

@@ -40,7 +40,7 @@ class NodeWriter : private WriteLanes::Transport {
 
     /// Whether all changes are done except those of programs that do not answer. Isolates these;
     /// for a caller that does not run the loop.
-    bool settle();
+    [[nodiscard]] bool settle();
 
   private:
     struct Connection;

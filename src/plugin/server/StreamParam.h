@@ -13,10 +13,10 @@ struct spa_pod;
 void readStreamProps(const spa_pod* param, StreamProps& props);
 
 /// Whether the volume is locked according to the parameter; nothing if it does not say.
-std::optional<bool> readVolumeLock(const spa_pod* param);
+[[nodiscard]] std::optional<bool> readVolumeLock(const spa_pod* param);
 
 /// Whether an "EnumFormat" parameter describes raw samples, whose volume can be changed.
-bool isRawFormat(const spa_pod* param);
+[[nodiscard]] bool isRawFormat(const spa_pod* param);
 
 /// Writes the given values.
 void writeStreamProps(pw_node* node, const VolumeWrite& write);

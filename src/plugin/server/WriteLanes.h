@@ -44,14 +44,14 @@ class WriteLanes {
         virtual ~Transport() = default;
 
         /// Opens a connection with the id `lane`. False if the server accepts none.
-        virtual bool open(Lane lane) = 0;
+        [[nodiscard]] virtual bool open(Lane lane) = 0;
 
         /// Closes the connection. The server must drop what it has not read.
         virtual void close(Lane lane) = 0;
 
         /// Whether the server has announced the stream on this connection. It refuses requests for
         /// objects that it has not announced. A new connection knows all objects.
-        virtual bool knows(Lane lane, std::uint32_t stream) const = 0;
+        [[nodiscard]] virtual bool knows(Lane lane, std::uint32_t stream) const = 0;
 
         /// Sends the change, then a question, and returns the question's number.
         virtual int send(Lane lane, std::uint32_t stream, const VolumeWrite& change) = 0;
@@ -80,13 +80,13 @@ class WriteLanes {
     void broken(Lane lane);
 
     /// When to call serve() if nothing else happens.
-    std::optional<TimePoint> due() const noexcept;
+    [[nodiscard]] std::optional<TimePoint> due() const noexcept;
 
     /// Handles timeouts, and closes lanes. The only operation that closes any.
     void serve(TimePoint now);
 
     /// Whether all changes are done except those of programs that do not answer.
-    bool isSettled() const noexcept;
+    [[nodiscard]] bool isSettled() const noexcept;
 
     /// Closes all lanes and forgets all changes.
     void clear();

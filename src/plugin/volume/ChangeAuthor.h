@@ -34,7 +34,7 @@ class ChangeAuthor {
         : hold_(streamAppeared), startEnds_(streamAppeared + start) {}
 
     void setKind(StreamKind kind) noexcept { kind_ = kind; }
-    StreamKind kind() const noexcept { return kind_; }
+    [[nodiscard]] StreamKind kind() const noexcept { return kind_; }
 
     /// The stream existed before us: it is not at its start.
     void found() noexcept { startEnds_ = TimePoint::min(); }
@@ -48,7 +48,7 @@ class ChangeAuthor {
     [[nodiscard]] Author of(TimePoint now) const noexcept;
 
     /// Whether the hold that began with the stream, or with uphold(), is over.
-    bool isHoldOver(TimePoint now) const noexcept { return hold_.isOver(now); }
+    [[nodiscard]] bool isHoldOver(TimePoint now) const noexcept { return hold_.isOver(now); }
 
     /// Whether a change of the session manager may be overwritten; counts as one write when it may.
     [[nodiscard]] bool takeWrite(TimePoint now) noexcept { return hold_.takeWrite(now); }

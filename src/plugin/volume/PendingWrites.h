@@ -34,7 +34,9 @@ class PendingWrites {
     }
 
     /// Our last write; null if all have been echoed.
-    const Value* newest() const noexcept { return writes_.empty() ? nullptr : &writes_.back(); }
+    [[nodiscard]] const Value* newest() const noexcept {
+        return writes_.empty() ? nullptr : &writes_.back();
+    }
 
     /// Expects no echo any more: the next report is someone else's change.
     void clear() noexcept { writes_.clear(); }

@@ -19,7 +19,7 @@ class StreamObstacle {
 
     /// English text, which the application translates; empty if there is none, or it is not known
     /// yet.
-    std::string_view reason() const noexcept;
+    [[nodiscard]] std::string_view reason() const noexcept;
 
   private:
     std::optional<bool> readable_;

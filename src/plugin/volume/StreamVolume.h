@@ -30,7 +30,7 @@ struct VolumeWrite {
 
     bool operator==(const VolumeWrite&) const = default;
 
-    bool isEmpty() const noexcept { return !channelVolumes && !mute; }
+    [[nodiscard]] bool isEmpty() const noexcept { return !channelVolumes && !mute; }
 
     /// Merges a later write.
     void merge(const VolumeWrite& later);
@@ -43,10 +43,10 @@ struct WantedVolume {
 
     bool operator==(const WantedVolume&) const = default;
 
-    bool isEmpty() const noexcept { return !gain && !muted; }
+    [[nodiscard]] bool isEmpty() const noexcept { return !gain && !muted; }
 
     /// The gain in percent, rounded.
-    std::optional<int> percent() const noexcept;
+    [[nodiscard]] std::optional<int> percent() const noexcept;
 
     /// Merges a change.
     void merge(const WantedVolume& change) noexcept;
@@ -86,10 +86,10 @@ inline constexpr float kSilencedStreamLevel = 0.01F;
 float gainOfPercent(int percent) noexcept;
 
 /// Whether the gains are indistinguishable; one of them may have been rounded.
-bool isSameGain(float a, float b) noexcept;
+[[nodiscard]] bool isSameGain(float a, float b) noexcept;
 
 /// The same for each of two streams' channels.
-bool areSameGains(const std::vector<float>& a, const std::vector<float>& b) noexcept;
+[[nodiscard]] bool areSameGains(const std::vector<float>& a, const std::vector<float>& b) noexcept;
 
 /// The maximum of a stream's channel volumes; 0 without any.
 float loudestOf(const std::vector<float>& channelVolumes) noexcept;
@@ -101,10 +101,10 @@ float channelGain(const StreamProps& props, std::size_t channel) noexcept;
 float loudestGain(const StreamProps& props) noexcept;
 
 /// Whether all channels are silent.
-bool isSilenced(const StreamProps& props) noexcept;
+[[nodiscard]] bool isSilenced(const StreamProps& props) noexcept;
 
 /// Whether both sound the same.
-bool haveSameGains(const StreamProps& a, const StreamProps& b) noexcept;
+[[nodiscard]] bool haveSameGains(const StreamProps& a, const StreamProps& b) noexcept;
 
 /// The highest peak of the stream before its gain, 0 to 1, from those of all its ports. Channels
 /// with gain zero are ignored. If the number of ports differs from that of channels, each port
@@ -118,7 +118,7 @@ std::vector<float> balancedVolumes(const std::vector<float>& balance, std::size_
 
 /// Whether the stream has the wanted volume. Values are compared with a tolerance, since they are
 /// rounded on the way.
-bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept;
+[[nodiscard]] bool isInEffect(const WantedVolume& wanted, const StreamProps& props) noexcept;
 
 /// The maximum time for which a new stream is held at its wanted volume. The session manager
 /// restores its own volume within milliseconds after our first write.
@@ -133,7 +133,9 @@ class VolumeHold {
     /// Whether a foreign change may be overwritten; counts as one write when it may.
     [[nodiscard]] bool takeWrite(platform::MonotonicClock::time_point now) noexcept;
 
-    bool isOver(platform::MonotonicClock::time_point now) const noexcept { return now >= end_; }
+    [[nodiscard]] bool isOver(platform::MonotonicClock::time_point now) const noexcept {
+        return now >= end_;
+    }
 
   private:
     platform::MonotonicClock::time_point end_;

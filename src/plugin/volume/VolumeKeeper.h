@@ -72,24 +72,24 @@ class VolumeKeeper {
     [[nodiscard]] VolumeWrite propsArrived(const StreamProps& props, TimePoint now);
 
     /// When to call wake(); nothing if not needed.
-    std::optional<TimePoint> due() const noexcept;
+    [[nodiscard]] std::optional<TimePoint> due() const noexcept;
 
     /// Does what is due: a ramp step, a correction, or accepting the user's change.
     [[nodiscard]] VolumeWrite wake(TimePoint now);
 
     /// Whether a ramp is running.
-    bool isRamping() const noexcept { return ramp_.isRunning(); }
+    [[nodiscard]] bool isRamping() const noexcept { return ramp_.isRunning(); }
 
     /// Finishes a ramp with its final value.
     [[nodiscard]] VolumeWrite finish();
 
     /// The last report of the server; nothing before the first one.
-    const std::optional<StreamProps>& props() const noexcept { return props_; }
+    [[nodiscard]] const std::optional<StreamProps>& props() const noexcept { return props_; }
 
-    const WantedVolume& wanted() const noexcept { return wanted_; }
+    [[nodiscard]] const WantedVolume& wanted() const noexcept { return wanted_; }
 
     /// The program's own volume, on top of the wanted one. A new stream starts at full.
-    const OwnVolume& ownVolume() const noexcept { return own_; }
+    [[nodiscard]] const OwnVolume& ownVolume() const noexcept { return own_; }
 
     /// Others' changes since the last call.
     WantedVolume takeChangesElsewhere() { return std::exchange(elsewhere_, {}); }

@@ -17,13 +17,13 @@ class VolumeRamp {
     /// of an earlier ramp.
     void aim(float from, float to, TimePoint now) noexcept;
 
-    bool isRunning() const noexcept { return running_; }
+    [[nodiscard]] bool isRunning() const noexcept { return running_; }
 
     /// The target gain of a running ramp.
-    float target() const noexcept { return target_; }
+    [[nodiscard]] float target() const noexcept { return target_; }
 
     /// When the next step of a running ramp is due.
-    TimePoint due() const noexcept { return due_; }
+    [[nodiscard]] TimePoint due() const noexcept { return due_; }
 
     /// Makes the next step of a running ramp, which may be its last, and returns the gain to write
     /// now.

@@ -18,17 +18,17 @@ class ItemKeyboard {
     ItemKeyboard(QScrollArea& area, MVCollectionView& grid) : area_(area), grid_(grid) {}
 
     /// Handles a key. Returns whether it was one of ours.
-    bool press(const QKeyEvent& event);
+    [[nodiscard]] bool press(const QKeyEvent& event);
 
     /// The focused item, or null.
-    MVCollectionViewItem* current() const;
+    [[nodiscard]] MVCollectionViewItem* current() const;
 
     /// Focuses an item, its slider if possible, and scrolls to it.
     void focus(int index);
 
     /// Call these before and after a change of the items, so that the focus is not lost with its
     /// item.
-    std::optional<int> currentIndex() const;
+    [[nodiscard]] std::optional<int> currentIndex() const;
     void restoreFocus(std::optional<int> before);
 
   private:

@@ -16,7 +16,7 @@ struct ItemNavigation {
 
     /// The item that `key` leads to from item `current`, where none is before the first; nothing
     /// for other keys. Stops at the ends of the grid.
-    std::optional<int> after(int key, std::optional<int> current) const;
+    [[nodiscard]] std::optional<int> after(int key, std::optional<int> current) const;
 };
 
 /// Finds an item by the beginning of its name as the user types. A pause starts a new name;
@@ -27,11 +27,11 @@ class TypeAhead {
 
     /// The item for the text typed so far and `typed`; nothing if no name begins with it. Ignores
     /// case and accents.
-    std::optional<int> find(const QString& typed, const QStringList& names,
-                            std::optional<int> current);
+    [[nodiscard]] std::optional<int> find(const QString& typed, const QStringList& names,
+                                          std::optional<int> current);
 
     /// Whether a name is being typed, so that a space is part of it.
-    bool isUnderWay() const;
+    [[nodiscard]] bool isUnderWay() const;
 
   private:
     QString text_;

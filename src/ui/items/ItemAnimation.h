@@ -9,5 +9,5 @@ struct ItemAnimation {
     bool isEnabled = true; ///< in the desktop's settings
 
     /// The animation's duration; zero for none.
-    std::chrono::milliseconds duration() const noexcept;
+    [[nodiscard]] std::chrono::milliseconds duration() const noexcept;
 };

@@ -15,7 +15,7 @@ class ItemControl : public QWidget {
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
-    bool hasKeyFocus() const noexcept { return hasKeyFocus_; }
+    [[nodiscard]] bool hasKeyFocus() const noexcept { return hasKeyFocus_; }
     void showKeyFocus(bool hasKeyFocus);
 
     /// The pen of the focus mark.

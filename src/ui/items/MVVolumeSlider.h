@@ -77,15 +77,15 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
-    bool isHighlighted() const noexcept { return highlighted_; }
+    [[nodiscard]] bool isHighlighted() const noexcept { return highlighted_; }
     static const MVBlackTheme& theme();
 
     virtual void drawTrack(QPainter& painter);
     virtual void drawKnob(QPainter& painter, const QRectF& rect);
 
     /// The length of the level's bar from the slider's start; 0 for no bar.
-    double levelEnd() const;
-    QColor levelColor() const;
+    [[nodiscard]] double levelEnd() const;
+    [[nodiscard]] QColor levelColor() const;
     void fillTrackPath(QPainter& painter, const QPainterPath& path, const QColor& base) const;
 
   private:

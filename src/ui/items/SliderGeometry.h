@@ -13,28 +13,31 @@ class SliderGeometry {
 
     explicit SliderGeometry(const QRectF& bounds) noexcept : bounds_(bounds) {}
 
-    bool isVertical() const noexcept { return bounds_.height() > bounds_.width(); }
-    double length() const noexcept { return isVertical() ? bounds_.height() : bounds_.width(); }
-    double along(const QPointF& point) const noexcept;
+    [[nodiscard]] bool isVertical() const noexcept { return bounds_.height() > bounds_.width(); }
+    [[nodiscard]] double length() const noexcept {
+        return isVertical() ? bounds_.height() : bounds_.width();
+    }
+    [[nodiscard]] double along(const QPointF& point) const noexcept;
 
     /// Aligned to whole pixels along the slider.
-    QRectF knobRect(double value) const noexcept;
-    double knobCenter(double value) const noexcept;
+    [[nodiscard]] QRectF knobRect(double value) const noexcept;
+    [[nodiscard]] double knobCenter(double value) const noexcept;
 
     /// The value if the knob's centre is dragged to `point`.
-    float valueAt(const QPointF& point) const noexcept;
+    [[nodiscard]] float valueAt(const QPointF& point) const noexcept;
 
     /// The value after a drag from `start`, where it was `startValue`, to `point`.
-    float valueDragged(double startValue, const QPointF& start,
-                       const QPointF& point) const noexcept;
+    [[nodiscard]] float valueDragged(double startValue, const QPointF& start,
+                                     const QPointF& point) const noexcept;
 
     /// The track: the whole length and `thickness` across, inset by half a pixel, so that an
     /// outline of one pixel is sharp.
-    QRectF trackRect(double thickness) const noexcept;
+    [[nodiscard]] QRectF trackRect(double thickness) const noexcept;
 
     /// The part of `track` between the positions `start` and `end`, extended by `margin` on each
     /// side across. Position 0 is the start of the track.
-    QRectF piece(const QRectF& track, double start, double end, double margin = 0) const noexcept;
+    [[nodiscard]] QRectF piece(const QRectF& track, double start, double end,
+                               double margin = 0) const noexcept;
 
   private:
     QRectF fromAlong(double start, double length, double acrossStart,

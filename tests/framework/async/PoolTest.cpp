@@ -35,7 +35,7 @@ class HandPool {
     }
 
     static void append(qshuttle& queue, std::function<void()> task) {
-        queue.append({std::move(task), nullptr});
+        (void)queue.append({std::move(task), nullptr});
     }
 
     /// One pass, and those that it or the end of a task has requested.

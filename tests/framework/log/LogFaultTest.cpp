@@ -56,7 +56,7 @@ TEST_F(LogTest, NoTornLineStaysInTheFile) {
         LogFile file(LogFile::open(path("file")), &scriptedWrite);
         ASSERT_TRUE(file.write("before\n"));
         script = each.answers;
-        file.write("the line\n");
+        (void)file.write("the line\n");
         script.clear();
         EXPECT_TRUE(file.write("after\n"));
         EXPECT_EQ(contentOf(path("file")), each.content);
