@@ -1,8 +1,12 @@
 #include "platform/window/Alert.h"
 
+#include "platform/base/MonotonicClock.h"
+
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <chrono>
 #include <memory>
 
 namespace platform {
@@ -15,6 +19,47 @@ AlertPresenter& presenter() {
     static AlertPresenter usual;
     return replacement ? *replacement : usual;
 }
+
+/// Swallows the keys of somebody who has not seen the window yet, and closes a box without pressing
+/// its only button.
+class Guard final : public QObject {
+  public:
+    explicit Guard(QMessageBox& box) : QObject(&box), box_(box) {
+        box.installEventFilter(this);
+        for (QWidget* const each : box.findChildren<QWidget*>())
+            each->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        switch (event->type()) {
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+            return takesKey(*event);
+        case QEvent::Close:
+            if (watched == &box_)
+                box_.done(QDialog::Rejected);
+            return watched == &box_;
+        default:
+            return false;
+        }
+    }
+
+  private:
+    bool takesKey(const QEvent& event) {
+        constexpr std::chrono::seconds without{1};
+        if (platform::MonotonicClock::now() - made_ < without)
+            return true;
+        const bool isEscape = event.type() == QEvent::KeyPress &&
+                              static_cast<const QKeyEvent&>(event).key() == Qt::Key_Escape;
+        if (isEscape)
+            box_.done(QDialog::Rejected);
+        return isEscape;
+    }
+
+    QMessageBox& box_;
+    const platform::MonotonicClock::time_point made_ = platform::MonotonicClock::now();
+};
 
 struct Box {
     std::unique_ptr<QMessageBox> window;
@@ -44,12 +89,15 @@ Box makeBox(const Alert& alert, QWidget* parent) {
         box.window->addButton(alert.defaultButton, QMessageBox::AcceptRole);
     box.window->setDefaultButton(standard);
     box.window->setEscapeButton(standard);
+    box.window->setDetailedText(alert.details);
     if (!alert.alternateButton.isEmpty()) {
         box.alternate = box.window->addButton(alert.alternateButton, QMessageBox::RejectRole);
         box.window->setEscapeButton(box.alternate);
     }
     if (!alert.otherButton.isEmpty())
         box.other = box.window->addButton(alert.otherButton, QMessageBox::ActionRole);
+    if (alert.isGuarded)
+        new Guard(*box.window); // which owns it
     return box;
 }
 
@@ -69,7 +117,9 @@ Alert::Button AlertPresenter::run(const Alert& alert) {
     const QAbstractButton* const clicked = box.window->clickedButton();
     if (clicked && clicked == box.alternate)
         return Alert::alternate;
-    return clicked && clicked == box.other ? Alert::other : Alert::standard;
+    if (clicked && clicked == box.other)
+        return Alert::other;
+    return clicked == nullptr && alert.isGuarded ? Alert::alternate : Alert::standard;
 }
 
 void AlertPresenter::showOn(const Alert& alert, QWidget& window) {

@@ -18,9 +18,14 @@ struct Alert {
     QString defaultButton;
     QString alternateButton = {};
     QString otherButton = {};
+    QString details = {}; ///< shown on request; plain text
+
+    /// Closing the window never counts as the default button, and for its first second it takes no
+    /// key: for an alert that appears while the user types, and whose button cannot be undone.
+    bool isGuarded = false;
 
     /// Waits for the user and returns the button; closing the window counts as the alternate button
-    /// if there is one, else as the default one.
+    /// if there is one or the alert is guarded, else as the default one.
     Button run() const;
 
     /// Shows it on the window and returns; the window takes no input meanwhile.
