@@ -96,7 +96,11 @@ std::string userLibraryDirectory() {
 
 std::string localLibraryDirectory() {
     const char* const moved = std::getenv("TONVALE_LOCAL_LIBRARY");
-    return moved != nullptr && *moved != '\0' ? moved : TONVALE_LOCAL_LIBRARY;
+    return moved != nullptr && *moved != '\0' ? moved : builtInLocalLibraryDirectory();
+}
+
+std::string builtInLocalLibraryDirectory() {
+    return TONVALE_LOCAL_LIBRARY;
 }
 
 std::string runtimeDirectory() {

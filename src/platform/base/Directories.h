@@ -32,6 +32,10 @@ std::string userLibraryDirectory();
 /// nothing else.
 std::string localLibraryDirectory();
 
+/// What the build has set, whatever the environment says: for a program that has more rights than
+/// its caller.
+std::string builtInLocalLibraryDirectory();
+
 /// $XDG_RUNTIME_DIR, this login session's private folder for sockets; empty if there is none.
 std::string runtimeDirectory();
 
