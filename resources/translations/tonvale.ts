@@ -638,5 +638,103 @@ A program appears here when it plays.</source>
         <source>A program appears here when it plays.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>The computer can&apos;t be restarted</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The installer is missing.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please re-install the application.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Authorization error: %d</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The audio plug-in can&apos;t be installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tonvale can&apos;t be uninstalled</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installation failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Uninstall failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An unknown internal error has occurred.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An internal error (%d) has occurred.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t install &quot;%@&quot;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t uninstall &quot;%@&quot;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The new software requires that you restart your computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please restart to load the newly installed files.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Restart</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Uninstall</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This software requires that you restart your computer to complete the uninstall process. 
+ - Click on &apos;Uninstall&apos; to uninstall and restart manually.  
+ - Click on &apos;Uninstall &amp; Restart&apos; to uninstall and restart now.  
+ - Click &apos;Cancel&apos; to uninstall at a later time.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Uninstall &amp; Restart</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your settings stay in
+%@
+and the logs in
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove the package &quot;%@&quot;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It contains the application itself.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

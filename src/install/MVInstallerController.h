@@ -1,0 +1,81 @@
+#pragma once
+
+#include "platform/authorization/PrivilegedTool.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+/// Keeps the plug-in that is installed for all users the same as the one in the application, and
+/// removes it. What this user may not change is done by TNInstaller as administrator, see
+/// docs/installing.md. While that asks and works, the windows paint but take no input, and the
+/// sockets are served.
+///
+/// A failure to install ends the program after an alert. Main thread only.
+class MVInstallerController {
+  public:
+    /// What tests replace.
+    struct Dependencies {
+        std::function<void()> terminate;
+        std::function<int()> restart;
+        std::function<bool(const std::string& path)> mayReplace;
+        QString bundlePath;
+        QString localLibraryPath;
+        std::string pkexec;
+    };
+
+    static MVInstallerController& sharedController();
+
+    explicit MVInstallerController(Dependencies dependencies);
+
+    /// The sources that are not installed, or not the same; nothing if there are none.
+    [[nodiscard]] std::optional<QStringList> filesToInstall() const;
+
+    /// Installs what filesToInstall() lists. False if that is nothing, or if it fails.
+    [[nodiscard]] bool install();
+
+    /// Says that the computer must be restarted, and does so if the user agrees.
+    void runPostInstallAlert();
+
+    /// Asks the user, and removes the plug-in and the application. Then, or if
+    /// `terminateAfterwards` whatever the answer is, ends the program.
+    void uninstall(bool terminateAfterwards);
+
+    /// Runs the tool in the mode "i" with sources, or "u" with paths to remove. True if it
+    /// succeeds.
+    bool runInstaller(const QString& mode, const QStringList& files);
+
+    /// Ends this user's processes of that name, as platform::endProcesses() does. Serves events
+    /// meanwhile.
+    static void killProcess(const QString& name);
+
+    /// Asks the system for a restart: 0 if the request has been sent, else an errno. A refusal that
+    /// comes later is an alert.
+    static int restartComputer();
+
+    static QString localLibraryPath();
+    static QString installerPath();
+    static QString pluginPath();
+
+  private:
+    struct Outcome {
+        platform::PrivilegedTool::Answer answer = platform::PrivilegedTool::Answer::failed;
+        int status = 0;
+        std::string reply;
+    };
+
+    QStringList argumentsFor(const QString& mode, const QStringList& files) const;
+    Outcome runTool(const QStringList& arguments) const;
+    bool isRefused(const Outcome& outcome, bool isInstall);
+    void explain(const QString& title, const QString& reason) const;
+    bool judge(const std::string& reply, bool isInstall, const QStringList& items);
+    void failAndQuit(const QString& title, const QString& text);
+    std::optional<QString> owningPackage() const;
+    QString pathInBundle(const char* path) const;
+
+    const Dependencies dependencies_;
+    const QStringList sourcePaths_; // each is installed at the same index of destPaths_
+    const QStringList destPaths_;
+};
