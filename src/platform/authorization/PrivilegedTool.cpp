@@ -130,7 +130,7 @@ PrivilegedTool::Answer PrivilegedTool::reasonOfEnd() {
     // pkexec has one status for all of these, and does not translate what it says.
     if (says("No authentication agent"))
         return Answer::noAgent;
-    if (says("Error getting authority"))
+    if (says("Error getting authority") || says("Error checking for authorization"))
         return Answer::noPolkit;
     return says("Not authorized") ? Answer::notAuthorized : Answer::failed;
 }

@@ -80,6 +80,8 @@ TEST_F(PrivilegedToolTest, TellsWhyTheToolDoesNotRun) {
          Answer::noAgent, 127, "mate-polkit"},
         {"echo 'Error getting authority: Error initializing authority: no' >&2; exit 127",
          Answer::noPolkit, 127, "polkitd"},
+        {"echo 'Error checking for authorization org.x: GDBus.Error: ServiceUnknown' >&2; exit 127",
+         Answer::noPolkit, 127, "polkitd"},
         {"echo 'Error executing command as another user: Not authorized' >&2; exit 127",
          Answer::notAuthorized, 127, "not authorized"},
         {"exit 127", Answer::failed, 127, "cannot run"},
