@@ -86,7 +86,7 @@ std::string quoted(std::string_view text) {
     std::string quoted = "\"";
     while (!text.empty()) {
         const auto [bytes, character] = platform::takeUtf8(text);
-        if (character == U'"' || character == U'\\')
+        if (bytes == "\"" || bytes == "\\")
             quoted += '\\';
         if (platform::shownLine(bytes) == bytes)
             quoted += bytes;
