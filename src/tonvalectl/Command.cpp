@@ -5,7 +5,6 @@
 #include "tonvalectl/Verbs.h"
 
 #include <algorithm>
-#include <ranges>
 #include <string_view>
 
 namespace {
@@ -36,9 +35,11 @@ Words sorted(const std::vector<std::string>& arguments) {
 
 std::vector<std::string_view> split(std::string_view words) {
     std::vector<std::string_view> parts;
-    for (const auto part : std::views::split(words, ' ')) {
+    while (!words.empty()) {
+        const std::string_view part = words.substr(0, words.find(' '));
         if (!part.empty())
-            parts.emplace_back(part.begin(), part.end());
+            parts.push_back(part);
+        words.remove_prefix(std::min(part.size() + 1, words.size()));
     }
     return parts;
 }
