@@ -29,7 +29,7 @@ namespace {
 
 constexpr const char* installMode = "i";
 constexpr const char* uninstallMode = "u";
-constexpr const char* pluginInBundle = "/Contents/PlugIns/Tonvale.plugin";
+constexpr const char* pluginInBundle = "/" TONVALE_PLUGIN_IN_BUNDLE;
 constexpr const char* toolInBundle = "/Contents/Helpers/TNInstaller";
 constexpr int internalCodes[] = {1, 2, 7};
 
@@ -64,7 +64,7 @@ MVInstallerController& MVInstallerController::sharedController() {
 MVInstallerController::MVInstallerController(Dependencies dependencies)
     : dependencies_(std::move(dependencies))
     , sourcePaths_{pathInBundle(pluginInBundle)}
-    , destPaths_{dependencies_.localLibraryPath + "/Audio/Plug-Ins/HAL/Tonvale.plugin"} {}
+    , destPaths_{dependencies_.localLibraryPath + QLatin1String("/" TONVALE_PLUGIN_IN_LIBRARY)} {}
 
 QString MVInstallerController::pathInBundle(const char* path) const {
     return dependencies_.bundlePath + QLatin1String(path);

@@ -7,7 +7,8 @@
 namespace {
 
 constexpr std::string_view toolInBundle = "/Contents/Helpers/TNInstaller";
-constexpr const char* pluginName = "Tonvale.plugin";
+constexpr const char* pluginInBundle = "/" TONVALE_PLUGIN_IN_BUNDLE;
+constexpr const char* pluginInLibrary = "/" TONVALE_PLUGIN_IN_LIBRARY;
 
 } // namespace
 
@@ -17,9 +18,11 @@ InstallerPlaces InstallerPlaces::of(const std::string& tool, const std::string& 
     if (!localLibrary.starts_with('/'))
         throw InstallFailure(InstallCode::unsafePlace, "The local library is no absolute path");
     const std::string bundle = tool.substr(0, tool.size() - toolInBundle.size());
+    const std::string installed = localLibrary + pluginInLibrary;
+    const std::size_t slash = installed.rfind('/');
     return {.bundle = bundle,
-            .plugin = bundle + "/Contents/PlugIns/" + pluginName,
+            .plugin = bundle + pluginInBundle,
             .localLibrary = localLibrary,
-            .folder = localLibrary + "/Audio/Plug-Ins/HAL",
-            .name = pluginName};
+            .folder = installed.substr(0, slash),
+            .name = installed.substr(slash + 1)};
 }

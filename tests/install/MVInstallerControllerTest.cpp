@@ -1,5 +1,8 @@
 #include "install/MVInstallerController.h"
 
+#include "framework/installer/QNInstallBOM.h"
+#include "platform/base/Directories.h"
+#include "platform/bundle/Bundle.h"
 #include "platform/window/Alert.h"
 #include "support/Files.h"
 #include "support/PrivateFolder.h"
@@ -113,6 +116,23 @@ TEST_F(MVInstallerControllerTest, InstallsWhatIsMissingOrDifferentOnly) {
     EXPECT_TRUE(installs());
     EXPECT_TRUE(alerts_.shown.empty());
     EXPECT_EQ(ends_, 0);
+}
+
+TEST_F(MVInstallerControllerTest, InstallsWhatTheManifestOfTheBundleLists) {
+    const auto manifest = QNInstallBOM::BOMWithBundle(platform::Bundle(TONVALE_CONTENTS));
+    ASSERT_TRUE(manifest);
+    ASSERT_EQ(manifest->installResources().size(), 1U);
+    const QNInstallResource& item = manifest->installResources().front();
+    EXPECT_TRUE(controller_.install());
+    const QStringList words = QString::fromStdString(arguments()).split('\n');
+    const std::string root = fs::path(TONVALE_CONTENTS).parent_path();
+    EXPECT_EQ(fs::relative(item.from().toLocalFile().toStdString(), root),
+              fs::relative(words[1].toStdString(), bundle_));
+    EXPECT_EQ(fs::relative(item.to().toLocalFile().toStdString(),
+                           platform::builtInLocalLibraryDirectory()),
+              fs::relative(words[2].toStdString(), folder_.path() / "Library"));
+    EXPECT_EQ(item.mask(), 0755U);
+    EXPECT_EQ(manifest->uninstallResources().front().path(), item.to());
 }
 
 TEST_F(MVInstallerControllerTest, ExplainsWhatTheToolReportsAndEnds) {
