@@ -74,13 +74,6 @@ std::string listedStreams() {
 
 class PluginIdentityTest : public PluginFixture {
   protected:
-    void SetUp() override {
-        if (support::runCommand(
-                {"sox", "-n", "-r", "48000", "-c", "2", file_, "synth", "120", "sine", "440"})
-                .status != 0)
-            GTEST_FAIL() << "no sound to play";
-    }
-
     /// How often the list of streams has the text.
     static std::size_t countStreams(const std::string& text) {
         return timesIn(listedStreams(), text);
@@ -126,7 +119,7 @@ class PluginIdentityTest : public PluginFixture {
     }
 
     const support::PrivateFolder folder_;
-    const std::string file_ = folder_.path() / "tone.wav";
+    const std::string file_ = support::writeTone(folder_.path() / "tone.wav", toneFrequency, 1);
 };
 
 } // namespace

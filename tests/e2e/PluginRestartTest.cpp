@@ -100,11 +100,7 @@ TEST_F(PluginRestartTest, StreamsThatLastForAMomentLeaveNothingBehind) {
     ASSERT_TRUE(hasIdleConnections());
     const std::size_t before = openDescriptors();
     const support::PrivateFolder folder;
-    const std::string file = folder.path() / "moment.wav";
-    ASSERT_EQ(support::runCommand({"sox", "-n", "-r", "48000", "-c", "2", "-b", "16", file, "synth",
-                                   "0.02", "sine", "300"})
-                  .status,
-              0);
+    const std::string file = support::writeTone(folder.path() / "moment.wav", 300, 1, 0.02);
     for (int i = 0; i < 10; ++i) {
         std::vector<std::unique_ptr<ChildProcess>> moments;
         for (const char* const each : {"pw-cat", "paplay", "pw-cat", "paplay", "pw-cat"}) {

@@ -158,12 +158,10 @@ TEST_F(SoundEffectsTest, CommandsForThemAndForTheirProgramAreApart) {
     const auto program = awaitProgram(music);
     // One process with two streams, as far as anybody but the kernel can tell.
     const support::PrivateFolder folder;
-    support::runCommand({"sox", "-n", "-r", "48000", "-c", "2", folder.path() / "event.wav",
-                         "synth", "60", "sine", std::to_string(toneFrequency), "vol", "0.5"});
     const support::ChildProcess event(
         {"paplay", "--property=media.role=event",
          "--property=application.process.id=" + std::to_string(player.pid()),
-         folder.path() / "event.wav"});
+         support::writeTone(folder.path() / "event.wav", toneFrequency, tonePeak)});
     const auto hearsBoth = [this](double effect, double other) {
         return waitUntil([&] {
             const auto heard = recorder_->record(std::chrono::milliseconds(200));

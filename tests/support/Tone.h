@@ -10,6 +10,11 @@
 
 namespace support {
 
+/// Writes a wave file of a sine on both channels, two minutes at most, and returns its path. `peak`
+/// is linear, 0 to 1. Throws std::runtime_error when it cannot be written.
+std::filesystem::path writeTone(const std::filesystem::path& path, unsigned frequency, double peak,
+                                double seconds = 120);
+
 /// A program that plays a sine on both channels for as long as the object lives, two minutes at
 /// most, through the audio server that the environment names.
 class Tone {
