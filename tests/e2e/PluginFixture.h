@@ -132,6 +132,15 @@ class PluginFixture : public testing::Test {
         });
     }
 
+    /// Waits until the newest level of the program is near this one, to a twentieth.
+    bool reportsLevel(std::uint32_t pid, double wanted) {
+        const auto& levels = application_->levelsOf(pid);
+        return support::waitUntil([&] {
+            return !levels.empty() &&
+                   std::abs(static_cast<double>(levels.back().level) - wanted) <= 0.05 * wanted;
+        });
+    }
+
     static inline std::optional<support::PrivateAudioSession> session;
 
     platform::RunLoop loop_;

@@ -269,10 +269,7 @@ TEST_F(PluginIdentityTest, TheProcessesOfAnApplicationFollowOneSlider) {
     letItSee();
     EXPECT_TRUE(awaitPids([&] { return std::vector{firstPid}; }));
     application_->forgetLevels();
-    EXPECT_TRUE(waitUntil([&] {
-        const auto& levels = application_->levelsOf(firstPid);
-        return !levels.empty() && std::abs(levels.back().level - tonePeak) < 0.05;
-    })) << "the loudest counts";
+    EXPECT_TRUE(reportsLevel(firstPid, tonePeak)) << "the loudest counts";
     application_->setVolume(firstPid, 50);
     EXPECT_TRUE(hears(0.2 * gainOf(50)) && hears(tonePeak * gainOf(50), otherFrequency));
 

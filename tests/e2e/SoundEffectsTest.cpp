@@ -91,15 +91,6 @@ class SoundEffectsTest : public PluginFixture {
         ASSERT_GT(samples.end() - onset, 2 * period) << "the notification was not heard";
         EXPECT_NEAR(loudest(onset, onset + 2 * period), peak, 0.05 * peak);
     }
-
-    /// The level that arrives for the pid comes near to `peak`.
-    bool reports(std::uint32_t pid, double peak) {
-        return waitUntil([&] {
-            const auto& levels = application_->levelsOf(pid);
-            return !levels.empty() &&
-                   std::abs(static_cast<double>(levels.back().level) - peak) <= 0.05 * peak;
-        });
-    }
 };
 
 } // namespace
@@ -108,9 +99,9 @@ TEST_F(SoundEffectsTest, TheirLevelIsThatOfTheLoudestAndNoProgramsOwn) {
     const std::uint32_t pid = awaitEffects();
     {
         const Tone quiet(throughPulse.player, toneFrequency, 0.25, {}, throughPulse.role);
-        EXPECT_TRUE(reports(pid, 0.25)) << plugin_->output();
+        EXPECT_TRUE(reportsLevel(pid, 0.25)) << plugin_->output();
         const Tone loud(native.player, musicFrequency, tonePeak, {}, native.role);
-        EXPECT_TRUE(reports(pid, tonePeak)) << plugin_->output();
+        EXPECT_TRUE(reportsLevel(pid, tonePeak)) << plugin_->output();
         EXPECT_TRUE(application_->programs().isEmpty());
     }
     EXPECT_TRUE(waitUntil([&] { return application_->levelsOf(pid).back().level == 0.0F; }));
