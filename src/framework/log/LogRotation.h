@@ -8,7 +8,7 @@ namespace QN::log {
 /// first.
 std::string backupPath(const std::string& path, int index);
 
-constexpr int lastBackup = 4;
+inline constexpr int lastBackup = 4;
 
 /// Whether the file exists, as far as the process may see it. Symbolic links are followed.
 [[nodiscard]] bool fileExists(const std::string& path) noexcept;
