@@ -56,11 +56,12 @@ void expect(int result) noexcept {
 } // namespace
 
 Caller Caller::ofThisProcess() {
+    if (::getauxval(AT_SECURE) != 0)
+        throw InstallFailure(InstallCode::unsafePlace, "Installed with rights of its own: refused");
     const auto uid = userOfPkexec();
-    if (uid && ::geteuid() == 0)
+    if (uid && ::getuid() == 0)
         return callerNumbered(*uid);
-    const bool isElevated = uid.has_value() || ::getauxval(AT_SECURE) != 0;
-    return {::getuid(), ::getgid(), groupsOfThisProcess(), isElevated};
+    return {::getuid(), ::getgid(), groupsOfThisProcess(), uid.has_value()};
 }
 
 Caller::Caller(uid_t uid, gid_t gid, std::vector<gid_t> groups, bool isElevated)

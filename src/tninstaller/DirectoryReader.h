@@ -16,8 +16,9 @@ class DirectoryReader {
 
     [[nodiscard]] int descriptor() const noexcept { return ::dirfd(stream_.get()); }
 
-    /// Valid until the next call; null at the end.
-    const char* next() noexcept;
+    /// Valid until the next call; null at the end. Throws InstallFailure for a folder that cannot
+    /// be read to its end.
+    const char* next();
 
     void rewind() noexcept { ::rewinddir(stream_.get()); }
 
@@ -26,4 +27,5 @@ class DirectoryReader {
         void operator()(DIR* stream) const noexcept { ::closedir(stream); }
     };
     std::unique_ptr<DIR, Close> stream_;
+    InstallCode code_;
 };

@@ -106,8 +106,9 @@ void GuardedFolder::removeEmpty(const std::string& path, const std::string& last
         const std::size_t slash = folder.rfind('/');
         const std::string parent = slash == 0 ? "/" : folder.substr(0, slash);
         const auto above = find(parent, trust);
-        if (!above ||
-            ::unlinkat(above->descriptor(), folder.c_str() + slash + 1, AT_REMOVEDIR) != 0)
+        if (above &&
+            ::unlinkat(above->descriptor(), folder.c_str() + slash + 1, AT_REMOVEDIR) != 0 &&
+            errno != ENOENT)
             return; // something is left in it
         folder = parent;
     }

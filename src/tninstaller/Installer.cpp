@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,6 +27,15 @@ void removeIn(const GuardedFolder& folder, const std::string& name) {
     Stage stage(folder);
     if (stage.takeAway(name))
         stage.clear(name);
+}
+
+/// The user whose folder that is; nothing, with errno set, if it is none.
+std::optional<uid_t> ownerOf(const GuardedFolder& folder, const std::string& name) {
+    struct stat status {};
+    if (::fstatat(folder.descriptor(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return std::nullopt;
+    errno = ENOTDIR;
+    return S_ISDIR(status.st_mode) ? std::optional(status.st_uid) : std::nullopt;
 }
 
 std::string beginningOf(int folder, const char* path) {
@@ -106,24 +116,28 @@ void Installer::uninstallPlugin() {
     GuardedFolder::removeEmpty(path, libraryPath(places_.localLibrary), trust());
 }
 
-/// One of the caller's own with the caller's rights, one of root's as root, nobody else's.
+/// One of the caller's own with the caller's rights, one of root's as root, nobody else's. What the
+/// caller may not see is not looked at either.
 void Installer::uninstallBundle() {
     const std::size_t slash = places_.bundle.rfind('/');
     const std::string above = slash == 0 ? "/" : places_.bundle.substr(0, slash);
     const std::string name = places_.bundle.substr(slash + 1);
-    struct stat status {};
-    if (::lstat(places_.bundle.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-        throw failureAt(places_.bundle, InstallCode::notRemoved);
-    if (status.st_uid == caller_.uid()) {
+    {
         const Caller::Identity identity(caller_);
-        if (const auto folder = GuardedFolder::find(above, GuardedFolder::Trust::anybodys))
-            removeBundleIn(*folder, name);
-    } else if (status.st_uid == 0) {
-        if (const auto folder = GuardedFolder::find(above, trust()))
-            removeBundleIn(*folder, name);
-    } else {
-        throw InstallFailure(InstallCode::refused, places_.bundle + ": it belongs to another user");
+        const auto folder = GuardedFolder::find(above, GuardedFolder::Trust::anybodys);
+        const auto owner = folder ? ownerOf(*folder, name) : std::nullopt;
+        if (!owner)
+            throw failureAt(places_.bundle, InstallCode::notRemoved);
+        if (*owner == caller_.uid())
+            return removeBundleIn(*folder, name);
+        if (*owner != 0)
+            throw InstallFailure(InstallCode::refused,
+                                 places_.bundle + ": it belongs to another user");
     }
+    const auto folder = GuardedFolder::find(above, trust());
+    if (!folder)
+        throw failureAt(places_.bundle, InstallCode::notRemoved);
+    removeBundleIn(*folder, name);
 }
 
 void Installer::removeBundleIn(const GuardedFolder& folder, const std::string& name) const {
@@ -138,6 +152,8 @@ void Installer::removeBundleIn(const GuardedFolder& folder, const std::string& n
 void Installer::expectBundle(int bundle) const {
     if (beginningOf(bundle, "Contents/Info.plist").find(identifier) == std::string::npos)
         throw InstallFailure(InstallCode::refused, places_.bundle + ": not Tonvale's bundle");
-    if (::faccessat(bundle, "Contents/Resources/package", F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+    struct stat status {};
+    if (::fstatat(bundle, "Contents/Resources/package", &status, AT_SYMLINK_NOFOLLOW) == 0 ||
+        errno != ENOENT)
         throw InstallFailure(InstallCode::refused, places_.bundle + ": it belongs to a package");
 }

@@ -3,8 +3,10 @@
 #include "tninstaller/DirectoryReader.h"
 #include "tninstaller/InstallFailure.h"
 
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -17,14 +19,34 @@ struct Level {
     bool isChanged = false; // since the entries were read from the beginning
 };
 
+/// Not the device alone: a folder of the same file system can be mounted within.
+using Mount = std::pair<dev_t, std::uint64_t>;
+
+Mount mountOf(int folder, const std::string& name) {
+    struct statx status {};
+    if (::statx(folder, "", AT_EMPTY_PATH, STATX_TYPE | STATX_MNT_ID, &status) != 0)
+        throw failureAt(name, InstallCode::notRemoved);
+    const bool isKnown = (status.stx_mask & STATX_MNT_ID) != 0;
+    return {makedev(status.stx_dev_major, status.stx_dev_minor), isKnown ? status.stx_mnt_id : 0};
+}
+
+/// Also one that its owner has closed.
+platform::FileDescriptor openFolder(int parent, const std::string& name) {
+    constexpr int how = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    platform::FileDescriptor folder(::openat(parent, name.c_str(), how));
+    const platform::FileDescriptor closed(
+        folder || errno != EACCES
+            ? -1
+            : ::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::string path = "/proc/self/fd/" + std::to_string(closed.get());
+    if (closed && ::chmod(path.c_str(), S_IRWXU) == 0)
+        folder.reset(::openat(parent, name.c_str(), how));
+    return folder;
+}
+
 class Removal {
   public:
-    explicit Removal(int parent) : parent_(parent) {
-        struct stat status {};
-        if (::fstat(parent, &status) != 0)
-            throw failureAt("The folder above", InstallCode::notRemoved);
-        device_ = status.st_dev;
-    }
+    explicit Removal(int parent) : parent_(parent), mount_(mountOf(parent, "The folder above")) {}
 
     void remove(const std::string& name) {
         take(name);
@@ -51,14 +73,12 @@ class Removal {
     }
 
     void enter(const std::string& name) {
-        platform::FileDescriptor descriptor(
-            ::openat(folder(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        struct stat status {};
-        if (!descriptor || ::fstat(descriptor.get(), &status) != 0)
+        platform::FileDescriptor descriptor = openFolder(folder(), name);
+        if (!descriptor)
             throw failureAt(name, InstallCode::notRemoved);
-        if (status.st_dev != device_)
+        if (mountOf(descriptor.get(), name) != mount_)
             throw InstallFailure(InstallCode::notRemoved, name + ": a mounted file system");
-        ::fchmod(descriptor.get(), S_IRWXU); // its owner may have forbidden it
+        ::fchmod(descriptor.get(), S_IRWXU); // its owner may have forbidden to write
         levels_.push_back(
             {DirectoryReader(std::move(descriptor), name, InstallCode::notRemoved), name});
     }
@@ -80,7 +100,7 @@ class Removal {
     }
 
     const int parent_;
-    dev_t device_ = 0;
+    const Mount mount_;
     std::vector<Level> levels_;
 };
 

@@ -10,11 +10,24 @@
 #include <exception>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
+
+/// As far as its rights go.
+void raiseLimits() noexcept {
+    constexpr rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+    for (const auto resource : {RLIMIT_FSIZE, RLIMIT_CPU, RLIMIT_AS, RLIMIT_DATA})
+        ::setrlimit(resource, &none);
+    constexpr rlim_t manyFiles = 1024;
+    constexpr rlimit files{manyFiles, manyFiles};
+    ::setrlimit(RLIMIT_NOFILE, &files);
+    constexpr rlimit noDumps{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noDumps);
+}
 
 /// What a caller hands down must not change what the tool does.
 void prepare() {
@@ -25,9 +38,11 @@ void prepare() {
             break;
         }
     }
-    ::umask(S_IRWXG | S_IRWXO);
-    for (const int harmless : {SIGPIPE, SIGXFSZ})
-        std::signal(harmless, SIG_IGN);
+    // A folder is as it stays from the beginning, whatever comes after it.
+    ::umask(S_IWGRP | S_IWOTH);
+    for (const int ignored : {SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTIN, SIGTTOU, SIGINT, SIGQUIT, SIGHUP})
+        std::signal(ignored, SIG_IGN);
+    raiseLimits();
     if (::chdir("/") != 0)
         throw InstallFailure(InstallCode::internal, "There is no root folder");
 }

@@ -63,7 +63,7 @@ class InstallerTest : public testing::Test {
 
     support::PrivateFolder folder_;
     support::SystemLogRecorder log_;
-    const fs::path bundle_ = folder_.path() / "Tonvale.app";
+    const fs::path bundle_ = fs::canonical(folder_.path()) / "Tonvale.app";
     const fs::path plugin_ = bundle_ / "Contents/PlugIns/Tonvale.plugin";
     const fs::path library_ = folder_.path() / "Library";
     const fs::path hal_ = library_ / "Audio/Plug-Ins/HAL";
