@@ -292,7 +292,9 @@ TEST_F(PluginLevelTest, AfterSleepMetersAreMadeAnewAndTheApplicationNoticesNothi
 }
 
 TEST_F(PluginLevelTest, ManyProgramsPlayAtOnce) {
-    constexpr std::size_t programs = 64;
+    // More than one filter has inputs for. PulseAudio's service takes sixteen descriptors for each,
+    // and usually may have 1024.
+    constexpr std::size_t programs = 40;
     recorder_.reset(); // the machine has enough to do
     std::vector<std::unique_ptr<support::NamedCopy>> copies;
     std::vector<std::unique_ptr<ChildProcess>> players;
@@ -303,7 +305,9 @@ TEST_F(PluginLevelTest, ManyProgramsPlayAtOnce) {
             copies.back()->path(), "--playback", "--raw", "/dev/urandom"}));
     }
     for (const auto& each : players)
-        EXPECT_TRUE(isHeard(each->pid(), 1)) << plugin_->output();
+        EXPECT_TRUE(isHeard(each->pid(), 1))
+            << each->pid() << "\n"
+            << plugin_->output() << runPlugin({"--status"}).output << each->output();
     players.clear();
     EXPECT_TRUE(waitUntil(hasNoMeters));
 }
