@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace platform {
 
@@ -9,6 +10,9 @@ namespace platform {
 /// empty. Returns an empty text on success, else the reason, as text for the user. Main thread
 /// only.
 [[nodiscard]] QString startDetached(const QString& program, const QString& messages);
+
+/// The same with `variables`, "NAME=value", added to its environment; its output is discarded.
+[[nodiscard]] QString startDetachedWith(const QString& program, const QStringList& variables);
 
 /// The end of a text file: its last lines, `count` at most; empty when it cannot be read. Reads
 /// some kilobytes at most.
