@@ -79,6 +79,11 @@ QMessageBox::Icon iconOf(Alert::Kind kind) {
     return QMessageBox::Information;
 }
 
+/// An ampersand in it is no mnemonic.
+QString labelOf(QString button) {
+    return button.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
 Box makeBox(const Alert& alert, QWidget* parent) {
     Box box;
     box.window = std::make_unique<QMessageBox>(iconOf(alert.kind), alert.title, alert.title,
@@ -86,16 +91,17 @@ Box makeBox(const Alert& alert, QWidget* parent) {
     box.window->setTextFormat(Qt::PlainText);
     box.window->setInformativeText(alert.message);
     QPushButton* const standard =
-        box.window->addButton(alert.defaultButton, QMessageBox::AcceptRole);
+        box.window->addButton(labelOf(alert.defaultButton), QMessageBox::AcceptRole);
     box.window->setDefaultButton(standard);
     box.window->setEscapeButton(standard);
     box.window->setDetailedText(alert.details);
     if (!alert.alternateButton.isEmpty()) {
-        box.alternate = box.window->addButton(alert.alternateButton, QMessageBox::RejectRole);
+        box.alternate =
+            box.window->addButton(labelOf(alert.alternateButton), QMessageBox::RejectRole);
         box.window->setEscapeButton(box.alternate);
     }
     if (!alert.otherButton.isEmpty())
-        box.other = box.window->addButton(alert.otherButton, QMessageBox::ActionRole);
+        box.other = box.window->addButton(labelOf(alert.otherButton), QMessageBox::ActionRole);
     if (alert.isGuarded)
         new Guard(*box.window); // which owns it
     return box;

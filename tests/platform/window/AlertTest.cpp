@@ -32,6 +32,19 @@ Alert::Button answer(bool isGuarded, const std::function<void(QMessageBox&)>& ac
 
 } // namespace
 
+TEST(Alert, ShowsTheTextOfItsButtonAsItIs) {
+    QTimer::singleShot(0, [] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->buttons()[0]->text(), "Remove && Restart") << "an escaped ampersand";
+        EXPECT_TRUE(box->buttons()[0]->shortcut().isEmpty());
+        box->close();
+    });
+    EXPECT_EQ(
+        (Alert{.title = "Title", .message = "Text", .defaultButton = "Remove & Restart"}.run()),
+        Alert::standard);
+}
+
 TEST(Alert, OneThatIsGuardedIsClosedWithoutItsButtonAndTakesNoKeyForASecond) {
     support::ManualClock clock;
     const auto escape = [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); };
