@@ -37,7 +37,7 @@ class SystemdManager : public QObject, protected QDBusContext {
 
     SystemdUnit unit;
 
-    /// "start NAME" and "reset NAME".
+    /// "start NAME", "reset NAME", "stop NAME", "enable FILE", "disable NAME" and "reload".
     const QStringList& calls() const noexcept { return calls_; }
 
     int subscribers() const noexcept { return subscribers_; }
@@ -65,6 +65,20 @@ class SystemdManager : public QObject, protected QDBusContext {
             sendErrorReply("org.freedesktop.systemd1.UnitMasked", "Unit " + name + " is masked.");
         return QDBusObjectPath(path() + "/job/1");
     }
+
+    void StopUnit(const QString& name, const QString& /*mode*/) { calls_ += "stop " + name; }
+
+    void EnableUnitFiles(const QStringList& files, bool /*runtime*/, bool /*force*/) {
+        calls_ += "enable " + files.join(' ');
+        unit.load = "loaded";
+    }
+
+    void DisableUnitFiles(const QStringList& names, bool /*runtime*/) {
+        calls_ += "disable " + names.join(' ');
+        unit.load = "not-found";
+    }
+
+    void Reload() { calls_ += "reload"; }
 
   private:
     static QString path() { return "/org/freedesktop/systemd1"; }

@@ -47,15 +47,44 @@ void UserService::ask(std::function<void(const State&)> answer) {
                            *calls_, withUnit);
 }
 
-void UserService::start(std::function<void(const QString&)> answer) {
+/// Answers with systemd's error, or with an empty text.
+void UserService::call(const QString& method, const QVariantList& arguments, Answer answer) {
+    UserManagerCalls::send(
+        bus_, UserManagerCalls::managerCall(method, arguments), *calls_,
+        [answer = std::move(answer)](const QDBusMessage& reply) {
+            answer(reply.type() == QDBusMessage::ErrorMessage ? reply.errorMessage() : QString());
+        });
+}
+
+void UserService::start(Answer answer) {
     bus_.send(UserManagerCalls::managerCall(QStringLiteral("ResetFailedUnit"), {name_}));
-    const auto started = [answer = std::move(answer)](const QDBusMessage& reply) {
-        answer(reply.type() == QDBusMessage::ErrorMessage ? reply.errorMessage() : QString());
-    };
-    UserManagerCalls::send(bus_,
-                           UserManagerCalls::managerCall(QStringLiteral("StartUnit"),
-                                                         {name_, QStringLiteral("replace")}),
-                           *calls_, started);
+    call(QStringLiteral("StartUnit"), {name_, QStringLiteral("replace")}, std::move(answer));
+}
+
+/// The manager sees links only after a reload.
+void UserService::changeLinks(const QString& method, const QVariantList& arguments, Answer answer) {
+    call(method, arguments, [this, answer = std::move(answer)](const QString& error) {
+        if (!error.isEmpty()) {
+            answer(error);
+            return;
+        }
+        call(QStringLiteral("Reload"), {}, answer);
+    });
+}
+
+void UserService::enable(const QString& unitFile, Answer answer) {
+    constexpr bool isForThisSessionOnly = false;
+    constexpr bool replacesLinks = false;
+    changeLinks(QStringLiteral("EnableUnitFiles"),
+                {QStringList{unitFile}, isForThisSessionOnly, replacesLinks}, std::move(answer));
+}
+
+void UserService::remove(Answer answer) {
+    constexpr bool isForThisSessionOnly = false;
+    bus_.send(UserManagerCalls::managerCall(QStringLiteral("StopUnit"),
+                                            {name_, QStringLiteral("replace")}));
+    changeLinks(QStringLiteral("DisableUnitFiles"), {QStringList{name_}, isForThisSessionOnly},
+                std::move(answer));
 }
 
 } // namespace platform

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 #include <memory>
@@ -19,6 +20,11 @@ class UserService {
         QString load;             ///< as systemd calls it: "loaded", "masked", "not-found"…
         QString activity;         ///< "active", "activating", "failed"…
 
+        /// Whether this user has a systemd manager at all.
+        [[nodiscard]] bool hasManager() const { return !load.isEmpty(); }
+
+        [[nodiscard]] bool isMasked() const { return load == QLatin1String("masked"); }
+
         /// Whether systemd is starting it, or has scheduled its next start.
         [[nodiscard]] bool isStarting() const { return activity == QLatin1String("activating"); }
     };
@@ -34,7 +40,19 @@ class UserService {
     /// accepted, else its reason for refusing.
     void start(std::function<void(const QString& error)> answer);
 
+    /// Links the unit file, an absolute path, into the user's configuration and enables it, for
+    /// this and all later sessions. Answers as start() does.
+    void enable(const QString& unitFile, std::function<void(const QString& error)> answer);
+
+    /// Stops it, and removes all links to its unit file. Answers as start() does.
+    void remove(std::function<void(const QString& error)> answer);
+
   private:
+    using Answer = std::function<void(const QString& error)>;
+
+    void call(const QString& method, const QVariantList& arguments, Answer answer);
+    void changeLinks(const QString& method, const QVariantList& arguments, Answer answer);
+
     const QString name_;
     QDBusConnection bus_;
     std::unique_ptr<QObject> calls_ = std::make_unique<QObject>(); // owns those under way

@@ -22,11 +22,17 @@ UserService::State ask(UserService& service) {
     return state.value_or(UserService::State());
 }
 
-QString start(UserService& service) {
+/// What one of its operations answers.
+template <typename Operation>
+QString errorOf(Operation operation) {
     std::optional<QString> error;
-    service.start([&](const QString& answer) { error = answer; });
+    operation([&](const QString& answer) { error = answer; });
     EXPECT_TRUE(waitUntil([&] { return error.has_value(); }));
     return error.value_or("no answer");
+}
+
+QString start(UserService& service) {
+    return errorOf([&](auto answer) { service.start(answer); });
 }
 
 } // namespace
@@ -53,13 +59,27 @@ TEST(UserService, TellsWhatSystemdSaysOfItAndStartsIt) {
     EXPECT_EQ(start(service), "Unit player.service is masked.");
 }
 
+TEST(UserService, IsLinkedAndRemovedForLaterSessionsToo) {
+    const support::PrivateBus bus;
+    const BusConnection ours(bus.address());
+    SystemdManager manager(QString::fromStdString(bus.address()));
+    UserService service("player.service", *ours);
+    EXPECT_EQ(errorOf([&](auto answer) { service.enable("/library/player.service", answer); }), "");
+    EXPECT_EQ(errorOf([&](auto answer) { service.remove(answer); }), "");
+    EXPECT_EQ(manager.calls(),
+              (QStringList{"enable /library/player.service", "reload", "stop player.service",
+                           "disable player.service", "reload"}));
+}
+
 TEST(UserService, IsNotThereWithoutAManagerOrABus) {
     const support::PrivateBus bus;
     const BusConnection alone(bus.address());
     for (const QDBusConnection& connection : {*alone, QDBusConnection("no such bus")}) {
         UserService service("player.service", connection);
         EXPECT_FALSE(ask(service).isInstalled);
+        EXPECT_FALSE(ask(service).hasManager());
         EXPECT_NE(start(service), QString());
+        EXPECT_NE(errorOf([&](auto answer) { service.enable("/player.service", answer); }), "");
         bool isAnswered = false;
         UserService gone("player.service", connection);
         {
