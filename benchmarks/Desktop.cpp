@@ -3,6 +3,7 @@
 #include "PluginStage.h"
 
 #include "comm/MVCommSocketPath.h"
+#include "support/TestEnvironment.h"
 #include "support/WaitUntil.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ Home::Home() {
         fs::permissions(path, fs::perms::owner_all);
         environment_.emplace_back(variable, path);
     }
+    support::linkInstalledPlugin(folder_.path() / "library");
 }
 
 fs::path Home::socket() const {

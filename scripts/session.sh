@@ -135,7 +135,7 @@ start_private_bus() {
 
 # start_private_audio: bus, PipeWire, WirePlumber and the PulseAudio service in a runtime folder of
 # their own, with a null sink as the output. They keep their settings and state in the private
-# folder. Tonvale's socket and machine-wide files move there too.
+# folder. Tonvale's socket moves there too.
 start_private_audio() {
     # A Wayland display is found in the runtime folder unless it is a whole path.
     if [[ -n ${WAYLAND_DISPLAY:-} && ${WAYLAND_DISPLAY:0:1} != / ]]; then
@@ -146,7 +146,6 @@ start_private_audio() {
     export XDG_RUNTIME_DIR=$private_folder/run
     export PULSE_SERVER=unix:$private_folder/run/pulse/native
     export TONVALE_SOCKET_DIR=$private_folder/sockets
-    export TONVALE_LOCAL_LIBRARY=$private_folder/library
     cp -r "$root/scripts/session/." "$private_folder/config"
 
     # The PulseAudio service fails to start when a client makes its folder in the same moment.

@@ -736,5 +736,9 @@ and the logs in
         <source>It contains the application itself.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>U&amp;ninstall…</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

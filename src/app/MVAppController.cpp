@@ -8,6 +8,8 @@
 #include "comm/PluginBusClient.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
+#include "install/MVInstallerController.h"
+#include "install/MenuEntries.h"
 #include "look/theme/CurrentTheme.h"
 #include "model/AppVolumeController.h"
 #include "model/MVIgnoredApps.h"
@@ -48,6 +50,11 @@ constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
+template <typename Work>
+void step(const Work& work) {
+    platform::guarded(kExceptionInLaunchStep, work);
+}
+
 /// Warnings about other programs' images: logged in debug mode only, never on standard error.
 void reportAboutImage(const QString& text) {
     if (shared != nullptr && shared->logHandle() != nullptr)
@@ -84,8 +91,9 @@ QString MVAppController::logURL() {
     return platform::formatted(QStringLiteral("%@/%@/%@.log"), folder, processName, processName);
 }
 
-MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> instance)
-    : instance_(std::move(instance)) {
+MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> instance,
+                                 MVInstallerController& installer)
+    : instance_(std::move(instance)), installer_(installer) {
     const QString file = logURL();
     if (!file.isEmpty()) {
         const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
@@ -114,16 +122,23 @@ void MVAppController::applicationDidFinishLaunching() {
     QNGUIApplication::applicationDidFinishLaunching();
     // Closing the window decides, not the last of all windows, which may be an alert's.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    const auto step = [](const auto& work) { platform::guarded(kExceptionInLaunchStep, work); };
     step([this] { observeSignals(); });
-    UserDefaults::standard().set(
-        PreferenceKeys::lastLaunchPath,
-        QString::fromStdString(platform::Bundle::main().contents().parent_path()));
-    step([] { storeMessageLanguage(); });
+    step([] { storeLaunch(); });
+    bool hasInstalled = false;
+    step([&] { hasInstalled = installer_.install(); });
+    if (!shouldExit())
+        launch(hasInstalled);
+}
+
+void MVAppController::launch(bool hasInstalled) {
     makeWindow();
     step([this] { hearPlugin(); }); // it sends its reports as soon as it can connect
     step([this] { connectPlugins(); });
+    step([&] { pluginProblems_->runInstalledPlugin(hasInstalled); });
+    if (hasInstalled)
+        step([this] { installer_.runPostInstallAlert(); });
     step([this] { volumeController_->update(); });
+    step([this] { showMainWindow(); });
     step([this] { serveBus(); });
     step([this] { updateWhenActive(); });
     step([this] {
@@ -133,14 +148,21 @@ void MVAppController::applicationDidFinishLaunching() {
     step([this] { showFileAlerts(); });
 }
 
-/// A plug-in that connects finds it on the disk.
-void MVAppController::storeMessageLanguage() {
+/// A plug-in that connects finds the language on the disk, and a helper the bundle.
+void MVAppController::storeLaunch() {
     UserDefaults& defaults = UserDefaults::standard();
-    const QString language = QString::fromStdString(platform::messageLanguage());
-    if (defaults.text(PreferenceKeys::messageLanguage) == language)
-        return;
-    defaults.set(PreferenceKeys::messageLanguage, language);
-    defaults.synchronize(longestSaving);
+    const auto store = [&](const QString& key, const std::string& value) {
+        const QString text = QString::fromStdString(value);
+        const bool isNew = defaults.text(key) != text;
+        if (isNew)
+            defaults.set(key, text);
+        return isNew;
+    };
+    bool isNew =
+        store(PreferenceKeys::lastLaunchPath, platform::Bundle::main().contents().parent_path());
+    isNew |= store(PreferenceKeys::messageLanguage, platform::messageLanguage());
+    if (isNew)
+        defaults.synchronize(longestSaving);
 }
 
 void MVAppController::colorTiles() {
@@ -159,10 +181,15 @@ void MVAppController::makeWindow() {
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
+    connect(window_.get(), &VolumeWindow::uninstallWanted, this,
+            [this] { installer_.uninstall(false); });
+    installer_.onUninstalled([this] {
+        pluginProblems_->removeInstalledPlugin();
+        removeMenuEntries();
+    });
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });
-    showMainWindow();
 }
 
 void MVAppController::serveBus() {

@@ -8,10 +8,10 @@
 
 class AppVolumeController;
 class ControlService;
+class MVInstallerController;
+class PluginBusClient;
 class PluginProblems;
 class VolumeWindow;
-
-class PluginBusClient;
 
 namespace platform {
 class BusNameOwner;
@@ -35,12 +35,16 @@ class MVAppController final : public QNGUIApplication {
     /// folder.
     static QString logURL();
 
-    /// Opens the log file. `instance` ensures that no other instance runs.
-    explicit MVAppController(std::unique_ptr<platform::SingleInstance> instance);
+    /// Opens the log file. `instance` ensures that no other instance runs; `installer` must outlive
+    /// the controller.
+    MVAppController(std::unique_ptr<platform::SingleInstance> instance,
+                    MVInstallerController& installer);
     ~MVAppController() override;
 
     std::optional<QStringList> validOptions() const override;
     void awakeFromNib() override;
+
+    /// Installs the plug-in if needed, and shows the window. Without a plug-in the program ends.
     void applicationDidFinishLaunching() override;
 
     /// Saves the settings and the window's frame, then closes the sockets. Waits for the disk for a
@@ -63,7 +67,8 @@ class MVAppController final : public QNGUIApplication {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     void observeSignals();
-    static void storeMessageLanguage();
+    static void storeLaunch();
+    void launch(bool hasInstalled);
     void makeWindow();
     static void colorTiles();
     void serveBus();
@@ -76,6 +81,7 @@ class MVAppController final : public QNGUIApplication {
     void saveScreenshot();
 
     const std::unique_ptr<platform::SingleInstance> instance_;
+    MVInstallerController& installer_;
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<ControlService> control_;

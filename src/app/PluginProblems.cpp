@@ -2,20 +2,27 @@
 
 #include "comm/MVComm.h"
 #include "comm/MVCommSocketPath.h"
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "install/MVInstallerController.h"
 #include "platform/base/Directories.h"
 #include "platform/base/Mutex.h"
 #include "platform/base/SystemLog.h"
-#include "platform/bundle/Bundle.h"
 #include "platform/bus/SessionBus.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/desktop/LoginItems.h"
 #include "platform/processes/DetachedProgram.h"
+#include "platform/processes/ProcessInfo.h"
 #include "platform/text/Format.h"
 #include "platform/text/Texts.h"
 #include "ui/VolumeWindow.h"
 
 #include <QStringList>
 
+#include <algorithm>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -56,9 +63,28 @@ QString messagesFile() {
     return folder.empty() ? QString() : QString::fromStdString(folder + "/Tonvale/Plugin.log");
 }
 
+constexpr const char* programName = "TonvalePlugin";
+
 QString programFile() {
-    return QString::fromStdString(platform::Bundle::main().plugIns() /
-                                  "Tonvale.plugin/Contents/Linux/TonvalePlugin");
+    return MVInstallerController::installedPluginPath() + QLatin1String("/Contents/Linux/") +
+           QLatin1String(programName);
+}
+
+/// The entry is ours alone, so one that cannot be found is none.
+void setLoginItem(bool exists) {
+    const QString bundle = MVInstallerController::installedPluginPath();
+    platform::LoginItems items(platform::LoginItems::usualFolders(), programFile());
+    if (exists && !items.addToLoginItems(bundle))
+        QNLog(qnlog_error, "The plug-in can't be started with the session");
+    else if (!exists && items.loginItemExists({}, bundle) &&
+             !items.removeFromLoginItems(bundle, {}))
+        QNLog(qnlog_error, "The plug-in's login item can't be removed");
+}
+
+bool isRunning() {
+    return std::ranges::any_of(platform::processesOf(::geteuid()), [](pid_t process) {
+        return platform::executablePath(process) == programFile().toStdString();
+    });
 }
 
 ProblemBar::Content contentFor(Problem problem) {
@@ -93,10 +119,19 @@ ProblemBar::Content contentFor(Problem problem) {
 
 PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencies)
     : dependencies_(std::move(dependencies))
-    , starter_({[this](auto answer) { service_.ask(std::move(answer)); },
+    , starter_({[this](auto answer) { askService(std::move(answer)); },
                 [this](auto answer) { service_.start(std::move(answer)); },
                 &platform::startDetached},
                programFile(), messagesFile())
+    , installed_({[this](auto answer) { askService(std::move(answer)); },
+                  [this](const QString& unitFile, auto answer) {
+                      service_.enable(unitFile, std::move(answer));
+                  },
+                  [this](auto answer) { service_.remove(std::move(answer)); }, &setLoginItem,
+                  &isRunning,
+                  [] { MVInstallerController::killProcess(QLatin1String(programName)); },
+                  [this] { starter_.start([] {}); }},
+                 MVInstallerController::installedPluginPath(), platform::UserDefaults::standard())
     , watch_(loop, {[this] { return dependencies_.comm.isAnybodyConnected(); },
                     [this] { return name_.isOwned(); }, [this] { return serveSocket(); }, starter_,
                     [this](Problem problem) { show(problem); }})
@@ -127,6 +162,24 @@ bool PluginProblems::serveSocket() {
             platform::systemLog(line.priority, "%s", line.text.c_str());
     }
     return isServed;
+}
+
+/// The service of this session belongs to the library of the build.
+void PluginProblems::askService(std::function<void(const platform::UserService::State&)> answer) {
+    if (MVInstallerController::usesBuiltInLibrary())
+        service_.ask(std::move(answer));
+    else
+        answer({});
+}
+
+void PluginProblems::runInstalledPlugin(bool isReplaced) {
+    if (MVInstallerController::usesBuiltInLibrary())
+        installed_.run(isReplaced);
+}
+
+void PluginProblems::removeInstalledPlugin() {
+    if (MVInstallerController::usesBuiltInLibrary())
+        installed_.remove();
 }
 
 void PluginProblems::show(Problem problem) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/InstalledPlugin.h"
 #include "app/PluginHealth.h"
 #include "app/PluginStarter.h"
 #include "platform/bus/BusNameOwner.h"
@@ -33,17 +34,24 @@ class PluginProblems {
     /// Serves the socket.
     PluginProblems(platform::RunLoop& loop, Dependencies dependencies);
 
+    /// Starts the installed plug-in, see InstalledPlugin. Does nothing with a local library of the
+    /// environment's: who set that starts the plug-in.
+    void runInstalledPlugin(bool isReplaced);
+    void removeInstalledPlugin();
+
     /// Call this when a plug-in has connected or disconnected. Cheap.
     void connectionsChanged() { watch_.changed(); }
 
   private:
     bool serveSocket();
+    void askService(std::function<void(const platform::UserService::State&)> answer);
     void show(PluginHealth::Problem problem);
     void tellDetails();
 
     const Dependencies dependencies_;
     QString socketErrors_; // of the last attempt to serve it
     PluginStarter starter_;
+    InstalledPlugin installed_;
     PluginHealth watch_;
     platform::UserService service_; // its answers go to those above
     platform::BusNameOwner name_;

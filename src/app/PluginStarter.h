@@ -6,8 +6,8 @@
 
 #include <functional>
 
-/// Starts the audio plug-in: its systemd service if this user has one, else the program in our
-/// bundle, which then keeps running when we quit. Also describes the state of a plug-in that does
+/// Starts the audio plug-in: its systemd service if this user has one, else the installed
+/// program, which then keeps running when we quit. Also describes the state of a plug-in that does
 /// not run. Main thread only.
 class PluginStarter {
   public:
@@ -22,8 +22,8 @@ class PluginStarter {
 
     static constexpr const char* serviceName = "tonvale-plugin.service";
 
-    /// `program` is the one in the bundle, which may be missing; `messages` the file for its
-    /// output, or empty.
+    /// `program` is the installed one, which may be missing; `messages` the file for its output, or
+    /// empty.
     PluginStarter(SystemCalls system, QString program, QString messages);
 
     /// Calls `failed`, at once or later, if it cannot be started. A successful start does not mean

@@ -2,6 +2,7 @@
 #include "app/MVAppController.h"
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
+#include "install/MVInstallerController.h"
 #include "platform/base/DescriptorLimit.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
@@ -25,7 +26,8 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     if (!instance)
         return nullptr;
     MVAppController::initialize();
-    return std::make_unique<MVAppController>(std::move(instance));
+    return std::make_unique<MVAppController>(std::move(instance),
+                                             MVInstallerController::sharedController());
 }
 
 } // namespace

@@ -82,6 +82,14 @@ QString MVInstallerController::pluginPath() {
     return mainBundlePath() + QLatin1String(pluginInBundle);
 }
 
+QString MVInstallerController::installedPluginPath() {
+    return localLibraryPath() + QLatin1String("/" TONVALE_PLUGIN_IN_LIBRARY);
+}
+
+bool MVInstallerController::usesBuiltInLibrary() {
+    return platform::localLibraryDirectory() == platform::builtInLocalLibraryDirectory();
+}
+
 std::optional<QStringList> MVInstallerController::filesToInstall() const {
     QStringList files;
     for (qsizetype i = 0; i < sourcePaths_.size(); ++i) {
@@ -237,6 +245,7 @@ void MVInstallerController::uninstall(bool terminateAfterwards) {
     const QStringList paths =
         package ? destPaths_ : destPaths_ + QStringList{dependencies_.bundlePath};
     if (answer != Alert::alternate && runInstaller(QLatin1String(uninstallMode), paths)) {
+        uninstalled_();
         if (package)
             explain(formatted(Texts::tr("Remove the package \"%@\""), *package),
                     Texts::tr("It contains the application itself."));

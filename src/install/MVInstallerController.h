@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 /// Keeps the plug-in that is installed for all users the same as the one in the application, and
 /// removes it. What this user may not change is done by TNInstaller as administrator, see
@@ -43,6 +44,9 @@ class MVInstallerController {
     /// `terminateAfterwards` whatever the answer is, ends the program.
     void uninstall(bool terminateAfterwards);
 
+    /// Sets what uninstall() calls when the files are gone, to remove what else has been set up.
+    void onUninstalled(std::function<void()> handler) { uninstalled_ = std::move(handler); }
+
     /// Runs the tool in the mode "i" with sources, or "u" with paths to remove. True if it
     /// succeeds.
     bool runInstaller(const QString& mode, const QStringList& files);
@@ -58,6 +62,13 @@ class MVInstallerController {
     static QString localLibraryPath();
     static QString installerPath();
     static QString pluginPath();
+
+    /// Where the plug-in is installed, whether or not it is.
+    static QString installedPluginPath();
+
+    /// Whether the local library is that of the build, and not one that the environment names. Only
+    /// then may anything else be set up for the user.
+    static bool usesBuiltInLibrary();
 
   private:
     struct Outcome {
@@ -78,4 +89,5 @@ class MVInstallerController {
     const Dependencies dependencies_;
     const QStringList sourcePaths_; // each is installed at the same index of destPaths_
     const QStringList destPaths_;
+    std::function<void()> uninstalled_ = [] {};
 };

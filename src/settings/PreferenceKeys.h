@@ -40,6 +40,10 @@ inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 /// Text: the path of the bundle that was started last.
 inline const QString lastLaunchPath = QStringLiteral("LastLaunchPath");
 
+/// Boolean: the installed plug-in has been set up to start with this user's sessions. What the user
+/// changes there afterwards stays.
+inline const QString pluginIsSetUp = QStringLiteral("PluginIsSetUp");
+
 /// Text: the user's language, "de_DE", in which the audio plug-in names programs. Written at each
 /// start, before a plug-in can connect.
 inline const QString messageLanguage = QStringLiteral("MessageLanguage");

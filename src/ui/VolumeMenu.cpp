@@ -21,6 +21,8 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     const QString name = QCoreApplication::applicationName();
     const auto named = [&](const QString& title) { return formatted(title, plainTitle(name)); };
     QMenu* const file = addPart(Texts::tr("&File"));
+    addEntry(file, Texts::tr("U&ninstall…"), {}, &VolumeMenu::uninstallWanted);
+    file->addSeparator();
     addEntry(file, Texts::tr("&Close Window"), {Qt::CTRL | Qt::Key_W}, &VolumeMenu::closeWanted);
     addEntry(file, named(Texts::tr("&Quit %@")), {Qt::CTRL | Qt::Key_Q}, &VolumeMenu::quitWanted);
 

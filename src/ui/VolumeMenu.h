@@ -20,6 +20,7 @@ class VolumeMenu final : public QMenu {
     void showSelection(const QString& name);
 
   Q_SIGNALS:
+    void uninstallWanted();
     void closeWanted();
     void quitWanted();
     void undoWanted();

@@ -183,6 +183,7 @@ void VolumeWindow::makeMenu() {
     setMenu(menu_);
     connect(menu_, &VolumeMenu::closeWanted, this, &QWidget::close);
     connect(menu_, &VolumeMenu::quitWanted, this, &VolumeWindow::quitWanted);
+    connect(menu_, &VolumeMenu::uninstallWanted, this, &VolumeWindow::uninstallWanted);
     connect(menu_, &VolumeMenu::undoWanted, this, [this] { history_.undo(); });
     connect(menu_, &VolumeMenu::redoWanted, this, [this] { history_.redo(); });
     connect(menu_, &VolumeMenu::ignoreWanted, this, [this] {

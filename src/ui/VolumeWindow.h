@@ -50,6 +50,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
   Q_SIGNALS:
     /// The user wants to quit the program.
     void quitWanted();
+    void uninstallWanted();
 
     /// The user has pressed a button of the bar.
     void helpWanted();

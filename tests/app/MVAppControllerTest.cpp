@@ -1,6 +1,7 @@
 #include "app/MVAppController.h"
 
 #include "comm/MVCommSocketPath.h"
+#include "install/MVInstallerController.h"
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
 #include "platform/bus/BusNameOwner.h"
@@ -49,8 +50,24 @@ class Alerts final : public platform::AlertPresenter {
 
     void showOn(const Alert& alert, QWidget& /*window*/) override { shown.push_back(alert); }
 
+    Alert::Button run(const Alert& alert) override {
+        shown.push_back(alert);
+        return Alert::alternate;
+    }
+
     std::vector<Alert> shown;
 };
+
+/// Of a bundle. Whatever it installs is in the library of the tests.
+MVInstallerController installerOf(const std::filesystem::path& bundle) {
+    return MVInstallerController(
+        {.terminate = [] { MVAppController::sharedController()->terminate(); },
+         .restart = [] { return 0; },
+         .mayReplace = [](const std::string&) { return true; },
+         .bundlePath = QString::fromStdString(bundle),
+         .localLibraryPath = MVInstallerController::localLibraryPath(),
+         .pkexec = {}});
+}
 
 /// Of a start with damaged preferences and without a log.
 void checkWhatIsTold(const std::vector<Alert>& alerts) {
@@ -105,7 +122,10 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
     MVAppController::initialize();
-    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"));
+    const std::filesystem::path program = TONVALE_PROGRAM;
+    MVInstallerController installer =
+        installerOf(program.parent_path().parent_path().parent_path());
+    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"), installer);
     controller.awakeFromNib();
     ASSERT_EQ(MVAppController::sharedController(), &controller);
     controller.updateApps();
@@ -142,4 +162,21 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     ASSERT_EQ(::stat(platform::UserDefaults::standardPath().c_str(), &preferences), 0);
     EXPECT_EQ(preferences.st_mode & ALLPERMS, 0600U);
     EXPECT_TRUE(std::filesystem::exists(container / "com.quarnel.Tonvale.plist"));
+}
+
+TEST(MVAppController, EndsBeforeThereIsAWindowIfThePluginCannotBeInstalled) {
+    const support::PrivateBus bus;
+    Alerts alerts;
+    platform::RunLoop loop;
+    const platform::RunLoopNotifier notifier(loop);
+    const platform::MainQueueService mainQueue(loop);
+    MVInstallerController installer = installerOf("/nowhere");
+    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"), installer);
+    controller.awakeFromNib();
+    controller.applicationDidFinishLaunching();
+    ASSERT_EQ(alerts.shown.size(), 1U);
+    EXPECT_EQ(alerts.shown[0].title, "The installer is missing.");
+    EXPECT_EQ(volumeWindow(), nullptr);
+    EXPECT_FALSE(std::filesystem::exists(MVCommMainSocketPath()));
+    controller.applicationWillTerminate();
 }

@@ -26,6 +26,10 @@ constexpr const char* unsetVariables[] = {
 
 } // namespace
 
+void linkInstalledPlugin(const std::filesystem::path& library) {
+    std::filesystem::create_symlink(TONVALE_BUILD_LIBRARY "/Audio", library / "Audio");
+}
+
 TestEnvironment::TestEnvironment() {
     ::setenv("HOME", folder_.path().c_str(), 1);
     for (const auto& [variable, folder] : folderVariables) {
@@ -34,6 +38,7 @@ TestEnvironment::TestEnvironment() {
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         ::setenv(variable, path.c_str(), 1);
     }
+    linkInstalledPlugin(folder_.path() / "library");
     // Unset, it would be the machine's: no test may restart that.
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder_.path() / "none").string()).c_str(),
              1);

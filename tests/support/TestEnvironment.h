@@ -2,6 +2,8 @@
 
 #include "support/PrivateFolder.h"
 
+#include <filesystem>
+
 namespace support {
 
 /// Cuts a test program off from the machine it runs on: home, XDG folders, temporary files and
@@ -15,5 +17,9 @@ class TestEnvironment {
   private:
     const PrivateFolder folder_;
 };
+
+/// The plug-in of the build counts as installed in a local library, which has nothing yet. Without
+/// that, the application would install it at each start.
+void linkInstalledPlugin(const std::filesystem::path& library);
 
 } // namespace support

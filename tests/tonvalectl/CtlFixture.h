@@ -9,6 +9,7 @@
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
+#include "support/TestEnvironment.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +38,10 @@ class CtlFixture : public testing::Test {
         std::string errors;
     };
 
-    CtlFixture() { std::filesystem::create_directories(library_ / "Shared"); }
+    CtlFixture() {
+        std::filesystem::create_directories(library_ / "Shared");
+        support::linkInstalledPlugin(library_);
+    }
 
     void startTonvale() {
         tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/bus/UserService.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace platform {
+class UserDefaults;
+}
+
+/// Keeps the plug-in that is installed for all users running in this session and in later ones: as
+/// a service where this user has a systemd manager, else as a login item and a program of its own.
+/// Both are set up once only, so that they stay switched off if the user switches them off; a
+/// service that somebody else has set up is left as it is. Main thread only.
+class InstalledPlugin {
+  public:
+    using Answer = std::function<void(const QString& error)>;
+
+    /// Its access to the system; tests replace it. Answers come later, with an error or an empty
+    /// text.
+    struct SystemCalls {
+        std::function<void(std::function<void(const platform::UserService::State&)> answer)>
+            askService;
+        std::function<void(const QString& unitFile, Answer answer)> enableService;
+        std::function<void(Answer answer)> removeService;
+        std::function<void(bool exists)> setLoginItem;
+        std::function<bool()> isRunning;
+        std::function<void()> end;   ///< returns when it does not run any more
+        std::function<void()> start; ///< as PluginStarter does
+    };
+
+    /// `bundle` is the installed bundle of the plug-in; `defaults` must outlive this.
+    InstalledPlugin(SystemCalls system, QString bundle, platform::UserDefaults& defaults);
+
+    /// Starts it if it does not run, or, if it has been replaced, anew. A masked service is not
+    /// started.
+    void run(bool isReplaced);
+
+    /// Ends it, and removes what run() has set up. Serves events until that is done.
+    void remove();
+
+  private:
+    void runAsService(const platform::UserService::State& state);
+    void runAsLoginItem();
+    void startUnlessItRuns();
+
+    const SystemCalls system_;
+    const QString bundle_;
+    platform::UserDefaults& defaults_;
+};

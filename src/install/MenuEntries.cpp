@@ -1,0 +1,36 @@
+#include "install/MenuEntries.h"
+
+#include "framework/application/QNApplication.h"
+#include "framework/log/qnlog.h"
+#include "platform/base/Directories.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* identifier = "com.quarnel.Tonvale";
+
+void removeFile(const fs::path& file) {
+    std::error_code error;
+    fs::remove(file, error);
+    if (error)
+        QNLogText(qnlog_error, QString::fromStdString("Couldn't remove " + file.string() + ": " +
+                                                      error.message()));
+}
+
+} // namespace
+
+void removeMenuEntries() {
+    const fs::path data = platform::applicationSupportDirectory(platform::Domain::user);
+    if (data.empty())
+        return;
+    removeFile(data / "applications" / (std::string(identifier) + ".desktop"));
+    std::error_code none;
+    for (const auto& size : fs::directory_iterator(data / "icons/hicolor", none)) {
+        for (const char* const ending : {".png", ".svg"})
+            removeFile(size.path() / "apps" / (std::string(identifier) + ending));
+    }
+}
