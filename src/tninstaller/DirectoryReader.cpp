@@ -4,7 +4,7 @@
 
 DirectoryReader::DirectoryReader(platform::FileDescriptor folder, const std::string& path,
                                  InstallCode code)
-    : stream_(::fdopendir(folder.get())), code_(code) {
+    : stream_(::fdopendir(folder.get())), path_(path), code_(code) {
     if (stream_ == nullptr)
         throw failureAt(path, code);
     folder.release();
@@ -19,6 +19,6 @@ const char* DirectoryReader::next() {
         errno = 0;
     }
     if (errno != 0)
-        throw failureAt("A folder", code_);
+        throw failureAt(path_, code_);
     return nullptr;
 }

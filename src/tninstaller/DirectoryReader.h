@@ -27,5 +27,6 @@ class DirectoryReader {
         void operator()(DIR* stream) const noexcept { ::closedir(stream); }
     };
     std::unique_ptr<DIR, Close> stream_;
+    std::string path_;
     InstallCode code_;
 };

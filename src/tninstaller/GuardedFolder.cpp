@@ -1,5 +1,6 @@
 #include "tninstaller/GuardedFolder.h"
 
+#include "tninstaller/FileMode.h"
 #include "tninstaller/InstallFailure.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ FileDescriptor makeIn(int parent, const std::string& name) {
     if (!isOurs && errno != EEXIST)
         return {};
     FileDescriptor made = openIn(parent, name);
-    if (made && isOurs && ::fchmod(made.get(), folderMode) != 0) // whatever the umask
+    if (made && isOurs && !setOwnMode(made.get(), folderMode))
         made.reset();
     return made;
 }

@@ -1,12 +1,12 @@
 #include "tninstaller/TreeCopy.h"
 
 #include "tninstaller/DirectoryReader.h"
+#include "tninstaller/FileMode.h"
 #include "tninstaller/GuardedFolder.h"
 #include "tninstaller/InstallFailure.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -35,11 +35,8 @@ FileDescriptor makeFolder(int parent, const std::string& name) {
     return folder;
 }
 
-/// A folder above may hand its group and its access list down.
 void finish(int descriptor, mode_t mode, const std::string& name) {
-    for (const char* const list : {"system.posix_acl_access", "system.posix_acl_default"})
-        ::fremovexattr(descriptor, list);
-    if (::fchown(descriptor, ::geteuid(), ::getegid()) != 0 || ::fchmod(descriptor, mode) != 0)
+    if (!setOwnMode(descriptor, mode))
         throw failureAt(name, InstallCode::notWritten);
 }
 
