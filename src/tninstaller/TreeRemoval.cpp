@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -13,9 +14,44 @@
 
 namespace {
 
+/// Who may put something into a folder.
+struct Writers {
+    uid_t owner;
+    mode_t others; // permissions of the group and of everybody
+    gid_t group;   // if it may write
+
+    bool operator==(const Writers&) const = default;
+    bool isOnlyRoot() const noexcept { return owner == 0 && others == 0; }
+
+    static Writers of(const struct stat& status) noexcept {
+        return {status.st_uid, status.st_mode & (S_IWGRP | S_IWOTH),
+                (status.st_mode & S_IWGRP) != 0 ? status.st_gid : 0};
+    }
+};
+
+/// What root may remove for somebody else. Who may write a folder can move another one there from
+/// elsewhere, as long as that one is writable too, and with it all that is in it.
+struct Origin {
+    Writers writers;
+    bool
+        isRootsDoing; // neither the folder nor what is above it can have been moved there by others
+
+    /// That of a folder within; nothing if what is in it must stay.
+    std::optional<Origin> within(const struct stat& folder) const noexcept {
+        const Writers inner = Writers::of(folder);
+        if (isRootsDoing && (writers.isOnlyRoot() || inner.isOnlyRoot()))
+            return Origin{inner, true};
+        const bool isSticky = inner.others != 0 && (folder.st_mode & S_ISVTX) != 0;
+        if (inner == writers && !isSticky)
+            return Origin{inner, false}; // whoever has moved it there could empty it, too
+        return std::nullopt;
+    }
+};
+
 struct Level {
     DirectoryReader entries;
     std::string name;
+    Origin origin;
     bool isChanged = false; // since the entries were read from the beginning
 };
 
@@ -78,9 +114,24 @@ class Removal {
             throw failureAt(name, InstallCode::notRemoved);
         if (mountOf(descriptor.get(), name) != mount_)
             throw InstallFailure(InstallCode::notRemoved, name + ": a mounted file system");
+        const Origin origin = originOf(descriptor.get(), name);
         ::fchmod(descriptor.get(), S_IRWXU); // its owner may have forbidden to write
         levels_.push_back(
-            {DirectoryReader(std::move(descriptor), name, InstallCode::notRemoved), name});
+            {DirectoryReader(std::move(descriptor), name, InstallCode::notRemoved), name, origin});
+    }
+
+    Origin originOf(int descriptor, const std::string& name) const {
+        constexpr Origin roots{{0, 0, 0}, true};
+        struct stat status {};
+        if (::fstat(descriptor, &status) != 0)
+            throw failureAt(name, InstallCode::notRemoved);
+        if (::geteuid() != 0)
+            return roots; // its own rights are the limit
+        const auto origin = (levels_.empty() ? roots : levels_.back().origin).within(status);
+        if (!origin)
+            throw InstallFailure(InstallCode::notRemoved,
+                                 name + ": it may have been moved there from elsewhere");
+        return *origin;
     }
 
     /// At the end of a folder. Some file systems skip entries while others are removed.
