@@ -95,10 +95,12 @@ std::optional<GuardedFolder> GuardedFolder::find(const std::string& path, Trust 
 }
 
 GuardedFolder GuardedFolder::make(const std::string& path, Trust trust) {
-    auto folder = walk(path, trust, Missing::make);
-    if (!folder)
-        throw failureAt(path, InstallCode::notWritten); // removed by somebody at this instant
-    return *std::move(folder);
+    constexpr int tries = 100; // another tool may remove at this instant what is empty
+    for (int left = tries; left > 0; --left) {
+        if (auto folder = walk(path, trust, Missing::make))
+            return *std::move(folder);
+    }
+    throw InstallFailure(InstallCode::notWritten, path + ": it vanishes again and again");
 }
 
 void GuardedFolder::removeEmpty(const std::string& path, const std::string& last, Trust trust) {

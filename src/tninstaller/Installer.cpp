@@ -1,6 +1,7 @@
 #include "tninstaller/Installer.h"
 
 #include "tninstaller/InstallLock.h"
+#include "tninstaller/Removal.h"
 #include "tninstaller/Stage.h"
 #include "tninstaller/TreeCopy.h"
 
@@ -11,6 +12,7 @@
 #include <optional>
 #include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -20,14 +22,6 @@ namespace {
 
 constexpr std::string_view identifier = "<string>com.quarnel.Tonvale</string>";
 constexpr std::size_t longestInformation = std::size_t{64} << 10U;
-
-void removeIn(const GuardedFolder& folder, const std::string& name) {
-    const InstallLock lock(folder);
-    Stage::sweep(folder);
-    Stage stage(folder);
-    if (stage.takeAway(name))
-        stage.clear(name);
-}
 
 /// The user whose folder that is; nothing, with errno set, if it is none.
 std::optional<uid_t> ownerOf(const GuardedFolder& folder, const std::string& name) {
@@ -85,18 +79,26 @@ GuardedFolder::Trust Installer::trust() const noexcept {
 
 /// The path as it can be walked: the caller's own library may lie behind a link, root's may not.
 std::string Installer::libraryPath(const std::string& path) const {
-    return caller_.isElevated() ? path : std::filesystem::weakly_canonical(path).string();
+    if (caller_.isElevated())
+        return path;
+    constexpr int tries = 100; // what is there may be removed at this instant
+    std::error_code error = std::make_error_code(std::errc::no_such_file_or_directory);
+    std::filesystem::path canonical;
+    for (int left = tries; left > 0 && error == std::errc::no_such_file_or_directory; --left)
+        canonical = std::filesystem::weakly_canonical(path, error);
+    if (error)
+        throw InstallFailure(InstallCode::notWritten, path + ": " + error.message());
+    return canonical;
 }
 
 void Installer::install(const std::string& source, const std::string& destination) {
     if (source != places_.plugin || destination != places_.folder + '/' + places_.name)
         throw InstallFailure(InstallCode::refused, source + " to " + destination + ": refused");
-    const GuardedFolder folder = GuardedFolder::make(libraryPath(places_.folder), trust());
-    const InstallLock lock(folder);
-    Stage::sweep(folder);
-    Stage stage(folder);
-    TreeCopy(caller_).copy(source, stage.descriptor(), places_.name);
-    stage.putInPlace(places_.name);
+    const auto stage = Stage::make(libraryPath(places_.folder), trust());
+    TreeCopy(caller_).copy(source, stage->descriptor(), places_.name);
+    stage->synchronise();
+    const InstallLock lock(stage->folder());
+    stage->putInPlace(places_.name);
 }
 
 void Installer::uninstall(const std::string& path) {
@@ -110,9 +112,7 @@ void Installer::uninstall(const std::string& path) {
 
 void Installer::uninstallPlugin() {
     const std::string path = libraryPath(places_.folder);
-    if (const auto folder = GuardedFolder::find(path, trust())) {
-        removeIn(*folder, places_.name);
-    }
+    removeFrom(path, places_.name, trust(), Others::keptOut);
     GuardedFolder::removeEmpty(path, libraryPath(places_.localLibrary), trust());
 }
 
@@ -129,7 +129,7 @@ void Installer::uninstallBundle() {
         if (!owner)
             throw failureAt(places_.bundle, InstallCode::notRemoved);
         if (*owner == caller_.uid())
-            return removeBundleIn(*folder, name);
+            return removeBundleIn(*folder, name, GuardedFolder::Trust::anybodys);
         if (*owner != 0)
             throw InstallFailure(InstallCode::refused,
                                  places_.bundle + ": it belongs to another user");
@@ -137,16 +137,17 @@ void Installer::uninstallBundle() {
     const auto folder = GuardedFolder::find(above, trust());
     if (!folder)
         throw failureAt(places_.bundle, InstallCode::notRemoved);
-    removeBundleIn(*folder, name);
+    removeBundleIn(*folder, name, trust());
 }
 
-void Installer::removeBundleIn(const GuardedFolder& folder, const std::string& name) const {
+void Installer::removeBundleIn(const GuardedFolder& folder, const std::string& name,
+                               GuardedFolder::Trust trust) const {
     const FileDescriptor bundle(::openat(folder.descriptor(), name.c_str(),
                                          O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!bundle)
         throw failureAt(places_.bundle, InstallCode::notRemoved);
     expectBundle(bundle.get());
-    removeIn(folder, name);
+    removeFrom(folder.path(), name, trust, Others::admitted);
 }
 
 void Installer::expectBundle(int bundle) const {

@@ -23,7 +23,8 @@ class Installer {
     void uninstall(const std::string& path);
     void uninstallPlugin();
     void uninstallBundle();
-    void removeBundleIn(const GuardedFolder& folder, const std::string& name) const;
+    void removeBundleIn(const GuardedFolder& folder, const std::string& name,
+                        GuardedFolder::Trust trust) const;
     void expectBundle(int bundle) const;
     GuardedFolder::Trust trust() const noexcept;
     std::string libraryPath(const std::string& path) const;

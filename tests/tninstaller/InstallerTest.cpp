@@ -3,16 +3,25 @@
 #include "support/Files.h"
 #include "support/PrivateFolder.h"
 #include "support/SystemLogRecorder.h"
+#include "support/WaitUntil.h"
 #include "support/WithoutCapabilities.h"
+#include "tninstaller/InstallLock.h"
 #include "tninstaller/TreeCopy.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -94,12 +103,76 @@ TEST_F(InstallerTest, ReplacesWhateverIsThereAndSweepsWhatAKilledToolHasLeft) {
         prepare();
         write(hal_ / ".tninstaller-0123456789abcdef0123456789abcdef/Tonvale.plugin/x", "half");
         write(hal_ / ".tninstaller.lock", "");
+        ::chmod((hal_ / ".tninstaller.lock").c_str(), 0600);
         write(hal_ / ".tninstaller-other", "somebody's");
         EXPECT_EQ(install(), 0);
         EXPECT_EQ(listOf(installed_), listOf(plugin_));
         EXPECT_EQ(std::distance(fs::directory_iterator(hal_), {}), 2);
         fs::remove_all(library_);
     }
+}
+
+TEST_F(InstallerTest, LeavesTheStageOfAToolAtWorkAlone) {
+    const fs::path stage = hal_ / ".tninstaller-0123456789abcdef0123456789abcdef";
+    write(stage / "Tonvale.plugin/half", "half");
+    const platform::FileDescriptor held(::open(stage.c_str(), O_RDONLY | O_DIRECTORY));
+    ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
+    EXPECT_EQ(install(), 0);
+    EXPECT_EQ(run({"u", installed_}).code, InstallCode::success);
+    EXPECT_TRUE(fs::exists(stage / "Tonvale.plugin/half"));
+}
+
+TEST_F(InstallerTest, OneToolAtATimeChangesWhatIsInstalled) {
+    fs::create_directories(hal_);
+    const GuardedFolder folder =
+        *GuardedFolder::find(fs::canonical(hal_), GuardedFolder::Trust::anybodys);
+    std::optional<InstallLock> lock(std::in_place, folder);
+    EXPECT_THROW(InstallLock(folder, std::chrono::milliseconds(0)), InstallFailure);
+    std::atomic<int> code = -1;
+    std::thread other([&] { code = install(); });
+    EXPECT_TRUE(support::waitUntil([&] { return listOf(hal_).size() > 4; })) << "of the copy";
+    EXPECT_EQ(code, -1) << "it has not waited";
+    EXPECT_FALSE(fs::exists(installed_));
+    lock.reset();
+    other.join();
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(hal_), {}), 1);
+}
+
+TEST_F(InstallerTest, ALockThatSomebodyElseMayHoldDoesNotCount) {
+    const fs::path lock = hal_ / ".tninstaller.lock";
+    platform::FileDescriptor held;
+    const std::function<void()> situations[] = {
+        [&] { fs::create_symlink("/dev/null", lock); }, [&] { fs::create_directories(lock); },
+        [&] { ::mkfifo(lock.c_str(), 0600); },
+        [&] {
+            held.reset(::open(lock.c_str(), O_RDWR | O_CREAT, 0644));
+            ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
+        }};
+    for (const auto& prepare : situations) {
+        fs::create_directories(hal_);
+        prepare();
+        EXPECT_EQ(install(), 0);
+        EXPECT_EQ(run({"u", installed_}).code, InstallCode::success);
+        EXPECT_FALSE(fs::exists(installed_));
+        EXPECT_TRUE(fs::exists(fs::symlink_status(lock)));
+        fs::remove_all(library_);
+    }
+}
+
+TEST_F(InstallerTest, InstallsWhileOthersRemoveTheFoldersThatAreEmpty) {
+    const pid_t other = ::fork();
+    ASSERT_GE(other, 0);
+    while (other == 0) {
+        if (run({"u", installed_}).code != InstallCode::success)
+            ::_exit(1);
+    }
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(install(), 0);
+    ::kill(other, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_TRUE(WIFSIGNALED(status)) << "an uninstallation has failed";
 }
 
 TEST_F(InstallerTest, RefusesWhatIsNotItsOwn) {
@@ -110,6 +183,7 @@ TEST_F(InstallerTest, RefusesWhatIsNotItsOwn) {
     };
     const std::string passwd = "/etc/passwd";
     const std::string detour = plugin_ / "../Tonvale.plugin";
+    write(installed_ / "old", "old");
     for (const Case& each :
          {Case{{}, InstallCode::wrongArguments, 0}, Case{{"i"}, InstallCode::wrongArguments, 0},
           Case{{"i", plugin_}, InstallCode::wrongArguments, 0},
