@@ -13,11 +13,11 @@ enum class InstallCode : int {
     unsafePlace = 2, ///< of the tool itself
     refused = 3,     ///< the item is not one that this tool touches
     badSource = 4,   ///< it cannot be read, or is not what a bundle consists of
-    noRoom = 5,      ///< the disk or the quota is full
-    notWritten = 6,  ///< any other failure at the destination
+    noRoom = 5,      ///< the disk or the quota is full, to install
+    notWritten = 6,  ///< any other failure at the destination of an installation
     internal = 7,    ///< nobody let the tool go on, another one is at work, or no memory
     notRemoved = 8,
-    unsafeTarget = 9, ///< a folder above the destination belongs to somebody else
+    unsafeTarget = 9, ///< somebody else may change a folder that root would change
 };
 
 /// Why the tool, or an item, has failed: what() is a line for the system log.

@@ -7,64 +7,54 @@
 
 #include "platform/base/SystemLog.h"
 
-#include <fcntl.h>
+#include <algorithm>
 #include <filesystem>
-#include <optional>
-#include <string_view>
-#include <sys/stat.h>
+#include <iterator>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
 
-using platform::FileDescriptor;
+using Trust = GuardedFolder::Trust;
+using Items = std::vector<std::vector<std::string>>;
 
 namespace {
 
-constexpr std::string_view identifier = "<string>com.quarnel.Tonvale</string>";
-constexpr std::size_t longestInformation = std::size_t{64} << 10U;
-
-/// The user whose folder that is; nothing, with errno set, if it is none.
-std::optional<uid_t> ownerOf(const GuardedFolder& folder, const std::string& name) {
-    struct stat status {};
-    if (::fstatat(folder.descriptor(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return std::nullopt;
-    errno = ENOTDIR;
-    return S_ISDIR(status.st_mode) ? std::optional(status.st_uid) : std::nullopt;
+/// A source and its destination each, or a path that is removed.
+Items itemsOf(const std::vector<std::string>& arguments) {
+    const bool isInstall = !arguments.empty() && arguments.front() == "i";
+    const bool isUninstall = !arguments.empty() && arguments.front() == "u";
+    const std::size_t step = isInstall ? 2 : 1;
+    if (!(isInstall || isUninstall) || arguments.size() == 1 || (arguments.size() - 1) % step != 0)
+        throw InstallFailure(InstallCode::wrongArguments, "i SOURCE DESTINATION… or u PATH…");
+    Items items;
+    for (auto at = arguments.begin() + 1; at != arguments.end();
+         at += static_cast<std::ptrdiff_t>(step))
+        items.emplace_back(at, at + static_cast<std::ptrdiff_t>(step));
+    return items;
 }
 
-std::string beginningOf(int folder, const char* path) {
-    const FileDescriptor file(
-        ::openat(folder, path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    std::string text(longestInformation, '\0');
-    const ssize_t size = file ? ::read(file.get(), text.data(), text.size()) : 0;
-    text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-    return text;
+/// The steps of a removal change folders, too; whatever they fail at, it is not removed.
+InstallCode codeFor(const std::vector<std::string>& arguments, InstallCode code) {
+    const bool isWriting = code == InstallCode::notWritten || code == InstallCode::noRoom;
+    return isWriting && arguments.front() == "u" ? InstallCode::notRemoved : code;
 }
 
 } // namespace
 
-Installer::Installer(InstallerPlaces places, Caller caller)
-    : places_(std::move(places)), caller_(std::move(caller)) {}
+Installer::Installer(InstallerPlaces places, Caller caller, Trust rootsTrust)
+    : places_(std::move(places))
+    , installed_(places_.folder + '/' + places_.name)
+    , caller_(std::move(caller))
+    , rootsTrust_(rootsTrust)
+    , bundle_(places_.bundle, caller_, rootsTrust) {}
 
 InstallerReply Installer::run(const std::vector<std::string>& arguments) {
     InstallerReply reply;
     try {
-        const bool isInstall = !arguments.empty() && arguments.front() == "i";
-        const bool isUninstall = !arguments.empty() && arguments.front() == "u";
-        const std::size_t step = isInstall ? 2 : 1;
-        if (!(isInstall || isUninstall) || arguments.size() == 1 ||
-            (arguments.size() - 1) % step != 0)
-            throw InstallFailure(InstallCode::wrongArguments, "i SOURCE DESTINATION… or u PATH…");
-        for (std::size_t at = 1; at < arguments.size(); at += step, ++reply.index) {
-            if (isInstall)
-                install(arguments[at], arguments[at + 1]);
-            else
-                uninstall(arguments[at]);
-        }
-        reply.index = 0;
+        perform(arguments, reply.index);
     } catch (const InstallFailure& failure) {
         platform::systemLog(platform::LogPriority::error, "%s", failure.what());
-        reply.code = failure.code();
+        reply.code = codeFor(arguments, failure.code());
     } catch (const std::exception& exception) {
         platform::systemLog(platform::LogPriority::error, "Unexpected: %s", exception.what());
         reply.code = InstallCode::internal;
@@ -72,14 +62,46 @@ InstallerReply Installer::run(const std::vector<std::string>& arguments) {
     return reply;
 }
 
-/// With more rights than the caller has, only root's folders are safe.
-GuardedFolder::Trust Installer::trust() const noexcept {
-    return caller_.isElevated() ? GuardedFolder::Trust::roots : GuardedFolder::Trust::anybodys;
+void Installer::perform(const std::vector<std::string>& arguments, std::size_t& index) const {
+    const Items items = itemsOf(arguments);
+    for (index = 0; index < items.size(); ++index) {
+        const auto end = items.begin() + static_cast<std::ptrdiff_t>(index);
+        if (std::find(items.begin(), end, *end) != end)
+            throw InstallFailure(InstallCode::refused, end->front() + ": named twice");
+        check(*end);
+    }
+    if (std::find(items.begin(), items.end(), std::vector{places_.bundle}) == items.end())
+        bundle_.sweepBeside();
+    for (index = 0; index < items.size(); ++index)
+        carryOut(items[index]);
+    index = 0;
 }
 
-/// The path as it can be walked: the caller's own library may lie behind a link, root's may not.
+void Installer::check(const std::vector<std::string>& item) const {
+    if (item == std::vector{places_.plugin, installed_} || item == std::vector{installed_})
+        return;
+    if (item != std::vector{places_.bundle})
+        throw InstallFailure(InstallCode::refused, item.front() + ": refused");
+    bundle_.expectRemovable();
+}
+
+void Installer::carryOut(const std::vector<std::string>& item) const {
+    if (item.size() > 1)
+        install();
+    else if (item.front() == installed_)
+        uninstallPlugin();
+    else
+        bundle_.remove();
+}
+
+/// As root, only root's folders are safe; other rights are bounds of their own.
+Trust Installer::trust() const noexcept {
+    return ::geteuid() == 0 ? rootsTrust_ : Trust::anybodys;
+}
+
+/// The path as it can be walked: a library of somebody's own may lie behind a link, root's may not.
 std::string Installer::libraryPath(const std::string& path) const {
-    if (caller_.isElevated())
+    if (trust() == Trust::roots)
         return path;
     constexpr int tries = 100; // what is there may be removed at this instant
     std::error_code error = std::make_error_code(std::errc::no_such_file_or_directory);
@@ -91,70 +113,16 @@ std::string Installer::libraryPath(const std::string& path) const {
     return canonical;
 }
 
-void Installer::install(const std::string& source, const std::string& destination) {
-    if (source != places_.plugin || destination != places_.folder + '/' + places_.name)
-        throw InstallFailure(InstallCode::refused, source + " to " + destination + ": refused");
+void Installer::install() const {
     const auto stage = Stage::make(libraryPath(places_.folder), trust());
-    TreeCopy(caller_).copy(source, stage->descriptor(), places_.name);
+    TreeCopy(caller_).copy(places_.plugin, stage->descriptor(), places_.name);
     stage->synchronise();
     const InstallLock lock(stage->folder());
     stage->putInPlace(places_.name);
 }
 
-void Installer::uninstall(const std::string& path) {
-    if (path == places_.folder + '/' + places_.name)
-        uninstallPlugin();
-    else if (path == places_.bundle)
-        uninstallBundle();
-    else
-        throw InstallFailure(InstallCode::refused, path + ": refused");
-}
-
-void Installer::uninstallPlugin() {
-    const std::string path = libraryPath(places_.folder);
-    removeFrom(path, places_.name, trust(), Others::keptOut);
-    GuardedFolder::removeEmpty(path, libraryPath(places_.localLibrary), trust());
-}
-
-/// One of the caller's own with the caller's rights, one of root's as root, nobody else's. What the
-/// caller may not see is not looked at either.
-void Installer::uninstallBundle() {
-    const std::size_t slash = places_.bundle.rfind('/');
-    const std::string above = slash == 0 ? "/" : places_.bundle.substr(0, slash);
-    const std::string name = places_.bundle.substr(slash + 1);
-    {
-        const Caller::Identity identity(caller_);
-        const auto folder = GuardedFolder::find(above, GuardedFolder::Trust::anybodys);
-        const auto owner = folder ? ownerOf(*folder, name) : std::nullopt;
-        if (!owner)
-            throw failureAt(places_.bundle, InstallCode::notRemoved);
-        if (*owner == caller_.uid())
-            return removeBundleIn(*folder, name, GuardedFolder::Trust::anybodys);
-        if (*owner != 0)
-            throw InstallFailure(InstallCode::refused,
-                                 places_.bundle + ": it belongs to another user");
-    }
-    const auto folder = GuardedFolder::find(above, trust());
-    if (!folder)
-        throw failureAt(places_.bundle, InstallCode::notRemoved);
-    removeBundleIn(*folder, name, trust());
-}
-
-void Installer::removeBundleIn(const GuardedFolder& folder, const std::string& name,
-                               GuardedFolder::Trust trust) const {
-    const FileDescriptor bundle(::openat(folder.descriptor(), name.c_str(),
-                                         O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!bundle)
-        throw failureAt(places_.bundle, InstallCode::notRemoved);
-    expectBundle(bundle.get());
-    removeFrom(folder.path(), name, trust, Others::admitted);
-}
-
-void Installer::expectBundle(int bundle) const {
-    if (beginningOf(bundle, "Contents/Info.plist").find(identifier) == std::string::npos)
-        throw InstallFailure(InstallCode::refused, places_.bundle + ": not Tonvale's bundle");
-    struct stat status {};
-    if (::fstatat(bundle, "Contents/Resources/package", &status, AT_SYMLINK_NOFOLLOW) == 0 ||
-        errno != ENOENT)
-        throw InstallFailure(InstallCode::refused, places_.bundle + ": it belongs to a package");
+void Installer::uninstallPlugin() const {
+    const std::string folder = libraryPath(places_.folder);
+    removeFrom(folder, places_.name, trust(), Others::keptOut);
+    GuardedFolder::removeEmpty(folder, libraryPath(places_.localLibrary), trust());
 }

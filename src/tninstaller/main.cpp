@@ -67,7 +67,10 @@ InstallerReply carryOut(const std::vector<std::string>& arguments) {
         Caller caller = Caller::ofThisProcess();
         const std::string library = caller.isElevated() ? platform::builtInLocalLibraryDirectory()
                                                         : platform::localLibraryDirectory();
-        return Installer(InstallerPlaces::of(ownPath(), library), std::move(caller)).run(arguments);
+        const auto trust =
+            caller.isElevated() ? GuardedFolder::Trust::roots : GuardedFolder::Trust::anybodys;
+        return Installer(InstallerPlaces::of(ownPath(), library), std::move(caller), trust)
+            .run(arguments);
     } catch (const InstallFailure& failure) {
         platform::systemLog(platform::LogPriority::error, "%s", failure.what());
         return {.code = failure.code()};
@@ -75,6 +78,8 @@ InstallerReply carryOut(const std::vector<std::string>& arguments) {
 }
 
 bool print(std::string_view text) {
+    if (text.empty())
+        return false;
     while (!text.empty()) {
         const ssize_t size = ::write(STDOUT_FILENO, text.data(), text.size());
         if (size <= 0)

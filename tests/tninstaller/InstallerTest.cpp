@@ -58,7 +58,8 @@ class InstallerTest : public testing::Test {
 
     InstallerReply run(const std::vector<std::string>& arguments) {
         return Installer(InstallerPlaces::of(bundle_ / "Contents/Helpers/TNInstaller", library_),
-                         Caller(::geteuid(), ::getegid(), {}, false))
+                         Caller(::geteuid(), ::getegid(), {}, false),
+                         GuardedFolder::Trust::anybodys)
             .run(arguments);
     }
 
@@ -105,9 +106,11 @@ TEST_F(InstallerTest, ReplacesWhateverIsThereAndSweepsWhatAKilledToolHasLeft) {
         write(hal_ / ".tninstaller.lock", "");
         ::chmod((hal_ / ".tninstaller.lock").c_str(), 0600);
         write(hal_ / ".tninstaller-other", "somebody's");
+        write(folder_.path() / ".tninstaller-fedcba9876543210fedcba9876543210/Tonvale.app/x", "");
         EXPECT_EQ(install(), 0);
         EXPECT_EQ(listOf(installed_), listOf(plugin_));
         EXPECT_EQ(std::distance(fs::directory_iterator(hal_), {}), 2);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 2);
         fs::remove_all(library_);
     }
 }
@@ -192,12 +195,15 @@ TEST_F(InstallerTest, RefusesWhatIsNotItsOwn) {
           Case{{"i", plugin_, passwd}, InstallCode::refused, 0},
           Case{{"i", detour, installed_}, InstallCode::refused, 0},
           Case{{"i", plugin_, installed_, plugin_, passwd}, InstallCode::refused, 1},
+          Case{{"i", plugin_, installed_, plugin_, installed_}, InstallCode::refused, 1},
           Case{{"u", installed_, passwd}, InstallCode::refused, 1},
+          Case{{"u", installed_, bundle_, installed_}, InstallCode::refused, 2},
           Case{{"u", library_}, InstallCode::refused, 0}}) {
         const InstallerReply reply = run(each.arguments);
         EXPECT_EQ(reply.code, each.code);
         EXPECT_EQ(reply.index, each.index);
         EXPECT_EQ(log_.lines().size(), 1U);
+        EXPECT_TRUE(isUnchanged()) << "before all is checked";
         log_.clear();
     }
     for (const fs::path& tool : {folder_.path() / "TNInstaller", bundle_ / "TNInstaller"})
@@ -252,11 +258,14 @@ TEST_F(InstallerTest, ReadsWithTheCallersRightsAndWithinLimits) {
 TEST_F(InstallerTest, ADestinationThatCannotBeWrittenIsReportedAndLongPathsAreFine) {
     write(library_ / "Audio", "a file");
     EXPECT_EQ(install(), static_cast<int>(InstallCode::notWritten));
+    EXPECT_EQ(run({"u", installed_}).code, InstallCode::notRemoved);
     fs::remove(library_ / "Audio");
     write(installed_ / "old", "old");
     ::chmod(hal_.c_str(), 0555);
-    support::withoutCapabilities(
-        [&] { EXPECT_EQ(install(), static_cast<int>(InstallCode::notWritten)); });
+    support::withoutCapabilities([&] {
+        EXPECT_EQ(install(), static_cast<int>(InstallCode::notWritten));
+        EXPECT_EQ(run({"u", installed_}).code, InstallCode::notRemoved);
+    });
     EXPECT_TRUE(isUnchanged());
 
     constexpr std::size_t pathLength = 4000;
@@ -265,7 +274,8 @@ TEST_F(InstallerTest, ADestinationThatCannotBeWrittenIsReportedAndLongPathsAreFi
         library += '/' + std::string(99, 'x');
     const InstallerPlaces places =
         InstallerPlaces::of(bundle_ / "Contents/Helpers/TNInstaller", library);
-    Installer installer(places, Caller(::geteuid(), ::getegid(), {}, false));
+    Installer installer(places, Caller(::geteuid(), ::getegid(), {}, false),
+                        GuardedFolder::Trust::anybodys);
     const std::string destination = places.folder + "/Tonvale.plugin";
     EXPECT_EQ(installer.run({"i", plugin_, destination}).code, InstallCode::success);
     EXPECT_EQ(installer.run({"u", destination}).code, InstallCode::success);
@@ -292,8 +302,9 @@ TEST_F(InstallerTest, ABundleThatIsNotTonvalesOrAPackagesStays) {
         }};
     for (const auto& prepare : situations) {
         prepare();
-        EXPECT_EQ(run({"u", bundle_}).code, InstallCode::refused);
-        EXPECT_TRUE(fs::exists(plugin_));
+        write(installed_ / "old", "old");
+        EXPECT_EQ(run({"u", installed_, bundle_}).code, InstallCode::refused);
+        EXPECT_TRUE(fs::exists(plugin_) && isUnchanged());
     }
 }
 
