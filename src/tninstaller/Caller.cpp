@@ -14,15 +14,16 @@
 
 namespace {
 
-std::optional<uid_t> userOfPkexec() {
-    const char* const value = std::getenv("PKEXEC_UID");
+std::optional<uid_t> userIn(const char* variable) {
+    const char* const value = std::getenv(variable);
     if (value == nullptr)
         return std::nullopt;
     const std::string_view text(value);
     uid_t uid = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), uid);
     if (error != std::errc() || end != text.data() + text.size())
-        throw InstallFailure(InstallCode::unsafePlace, "PKEXEC_UID is no user's number");
+        throw InstallFailure(InstallCode::unsafePlace,
+                             std::string(variable) + " is no user's number");
     return uid;
 }
 
@@ -58,10 +59,14 @@ void expect(int result) noexcept {
 Caller Caller::ofThisProcess() {
     if (::getauxval(AT_SECURE) != 0)
         throw InstallFailure(InstallCode::unsafePlace, "Installed with rights of its own: refused");
-    const auto uid = userOfPkexec();
+    auto uid = userIn("PKEXEC_UID");
+    const bool isByPkexec = uid.has_value();
+    // Who is not root gains nothing by a variable, so that it may say what it likes.
+    if (!uid && ::getuid() == 0)
+        uid = userIn("SUDO_UID");
     if (uid && ::getuid() == 0)
         return callerNumbered(*uid);
-    return {::getuid(), ::getgid(), groupsOfThisProcess(), uid.has_value()};
+    return {::getuid(), ::getgid(), groupsOfThisProcess(), isByPkexec};
 }
 
 Caller::Caller(uid_t uid, gid_t gid, std::vector<gid_t> groups, bool isElevated)

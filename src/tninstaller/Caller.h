@@ -4,11 +4,13 @@
 #include <sys/types.h>
 #include <vector>
 
-/// The user who runs the tool: by pkexec, which leaves the number of the user in PKEXEC_UID, or
-/// directly. Immutable.
+/// The user who runs the tool: by pkexec or sudo, which leave the number of the user in PKEXEC_UID
+/// and SUDO_UID, or directly. Root that has become root in another way is a user like any other.
+/// Immutable.
 class Caller {
   public:
-    /// That of this process. Throws InstallFailure when pkexec names a user that does not exist.
+    /// That of this process. Throws InstallFailure when pkexec or sudo names a user that does not
+    /// exist, and for a tool that was given rights of its own.
     static Caller ofThisProcess();
 
     Caller(uid_t uid, gid_t gid, std::vector<gid_t> groups, bool isElevated);

@@ -65,10 +65,13 @@ bool awaitWord() {
 InstallerReply carryOut(const std::vector<std::string>& arguments) {
     try {
         Caller caller = Caller::ofThisProcess();
-        const std::string library = caller.isElevated() ? platform::builtInLocalLibraryDirectory()
-                                                        : platform::localLibraryDirectory();
-        const auto trust =
-            caller.isElevated() ? GuardedFolder::Trust::roots : GuardedFolder::Trust::anybodys;
+        const std::string builtIn = platform::builtInLocalLibraryDirectory();
+        const std::string library =
+            caller.isElevated() ? builtIn : platform::localLibraryDirectory();
+        // Root that names a library for a trial knows where it lies.
+        const auto trust = caller.isElevated() || library == builtIn
+                               ? GuardedFolder::Trust::roots
+                               : GuardedFolder::Trust::anybodys;
         return Installer(InstallerPlaces::of(ownPath(), library), std::move(caller), trust)
             .run(arguments);
     } catch (const InstallFailure& failure) {

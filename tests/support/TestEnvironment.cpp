@@ -19,9 +19,20 @@ constexpr FolderVariable folderVariables[] = {
 };
 
 constexpr const char* unsetVariables[] = {
-    "DBUS_SESSION_BUS_ADDRESS", "DISPLAY",        "WAYLAND_DISPLAY",      "PULSE_SERVER",
-    "PULSE_RUNTIME_PATH",       "PULSE_SINK",     "PULSE_SOURCE",         "PIPEWIRE_REMOTE",
-    "PIPEWIRE_RUNTIME_DIR",     "PIPEWIRE_PROPS", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE",
+    "DBUS_SESSION_BUS_ADDRESS",
+    "DISPLAY",
+    "WAYLAND_DISPLAY",
+    "PULSE_SERVER",
+    "PULSE_RUNTIME_PATH",
+    "PULSE_SINK",
+    "PULSE_SOURCE",
+    "PIPEWIRE_REMOTE",
+    "PIPEWIRE_RUNTIME_DIR",
+    "PIPEWIRE_PROPS",
+    "QT_QPA_PLATFORMTHEME",
+    "QT_STYLE_OVERRIDE",
+    "PKEXEC_UID",
+    "SUDO_UID",
 };
 
 } // namespace
