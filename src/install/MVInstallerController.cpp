@@ -2,12 +2,15 @@
 
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
+#include "install/HelperInstallation.h"
 #include "install/WindowsWithoutInput.h"
 #include "platform/authorization/AuthorizationReason.h"
 #include "platform/base/Directories.h"
 #include "platform/bundle/Bundle.h"
+#include "platform/bus/ProgramLauncher.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/defaults/PropertyList.h"
+#include "platform/defaults/UserDefaults.h"
 #include "platform/desktop/Restart.h"
 #include "platform/files/DirectoryComparison.h"
 #include "platform/processes/EndProcesses.h"
@@ -15,6 +18,7 @@
 #include "platform/text/Format.h"
 #include "platform/text/Texts.h"
 #include "platform/window/Alert.h"
+#include "settings/PreferenceKeys.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -31,6 +35,7 @@ constexpr const char* installMode = "i";
 constexpr const char* uninstallMode = "u";
 constexpr const char* pluginInBundle = "/" TONVALE_PLUGIN_IN_BUNDLE;
 constexpr const char* toolInBundle = "/Contents/Helpers/TNInstaller";
+constexpr const char* helperInBundle = "/Contents/Helpers/TonvaleHelper.app";
 constexpr int internalCodes[] = {1, 2, 7};
 
 QString mainBundlePath() {
@@ -45,13 +50,39 @@ void tellOfRefusedRestart(const QString& reason) {
         .run();
 }
 
+void launchHelper(const QString& program, HelperInstallation::Launched launched) {
+    static platform::ProgramLauncher launcher(platform::sessionBus());
+    launcher.launch({.name = QStringLiteral("com.quarnel.TonvaleHelper"), .program = program},
+                    std::move(launched));
+}
+
+/// Null for a user without a folder for it.
+std::shared_ptr<HelperInstallation> usualHelper() {
+    if (QNApplication::current()->applicationSupportPath().isEmpty())
+        return nullptr;
+    const auto executable = platform::Bundle::main().text("CFBundleExecutable");
+    return std::make_shared<HelperInstallation>(HelperInstallation::Dependencies{
+        .source = MVInstallerController::helperSourceURL(),
+        .destination = MVInstallerController::helperDestinationURL(),
+        .loginItems = platform::LoginItems(platform::LoginItems::usualFolders(),
+                                           mainBundlePath() + QLatin1String("/Contents/Linux/") +
+                                               QString::fromStdString(executable)),
+        .isWanted =
+            [] {
+                return platform::UserDefaults::standard().boolean(PreferenceKeys::showInMenuBar);
+            },
+        .killProcess = &MVInstallerController::killProcess,
+        .launch = &launchHelper});
+}
+
 MVInstallerController::Dependencies usualDependencies() {
     return {.terminate = [] { QNApplication::current()->terminate(); },
             .restart = &MVInstallerController::restartComputer,
             .mayReplace = &platform::mayReplace,
             .bundlePath = mainBundlePath(),
             .localLibraryPath = MVInstallerController::localLibraryPath(),
-            .pkexec = "/usr/bin/pkexec"};
+            .pkexec = "/usr/bin/pkexec",
+            .helper = usualHelper()};
 }
 
 } // namespace
@@ -68,6 +99,31 @@ MVInstallerController::MVInstallerController(Dependencies dependencies)
 
 QString MVInstallerController::pathInBundle(const char* path) const {
     return dependencies_.bundlePath + QLatin1String(path);
+}
+
+QString MVInstallerController::helperSourceURL() {
+    return mainBundlePath() + QLatin1String(helperInBundle);
+}
+
+QString MVInstallerController::helperDestinationURL() {
+    const QFileInfo source(helperSourceURL());
+    return QNApplication::current()->applicationSupportPath() + QLatin1Char('/') +
+           source.fileName();
+}
+
+void MVInstallerController::adjustHelperIfNecessary() {
+    if (dependencies_.helper)
+        dependencies_.helper->adjustHelperIfNecessary();
+}
+
+void MVInstallerController::showHelperInMenuBar(bool isShown) {
+    if (dependencies_.helper)
+        dependencies_.helper->showHelperInMenuBar(isShown);
+}
+
+void MVInstallerController::uninstallHelper() {
+    if (dependencies_.helper)
+        dependencies_.helper->uninstallHelper();
 }
 
 QString MVInstallerController::localLibraryPath() {
@@ -116,7 +172,7 @@ QStringList MVInstallerController::argumentsFor(const QString& mode,
     return arguments;
 }
 
-MVInstallerController::Outcome MVInstallerController::runTool(const QStringList& arguments) const {
+MVInstallerController::Outcome MVInstallerController::runTool(const QStringList& arguments) {
     const bool isUninstall = arguments[1] == QLatin1String(uninstallMode);
     const QStringList targets = isUninstall ? arguments.mid(2) : destPaths_;
     const bool mayDoItself = std::ranges::all_of(targets, [this](const QString& each) {
@@ -133,9 +189,12 @@ MVInstallerController::Outcome MVInstallerController::runTool(const QStringList&
     platform::waitServingEvents([&] {
         outcome.answer = tool.authorize();
         outcome.status = tool.status();
-        if (outcome.answer == PrivilegedTool::Answer::granted)
-            outcome.reply = tool.run();
     });
+    if (outcome.answer != PrivilegedTool::Answer::granted)
+        return outcome;
+    if (isUninstall)
+        showHelperInMenuBar(false);
+    platform::waitServingEvents([&] { outcome.reply = tool.run(); });
     return outcome;
 }
 

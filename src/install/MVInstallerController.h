@@ -6,8 +6,11 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
+
+class HelperInstallation;
 
 /// Keeps the plug-in that is installed for all users the same as the one in the application, and
 /// removes it. What this user may not change is done by TNInstaller as administrator, see
@@ -25,6 +28,7 @@ class MVInstallerController {
         QString bundlePath;
         QString localLibraryPath;
         std::string pkexec;
+        std::shared_ptr<HelperInstallation> helper = nullptr; ///< null: there is none to manage
     };
 
     static MVInstallerController& sharedController();
@@ -59,6 +63,16 @@ class MVInstallerController {
     /// comes later is an alert.
     static int restartComputer();
 
+    /// The helper in the menu bar: the check at launch; installing, launching and registering it,
+    /// or removing it; removing it. See HelperInstallation.
+    void adjustHelperIfNecessary();
+    void showHelperInMenuBar(bool isShown);
+    void uninstallHelper();
+
+    /// The helper's bundle in the application, and where it runs from.
+    static QString helperSourceURL();
+    static QString helperDestinationURL();
+
     static QString localLibraryPath();
     static QString installerPath();
     static QString pluginPath();
@@ -78,7 +92,7 @@ class MVInstallerController {
     };
 
     QStringList argumentsFor(const QString& mode, const QStringList& files) const;
-    Outcome runTool(const QStringList& arguments) const;
+    Outcome runTool(const QStringList& arguments);
     bool isRefused(const Outcome& outcome, bool isInstall);
     void explain(const QString& title, const QString& reason) const;
     bool judge(const std::string& reply, bool isInstall, const QStringList& items);

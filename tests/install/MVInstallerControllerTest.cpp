@@ -1,6 +1,7 @@
 #include "install/MVInstallerController.h"
 
 #include "framework/installer/QNInstallBOM.h"
+#include "install/HelperInstallation.h"
 #include "platform/base/Directories.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/window/Alert.h"
@@ -229,6 +230,33 @@ TEST_F(MVInstallerControllerTest, UninstallsOnceAsked) {
     controller_.uninstall(false);
     EXPECT_EQ(arguments(), "u\n" + installed_.string() + '\n') << "the package keeps its files";
     EXPECT_EQ(alerts_.shown.back().title, "Remove the package \"tonvale-audio\"");
+}
+
+TEST_F(MVInstallerControllerTest, RemovesTheHelperOnceTheUserHasAgreed) {
+    const fs::path helper = folder_.path() / "Helper.app";
+    int ended = 0;
+    auto surroundings = dependencies();
+    surroundings.helper = std::make_shared<HelperInstallation>(HelperInstallation::Dependencies{
+        .destination = QString::fromStdString(helper),
+        .loginItems = platform::LoginItems({.own = folder_.path() / "autostart"}),
+        .killProcess = [&](const QString&) { ++ended; }});
+    MVInstallerController controller(surroundings);
+    write(helper / "file", "");
+    alerts_.button = Alert::alternate;
+    controller.uninstall(false);
+    EXPECT_EQ(ended, 0) << "cancelled";
+    alerts_.button = Alert::other;
+    mayReplace_ = false;
+    write(folder_.path() / "pkexec", "#!/bin/sh\nexit 126\n");
+    controller.uninstall(false);
+    EXPECT_EQ(ended, 0) << "not authorized";
+    mayReplace_ = true;
+    write(tool_, "#!/bin/sh\nprintf '\\006' >&2\nhead -c 1 >/dev/null\n[ -e '" + helper.string() +
+                     "' ] || printf '%s' '" + replyOf(0, 0) + "'\n");
+    controller.uninstall(false);
+    EXPECT_EQ(ended, 1);
+    EXPECT_EQ(ends_, 1) << "the helper was there when the tool worked";
+    EXPECT_EQ(alerts_.shown.size(), 3U);
 }
 
 TEST_F(MVInstallerControllerTest, WindowsTakeNoInputWhileTheToolWorks) {

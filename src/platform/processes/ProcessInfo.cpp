@@ -75,6 +75,14 @@ std::optional<std::string> executablePath(pid_t process) {
     return path;
 }
 
+bool runsFile(pid_t process, const std::string& path) {
+    struct stat running {};
+    struct stat file {};
+    return ::stat(processFile(process, "exe").c_str(), &running) == 0 &&
+           ::stat(path.c_str(), &file) == 0 && running.st_dev == file.st_dev &&
+           running.st_ino == file.st_ino;
+}
+
 std::optional<std::string> commandName(pid_t process) {
     auto name = readSmallFile(processFile(process, "comm"));
     if (name && name->ends_with('\n'))

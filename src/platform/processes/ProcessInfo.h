@@ -21,6 +21,10 @@ class RunLoopSource;
 /// The full path of the executable, without the kernel's " (deleted)" mark.
 [[nodiscard]] std::optional<std::string> executablePath(pid_t process);
 
+/// Whether the file at `path` is the one that the process runs: not after it was deleted or
+/// replaced by another. False if that cannot be told.
+[[nodiscard]] bool runsFile(pid_t process, const std::string& path);
+
 /// The kernel's short name of the process, at most 15 bytes.
 [[nodiscard]] std::optional<std::string> commandName(pid_t process);
 
