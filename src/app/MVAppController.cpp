@@ -2,7 +2,10 @@
 
 #include "app/CommandLine.h"
 #include "app/FileAlerts.h"
+#include "app/HelperPresence.h"
+#include "app/MenuBarPreferences.h"
 #include "app/PluginProblems.h"
+#include "app/WindowToggle.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
 #include "comm/PluginBusClient.h"
@@ -16,7 +19,6 @@
 #include "platform/base/Directories.h"
 #include "platform/base/ExceptionReport.h"
 #include "platform/bundle/Bundle.h"
-#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/defaults/UserDefaults.h"
@@ -45,7 +47,6 @@ using platform::UserDefaults;
 namespace {
 
 constexpr const char* processName = "Tonvale";
-constexpr const char* helperBusName = "com.quarnel.TonvaleHelper";
 constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
@@ -141,10 +142,7 @@ void MVAppController::launch(bool hasInstalled) {
     step([this] { showMainWindow(); });
     step([this] { serveBus(); });
     step([this] { updateWhenActive(); });
-    step([this] {
-        helper_ = std::make_unique<platform::BusNameOwner>(platform::sessionBus(),
-                                                           QLatin1String(helperBusName));
-    });
+    step([this] { helper_ = std::make_unique<HelperPresence>(platform::sessionBus()); });
     step([this] { showFileAlerts(); });
 }
 
@@ -180,6 +178,7 @@ void MVAppController::makeWindow() {
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedDependencies(*volumeController_));
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
+    toggle_ = std::make_unique<WindowToggle>(*window_);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
     connect(window_.get(), &VolumeWindow::uninstallWanted, this,
             [this] { installer_.uninstall(false); });
@@ -194,8 +193,16 @@ void MVAppController::makeWindow() {
 
 void MVAppController::serveBus() {
     control_ = std::make_unique<ControlService>(ControlService::Dependencies{
-        *volumeController_, MVIgnoredApps::sharedInstance(), UserDefaults::standard(),
-        [this] { applicationShouldHandleReopen(window_->isVisible(), {}); }});
+        *volumeController_,
+        MVIgnoredApps::sharedInstance(),
+        UserDefaults::standard(),
+        {.showWindow = [this] { applicationShouldHandleReopen(window_->isVisible(), {}); },
+         .toggleWindow = [this](const QString& token) { toggleMainWindow(token); },
+         .quit =
+             [this] {
+                 QMetaObject::invokeMethod(
+                     this, [this] { terminate(); }, Qt::QueuedConnection);
+             }}});
     instance_->serve(control_.get());
 }
 
@@ -279,6 +286,7 @@ void MVAppController::applicationWillTerminate() {
     pluginBus_.reset();
     instance_->serve(nullptr);
     control_.reset();
+    toggle_.reset();
     window_.reset();
     volumeController_.reset();
 }
@@ -310,6 +318,17 @@ void MVAppController::showMainWindow() {
     window_->activateWindow();
 }
 
+void MVAppController::toggleMainWindow(const QString& token) {
+    if (toggle_->goesAway())
+        window_->close();
+    else
+        applicationShouldHandleReopen(window_->isVisible(), token);
+}
+
+void MVAppController::updateTNHelperPref() {
+    MenuBarPreferences::updateTNHelperPref(MenuBarPreferences::sharedDependencies());
+}
+
 void MVAppController::updateApps() {
     if (volumeController_)
         volumeController_->updateConnectionsSoon();
@@ -322,11 +341,12 @@ void MVAppController::handleActivity(const MVCommActivityMessage* message) {
         volumeController_->handleActivity(message);
 }
 
-/// A window that is closed comes back by the helper in the menu bar; without that the program ends.
+/// A window that is closed comes back by the helper's icon; where that cannot be seen, the program
+/// ends.
 bool MVAppController::eventFilter(QObject* watched, QEvent* event) {
     if (watched != window_.get() || event->type() != QEvent::Close || shouldExit())
         return QNGUIApplication::eventFilter(watched, event);
-    if (!helper_ || !helper_->isOwned()) {
+    if (!helper_ || !helper_->isShown()) {
         terminate();
         return false;
     }

@@ -8,13 +8,14 @@
 
 class AppVolumeController;
 class ControlService;
+class HelperPresence;
 class MVInstallerController;
 class PluginBusClient;
 class PluginProblems;
 class VolumeWindow;
+class WindowToggle;
 
 namespace platform {
-class BusNameOwner;
 class SingleInstance;
 
 } // namespace platform
@@ -56,6 +57,13 @@ class MVAppController final : public QNGUIApplication {
     bool applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token);
     void showMainWindow();
 
+    /// A click on the tray icon: hides the window if it is in front, else shows it by the desktop's
+    /// activation token.
+    void toggleMainWindow(const QString& token);
+
+    /// Writes the helper's preference file; see MenuBarPreferences.
+    static void updateTNHelperPref();
+
     /// The façade's callbacks, called at any time.
     void updateApps();
     void handleActivity(const MVCommActivityMessage* message);
@@ -84,8 +92,9 @@ class MVAppController final : public QNGUIApplication {
     MVInstallerController& installer_;
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
+    std::unique_ptr<WindowToggle> toggle_;
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;
-    std::unique_ptr<platform::BusNameOwner> helper_;
+    std::unique_ptr<HelperPresence> helper_;
 };

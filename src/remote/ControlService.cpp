@@ -4,7 +4,6 @@
 #include "model/MVCommAppValue.h"
 #include "model/MVIgnoredApps.h"
 #include "remote/InterfaceXml.h"
-#include "remote/MixerInterface.h"
 #include "remote/ProgramInterface.h"
 #include "remote/ProgramPath.h"
 #include "settings/PreferenceKeys.h"
@@ -96,7 +95,7 @@ QDBusMessage ControlService::answerRoot(const QDBusMessage& call) {
         call.member() == QLatin1String("GetManagedObjects"))
         return call.createReply(QVariant::fromValue(programs()));
     return MixerInterface(dependencies_.controller, dependencies_.ignoredApps,
-                          dependencies_.showWindow)
+                          dependencies_.commands)
         .answer(call);
 }
 
@@ -127,7 +126,7 @@ BusTree ControlService::programs() const {
 
 QVariantMap ControlService::mixer() const {
     return MixerInterface(dependencies_.controller, dependencies_.ignoredApps,
-                          dependencies_.showWindow)
+                          dependencies_.commands)
         .properties();
 }
 

@@ -4,10 +4,9 @@
 #include "platform/bus/NotificationCenter.h"
 #include "platform/defaults/UserDefaults.h"
 #include "remote/ControlSignals.h"
+#include "remote/MixerInterface.h"
 
 #include <QTimer>
-
-#include <functional>
 
 class AppVolumeController;
 class MVCommAppValue;
@@ -25,7 +24,7 @@ class ControlService final : public platform::BusObjects {
         AppVolumeController& controller;
         MVIgnoredApps& ignoredApps;
         platform::UserDefaults& defaults;
-        std::function<void()> showWindow;
+        ApplicationCommands commands;
     };
 
     /// Registers as the controller's observer.

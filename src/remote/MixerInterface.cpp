@@ -58,11 +58,11 @@ const MVCommAppValue* runningProgram(const AppVolumeController& controller,
 } // namespace
 
 MixerInterface::MixerInterface(AppVolumeController& controller, MVIgnoredApps& ignored,
-                               const std::function<void()>& showWindow)
+                               const ApplicationCommands& commands)
     : BusInterface(interfaceName())
     , controller_(controller)
     , ignored_(ignored)
-    , showWindow_(showWindow) {}
+    , commands_(commands) {}
 
 QVariantMap MixerInterface::properties() const {
     return {{ignoredProperty, ignoredNames()},
@@ -84,12 +84,13 @@ std::optional<BusError> MixerInterface::set(const QString& property, const QVari
 }
 
 std::optional<QString> MixerInterface::signature(const QString& method) const {
-    if (method == QLatin1String("ShowWindow") || method == QLatin1String("GetRemembered"))
+    if (method == QLatin1String("ShowWindow") || method == QLatin1String("Quit") ||
+        method == QLatin1String("GetRemembered"))
         return QString();
     if (method == QLatin1String("SetRemembered"))
         return QStringLiteral("sib");
-    if (method == QLatin1String("Forget") || method == QLatin1String("Ignore") ||
-        method == QLatin1String("Unignore"))
+    if (method == QLatin1String("ToggleWindow") || method == QLatin1String("Forget") ||
+        method == QLatin1String("Ignore") || method == QLatin1String("Unignore"))
         return QStringLiteral("s");
     return std::nullopt;
 }
@@ -97,16 +98,27 @@ std::optional<QString> MixerInterface::signature(const QString& method) const {
 BusInterface::Outcome MixerInterface::call(const QString& method, const QVariantList& arguments) {
     if (method == QLatin1String("GetRemembered"))
         return {{remembered()}};
-    if (method == QLatin1String("ShowWindow")) {
-        showWindow_();
+    if (commands(method, arguments))
         return {};
-    }
     const QString name = arguments[0].toString();
     if (method == QLatin1String("SetRemembered"))
         return {{}, setRemembered(name, {arguments[1].toInt(), arguments[2].toBool()})};
     if (method == QLatin1String("Forget"))
         return {{}, forget(name)};
     return {{}, method == QLatin1String("Ignore") ? ignore(name) : unignore(name)};
+}
+
+/// Whether the method is one of the application's commands, which has been given then.
+bool MixerInterface::commands(const QString& method, const QVariantList& arguments) {
+    if (method == QLatin1String("ShowWindow"))
+        commands_.showWindow();
+    else if (method == QLatin1String("ToggleWindow"))
+        commands_.toggleWindow(arguments[0].toString());
+    else if (method == QLatin1String("Quit"))
+        commands_.quit();
+    else
+        return false;
+    return true;
 }
 
 QStringList MixerInterface::ignoredNames() const {

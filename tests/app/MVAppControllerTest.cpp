@@ -1,10 +1,11 @@
 #include "app/MVAppController.h"
 
+#include "app/HelperPresence.h"
+#include "app/ScriptedHelper.h"
 #include "comm/MVCommSocketPath.h"
 #include "install/MVInstallerController.h"
 #include "model/AppVolumeController.h"
 #include "model/MVCommAppValue.h"
-#include "platform/bus/BusNameOwner.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/MainQueue.h"
@@ -104,6 +105,17 @@ void showThatItUpdates() {
     EXPECT_TRUE(support::waitUntil([&] { return volumes.apps().isEmpty(); }));
 }
 
+/// What the helper asks for when its icon is clicked.
+void showThatAClickShows(VolumeWindow& window, const std::string& address) {
+    support::BusConnection helper(address);
+    window.hide();
+    auto click = QDBusMessage::createMethodCall("com.quarnel.Tonvale", "/com/quarnel/Tonvale",
+                                                "com.quarnel.Tonvale.Mixer", "ToggleWindow");
+    click.setArguments({QString()});
+    ASSERT_TRUE(helper->send(click));
+    EXPECT_TRUE(support::waitUntil([&] { return window.isVisible(); }));
+}
+
 } // namespace
 
 TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
@@ -141,19 +153,18 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     EXPECT_TRUE(std::filesystem::exists(container / kMVCommSocketName));
     showThatItUpdates();
 
-    auto session = QDBusConnection::sessionBus();
-    ASSERT_TRUE(session.registerService("com.quarnel.TonvaleHelper"));
-    const platform::BusNameOwner helper(session, "com.quarnel.TonvaleHelper");
-    ASSERT_TRUE(
-        support::waitUntil([&] { return helper.isOwned(); })); // the controller knows it too
+    const HelperPresence presence(QDBusConnection::sessionBus()); // the controller knows it too
+    ScriptedHelper helper(bus.address(), true);
+    ASSERT_TRUE(support::waitUntil([&] { return presence.isShown(); }));
     EXPECT_FALSE(window->close());
     EXPECT_FALSE(window->isVisible());
     support::ChildProcess second({TONVALE_PROGRAM});
     EXPECT_EQ(second.wait(), 0) << second.output();
     EXPECT_TRUE(window->isVisible());
+    showThatAClickShows(*window, bus.address());
 
-    ASSERT_TRUE(session.unregisterService("com.quarnel.TonvaleHelper"));
-    ASSERT_TRUE(support::waitUntil([&] { return !helper.isOwned(); }));
+    helper.setShown(false);
+    ASSERT_TRUE(support::waitUntil([&] { return !presence.isShown(); }));
     QTimer::singleShot(0, window, [&] { EXPECT_TRUE(window->close()); });
     EXPECT_EQ(QApplication::exec(), 0);
     controller.applicationWillTerminate();

@@ -82,6 +82,11 @@ TEST_F(BusToolsTest, EveryObjectCanBeIntrospected) {
         << objects;
 }
 
+TEST_F(BusToolsTest, QuittingIsAnsweredFirst) {
+    EXPECT_EQ(gdbus(root, "com.quarnel.Tonvale.Mixer.Quit").output, "()\n");
+    EXPECT_EQ(tonvale_->wait(), 0);
+}
+
 TEST_F(BusToolsTest, ChangesAreSignalledOnceEach) {
     support::ChildProcess listener(
         {"gdbus", "monitor", "--session", "--dest", "com.quarnel.Tonvale"});
