@@ -98,10 +98,13 @@ void HelperInstallation::launch() {
                          });
 }
 
+/// One that belongs to an application elsewhere would never start once that is gone.
 void HelperInstallation::addLoginItem() {
     auto& items = dependencies_.loginItems;
-    if (!items.loginItemExists(dependencies_.name, {}) &&
-        !items.addToLoginItems(dependencies_.destination))
+    std::optional<platform::LoginItem> item;
+    const bool isThere =
+        items.loginItemExists(dependencies_.name, {}, &item) && !items.isOutdated(*item);
+    if (!isThere && !items.addToLoginItems(dependencies_.destination))
         QNLog(qnlog_error, "Couldn't add %@ to login items", dependencies_.name);
 }
 

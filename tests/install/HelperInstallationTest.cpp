@@ -60,7 +60,7 @@ class HelperInstallationTest : public testing::Test {
          .destination = QString::fromStdString(destination_),
          .identifier = identifier_,
          .name = QString::fromStdString(name_),
-         .loginItems = platform::LoginItems({.own = folder_.path() / "autostart"}),
+         .loginItems = platform::LoginItems({.own = folder_.path() / "autostart"}, "/bin/sh"),
          .isWanted = [this] { return isWanted_; },
          .killProcess = &MVInstallerController::killProcess,
          .launch =
@@ -84,6 +84,12 @@ TEST_F(HelperInstallationTest, CopiesWhatIsMissingOrDifferentAndLaunchesInAnyCas
           Case{"one byte", [&] { std::ofstream(file, std::ios::app) << ' '; },
                "Existing helper doesn't match. Installing."},
           Case{"without its entry", [&] { fs::remove(entry_); }, nullptr},
+          Case{"with that of an application elsewhere",
+               [&] {
+                   std::ofstream(entry_)
+                       << "[Desktop Entry]\nName=" << name_ << "\nExec=x\nTryExec=/gone\n";
+               },
+               nullptr},
           Case{"a file in its place",
                [&] {
                    fs::remove_all(destination_);
@@ -101,7 +107,8 @@ TEST_F(HelperInstallationTest, CopiesWhatIsMissingOrDifferentAndLaunchesInAnyCas
         helper_.showHelperInMenuBar(true);
         EXPECT_TRUE(isSame()) << each.what;
         EXPECT_EQ(launched_, program(destination_)) << each.what;
-        EXPECT_TRUE(fs::exists(entry_)) << each.what;
+        EXPECT_NE(support::contentOf(entry_).find("TryExec=/bin/sh\n"), std::string::npos)
+            << each.what;
         const auto lines = log_.lines();
         EXPECT_EQ(lines.size(), each.line != nullptr ? 1U : 0U) << each.what;
         if (each.line != nullptr && !lines.empty()) {

@@ -159,6 +159,7 @@ std::vector<LoginItem> LoginItems::all() const {
             continue;
         items.push_back({.name = nameOf(file, path),
                          .program = QString::fromStdString(programOf(textOf(file, "Exec"))),
+                         .required = QString::fromStdString(textOf(file, "TryExec")),
                          .file = path,
                          .isOwn = path.parent_path() == folders_.own,
                          .isSwitchedOff = isSwitchedOff(file)});
@@ -181,6 +182,10 @@ bool LoginItems::loginItemExists(const QString& name, const QString& URL,
 
 bool LoginItems::loginItemExists(const QString& name, const QString& URL) const {
     return loginItemExists(name, URL, nullptr);
+}
+
+bool LoginItems::isOutdated(const LoginItem& item) const {
+    return item.isOwn && !item.isSwitchedOff && item.required != required_;
 }
 
 bool LoginItems::addToLoginItems(const QString& URL) {

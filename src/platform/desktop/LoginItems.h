@@ -10,8 +10,9 @@ namespace platform {
 
 /// A program that starts with the desktop session.
 struct LoginItem {
-    QString name;    ///< as desktops show it, in English
-    QString program; ///< the path of a program, or of the bundle that it lies in
+    QString name;     ///< as desktops show it, in English
+    QString program;  ///< the path of a program, or of the bundle that it lies in
+    QString required; ///< the program without which it does not start; may be empty
     std::filesystem::path file;
     bool isOwn = false;         ///< in the user's folder
     bool isSwitchedOff = false; ///< the user keeps it from starting
@@ -42,6 +43,10 @@ class LoginItems {
     [[nodiscard]] bool loginItemExists(const QString& name, const QString& URL,
                                        std::optional<LoginItem>* item) const;
     [[nodiscard]] bool loginItemExists(const QString& name, const QString& URL) const;
+
+    /// Whether the item starts only as long as another program is there than a new one would, which
+    /// addToLoginItems() corrects. Not if it is switched off, or not the user's.
+    [[nodiscard]] bool isOutdated(const LoginItem& item) const;
 
     /// Adds the bundle with this path, with its own name. False if it is none, or if the entry
     /// cannot be written.
