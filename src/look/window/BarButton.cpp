@@ -58,6 +58,7 @@ void BarButton::paintEvent(QPaintEvent* /*event*/) {
         painter.setBrush(color);
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 6, 6);
     }
+    painter.setOpacity(isEnabled() ? 1 : 0.4);
     painter.setPen(theme.windowTitleBarTextColor());
     painter.setLayoutDirection(platform::textDirection(text()));
     const QRect room = rect().adjusted(padding / 2, 0, -padding / 2, 0);

@@ -75,6 +75,10 @@ double MVCustomWindow::titleBarHeight() const {
     return titleHeight + border;
 }
 
+QSize MVCustomWindow::sizeForContent(const QSize& content) const {
+    return content + QSize(2 * border, titleHeight + border);
+}
+
 QWidget& MVCustomWindow::contentView() const {
     return contentView_->content();
 }

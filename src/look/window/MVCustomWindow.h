@@ -29,6 +29,9 @@ class MVCustomWindow : public QWidget {
     /// The height without the content, in pixels.
     double titleBarHeight() const;
 
+    /// The size of the window around a content of that size, in pixels.
+    [[nodiscard]] QSize sizeForContent(const QSize& content) const;
+
     QWidget& contentView() const;
     MVCustomWindowTitleView& titleView() const noexcept { return *titleView_; }
 
