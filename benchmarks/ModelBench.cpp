@@ -42,6 +42,7 @@ class BareWorkspace final : public Workspace {
     }
     void lookAgain() override {}
     QIcon iconForProgram(const ProgramReference& /*program*/) const override { return {}; }
+    QIcon iconForApplication(const QString& /*name*/) const override { return {}; }
     QString whyNamed(const ProgramReference& /*program*/) const override { return {}; }
     void setTileColors(const TileColors& /*colors*/) override {}
     QIcon genericApplicationIcon() const override { return {}; }

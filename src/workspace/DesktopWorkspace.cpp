@@ -173,6 +173,15 @@ QIcon DesktopWorkspace::iconForProgram(const ProgramReference& program) const {
                        program.name);
 }
 
+/// A desktop entry makes a program an application.
+QIcon DesktopWorkspace::iconForApplication(const QString& name) const {
+    const ApplicationIdentity* const identity = findOrAsk({0, name, {}});
+    if (identity == nullptr || identity->entryPath.empty())
+        return genericApplicationIcon();
+    return icons_.icon(QString::fromStdString(identity->icon),
+                       QString::fromStdString(identity->executable), name);
+}
+
 QIcon DesktopWorkspace::genericApplicationIcon() const {
     const ImageWarningFilter foreign;
     const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));

@@ -37,6 +37,7 @@ class DesktopWorkspace final : public Workspace {
     }
     void lookAgain() override;
     QIcon iconForProgram(const ProgramReference& program) const override;
+    QIcon iconForApplication(const QString& name) const override;
     QIcon genericApplicationIcon() const override;
     QString whyNamed(const ProgramReference& program) const override;
     void setTileColors(const TileColors& colors) override;

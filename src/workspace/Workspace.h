@@ -32,6 +32,10 @@ struct ProgramReference {
 /// object.
 class Workspace {
   public:
+    /// Posted, without an object, after the handler below has been called.
+    inline static const QString didChangeNotification =
+        QStringLiteral("WorkspaceDidChangeNotification");
+
     /// The real desktop's workspace, never destroyed. Created on first use, which must be after the
     /// creation of the thread's run loop.
     static Workspace& shared();
@@ -51,6 +55,10 @@ class Workspace {
     /// reported. An unknown program is looked up in the background, and the change reported.
     [[nodiscard]] virtual QIcon iconForProgram(const ProgramReference& program) const = 0;
 
+    /// The icon of the application of that name; the generic one if there is no such application.
+    /// It is looked up in the background, like those of programs.
+    [[nodiscard]] virtual QIcon iconForApplication(const QString& name) const = 0;
+
     /// The icon of an unknown program. Never null.
     [[nodiscard]] virtual QIcon genericApplicationIcon() const = 0;
 
@@ -69,10 +77,7 @@ class Workspace {
   protected:
     Workspace() = default;
 
-    void tellRunningApplications() const {
-        if (const auto handler = handler_)
-            handler();
-    }
+    void tellRunningApplications() const;
 
   private:
     std::function<void()> handler_;

@@ -1,6 +1,7 @@
 #include "workspace/DesktopWorkspace.h"
 
 #include "IconTheme.h"
+#include "platform/bus/NotificationCenter.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/qtloop/RunLoopNotifier.h"
@@ -185,4 +186,22 @@ TEST_F(WorkspaceTest, FindsAnInvisibleProgramByTheEntryOfItsName) {
     EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(inside).isEmpty(); }));
     EXPECT_EQ(workspace_->whyNamed(inside), "The program identifies itself as this application.");
     EXPECT_EQ(middleOf(workspace_->iconForProgram(inside)), Qt::red);
+}
+
+TEST_F(WorkspaceTest, FindsTheIconOfAnApplicationByItsNameAndTellsEverybodyWhenItIsKnown) {
+    theme_.add("red", Qt::green);
+    install("player");
+    begin();
+    int told = 0;
+    const platform::NotificationObserver observer(Workspace::didChangeNotification,
+                                                  [&](const QVariant& /*object*/) { ++told; });
+    const auto color = [&](const char* name) {
+        return middleOf(workspace_->iconForApplication(name));
+    };
+    EXPECT_EQ(color("Der player"), Qt::red) << "the generic one";
+    EXPECT_TRUE(waitUntil([&] { return told > 0; }));
+    EXPECT_EQ(color("Der player"), Qt::green);
+    EXPECT_EQ(color("nothing"), Qt::red);
+    EXPECT_TRUE(waitUntil([&] { return told > 1; }));
+    EXPECT_EQ(color("nothing"), Qt::red) << "not even a tile";
 }
