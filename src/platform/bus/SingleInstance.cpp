@@ -116,6 +116,7 @@ class SingleInstance::Service : public QDBusVirtualObject {
     }
 
     Activated activated_;
+    Acted acted_;
 
   private:
     static QString applicationXml() {
@@ -176,8 +177,12 @@ class SingleInstance::Service : public QDBusVirtualObject {
         QString token = data.value(QStringLiteral("activation-token")).toString();
         if (token.isEmpty())
             token = data.value(QStringLiteral("desktop-startup-id")).toString();
-        if (activated_)
-            guarded(kExceptionInNotification, [&] { activated_(token); });
+        guarded(kExceptionInNotification, [&] {
+            const bool isDone = message.member() == QLatin1String("ActivateAction") && acted_ &&
+                                acted_(message.arguments().value(0).toString(), token);
+            if (!isDone && activated_)
+                activated_(token);
+        });
     }
 
     const QString name_;
@@ -227,6 +232,11 @@ SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
 void SingleInstance::onActivation(Activated activated) {
     if (service_)
         service_->activated_ = std::move(activated);
+}
+
+void SingleInstance::onAction(Acted acted) {
+    if (service_)
+        service_->acted_ = std::move(acted);
 }
 
 void SingleInstance::serve(BusObjects* objects) {

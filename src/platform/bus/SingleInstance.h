@@ -22,6 +22,10 @@ class SingleInstance {
     /// front; empty if the desktop gave none.
     using Activated = std::function<void(const QString& token)>;
 
+    /// Called with the name of an action that the desktop or another program wants, such as
+    /// "preferences", and the token as above. Returns whether there is such an action.
+    using Acted = std::function<bool(const QString& action, const QString& token)>;
+
     /// `name` is the program's bus name, "com.quarnel.Tonvale". Null if another instance runs,
     /// which has been asked to show itself. Waits for an instance that is ending, 3 s at most.
     [[nodiscard]] static std::unique_ptr<SingleInstance> acquire(const QString& name);
@@ -30,6 +34,9 @@ class SingleInstance {
     SingleInstance& operator=(const SingleInstance&) = delete;
 
     void onActivation(Activated activated);
+
+    /// An action that nobody takes counts as an activation.
+    void onAction(Acted acted);
 
     /// Lets `objects` handle calls at and below the program's object path, the bus name with
     /// slashes, including calls that arrived before. `objects` must outlive this or be removed with
