@@ -83,6 +83,10 @@ std::optional<int> RememberedApps::defaultVolume() const {
 
 void RememberedApps::setDefaultVolume(std::optional<int> percent) {
     seen_.setDefaultVolume(percent);
+    if (const auto kept = defaultVolume())
+        QNLog(qnlog_user, "New programs begin at %d %%", *kept);
+    else
+        QNLog(qnlog_user, "New programs begin at full volume");
     changed_();
 }
 

@@ -4,8 +4,6 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 
-#include <optional>
-
 /// The log lines for user actions, worded as for actions in the window.
 namespace ControlLog {
 
@@ -19,13 +17,6 @@ inline void muted(const QString& name, bool muted) {
 
 inline void forgotten(const QString& name) {
     QNLog(qnlog_user, "'%@' forgotten", MVCommLogText(name));
-}
-
-inline void defaultVolume(std::optional<int> percent) {
-    if (percent)
-        QNLog(qnlog_user, "New programs begin at %d %%", *percent);
-    else
-        QNLog(qnlog_user, "New programs begin at full volume");
 }
 
 } // namespace ControlLog

@@ -79,7 +79,6 @@ std::optional<BusError> MixerInterface::set(const QString& property, const QVari
         return notInRange();
     controller_.rememberedApps().setDefaultVolume(percent == noDefault ? std::nullopt
                                                                        : std::optional(percent));
-    ControlLog::defaultVolume(controller_.rememberedApps().defaultVolume());
     return std::nullopt;
 }
 
