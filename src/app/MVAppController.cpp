@@ -13,6 +13,7 @@
 #include "framework/log/qnlog.h"
 #include "install/MVInstallerController.h"
 #include "install/MenuEntries.h"
+#include "framework/preferences/QNPreferencesWindowController.h"
 #include "look/theme/CurrentTheme.h"
 #include "model/AppVolumeController.h"
 #include "model/MVIgnoredApps.h"
@@ -29,6 +30,8 @@
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
 #include "ui/VolumeWindow.h"
+#include "ui/preferences/MVPrefsGeneral.h"
+#include "ui/preferences/MVPrefsIgnored.h"
 #include "workspace/ImageWarningFilter.h"
 #include "workspace/Workspace.h"
 
@@ -186,9 +189,25 @@ void MVAppController::makeWindow() {
         pluginProblems_->removeInstalledPlugin();
         removeMenuEntries();
     });
+    connect(window_.get(), &VolumeWindow::preferencesWanted, this, &MVAppController::showPrefs);
+    hearInstance();
+}
+
+/// Further starts, and the desktop.
+void MVAppController::hearInstance() {
     instance_->onActivation([this](const QString& token) {
         applicationShouldHandleReopen(window_->isVisible(), token);
     });
+    instance_->onAction(
+        [this](const QString& action, const QString& token) { return doAction(action, token); });
+}
+
+bool MVAppController::doAction(const QString& action, const QString& token) {
+    if (action != QLatin1String("preferences"))
+        return false;
+    useActivationToken(token);
+    showPrefs();
+    return true;
 }
 
 void MVAppController::serveBus() {
@@ -287,6 +306,7 @@ void MVAppController::applicationWillTerminate() {
     instance_->serve(nullptr);
     control_.reset();
     toggle_.reset();
+    prefs_.reset();
     window_.reset();
     volumeController_.reset();
 }
@@ -300,13 +320,32 @@ void MVAppController::saveScreenshot() {
 
 bool MVAppController::applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token) {
     log("Started again: showing the window");
-    // Qt takes the token from there when a window asks to come to the front.
-    if (!token.isEmpty())
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    useActivationToken(token);
     if (!hasVisibleWindows)
         window_->show();
     showMainWindow();
     return true;
+}
+
+/// Qt takes the token from there when a window asks to come to the front.
+void MVAppController::useActivationToken(const QString& token) {
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+}
+
+void MVAppController::showPrefs() {
+    if (prefs_ == nullptr) {
+        prefs_ = std::make_unique<QNPreferencesWindowController>(QStringLiteral("Prefs"));
+        prefs_->window().setWindowIcon(window_->windowIcon());
+        prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsGeneral>(
+            MVPrefsGeneral::Dependencies{UserDefaults::standard(),
+                                         volumeController_->rememberedApps()}));
+        prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsIgnored>(
+            MVPrefsIgnored::Dependencies{
+                MVIgnoredApps::sharedInstance(), Workspace::shared(),
+                [this] { return knownPrograms(*volumeController_, Workspace::shared()); }}));
+    }
+    prefs_->showWindow();
 }
 
 void MVAppController::showMainWindow() {

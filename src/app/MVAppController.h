@@ -12,6 +12,7 @@ class HelperPresence;
 class MVInstallerController;
 class PluginBusClient;
 class PluginProblems;
+class QNPreferencesWindowController;
 class VolumeWindow;
 class WindowToggle;
 
@@ -63,6 +64,8 @@ class MVAppController final : public QNGUIApplication {
 
     /// Writes the helper's preference file; see MenuBarPreferences.
     static void updateTNHelperPref();
+    /// Shows the preferences window, which is created on the first call.
+    void showPrefs();
 
     /// The façade's callbacks, called at any time.
     void updateApps();
@@ -78,6 +81,9 @@ class MVAppController final : public QNGUIApplication {
     static void storeLaunch();
     void launch(bool hasInstalled);
     void makeWindow();
+    void hearInstance();
+    bool doAction(const QString& action, const QString& token);
+    static void useActivationToken(const QString& token);
     static void colorTiles();
     void serveBus();
     void connectPlugins();
@@ -93,6 +99,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<WindowToggle> toggle_;
+    std::unique_ptr<QNPreferencesWindowController> prefs_;
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;

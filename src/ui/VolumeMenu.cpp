@@ -33,6 +33,9 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     edit->addSeparator();
     // The key itself is the grid's.
     ignore_ = addEntry(edit, {}, {}, &VolumeMenu::ignoreWanted);
+    edit->addSeparator();
+    addEntry(edit, Texts::tr("&Preferences…"), {Qt::CTRL | Qt::Key_Comma},
+             &VolumeMenu::preferencesWanted);
     showHistory(UndoHistory({}));
     showSelection({});
 

@@ -28,6 +28,7 @@ class VolumeMenu final : public QMenu {
     void ignoreWanted();
     void minimizeWanted();
     void zoomWanted();
+    void preferencesWanted();
     void aboutWanted();
 
     /// The user pressed a key that opens the menu; `chosen` is the entry whose submenu should open

@@ -52,6 +52,9 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void quitWanted();
     void uninstallWanted();
 
+    /// The user wants to see the preferences.
+    void preferencesWanted();
+
     /// The user has pressed a button of the bar.
     void helpWanted();
     void detailsWanted();

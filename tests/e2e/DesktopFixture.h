@@ -2,6 +2,7 @@
 
 #include "comm/MVCommSocketPath.h"
 #include "platform/loop/UnixSocket.h"
+#include "support/BusConnection.h"
 #include "support/ChildProcess.h"
 #include "support/PrivateBus.h"
 #include "support/ScriptedPlugin.h"
@@ -49,6 +50,16 @@ class DesktopFixture : public testing::Test {
     void quitTonvale() {
         EXPECT_EQ(tonvale_->stop(), 0) << tonvale_->output();
         tonvale_.reset();
+    }
+
+    /// As the desktop does for an action of the program's menu entry.
+    void activateAction(const QString& action) const {
+        const support::BusConnection bus(session_.address());
+        auto call = QDBusMessage::createMethodCall("com.quarnel.Tonvale", "/com/quarnel/Tonvale",
+                                                   "org.freedesktop.Application", "ActivateAction");
+        call.setArguments({action, QVariantList(), QVariantMap()});
+        const QDBusMessage answer = bus->call(call);
+        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
     }
 
     /// As the preferences have a window's frame.

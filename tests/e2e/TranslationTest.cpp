@@ -91,6 +91,15 @@ TEST_F(TranslationTest, SoAreWhatIsWrongAndTheDetails) {
                      {"[Völümëš çåñ't bë šët", "[Trý Ågåïñ]", "[Šöçkët: ", "[ÖK]"});
 }
 
+TEST_F(TranslationTest, SoAreThePreferences) {
+    startTonvale();
+    activateAction("preferences");
+    ASSERT_TRUE(waitUntil([&] { return tool_.window("[Prëfërëñçëš]").has_value(); }))
+        << tool_.outline().toStdString();
+    expectTranslated(*tool_.window("[Prëfërëñçëš]"),
+                     {"[Gëñërål]", "[Ïgñörë Lïšt]", "[Štårt nëw prögråmš åt]"});
+}
+
 // A pop-up menu is no window to assistive tools.
 TEST(Translation, IncludesTheMenuAndTheAboutBox) {
     const support::ScopedVariable locale("LC_ALL", "en_US.UTF-8");

@@ -174,6 +174,10 @@ TEST_F(VolumeWindowInputTest, F10AndAltOpenTheMenuOfTheWindow) {
     QObject::connect(&window_, &VolumeWindow::quitWanted, [&] { ++quits; });
     press(Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(quits, 1);
+    int preferences = 0;
+    QObject::connect(&window_, &VolumeWindow::preferencesWanted, [&] { ++preferences; });
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(preferences, 1);
     press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(window_.isVisible());
 }
