@@ -14,7 +14,9 @@
 #include "install/MVInstallerController.h"
 #include "install/MenuEntries.h"
 #include "framework/preferences/QNPreferencesWindowController.h"
+#include "framework/logviewer/QNLogTableViewer.h"
 #include "look/theme/CurrentTheme.h"
+#include "look/window/MVCustomWindow.h"
 #include "model/AppVolumeController.h"
 #include "model/MVIgnoredApps.h"
 #include "platform/base/Directories.h"
@@ -182,6 +184,7 @@ void MVAppController::makeWindow() {
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     toggle_ = std::make_unique<WindowToggle>(*window_);
+    connect(window_.get(), &VolumeWindow::logWanted, this, &MVAppController::openLogViewer);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
     connect(window_.get(), &VolumeWindow::uninstallWanted, this,
             [this] { installer_.uninstall(false); });
@@ -307,6 +310,7 @@ void MVAppController::applicationWillTerminate() {
     control_.reset();
     toggle_.reset();
     prefs_.reset();
+    logViewer_.reset();
     window_.reset();
     volumeController_.reset();
 }
@@ -366,6 +370,14 @@ void MVAppController::toggleMainWindow(const QString& token) {
 
 void MVAppController::updateTNHelperPref() {
     MenuBarPreferences::updateTNHelperPref(MenuBarPreferences::sharedDependencies());
+}
+
+void MVAppController::openLogViewer() {
+    if (!logViewer_) {
+        logViewer_ = QNLogTableViewer::logViewerWithHandle(logHandle());
+        logViewer_->window()->setWindowIcon(window_->windowIcon());
+    }
+    logViewer_->showWindow();
 }
 
 void MVAppController::updateApps() {

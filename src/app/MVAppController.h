@@ -12,6 +12,7 @@ class HelperPresence;
 class MVInstallerController;
 class PluginBusClient;
 class PluginProblems;
+class QNLogTableViewer;
 class QNPreferencesWindowController;
 class VolumeWindow;
 class WindowToggle;
@@ -64,8 +65,12 @@ class MVAppController final : public QNGUIApplication {
 
     /// Writes the helper's preference file; see MenuBarPreferences.
     static void updateTNHelperPref();
+
     /// Shows the preferences window, which is created on the first call.
     void showPrefs();
+
+    /// Shows the log in a window of its own.
+    void openLogViewer();
 
     /// The façade's callbacks, called at any time.
     void updateApps();
@@ -100,6 +105,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<WindowToggle> toggle_;
     std::unique_ptr<QNPreferencesWindowController> prefs_;
+    std::unique_ptr<QNLogTableViewer> logViewer_; // from its first use on
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;

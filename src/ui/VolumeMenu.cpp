@@ -42,6 +42,8 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     QMenu* const windows = addPart(Texts::tr("&Window"));
     addEntry(windows, Texts::tr("&Minimize"), {Qt::CTRL | Qt::Key_M}, &VolumeMenu::minimizeWanted);
     addEntry(windows, Texts::tr("&Zoom"), {}, &VolumeMenu::zoomWanted);
+    windows->addSeparator();
+    addEntry(windows, Texts::tr("&Log"), {Qt::CTRL | Qt::Key_L}, &VolumeMenu::logWanted);
 
     QMenu* const help = addPart(Texts::tr("&Help"));
     addEntry(help, named(Texts::tr("&About %@")), {}, &VolumeMenu::aboutWanted);

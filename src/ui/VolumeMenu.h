@@ -29,6 +29,7 @@ class VolumeMenu final : public QMenu {
     void minimizeWanted();
     void zoomWanted();
     void preferencesWanted();
+    void logWanted();
     void aboutWanted();
 
     /// The user pressed a key that opens the menu; `chosen` is the entry whose submenu should open

@@ -55,6 +55,9 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     /// The user wants to see the preferences.
     void preferencesWanted();
 
+    /// The user wants to see the log.
+    void logWanted();
+
     /// The user has pressed a button of the bar.
     void helpWanted();
     void detailsWanted();

@@ -18,4 +18,5 @@ enum QNExceptionPlace : unsigned {
     kExceptionInInterface = 112,
     kExceptionInLaunchStep = 113,
     kExceptionInInstallManifest = 114,
+    kExceptionInLogViewer = 115,
 };
