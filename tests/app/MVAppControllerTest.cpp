@@ -17,6 +17,7 @@
 #include "support/ScopedVariable.h"
 #include "support/ScriptedPlugin.h"
 #include "support/WaitUntil.h"
+#include "ui/VolumeMenu.h"
 #include "ui/VolumeWindow.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,12 @@ VolumeWindow* volumeWindow() {
             return window;
     }
     return nullptr;
+}
+
+bool isLogShown() {
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* each) {
+        return each->isVisible() && each->windowTitle().endsWith(" Log");
+    });
 }
 
 /// Reads the alerts instead of the user.
@@ -150,6 +157,8 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     VolumeWindow* const window = volumeWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
+    Q_EMIT window->menu().logWanted();
+    EXPECT_TRUE(support::waitUntil(&isLogShown)) << "although there is no log";
     EXPECT_TRUE(std::filesystem::exists(container / kMVCommSocketName));
     showThatItUpdates();
 

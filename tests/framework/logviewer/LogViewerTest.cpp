@@ -1,0 +1,287 @@
+#include "framework/logviewer/QNLogTableViewer.h"
+
+#include "framework/log/qnlog.h"
+#include "framework/logviewer/LogMoment.h"
+#include "framework/logviewer/LogTableView.h"
+#include "look/window/MVCustomWindow.h"
+#include "platform/loop/MainQueue.h"
+#include "platform/loop/RunLoop.h"
+#include "support/WaitUntil.h"
+
+#include "LogFileFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QTest>
+
+using support::waitUntil;
+
+namespace {
+
+const std::string date(LogFileFixture::date);
+
+/// A viewer whose window is open.
+class LogViewer : public testing::Test {
+  protected:
+    void open(std::string_view text) {
+        log.append(text);
+        handle.reset(qnlog_open(log.path().c_str(), 0));
+        viewer = QNLogTableViewer::logViewerWithHandle(handle.get());
+        viewer->showWindow();
+        ASSERT_TRUE(waitUntil(
+            [&] { return viewer->window()->isVisible() && viewer->document().isCaughtUp(); }));
+        viewer->window()->activateWindow();
+        table().setFocus();
+        support::serveEvents();
+    }
+
+    LogTableView& table() { return viewer->table(); }
+    std::size_t rows() { return viewer->numberOfRowsInTableView(); }
+    bool waitForRows(std::size_t count) {
+        return waitUntil([&] { return rows() == count; });
+    }
+    QString message(std::size_t row) { return viewer->entryOfRow(row).message(); }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(&table(), key, modifiers);
+    }
+    QLineEdit& input(const QString& name) {
+        for (QLineEdit* const each : viewer->window()->findChildren<QLineEdit*>()) {
+            if (each->accessibleName() == name)
+                return *each;
+        }
+        throw std::runtime_error("no such input");
+    }
+    QLineEdit& filter() { return input("Only rows with this text"); }
+    bool isInSight(std::size_t row) { return !table().rowRect(row).isEmpty(); }
+    bool isTold(const QString& text) {
+        const auto labels = viewer->window()->findChildren<QLabel*>();
+        return std::ranges::any_of(labels, [&](const QLabel* label) {
+            return label->isVisible() && label->text().contains(text);
+        });
+    }
+
+    struct Close {
+        void operator()(qnlog_handle* log_) const { qnlog_close(log_); }
+    };
+    platform::RunLoop loop;
+    const platform::MainQueueService mainQueue{loop};
+    const LogFileFixture log;
+    std::unique_ptr<qnlog_handle, Close> handle;
+    std::unique_ptr<QNLogTableViewer> viewer;
+};
+
+} // namespace
+
+TEST_F(LogViewer, FollowsTheEndOnlyWhileItIsInSight) {
+    open(LogFileFixture::messages(0, 500));
+    EXPECT_TRUE(table().isAtEnd());
+    EXPECT_TRUE(isInSight(499));
+    log.append(LogFileFixture::messages(500, 100));
+    ASSERT_TRUE(waitForRows(600));
+    EXPECT_TRUE(isInSight(599));
+    table().verticalScrollBar()->setValue(table().verticalScrollBar()->value() - 50);
+    ASSERT_FALSE(table().isAtEnd());
+    const std::size_t top = table().topRow();
+    const QRect place = table().rowRect(top + 1);
+    log.append(LogFileFixture::messages(600, 100));
+    ASSERT_TRUE(waitForRows(700));
+    EXPECT_EQ(table().topRow(), top);
+    EXPECT_EQ(table().rowRect(top + 1), place);
+    press(Qt::Key_End);
+    log.append(LogFileFixture::messages(700, 1));
+    ASSERT_TRUE(waitForRows(701));
+    EXPECT_TRUE(isInSight(700));
+}
+
+/// Rows come into sight that have been estimated only, and wrongly: their words do not fill lines.
+TEST_F(LogViewer, MovesByWhatIsScrolledAlthoughHeightsWereEstimated) {
+    const std::string word(60, 'w');
+    open(LogFileFixture::messages(0, 3000, word + ' ' + word + ' ' + word + ' ' + word));
+    for (const int step : {-40, -300, 40, -7, -500}) {
+        const std::size_t row = table().topRow() + 2;
+        const int before = table().rowRect(row).top();
+        QScrollBar& bar = *table().verticalScrollBar();
+        bar.setValue(bar.value() + step);
+        if (const QRect now = table().rowRect(row); !now.isEmpty() && step > -400) {
+            EXPECT_NEAR(now.top(), before - step, 1) << step;
+        }
+    }
+    const std::size_t top = table().topRow();
+    viewer->window()->resize(500, 400);
+    EXPECT_EQ(table().topRow(), top);
+    for (std::size_t row = table().topRow(); isInSight(row) && isInSight(row + 1); ++row)
+        ASSERT_EQ(table().rowRect(row).bottom() + 1, table().rowRect(row + 1).top());
+    table().verticalScrollBar()->setValue(0);
+    EXPECT_EQ(table().rowRect(0).top(), 0);
+}
+
+TEST_F(LogViewer, ScrollsThroughARowThatIsTallerThanTheWindow) {
+    std::string tall = ":00:01.1  : [I] tall\n";
+    for (int i = 0; i < 200; ++i)
+        tall += "line " + std::to_string(i) + '\n';
+    open(date + ":00:00.1  : [I] first\n" + tall + ":00:02.1  : [I] last\n");
+    press(Qt::Key_Home);
+    press(Qt::Key_Down);
+    ASSERT_EQ(table().currentRow(), 1U);
+    int before = table().rowRect(1).top();
+    for (int presses = 0; table().currentRow() == 1 && presses < 300; ++presses) {
+        press(Qt::Key_Down);
+        const QRect place = table().rowRect(1);
+        ASSERT_TRUE(place.isEmpty() || place.top() <= before);
+        ASSERT_LT(before - place.top(), table().viewport()->height()) << "no line is passed over";
+        before = place.top();
+    }
+    EXPECT_EQ(table().currentRow(), 2U);
+    EXPECT_TRUE(isInSight(2));
+    press(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(&input("Find:"), "line 150");
+    ASSERT_TRUE(waitUntil([&] { return table().currentRow() == 1; }));
+    const int lineHeight = table().rowRect(1).height() / 201;
+    const int y = table().rowRect(1).top() + 151 * lineHeight;
+    EXPECT_TRUE(y > 0 && y < table().viewport()->height()) << "the match is in sight: " << y;
+}
+
+TEST_F(LogViewer, KeepsTheRowInSightWhenAFilterIsSetAndCleared) {
+    open(LogFileFixture::messages(0, 4000));
+    table().setCurrentRow(1234); // a warning
+    const QRect place = table().rowRect(1234);
+    filter().setText("MESSAGE 12");
+    ASSERT_TRUE(waitForRows(111)) << rows();
+    EXPECT_EQ(message(table().currentRow()), "message 1234");
+    EXPECT_TRUE(isInSight(table().currentRow()));
+    log.append(LogFileFixture::messages(4000, 1, "message 12"));
+    ASSERT_TRUE(waitForRows(112));
+    filter().clear();
+    ASSERT_TRUE(waitForRows(4001));
+    EXPECT_EQ(table().currentRow(), 1234U);
+    EXPECT_EQ(table().rowRect(1234), place);
+    auto* const levels = viewer->window()->findChildren<QComboBox*>().at(1);
+    levels->setCurrentText("Errors");
+    ASSERT_EQ(rows(), 400U);
+    EXPECT_EQ(message(0), "message 9");
+    levels->setCurrentText("Warnings and errors");
+    ASSERT_EQ(rows(), 800U);
+    filter().setText("nothing like that");
+    EXPECT_TRUE(waitUntil([&] { return table().hint() == "No row passes the filter."; }));
+}
+
+TEST_F(LogViewer, GoesToMatchesWarningsErrorsAndTimes) {
+    open(LogFileFixture::messages(0, 4000));
+    const auto arrivesAt = [&](std::size_t row) {
+        return waitUntil([&] { return table().currentRow() == row; }) && isInSight(row);
+    };
+    table().setCurrentRow(1000);
+    press(Qt::Key_F, Qt::ControlModifier);
+    QLineEdit& needle = input("Find:");
+    QTest::keyClicks(&needle, "E 99");
+    EXPECT_TRUE(arrivesAt(999));
+    press(Qt::Key_F3);
+    EXPECT_TRUE(arrivesAt(99)) << "the first one is found after the last one";
+    QTest::keyClick(&needle, Qt::Key_Escape);
+    table().setCurrentRow(1000);
+    press(Qt::Key_W);
+    EXPECT_TRUE(arrivesAt(1004));
+    press(Qt::Key_E);
+    EXPECT_TRUE(arrivesAt(1009));
+    press(Qt::Key_E, Qt::ShiftModifier);
+    EXPECT_TRUE(arrivesAt(999));
+    press(Qt::Key_W, Qt::ShiftModifier);
+    EXPECT_TRUE(arrivesAt(994));
+    press(Qt::Key_G, Qt::ControlModifier);
+    QLineEdit& time = input("Go to time:");
+    for (const auto& [text, row] : {std::pair("0:20", 1200U), {"2014-03-07 1:00:07", 3607U}}) {
+        time.setText(text);
+        QTest::keyClick(&time, Qt::Key_Return);
+        EXPECT_TRUE(arrivesAt(row)) << text;
+    }
+    time.setText("soon");
+    QTest::keyClick(&time, Qt::Key_Return);
+    EXPECT_TRUE(isTold("Enter a time"));
+}
+
+TEST_F(LogViewer, CopiesWholeMessagesOfAnyLength) {
+    const std::string longText(10 << 20, 'x');
+    open(date + ":05:07.3  : [W] careful\nof this\n:06:00.1  : [I] " + longText + '\n');
+    EXPECT_LT(message(1).size(), 100'000);
+    EXPECT_TRUE(message(1).contains("10 MB left out")) << message(1).right(80).toStdString();
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(),
+              "2014-03-07 09:05:07.003 [W] careful\nof this\n2014-03-07 09:06:00.001 [I] " +
+                  QString::fromStdString(longText) + '\n');
+}
+
+TEST_F(LogViewer, SaysWhyItShowsNothingOrAnOldFile) {
+    open("");
+    EXPECT_EQ(table().hint(), "Nothing has been logged yet.");
+    log.append(date + ":05:07.3  : [W] \xFF\n");
+    EXPECT_TRUE(waitUntil([&] { return isTold("not UTF-8 text: 1"); }));
+    std::filesystem::rename(log.path(), log.path("other"));
+    EXPECT_TRUE(waitUntil([&] { return isTold("renamed or replaced"); }));
+    viewer->window()->close();
+    viewer->showWindow();
+    EXPECT_TRUE(waitUntil([&] { return table().hint().startsWith("The log can't be read"); }));
+    log.append("no log\n");
+    viewer->window()->close();
+    viewer->showWindow();
+    EXPECT_TRUE(
+        waitUntil([&] { return table().hint() == "This file does not begin like a log."; }));
+    QNLogTableViewer without(nullptr);
+    without.showWindow();
+    EXPECT_TRUE(without.table().hint().contains("There is no log file"));
+}
+
+TEST_F(LogViewer, TellsAssistiveToolsOfAllRows) {
+    open(LogFileFixture::messages(0, 2000));
+    QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&table());
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->role(), QAccessible::List);
+    EXPECT_EQ(list->childCount(), 2000);
+    QAccessibleInterface* const row = list->child(1234);
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->text(QAccessible::Name), "00:20:34, Warning, message 1234");
+    EXPECT_EQ(list->indexOfChild(row), 1234);
+    EXPECT_TRUE(row->state().offscreen);
+    table().setCurrentRow(1234);
+    EXPECT_FALSE(row->state().offscreen);
+    EXPECT_TRUE(row->state().selected);
+    EXPECT_EQ(list->focusChild(), row);
+    const QPoint middle = row->rect().center();
+    EXPECT_EQ(list->childAt(middle.x(), middle.y()), row);
+    for (int index = 0; index < 2000; ++index)
+        ASSERT_NE(list->child(index), nullptr);
+    EXPECT_EQ(list->child(2000), nullptr);
+}
+
+TEST_F(LogViewer, ListsEarlierRuns) {
+    std::ofstream(log.path("Tonvale0.log")) << LogFileFixture::messages(0, 7);
+    open(LogFileFixture::messages(0, 3));
+    auto* const files = viewer->window()->findChildren<QComboBox*>().at(0);
+    ASSERT_EQ(files->count(), 2);
+    files->setCurrentIndex(1);
+    EXPECT_TRUE(waitForRows(7));
+    files->setCurrentIndex(0);
+    EXPECT_TRUE(waitForRows(3));
+}
+
+TEST(LogColors, AreThoseOfTheLevels) {
+    const std::map<std::uint32_t, QColor> expected{
+        {0, QColor(194, 187, 255)}, {1, QColor(255, 199, 199)},  {2, QColor(254, 244, 156)},
+        {4, QColor(176, 240, 240)}, {15, QColor(200, 200, 200)}, {16, QColor(240, 240, 240)}};
+    for (std::uint32_t level = 0; level < 32; ++level) {
+        const std::optional<QColor> color = QNLogTableViewer::colorForLevel(level);
+        const auto known = expected.find(level);
+        ASSERT_EQ(color.has_value(), known != expected.end()) << level;
+        if (color) {
+            EXPECT_EQ(color->rgb(), known->second.rgb()) << level;
+        }
+    }
+}
