@@ -19,4 +19,10 @@ enum QNExceptionPlace : unsigned {
     kExceptionInLaunchStep = 113,
     kExceptionInInstallManifest = 114,
     kExceptionInLogViewer = 115,
+    kExceptionInUploadProgress = 116,
+    kExceptionInUploadCompletion = 117,
+    kExceptionInSupportCollector = 118,
+    kExceptionInSupportHandler = 119,
+    kExceptionInSupportCallback = 120,
+    kExceptionInMachineFacts = 121,
 };
