@@ -172,7 +172,7 @@ bool isTelling(const std::string& serialNumber) {
 
 } // namespace
 
-PersonalNames::PersonalNames(const PersonalFacts& facts) {
+PersonalNames::PersonalNames(const platform::PersonalFacts& facts) {
     if (facts.home.size() > 1)
         add(RedactionKind::homeFolder, facts.home, true);
     addName(RedactionKind::userName, facts.userName);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "framework/redaction/PersonalFacts.h"
 #include "framework/redaction/RedactionKind.h"
+#include "platform/processes/PersonalFacts.h"
 
 #include <array>
 #include <cstddef>
@@ -16,7 +16,7 @@
 /// fields of that meaning, at the host's place in lines of logs. Immutable; any thread.
 class PersonalNames {
   public:
-    explicit PersonalNames(const PersonalFacts& facts);
+    explicit PersonalNames(const platform::PersonalFacts& facts);
 
     struct Found {
         RedactionKind kind;

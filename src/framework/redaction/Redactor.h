@@ -14,7 +14,12 @@
 /// Counts what it has replaced. Any thread.
 class Redactor {
   public:
-    explicit Redactor(const PersonalFacts& facts) : names_(facts) {}
+    /// Knows nobody until learn().
+    Redactor() = default;
+    explicit Redactor(const platform::PersonalFacts& facts) : names_(facts) {}
+
+    /// Not while another thread uses the object.
+    void learn(const platform::PersonalFacts& facts) { names_ = PersonalNames(facts); }
 
     /// The text with each finding replaced by a word in brackets, wordsOf(). Takes time and memory
     /// in proportion to the text.
@@ -28,6 +33,6 @@ class Redactor {
   private:
     class Pass;
 
-    const PersonalNames names_;
+    PersonalNames names_{platform::PersonalFacts{}};
     mutable std::array<std::atomic<std::size_t>, redactionKinds> counts_{};
 };

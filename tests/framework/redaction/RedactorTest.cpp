@@ -9,7 +9,7 @@
 
 namespace {
 
-PersonalFacts someone() {
+platform::PersonalFacts someone() {
     return {.home = "/home/jörg",
             .userName = "jörg",
             .realName = "Jörg Müller",
@@ -23,7 +23,7 @@ struct Case {
     const char* expected;
 };
 
-void expectRedacted(const PersonalFacts& facts, std::initializer_list<Case> cases) {
+void expectRedacted(const platform::PersonalFacts& facts, std::initializer_list<Case> cases) {
     const Redactor redactor(facts);
     for (const Case& one : cases)
         EXPECT_EQ(redactor.redacted(one.text), one.expected);
@@ -53,12 +53,12 @@ TEST(Redactor, ReplacesNamesInEveryForm) {
 }
 
 TEST(Redactor, SparesOrdinaryWordsWhereNoNameStands) {
-    PersonalFacts facts{.home = "/home/audio",
-                        .userName = "audio",
-                        .realName = "",
-                        .hostName = "debian",
-                        .machineIds = {},
-                        .serialNumbers = {}};
+    platform::PersonalFacts facts{.home = "/home/audio",
+                                  .userName = "audio",
+                                  .realName = "",
+                                  .hostName = "debian",
+                                  .machineIds = {},
+                                  .serialNumbers = {}};
     const char* const plain = "audio device /dev/audio.0 of debian 12, lib/audio audio-src";
     expectRedacted(
         facts,
@@ -167,7 +167,7 @@ TEST(PersonalFacts, AreThoseOfTheSystem) {
     write("etc/machine-id", "0123\n");
     write("sys/class/dmi/id/product_serial", "PF3X9 \n");
     write("sys/bus/usb/devices/1-2/serial", "MIC77\n");
-    const PersonalFacts facts = PersonalFacts::ofThisMachine(root.path());
+    const platform::PersonalFacts facts = platform::PersonalFacts::ofThisMachine(root.path());
     EXPECT_EQ(facts.hostName, "wolke");
     EXPECT_EQ(facts.machineIds, std::vector<std::string>{"0123"});
     EXPECT_EQ(facts.serialNumbers, (std::vector<std::string>{"PF3X9", "MIC77"}));

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace platform {
+
 /// What files may tell about a person and their machine. An unknown fact is empty. Any thread.
 struct PersonalFacts {
     std::string home;     ///< the home folder's path
@@ -15,3 +17,5 @@ struct PersonalFacts {
     /// `root` is the folder that holds /etc, /proc and /sys, for a machine other than this one.
     [[nodiscard]] static PersonalFacts ofThisMachine(const std::string& root = {});
 };
+
+} // namespace platform

@@ -1,4 +1,4 @@
-#include "framework/redaction/PersonalFacts.h"
+#include "platform/processes/PersonalFacts.h"
 
 #include "platform/base/Directories.h"
 
@@ -8,6 +8,8 @@
 #include <pwd.h>
 #include <string_view>
 #include <unistd.h>
+
+namespace platform {
 
 namespace {
 
@@ -54,7 +56,7 @@ void addSerialNumbers(PersonalFacts& facts, const std::string& root) {
 
 PersonalFacts PersonalFacts::ofThisMachine(const std::string& root) {
     PersonalFacts facts;
-    facts.home = platform::homeDirectory();
+    facts.home = homeDirectory();
     addAccount(facts);
     facts.hostName = firstLine(root + "/proc/sys/kernel/hostname");
     addLine(facts.machineIds, root + "/etc/machine-id");
@@ -62,3 +64,5 @@ PersonalFacts PersonalFacts::ofThisMachine(const std::string& root) {
     addSerialNumbers(facts, root);
     return facts;
 }
+
+} // namespace platform
