@@ -5,6 +5,9 @@ set(TONVALE_BUNDLE_DIR "${CMAKE_BINARY_DIR}/Tonvale.app" CACHE PATH "The bundle 
 set(TONVALE_CONTENTS_DIR "${TONVALE_BUNDLE_DIR}/Contents")
 set(TONVALE_PLUGIN_CONTENTS_DIR "${TONVALE_CONTENTS_DIR}/PlugIns/Tonvale.plugin/Contents")
 
+# Where support reports are sent: HOST or HOST:PORT. Names under ".invalid" stand for no server.
+set(TONVALE_SUPPORT_SERVER "support.tonvale.invalid" CACHE STRING "The server for support reports")
+
 # What people run carries no symbols: the plug-in is compared with the installed one at every start.
 # They go beside the bundle; "gdb -s Tonvale.app.symbols/PROGRAM.debug PROGRAM" reads them.
 option(TONVALE_STRIP "Move the symbols of the bundle's programs to a folder beside it" OFF)

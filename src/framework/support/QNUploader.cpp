@@ -18,16 +18,11 @@ namespace {
 
 constexpr qsizetype largestReply = qsizetype{1} << 20U;
 
-bool isThisMachine(const QString& host) {
-    return host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 ||
-           QHostAddress(host).isLoopback();
-}
-
 bool isUsable(const QUrl& url) {
     if (!url.isValid() || url.host().isEmpty())
         return false;
     return url.scheme() == QLatin1String("https") ||
-           (url.scheme() == QLatin1String("http") && isThisMachine(url.host()));
+           (url.scheme() == QLatin1String("http") && QNUploader::isThisMachine(url.host()));
 }
 
 /// Whether the server's whole answer has arrived, even if it is that something is wrong.
@@ -65,9 +60,16 @@ void QNUploaderProxy::cancel() {
         uploader_->cancel();
 }
 
+void QNUploaderProxy::cancelSilently() {
+    progressHandler_ = nullptr;
+    completionHandler_ = nullptr;
+    cancel();
+}
+
 void QNUploaderProxy::uploaderProgress(QNUploader& /*uploader*/, double fraction) {
-    if (progressHandler_)
-        platform::guarded(kExceptionInUploadProgress, [&] { progressHandler_(fraction); });
+    const ProgressHandler progress = progressHandler_; // it may cancel
+    if (progress)
+        platform::guarded(kExceptionInUploadProgress, [&] { progress(fraction); });
 }
 
 void QNUploaderProxy::uploaderDidFinishWithReply(QNUploader& /*uploader*/,
@@ -83,6 +85,11 @@ void QNUploaderProxy::finish(const std::optional<QByteArray>& reply) {
     progressHandler_ = nullptr;
     if (uploader_)
         uploader_.release()->deleteLater(); // a function of it is still running
+}
+
+bool QNUploader::isThisMachine(const QString& host) {
+    return host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 ||
+           QHostAddress(host).isLoopback();
 }
 
 std::shared_ptr<QNUploaderProxy>

@@ -47,6 +47,9 @@ class QNUploaderProxy final : public QNUploaderDelegate,
     /// Ends the upload, a little later, with no reply. Nothing happens if it has finished.
     void cancel();
 
+    /// The same, and no block is called any more.
+    void cancelSilently();
+
     void uploaderDidFinishWithReply(QNUploader& uploader,
                                     const std::optional<QByteArray>& reply) override;
     void uploaderProgress(QNUploader& uploader, double fraction) override;
@@ -80,6 +83,9 @@ class QNUploader final : public QObject {
     static inline const QString postFileData = QStringLiteral("QNUploaderPostFileData"); ///< bytes
 
     static constexpr std::chrono::seconds longestStandstill{60};
+
+    /// Whether a host is the machine itself, which is reached without encryption.
+    [[nodiscard]] static bool isThisMachine(const QString& host);
 
     /// Begins an upload at the main queue's next turn. The result cancels it; it need not be kept.
     static std::shared_ptr<QNUploaderProxy>
