@@ -6,6 +6,7 @@
 #include "app/MenuBarPreferences.h"
 #include "app/PluginProblems.h"
 #include "app/WindowToggle.h"
+#include "app/SupportInformation.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
 #include "comm/PluginBusClient.h"
@@ -149,6 +150,7 @@ void MVAppController::launch(bool hasInstalled) {
     step([this] { updateWhenActive(); });
     step([this] { helper_ = std::make_unique<HelperPresence>(platform::sessionBus()); });
     step([this] { showFileAlerts(); });
+    step([] { SupportInformation::cleanUp(); });
 }
 
 /// A plug-in that connects finds the language on the disk, and a helper the bundle.
@@ -186,6 +188,8 @@ void MVAppController::makeWindow() {
     toggle_ = std::make_unique<WindowToggle>(*window_);
     connect(window_.get(), &VolumeWindow::logWanted, this, &MVAppController::openLogViewer);
     connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
+    connect(window_.get(), &VolumeWindow::supportWanted, this,
+            [this] { SupportInformation::show(*window_, logURL()); });
     connect(window_.get(), &VolumeWindow::uninstallWanted, this,
             [this] { installer_.uninstall(false); });
     installer_.onUninstalled([this] {

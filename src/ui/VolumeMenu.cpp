@@ -46,6 +46,7 @@ VolumeMenu::VolumeMenu(QWidget& window) : QMenu(&window), window_(window) {
     addEntry(windows, Texts::tr("&Log"), {Qt::CTRL | Qt::Key_L}, &VolumeMenu::logWanted);
 
     QMenu* const help = addPart(Texts::tr("&Help"));
+    addEntry(help, Texts::tr("&Support Information…"), {}, &VolumeMenu::supportWanted);
     addEntry(help, named(Texts::tr("&About %@")), {}, &VolumeMenu::aboutWanted);
     addOpening(Qt::Key_F10, nullptr);
 }

@@ -31,6 +31,7 @@ class VolumeMenu final : public QMenu {
     void preferencesWanted();
     void logWanted();
     void aboutWanted();
+    void supportWanted();
 
     /// The user pressed a key that opens the menu; `chosen` is the entry whose submenu should open
     /// too, or null.

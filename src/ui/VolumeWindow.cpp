@@ -194,6 +194,7 @@ void VolumeWindow::makeMenu() {
     connect(menu_, &VolumeMenu::zoomWanted, this, &MVCustomWindow::zoom);
     connect(menu_, &VolumeMenu::preferencesWanted, this, &VolumeWindow::preferencesWanted);
     connect(menu_, &VolumeMenu::logWanted, this, &VolumeWindow::logWanted);
+    connect(menu_, &VolumeMenu::supportWanted, this, &VolumeWindow::supportWanted);
     connect(menu_, &VolumeMenu::aboutWanted, this, &VolumeWindow::showAbout);
     connect(menu_, &VolumeMenu::openWanted, this, &MVCustomWindow::openMenu);
     connect(menu_, &QMenu::aboutToShow, this, &VolumeWindow::updateMenu);

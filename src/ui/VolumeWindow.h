@@ -58,6 +58,9 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     /// The user wants to see the log.
     void logWanted();
 
+    /// The user wants to send information to the maker.
+    void supportWanted();
+
     /// The user has pressed a button of the bar.
     void helpWanted();
     void detailsWanted();

@@ -278,6 +278,16 @@ TEST_F(VolumeWindowTest, TheSamePullTwiceEndsInWholeRowsTwice) {
     }
 }
 
+TEST_F(VolumeWindowTest, PassesOnThatSupportIsWanted) {
+    int wanted = 0;
+    QObject::connect(&window_, &VolumeWindow::supportWanted, [&] { ++wanted; });
+    for (QAction* const entry : window_.actions()) {
+        if (entry->text() == "&Support Information…")
+            entry->trigger();
+    }
+    EXPECT_EQ(wanted, 1);
+}
+
 TEST_F(VolumeWindowTest, ShowsOneAboutBox) {
     for (int times = 0; times < 2; ++times)
         Q_EMIT window_.menu().aboutWanted();

@@ -83,6 +83,8 @@ class QNSupportLog {
     /// Collects what generatePostDictionary() would, for a person to look at.
     void collectForReview(const StatusHandler& statusHandler, std::function<void()> callback);
     [[nodiscard]] const std::vector<SupportEntry>& reviewedEntries() const noexcept;
+    /// The names of reviewed entries that are not sent.
+    [[nodiscard]] const QSet<QString>& leftOut() const noexcept { return leftOut_; }
     void setLeftOut(const QSet<QString>& names) { leftOut_ = names; }
 
     /// The information record as it would be stored now.
