@@ -3,19 +3,20 @@
 #include "app/CommandLine.h"
 #include "app/FileAlerts.h"
 #include "app/HelperPresence.h"
+#include "app/HelperState.h"
 #include "app/MenuBarPreferences.h"
 #include "app/PluginProblems.h"
-#include "app/WindowToggle.h"
 #include "app/SupportInformation.h"
+#include "app/WindowToggle.h"
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
 #include "comm/PluginBusClient.h"
 #include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
+#include "framework/logviewer/QNLogTableViewer.h"
+#include "framework/preferences/QNPreferencesWindowController.h"
 #include "install/MVInstallerController.h"
 #include "install/MenuEntries.h"
-#include "framework/preferences/QNPreferencesWindowController.h"
-#include "framework/logviewer/QNLogTableViewer.h"
 #include "look/theme/CurrentTheme.h"
 #include "look/window/MVCustomWindow.h"
 #include "model/AppVolumeController.h"
@@ -99,8 +100,9 @@ QString MVAppController::logURL() {
 }
 
 MVAppController::MVAppController(std::unique_ptr<platform::SingleInstance> instance,
-                                 MVInstallerController& installer)
-    : instance_(std::move(instance)), installer_(installer) {
+                                 MVInstallerController* installer)
+    : instance_(std::move(instance))
+    , installer_(installer != nullptr ? *installer : MVInstallerController::sharedController()) {
     const QString file = logURL();
     if (!file.isEmpty()) {
         const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
@@ -142,6 +144,7 @@ void MVAppController::launch(bool hasInstalled) {
     step([this] { hearPlugin(); }); // it sends its reports as soon as it can connect
     step([this] { connectPlugins(); });
     step([&] { pluginProblems_->runInstalledPlugin(hasInstalled); });
+    step([this] { keepHelper(); });
     if (hasInstalled)
         step([this] { installer_.runPostInstallAlert(); });
     step([this] { volumeController_->update(); });
@@ -149,8 +152,25 @@ void MVAppController::launch(bool hasInstalled) {
     step([this] { serveBus(); });
     step([this] { updateWhenActive(); });
     step([this] { helper_ = std::make_unique<HelperPresence>(platform::sessionBus()); });
+    step([this] { observeMenuBarPreferences(); });
     step([this] { showFileAlerts(); });
     step([] { SupportInformation::cleanUp(); });
+}
+
+void MVAppController::keepHelper() {
+    updateTNHelperPref();
+    helperState_ = std::make_unique<HelperState>(
+        [this](bool isShown) { installer_.showHelperInMenuBar(isShown); },
+        installer_.hasHelper()
+            ? QString()
+            : Texts::tr("This application isn't installed, so it keeps no icon in the menu bar."));
+    installer_.adjustHelperIfNecessary();
+}
+
+void MVAppController::observeMenuBarPreferences() {
+    auto dependencies = MenuBarPreferences::sharedDependencies();
+    dependencies.showHelper = [this](bool isShown) { helperState_->change(isShown); };
+    menuBarPreferences_ = std::make_unique<MenuBarPreferences>(std::move(dependencies));
 }
 
 /// A plug-in that connects finds the language on the disk, and a helper the bundle.
@@ -311,6 +331,7 @@ void MVAppController::applicationWillTerminate() {
     pluginProblems_.reset();
     pluginBus_.reset();
     instance_->serve(nullptr);
+    menuBarPreferences_.reset();
     control_.reset();
     toggle_.reset();
     prefs_.reset();
@@ -347,7 +368,7 @@ void MVAppController::showPrefs() {
         prefs_->window().setWindowIcon(window_->windowIcon());
         prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsGeneral>(
             MVPrefsGeneral::Dependencies{UserDefaults::standard(),
-                                         volumeController_->rememberedApps()}));
+                                         volumeController_->rememberedApps(), helperState_.get()}));
         prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsIgnored>(
             MVPrefsIgnored::Dependencies{
                 MVIgnoredApps::sharedInstance(), Workspace::shared(),

@@ -9,7 +9,9 @@
 class AppVolumeController;
 class ControlService;
 class HelperPresence;
+class HelperState;
 class MVInstallerController;
+class MenuBarPreferences;
 class PluginBusClient;
 class PluginProblems;
 class QNLogTableViewer;
@@ -38,10 +40,10 @@ class MVAppController final : public QNGUIApplication {
     /// folder.
     static QString logURL();
 
-    /// Opens the log file. `instance` ensures that no other instance runs; `installer` must outlive
-    /// the controller.
-    MVAppController(std::unique_ptr<platform::SingleInstance> instance,
-                    MVInstallerController& installer);
+    /// Opens the log file. `instance` ensures that no other instance runs. `installer`, null for
+    /// the shared one, must outlive the controller.
+    explicit MVAppController(std::unique_ptr<platform::SingleInstance> instance,
+                             MVInstallerController* installer = nullptr);
     ~MVAppController() override;
 
     std::optional<QStringList> validOptions() const override;
@@ -85,6 +87,8 @@ class MVAppController final : public QNGUIApplication {
     void observeSignals();
     static void storeLaunch();
     void launch(bool hasInstalled);
+    void keepHelper();
+    void observeMenuBarPreferences();
     void makeWindow();
     void hearInstance();
     bool doAction(const QString& action, const QString& token);
@@ -110,4 +114,6 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;
     std::unique_ptr<HelperPresence> helper_;
+    std::unique_ptr<HelperState> helperState_;
+    std::unique_ptr<MenuBarPreferences> menuBarPreferences_;
 };

@@ -2,7 +2,6 @@
 
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
-#include "install/MVInstallerController.h"
 #include "platform/bus/DistributedNotification.h"
 #include "settings/PreferenceKeys.h"
 
@@ -20,9 +19,7 @@ MenuBarPreferences::Dependencies MenuBarPreferences::sharedDependencies() {
     const QString folder = QNApplication::current()->applicationSupportPath();
     return {platform::UserDefaults::standard(),
             folder.isEmpty() ? QString() : folder + QStringLiteral("/UseColorMenuBarIcon"),
-            [](bool isShown) {
-                MVInstallerController::sharedController().showHelperInMenuBar(isShown);
-            },
+            {},
             [](const QString& name) { platform::postDistributedNotification(name); }};
 }
 

@@ -20,7 +20,7 @@ class MenuBarPreferences final : public QObject {
         std::function<void(const QString& notification)> post; ///< to the helper
     };
 
-    /// The dependencies of the process.
+    /// The dependencies of the process, but for `showHelper`.
     static Dependencies sharedDependencies();
 
     /// Observes the preferences from now on.

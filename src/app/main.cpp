@@ -2,7 +2,6 @@
 #include "app/MVAppController.h"
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
-#include "install/MVInstallerController.h"
 #include "platform/base/DescriptorLimit.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
@@ -26,8 +25,7 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     if (!instance)
         return nullptr;
     MVAppController::initialize();
-    return std::make_unique<MVAppController>(std::move(instance),
-                                             MVInstallerController::sharedController());
+    return std::make_unique<MVAppController>(std::move(instance));
 }
 
 } // namespace

@@ -56,9 +56,10 @@ void launchHelper(const QString& program, HelperInstallation::Launched launched)
                     std::move(launched));
 }
 
-/// Null for a user without a folder for it.
+/// Null for a user without a folder for it, and with a local library of the environment's.
 std::shared_ptr<HelperInstallation> usualHelper() {
-    if (QNApplication::current()->applicationSupportPath().isEmpty())
+    if (!MVInstallerController::usesBuiltInLibrary() ||
+        QNApplication::current()->applicationSupportPath().isEmpty())
         return nullptr;
     const auto executable = platform::Bundle::main().text("CFBundleExecutable");
     return std::make_shared<HelperInstallation>(HelperInstallation::Dependencies{
@@ -109,6 +110,10 @@ QString MVInstallerController::helperDestinationURL() {
     const QFileInfo source(helperSourceURL());
     return QNApplication::current()->applicationSupportPath() + QLatin1Char('/') +
            source.fileName();
+}
+
+bool MVInstallerController::hasHelper() const {
+    return dependencies_.helper != nullptr;
 }
 
 void MVInstallerController::adjustHelperIfNecessary() {

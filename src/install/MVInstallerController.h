@@ -31,6 +31,7 @@ class MVInstallerController {
         std::shared_ptr<HelperInstallation> helper = nullptr; ///< null: there is none to manage
     };
 
+    /// Needs the application object.
     static MVInstallerController& sharedController();
 
     explicit MVInstallerController(Dependencies dependencies);
@@ -66,6 +67,7 @@ class MVInstallerController {
     /// The helper in the menu bar: the check at launch; installing, launching and registering it,
     /// or removing it; removing it. See HelperInstallation.
     void adjustHelperIfNecessary();
+    [[nodiscard]] bool hasHelper() const; ///< false: these calls do nothing
     void showHelperInMenuBar(bool isShown);
     void uninstallHelper();
 

@@ -144,7 +144,8 @@ TEST(MVAppController, ServesItsWindowAndHidesItWhileAHelperCanShowItAgain) {
     const std::filesystem::path program = TONVALE_PROGRAM;
     MVInstallerController installer =
         installerOf(program.parent_path().parent_path().parent_path());
-    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"), installer);
+    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"),
+                               &installer);
     controller.awakeFromNib();
     ASSERT_EQ(MVAppController::sharedController(), &controller);
     controller.updateApps();
@@ -191,7 +192,8 @@ TEST(MVAppController, EndsBeforeThereIsAWindowIfThePluginCannotBeInstalled) {
     const platform::RunLoopNotifier notifier(loop);
     const platform::MainQueueService mainQueue(loop);
     MVInstallerController installer = installerOf("/nowhere");
-    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"), installer);
+    MVAppController controller(platform::SingleInstance::acquire("com.quarnel.Tonvale"),
+                               &installer);
     controller.awakeFromNib();
     controller.applicationDidFinishLaunching();
     ASSERT_EQ(alerts.shown.size(), 1U);
