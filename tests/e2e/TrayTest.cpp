@@ -53,7 +53,8 @@ class TrayTest : public testing::Test {
     void startTonvale() {
         tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM});
         const std::string socket = MVCommMainSocketPath();
-        ASSERT_TRUE(waitUntil([&] { return platform::connectUnixSocket(socket).get() >= 0; }));
+        ASSERT_TRUE(waitUntil([&] { return platform::connectUnixSocket(socket).get() >= 0; }))
+            << tonvale_->output();
         ASSERT_TRUE(waitUntil([] { return isWindowShown(); }));
         player_.emplace(socket);
         player_->checkIn(process, "player");
