@@ -261,6 +261,80 @@ Exit codes: 0 done, 1 refused, 2 wrong arguments, 3 Tonvale is not running, 4 no
         <source>“%1” is no volume: it is 0 to 100, or a step such as +5%.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Tonvale is not running</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tonvale can&apos;t be started</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tonvale is not installed any more</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its icon goes too.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: TonvaleHelper [--version | --help]
+Shows the icon of the Tonvale application in the tray.
+Runs until it is told to end; one is enough for a session.
+
+  --version   print the version
+  -h, --help  print this text
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (muted)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (%2 %)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volume %1 %, muted</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volume %1 %</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No sound output</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Mute the output</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No program plays</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Tonvale</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit Tonvale</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Mute everything that plays</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>Texts</name>
@@ -738,6 +812,663 @@ and the logs in
     </message>
     <message>
         <source>U&amp;ninstall…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This application isn&apos;t installed, so it keeps no icon in the menu bar.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find Next</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find Previous</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Filter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to Time…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Wrap Lines</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save a Copy…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enter a time like 9:41 or 2014-03-07 09:41:05</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing is so late</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>That is too much to copy. Save a copy of the log instead.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save a Copy</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>That is the log itself. Choose another name.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Saved as %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The copy can&apos;t be saved: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Log file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Only rows with this text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>More</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Levels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>All levels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Without debug messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User actions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Warnings and errors</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Errors</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This run</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Run until %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(%@ left out here; copying takes the whole message)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Critical</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User action</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Verbose</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Debug</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Trace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ Log</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to time:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Went on at the other end</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rows with it: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The log can&apos;t be read: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No row passes the filter.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This file does not begin like a log.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing has been logged yet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file has been renamed or replaced. This is the one that was opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file has been deleted. This is what it holds.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file has been cut. What it held before is gone.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lines left out because they are not UTF-8 text: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no log file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Collecting data…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Collecting data (%.0f%%)…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sending…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sending (%.0f%%)…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%u minutes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 hour, %u minutes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%u hours, %u minutes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 hour</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%u hours</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%u days, %u:%02u</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 day, %u:%02u</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unknown</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ since last restart</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ %@, %u cores, %u threads</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ %@, %u cores</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore a Program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Name of the program:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>task manager of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>spelling checker of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>measures programs for developers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Bluetooth dialogs of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>part of the dock of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>file dialogs of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>log viewer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>manages disks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>dock of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>buttons of a scanner</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>file manager of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>runs scripts when a folder changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>tool for developers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>calendar of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>waits for chat messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>fetches pictures from cameras</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>waits for music players</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>login of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>indexes files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>looks for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>reports errors</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>asks for passwords of servers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>another application of the same maker</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>accents for keys that are held</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>shows pictures and documents</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>waits for a remote control</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>shows web pages for Safari</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>runs scripts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>asks for passwords</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>shares documents with others</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>loads applications from a store</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>menu bar of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>restores windows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>terminal of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>text editor of macOS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>this application</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>its icon in the menu bar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>starts programs on events</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignored</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Icon</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Play a sample sound when a volume was set</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show in &amp;menu bar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Color icon</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Grayscale icon</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The icon in the menu bar isn&apos;t part of this installation.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It is being started…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It is being ended…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore List</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Built-in:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Your own:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;%@&quot; is ignored already.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start &amp;new programs at</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>For programs that were never seen before.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volume of new programs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What will be sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Content of the selected entry</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>
+… and %@ more</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full system profile</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Pictures of this program&apos;s windows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Support Information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This helps to find out what is wrong. Names, addresses and the like have been replaced. Select an entry to read it, and uncheck what you want to leave out.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If you want an answer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Comment:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;E-mail:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Send to %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The system&apos;s log has nothing about this program.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t save %@: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the disk may be full</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for the server…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Thank you!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An error occurred while sending.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please try again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save Support Information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Preferences…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Log</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Support Information…</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
