@@ -1,6 +1,5 @@
 #include "app/HelperPresence.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -16,8 +15,9 @@ const QString shown = QStringLiteral("Shown");
 
 HelperPresence::HelperPresence(const QDBusConnection& bus)
     : bus_(bus), owner_(bus, helperName, [this](const QString& owner) { ownerChanged(owner); }) {
-    bus_.connect(helperName, path, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
-                 SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
+    // With a name, the toolkit would wait for its owner, and abort on a bus that has just ended.
+    bus_.connect(QString(), path, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
+                 SLOT(propertiesChanged(QString, QVariantMap, QStringList, QDBusMessage)));
 }
 
 void HelperPresence::ownerChanged(const QString& owner) {
@@ -38,7 +38,8 @@ void HelperPresence::ownerChanged(const QString& owner) {
 }
 
 void HelperPresence::propertiesChanged(const QString& interface, const QVariantMap& changed,
-                                       const QStringList& /*invalidated*/) {
-    if (interface == helperName && changed.contains(shown))
+                                       const QStringList& /*invalidated*/,
+                                       const QDBusMessage& message) {
+    if (interface == helperName && message.service() == owner_.owner() && changed.contains(shown))
         isShown_ = changed.value(shown).toBool();
 }

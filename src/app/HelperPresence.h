@@ -3,6 +3,7 @@
 #include "platform/bus/BusNameOwner.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -22,7 +23,7 @@ class HelperPresence final : public QObject {
 
   private Q_SLOTS:
     void propertiesChanged(const QString& interface, const QVariantMap& changed,
-                           const QStringList& invalidated);
+                           const QStringList& invalidated, const QDBusMessage& message);
 
   private:
     void ownerChanged(const QString& owner);
