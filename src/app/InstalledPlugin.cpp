@@ -8,6 +8,7 @@
 
 #include <QEventLoop>
 
+#include <memory>
 #include <utility>
 
 using platform::UserService;
@@ -17,6 +18,8 @@ InstalledPlugin::InstalledPlugin(SystemCalls system, QString bundle,
     : system_(std::move(system)), bundle_(std::move(bundle)), defaults_(defaults) {}
 
 void InstalledPlugin::run(bool isReplaced) {
+    if (!system_.isInstalled())
+        return; // the window tells
     if (isReplaced)
         system_.end();
     system_.askService([this](const UserService::State& state) {
@@ -48,10 +51,8 @@ void InstalledPlugin::runAsService(const UserService::State& state) {
 }
 
 void InstalledPlugin::runAsLoginItem() {
-    if (!defaults_.boolean(PreferenceKeys::pluginIsSetUp)) {
-        system_.setLoginItem(true);
+    if (!defaults_.boolean(PreferenceKeys::pluginIsSetUp) && system_.setLoginItem(true))
         defaults_.set(PreferenceKeys::pluginIsSetUp, true);
-    }
     startUnlessItRuns();
 }
 
@@ -61,13 +62,14 @@ void InstalledPlugin::startUnlessItRuns() {
 }
 
 void InstalledPlugin::remove() {
-    QEventLoop untilDone;
-    system_.removeService([&](const QString& error) {
+    // The answer may come after a wait that the end of the program has cut short.
+    const auto untilDone = std::make_shared<QEventLoop>();
+    system_.removeService([untilDone](const QString& error) {
         if (!error.isEmpty()) // also without a manager
             QNLog(qnlog_debug, "Couldn't remove the plug-in's service: %@", error);
-        untilDone.quit();
+        untilDone->quit();
     });
-    untilDone.exec();
+    untilDone->exec();
     system_.setLoginItem(false);
     defaults_.remove(PreferenceKeys::pluginIsSetUp);
     system_.end();

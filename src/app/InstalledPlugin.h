@@ -25,7 +25,8 @@ class InstalledPlugin {
             askService;
         std::function<void(const QString& unitFile, Answer answer)> enableService;
         std::function<void(Answer answer)> removeService;
-        std::function<void(bool exists)> setLoginItem;
+        std::function<bool(bool exists)> setLoginItem; ///< false if that failed
+        std::function<bool()> isInstalled;
         std::function<bool()> isRunning;
         std::function<void()> end;   ///< returns when it does not run any more
         std::function<void()> start; ///< as PluginStarter does
@@ -34,8 +35,8 @@ class InstalledPlugin {
     /// `bundle` is the installed bundle of the plug-in; `defaults` must outlive this.
     InstalledPlugin(SystemCalls system, QString bundle, platform::UserDefaults& defaults);
 
-    /// Starts it if it does not run, or, if it has been replaced, anew. A masked service is not
-    /// started.
+    /// Starts it if it does not run, or, if it has been replaced, anew. Neither a masked service
+    /// nor a plug-in that is not installed is started.
     void run(bool isReplaced);
 
     /// Ends it, and removes what run() has set up. Serves events until that is done.

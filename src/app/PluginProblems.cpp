@@ -17,9 +17,11 @@
 #include "platform/text/Texts.h"
 #include "ui/VolumeWindow.h"
 
+#include <QFileInfo>
 #include <QStringList>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -70,20 +72,40 @@ QString programFile() {
            QLatin1String(programName);
 }
 
-/// The entry is ours alone, so one that cannot be found is none.
-void setLoginItem(bool exists) {
+/// False, after a line in the log, if that fails.
+bool setLoginItem(bool exists) {
     const QString bundle = MVInstallerController::installedPluginPath();
     platform::LoginItems items(platform::LoginItems::usualFolders(), programFile());
-    if (exists && !items.addToLoginItems(bundle))
-        QNLog(qnlog_error, "The plug-in can't be started with the session");
-    else if (!exists && items.loginItemExists({}, bundle) &&
-             !items.removeFromLoginItems(bundle, {}))
-        QNLog(qnlog_error, "The plug-in's login item can't be removed");
+    const bool isDone =
+        exists ? items.addToLoginItems(bundle)
+               : !items.loginItemExists({}, bundle) || items.removeFromLoginItems(bundle, {});
+    if (!isDone)
+        QNLog(qnlog_error, exists ? "The plug-in can't be started with the session"
+                                  : "The plug-in's login item can't be removed");
+    return isDone;
+}
+
+bool isInstalled() {
+    return QFileInfo(programFile()).isExecutable();
 }
 
 bool isRunning() {
-    return std::ranges::any_of(platform::processesOf(::geteuid()), [](pid_t process) {
-        return platform::executablePath(process) == programFile().toStdString();
+    const std::string program = programFile().toStdString();
+    return std::ranges::any_of(platform::processesOf(::geteuid()),
+                               [&](pid_t process) { return platform::runsFile(process, program); });
+}
+
+/// Whether one runs whose file has been replaced: the installer moves the old one within its folder
+/// before it deletes it.
+bool isOutdated() {
+    const std::string program = programFile().toStdString();
+    const std::filesystem::path bundle = MVInstallerController::installedPluginPath().toStdString();
+    const std::string folder = bundle.parent_path().string() + '/';
+    return std::ranges::any_of(platform::processesOf(::geteuid()), [&](pid_t process) {
+        const auto path = platform::executablePath(process);
+        return path && path->starts_with(folder) &&
+               std::filesystem::path(*path).filename() == programName &&
+               !platform::runsFile(process, program);
     });
 }
 
@@ -128,7 +150,7 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencie
                       service_.enable(unitFile, std::move(answer));
                   },
                   [this](auto answer) { service_.remove(std::move(answer)); }, &setLoginItem,
-                  &isRunning,
+                  &isInstalled, &isRunning,
                   [] { MVInstallerController::killProcess(QLatin1String(programName)); },
                   [this] { starter_.start([] {}); }},
                  MVInstallerController::installedPluginPath(), platform::UserDefaults::standard())
@@ -174,7 +196,7 @@ void PluginProblems::askService(std::function<void(const platform::UserService::
 
 void PluginProblems::runInstalledPlugin(bool isReplaced) {
     if (MVInstallerController::usesBuiltInLibrary())
-        installed_.run(isReplaced);
+        installed_.run(isReplaced || isOutdated());
 }
 
 void PluginProblems::removeInstalledPlugin() {

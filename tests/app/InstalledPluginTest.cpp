@@ -31,6 +31,8 @@ class InstalledPluginTest : public testing::Test {
 
     UserService::State state_;
     bool isRunning_ = false;
+    bool isInstalled_ = true;
+    bool canAddItem_ = true;
     QString error_;
     QStringList calls_;
     platform::UserDefaults defaults_{{}};
@@ -43,8 +45,11 @@ class InstalledPluginTest : public testing::Test {
                                  calls_ += "remove";
                                  QTimer::singleShot(0, qApp, [=, this] { answer(error_); });
                              },
-                             [this](bool exists) { calls_ += exists ? "add item" : "remove item"; },
-                             [this] { return isRunning_; },
+                             [this](bool exists) {
+                                 calls_ += exists ? "add item" : "remove item";
+                                 return canAddItem_;
+                             },
+                             [this] { return isInstalled_; }, [this] { return isRunning_; },
                              [this] {
                                  calls_ += "end";
                                  isRunning_ = false;
@@ -90,4 +95,15 @@ TEST_F(InstalledPluginTest, IsStartedAllTheSameIfTheServiceIsRefused) {
     error_ = "No space left";
     for (int launch = 0; launch < 2; ++launch)
         EXPECT_EQ(run(notFound, false, false), (QStringList{enable, "start"})) << "tried again";
+}
+
+TEST_F(InstalledPluginTest, IsSetUpLaterIfThatFailsOrThereIsNothingToStart) {
+    isInstalled_ = false;
+    EXPECT_EQ(run(noManager, false, false), QStringList());
+    isInstalled_ = true;
+    canAddItem_ = false;
+    EXPECT_EQ(run(noManager, false, false), (QStringList{"add item", "start"}));
+    canAddItem_ = true;
+    EXPECT_EQ(run(noManager, false, false), (QStringList{"add item", "start"}));
+    EXPECT_EQ(run(noManager, false, false), QStringList("start"));
 }
