@@ -1,14 +1,18 @@
 #include "app/HelperState.h"
 
+#include <QScopeGuard>
+
 #include <utility>
 
 HelperState::HelperState(std::function<void(bool isShown)> showHelper, QString whyUnavailable)
     : showHelper_(std::move(showHelper)), whyUnavailable_(std::move(whyUnavailable)) {}
 
 void HelperState::change(bool isShown) {
-    isChanging_ = true;
+    ++changes_;
     Q_EMIT changed();
+    const auto over = qScopeGuard([this] {
+        --changes_;
+        Q_EMIT changed();
+    });
     showHelper_(isShown);
-    isChanging_ = false;
-    Q_EMIT changed();
 }

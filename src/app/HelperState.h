@@ -15,7 +15,7 @@ class HelperState final : public MenuBarHelper {
     HelperState(std::function<void(bool isShown)> showHelper, QString whyUnavailable);
 
     [[nodiscard]] QString whyUnavailable() const override { return whyUnavailable_; }
-    [[nodiscard]] bool isChanging() const override { return isChanging_; }
+    [[nodiscard]] bool isChanging() const override { return changes_ > 0; }
 
     /// Starts or ends the helper; returns when that is done.
     void change(bool isShown);
@@ -23,5 +23,5 @@ class HelperState final : public MenuBarHelper {
   private:
     const std::function<void(bool isShown)> showHelper_;
     const QString whyUnavailable_;
-    bool isChanging_ = false;
+    int changes_ = 0; // one within the other, since events are served
 };

@@ -58,11 +58,6 @@ constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
-template <typename Work>
-void step(const Work& work) {
-    platform::guarded(kExceptionInLaunchStep, work);
-}
-
 /// Warnings about other programs' images: logged in debug mode only, never on standard error.
 void reportAboutImage(const QString& text) {
     if (shared != nullptr && shared->logHandle() != nullptr)
@@ -127,6 +122,13 @@ void MVAppController::awakeFromNib() {
     std::atexit(&endWithoutDisplay);
 }
 
+/// One step may fail. None begins once the program has been told to end, which the waits in some of
+/// them let happen.
+void MVAppController::step(const std::function<void()>& work) const {
+    if (!shouldExit())
+        platform::guarded(kExceptionInLaunchStep, work);
+}
+
 void MVAppController::applicationDidFinishLaunching() {
     QNGUIApplication::applicationDidFinishLaunching();
     // Closing the window decides, not the last of all windows, which may be an alert's.
@@ -143,7 +145,10 @@ void MVAppController::launch(bool hasInstalled) {
     makeWindow();
     step([this] { hearPlugin(); }); // it sends its reports as soon as it can connect
     step([this] { connectPlugins(); });
-    step([&] { pluginProblems_->runInstalledPlugin(hasInstalled); });
+    step([&] {
+        if (pluginProblems_)
+            pluginProblems_->runInstalledPlugin(hasInstalled);
+    });
     step([this] { keepHelper(); });
     if (hasInstalled)
         step([this] { installer_.runPostInstallAlert(); });
@@ -159,17 +164,16 @@ void MVAppController::launch(bool hasInstalled) {
 
 void MVAppController::keepHelper() {
     updateTNHelperPref();
-    helperState_ = std::make_unique<HelperState>(
-        [this](bool isShown) { installer_.showHelperInMenuBar(isShown); },
-        installer_.hasHelper()
-            ? QString()
-            : Texts::tr("This application isn't installed, so it keeps no icon in the menu bar."));
     installer_.adjustHelperIfNecessary();
 }
 
 void MVAppController::observeMenuBarPreferences() {
     auto dependencies = MenuBarPreferences::sharedDependencies();
-    dependencies.showHelper = [this](bool isShown) { helperState_->change(isShown); };
+    dependencies.showHelper = [this](bool isShown) {
+        helperState_->change(isShown);
+        if (!isShown && !shouldExit() && !window_->isVisible())
+            showMainWindow(); // nothing else could bring it back
+    };
     menuBarPreferences_ = std::make_unique<MenuBarPreferences>(std::move(dependencies));
 }
 
@@ -212,12 +216,24 @@ void MVAppController::makeWindow() {
             [this] { SupportInformation::show(*window_, logURL()); });
     connect(window_.get(), &VolumeWindow::uninstallWanted, this,
             [this] { installer_.uninstall(false); });
-    installer_.onUninstalled([this] {
-        pluginProblems_->removeInstalledPlugin();
-        removeMenuEntries();
-    });
+    installer_.onUninstalled([this] { removeWhatIsSetUp(); });
+    helperState_ = std::make_unique<HelperState>(
+        [this](bool isShown) { installer_.showHelperInMenuBar(isShown); },
+        installer_.hasHelper()
+            ? QString()
+            : Texts::tr("This application isn't installed, so it keeps no icon in the menu bar."));
     connect(window_.get(), &VolumeWindow::preferencesWanted, this, &MVAppController::showPrefs);
     hearInstance();
+}
+
+/// What belongs to this user. With another local library, none of it is ours.
+void MVAppController::removeWhatIsSetUp() {
+    if (!MVInstallerController::usesBuiltInLibrary())
+        return;
+    if (pluginProblems_)
+        pluginProblems_->removeInstalledPlugin();
+    removeMenuEntries();
+    MenuBarPreferences::removeTNHelperPref(MenuBarPreferences::sharedDependencies());
 }
 
 /// Further starts, and the desktop.
@@ -387,8 +403,10 @@ void MVAppController::showMainWindow() {
 }
 
 void MVAppController::toggleMainWindow(const QString& token) {
-    if (toggle_->goesAway())
-        window_->close();
+    if (toggle_->goesAway() && helper_ && helper_->isShown())
+        window_->hide();
+    else if (toggle_->goesAway())
+        window_->showMinimized();
     else
         applicationShouldHandleReopen(window_->isVisible(), token);
 }

@@ -4,6 +4,7 @@
 
 #include "comm/MVCommMessages.h"
 
+#include <functional>
 #include <memory>
 
 class AppVolumeController;
@@ -84,10 +85,12 @@ class MVAppController final : public QNGUIApplication {
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    void step(const std::function<void()>& work) const;
     void observeSignals();
     static void storeLaunch();
     void launch(bool hasInstalled);
     void keepHelper();
+    void removeWhatIsSetUp();
     void observeMenuBarPreferences();
     void makeWindow();
     void hearInstance();

@@ -7,6 +7,8 @@
 
 #include <QSaveFile>
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -35,6 +37,16 @@ void MenuBarPreferences::updateTNHelperPref(const Dependencies& dependencies) {
     QSaveFile file(dependencies.iconFile);
     if (!file.open(QIODevice::WriteOnly) || file.write(isColor ? "1" : "0") != 1 || !file.commit())
         QNLog(qnlog_error, "Can't write pref file: %@", file.errorString());
+}
+
+void MenuBarPreferences::removeTNHelperPref(const Dependencies& dependencies) {
+    const std::filesystem::path file = dependencies.iconFile.toStdString();
+    std::error_code error;
+    std::filesystem::remove(file, error);
+    if (error)
+        QNLog(qnlog_error, "Can't remove pref file: %@", error.message());
+    else
+        std::filesystem::remove(file.parent_path(), error);
 }
 
 void MenuBarPreferences::showInMenuBarChanged() {

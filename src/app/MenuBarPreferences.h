@@ -29,6 +29,9 @@ class MenuBarPreferences final : public QObject {
     /// Writes the helper's file: "1" for the coloured icon, else "0". A failure is logged.
     static void updateTNHelperPref(const Dependencies& dependencies);
 
+    /// Removes that file, and its folder if nothing else is in it.
+    static void removeTNHelperPref(const Dependencies& dependencies);
+
   private:
     void showInMenuBarChanged();
     void useColorIconChanged();

@@ -7,6 +7,8 @@
 #include "platform/bundle/Bundle.h"
 #include "platform/files/DirectoryComparison.h"
 
+#include <QScopeGuard>
+
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -33,6 +35,7 @@ void HelperInstallation::fulfil(Wish wish) {
     if (isBusy_)
         return;
     isBusy_ = true;
+    const auto over = qScopeGuard([this] { isBusy_ = false; });
     while (const auto current = std::exchange(next_, std::nullopt)) {
         if (*current == Wish::adjust)
             adjust();
@@ -41,7 +44,6 @@ void HelperInstallation::fulfil(Wish wish) {
         else
             remove();
     }
-    isBusy_ = false;
 }
 
 void HelperInstallation::adjust() {

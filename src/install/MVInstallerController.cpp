@@ -24,6 +24,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstring>
 
 using platform::Alert;
 using platform::formatted;
@@ -197,6 +198,10 @@ MVInstallerController::Outcome MVInstallerController::runTool(const QStringList&
     });
     if (outcome.answer != PrivilegedTool::Answer::granted)
         return outcome;
+    if (const auto* const program = QNApplication::current(); program && program->shouldExit()) {
+        outcome.answer = PrivilegedTool::Answer::cancelled; // the tool leaves everything as it is
+        return outcome;
+    }
     if (isUninstall)
         showHelperInMenuBar(false);
     platform::waitServingEvents([&] { outcome.reply = tool.run(); });
@@ -281,7 +286,12 @@ void MVInstallerController::runPostInstallAlert() {
                       .defaultButton = Texts::tr("Restart"),
                       .isGuarded = true};
     if (alert.run() == Alert::standard)
-        dependencies_.restart();
+        restart();
+}
+
+void MVInstallerController::restart() {
+    if (const int error = dependencies_.restart(); error != 0)
+        tellOfRefusedRestart(QString::fromLocal8Bit(std::strerror(error)));
 }
 
 std::optional<QString> MVInstallerController::owningPackage() const {
@@ -309,12 +319,15 @@ void MVInstallerController::uninstall(bool terminateAfterwards) {
     const QStringList paths =
         package ? destPaths_ : destPaths_ + QStringList{dependencies_.bundlePath};
     if (answer != Alert::alternate && runInstaller(QLatin1String(uninstallMode), paths)) {
-        uninstalled_();
+        {
+            const WindowsWithoutInput windows;
+            uninstalled_();
+        }
         if (package)
             explain(formatted(Texts::tr("Remove the package \"%@\""), *package),
                     Texts::tr("It contains the application itself."));
         if (answer == Alert::standard)
-            dependencies_.restart();
+            restart();
         else
             dependencies_.terminate();
     }

@@ -99,6 +99,7 @@ class MVInstallerController {
     void explain(const QString& title, const QString& reason) const;
     bool judge(const std::string& reply, bool isInstall, const QStringList& items);
     void failAndQuit(const QString& title, const QString& text);
+    void restart();
     std::optional<QString> owningPackage() const;
     QString pathInBundle(const char* path) const;
 

@@ -29,8 +29,9 @@ void removeMenuEntries() {
         return;
     removeFile(data / "applications" / (std::string(identifier) + ".desktop"));
     std::error_code none;
-    for (const auto& size : fs::directory_iterator(data / "icons/hicolor", none)) {
+    for (fs::directory_iterator size(data / "icons/hicolor", none), end; size != end;
+         size.increment(none)) {
         for (const char* const ending : {".png", ".svg"})
-            removeFile(size.path() / "apps" / (std::string(identifier) + ending));
+            removeFile(size->path() / "apps" / (std::string(identifier) + ending));
     }
 }

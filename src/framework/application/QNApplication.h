@@ -146,8 +146,10 @@ class QNApplication : public QObject {
     bool launchComplete() const noexcept { return launchComplete_; }
     void setLaunchComplete(bool complete) noexcept { launchComplete_ = complete; }
 
-  protected:
+    /// Whether the program has been told to end.
     [[nodiscard]] bool shouldExit() const noexcept { return shouldExit_; }
+
+  protected:
     void setShouldExit() noexcept { shouldExit_ = true; }
 
     friend class PlatformApplication;

@@ -79,9 +79,9 @@ QString nameOf(const KeyFile& file, const fs::path& path) {
 /// By their files' names; the first folder that has a file counts.
 void addEntries(const fs::path& folder, std::map<std::string, fs::path>& files) {
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-        if (entry.path().extension() == ".desktop")
-            files.try_emplace(entry.path().filename(), entry.path());
+    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+        if (entry->path().extension() == ".desktop")
+            files.try_emplace(entry->path().filename(), entry->path());
     }
 }
 
