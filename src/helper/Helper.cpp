@@ -107,6 +107,16 @@ void Helper::open(const QString& token, bool mayHide) {
     }
 }
 
+/// The start takes the token.
+void Helper::openPreferences(const QString& token) {
+    if (application_.isRunning()) {
+        application_.showPreferences(token);
+    } else {
+        application_.showPreferences({});
+        open(token, false);
+    }
+}
+
 void Helper::start(const std::filesystem::path& program, const QString& token) {
     QStringList variables;
     if (!token.isEmpty())
@@ -118,6 +128,7 @@ void Helper::start(const std::filesystem::path& program, const QString& token) {
                      [this](const QString& error) {
                          if (error.isEmpty())
                              return;
+                         application_.forgetPreferences();
                          platform::systemLog(platform::LogPriority::error,
                                              "Couldn't start Tonvale: %s", qUtf8Printable(error));
                          platform::postDesktopNotice(
@@ -158,6 +169,9 @@ void Helper::obey(const MenuCommand& command) {
         return;
     case Kind::openWindow:
         open(item_.takeToken(), false);
+        return;
+    case Kind::preferences:
+        openPreferences(item_.takeToken());
         return;
     case Kind::quit:
         application_.quit();

@@ -50,6 +50,7 @@ class Helper {
     void showState();
     void updateLook();
     void open(const QString& token, bool mayHide);
+    void openPreferences(const QString& token);
     void start(const std::filesystem::path& program, const QString& token);
     void tellGone();
     void turn(int delta);

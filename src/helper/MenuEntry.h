@@ -15,6 +15,7 @@ struct MenuCommand {
         setProgramVolume,
         muteAll,
         openWindow,
+        preferences,
         quit,
     };
 

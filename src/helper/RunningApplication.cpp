@@ -52,8 +52,10 @@ void RunningApplication::ownerChanged(const QString& owner) {
     calls_ = std::make_unique<QObject>();
     programs_.reset();
     changed_();
-    if (owner.isEmpty())
+    if (owner.isEmpty()) {
+        wantedPreferences_.reset();
         return;
+    }
     const auto call = callOf(root, managerInterface, QStringLiteral("GetManagedObjects"), {});
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), calls_.get());
     connect(watcher, &QDBusPendingCallWatcher::finished, calls_.get(), [this, watcher] {
@@ -70,6 +72,8 @@ void RunningApplication::read(const ObjectTree& tree) {
         if (interfaces.contains(programInterface))
             programs_->insert(path.path(), interfaces.value(programInterface));
     }
+    if (const auto token = std::exchange(wantedPreferences_, std::nullopt))
+        showPreferences(*token);
     changed_();
 }
 
@@ -138,12 +142,26 @@ void RunningApplication::toggleWindow(const QString& token) {
     callMixer(QStringLiteral("ToggleWindow"), {token});
 }
 
-void RunningApplication::showWindow(const QString& token) {
+void RunningApplication::callApplication(const QString& method, QVariantList arguments,
+                                         const QString& token) {
     QVariantMap platformData;
     if (!token.isEmpty())
         platformData.insert(QStringLiteral("activation-token"), token);
-    bus_.send(callOf(root, QStringLiteral("org.freedesktop.Application"),
-                     QStringLiteral("Activate"), {platformData}));
+    arguments.append(platformData);
+    bus_.send(callOf(root, QStringLiteral("org.freedesktop.Application"), method, arguments));
+}
+
+void RunningApplication::showWindow(const QString& token) {
+    callApplication(QStringLiteral("Activate"), {}, token);
+}
+
+/// What has not told yet may not take actions yet either.
+void RunningApplication::showPreferences(const QString& token) {
+    if (!programs_)
+        wantedPreferences_ = token;
+    else
+        callApplication(QStringLiteral("ActivateAction"),
+                        {QStringLiteral("preferences"), QVariant(QVariantList())}, token);
 }
 
 void RunningApplication::quit() {

@@ -48,6 +48,11 @@ class RunningApplication final : public QObject {
     /// come to the front.
     void toggleWindow(const QString& token);
     void showWindow(const QString& token);
+
+    /// Opens the preferences. If the application does not run yet, they open once it does, unless
+    /// it ends before.
+    void showPreferences(const QString& token);
+    void forgetPreferences() noexcept { wantedPreferences_.reset(); } ///< it can't be started
     void quit();
 
   private Q_SLOTS:
@@ -59,11 +64,13 @@ class RunningApplication final : public QObject {
     void ownerChanged(const QString& owner);
     void read(const ObjectTree& tree);
     void setProperty(const QString& program, const QString& property, const QVariant& value);
+    void callApplication(const QString& method, QVariantList arguments, const QString& token);
     void callMixer(const QString& method, const QVariantList& arguments = {});
 
     QDBusConnection bus_;
     const std::function<void()> changed_;
     std::optional<QMap<QString, QVariantMap>> programs_; // by their paths; nothing: not told yet
+    std::optional<QString> wantedPreferences_;           // with which token, as soon as it has told
     std::unique_ptr<QObject> calls_;                     // owns those under way, all to one owner
     platform::BusNameOwner owner_;                       // after all that it may call
 };

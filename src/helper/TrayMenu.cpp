@@ -19,6 +19,7 @@ enum Id : int {
     secondLineId,
     openId,
     quitId,
+    preferencesId,
     firstProgramId = 100,
     idsOfProgram = 16,
 };
@@ -121,6 +122,8 @@ MenuEntry TrayMenu::compose(const std::optional<OutputVolume::State>& output,
         addPrograms(menu, *programs);
     menu.children.push_back(separator(secondLineId));
     menu.children.push_back(entry(openId, text(PlainTexts::tr("Open Tonvale")), Kind::openWindow));
+    menu.children.push_back(
+        entry(preferencesId, text(PlainTexts::tr("Preferences…")), Kind::preferences));
     menu.children.push_back(entry(quitId, text(PlainTexts::tr("Quit Tonvale")), Kind::quit));
     return menu;
 }

@@ -98,9 +98,23 @@ class TrayTest : public testing::Test {
         });
     }
 
-    static bool isWindowShown() {
-        return runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"}).status ==
-               0;
+    static bool isWindowShown(const std::string& title = "Tonvale") {
+        return runCommand({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"})
+                   .status == 0;
+    }
+
+    static bool isMenuShown() {
+        const auto found = runCommand({"xdotool", "search", "--onlyvisible", "--class", "lxqt"});
+        return std::ranges::count(found.output, '\n') > 1;
+    }
+
+    static void chooseFromBelow(int place) {
+        press("3");
+        ASSERT_TRUE(waitUntil([] { return isMenuShown(); })) << "there is no menu";
+        for (int i = 0; i < place; ++i)
+            key("Up");
+        key("Return");
+        EXPECT_TRUE(waitUntil([] { return !isMenuShown(); }));
     }
 
     bool isMutedSoon() {
@@ -140,12 +154,8 @@ TEST_F(TrayTest, TheIconTurnsMutesTogglesAndHasAMenu) {
         press("1");
         EXPECT_TRUE(waitUntil([&] { return isWindowShown() == isShown; })) << isShown;
     }
-    press("3");
-    ASSERT_TRUE(waitUntil([] {
-        const auto found = runCommand({"xdotool", "search", "--onlyvisible", "--class", "lxqt"});
-        return std::ranges::count(found.output, '\n') > 1;
-    })) << "there is no menu";
-    for (const char* const each : {"Up", "Up", "Up", "Return"}) // the third from below
-        key(each);
+    chooseFromBelow(4); // "Mute everything that plays"
     EXPECT_TRUE(isMutedSoon());
+    chooseFromBelow(2); // "Preferences…"
+    EXPECT_TRUE(waitUntil([] { return isWindowShown("Preferences"); }));
 }

@@ -148,7 +148,7 @@ TEST_F(HelperTest, TurnsTheVolumeInEitherDialect) {
 
 TEST_F(HelperTest, ItsMenuShowsAndSetsWhatPlays) {
     EXPECT_EQ(lines(), "(Volume 40 %)\n[ ] Mute the output\n-\n(Tonvale is not running)\n-\n"
-                       "Open Tonvale\nQuit Tonvale\n");
+                       "Open Tonvale\nPreferences…\nQuit Tonvale\n");
     ScriptedApplication application(somePrograms());
     EXPECT_TRUE(waitUntil([&] { return lines().contains("my__player"); }));
     EXPECT_EQ(lines(), "(Volume 40 %)\n[ ] Mute the output\n-\n"
@@ -158,7 +158,7 @@ TEST_F(HelperTest, ItsMenuShowsAndSetsWhatPlays) {
                        "  ([ ] 25 %)\n  ([ ] 10 %)\n  (It has no volume)\n"
                        "Zebra  (30 %)\n  [ ] Mute\n  -\n  [ ] 100 %\n  [ ] 75 %\n  [ ] 50 %\n"
                        "  [ ] 25 %\n  [ ] 10 %\n"
-                       "Mute everything that plays\n-\nOpen Tonvale\nQuit Tonvale\n");
+                       "Mute everything that plays\n-\nOpen Tonvale\nPreferences…\nQuit Tonvale\n");
     choose({"my__player", "25 %"});
     choose({"Zebra", "Mute"});
     choose({"raw", "Mute"});
@@ -183,11 +183,30 @@ TEST_F(HelperTest, OpensAndQuitsTheApplication) {
     call(item, "Activate", {1, 1});
     call(item, "Activate", {1, 1});
     choose({"Open"});
+    call(item, "ProvideXdgActivationToken", {"other"});
+    choose({"Preferences"});
     choose({"Quit"});
-    EXPECT_TRUE(waitUntil([&] { return application.calls.size() == 4; }));
-    EXPECT_EQ(application.calls,
-              (QStringList{"ToggleWindow token", "ToggleWindow ", "Activate ", "Quit"}));
+    EXPECT_TRUE(waitUntil([&] { return application.calls.size() == 5; }));
+    EXPECT_EQ(application.calls, (QStringList{"ToggleWindow token", "ToggleWindow ", "Activate ",
+                                              "ActivateAction preferences other", "Quit"}));
     EXPECT_EQ(ends_, 1);
+}
+
+TEST_F(HelperTest, ThePreferencesOpenAfterAStartUnlessItFails) {
+    application_ = folder_.path() / "none";
+    choose({"Preferences"});
+    EXPECT_TRUE(waitUntil([&] { return log_.contains("Couldn't start"); }));
+    {
+        ScriptedApplication application;
+        EXPECT_TRUE(waitUntil([&] { return lines().contains("No program plays"); }));
+        EXPECT_EQ(application.calls, QStringList());
+    }
+    EXPECT_TRUE(waitUntil([&] { return lines().contains("Tonvale is not running"); }));
+    application_ = "/bin/true";
+    choose({"Preferences"});
+    ScriptedApplication application;
+    EXPECT_TRUE(waitUntil([&] { return !application.calls.isEmpty(); }));
+    EXPECT_EQ(application.calls, QStringList{"ActivateAction preferences "});
 }
 
 TEST_F(HelperTest, StartsTheApplicationOrEndsWhenItIsGone) {

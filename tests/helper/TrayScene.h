@@ -143,9 +143,10 @@ class ScriptedApplication : public QDBusVirtualObject {
         if (call.member() == "Set")
             text = call.path().section('/', -1) + " " + call.arguments()[1].toString() + " " +
                    qvariant_cast<QDBusVariant>(call.arguments()[2]).variant().toString();
-        else if (call.member() == "Activate")
-            text +=
-                " " + qdbus_cast<QVariantMap>(call.arguments()[0])["activation-token"].toString();
+        else if (call.member().startsWith("Activate"))
+            text += (call.signature() == "sava{sv}" ? " " + call.arguments()[0].toString() : "") +
+                    " " +
+                    qdbus_cast<QVariantMap>(call.arguments().last())["activation-token"].toString();
         else if (!call.arguments().isEmpty())
             text += " " + call.arguments()[0].toString();
         calls.append(text);
