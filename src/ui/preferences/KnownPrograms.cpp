@@ -24,7 +24,8 @@ QList<KnownProgram> knownPrograms(AppVolumeController& controller, const Workspa
             add(each.name);
     }
     std::ranges::stable_sort(all, [](const KnownProgram& one, const KnownProgram& other) {
-        return QString::compare(one.displayName, other.displayName, Qt::CaseInsensitive) < 0;
+        const int order = one.displayName.compare(other.displayName, Qt::CaseInsensitive);
+        return order != 0 ? order < 0 : one.displayName < other.displayName;
     });
     const auto end =
         std::unique(all.begin(), all.end(), [](const KnownProgram& one, const KnownProgram& other) {

@@ -208,6 +208,15 @@ TEST_F(IgnoredPaneTest, TheSheetCompletesShownNamesAndStoresThoseOfProcesses) {
     }
 }
 
+TEST_F(IgnoredPaneTest, EachShownNameIsOfferedOnceWhateverTheCaseOfOthers) {
+    model_.workspace.setRunningApplications(
+        {{1, "player", {}}, {2, "Player", {}}, {3, "player", {}}});
+    QStringList names;
+    for (const KnownProgram& each : knownPrograms(model_.controller, model_.workspace))
+        names += each.displayName;
+    EXPECT_EQ(names, (QStringList{"Player", "player", "Sound Effects"}));
+}
+
 TEST_F(IgnoredPaneTest, TheTablesFollowWhatIsChangedElsewhereAndKeepTheSelection) {
     show({"b", "d"});
     clickCell(*pane_->customTableView(), 1, CustomIgnoredModel::name);
