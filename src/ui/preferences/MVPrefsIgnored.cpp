@@ -52,8 +52,9 @@ MVPrefsIgnored::MVPrefsIgnored(Dependencies dependencies)
     , workspaceObserver_(Workspace::didChangeNotification,
                          [this](const QVariant& /*object*/) { iconsDidChange(); }) {}
 
-/// The tables go before their rows.
+/// The sheet, which asks the pane, and the tables go before what they show.
 MVPrefsIgnored::~MVPrefsIgnored() {
+    delete addSheet_.data();
     delete builtInTable_.data();
     delete customTable_.data();
 }

@@ -217,6 +217,16 @@ TEST_F(IgnoredPaneTest, EachShownNameIsOfferedOnceWhateverTheCaseOfOthers) {
     EXPECT_EQ(names, (QStringList{"Player", "player", "Sound Effects"}));
 }
 
+TEST_F(IgnoredPaneTest, TheSheetGoesWithItsPane) {
+    show();
+    openSheet();
+    const QPointer<AddIgnoredAppSheet> sheet = pane_->addSheet();
+    window_.removeController(pane_);
+    pane_.reset();
+    EXPECT_EQ(sheet, nullptr);
+    EXPECT_TRUE(window_.window().isVisible());
+}
+
 TEST_F(IgnoredPaneTest, TheTablesFollowWhatIsChangedElsewhereAndKeepTheSelection) {
     show({"b", "d"});
     clickCell(*pane_->customTableView(), 1, CustomIgnoredModel::name);
