@@ -6,6 +6,7 @@
 
 #include <QHelpEvent>
 #include <QPainter>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -14,6 +15,12 @@ namespace {
 constexpr int padding = 12;
 constexpr int usualHeight = 32;
 constexpr int leastWidth = 64;
+constexpr int textFlags = Qt::TextSingleLine | Qt::TextShowMnemonic;
+
+QString withoutMnemonic(QString text) {
+    static const QRegularExpression mark(QStringLiteral("&(.)"));
+    return text.replace(mark, QStringLiteral("\\1"));
+}
 
 } // namespace
 
@@ -25,7 +32,7 @@ BarButton::BarButton(QWidget* parent) : QPushButton(parent) {
 }
 
 QSize BarButton::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * padding,
+    return {fontMetrics().size(textFlags, text()).width() + 2 * padding,
             std::max(usualHeight, fontMetrics().height())};
 }
 
@@ -36,7 +43,7 @@ QSize BarButton::minimumSizeHint() const {
 bool BarButton::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return QPushButton::event(event);
-    QNToolTip::shared().setText(text());
+    QNToolTip::shared().setText(withoutMnemonic(text()));
     QNToolTip::shared().showAt(static_cast<const QHelpEvent*>(event)->globalPos(), *this);
     return true;
 }
@@ -62,6 +69,6 @@ void BarButton::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(theme.windowTitleBarTextColor());
     painter.setLayoutDirection(platform::textDirection(text()));
     const QRect room = rect().adjusted(padding / 2, 0, -padding / 2, 0);
-    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+    painter.drawText(room, Qt::AlignCenter | textFlags,
+                     fontMetrics().elidedText(text(), Qt::ElideRight, room.width(), textFlags));
 }

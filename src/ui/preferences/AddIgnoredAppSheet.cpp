@@ -40,8 +40,8 @@ AddIgnoredAppSheet::AddIgnoredAppSheet(QWidget& window, Warning warning)
     note_->setObjectName(QStringLiteral("note"));
     note_->setTextFormat(Qt::PlainText);
     note_->setWordWrap(true);
-    cancelButton_->setText(Texts::tr("Cancel"));
-    addButton_->setText(Texts::tr("Add"));
+    cancelButton_->setText(Texts::tr("&Cancel"));
+    addButton_->setText(Texts::tr("&Add"));
     auto* const rows = new QVBoxLayout(&contentView());
     rows->setContentsMargins(margin, margin, margin, margin);
     rows->addWidget(label);

@@ -91,9 +91,9 @@ QWidget* MVPrefsIgnored::makeButtons() {
     auto* const row = new QHBoxLayout(part);
     row->setContentsMargins({});
     addProgramButton_ = new BarButton;
-    addProgramButton_->setText(Texts::tr("Add…"));
+    addProgramButton_->setText(Texts::tr("&Add…"));
     removeButton_ = new BarButton;
-    removeButton_->setText(Texts::tr("Remove"));
+    removeButton_->setText(Texts::tr("&Remove"));
     row->addWidget(addProgramButton_);
     row->addWidget(removeButton_);
     row->addStretch();
