@@ -79,6 +79,10 @@ QWidget* MVPrefsGeneral::makeMenuBarRows() {
     helperState_ = new QLabel;
     helperState_->setTextFormat(Qt::PlainText);
     helperState_->setWordWrap(true);
+    helperState_->setMinimumHeight(helperState_->fontMetrics().lineSpacing());
+    QSizePolicy policy = helperState_->sizePolicy();
+    policy.setRetainSizeWhenHidden(true); // nothing moves when there is a state to tell
+    helperState_->setSizePolicy(policy);
     iconChoice_ = makeIconChoice();
     auto* const indented = new QVBoxLayout;
     indented->addWidget(helperState_);

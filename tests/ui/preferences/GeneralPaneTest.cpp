@@ -106,9 +106,15 @@ TEST_F(GeneralPaneTest, TheIconInTheMenuBarTakesOrdersOnlyWhereAHelperDoes) {
     show(&helper_);
     auto* const box = find<QCheckBox>("Show in menu bar");
     auto* const color = find<QRadioButton>("Color icon");
+    const auto place = [&] {
+        return QRect(color->mapTo(&window_.window(), QPoint()), color->size());
+    };
+    const QRect usualPlace = place();
     click(box);
     helper_.changing = true;
     Q_EMIT helper_.changed();
+    QCoreApplication::sendPostedEvents(); // it is laid out
+    EXPECT_EQ(place(), usualPlace) << "nothing moves";
     EXPECT_FALSE(box->isEnabled());
     EXPECT_EQ(box->accessibleDescription(), "It is being ended…");
     EXPECT_TRUE(color->isEnabled()) << "the pane goes on";
