@@ -57,7 +57,7 @@ TEST_F(PreferencesTest, AreSetFromOutside) {
     EXPECT_TRUE(stored("DisableSoundEffects"));
     EXPECT_FALSE(find(sample)->hasState(checked));
     EXPECT_EQ(find("Show in menu bar")->description(),
-              "The icon in the menu bar isn't part of this installation.");
+              "This application isn't installed, so it keeps no icon in the menu bar.");
 }
 
 TEST_F(PreferencesTest, TheIgnoreListIsChangedByATerminalWhileItsSheetIsOpen) {
