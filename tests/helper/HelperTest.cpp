@@ -135,7 +135,7 @@ TEST_F(HelperTest, TurnsTheVolumeInEitherDialect) {
          {std::pair(120, " 5%+\n"), {-1, " 5%+\n"}, {-240, " 10%-\n"}, {3, " 15%-\n"}}) {
         const std::size_t before = tool_.calls().size();
         call(item, "Scroll", {delta, "vertical"});
-        EXPECT_TRUE(waitUntil([&] {
+        EXPECT_TRUE(waitUntil([&, &change = change] {
             return tool_.calls().find(change, before) != std::string::npos;
         })) << delta;
     }
