@@ -156,11 +156,13 @@ void QNLogTableViewer::logReadFailed(const QString& reason) {
     updateHint();
 }
 
+/// After a reset no row of the table is there any more, so none may be looked at.
 void QNLogTableViewer::takeChange(const LogDocument::Change& change) {
     if (change.isReset || change.rowsBefore > 0) {
-        rememberSight();
         if (change.isReset)
             sight_ = LogTableView::Sight{};
+        else
+            rememberSight();
         sight_->row += change.rowsBefore;
         if (sight_->current != LogTableView::noRow)
             sight_->current += change.rowsBefore;

@@ -101,6 +101,20 @@ TEST_F(LogViewer, FollowsTheEndOnlyWhileItIsInSight) {
     EXPECT_TRUE(isInSight(700));
 }
 
+/// Rows come while the window does not paint, and all go before it does.
+TEST_F(LogViewer, ForgetsRowsThatHaveNotBeenMeasured) {
+    open(LogFileFixture::messages(0, 500));
+    table().setCurrentRow(499);
+    QScrollBar& bar = *table().verticalScrollBar();
+    bar.setValue(bar.value() - 5);
+    ASSERT_FALSE(table().isAtEnd());
+    table().viewport()->setUpdatesEnabled(false);
+    log.append(LogFileFixture::messages(500, 1));
+    ASSERT_TRUE(waitForRows(501));
+    viewer->window()->close();
+    EXPECT_EQ(rows(), 0U);
+}
+
 /// Rows come into sight that have been estimated only, and wrongly: their words do not fill lines.
 TEST_F(LogViewer, MovesByWhatIsScrolledAlthoughHeightsWereEstimated) {
     const std::string word(60, 'w');
