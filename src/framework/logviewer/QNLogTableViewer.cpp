@@ -146,9 +146,12 @@ void QNLogTableViewer::clear() {
 }
 
 void QNLogTableViewer::logReadSucceeded(std::vector<QN::logviewer::LogDelivery> deliveries) {
-    if (!document_.file())
+    const bool isNew = !document_.file();
+    if (isNew)
         document_.open(reader()->file());
-    takeChange(document_.take(std::move(deliveries)));
+    LogDocument::Change change = document_.take(std::move(deliveries));
+    change.isReset = change.isReset || isNew; // the filter and the search have no file yet
+    takeChange(change);
 }
 
 void QNLogTableViewer::logReadFailed(const QString& reason) {

@@ -284,6 +284,16 @@ TEST_F(LogViewer, ListsEarlierRuns) {
     EXPECT_TRUE(waitForRows(7));
     files->setCurrentIndex(0);
     EXPECT_TRUE(waitForRows(3));
+    filter().setText("message 1");
+    ASSERT_TRUE(waitForRows(1));
+    press(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(&input("Find:"), "message");
+    files->setCurrentIndex(1);
+    EXPECT_TRUE(waitForRows(1)) << "the filter is that of the file shown before";
+    EXPECT_TRUE(waitUntil([&] { return isTold("Rows with it: 7"); }));
+    viewer->window()->close();
+    viewer->showWindow();
+    EXPECT_TRUE(waitForRows(1)) << "and stays that of the window";
 }
 
 TEST(LogColors, AreThoseOfTheLevels) {
