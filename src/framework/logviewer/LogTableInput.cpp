@@ -27,9 +27,14 @@ void LogTableView::setCurrentRow(std::size_t row, bool extendsSelection) {
     Q_EMIT currentRowChanged(current_);
 }
 
-/// Far rows come into the middle, where what is around them is seen too.
+/// Far rows come into the middle, where what is around them is seen too, and tall ones are read
+/// from their beginning.
 void LogTableView::showAtBottom(std::size_t row) {
     const int room = viewport()->height();
+    if (heightOfRow(row) >= room) {
+        setTop({row, 0});
+        return;
+    }
     const bool isFar = rowRect(row).isEmpty() && row > top_.row + 1 && rowRect(row - 1).isEmpty();
     std::int64_t above = (isFar ? room / 2 : room) - heightOfRow(row);
     Place place{row, 0};
@@ -65,7 +70,8 @@ void LogTableView::copySelection() {
     source_.copyRows(first, std::min(last, count() - 1));
 }
 
-/// One row further, or, through a row that is not wholly in sight, three lines.
+/// One row further, or, through a row that is not wholly in sight, three lines. A tall row is
+/// entered where it is next to the row before.
 void LogTableView::step(int direction, bool extendsSelection) {
     constexpr int lines = 3;
     if (current_ == noRow) {
@@ -81,7 +87,10 @@ void LogTableView::step(int direction, bool extendsSelection) {
     }
     if (direction < 0 && current_ == 0)
         return;
+    const bool isAboveTop = direction < 0 && current_ <= top_.row;
     setCurrentRow(direction > 0 ? current_ + 1 : current_ - 1, extendsSelection);
+    if (isAboveTop)
+        setTop({current_, std::max(heightOfRow(current_) - viewport()->height(), 0)});
 }
 
 /// Pages, by pixels, so that tall rows are seen as a whole. The current row goes along.

@@ -138,13 +138,17 @@ TEST_F(LogViewer, MovesByWhatIsScrolledAlthoughHeightsWereEstimated) {
 }
 
 TEST_F(LogViewer, ScrollsThroughARowThatIsTallerThanTheWindow) {
-    std::string tall = ":00:01.1  : [I] tall\n";
+    std::string tall = ":00:01.1  : [E] tall\n";
     for (int i = 0; i < 200; ++i)
         tall += "line " + std::to_string(i) + '\n';
-    open(date + ":00:00.1  : [I] first\n" + tall + ":00:02.1  : [I] last\n");
-    press(Qt::Key_Home);
-    press(Qt::Key_Down);
-    ASSERT_EQ(table().currentRow(), 1U);
+    open(date + ":00:00.1  : [I] first\n" + tall + ":00:02.1  : [I] third\n" +
+         LogFileFixture::messages(0, 100));
+    for (const Qt::Key key : {Qt::Key_E, Qt::Key_Down}) {
+        press(Qt::Key_Home);
+        press(key);
+        ASSERT_EQ(table().currentRow(), 1U);
+        EXPECT_GE(table().rowRect(1).top(), 0) << "it is entered at its beginning: " << key;
+    }
     int before = table().rowRect(1).top();
     for (int presses = 0; table().currentRow() == 1 && presses < 300; ++presses) {
         press(Qt::Key_Down);
@@ -155,6 +159,13 @@ TEST_F(LogViewer, ScrollsThroughARowThatIsTallerThanTheWindow) {
     }
     EXPECT_EQ(table().currentRow(), 2U);
     EXPECT_TRUE(isInSight(2));
+    table().setCurrentRow(100);
+    table().setCurrentRow(2);
+    ASSERT_EQ(table().topRow(), 2U);
+    press(Qt::Key_Up);
+    ASSERT_EQ(table().currentRow(), 1U);
+    EXPECT_EQ(table().rowRect(1).bottom() + 1, table().viewport()->height()) << "and at its end";
+    press(Qt::Key_Down);
     press(Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(&input("Find:"), "line 150");
     ASSERT_TRUE(waitUntil([&] { return table().currentRow() == 1; }));
