@@ -41,7 +41,10 @@ class LogDocument {
     /// The row's message; a very long one is cut.
     [[nodiscard]] QNLogEntry entry(std::size_t row) const;
 
-    /// How many bytes of the row are shown.
+    /// How many bytes the row has in the file.
+    [[nodiscard]] std::size_t sizeOf(std::size_t row) const noexcept;
+
+    /// How many of them are shown.
     [[nodiscard]] std::size_t shownSize(std::size_t row) const noexcept;
 
     /// The whole message with its date, time and level, and a line feed.
@@ -58,7 +61,6 @@ class LogDocument {
 
   private:
     LogRecord record(std::size_t row, std::size_t mostBytes) const;
-    std::size_t sizeOf(std::size_t row) const noexcept;
     void takeOne(LogDelivery& delivery, Change& change);
     void replaceTail(Change& change);
 

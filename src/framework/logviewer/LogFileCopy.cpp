@@ -1,6 +1,7 @@
 #include "framework/logviewer/LogFileCopy.h"
 
 #include "platform/loop/DispatchQueue.h"
+#include "platform/text/Texts.h"
 
 #include <QSaveFile>
 
@@ -24,7 +25,7 @@ QString copy(const LogBytes& log, const QString& path) {
         const std::string block =
             log.text(place, static_cast<std::size_t>(std::min(blockSize, size - place)));
         if (block.empty())
-            break;
+            return Texts::tr("The log can't be read to its end.");
         if (file.write(block.data(), static_cast<qint64>(block.size())) < 0)
             return file.errorString();
         place += block.size();

@@ -163,16 +163,20 @@ void QNLogTableViewer::copy() {
 
 /// What would take too much memory is not copied in part.
 void QNLogTableViewer::copyRows(std::size_t first, std::size_t last) {
-    constexpr qsizetype most = qsizetype{128} << 20U;
-    QString text;
-    for (std::size_t row = first; row <= last && text.size() <= most; ++row)
-        text += document_.copyText(documentRow(row));
-    if (text.size() > most) {
+    constexpr std::size_t most = std::size_t{128} << 20U;
+    std::size_t size = 0;
+    for (std::size_t row = first; row <= last && size <= most; ++row)
+        size += document_.sizeOf(documentRow(row));
+    message_.clear();
+    if (size > most) {
         message_ = Texts::tr("That is too much to copy. Save a copy of the log instead.");
-        updateNotice();
-        return;
+    } else {
+        QString text;
+        for (std::size_t row = first; row <= last; ++row)
+            text += document_.copyText(documentRow(row));
+        QGuiApplication::clipboard()->setText(text);
     }
-    QGuiApplication::clipboard()->setText(text);
+    updateNotice();
 }
 
 void QNLogTableViewer::saveCopy() {
@@ -189,8 +193,11 @@ void QNLogTableViewer::saveCopy() {
 }
 
 void QNLogTableViewer::saveCopyAs(const QString& chosen) {
-    if (QFileInfo(chosen).canonicalFilePath() == QFileInfo(path_).canonicalFilePath() &&
-        QFileInfo::exists(chosen)) {
+    const QString place = QFileInfo(chosen).canonicalFilePath(); // empty if there is no file
+    const auto isPlaceOf = [&](const QString& log) {
+        return !place.isEmpty() && place == QFileInfo(log).canonicalFilePath();
+    };
+    if (isPlaceOf(path_) || isPlaceOf(handlePath())) { // which the application writes to
         message_ = Texts::tr("That is the log itself. Choose another name.");
         updateNotice();
         return;

@@ -1,6 +1,7 @@
 #include "framework/logviewer/QNLogTableViewer.h"
 
 #include "framework/log/qnlog.h"
+#include "framework/logviewer/LogFileCopy.h"
 #include "framework/logviewer/LogMoment.h"
 #include "framework/logviewer/LogTableView.h"
 #include "look/window/MVCustomWindow.h"
@@ -15,6 +16,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -242,6 +244,17 @@ TEST_F(LogViewer, CopiesWholeMessagesOfAnyLength) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(),
               "2014-03-07 09:05:07.003 [W] careful\nof this\n2014-03-07 09:06:00.001 [I] " +
                   QString::fromStdString(longText) + '\n');
+    log.append(":07:00.1  : [I] ");
+    std::filesystem::resize_file(log.path(), std::uintmax_t{140} << 20U);
+    log.append("\n");
+    ASSERT_TRUE(waitForRows(3));
+    QGuiApplication::clipboard()->setText("kept");
+    for (const auto& [row, isTooMuch] : {std::pair(2U, true), {0U, false}}) {
+        table().setCurrentRow(row);
+        press(Qt::Key_C, Qt::ControlModifier);
+        EXPECT_EQ(isTold("too much to copy"), isTooMuch);
+        EXPECT_EQ(QGuiApplication::clipboard()->text() == "kept", isTooMuch);
+    }
 }
 
 TEST_F(LogViewer, SaysWhyItShowsNothingOrAnOldFile) {
@@ -305,6 +318,35 @@ TEST_F(LogViewer, ListsEarlierRuns) {
     viewer->window()->close();
     viewer->showWindow();
     EXPECT_TRUE(waitForRows(1)) << "and stays that of the window";
+}
+
+TEST_F(LogViewer, SavesNoCopyOverALog) {
+    std::ofstream(log.path("Tonvale0.log")) << LogFileFixture::messages(0, 7);
+    open(LogFileFixture::messages(0, 3));
+    viewer->window()->findChildren<QComboBox*>().at(0)->setCurrentIndex(1);
+    ASSERT_TRUE(waitForRows(7));
+    table().setCurrentRow(0);
+    for (const std::string& path : {log.path(), log.path("Tonvale0.log")}) {
+        press(Qt::Key_S, Qt::ControlModifier);
+        auto* const dialog = viewer->window()->findChild<QFileDialog*>();
+        ASSERT_NE(dialog, nullptr);
+        Q_EMIT dialog->fileSelected(QString::fromStdString(path));
+        delete dialog;
+        EXPECT_TRUE(isTold("That is the log itself.")) << path;
+        press(Qt::Key_C, Qt::ControlModifier); // which takes the notice away
+    }
+}
+
+/// The kernel tells of more bytes than such a file has.
+TEST_F(LogViewer, SavesNoPartOfALogAsACopy) {
+    const auto unreadable = QN::logviewer::LogBytes::open("/sys/devices/system/cpu/online");
+    ASSERT_NE(unreadable, nullptr);
+    std::optional<QString> error;
+    QN::logviewer::saveCopy(unreadable, QString::fromStdString(log.path("copy")),
+                            [&](const QString& told) { error = told; });
+    ASSERT_TRUE(waitUntil([&] { return error.has_value(); }));
+    EXPECT_EQ(*error, "The log can't be read to its end.");
+    EXPECT_FALSE(std::filesystem::exists(log.path("copy")));
 }
 
 TEST(LogColors, AreThoseOfTheLevels) {
