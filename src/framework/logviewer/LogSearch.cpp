@@ -36,9 +36,9 @@ void LogSearch::take(const std::vector<std::uint64_t>& lines) {
         if (row < index.size() && (rows_.empty() || rows_.back() < row))
             rows_.push_back(row);
     }
+    Q_EMIT countChanged(); // first, as an answer may have more to tell
     if (request_)
         answer();
-    Q_EMIT countChanged();
 }
 
 void LogSearch::find(std::size_t from, Direction direction, bool includesFrom) {

@@ -169,6 +169,7 @@ void QNLogTableViewer::takeChange(const LogDocument::Change& change) {
         sight_->row += change.rowsBefore;
         if (sight_->current != LogTableView::noRow)
             sight_->current += change.rowsBefore;
+        table_->setHint({});
         filter_.documentReplaced();
         search_.documentReplaced();
         restoreSight();
@@ -184,6 +185,7 @@ void QNLogTableViewer::takeChange(const LogDocument::Change& change) {
 /// What is in sight stays there if it is still shown.
 void QNLogTableViewer::applyFilter() {
     rememberSight();
+    table_->setHint({});
     filter_.set(toolBar_->levels(), toolBar_->filterText());
     restoreSight();
     updateHint();
@@ -227,13 +229,20 @@ void QNLogTableViewer::updateHint() {
     if (!failure_.isEmpty())
         table_->setHint(formatted(Texts::tr("The log can't be read: %@"), failure_));
     else if (hasRows && filter_.rows().isFiltered())
-        table_->setHint(Texts::tr("No row passes the filter."));
+        table_->setHint(hintOfFilter());
     else if (document_.index().hasStopped())
         table_->setHint(Texts::tr("This file does not begin like a log."));
     else if (document_.isCaughtUp())
         table_->setHint(Texts::tr("Nothing has been logged yet."));
     else
         table_->setHint({});
+}
+
+/// While a search goes on nothing is sure, except that rows had not passed before some were added.
+QString QNLogTableViewer::hintOfFilter() const {
+    const QString none = Texts::tr("No row passes the filter.");
+    const bool isSure = filter_.hasReached(LogTableView::noRow) || table_->hint() == none;
+    return isSure ? none : QString();
 }
 
 void QNLogTableViewer::updateNotice() {

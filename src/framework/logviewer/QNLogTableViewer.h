@@ -64,6 +64,7 @@ class QNLogTableViewer final : public QNLogViewer, public LogTableSource {
     void restoreSight();
     void updateNotice();
     void updateHint();
+    QString hintOfFilter() const;
     void updateCount();
 
     std::size_t documentRow(std::size_t row) const;

@@ -197,6 +197,7 @@ TEST_F(LogViewer, KeepsTheRowInSightWhenAFilterIsSetAndCleared) {
     levels->setCurrentText("Warnings and errors");
     ASSERT_EQ(rows(), 800U);
     filter().setText("nothing like that");
+    EXPECT_EQ(table().hint(), "") << "it is not known yet";
     EXPECT_TRUE(waitUntil([&] { return table().hint() == "No row passes the filter."; }));
 }
 
@@ -212,6 +213,10 @@ TEST_F(LogViewer, GoesToMatchesWarningsErrorsAndTimes) {
     EXPECT_TRUE(arrivesAt(999));
     press(Qt::Key_F3);
     EXPECT_TRUE(arrivesAt(99)) << "the first one is found after the last one";
+    table().setCurrentRow(5);
+    needle.clear();
+    QTest::keyClicks(&needle, "E 99");
+    EXPECT_TRUE(waitUntil([&] { return isTold("Went on at the other end"); }));
     QTest::keyClick(&needle, Qt::Key_Escape);
     table().setCurrentRow(1000);
     press(Qt::Key_W);
