@@ -42,7 +42,7 @@ class LogHeights {
 
   private:
     static constexpr std::size_t blockSize = 1024;
-    static constexpr std::size_t blocksAtOnce = 64;
+    static constexpr std::size_t blocksAtOnce = 16;
 
     void sum(std::size_t block);
 

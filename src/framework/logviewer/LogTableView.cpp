@@ -9,6 +9,7 @@
 #include <QStyle>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -17,6 +18,7 @@ namespace {
 constexpr int margin = 6; // beside the texts
 constexpr int mostBar = 1 << 30;
 constexpr std::size_t mostLayouts = 1024;
+constexpr std::chrono::milliseconds pauseAfterResize(50);
 
 /// Scroll bars count in whole numbers, which may be fewer than the pixels of a long table.
 int barValue(std::int64_t pixels, std::int64_t total) {
@@ -160,7 +162,9 @@ void LogTableView::updateBars() {
 }
 
 /// Small ways are gone exactly, by the heights of the rows.
-void LogTableView::scrollContentsBy(int /*dx*/, int dy) {
+void LogTableView::scrollContentsBy(int dx, int dy) {
+    if (isUpdatingBars_ && dx == 0)
+        return; // the bar has come to where the rows are
     if (isUpdatingBars_ || count() == 0) {
         viewport()->update();
         return;
@@ -185,7 +189,8 @@ void LogTableView::rowsAdded() {
     const std::size_t rows = count();
     knownRows_ = rows;
     heights_.setCount(rows);
-    refreshing_.start();
+    if (!refreshing_.isActive())
+        refreshing_.start(0);
     if (isAtEnd_)
         scrollToEnd();
     else
@@ -204,7 +209,7 @@ void LogTableView::rowsReplaced(const Sight& sight) {
     layouts_.clear();
     knownRows_ = count();
     heights_.reset(knownRows_);
-    refreshing_.start();
+    refreshing_.start(0);
     current_ = sight.current < knownRows_ ? sight.current : noRow;
     selectionStart_ = current_;
     top_ = {0, 0};
@@ -221,7 +226,7 @@ void LogTableView::calculateHeights() {
     const auto before = layouts_.find(top_.row);
     const double oldHeight = before != layouts_.end() ? before->second.entry().cellHeight : 0;
     heights_.invalidate();
-    refreshing_.start();
+    refreshing_.start(pauseAfterResize); // the new frame comes first
     if (isAtEnd_ || count() == 0) {
         scrollToEnd();
         return;
@@ -235,7 +240,7 @@ void LogTableView::calculateHeights() {
 /// A part at a time.
 void LogTableView::refreshHeights() {
     if (heights_.refresh())
-        refreshing_.start();
+        refreshing_.start(0);
     updateBars();
 }
 
