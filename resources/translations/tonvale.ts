@@ -335,6 +335,10 @@ Runs until it is told to end; one is enough for a session.
         <source>Mute everything that plays</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Preferences…</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>Texts</name>
@@ -1135,10 +1139,6 @@ and the logs in
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Add</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>task manager of macOS</source>
         <translation type="unfinished"></translation>
     </message>
@@ -1351,14 +1351,6 @@ and the logs in
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Add…</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Remove</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>&quot;%@&quot; is ignored already.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -1469,6 +1461,26 @@ and the logs in
     </message>
     <message>
         <source>&amp;Support Information…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The log can&apos;t be read to its end.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Add…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Remove</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
