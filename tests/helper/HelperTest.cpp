@@ -166,6 +166,7 @@ TEST_F(HelperTest, ItsMenuShowsAndSetsWhatPlays) {
     EXPECT_TRUE(waitUntil([&] { return lines().contains("Zebra  (muted)\n  [x] Mute"); }));
     choose({"Mute everything"});
     choose({"Zebra", "Mute"});
+    EXPECT_TRUE(waitUntil([&] { return application.calls.size() == 4; }));
     EXPECT_EQ(application.calls,
               (QStringList{"b Volume 25", "a Muted true", "b Muted true", "a Muted false"}));
     application.remove("a");
