@@ -107,8 +107,10 @@ bool isBelowHomes(std::string_view text, std::size_t place) {
     std::string before =
         lowered(text.substr(place - std::min(place, reach), std::min(place, reach)));
     std::erase(before, '\\');
-    for (std::size_t i = before.find("%2f"); i != std::string::npos; i = before.find("%2f"))
-        before.replace(i, 3, "/");
+    for (std::size_t i = before.find("%2f"); i != std::string::npos; i = before.find("%2f")) {
+        before[i] = '/';
+        before.erase(i + 1, 2);
+    }
     constexpr std::array<std::string_view, 6> parents{"/home/", "/media/",    "/users/",
                                                       "/mail/", "/crontabs/", "/homes/"};
     return std::any_of(parents.begin(), parents.end(),
