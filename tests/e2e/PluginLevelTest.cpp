@@ -292,8 +292,8 @@ TEST_F(PluginLevelTest, AfterSleepMetersAreMadeAnewAndTheApplicationNoticesNothi
 }
 
 TEST_F(PluginLevelTest, ManyProgramsPlayAtOnce) {
-    // More than one filter has inputs for. PulseAudio's service takes sixteen descriptors for each,
-    // and usually may have 1024.
+    // More than one filter has inputs for. PulseAudio's service takes 64 clients at most, and
+    // sixteen descriptors for each.
     constexpr std::size_t programs = 40;
     recorder_.reset(); // the machine has enough to do
     std::vector<std::unique_ptr<support::NamedCopy>> copies;
