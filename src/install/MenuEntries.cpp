@@ -11,8 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* identifier = "com.quarnel.Tonvale";
-
 void removeFile(const fs::path& file) {
     std::error_code error;
     fs::remove(file, error);
@@ -27,11 +25,11 @@ void removeMenuEntries() {
     const fs::path data = platform::applicationSupportDirectory(platform::Domain::user);
     if (data.empty())
         return;
-    removeFile(data / "applications" / (std::string(identifier) + ".desktop"));
+    removeFile(data / "applications/com.quarnel.Tonvale.desktop");
     std::error_code none;
     for (fs::directory_iterator size(data / "icons/hicolor", none), end; size != end;
          size.increment(none)) {
-        for (const char* const ending : {".png", ".svg"})
-            removeFile(size->path() / "apps" / (std::string(identifier) + ending));
+        for (const char* const name : {"com.quarnel.Tonvale.png", "com.quarnel.Tonvale.svg"})
+            removeFile(size->path() / "apps" / name);
     }
 }
