@@ -29,7 +29,7 @@ class LoginItems {
         std::vector<std::filesystem::path> system = {};
     };
 
-    /// Those of the XDG autostart specification.
+    /// Where desktops look for autostart entries, the user's folder first.
     static Folders usualFolders();
 
     /// New items start only as long as the program `required` is there; empty: always.
