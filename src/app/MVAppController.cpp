@@ -31,6 +31,7 @@
 #include "platform/loop/RunLoop.h"
 #include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
+#include "platform/window/WindowFront.h"
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
 #include "ui/VolumeWindow.h"
@@ -394,12 +395,7 @@ void MVAppController::showPrefs() {
 }
 
 void MVAppController::showMainWindow() {
-    if (window_->isMinimized())
-        window_->showNormal();
-    else
-        window_->show();
-    window_->raise();
-    window_->activateWindow();
+    platform::bringToFront(*window_);
 }
 
 void MVAppController::toggleMainWindow(const QString& token) {

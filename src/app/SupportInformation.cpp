@@ -3,6 +3,7 @@
 #include "framework/support/QNSupportLogStore.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/loop/DispatchQueue.h"
+#include "platform/window/WindowFront.h"
 #include "ui/support/SupportWindow.h"
 
 #include <QDir>
@@ -27,9 +28,7 @@ void SupportInformation::show(QWidget& parent, const QString& logFile) {
         };
         window = new SupportWindow(std::move(dependencies), &parent);
     }
-    window->show();
-    window->raise();
-    window->activateWindow();
+    platform::bringToFront(*window);
 }
 
 void SupportInformation::cleanUp() {

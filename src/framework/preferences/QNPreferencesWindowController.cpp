@@ -8,6 +8,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/desktop/DesktopAnimations.h"
 #include "platform/text/Format.h"
+#include "platform/window/WindowFront.h"
 #include "platform/window/WindowPositioning.h"
 
 #include <QFontMetricsF>
@@ -228,12 +229,7 @@ void QNPreferencesWindowController::showWindow() {
         center();
         restoreWindowPosition();
     }
-    if (window_->isMinimized())
-        window_->showNormal();
-    else
-        window_->show();
-    window_->raise();
-    window_->activateWindow();
+    platform::bringToFront(*window_);
 }
 
 void QNPreferencesWindowController::center() {
