@@ -165,7 +165,7 @@ void Helper::obey(const MenuCommand& command) {
         application_.setVolume(command.program, command.percent);
         return;
     case Kind::muteAll:
-        muteAll();
+        application_.muteAll();
         return;
     case Kind::openWindow:
         open(item_.takeToken(), false);
@@ -185,13 +185,5 @@ void Helper::toggleMute(const QString& program) {
          application_.programs().value_or(std::vector<PlayingProgram>())) {
         if (each.path == program)
             application_.setMuted(program, !each.muted);
-    }
-}
-
-void Helper::muteAll() {
-    for (const PlayingProgram& each :
-         application_.programs().value_or(std::vector<PlayingProgram>())) {
-        if (each.isControllable && !each.muted)
-            application_.setMuted(each.path, true);
     }
 }

@@ -56,7 +56,6 @@ class Helper {
     void turn(int delta);
     void obey(const MenuCommand& command);
     void toggleMute(const QString& program);
-    void muteAll();
 
     const Surroundings surroundings_;
     QDBusConnection bus_;

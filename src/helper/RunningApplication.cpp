@@ -40,12 +40,17 @@ RunningApplication::RunningApplication(const QDBusConnection& bus, std::function
     : bus_(bus)
     , changed_(std::move(changed))
     , owner_(bus, name, [this](const QString& owner) { ownerChanged(owner); }) {
-    bus_.connect(name, root, managerInterface, QStringLiteral("InterfacesAdded"), this,
+    // With the name, the toolkit would wait for its owner, and abort on a bus that has just ended.
+    bus_.connect(QString(), root, managerInterface, QStringLiteral("InterfacesAdded"), this,
                  SLOT(objectsAdded(QDBusMessage)));
-    bus_.connect(name, root, managerInterface, QStringLiteral("InterfacesRemoved"), this,
-                 SLOT(objectsRemoved(QDBusObjectPath, QStringList)));
-    bus_.connect(name, QString(), propertiesInterface, QStringLiteral("PropertiesChanged"), this,
-                 SLOT(propertiesChanged(QDBusMessage)));
+    bus_.connect(QString(), root, managerInterface, QStringLiteral("InterfacesRemoved"), this,
+                 SLOT(objectsRemoved(QDBusObjectPath, QStringList, QDBusMessage)));
+    bus_.connect(QString(), QString(), propertiesInterface, QStringLiteral("PropertiesChanged"),
+                 {programInterface}, QString(), this, SLOT(propertiesChanged(QDBusMessage)));
+}
+
+bool RunningApplication::isOfOwner(const QDBusMessage& message) const {
+    return programs_ && message.service() == owner_.owner();
 }
 
 void RunningApplication::ownerChanged(const QString& owner) {
@@ -79,7 +84,7 @@ void RunningApplication::read(const ObjectTree& tree) {
 
 /// Qt finds no slot for the type of the interfaces.
 void RunningApplication::objectsAdded(const QDBusMessage& message) {
-    if (!programs_ || message.signature() != QLatin1String("oa{sa{sv}}"))
+    if (!isOfOwner(message) || message.signature() != QLatin1String("oa{sa{sv}}"))
         return;
     const auto path = qdbus_cast<QDBusObjectPath>(message.arguments()[0]);
     const auto interfaces = qdbus_cast<ObjectInterfaces>(message.arguments()[1]);
@@ -89,14 +94,15 @@ void RunningApplication::objectsAdded(const QDBusMessage& message) {
     changed_();
 }
 
-void RunningApplication::objectsRemoved(const QDBusObjectPath& path,
-                                        const QStringList& interfaces) {
-    if (programs_ && interfaces.contains(programInterface) && programs_->remove(path.path()) > 0)
+void RunningApplication::objectsRemoved(const QDBusObjectPath& path, const QStringList& interfaces,
+                                        const QDBusMessage& message) {
+    if (isOfOwner(message) && interfaces.contains(programInterface) &&
+        programs_->remove(path.path()) > 0)
         changed_();
 }
 
 void RunningApplication::propertiesChanged(const QDBusMessage& message) {
-    if (!programs_ || message.arguments().size() < 2 ||
+    if (!isOfOwner(message) || message.arguments().size() < 2 ||
         message.arguments()[0].toString() != programInterface)
         return;
     const auto found = programs_->find(message.path());
@@ -155,13 +161,20 @@ void RunningApplication::showWindow(const QString& token) {
     callApplication(QStringLiteral("Activate"), {}, token);
 }
 
+void RunningApplication::callAction(const QString& action, const QString& token) {
+    callApplication(QStringLiteral("ActivateAction"), {action, QVariant(QVariantList())}, token);
+}
+
 /// What has not told yet may not take actions yet either.
 void RunningApplication::showPreferences(const QString& token) {
     if (!programs_)
         wantedPreferences_ = token;
     else
-        callApplication(QStringLiteral("ActivateAction"),
-                        {QStringLiteral("preferences"), QVariant(QVariantList())}, token);
+        callAction(QStringLiteral("preferences"), token);
+}
+
+void RunningApplication::muteAll() {
+    callAction(QStringLiteral("mute-all"), {});
 }
 
 void RunningApplication::quit() {

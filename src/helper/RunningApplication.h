@@ -44,6 +44,9 @@ class RunningApplication final : public QObject {
     void setVolume(const QString& program, int percent);
     void setMuted(const QString& program, bool isMuted);
 
+    /// Mutes every program that plays.
+    void muteAll();
+
     /// Shows the window, or hides it if it is the active one or was until just now. `token` lets it
     /// come to the front.
     void toggleWindow(const QString& token);
@@ -57,14 +60,17 @@ class RunningApplication final : public QObject {
 
   private Q_SLOTS:
     void objectsAdded(const QDBusMessage& message);
-    void objectsRemoved(const QDBusObjectPath& path, const QStringList& interfaces);
+    void objectsRemoved(const QDBusObjectPath& path, const QStringList& interfaces,
+                        const QDBusMessage& message);
     void propertiesChanged(const QDBusMessage& message);
 
   private:
+    bool isOfOwner(const QDBusMessage& message) const;
     void ownerChanged(const QString& owner);
     void read(const ObjectTree& tree);
     void setProperty(const QString& program, const QString& property, const QVariant& value);
     void callApplication(const QString& method, QVariantList arguments, const QString& token);
+    void callAction(const QString& action, const QString& token);
     void callMixer(const QString& method, const QVariantList& arguments = {});
 
     QDBusConnection bus_;

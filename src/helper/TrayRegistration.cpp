@@ -2,7 +2,6 @@
 
 #include "platform/processes/ProcessInfo.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -28,10 +27,11 @@ TrayRegistration::TrayRegistration(const QDBusConnection& bus, std::function<voi
     : bus_(bus)
     , changed_(std::move(changed))
     , watcher_(bus, name, [this](const QString& owner) { watcherChanged(owner); }) {
-    bus_.connect(name, path, name, QStringLiteral("StatusNotifierHostRegistered"), this,
-                 SLOT(hostRegistered()));
-    bus_.connect(name, path, name, QStringLiteral("StatusNotifierHostUnregistered"), this,
-                 SLOT(hostUnregistered()));
+    // With the name, the toolkit would wait for its owner, and abort on a bus that has just ended.
+    bus_.connect(QString(), path, name, QStringLiteral("StatusNotifierHostRegistered"), this,
+                 SLOT(hostRegistered(QDBusMessage)));
+    bus_.connect(QString(), path, name, QStringLiteral("StatusNotifierHostUnregistered"), this,
+                 SLOT(hostUnregistered(QDBusMessage)));
 }
 
 void TrayRegistration::watcherChanged(const QString& owner) {
@@ -49,15 +49,15 @@ void TrayRegistration::watcherChanged(const QString& owner) {
 
 /// A second time changes nothing for a watcher that knows the icon, and helps with those that have
 /// told their hosts before these listened.
-void TrayRegistration::hostRegistered() {
-    if (owner_.isEmpty())
+void TrayRegistration::hostRegistered(const QDBusMessage& message) {
+    if (owner_.isEmpty() || message.service() != owner_)
         return;
     set(hasHost_, true);
     registerItem();
 }
 
-void TrayRegistration::hostUnregistered() {
-    if (!owner_.isEmpty())
+void TrayRegistration::hostUnregistered(const QDBusMessage& message) {
+    if (!owner_.isEmpty() && message.service() == owner_)
         askForHost();
 }
 

@@ -3,6 +3,7 @@
 #include "platform/bus/BusNameOwner.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 
@@ -29,8 +30,8 @@ class TrayRegistration final : public QObject {
     [[nodiscard]] const QString& watcherProcess() const noexcept { return process_; }
 
   private Q_SLOTS:
-    void hostRegistered();
-    void hostUnregistered();
+    void hostRegistered(const QDBusMessage& message);
+    void hostUnregistered(const QDBusMessage& message);
 
   private:
     void watcherChanged(const QString& owner);

@@ -13,7 +13,8 @@ namespace platform {
 BusNameOwner::BusNameOwner(const QDBusConnection& bus, const QString& name,
                            std::function<void(const QString& owner)> changed)
     : changed_(std::move(changed)) {
-    if (!bus.isConnected()) {
+    QDBusConnectionInterface* const daemon = bus.interface(); // null as soon as the bus has ended
+    if (!bus.isConnected() || daemon == nullptr) {
         owner_.emplace();
         return;
     }
@@ -21,7 +22,7 @@ BusNameOwner::BusNameOwner(const QDBusConnection& bus, const QString& name,
     QObject::connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, watcher,
                      [this](const QString&, const QString&, const QString& owner) { set(owner); });
     auto* const answer = new QDBusPendingCallWatcher(
-        bus.interface()->asyncCall(QStringLiteral("GetNameOwner"), name), watcher);
+        daemon->asyncCall(QStringLiteral("GetNameOwner"), name), watcher);
     QObject::connect(answer, &QDBusPendingCallWatcher::finished, watcher, [this, answer] {
         const QDBusPendingReply<QString> reply = *answer;
         if (!owner_)
