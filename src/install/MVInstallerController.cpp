@@ -192,10 +192,12 @@ MVInstallerController::Outcome MVInstallerController::runTool(const QStringList&
         dependencies_.pkexec);
     Outcome outcome;
     const WindowsWithoutInput windows;
-    platform::waitServingEvents([&] {
-        outcome.answer = tool.authorize();
-        outcome.status = tool.status();
-    });
+    platform::waitServingEvents(
+        [&] {
+            outcome.answer = tool.authorize();
+            outcome.status = tool.status();
+        },
+        [&] { tool.cancel(); });
     if (outcome.answer != PrivilegedTool::Answer::granted)
         return outcome;
     if (const auto* const program = QNApplication::current(); program && program->shouldExit()) {

@@ -1,5 +1,6 @@
 #include "platform/authorization/ChildOnThread.h"
 
+#include "platform/base/Mutex.h"
 #include "platform/base/ThreadCalls.h"
 
 #include <cerrno>
@@ -104,7 +105,15 @@ int spawn(std::vector<std::string> arguments, const Standard& standard, pid_t& p
                          pointers.data(), environ);
 }
 
-int waitFor(pid_t process) noexcept {
+/// Returns when it has ended; its number stays its own until it is reaped.
+void awaitEnd(pid_t process) noexcept {
+    siginfo_t info{};
+    while (::waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOWAIT) < 0 &&
+           errno == EINTR) {
+    }
+}
+
+int reap(pid_t process) noexcept {
     int status = 0;
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
@@ -112,39 +121,57 @@ int waitFor(pid_t process) noexcept {
     return WIFEXITED(status) ? WEXITSTATUS(status) : bySignal + WTERMSIG(status);
 }
 
+} // namespace
+
 /// What the thread shares with the object.
-struct Life {
+struct ChildOnThread::Life {
     std::vector<std::string> arguments;
     Standard standard;
     std::promise<int> started; ///< an errno
     std::promise<int> status;
+    Mutex mutex;
+    pid_t process GUARDED_BY(mutex) = 0; ///< 0: there is none
+
+    void live() {
+        pid_t child = 0;
+        const int error = spawn(arguments, standard, child);
+        standard = {};
+        if (error == 0)
+            setProcess(child);
+        started.set_value(error);
+        if (error != 0)
+            return;
+        awaitEnd(child);
+        setProcess(0);
+        status.set_value(reap(child));
+    }
+
+    void setProcess(pid_t number) {
+        const ScopedLock lock(mutex);
+        process = number;
+    }
 };
-
-void live(Life& life) {
-    pid_t process = 0;
-    const int error = spawn(life.arguments, life.standard, process);
-    life.standard = {};
-    life.started.set_value(error);
-    if (error == 0)
-        life.status.set_value(waitFor(process));
-}
-
-} // namespace
 
 ChildOnThread::ChildOnThread(const std::vector<std::string>& arguments) {
     Ends input = openSocketPair();
     Ends output = openPipe();
     Ends errors = openPipe();
-    const auto life = std::make_shared<Life>();
-    life->arguments = arguments;
-    life->standard = {std::move(input.theirs), std::move(output.theirs), std::move(errors.theirs)};
-    status_ = life->status.get_future().share();
-    startDetachedThread("child", [life] { live(*life); });
-    if (const int error = life->started.get_future().get(); error != 0)
+    life_ = std::make_shared<Life>();
+    life_->arguments = arguments;
+    life_->standard = {std::move(input.theirs), std::move(output.theirs), std::move(errors.theirs)};
+    status_ = life_->status.get_future().share();
+    startDetachedThread("child", [life = life_] { life->live(); });
+    if (const int error = life_->started.get_future().get(); error != 0)
         fail(error, arguments.front());
     input_ = std::move(input.ours);
     output_ = std::move(output.ours);
     errors_ = std::move(errors.ours);
+}
+
+void ChildOnThread::end() const noexcept {
+    const ScopedLock lock(life_->mutex);
+    if (life_->process != 0)
+        ::kill(life_->process, SIGTERM);
 }
 
 void ChildOnThread::send(char byte) const noexcept {

@@ -3,6 +3,7 @@
 #include "platform/base/FileDescriptor.h"
 
 #include <future>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,16 @@ class ChildOnThread {
     /// Writes to its standard input. Nothing happens if it reads no more.
     void send(char byte) const noexcept;
 
+    /// Ends it by SIGTERM, unless it has ended or has become another user's. Any thread.
+    void end() const noexcept;
+
     /// Waits for its end: its exit status, or 128 and the signal that ended it.
     [[nodiscard]] int status() const { return status_.get(); }
 
   private:
+    struct Life;
+
+    std::shared_ptr<Life> life_; // shared with the thread
     FileDescriptor input_;
     FileDescriptor output_;
     FileDescriptor errors_;

@@ -86,7 +86,7 @@ PrivilegedTool::Answer PrivilegedTool::authorize() {
     if (rights_ == Rights::administrator && ::access(pkexec_.c_str(), X_OK) != 0)
         return Answer::noPkexec;
     if (!start())
-        return Answer::failed;
+        return isCancelled() ? Answer::cancelled : Answer::failed;
     return awaitAuthorization() ? Answer::granted : reasonOfEnd();
 }
 
@@ -96,13 +96,32 @@ bool PrivilegedTool::start() {
         command = {pkexec_, "--disable-internal-agent"};
     command.insert(command.end(), arguments_.begin(), arguments_.end());
     try {
-        child_.emplace(command);
-        return true;
+        const ScopedLock lock(mutex_);
+        if (!isCancelled_)
+            child_.emplace(command);
+        return child_.has_value();
     } catch (const std::system_error& error) {
         status_ = error.code().value();
         systemLog(LogPriority::error, "Couldn't start %s", error.what());
         return false;
     }
+}
+
+void PrivilegedTool::cancel() {
+    const ScopedLock lock(mutex_);
+    isCancelled_ = true;
+    if (child_)
+        child_->end();
+}
+
+bool PrivilegedTool::isCancelled() {
+    const ScopedLock lock(mutex_);
+    return isCancelled_;
+}
+
+void PrivilegedTool::forgetChild() {
+    const ScopedLock lock(mutex_);
+    child_.reset();
 }
 
 bool PrivilegedTool::awaitAuthorization() {
@@ -118,7 +137,9 @@ PrivilegedTool::Answer PrivilegedTool::reasonOfEnd() {
         return messages_.find(text) != std::string::npos;
     };
     status_ = child_->status();
-    child_.reset();
+    forgetChild();
+    if (isCancelled())
+        return Answer::cancelled;
     if (rights_ == Rights::own || (status_ != dismissed && status_ != notRun)) {
         systemLog(LogPriority::error, "%s ended with %d: %s", arguments_.front().c_str(), status_,
                   messages_.c_str());
@@ -140,7 +161,7 @@ std::string PrivilegedTool::run() {
         return {};
     child_->send(toolMayGoOn);
     readUntil(child_->output(), reply_, child_->errors(), messages_, [] { return false; });
-    child_.reset();
+    forgetChild();
     return reply_.size() > longestText ? std::string() : std::exchange(reply_, {});
 }
 

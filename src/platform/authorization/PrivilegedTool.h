@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/authorization/ChildOnThread.h"
+#include "platform/base/Mutex.h"
 
 #include <optional>
 #include <string>
@@ -41,6 +42,10 @@ class PrivilegedTool {
 
     Answer authorize();
 
+    /// Takes the question back: authorize(), under way or not yet called, answers "cancelled"
+    /// unless the user has just agreed. Any thread.
+    void cancel();
+
     /// After authorize() has failed: the errno of starting, else the exit status, or 128 and the
     /// signal that ended it.
     [[nodiscard]] int status() const noexcept { return status_; }
@@ -51,12 +56,16 @@ class PrivilegedTool {
 
   private:
     bool start();
+    void forgetChild();
+    bool isCancelled();
     bool awaitAuthorization();
     Answer reasonOfEnd();
 
     const std::vector<std::string> arguments_;
     const Rights rights_;
     const std::string pkexec_;
+    Mutex mutex_; // for changes of child_, and its use by cancel()
+    bool isCancelled_ GUARDED_BY(mutex_) = false;
     std::optional<ChildOnThread> child_;
     std::string messages_; // on standard error before authorization
     std::string reply_;

@@ -11,6 +11,7 @@
 
 #include <csignal>
 #include <future>
+#include <thread>
 
 namespace fs = std::filesystem;
 using platform::PrivilegedTool;
@@ -64,6 +65,21 @@ TEST_F(PrivilegedToolTest, RunsTheToolOnceItIsAuthorized) {
     PrivilegedTool direct = tool("touch " + path("asked"), Rights::own);
     EXPECT_EQ(direct.authorize(), Answer::granted);
     EXPECT_EQ(direct.run(), reply);
+    EXPECT_FALSE(fs::exists(path("asked")));
+}
+
+TEST_F(PrivilegedToolTest, TheQuestionCanBeTakenBack) {
+    PrivilegedTool asked = tool("touch " + path("asked") + "; exec sleep 1000");
+    std::thread another([&] {
+        EXPECT_TRUE(support::waitUntil([&] { return fs::exists(path("asked")); }));
+        asked.cancel();
+    });
+    EXPECT_EQ(asked.authorize(), Answer::cancelled);
+    another.join();
+    fs::remove(path("asked"));
+    PrivilegedTool early = tool("touch " + path("asked"));
+    early.cancel();
+    EXPECT_EQ(early.authorize(), Answer::cancelled);
     EXPECT_FALSE(fs::exists(path("asked")));
 }
 
