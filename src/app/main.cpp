@@ -2,6 +2,7 @@
 #include "app/MVAppController.h"
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
+#include "look/window/AlertWindow.h"
 #include "platform/base/DescriptorLimit.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
@@ -25,6 +26,7 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     if (!instance)
         return nullptr;
     MVAppController::initialize();
+    AlertWindow::install();
     return std::make_unique<MVAppController>(std::move(instance));
 }
 

@@ -18,8 +18,9 @@ class MVCustomWindow : public QWidget {
     Q_OBJECT
 
   public:
-    /// Features of the title bar; can be combined.
-    enum StyleMask : unsigned { closable = 2, miniaturizable = 4 };
+    /// Features of the title bar; can be combined. An untitled one does not draw the title, which
+    /// the desktop and assistive tools have all the same.
+    enum StyleMask : unsigned { closable = 2, miniaturizable = 4, untitled = 8 };
 
     /// Takes the content over.
     explicit MVCustomWindow(QWidget* contentView, unsigned styleMask = closable | miniaturizable,

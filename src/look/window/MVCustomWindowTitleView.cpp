@@ -58,6 +58,8 @@ QRect MVCustomWindowTitleView::roomForTitle() const {
 }
 
 void MVCustomWindowTitleView::paintEvent(QPaintEvent* /*event*/) {
+    if (!isTitleShown_)
+        return;
     QPainter painter(this);
     QColor color = CurrentTheme::theme().windowTitleBarTextColor();
     color.setAlphaF(isActiveWindow() ? 1.0F : 0.6F);

@@ -4,33 +4,16 @@
 #include "look/window/AccessibleWindow.h"
 #include "look/window/BarButton.h"
 #include "look/window/BarText.h"
+#include "look/window/Sign.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QPainter>
-#include <QPainterPath>
 
 namespace {
 
 constexpr int margin = 12;
 constexpr int gap = 8;
-constexpr int signSize = 24;
-
-/// A triangle with an exclamation mark, in a square of its size.
-void drawSign(QPainter& painter, const QColor& color, const QColor& background) {
-    constexpr double middle = signSize / 2.0;
-    QPainterPath triangle;
-    triangle.moveTo(middle, 2);
-    triangle.lineTo(signSize - 1, signSize - 3);
-    triangle.lineTo(1, signSize - 3);
-    triangle.closeSubpath();
-    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.setBrush(color);
-    painter.drawPath(triangle);
-    painter.setPen(QPen(background, 2.4, Qt::SolidLine, Qt::RoundCap));
-    painter.drawLine(QPointF(middle, 9), QPointF(middle, 14));
-    painter.drawPoint(QPointF(middle, 18));
-}
 
 } // namespace
 
@@ -83,9 +66,8 @@ void ProblemBar::paintEvent(QPaintEvent* /*event*/) {
                                                : theme.windowTitleBarGradientColor2();
     painter.fillRect(rect(), background);
     painter.fillRect(0, height() - 1, width(), 1, line);
-    painter.setRenderHint(QPainter::Antialiasing);
     const bool isMirrored = layoutDirection() == Qt::RightToLeft;
     painter.translate(
         QPoint(isMirrored ? width() - margin - signSize : margin, (height() - signSize) / 2));
-    drawSign(painter, theme.displayNameActivityColor(), background);
+    drawSign(painter, Sign::warning, background);
 }

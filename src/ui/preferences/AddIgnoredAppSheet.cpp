@@ -2,8 +2,8 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/ThemePalette.h"
+#include "look/window/SheetPlace.h"
 #include "platform/text/Texts.h"
-#include "platform/window/WindowPositioning.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
@@ -66,10 +66,7 @@ void AddIgnoredAppSheet::fit() {
     note_->setMinimumHeight(2 * note_->fontMetrics().lineSpacing());
     const QSize content = contentView().layout()->minimumSize().expandedTo({leastWidth, 0});
     setFixedSize(sizeForContent(content));
-    if (!platform::canPositionWindows())
-        return;
-    const QRect under = parentWidget()->window()->geometry();
-    move(under.center().x() - width() / 2, under.top() + (under.height() - height()) / 3);
+    placeOnWindow(*this);
 }
 
 void AddIgnoredAppSheet::begin(const QStringList& names) {

@@ -3,7 +3,6 @@
 #include "platform/window/Alert.h"
 
 #include <QApplication>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QWidget>
 
@@ -53,35 +52,6 @@ TEST_F(ApplicationTest, AlertsAreSheetsWhereAWindowCanTakeOne) {
     EXPECT_EQ(answers.run_[2].otherButton, "C");
     ASSERT_EQ(answers.sheets_.size(), 1U);
     EXPECT_EQ(answers.sheets_[0].kind, Alert::Kind::critical);
-}
-
-TEST_F(ApplicationTest, ASheetDoesNotWaitAndAnAlertAnswersTheButton) {
-    QWidget window;
-    window.show();
-    application.warningAlertWithTitle("sheet", QString(), "OK");
-    auto* const sheet = window.findChild<QMessageBox*>();
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_TRUE(sheet->isVisible());
-    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
-    sheet->accept();
-
-    const auto answer = [&](const QString& button) {
-        QMetaObject::invokeMethod(
-            qApp,
-            [button] {
-                auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                for (QAbstractButton* each : box->buttons()) {
-                    if (each->text() == button)
-                        each->click();
-                }
-            },
-            Qt::QueuedConnection);
-        return application.alertWithTitle("asks", QString(), "A", "B", "C");
-    };
-    EXPECT_EQ(answer("A"), Alert::standard);
-    EXPECT_EQ(answer("B"), Alert::alternate);
-    EXPECT_EQ(answer("C"), Alert::other);
 }
 
 TEST_F(ApplicationTest, WaitingServesEventsAndEndsAtItsTime) {
