@@ -8,6 +8,9 @@ set(TONVALE_PLUGIN_CONTENTS_DIR "${TONVALE_CONTENTS_DIR}/PlugIns/Tonvale.plugin/
 # Where support reports are sent: HOST or HOST:PORT. Names under ".invalid" stand for no server.
 set(TONVALE_SUPPORT_SERVER "support.tonvale.invalid" CACHE STRING "The server for support reports")
 
+# The page that the menu's "Recommend…" opens. Without one there is no such entry.
+set(TONVALE_REFER_URL "" CACHE STRING "The page to recommend the application with")
+
 # What people run carries no symbols: the plug-in is compared with the installed one at every start.
 # They go beside the bundle; "gdb -s Tonvale.app.symbols/PROGRAM.debug PROGRAM" reads them.
 option(TONVALE_STRIP "Move the symbols of the bundle's programs to a folder beside it" OFF)

@@ -21,6 +21,7 @@ std::string helpText() {
 Sets the volume of each program separately. A second start brings the window of the running one to
 the front.
 
+  --action NAME      open the preferences ("preferences"), or mute what plays ("mute-all")
   --debug            write everything to the log; same as holding Control and Meta at the start
   --screenshot FILE  save a picture of the window to FILE at the end
   -h, --help         print this text and exit
@@ -83,7 +84,9 @@ const char* complaintAbout(const QNOption& option, bool isLast) {
     const auto* const known = std::ranges::find(qtOptions, option.key, &QtOption::name);
     if (known != std::end(qtOptions))
         return complaintAboutQt(*known, option, isLast);
-    if (option.key == CommandLine::screenshot && option.value.isEmpty())
+    const bool takesValue =
+        option.key == CommandLine::screenshot || option.key == CommandLine::action;
+    if (takesValue && option.value.isEmpty())
         return MARKED_TEXT("PlainTexts", "%1 needs a value; see --help.");
     const bool isForeign = !CommandLine::options().contains(option.key);
     return isForeign && option.argument.startsWith(QLatin1String("--"))
@@ -115,7 +118,7 @@ bool takesNext(const QNOption& option) {
 } // namespace
 
 QStringList CommandLine::options() {
-    return {debug, help, screenshot, version};
+    return {action, debug, help, screenshot, version};
 }
 
 std::optional<int> CommandLine::answer(const QStringList& arguments) {

@@ -7,6 +7,7 @@
 /// The program's options, besides those of Qt.
 namespace CommandLine {
 
+inline const QString action = QStringLiteral("action");
 inline const QString debug = QStringLiteral("debug");
 inline const QString help = QStringLiteral("help");
 inline const QString screenshot = QStringLiteral("screenshot");

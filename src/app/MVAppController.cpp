@@ -1,9 +1,14 @@
 #include "app/MVAppController.h"
 
+#include "app/ApplicationWindows.h"
 #include "app/CommandLine.h"
+#include "app/ConflictCheck.h"
+#include "app/DesktopActions.h"
 #include "app/FileAlerts.h"
+#include "app/FinalSave.h"
 #include "app/HelperPresence.h"
 #include "app/HelperState.h"
+#include "app/LaunchRecord.h"
 #include "app/MenuBarPreferences.h"
 #include "app/PluginProblems.h"
 #include "app/SupportInformation.h"
@@ -11,32 +16,25 @@
 #include "comm/MVComm.h"
 #include "comm/MVCommLogText.h"
 #include "comm/PluginBusClient.h"
-#include "framework/application/ExceptionPlaces.h"
 #include "framework/log/qnlog.h"
-#include "framework/logviewer/QNLogTableViewer.h"
-#include "framework/preferences/QNPreferencesWindowController.h"
 #include "install/MVInstallerController.h"
 #include "install/MenuEntries.h"
-#include "look/theme/CurrentTheme.h"
-#include "look/window/MVCustomWindow.h"
 #include "model/AppVolumeController.h"
 #include "model/MVIgnoredApps.h"
 #include "platform/base/Directories.h"
-#include "platform/base/ExceptionReport.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/defaults/UserDefaults.h"
-#include "platform/language/MessageLanguages.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
 #include "platform/window/WindowFront.h"
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
+#include "ui/LetterTileColors.h"
+#include "ui/VolumeMenu.h"
 #include "ui/VolumeWindow.h"
-#include "ui/preferences/MVPrefsGeneral.h"
-#include "ui/preferences/MVPrefsIgnored.h"
 #include "workspace/ImageWarningFilter.h"
 #include "workspace/Workspace.h"
 
@@ -45,7 +43,6 @@
 #include <QPixmap>
 #include <QWindow>
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <utility>
@@ -55,7 +52,6 @@ using platform::UserDefaults;
 namespace {
 
 constexpr const char* processName = "Tonvale";
-constexpr std::chrono::seconds longestSaving{3};
 
 MVAppController* shared = nullptr;
 
@@ -123,49 +119,54 @@ void MVAppController::awakeFromNib() {
     std::atexit(&endWithoutDisplay);
 }
 
-/// One step may fail. None begins once the program has been told to end, which the waits in some of
-/// them let happen.
-void MVAppController::step(const std::function<void()>& work) const {
-    if (!shouldExit())
-        platform::guarded(kExceptionInLaunchStep, work);
-}
-
 void MVAppController::applicationDidFinishLaunching() {
     QNGUIApplication::applicationDidFinishLaunching();
     // Closing the window decides, not the last of all windows, which may be an alert's.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    step([this] { observeSignals(); });
-    step([] { storeLaunch(); });
+    launch_.run("signals", [this] { observeSignals(); });
+    launch_.run("conflict check", [this] { refuseConflict(); });
+    launch_.run("launch path", [] { LaunchRecord::store(); });
     bool hasInstalled = false;
-    step([&] { hasInstalled = installer_.install(); });
-    if (!shouldExit())
-        launch(hasInstalled);
-}
-
-void MVAppController::launch(bool hasInstalled) {
-    makeWindow();
-    step([this] { hearPlugin(); }); // it sends its reports as soon as it can connect
-    step([this] { connectPlugins(); });
-    step([&] {
+    launch_.run("installation", [&] { hasInstalled = installer_.install(); });
+    launch_.run("communication", [this] { connectPlugins(); });
+    launch_.run("volume controller", [this] { makeVolumeController(); });
+    launch_.run("plug-in", [&] {
         if (pluginProblems_)
             pluginProblems_->runInstalledPlugin(hasInstalled);
     });
-    step([this] { keepHelper(); });
+    launch_.run("helper preference", [] { updateTNHelperPref(); });
+    launch_.run("helper", [this] { installer_.adjustHelperIfNecessary(); });
     if (hasInstalled)
-        step([this] { installer_.runPostInstallAlert(); });
-    step([this] { volumeController_->update(); });
-    step([this] { showMainWindow(); });
-    step([this] { serveBus(); });
-    step([this] { updateWhenActive(); });
-    step([this] { helper_ = std::make_unique<HelperPresence>(platform::sessionBus()); });
-    step([this] { observeMenuBarPreferences(); });
-    step([this] { showFileAlerts(); });
-    step([] { SupportInformation::cleanUp(); });
+        launch_.run("restart alert", [this] { installer_.runPostInstallAlert(); });
+    launch_.run("volume window", [this] {
+        volumeController_->update();
+        showMainWindow();
+    });
+    launch_.run("preferences", [this] { observeMenuBarPreferences(); });
+    launch_.run("desktop", [this] { serveDesktop(); });
 }
 
-void MVAppController::keepHelper() {
-    updateTNHelperPref();
-    installer_.adjustHelperIfNecessary();
+/// What nobody waits for, once the window is on its way to the screen.
+void MVAppController::serveDesktop() {
+    serveBus();
+    updateWhenActive();
+    helper_ = std::make_unique<HelperPresence>(platform::sessionBus());
+    showFileAlerts();
+    actions_ = std::make_unique<DesktopActions>(
+        DesktopActions::Dependencies{*volumeController_, [this] { showPrefs(); },
+                                     [this](const QString& token) {
+                                         applicationShouldHandleReopen(window_->isVisible(), token);
+                                     }});
+    actions_->serve(*instance_);
+    actions_->performAtStart(options().value(CommandLine::action));
+    SupportInformation::cleanUp();
+}
+
+void MVAppController::refuseConflict() {
+    if (!ConflictCheck::isConflicting(MVInstallerController::localLibraryPath()))
+        return;
+    ConflictCheck::tell();
+    terminate();
 }
 
 void MVAppController::observeMenuBarPreferences() {
@@ -178,53 +179,45 @@ void MVAppController::observeMenuBarPreferences() {
     menuBarPreferences_ = std::make_unique<MenuBarPreferences>(std::move(dependencies));
 }
 
-/// A plug-in that connects finds the language on the disk, and a helper the bundle.
-void MVAppController::storeLaunch() {
-    UserDefaults& defaults = UserDefaults::standard();
-    const auto store = [&](const QString& key, const std::string& value) {
-        const QString text = QString::fromStdString(value);
-        const bool isNew = defaults.text(key) != text;
-        if (isNew)
-            defaults.set(key, text);
-        return isNew;
-    };
-    bool isNew =
-        store(PreferenceKeys::lastLaunchPath, platform::Bundle::main().contents().parent_path());
-    isNew |= store(PreferenceKeys::messageLanguage, platform::messageLanguage());
-    if (isNew)
-        defaults.synchronize(longestSaving);
-}
-
-void MVAppController::colorTiles() {
-    const MVBlackTheme& theme = CurrentTheme::theme();
-    Workspace::shared().setTileColors(
-        {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
-}
-
-void MVAppController::makeWindow() {
-    colorTiles();
-    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, &MVAppController::colorTiles);
+void MVAppController::makeVolumeController() {
     volumeController_ =
         std::make_unique<AppVolumeController>(AppVolumeController::sharedDependencies());
     volumeController_->savePrefs(); // containers are served by now, so their copies are due
+    volumeController_->publisher().setSender([this](const auto& word, auto answered) {
+        return pluginBus_ != nullptr && pluginBus_->tell(word, std::move(answered));
+    });
+    makeWindow();
+    if (pluginProblems_)
+        pluginProblems_->showIn(*window_);
+}
+
+void MVAppController::makeWindow() {
+    colorLetterTiles(Workspace::shared());
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedDependencies(*volumeController_));
     window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     toggle_ = std::make_unique<WindowToggle>(*window_);
-    connect(window_.get(), &VolumeWindow::logWanted, this, &MVAppController::openLogViewer);
-    connect(window_.get(), &VolumeWindow::quitWanted, this, [this] { terminate(); });
-    connect(window_.get(), &VolumeWindow::supportWanted, this,
-            [this] { SupportInformation::show(*window_, logURL()); });
-    connect(window_.get(), &VolumeWindow::uninstallWanted, this,
-            [this] { installer_.uninstall(false); });
     installer_.onUninstalled([this] { removeWhatIsSetUp(); });
     helperState_ = std::make_unique<HelperState>(
         [this](bool isShown) { installer_.showHelperInMenuBar(isShown); },
         installer_.hasHelper()
             ? QString()
             : Texts::tr("This application isn't installed, so it keeps no icon in the menu bar."));
-    connect(window_.get(), &VolumeWindow::preferencesWanted, this, &MVAppController::showPrefs);
-    hearInstance();
+    windows_ = std::make_unique<ApplicationWindows>(*window_, *volumeController_,
+                                                    helperState_.get(), logURL());
+    connectMenu();
+}
+
+void MVAppController::connectMenu() {
+    VolumeMenu& menu = window_->menu();
+    connect(&menu, &QMenu::aboutToShow, this,
+            [this, &menu] { menu.setCloses(helper_ != nullptr && helper_->isShown()); });
+    connect(&menu, &VolumeMenu::preferencesWanted, this, &MVAppController::showPrefs);
+    connect(&menu, &VolumeMenu::logWanted, this, &MVAppController::openLogViewer);
+    connect(&menu, &VolumeMenu::recommendWanted, this, &MVAppController::referAFriend);
+    connect(&menu, &VolumeMenu::uninstallWanted, this, &MVAppController::uninstall);
+    connect(&menu, &VolumeMenu::aboutWanted, this, &MVAppController::showAbout);
+    connect(&menu, &VolumeMenu::quitWanted, this, [this] { terminate(); });
 }
 
 /// What belongs to this user. With another local library, none of it is ours.
@@ -235,23 +228,6 @@ void MVAppController::removeWhatIsSetUp() {
         pluginProblems_->removeInstalledPlugin();
     removeMenuEntries();
     MenuBarPreferences::removeTNHelperPref(MenuBarPreferences::sharedDependencies());
-}
-
-/// Further starts, and the desktop.
-void MVAppController::hearInstance() {
-    instance_->onActivation([this](const QString& token) {
-        applicationShouldHandleReopen(window_->isVisible(), token);
-    });
-    instance_->onAction(
-        [this](const QString& action, const QString& token) { return doAction(action, token); });
-}
-
-bool MVAppController::doAction(const QString& action, const QString& token) {
-    if (action != QLatin1String("preferences"))
-        return false;
-    useActivationToken(token);
-    showPrefs();
-    return true;
 }
 
 void MVAppController::serveBus() {
@@ -287,31 +263,32 @@ void MVAppController::terminationSignal(int signal) {
     terminate();
 }
 
+/// The plug-in sends its reports as soon as it can connect.
 void MVAppController::connectPlugins() {
+    hearPlugin();
     MVComm& comm = MVComm::sharedComm();
-    comm.setAppConnectCallback(&updateCallback);
-    comm.setAppDisconnectCallback(&updateCallback);
     pluginProblems_ = std::make_unique<PluginProblems>(
         *platform::RunLoop::current(),
         PluginProblems::Dependencies{
-            comm, *window_,
-            [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
+            comm, [&comm] { return comm.setupPluginConnectionWithCallBack(&dataCallback); },
             [this](const QString& title, const QString& text) {
                 alertWithTitle(title, text, Texts::tr("OK"));
             }});
+    comm.setAppConnectCallback(&updateCallback);
+    comm.setAppDisconnectCallback(&updateCallback);
 }
 
+/// There is a volume controller before the event loop brings the first report.
 void MVAppController::hearPlugin() {
-    AppVolumeController& controller = *volumeController_;
-    pluginBus_ = std::make_unique<PluginBusClient>(PluginBusClient::Handlers{
-        [&](std::uint32_t pid, const ProgramSetting& setting) {
-            controller.changedElsewhere(pid, setting);
-        },
-        [&](std::uint32_t pid, const QString& reason) { controller.notControllable(pid, reason); },
-        [&] { controller.pluginHasGone(); }, [&] { controller.publisher().begin(); }});
-    controller.publisher().setSender([this](const auto& word, auto answered) {
-        return pluginBus_ != nullptr && pluginBus_->tell(word, std::move(answered));
-    });
+    pluginBus_ = std::make_unique<PluginBusClient>(
+        PluginBusClient::Handlers{[this](std::uint32_t pid, const ProgramSetting& setting) {
+                                      volumeController_->changedElsewhere(pid, setting);
+                                  },
+                                  [this](std::uint32_t pid, const QString& reason) {
+                                      volumeController_->notControllable(pid, reason);
+                                  },
+                                  [this] { volumeController_->pluginHasGone(); },
+                                  [this] { volumeController_->publisher().begin(); }});
 }
 
 void MVAppController::updateWhenActive() {
@@ -330,18 +307,16 @@ void MVAppController::endWithoutDisplay() {
     shared->saveAndDisconnect();
 }
 
-/// When a disk hangs, no other file is touched, for that might never end. The kernel closes the
-/// sockets too, and the next start replaces their files.
 void MVAppController::saveAndDisconnect() {
-    if (volumeController_ && !volumeController_->shutdown(longestSaving))
-        return;
-    if (volumeController_) // else there are no sockets yet
-        MVComm::sharedComm().shutdown();
-    UserDefaults::standard().synchronize(longestSaving);
+    FinalSave::saveAndDisconnect(volumeController_.get(), pluginProblems_ != nullptr);
+}
+
+void MVAppController::applicationShouldSave() {
+    log("The session ends");
+    FinalSave::save(volumeController_.get());
 }
 
 void MVAppController::applicationWillTerminate() {
-    setShouldExit();
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
     saveAndDisconnect();
@@ -351,8 +326,8 @@ void MVAppController::applicationWillTerminate() {
     menuBarPreferences_.reset();
     control_.reset();
     toggle_.reset();
-    prefs_.reset();
-    logViewer_.reset();
+    actions_.reset();
+    windows_.reset();
     window_.reset();
     volumeController_.reset();
 }
@@ -366,32 +341,31 @@ void MVAppController::saveScreenshot() {
 
 bool MVAppController::applicationShouldHandleReopen(bool hasVisibleWindows, const QString& token) {
     log("Started again: showing the window");
-    useActivationToken(token);
+    platform::useActivationToken(token);
     if (!hasVisibleWindows)
         window_->show();
     showMainWindow();
     return true;
 }
 
-/// Qt takes the token from there when a window asks to come to the front.
-void MVAppController::useActivationToken(const QString& token) {
-    if (!token.isEmpty())
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+void MVAppController::showPrefs() {
+    windows_->showPreferences();
 }
 
-void MVAppController::showPrefs() {
-    if (prefs_ == nullptr) {
-        prefs_ = std::make_unique<QNPreferencesWindowController>(QStringLiteral("Prefs"));
-        prefs_->window().setWindowIcon(window_->windowIcon());
-        prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsGeneral>(
-            MVPrefsGeneral::Dependencies{UserDefaults::standard(),
-                                         volumeController_->rememberedApps(), helperState_.get()}));
-        prefs_->addController(QNPreferencesItemViewController::controller<MVPrefsIgnored>(
-            MVPrefsIgnored::Dependencies{
-                MVIgnoredApps::sharedInstance(), Workspace::shared(),
-                [this] { return knownPrograms(*volumeController_, Workspace::shared()); }}));
-    }
-    prefs_->showWindow();
+void MVAppController::showAbout() {
+    windows_->showAbout();
+}
+
+void MVAppController::openLogViewer() {
+    windows_->showLog(logHandle());
+}
+
+void MVAppController::referAFriend() {
+    ApplicationWindows::recommend();
+}
+
+void MVAppController::uninstall() {
+    installer_.uninstall(false);
 }
 
 void MVAppController::showMainWindow() {
@@ -399,24 +373,12 @@ void MVAppController::showMainWindow() {
 }
 
 void MVAppController::toggleMainWindow(const QString& token) {
-    if (toggle_->goesAway() && helper_ && helper_->isShown())
-        window_->hide();
-    else if (toggle_->goesAway())
-        window_->showMinimized();
-    else
+    if (!toggle_->letGo(helper_ && helper_->isShown()))
         applicationShouldHandleReopen(window_->isVisible(), token);
 }
 
 void MVAppController::updateTNHelperPref() {
     MenuBarPreferences::updateTNHelperPref(MenuBarPreferences::sharedDependencies());
-}
-
-void MVAppController::openLogViewer() {
-    if (!logViewer_) {
-        logViewer_ = QNLogTableViewer::logViewerWithHandle(logHandle());
-        logViewer_->window()->setWindowIcon(window_->windowIcon());
-    }
-    logViewer_->showWindow();
 }
 
 void MVAppController::updateApps() {

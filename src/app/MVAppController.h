@@ -1,22 +1,22 @@
 #pragma once
 
+#include "app/LaunchSequence.h"
 #include "framework/application/QNGUIApplication.h"
 
 #include "comm/MVCommMessages.h"
 
-#include <functional>
 #include <memory>
 
 class AppVolumeController;
+class ApplicationWindows;
 class ControlService;
+class DesktopActions;
 class HelperPresence;
 class HelperState;
 class MVInstallerController;
 class MenuBarPreferences;
 class PluginBusClient;
 class PluginProblems;
-class QNLogTableViewer;
-class QNPreferencesWindowController;
 class VolumeWindow;
 class WindowToggle;
 
@@ -50,8 +50,12 @@ class MVAppController final : public QNGUIApplication {
     std::optional<QStringList> validOptions() const override;
     void awakeFromNib() override;
 
-    /// Installs the plug-in if needed, and shows the window. Without a plug-in the program ends.
+    /// Installs the plug-in if needed, and shows the window. The program ends instead if another
+    /// plug-in is in the way, or if the plug-in cannot be installed.
     void applicationDidFinishLaunching() override;
+
+    /// Saves the settings, and waits for the disk for a limited time.
+    void applicationShouldSave() override;
 
     /// Saves the settings and the window's frame, then closes the sockets. Waits for the disk for a
     /// limited time.
@@ -69,11 +73,16 @@ class MVAppController final : public QNGUIApplication {
     /// Writes the helper's preference file; see MenuBarPreferences.
     static void updateTNHelperPref();
 
-    /// Shows the preferences window, which is created on the first call.
+    /// Show windows of their own; each is created on the first call.
     void showPrefs();
-
-    /// Shows the log in a window of its own.
+    void showAbout();
     void openLogViewer();
+
+    /// Opens the page to recommend the program with, if the bundle names one.
+    static void referAFriend();
+
+    /// Asks the user, and removes what has been installed; see MVInstallerController.
+    void uninstall();
 
     /// The façade's callbacks, called at any time.
     void updateApps();
@@ -85,20 +94,16 @@ class MVAppController final : public QNGUIApplication {
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    void step(const std::function<void()>& work) const;
     void observeSignals();
-    static void storeLaunch();
-    void launch(bool hasInstalled);
-    void keepHelper();
-    void removeWhatIsSetUp();
-    void observeMenuBarPreferences();
-    void makeWindow();
-    void hearInstance();
-    bool doAction(const QString& action, const QString& token);
-    static void useActivationToken(const QString& token);
-    static void colorTiles();
-    void serveBus();
+    void refuseConflict();
     void connectPlugins();
+    void makeVolumeController();
+    void makeWindow();
+    void connectMenu();
+    void observeMenuBarPreferences();
+    void serveDesktop();
+    void removeWhatIsSetUp();
+    void serveBus();
     void hearPlugin();
     void updateWhenActive();
     void showFileAlerts();
@@ -108,11 +113,12 @@ class MVAppController final : public QNGUIApplication {
 
     const std::unique_ptr<platform::SingleInstance> instance_;
     MVInstallerController& installer_;
+    const LaunchSequence launch_{[this] { return shouldExit(); }};
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<WindowToggle> toggle_;
-    std::unique_ptr<QNPreferencesWindowController> prefs_;
-    std::unique_ptr<QNLogTableViewer> logViewer_; // from its first use on
+    std::unique_ptr<ApplicationWindows> windows_; // all others
+    std::unique_ptr<DesktopActions> actions_;
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;

@@ -160,11 +160,14 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencie
     , service_(QString::fromLatin1(PluginStarter::serviceName), platform::sessionBus())
     , name_(platform::sessionBus(), QStringLiteral("com.quarnel.Tonvale.Plugin"),
             [this](const QString&) { watch_.changed(); }) {
-    QObject::connect(&dependencies_.window, &VolumeWindow::helpWanted, &guard_,
-                     [this] { watch_.help(); });
-    QObject::connect(&dependencies_.window, &VolumeWindow::detailsWanted, &guard_,
-                     [this] { tellDetails(); });
     watch_.begin();
+}
+
+void PluginProblems::showIn(VolumeWindow& window) {
+    window_ = &window;
+    QObject::connect(&window, &VolumeWindow::helpWanted, &guard_, [this] { watch_.help(); });
+    QObject::connect(&window, &VolumeWindow::detailsWanted, &guard_, [this] { tellDetails(); });
+    show(watch_.problem());
 }
 
 /// The reasons for a failure go to the system log, once as long as they are the same; the user has
@@ -205,7 +208,8 @@ void PluginProblems::removeInstalledPlugin() {
 }
 
 void PluginProblems::show(Problem problem) {
-    dependencies_.window.showProblem(contentFor(problem));
+    if (window_ != nullptr)
+        window_->showProblem(contentFor(problem));
 }
 
 void PluginProblems::tellDetails() {

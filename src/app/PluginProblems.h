@@ -26,13 +26,15 @@ class PluginProblems {
     /// when the user wants to retry; `tell` shows a title and a text.
     struct Dependencies {
         MVComm& comm;
-        VolumeWindow& window;
         std::function<bool()> serveSocket;
         std::function<void(const QString& title, const QString& text)> tell;
     };
 
     /// Serves the socket.
     PluginProblems(platform::RunLoop& loop, Dependencies dependencies);
+
+    /// Shows the problems in the window from now on, which must outlive this.
+    void showIn(VolumeWindow& window);
 
     /// Starts the installed plug-in, see InstalledPlugin. Does nothing with a local library of the
     /// environment's: who set that starts the plug-in.
@@ -49,7 +51,8 @@ class PluginProblems {
     void tellDetails();
 
     const Dependencies dependencies_;
-    QString socketErrors_; // of the last attempt to serve it
+    VolumeWindow* window_ = nullptr; // from showIn() on
+    QString socketErrors_;           // of the last attempt to serve it
     PluginStarter starter_;
     InstalledPlugin installed_;
     PluginHealth watch_;

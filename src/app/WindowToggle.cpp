@@ -16,6 +16,16 @@ bool WindowToggle::goesAway() const {
            (lastActive_ && platform::MonotonicClock::now() - *lastActive_ <= memory);
 }
 
+bool WindowToggle::letGo(bool mayHide) {
+    if (!goesAway())
+        return false;
+    if (mayHide)
+        window_.hide();
+    else
+        window_.showMinimized();
+    return true;
+}
+
 bool WindowToggle::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::WindowDeactivate)
         lastActive_ = platform::MonotonicClock::now();

@@ -19,6 +19,10 @@ class WindowToggle final : public QObject {
 
     [[nodiscard]] bool goesAway() const;
 
+    /// Lets the window go away if it should: hides it if something else can show it again, else
+    /// minimises it. False if it stays.
+    [[nodiscard]] bool letGo(bool mayHide);
+
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 

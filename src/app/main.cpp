@@ -22,7 +22,8 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     QCoreApplication::setApplicationName(QStringLiteral("Tonvale"));
     QCoreApplication::setApplicationVersion(
         QString::fromStdString(platform::Bundle::main().version()));
-    auto instance = platform::SingleInstance::acquire(QStringLiteral("com.quarnel.Tonvale"));
+    auto instance = platform::SingleInstance::acquire(
+        QStringLiteral("com.quarnel.Tonvale"), QNApplication::options().value(CommandLine::action));
     if (!instance)
         return nullptr;
     MVAppController::initialize();

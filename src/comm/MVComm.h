@@ -26,8 +26,8 @@ class MVCommunication;
 /// ~/Library/Containers has one, from the beginning or as soon as it appears. Messages that arrive
 /// before the callbacks are set are dropped.
 ///
-/// Order of calls: set the connection and disconnection callbacks, then call
-/// setupPluginConnectionWithCallBack(), and at the end shutdown().
+/// Order of calls: setupPluginConnectionWithCallBack(), then, before the run loop's next turn, set
+/// the connection and disconnection callbacks, and at the end shutdown().
 class MVComm final : public MVCommCallbacks {
   public:
     /// The process's façade, created on first use and never destroyed.

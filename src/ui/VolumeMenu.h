@@ -1,11 +1,15 @@
 #pragma once
 
+#include <QKeySequence>
+#include <QList>
 #include <QMenu>
+#include <QStringList>
 
 class UndoHistory;
 
-/// The menu of the volume window: File, Edit, Window and Help, with their shortcuts, which work in
-/// the whole window. F10 opens it, and Alt with a letter opens one of the four. Main thread only.
+/// The menu of the volume window, with the window's look. Each entry has a key, which works in the
+/// whole window; F10 opens the menu. It is flat. What can be undone or redone comes first, as long
+/// as there is something. Main thread only.
 class VolumeMenu final : public QMenu {
     Q_OBJECT
 
@@ -13,38 +17,56 @@ class VolumeMenu final : public QMenu {
     /// The window becomes its parent.
     explicit VolumeMenu(QWidget& window);
 
-    /// Updates the Undo and Redo entries.
+    /// Updates the entries for Undo and Redo.
     void showHistory(const UndoHistory& history);
 
-    /// Sets the program that Delete would ignore; empty for none.
-    void showSelection(const QString& name);
+    /// Whether there is a page to recommend the program with; at first there is none.
+    void setCanRecommend(bool isPossible);
+
+    /// Whether closing the window keeps the program running, so that closing and quitting are two
+    /// entries; at first they are one, Quit. The key for closing works in any case.
+    void setCloses(bool isSeparate);
+
+    /// A row of the list of keys.
+    struct Key {
+        QString keys;
+        QString meaning;
+    };
+
+    /// The keys of all entries that can be chosen, whether or not just now.
+    [[nodiscard]] QList<Key> keys() const;
 
   Q_SIGNALS:
-    void uninstallWanted();
-    void closeWanted();
-    void quitWanted();
     void undoWanted();
     void redoWanted();
-    void ignoreWanted();
-    void minimizeWanted();
-    void zoomWanted();
     void preferencesWanted();
+    void ignoredWanted();
     void logWanted();
-    void aboutWanted();
     void supportWanted();
+    void keysWanted();
+    void recommendWanted();
+    void uninstallWanted();
+    void aboutWanted();
+    void closeWanted();
+    void quitWanted();
+    void minimizeWanted();
 
-    /// The user pressed a key that opens the menu; `chosen` is the entry whose submenu should open
-    /// too, or null.
-    void openWanted(QAction* chosen);
+    /// The user pressed the key that opens the menu.
+    void openWanted();
 
   private:
-    QMenu* addPart(const QString& title);
-    QAction* addEntry(QMenu* part, const QString& title, const QList<QKeySequence>& keys,
+    QAction* addEntry(const QString& title, const QList<QKeySequence>& keys,
                       void (VolumeMenu::*wanted)());
-    void addOpening(const QKeySequence& key, QAction* chosen);
+    QAction* makeKey(const QString& title, const QList<QKeySequence>& keys,
+                     void (VolumeMenu::*wanted)());
+    void setPresent(QAction& entry, QAction& before, bool isPresent);
 
     QWidget& window_;
-    QAction* undo_ = nullptr;
-    QAction* redo_ = nullptr;
-    QAction* ignore_ = nullptr;
+    QAction* const undo_;
+    QAction* const redo_;
+    QAction* const recommend_;
+    QAction* const close_;
+    QAction* line_ = nullptr; // below undo_ and redo_
+    QAction* uninstall_ = nullptr;
+    QAction* quit_ = nullptr;
 };

@@ -1,7 +1,6 @@
 #include "ui/VolumeWindow.h"
 
 #include "look/theme/CurrentTheme.h"
-#include "look/window/QNAboutBox.h"
 #include "look/window/UndoNotice.h"
 #include "look/window/WindowPlacement.h"
 #include "model/AppVolumeController.h"
@@ -16,6 +15,7 @@
 #include "platform/text/Texts.h"
 #include "platform/window/WindowPositioning.h"
 #include "settings/PreferenceKeys.h"
+#include "ui/KeysSheet.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
 #include "ui/items/ItemLayout.h"
@@ -182,39 +182,24 @@ MVCollectionViewItem* VolumeWindow::itemOf(const QString& program) const {
 void VolumeWindow::makeMenu() {
     setMenu(menu_);
     connect(menu_, &VolumeMenu::closeWanted, this, &QWidget::close);
-    connect(menu_, &VolumeMenu::quitWanted, this, &VolumeWindow::quitWanted);
-    connect(menu_, &VolumeMenu::uninstallWanted, this, &VolumeWindow::uninstallWanted);
     connect(menu_, &VolumeMenu::undoWanted, this, [this] { history_.undo(); });
     connect(menu_, &VolumeMenu::redoWanted, this, [this] { history_.redo(); });
-    connect(menu_, &VolumeMenu::ignoreWanted, this, [this] {
-        if (MVCollectionViewItem* const item = scrollView_->keyboard().current())
-            item->ignore();
-    });
     connect(menu_, &VolumeMenu::minimizeWanted, this, &QWidget::showMinimized);
-    connect(menu_, &VolumeMenu::zoomWanted, this, &MVCustomWindow::zoom);
-    connect(menu_, &VolumeMenu::preferencesWanted, this, &VolumeWindow::preferencesWanted);
-    connect(menu_, &VolumeMenu::logWanted, this, &VolumeWindow::logWanted);
-    connect(menu_, &VolumeMenu::supportWanted, this, &VolumeWindow::supportWanted);
-    connect(menu_, &VolumeMenu::aboutWanted, this, &VolumeWindow::showAbout);
+    connect(menu_, &VolumeMenu::keysWanted, this, &VolumeWindow::showKeys);
     connect(menu_, &VolumeMenu::openWanted, this, &MVCustomWindow::openMenu);
-    connect(menu_, &QMenu::aboutToShow, this, &VolumeWindow::updateMenu);
     updateMenu();
 }
 
 /// There is one at most.
-void VolumeWindow::showAbout() {
-    auto* box = findChild<QNAboutBox*>();
-    if (box == nullptr)
-        box = new QNAboutBox(this);
-    box->show();
-    box->raise();
-    box->activateWindow();
+void VolumeWindow::showKeys() {
+    auto* sheet = findChild<KeysSheet*>();
+    if (sheet == nullptr)
+        sheet = new KeysSheet(*this, menu_->keys());
+    sheet->open();
 }
 
 void VolumeWindow::updateMenu() {
-    const MVCollectionViewItem* const item = scrollView_->keyboard().current();
     menu_->showHistory(history_);
-    menu_->showSelection(item != nullptr ? item->label().text() : QString());
 }
 
 /// Initially centred. Window managers that support size increments use them during a resize; for

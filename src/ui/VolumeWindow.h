@@ -44,23 +44,12 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     /// Replaces the problem that is shown; an empty text hides the bar.
     void showProblem(const ProblemBar::Content& content);
 
+    /// Whoever acts on an entry that the window does not handle itself connects to it. The window
+    /// handles undoing, closing, minimising and the list of keys.
     VolumeMenu& menu() const noexcept { return *menu_; }
     UndoHistory& history() noexcept { return history_; }
 
   Q_SIGNALS:
-    /// The user wants to quit the program.
-    void quitWanted();
-    void uninstallWanted();
-
-    /// The user wants to see the preferences.
-    void preferencesWanted();
-
-    /// The user wants to see the log.
-    void logWanted();
-
-    /// The user wants to send information to the maker.
-    void supportWanted();
-
     /// The user has pressed a button of the bar.
     void helpWanted();
     void detailsWanted();
@@ -76,7 +65,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     MVCollectionViewItem* itemOf(const QString& program) const;
     void ignore(const QString& process);
     void makeMenu();
-    void showAbout();
+    void showKeys();
     void updateMenu();
     void keepToWholeRows();
     void keepOnScreens();

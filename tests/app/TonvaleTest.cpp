@@ -251,6 +251,7 @@ TEST_F(TonvaleTest, RefusesWrongOptionsBeforeItStartsAnything) {
         {{"--debug", "--bogus", "file"}, wrongUsage, noOption},
         {{"--screenshot"}, wrongUsage, "Tonvale: --screenshot" + noValue},
         {{"--screenshot", "--debug"}, wrongUsage, "Tonvale: --screenshot" + noValue},
+        {{"--action"}, wrongUsage, "Tonvale: --action" + noValue},
         {{"--screenshot="}, wrongUsage, "Tonvale: --screenshot" + noValue},
         {{"-screenshot", "="}, wrongUsage, "Tonvale: -screenshot" + noValue},
         {{"-reverse", "--style"}, wrongUsage, "Tonvale: --style" + noValue},

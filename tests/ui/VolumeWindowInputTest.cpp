@@ -3,6 +3,7 @@
 #include "look/window/UndoNotice.h"
 #include "platform/bus/NotificationCenter.h"
 #include "support/ManualClock.h"
+#include "ui/KeysSheet.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
 #include "ui/items/MVCollectionViewTextField.h"
@@ -156,30 +157,39 @@ TEST_F(VolumeWindowInputTest, TheMenuKeyOpensTheMenuOfTheItem) {
     }
 }
 
-TEST_F(VolumeWindowInputTest, F10AndAltOpenTheMenuOfTheWindow) {
+TEST_F(VolumeWindowInputTest, TheMenuIsFlatAndEveryEntryHasAKeyThatWorks) {
     showPrograms(1);
     VolumeMenu& menu = window_.menu();
+    menu.setCanRecommend(true);
+    menu.setCloses(true);
     press(Qt::Key_F10);
     EXPECT_EQ(QApplication::activePopupWidget(), &menu);
+    menu.close();
     QStringList titles;
-    for (const QAction* const part : menu.actions())
-        titles += part->text();
-    EXPECT_EQ(titles, (QStringList{"&File", "&Edit", "&Window", "&Help"}));
-    menu.close();
-    press(Qt::Key_E, Qt::AltModifier);
-    QMenu* const edit = menu.actions()[1]->menu();
-    EXPECT_TRUE(edit->isVisible());
-    menu.close();
-    int quits = 0;
-    QObject::connect(&window_, &VolumeWindow::quitWanted, [&] { ++quits; });
-    press(Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(quits, 1);
-    int preferences = 0;
-    QObject::connect(&window_, &VolumeWindow::preferencesWanted, [&] { ++preferences; });
-    press(Qt::Key_Comma, Qt::ControlModifier);
-    EXPECT_EQ(preferences, 1);
+    for (QAction* const entry : menu.actions()) {
+        EXPECT_EQ(entry->menu(), nullptr);
+        if (!entry->isVisible() || entry->isSeparator())
+            continue;
+        titles += entry->text().remove('&');
+        ASSERT_FALSE(entry->shortcut().isEmpty()) << entry->text().toStdString();
+        int triggered = 0;
+        const auto counting =
+            QObject::connect(entry, &QAction::triggered, [&triggered] { ++triggered; });
+        if (entry->text() != "Close &Window") {
+            const QKeyCombination key = entry->shortcut()[0];
+            press(key.key(), key.keyboardModifiers());
+            EXPECT_EQ(triggered, 1) << entry->text().toStdString();
+        }
+        QObject::disconnect(counting);
+        for (QWidget* const sheet : window_.findChildren<KeysSheet*>())
+            delete sheet;
+    }
+    EXPECT_EQ(titles,
+              (QStringList{"Preferences…", "Ignored Programs…", "Log", "Support Information…",
+                           "Keys", "Recommend…", "Uninstall…", "About", "Close Window", "Quit"}));
+    menu.setCloses(false);
     press(Qt::Key_W, Qt::ControlModifier);
-    EXPECT_FALSE(window_.isVisible());
+    EXPECT_FALSE(window_.isVisible()) << "also while it is not in the menu";
 }
 
 TEST_F(VolumeWindowInputTest, EveryKindOfChangeCanBeUndone) {

@@ -1,8 +1,8 @@
 #include "VolumeWindowFixture.h"
 
 #include "look/window/BarButton.h"
-#include "look/window/QNAboutBox.h"
 #include "look/window/UndoNotice.h"
+#include "ui/KeysSheet.h"
 #include "ui/VolumeMenu.h"
 #include "ui/items/MVCollectionViewTextField.h"
 
@@ -278,23 +278,19 @@ TEST_F(VolumeWindowTest, TheSamePullTwiceEndsInWholeRowsTwice) {
     }
 }
 
-TEST_F(VolumeWindowTest, PassesOnThatSupportIsWanted) {
-    int wanted = 0;
-    QObject::connect(&window_, &VolumeWindow::supportWanted, [&] { ++wanted; });
-    for (QAction* const entry : window_.actions()) {
-        if (entry->text() == "&Support Information…")
-            entry->trigger();
-    }
-    EXPECT_EQ(wanted, 1);
-}
-
-TEST_F(VolumeWindowTest, ShowsOneAboutBox) {
+TEST_F(VolumeWindowTest, ListsItsKeysInOneSheetThatEscapeCloses) {
     for (int times = 0; times < 2; ++times)
-        Q_EMIT window_.menu().aboutWanted();
-    ASSERT_EQ(window_.findChildren<QNAboutBox*>().size(), 1);
-    auto* const box = window_.findChild<QNAboutBox*>();
-    QTest::keyClick(box, Qt::Key_Escape);
-    EXPECT_FALSE(box->isVisible());
+        Q_EMIT window_.menu().keysWanted();
+    ASSERT_EQ(window_.findChildren<KeysSheet*>().size(), 1);
+    auto* const sheet = window_.findChild<KeysSheet*>();
+    QStringList texts;
+    for (const QLabel* const label : sheet->findChildren<QLabel*>())
+        texts += label->text();
+    for (const char* const each : {"Ctrl+Q", "Quit", "Ctrl+Z", "Undo", "Space", "Mute or unmute"})
+        EXPECT_TRUE(texts.contains(each)) << each;
+    EXPECT_FALSE(texts.contains("Recommend")) << "there is no page";
+    QTest::keyClick(sheet, Qt::Key_Escape);
+    EXPECT_FALSE(sheet->isVisible());
 }
 
 TEST_F(VolumeWindowTest, DrawsNothingWhileMinimisedAndEverythingAfterwards) {

@@ -25,4 +25,5 @@ enum QNExceptionPlace : unsigned {
     kExceptionInSupportHandler = 119,
     kExceptionInSupportCallback = 120,
     kExceptionInMachineFacts = 121,
+    kExceptionInRecommendation = 122,
 };

@@ -11,8 +11,11 @@
 #include "platform/qtloop/RunLoopNotifier.h"
 
 #include <QApplication>
+#include <QEvent>
+#include <QSessionManager>
 #include <QTimer>
 
+#include <functional>
 #include <optional>
 
 namespace {
@@ -21,6 +24,15 @@ namespace {
 class GuardedApplication final : public QApplication {
   public:
     using QApplication::QApplication;
+
+    /// Called before the windows are closed because the program is told to quit, by whomever.
+    std::function<void()> quits = [] {};
+
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::Quit)
+            quits();
+        return QApplication::event(event);
+    }
 
     bool notify(QObject* receiver, QEvent* event) override {
         try {
@@ -45,10 +57,15 @@ int PlatformApplication::main(int argc, char** argv, const Interface& makeInterf
     const std::unique_ptr<QNGUIApplication> delegate = makeInterface();
     if (!delegate)
         return 0;
+    toolkit.quits = [&] { delegate->setShouldExit(); };
+    QObject::connect(
+        &toolkit, &QGuiApplication::commitDataRequest, delegate.get(),
+        [&] { delegate->applicationShouldSave(); }, Qt::DirectConnection);
     platform::guarded(kExceptionInInterface, [&] { delegate->awakeFromNib(); });
     // From within the event loop, so that nested event loops can be ended.
     QTimer::singleShot(0, &toolkit, [&] { delegate->launch(); });
     QApplication::exec();
+    toolkit.quits = [] {};
     SignalTable::instance().silence();
     delegate->end();
     return 0;

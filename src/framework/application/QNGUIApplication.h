@@ -30,6 +30,10 @@ class QNGUIApplication : public QNApplication {
     /// Called when the interface has been created, before the launch.
     virtual void awakeFromNib() {}
 
+    /// Called when the session is about to end, which may still be called off: save what is not
+    /// saved yet, and ask nothing.
+    virtual void applicationShouldSave() {}
+
     /// The window that has the keyboard, else the first that is visible; null when there is none.
     QWidget* mainWindow() const;
 

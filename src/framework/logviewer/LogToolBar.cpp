@@ -1,6 +1,7 @@
 #include "framework/logviewer/LogToolBar.h"
 
 #include "framework/log/qnlog.h"
+#include "look/window/MenuLook.h"
 #include "platform/text/Format.h"
 #include "platform/text/Texts.h"
 
@@ -69,6 +70,7 @@ LogToolBar::LogToolBar(QWidget* parent)
     more_->setPopupMode(QToolButton::InstantPopup);
     more_->setToolButtonStyle(Qt::ToolButtonTextOnly);
     more_->setFocusPolicy(Qt::TabFocus);
+    followTheme(*menu_);
     more_->setMenu(menu_);
     layout->addWidget(more_);
     connect(files_, &QComboBox::currentIndexChanged, this, &LogToolBar::fileChosen);

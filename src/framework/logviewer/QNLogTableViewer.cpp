@@ -3,12 +3,16 @@
 #include "framework/logviewer/LogInputBar.h"
 #include "framework/logviewer/LogTableView.h"
 #include "framework/logviewer/LogToolBar.h"
+#include "look/theme/CurrentTheme.h"
+#include "look/theme/ThemePalette.h"
 #include "look/window/MVCustomWindow.h"
 #include "platform/text/Format.h"
 #include "platform/text/Texts.h"
+#include "platform/window/WindowPositioning.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -40,6 +44,15 @@ QNLogTableViewer::QNLogTableViewer(const qnlog_handle* handle)
     window()->setWindowTitle(formatted(Texts::tr("%@ Log"), QCoreApplication::applicationName()));
     window()->setMinimumSize(leastSize);
     window()->resize(usualSize);
+    if (platform::canPositionWindows())
+        window()->move(window()->screen()->availableGeometry().center() -
+                       window()->rect().center());
+    const auto color = [this] {
+        window()->contentView().setPalette(themePalette());
+        table_->setPalette(QGuiApplication::palette()); // paper, for the colours of levels
+    };
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, color);
+    color();
     makeActions();
     connectBars();
     connectSearch();

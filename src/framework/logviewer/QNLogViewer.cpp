@@ -6,6 +6,7 @@
 #include "platform/base/ExceptionReport.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Texts.h"
+#include "platform/window/WindowFront.h"
 
 #include <QEvent>
 #include <QPointer>
@@ -52,13 +53,7 @@ void QNLogViewer::showWindow() {
         platform::guarded(kExceptionInLogViewer, [&] {
             if (!viewer)
                 return;
-            MVCustomWindow& window = *viewer->window_;
-            if (window.isMinimized())
-                window.showNormal();
-            else
-                window.show();
-            window.raise();
-            window.activateWindow();
+            platform::bringToFront(*viewer->window_);
         });
     });
 }

@@ -24,7 +24,7 @@ namespace {
 constexpr int border = MVCustomWindowBackgroundView::border;
 constexpr int titleHeight = MVCustomWindowTitleView::usualHeight;
 
-/// As the key does it, for the menu's own way would open the entry's menu.
+/// As the key does it.
 void chooseFirst(QMenu& menu) {
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
     QCoreApplication::sendEvent(&menu, &press);
@@ -110,7 +110,7 @@ void MVCustomWindow::setMenu(QMenu* menu) {
     followTitleBarSettings();
 }
 
-void MVCustomWindow::openMenu(QAction* chosen) {
+void MVCustomWindow::openMenu() {
     if (menu_ == nullptr || menu_->isEmpty())
         return;
     const WindowButton* const button = titleView_->button(TitleBarSettings::Button::menu);
@@ -119,12 +119,7 @@ void MVCustomWindow::openMenu(QAction* chosen) {
                               ? button->rect().bottomRight() - QPoint(menu_->sizeHint().width(), 0)
                               : button->rect().bottomLeft();
     menu_->popup(button->mapToGlobal(corner));
-    if (chosen == nullptr)
-        chooseFirst(*menu_);
-    else
-        menu_->setActiveAction(chosen); // which opens its own menu
-    if (chosen != nullptr && chosen->menu() != nullptr)
-        chooseFirst(*chosen->menu());
+    chooseFirst(*menu_);
 }
 
 void MVCustomWindow::zoom() {

@@ -39,8 +39,8 @@ class MVCustomWindow : public QWidget {
     /// The menu of the title bar's menu button; null for no such button. Not owned.
     void setMenu(QMenu* menu);
 
-    /// Opens the menu for keyboard use, with the submenu of `chosen` open too, if given.
-    void openMenu(QAction* chosen = nullptr);
+    /// Opens the menu for keyboard use.
+    void openMenu();
 
     /// Toggles between the screen's size and the former size.
     void zoom();

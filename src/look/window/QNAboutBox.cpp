@@ -20,10 +20,33 @@ namespace {
 constexpr QSize usualSize(380, 260);
 constexpr int iconSize = 96;
 
+/// A short text in a frame.
+class Mark final : public QLabel {
+  public:
+    explicit Mark(const QString& text) : QLabel(text) {
+        QFont small = font();
+        small.setPointSizeF(small.pointSizeF() * 0.85);
+        setFont(small);
+        setContentsMargins(8, 2, 8, 2);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QColor color = CurrentTheme::theme().windowTitleBarTextColor();
+        color.setAlphaF(0.5F);
+        painter.setPen(color);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+        painter.end();
+        QLabel::paintEvent(event);
+    }
+};
+
 /// The gradient of the theme, and what stands on it.
 class AboutContent final : public QWidget {
   public:
-    AboutContent() {
+    explicit AboutContent(bool shows64BitMark) {
         const QString name = QCoreApplication::applicationName();
         const QString version = QString::fromStdString(platform::Bundle::main().version());
         auto* const layout = new QVBoxLayout(this);
@@ -36,6 +59,8 @@ class AboutContent final : public QWidget {
         layout->addWidget(icon);
         layout->addWidget(line(name, 1.5));
         layout->addWidget(line(formatted(Texts::tr("Version %@"), version), 1.0));
+        if (shows64BitMark)
+            layout->addWidget(new Mark(Texts::tr("64-bit")), 0, Qt::AlignHCenter);
         layout->addSpacing(8);
         layout->addWidget(line(Texts::tr("The volume of each program, separately."), 1.0));
         layout->addStretch();
@@ -74,8 +99,8 @@ class AboutContent final : public QWidget {
 
 } // namespace
 
-QNAboutBox::QNAboutBox(QWidget* parent) : MVCustomWindow(new AboutContent, closable, parent) {
-    setAttribute(Qt::WA_DeleteOnClose);
+QNAboutBox::QNAboutBox(QWidget* parent, bool shows64BitMark)
+    : MVCustomWindow(new AboutContent(shows64BitMark), closable, parent) {
     setWindowTitle(formatted(Texts::tr("About %@"), QCoreApplication::applicationName()));
     setFixedSize(usualSize);
 }

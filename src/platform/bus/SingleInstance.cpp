@@ -45,7 +45,7 @@ QString ownToken() {
 }
 
 /// True when the other one has heard it.
-bool activateOther(const QDBusConnection& bus, const QString& name) {
+bool activateOther(const QDBusConnection& bus, const QString& name, const QString& action) {
     const QString token = ownToken();
     QVariantMap platformData;
     if (!token.isEmpty()) {
@@ -53,8 +53,12 @@ bool activateOther(const QDBusConnection& bus, const QString& name) {
         platformData.insert(QStringLiteral("desktop-startup-id"), token);
     }
     auto call = QDBusMessage::createMethodCall(
-        name, objectPath(name), QLatin1String(applicationInterface), QStringLiteral("Activate"));
-    call.setArguments({platformData});
+        name, objectPath(name), QLatin1String(applicationInterface),
+        action.isEmpty() ? QStringLiteral("Activate") : QStringLiteral("ActivateAction"));
+    if (action.isEmpty())
+        call.setArguments({platformData});
+    else
+        call.setArguments({action, QVariantList(), platformData});
     const QDBusMessage answer = bus.call(call, QDBus::Block, patienceForAnswer);
     return answer.type() == QDBusMessage::ReplyMessage;
 }
@@ -81,9 +85,12 @@ class SingleInstance::Service : public QDBusVirtualObject {
     Start start(QDBusConnection& bus) {
         // The object comes first: callers may call as soon as they see the name.
         bus.registerVirtualObject(objectPath(name_), this, QDBusConnection::SubPath);
+        QDBusConnectionInterface* const daemon = bus.interface();
+        if (daemon == nullptr)
+            return Start::refused; // the bus has ended meanwhile
         const auto answer =
-            bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
-                                             QDBusConnectionInterface::DontAllowReplacement);
+            daemon->registerService(name_, QDBusConnectionInterface::DontQueueService,
+                                    QDBusConnectionInterface::DontAllowReplacement);
         if (!answer.isValid())
             return Start::refused;
         return answer.value() == QDBusConnectionInterface::ServiceRegistered ? Start::first
@@ -115,6 +122,15 @@ class SingleInstance::Service : public QDBusVirtualObject {
             take(message, bus);
     }
 
+    void setHandlers(Activated activated, Acted acted) {
+        activated_ = std::move(activated);
+        acted_ = std::move(acted);
+        if (!activated_ || !acted_)
+            return;
+        for (const QDBusMessage& message : std::exchange(earlyStarts_, {}))
+            activate(message);
+    }
+
     Activated activated_;
     Acted acted_;
 
@@ -142,7 +158,10 @@ class SingleInstance::Service : public QDBusVirtualObject {
         if (message.interface() == QLatin1String(applicationInterface) &&
             message.path() == objectPath(name_)) {
             send(bus, message, message.createReply());
-            activate(message);
+            if (activated_ || acted_)
+                activate(message);
+            else if (earlyStarts_.size() < bound)
+                earlyStarts_.push_back(message);
         } else if (message.interface() == QLatin1String(introspectableInterface)) {
             send(bus, message, introspection(message));
         } else if (objects_ != nullptr) {
@@ -189,17 +208,19 @@ class SingleInstance::Service : public QDBusVirtualObject {
     BusCallers callers_;
     BusObjects* objects_ = nullptr;
     std::vector<std::pair<QDBusMessage, QDBusConnection>> early_; // from before there were objects
+    std::vector<QDBusMessage> earlyStarts_;                       // from before there were handlers
 };
 
 SingleInstance::SingleInstance(const QString& name) : lock_(name.toStdString()) {}
 SingleInstance::~SingleInstance() = default;
 
-std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
+std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name,
+                                                        const QString& action) {
     std::unique_ptr<SingleInstance> made(new SingleInstance(name));
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (attempt > 0)
             std::this_thread::sleep_for(pause);
-        switch (made->tryOnce(name)) {
+        switch (made->tryOnce(name, action)) {
         case Outcome::acquired:
             return made;
         case Outcome::handedOver:
@@ -213,13 +234,13 @@ std::unique_ptr<SingleInstance> SingleInstance::acquire(const QString& name) {
 }
 
 /// The name receives further starts; the lock also works if the bus was lost.
-SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
+SingleInstance::Outcome SingleInstance::tryOnce(const QString& name, const QString& action) {
     auto bus = sessionBus();
     if (bus.isConnected()) {
         auto service = std::make_unique<Service>(bus, name);
         const Service::Start start = service->start(bus);
         if (start == Service::Start::second)
-            return activateOther(bus, name) ? Outcome::handedOver : Outcome::otherIsSilent;
+            return activateOther(bus, name, action) ? Outcome::handedOver : Outcome::otherIsSilent;
         if (start == Service::Start::first)
             service_ = std::move(service);
     }
@@ -231,12 +252,12 @@ SingleInstance::Outcome SingleInstance::tryOnce(const QString& name) {
 
 void SingleInstance::onActivation(Activated activated) {
     if (service_)
-        service_->activated_ = std::move(activated);
+        service_->setHandlers(std::move(activated), service_->acted_);
 }
 
 void SingleInstance::onAction(Acted acted) {
     if (service_)
-        service_->acted_ = std::move(acted);
+        service_->setHandlers(service_->activated_, std::move(acted));
 }
 
 void SingleInstance::serve(BusObjects* objects) {

@@ -27,12 +27,15 @@ class SingleInstance {
     using Acted = std::function<bool(const QString& action, const QString& token)>;
 
     /// `name` is the program's bus name, "com.quarnel.Tonvale". Null if another instance runs,
-    /// which has been asked to show itself. Waits for an instance that is ending, 3 s at most.
-    [[nodiscard]] static std::unique_ptr<SingleInstance> acquire(const QString& name);
+    /// which has been asked to show itself, or for the action of that name. Waits for an instance
+    /// that is ending, 3 s at most.
+    [[nodiscard]] static std::unique_ptr<SingleInstance> acquire(const QString& name,
+                                                                 const QString& action = {});
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
+    /// What has arrived before both are set is handled then.
     void onActivation(Activated activated);
 
     /// An action that nobody takes counts as an activation.
@@ -48,7 +51,7 @@ class SingleInstance {
     enum class Outcome { acquired, handedOver, otherIsSilent };
 
     explicit SingleInstance(const QString& name);
-    Outcome tryOnce(const QString& name);
+    Outcome tryOnce(const QString& name, const QString& action);
 
     SessionLock lock_;
     std::unique_ptr<Service> service_; // null without a session bus

@@ -1,5 +1,6 @@
 #include "platform/window/WindowFront.h"
 
+#include <QString>
 #include <QWidget>
 
 namespace platform {
@@ -11,6 +12,12 @@ void bringToFront(QWidget& window) {
         window.show();
     window.raise();
     window.activateWindow();
+}
+
+/// Qt takes it from there.
+void useActivationToken(const QString& token) {
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include "framework/application/QNApplication.h"
 #include "framework/log/qnlog.h"
 #include "look/theme/CurrentTheme.h"
+#include "look/window/MenuLook.h"
 #include "look/window/QNToolTip.h"
 #include "model/AppVolumeController.h"
 #include "model/VolumeConversion.h"
@@ -173,6 +174,7 @@ void MVCollectionViewItem::ignore() {
 
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     auto* const menu = new QMenu(parent);
+    followTheme(*menu);
     const QString title = formatted(Texts::tr("Ignore \"%@\""), label_->text());
     // Not while the menu handles its event, for it goes with the item.
     menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore,

@@ -1,5 +1,7 @@
 #include "ui/support/SupportWindow.h"
 
+#include "look/theme/CurrentTheme.h"
+#include "look/theme/ThemePalette.h"
 #include "platform/text/Format.h"
 #include "platform/text/Texts.h"
 #include "ui/support/SupportEntryList.h"
@@ -11,6 +13,7 @@
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -44,7 +47,7 @@ bool hasSystemLog(const std::vector<SupportEntry>& entries) {
 } // namespace
 
 SupportWindow::SupportWindow(Dependencies dependencies, QWidget* parent)
-    : QDialog(parent)
+    : MVCustomWindow(new QWidget, closable | miniaturizable, parent)
     , dependencies_(std::move(dependencies))
     , report_(dependencies_.sources, dependencies_.bundle)
     , entries_(new SupportEntryList)
@@ -67,7 +70,11 @@ SupportWindow::SupportWindow(Dependencies dependencies, QWidget* parent)
     explanation->setWordWrap(true);
     remark_->setWordWrap(true);
     makeButtons();
-    auto* const layout = new QVBoxLayout(this);
+    contentView().setAutoFillBackground(true);
+    const auto color = [this] { contentView().setPalette(themePalette()); };
+    connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, color);
+    color();
+    auto* const layout = new QVBoxLayout(&contentView());
     layout->addWidget(explanation);
     layout->addWidget(entries_, 1);
     layout->addWidget(remark_);
@@ -122,7 +129,7 @@ void SupportWindow::makeButtons() {
     QPushButton* const cancel =
         buttons_->addButton(Texts::tr("Cancel"), QDialogButtonBox::RejectRole);
     cancel->setAutoDefault(false);
-    connect(cancel, &QPushButton::clicked, this, &SupportWindow::reject);
+    connect(cancel, &QPushButton::clicked, this, &QWidget::close);
     if (const auto server = QNSupportLog::serverURL(dependencies_.bundle)) {
         send_ = buttons_->addButton(formatted(Texts::tr("Send to %@"), server->host()),
                                     QDialogButtonBox::ActionRole);
@@ -230,9 +237,16 @@ void SupportWindow::sendingStatus(const QString& text, QNSupportLog::Stage stage
     }
 }
 
-void SupportWindow::reject() {
+void SupportWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        MVCustomWindow::keyPressEvent(event);
+}
+
+void SupportWindow::closeEvent(QCloseEvent* event) {
     report_.cancel();
-    QDialog::reject();
+    MVCustomWindow::closeEvent(event);
 }
 
 QString SupportWindow::askForFile(QWidget* parent, const QString& name) {

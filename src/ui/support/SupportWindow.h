@@ -1,10 +1,10 @@
 #pragma once
 
 #include "framework/support/QNSupportLog.h"
+#include "look/window/MVCustomWindow.h"
 
 #include "platform/bundle/Bundle.h"
 
-#include <QDialog>
 #include <QString>
 
 #include <functional>
@@ -21,7 +21,7 @@ class QPushButton;
 /// Collects a support report, shows all that is in it, and saves it or sends it to the maker's
 /// server, if there is one. Nothing leaves the machine before the person has pressed "Send".
 /// Closing the window cancels whatever it does. Main thread only.
-class SupportWindow final : public QDialog {
+class SupportWindow final : public MVCustomWindow {
     Q_OBJECT
 
   public:
@@ -37,8 +37,9 @@ class SupportWindow final : public QDialog {
     explicit SupportWindow(Dependencies dependencies, QWidget* parent = nullptr);
     ~SupportWindow() override;
 
-    /// Closes the window, and cancels.
-    void reject() override;
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     enum class State { collecting, reviewing, working };

@@ -1,0 +1,15 @@
+#include "ui/LetterTileColors.h"
+
+#include "look/theme/CurrentTheme.h"
+#include "workspace/Workspace.h"
+
+void colorLetterTiles(Workspace& workspace) {
+    const auto color = [&workspace] {
+        const MVBlackTheme& theme = CurrentTheme::theme();
+        workspace.setTileColors(
+            {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
+    };
+    QObject::connect(&CurrentTheme::shared(), &CurrentTheme::changed, &CurrentTheme::shared(),
+                     color);
+    color();
+}
