@@ -4,6 +4,7 @@
 #include "platform/bundle/Bundle.h"
 #include "platform/loop/DispatchQueue.h"
 #include "platform/window/WindowFront.h"
+#include "platform/window/WindowPositioning.h"
 #include "ui/support/SupportWindow.h"
 
 #include <QDir>
@@ -27,6 +28,7 @@ void SupportInformation::show(QWidget& parent, const QString& logFile) {
             addLogs(store, logFile);
         };
         window = new SupportWindow(std::move(dependencies), &parent);
+        platform::moveToCenter(*window, *parent.screen());
     }
     platform::bringToFront(*window);
 }

@@ -10,9 +10,8 @@
 #include "platform/text/Texts.h"
 #include "platform/window/WindowPositioning.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QLabel>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -44,13 +43,8 @@ QNLogTableViewer::QNLogTableViewer(const qnlog_handle* handle)
     window()->setWindowTitle(formatted(Texts::tr("%@ Log"), QCoreApplication::applicationName()));
     window()->setMinimumSize(leastSize);
     window()->resize(usualSize);
-    if (platform::canPositionWindows())
-        window()->move(window()->screen()->availableGeometry().center() -
-                       window()->rect().center());
-    const auto color = [this] {
-        window()->contentView().setPalette(themePalette());
-        table_->setPalette(QGuiApplication::palette()); // paper, for the colours of levels
-    };
+    platform::moveToCenter(*window(), *window()->screen());
+    const auto color = [this] { window()->contentView().setPalette(themePalette()); };
     connect(&CurrentTheme::shared(), &CurrentTheme::changed, this, color);
     color();
     makeActions();

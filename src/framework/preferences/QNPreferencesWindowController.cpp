@@ -14,7 +14,6 @@
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QStyle>
 
 #include <algorithm>
 #include <chrono>
@@ -226,18 +225,10 @@ void QNPreferencesWindowController::showWindow() {
     if (selected_ == nullptr && !items_.empty())
         itemAction(*items_.front());
     if (!window_->isVisible()) {
-        center();
+        platform::moveToCenter(*window_, *window_->screen());
         restoreWindowPosition();
     }
     platform::bringToFront(*window_);
-}
-
-void QNPreferencesWindowController::center() {
-    if (!platform::canPositionWindows())
-        return;
-    window_->move(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, window_->size(),
-                                      window_->screen()->availableGeometry())
-                      .topLeft());
 }
 
 void QNPreferencesWindowController::windowWillClose() {

@@ -96,7 +96,6 @@ class QNPreferencesWindowController : public QObject {
     void resizeToPane();
     void makeRoomBelow(int height);
     void limitSize();
-    void center();
 
     const QString toolbarIdentifier_;
     const unsigned options_;

@@ -17,8 +17,6 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QPointer>
-#include <QScreen>
-#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -115,7 +113,7 @@ void AlertWindow::install() {
 }
 
 AlertWindow::AlertWindow(const Alert& alert, QWidget* parent)
-    : MVCustomWindow(new QWidget, untitled, parent)
+    : MVCustomWindow(new QWidget, namedByProgram, parent)
     , isGuarded_(alert.isGuarded)
     , answer_(alert.isGuarded || !alert.alternateButton.isEmpty() ? Alert::alternate
                                                                   : Alert::standard) {
@@ -213,10 +211,8 @@ void AlertWindow::open() {
     fit();
     if (parentWidget() != nullptr)
         placeOnWindow(*this);
-    else if (platform::canPositionWindows())
-        move(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size(),
-                                 screen()->availableGeometry())
-                 .topLeft());
+    else
+        platform::moveToCenter(*this, *screen());
     show();
     raise();
     activateWindow();

@@ -39,7 +39,7 @@ MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget
     , titleView_(new MVCustomWindowTitleView(backgroundView_))
     , contentView_(new MVCustomWindowContentView(contentView, backgroundView_)) {
     installAccessibleWindow();
-    titleView_->setTitleShown((styleMask & untitled) == 0);
+    titleView_->setNamesProgram((styleMask & namedByProgram) != 0);
     connect(titleView_, &MVCustomWindowTitleView::dragged, &drag_, &WindowDrag::startMove);
     connect(titleView_, &MVCustomWindowTitleView::acted, this, &MVCustomWindow::act);
     connect(titleView_, &MVCustomWindowTitleView::buttonPressed, this, &MVCustomWindow::press);

@@ -18,9 +18,9 @@ class MVCustomWindow : public QWidget {
     Q_OBJECT
 
   public:
-    /// Features of the title bar; can be combined. An untitled one does not draw the title, which
-    /// the desktop and assistive tools have all the same.
-    enum StyleMask : unsigned { closable = 2, miniaturizable = 4, untitled = 8 };
+    /// Features of the title bar; can be combined. Instead of the title it may show the
+    /// name of the program; the desktop and assistive tools have the title all the same.
+    enum StyleMask : unsigned { closable = 2, miniaturizable = 4, namedByProgram = 8 };
 
     /// Takes the content over.
     explicit MVCustomWindow(QWidget* contentView, unsigned styleMask = closable | miniaturizable,

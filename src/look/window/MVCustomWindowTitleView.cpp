@@ -58,16 +58,15 @@ QRect MVCustomWindowTitleView::roomForTitle() const {
 }
 
 void MVCustomWindowTitleView::paintEvent(QPaintEvent* /*event*/) {
-    if (!isTitleShown_)
-        return;
     QPainter painter(this);
     QColor color = CurrentTheme::theme().windowTitleBarTextColor();
     color.setAlphaF(isActiveWindow() ? 1.0F : 0.6F);
     painter.setPen(color);
     const QRect room = roomForTitle();
-    painter.drawText(
-        room, Qt::AlignCenter | Qt::TextSingleLine,
-        fontMetrics().elidedText(window()->windowTitle(), Qt::ElideRight, room.width()));
+    const QString title =
+        namesProgram_ ? QCoreApplication::applicationName() : window()->windowTitle();
+    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
+                     fontMetrics().elidedText(title, Qt::ElideRight, room.width()));
 }
 
 void MVCustomWindowTitleView::mousePressEvent(QMouseEvent* event) {

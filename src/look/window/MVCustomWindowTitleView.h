@@ -21,8 +21,8 @@ class MVCustomWindowTitleView final : public QWidget {
     /// Sets its actions and buttons. Mirrored for right-to-left languages.
     void setTitleBar(const platform::TitleBarSettings& titleBar);
 
-    /// Whether the title is drawn, as it is at first.
-    void setTitleShown(bool isShown) noexcept { isTitleShown_ = isShown; }
+    /// Whether it shows the name of the program instead of the window's title; not at first.
+    void setNamesProgram(bool namesIt) noexcept { namesProgram_ = namesIt; }
 
     /// Null if there is no such button.
     WindowButton* button(platform::TitleBarSettings::Button kind) const;
@@ -50,5 +50,5 @@ class MVCustomWindowTitleView final : public QWidget {
     MVCustomWindowWidgetsView* const end_;
     QPoint pressed_;
     bool isHeld_ = false;
-    bool isTitleShown_ = true;
+    bool namesProgram_ = false;
 };

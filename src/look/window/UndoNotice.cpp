@@ -1,13 +1,13 @@
 #include "look/window/UndoNotice.h"
 
 #include "look/theme/CurrentTheme.h"
+#include "look/window/BarButton.h"
 #include "platform/text/Texts.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QPushButton>
 
 #include <chrono>
 
@@ -20,7 +20,8 @@ constexpr int usualHeight = 40;
 } // namespace
 
 UndoNotice::UndoNotice(QWidget* parent)
-    : QWidget(parent), label_(new QLabel), button_(new QPushButton(Texts::tr("Undo"))) {
+    : QWidget(parent), label_(new QLabel), button_(new BarButton) {
+    button_->setText(Texts::tr("Undo"));
     label_->setTextFormat(Qt::PlainText);
     label_->setMinimumWidth(1);
     auto* const layout = new QHBoxLayout(this);

@@ -4,7 +4,7 @@
 #include <QWidget>
 
 class QLabel;
-class QPushButton;
+class BarButton;
 
 /// A line at the lower edge of its parent that shows the last action and offers undo. Disappears
 /// after a while, but not while it has the mouse or the focus. Main thread only.
@@ -30,6 +30,6 @@ class UndoNotice final : public QWidget {
     void goUnlessUsed();
 
     QLabel* const label_;
-    QPushButton* const button_;
+    BarButton* const button_;
     QTimer time_;
 };
