@@ -1,14 +1,22 @@
 #include "e2e/DesktopFixture.h"
 
+#include "app/ScriptedHelper.h"
 #include "platform/base/DescriptorLimit.h"
 #include "support/DesktopPortal.h"
+#include "support/Files.h"
+#include "support/ScopedVariable.h"
+#include "support/VirtualDisplay.h"
 
+#include <QDBusVariant>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPalette>
 #include <QPixmap>
 #include <QScreen>
 
+#include <chrono>
+#include <csignal>
+#include <functional>
 #include <sstream>
 
 using support::runCommand;
@@ -110,6 +118,30 @@ class DesktopWindowTest : public DesktopFixture {
                 ->grabWindow(0, place.x(), place.y(), place.width(), place.height())
                 .toImage();
         return !image.isNull() && image.pixelColor(4, place.height() - 20) == color;
+    }
+
+    /// What leaving in that way leaves behind, and how long it takes. The program serves a plug-in.
+    void expectGoodEnd(const char* way, const std::function<void()>& leave, int status = 0) {
+        connectPlayer();
+        const support::BusConnection bus(session_.address());
+        auto set = QDBusMessage::createMethodCall("com.quarnel.Tonvale",
+                                                  "/com/quarnel/Tonvale/programs/player",
+                                                  "org.freedesktop.DBus.Properties", "Set");
+        set.setArguments(
+            {"com.quarnel.Tonvale.Program", "Volume", QVariant::fromValue(QDBusVariant(30))});
+        EXPECT_TRUE(waitUntil([&] { return bus->call(set).type() == QDBusMessage::ReplyMessage; }))
+            << way;
+        const auto before = std::chrono::steady_clock::now();
+        leave();
+        EXPECT_EQ(tonvale_->wait(), status) << way << tonvale_->output();
+        EXPECT_LT(std::chrono::steady_clock::now() - before, 3s) << way;
+        EXPECT_FALSE(std::filesystem::exists(MVCommMainSocketPath())) << way;
+        EXPECT_NE(support::contentOf(preferences_).find("<key>player</key>"), std::string::npos)
+            << way;
+        EXPECT_NE(rememberedFrame(), "") << way;
+        plugin_.reset();
+        tonvale_.reset();
+        std::filesystem::remove(preferences_);
     }
 
     std::optional<support::ChildProcess> manager_;
@@ -220,4 +252,54 @@ TEST_F(DesktopWindowTest, MoreConnectionsThanItHasDescriptorsForLeaveItUsable) {
     EXPECT_TRUE(becomes({usual.topLeft(), larger}));
     sentUntil("10,4711,1 ");
     quitTonvale();
+}
+
+TEST_F(DesktopWindowTest, EveryWayOutSavesAndRemovesTheSocketInTime) {
+    startManager();
+    openWindow();
+    expectGoodEnd("the menu", [] { hand("key F10 key Up key Return"); });
+    openWindow();
+    expectGoodEnd("the window's key", [] { hand("key ctrl+w"); });
+    startTonvale();
+    expectGoodEnd("a signal", [&] { tonvale_->signal(SIGHUP); });
+
+    const std::string library = std::filesystem::path(std::getenv("TMPDIR")) / "no plug-in yet";
+    std::filesystem::create_directory(library);
+    startTonvale({{"TONVALE_LOCAL_LIBRARY", library}});
+    EXPECT_TRUE(waitUntil([] {
+        return runCommand({"xdotool", "search", "--onlyvisible", "--name", "restart"}).status == 0;
+    })) << "the alert that offers it";
+    tonvale_->signal(SIGTERM);
+    EXPECT_EQ(tonvale_->wait(), 0) << "the restart that somebody else has asked for";
+    EXPECT_FALSE(std::filesystem::exists(MVCommMainSocketPath()));
+
+    std::optional<support::VirtualDisplay> other(std::in_place);
+    startTonvale();
+    expectGoodEnd(
+        "the end of the display", [&] { other.reset(); }, 1);
+}
+
+TEST_F(DesktopWindowTest, TheEndOfTheSessionEndsItThoughClosingWouldHideItsWindow) {
+    startManager();
+    support::ChildProcess sessionManager({SESSION_MANAGER_PROGRAM});
+    ASSERT_TRUE(waitUntil([&] { return sessionManager.output().ends_with('\n'); }));
+    const std::string address = sessionManager.output();
+    const support::ScopedVariable variable("SESSION_MANAGER",
+                                           address.substr(0, address.find('\n')));
+    const ScriptedHelper helper(session_.address(), true);
+    openWindow();
+    const auto isShownSoon = [](bool isShown) {
+        return waitUntil([isShown] {
+            const auto found =
+                runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Tonvale$"});
+            return (found.status == 0) == isShown;
+        });
+    };
+    hand("key ctrl+w");
+    EXPECT_TRUE(isShownSoon(false));
+    EXPECT_TRUE(tonvale_->isRunning()) << "the helper can show it again";
+    activateAction("no such action");
+    EXPECT_TRUE(isShownSoon(true));
+    expectGoodEnd("the session's end", [&] { sessionManager.signal(SIGUSR1); });
+    EXPECT_NE(sessionManager.output().find("saved"), std::string::npos);
 }
