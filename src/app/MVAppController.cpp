@@ -41,13 +41,10 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QPixmap>
-#include <QWindow>
 
 #include <csignal>
 #include <cstdlib>
 #include <utility>
-
-using platform::UserDefaults;
 
 namespace {
 
@@ -77,7 +74,7 @@ void MVAppController::initialize() {
     Texts::load(platform::Bundle::main().resources() / "translations");
     FileAlerts::listen();
     ImageWarningFilter::setReporter(&reportAboutImage);
-    UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
+    platform::UserDefaults::standard().registerDefaults(PreferenceKeys::defaults());
 }
 
 MVAppController* MVAppController::sharedController() noexcept {
@@ -149,7 +146,11 @@ void MVAppController::applicationDidFinishLaunching() {
 /// What nobody waits for, once the window is on its way to the screen.
 void MVAppController::serveDesktop() {
     serveBus();
-    updateWhenActive();
+    connect(qApp, &QGuiApplication::applicationStateChanged, window_.get(),
+            [this](Qt::ApplicationState state) {
+                if (state == Qt::ApplicationActive)
+                    volumeController_->update();
+            });
     helper_ = std::make_unique<HelperPresence>(platform::sessionBus());
     showFileAlerts();
     actions_ = std::make_unique<DesktopActions>(
@@ -234,7 +235,7 @@ void MVAppController::serveBus() {
     control_ = std::make_unique<ControlService>(ControlService::Dependencies{
         *volumeController_,
         MVIgnoredApps::sharedInstance(),
-        UserDefaults::standard(),
+        platform::UserDefaults::standard(),
         {.showWindow = [this] { applicationShouldHandleReopen(window_->isVisible(), {}); },
          .toggleWindow = [this](const QString& token) { toggleMainWindow(token); },
          .quit =
@@ -289,14 +290,6 @@ void MVAppController::hearPlugin() {
                                   },
                                   [this] { volumeController_->pluginHasGone(); },
                                   [this] { volumeController_->publisher().begin(); }});
-}
-
-void MVAppController::updateWhenActive() {
-    connect(qApp, &QGuiApplication::applicationStateChanged, window_.get(),
-            [this](Qt::ApplicationState state) {
-                if (state == Qt::ApplicationActive)
-                    volumeController_->update();
-            });
 }
 
 /// When the display goes, the toolkit ends the process from within its event loop.

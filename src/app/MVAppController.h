@@ -105,7 +105,6 @@ class MVAppController final : public QNGUIApplication {
     void removeWhatIsSetUp();
     void serveBus();
     void hearPlugin();
-    void updateWhenActive();
     void showFileAlerts();
     static void endWithoutDisplay();
     void saveAndDisconnect();

@@ -14,6 +14,7 @@
 #include <QPixmap>
 #include <QScreen>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <functional>
@@ -252,6 +253,34 @@ TEST_F(DesktopWindowTest, MoreConnectionsThanItHasDescriptorsForLeaveItUsable) {
     EXPECT_TRUE(becomes({usual.topLeft(), larger}));
     sentUntil("10,4711,1 ");
     quitTonvale();
+}
+
+TEST_F(DesktopWindowTest, TheDesktopsActionsMuteWhatPlaysAndOpenThePreferences) {
+    const auto isMuted = [&](const std::function<void()>& ask) {
+        return waitUntil([&] {
+            plugin_->reportLevel(4711, 0.5F);
+            ask();
+            return std::ranges::any_of(plugin_->takeCommands(), [](const auto& command) {
+                return command.type == kMVCommSetMute && command.value == 1;
+            });
+        });
+    };
+    startTonvale();
+    connectPlayer();
+    EXPECT_TRUE(isMuted([&] { activateAction("mute-all"); }));
+    EXPECT_EQ(runCommand({TONVALE_PROGRAM, "--action", "preferences"}).status, 0);
+    EXPECT_TRUE(waitUntil([] {
+        return runCommand({"xdotool", "search", "--onlyvisible", "--name", "^Preferences$"})
+                   .status == 0;
+    }));
+    quitTonvale();
+    std::filesystem::remove(preferences_);
+
+    tonvale_.emplace(std::vector<std::string>{TONVALE_PROGRAM, "--action", "mute-all"});
+    EXPECT_TRUE(
+        waitUntil([] { return platform::connectUnixSocket(MVCommMainSocketPath()).get() >= 0; }));
+    connectPlayer();
+    EXPECT_TRUE(isMuted([] {})) << "a first start, when it knows what plays";
 }
 
 TEST_F(DesktopWindowTest, EveryWayOutSavesAndRemovesTheSocketInTime) {
