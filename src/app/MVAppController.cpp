@@ -28,7 +28,6 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/RunLoop.h"
 #include "platform/text/Texts.h"
-#include "platform/window/BundleImage.h"
 #include "platform/window/WindowFront.h"
 #include "remote/ControlService.h"
 #include "settings/PreferenceKeys.h"
@@ -195,7 +194,6 @@ void MVAppController::makeVolumeController() {
 void MVAppController::makeWindow() {
     colorLetterTiles(Workspace::shared());
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedDependencies(*volumeController_));
-    window_->setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     window_->installEventFilter(this);
     toggle_ = std::make_unique<WindowToggle>(*window_);
     installer_.onUninstalled([this] { removeWhatIsSetUp(); });

@@ -8,6 +8,7 @@
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/SingleInstance.h"
 #include "platform/loop/SignalEvents.h"
+#include "platform/window/BundleImage.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -27,6 +28,7 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     if (!instance)
         return nullptr;
     MVAppController::initialize();
+    QGuiApplication::setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     AlertWindow::install();
     return std::make_unique<MVAppController>(std::move(instance));
 }

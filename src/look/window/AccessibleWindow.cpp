@@ -1,5 +1,6 @@
 #include "look/window/AccessibleWindow.h"
 
+#include "look/window/AlertWindow.h"
 #include "look/window/BarText.h"
 #include "look/window/MVCustomWindow.h"
 #include "look/window/ProblemBar.h"
@@ -11,6 +12,8 @@ namespace {
 
 /// Qt owns the result. A window's name is its title.
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    if (auto* const alert = qobject_cast<AlertWindow*>(object))
+        return new QAccessibleWidget(alert, QAccessible::AlertMessage);
     if (auto* const window = qobject_cast<MVCustomWindow*>(object))
         return new QAccessibleWidget(window, QAccessible::Window);
     if (auto* const tip = qobject_cast<QNToolTip*>(object))

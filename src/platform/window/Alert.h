@@ -37,9 +37,7 @@ class AlertPresenter {
   public:
     virtual ~AlertPresenter() = default;
     virtual Alert::Button run(const Alert& alert) = 0;
-    virtual void showOn(const Alert& alert, QWidget& window) {
-        static_cast<void>(window), run(alert);
-    }
+    virtual void showOn(const Alert& alert, QWidget& /*window*/) { run(alert); }
 };
 
 /// Installs `presenter`, which is not owned. Without one, null, an alert is a line in the system

@@ -1,13 +1,19 @@
 #include "look/window/MVCustomWindow.h"
 
 #include "look/window/MVCustomWindowTitleView.h"
+#include "look/window/QNAboutBox.h"
+#include "look/window/QNAboutController.h"
 #include "look/window/WindowButton.h"
 #include "platform/loop/RunLoop.h"
 #include "support/WaitUntil.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMenu>
+#include <QScreen>
 #include <QTest>
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -173,4 +179,24 @@ TEST_F(CustomWindowTest, ButtonsLieWhereTheDesktopHasThemAndAreMirrored) {
     window_.titleView().setTitleBar(titleBar);
     EXPECT_LT(left(Button::close), 50);
     EXPECT_EQ(window_.titleView().button(Button::minimize), nullptr);
+}
+
+TEST(AboutController, ShowsOneBoxInTheMiddleOfTheWindowsScreen) {
+    QWidget window;
+    window.setGeometry(10, 10, 100, 100);
+    QNAboutController about(window);
+    about.setShows64BitMark(true);
+    about.showWindow();
+    auto* const box = window.findChild<QNAboutBox*>();
+    ASSERT_NE(box, nullptr);
+    const QPoint away = box->geometry().center() - window.screen()->availableGeometry().center();
+    EXPECT_LE(away.manhattanLength(), 2);
+    const auto labels = box->findChildren<QLabel*>();
+    EXPECT_TRUE(
+        std::ranges::any_of(labels, [](const QLabel* each) { return each->text() == "64-bit"; }));
+    QTest::keyClick(box, Qt::Key_Escape);
+    EXPECT_FALSE(box->isVisible());
+    about.showWindow();
+    EXPECT_TRUE(box->isVisible());
+    EXPECT_EQ(window.findChildren<QNAboutBox*>().size(), 1);
 }
