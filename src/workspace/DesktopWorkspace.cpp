@@ -2,9 +2,9 @@
 
 #include "platform/loop/DispatchQueue.h"
 #include "platform/text/Texts.h"
+#include "platform/window/BundleImage.h"
 #include "workspace/ImageWarningFilter.h"
 
-#include <QPainter>
 #include <QPixmap>
 
 #include <algorithm>
@@ -21,30 +21,7 @@ constexpr auto burstLength = 200ms;
 constexpr auto becomingTime = 2s; // in which a program has become what it is
 constexpr auto leastInterval = 500ms;
 constexpr qsizetype mostIdentified = 1024;
-constexpr int iconSizes[] = {16, 32, 64, 128};
-
-/// A plain window, for a desktop without an icon theme.
-QPixmap drawnApplication(int size) {
-    const QColor frame(0x60, 0x68, 0x70);
-    const QColor content(0xe8, 0xea, 0xec);
-    const qreal unit = size / 16.0;
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(frame);
-    painter.drawRoundedRect(QRectF(unit, 2 * unit, 14 * unit, 12 * unit), unit, unit);
-    painter.fillRect(QRectF(2 * unit, 5 * unit, 12 * unit, 8 * unit), content);
-    return pixmap;
-}
-
-QIcon drawnApplicationIcon() {
-    QIcon icon;
-    for (const int size : iconSizes)
-        icon.addPixmap(drawnApplication(size));
-    return icon;
-}
+constexpr int trialSize = 32;
 
 RunningApplication runningApplication(const ApplicationIdentity& identity) {
     return {static_cast<std::uint32_t>(identity.mainProcess), QString::fromStdString(identity.name),
@@ -186,7 +163,11 @@ QIcon DesktopWorkspace::genericApplicationIcon() const {
     const ImageWarningFilter foreign;
     const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     // A theme may name a file that is damaged or of a format without a reader.
-    return themed.pixmap(iconSizes[1]).isNull() ? drawnApplicationIcon() : themed;
+    if (!themed.pixmap(trialSize).isNull())
+        return themed;
+    if (bundledApplicationIcon_.isNull())
+        bundledApplicationIcon_ = platform::bundleIcon(QStringLiteral("Executable.icns"));
+    return bundledApplicationIcon_;
 }
 
 void DesktopWorkspace::setTileColors(const TileColors& colors) {

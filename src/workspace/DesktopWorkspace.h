@@ -71,6 +71,7 @@ class DesktopWorkspace final : public Workspace {
     const std::shared_ptr<ApplicationScan> scan_; // used on the queue
     const std::shared_ptr<platform::DispatchQueue> queue_;
     mutable ProgramIcons icons_;
+    mutable QIcon bundledApplicationIcon_; // null before it is needed
 
     std::optional<QList<RunningApplication>> running_;
     ByName known_;                          // running applications

@@ -59,7 +59,8 @@ class Workspace {
     /// It is looked up in the background, like those of programs.
     [[nodiscard]] virtual QIcon iconForApplication(const QString& name) const = 0;
 
-    /// The icon of an unknown program. Never null.
+    /// The icon of an unknown program: the desktop's, else the bundle's. Null only if both are
+    /// damaged.
     [[nodiscard]] virtual QIcon genericApplicationIcon() const = 0;
 
     /// A sentence for the user: the reason for the program's name. Empty while unknown.

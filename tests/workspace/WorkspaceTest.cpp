@@ -204,4 +204,8 @@ TEST_F(WorkspaceTest, FindsTheIconOfAnApplicationByItsNameAndTellsEverybodyWhenI
     EXPECT_EQ(color("nothing"), Qt::red);
     EXPECT_TRUE(waitUntil([&] { return told > 1; }));
     EXPECT_EQ(color("nothing"), Qt::red) << "not even a tile";
+    std::ofstream(theme_.icons() / "application-x-executable.png") << "damaged";
+    QIcon::setThemeName("ours"); // it is read anew
+    EXPECT_FALSE(workspace_->genericApplicationIcon().isNull()) << "the bundle has one";
+    EXPECT_NE(color("nothing"), Qt::red);
 }
