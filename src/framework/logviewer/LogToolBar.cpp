@@ -63,7 +63,6 @@ LogToolBar::LogToolBar(QWidget* parent)
     layout->addWidget(levels_);
     text_->setPlaceholderText(Texts::tr("Only rows with this text"));
     text_->setAccessibleName(Texts::tr("Only rows with this text"));
-    text_->setClearButtonEnabled(true);
     text_->installEventFilter(this);
     layout->addWidget(text_, 1);
     more_->setText(Texts::tr("More"));
@@ -76,6 +75,8 @@ LogToolBar::LogToolBar(QWidget* parent)
     connect(files_, &QComboBox::currentIndexChanged, this, &LogToolBar::fileChosen);
     connect(levels_, &QComboBox::currentIndexChanged, this, &LogToolBar::filterChanged);
     connect(text_, &QLineEdit::textChanged, this, &LogToolBar::filterChanged);
+    // Not before it is seen: for its icon, Qt reads the desktop's whole icon theme.
+    connect(text_, &QLineEdit::textChanged, text_, [this] { text_->setClearButtonEnabled(true); });
 }
 
 void LogToolBar::makeLevels() {
