@@ -22,6 +22,26 @@ QLinearGradient across(const QRectF& box, Qt::Orientation orientation, const QCo
     return gradient;
 }
 
+QColor mixed(const QColor& first, const QColor& last, float part) {
+    const auto mix = [part](float one, float other) { return one + (other - one) * part; };
+    return QColor::fromRgbF(mix(first.redF(), last.redF()), mix(first.greenF(), last.greenF()),
+                            mix(first.blueF(), last.blueF()));
+}
+
+/// The same for a whole bar, line by line. Qt would share a gradient of so many rows out to threads
+/// and wait for them, with each frame.
+void fillAcross(QPainter& painter, const QRect& box, Qt::Orientation orientation,
+                const QColor& first, const QColor& last) {
+    const bool isVertical = orientation == Qt::Vertical;
+    const int lines = isVertical ? box.width() : box.height();
+    for (int i = 0; i < lines; ++i) {
+        const QRect line = isVertical ? QRect(box.left() + i, box.top(), 1, box.height())
+                                      : QRect(box.left(), box.top() + i, box.width(), 1);
+        painter.fillRect(
+            line, mixed(first, last, (static_cast<float>(i) + 0.5F) / static_cast<float>(lines)));
+    }
+}
+
 } // namespace
 
 MVScroller::MVScroller(Qt::Orientation orientation, QWidget* parent)
@@ -39,13 +59,12 @@ QSize MVScroller::sizeHint() const {
 void MVScroller::paintEvent(QPaintEvent* /*event*/) {
     const MVBlackTheme& theme = CurrentTheme::theme();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF all(rect());
-    painter.fillRect(all, theme.scrollerTrackBackgroundColor());
-    painter.fillRect(all, across(all, orientation(), theme.scrollerBackgroundGradientColor1(),
-                                 theme.scrollerBackgroundGradientColor2()));
+    painter.fillRect(rect(), theme.scrollerTrackBackgroundColor());
+    fillAcross(painter, rect(), orientation(), theme.scrollerBackgroundGradientColor1(),
+               theme.scrollerBackgroundGradientColor2());
     if (maximum() == minimum())
         return;
+    painter.setRenderHint(QPainter::Antialiasing);
     QStyleOptionSlider option;
     initStyleOption(&option);
     const QRectF knob = QRectF(style()->subControlRect(QStyle::CC_ScrollBar, &option,
