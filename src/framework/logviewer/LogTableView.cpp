@@ -237,11 +237,12 @@ void LogTableView::calculateHeights() {
     setTop({top_.row, static_cast<std::int64_t>(part * height)});
 }
 
-/// A part at a time.
+/// A part at a time. The bars are drawn once all is done.
 void LogTableView::refreshHeights() {
     if (heights_.refresh())
         refreshing_.start(0);
-    updateBars();
+    else
+        updateBars();
 }
 
 void LogTableView::resizeEvent(QResizeEvent* /*event*/) {
