@@ -1,6 +1,7 @@
 #include "look/window/MVCustomWindow.h"
 
 #include "look/theme/CurrentTheme.h"
+#include "look/theme/HighContrastStyle.h"
 #include "look/window/AccessibleWindow.h"
 #include "look/window/MVCustomWindowBackgroundView.h"
 #include "look/window/MVCustomWindowContentView.h"
@@ -40,6 +41,7 @@ MVCustomWindow::MVCustomWindow(QWidget* contentView, unsigned styleMask, QWidget
     , contentView_(new MVCustomWindowContentView(contentView, backgroundView_)) {
     installAccessibleWindow();
     titleView_->setNamesProgram((styleMask & namedByProgram) != 0);
+    HighContrastStyle::install();
     connect(titleView_, &MVCustomWindowTitleView::dragged, &drag_, &WindowDrag::startMove);
     connect(titleView_, &MVCustomWindowTitleView::acted, this, &MVCustomWindow::act);
     connect(titleView_, &MVCustomWindowTitleView::buttonPressed, this, &MVCustomWindow::press);

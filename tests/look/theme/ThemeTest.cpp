@@ -1,9 +1,16 @@
+#include "look/theme/HighContrastStyle.h"
 #include "look/theme/HighContrastTheme.h"
 #include "look/theme/LighterColor.h"
 #include "platform/window/BundleImage.h"
 #include "ui/TNMenuBarIcon.h"
 
 #include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QStyleFactory>
 
 TEST(LighterColor, MixesWithWhiteAndKeepsTheAlpha) {
     const QColor color = lighterBy(rgbColor(0.5, 0.0, 1.0, 0.25), 0.5);
@@ -43,6 +50,31 @@ TEST(HighContrastTheme, HasTheDesktopsColoursWhereTheyAreFarEnoughFromEachOther)
     EXPECT_EQ(bad.collectionViewBackgroundColor1(), QColor(Qt::black));
     EXPECT_EQ(bad.displayNameNoActivityColor(), QColor(Qt::white));
     EXPECT_EQ(bad.sliderTrackBottomActivityBaseColor(), QColor(Qt::yellow));
+}
+
+/// Other styles draw what stands around them in a shade of the window's colour.
+TEST(HighContrastStyle, OutlinesWhatIsFilledInOnABlackWindow) {
+    QPalette palette(Qt::white, Qt::black);
+    palette.setColor(QPalette::Base, Qt::black);
+    QCheckBox box;
+    QRadioButton choice;
+    QLineEdit field;
+    QSpinBox number;
+    const auto isOutlined = [&](QWidget& widget, QStyle& style) {
+        widget.setPalette(palette);
+        widget.setStyle(&style);
+        const QImage image = widget.grab().toImage();
+        int lightest = 0;
+        for (int x = 0; x < 4; ++x)
+            lightest = std::max(lightest, image.pixelColor(x, image.height() / 2).lightness());
+        return lightest > 128;
+    };
+    const std::unique_ptr<QStyle> usual(QStyleFactory::create("fusion"));
+    HighContrastStyle style("fusion");
+    for (QWidget* const each : std::initializer_list<QWidget*>{&box, &choice, &field, &number}) {
+        EXPECT_FALSE(isOutlined(*each, *usual)) << each->metaObject()->className();
+        EXPECT_TRUE(isOutlined(*each, style)) << each->metaObject()->className();
+    }
 }
 
 TEST(HighContrastTheme, TellsMutedPlayingAndSilentByShape) {
