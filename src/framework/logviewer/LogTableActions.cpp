@@ -116,13 +116,21 @@ void QNLogTableViewer::goToLevel(std::uint32_t least, std::uint32_t most, int di
     if (current >= count) // nothing is current: from the end in sight
         row = direction > 0 ? (count == 0 ? 0 : table_->topRow() - 1) : count;
     const auto step = static_cast<std::size_t>(direction);
-    for (row += step; row < count; row += step) { // below 0 it is beyond count, too
+    const auto isWanted = [&] {
         const std::uint32_t level = document_.index()[documentRow(row)].level();
-        if (level >= least && level <= most) {
-            table_->setCurrentRow(row);
-            return;
-        }
-    }
+        return level >= least && level <= most;
+    };
+    row += step;
+    while (row < count && !isWanted()) // below 0 it is beyond count, too
+        row += step;
+    message_.clear();
+    if (row < count)
+        table_->setCurrentRow(row);
+    else if (direction > 0)
+        message_ = Texts::tr("No such message comes after this one.");
+    else
+        message_ = Texts::tr("No such message comes before this one.");
+    updateNotice();
 }
 
 void QNLogTableViewer::nextWarning() {

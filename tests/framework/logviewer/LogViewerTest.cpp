@@ -226,6 +226,11 @@ TEST_F(LogViewer, GoesToMatchesWarningsErrorsAndTimes) {
         press(key, modifier);
         EXPECT_TRUE(arrivesAt(row)) << row;
     }
+    table().setCurrentRow(0);
+    press(Qt::Key_W, Qt::ShiftModifier);
+    EXPECT_TRUE(isTold("No such message comes before this one."));
+    press(Qt::Key_W);
+    EXPECT_FALSE(isTold("No such message"));
     press(Qt::Key_G, Qt::ControlModifier);
     QLineEdit& time = input("Go to time:");
     for (const auto& [text, row] :
