@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace QN::logviewer {
@@ -63,6 +64,10 @@ class LogLineScan {
     [[nodiscard]] static LogLine lineOf(std::string_view line) noexcept;
 
   private:
+    /// Of a message: minute, second and milliseconds.
+    using Time = std::array<std::uint32_t, 3>;
+
+    static std::optional<Time> usualTime(std::string_view line) noexcept;
     LogLine line() const noexcept;
     LogLine messageLine() const noexcept;
 
@@ -70,6 +75,7 @@ class LogLineScan {
 
     std::uint64_t size_ = 0;
     std::array<char, headSize> head_{};
+    std::optional<Time> usualTime_; // in which case the next two are not used
     NumberScan time_{":#:#.#"};
     NumberScan date_{"#-#-# #:#:# #"};
     Utf8Check utf8_;
