@@ -15,6 +15,7 @@ constexpr std::uint64_t worthTail = std::uint64_t{4} << 20U; // smaller files ar
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t beginningSize = 64;
 constexpr double burst = 0.02; // seconds
+constexpr std::chrono::milliseconds headStart{20};
 constexpr std::chrono::seconds pollInterval{1};
 
 } // namespace
@@ -34,7 +35,10 @@ void LogReader::Worker::stop() {
     isStopped_ = true;
     handler_ = nullptr;
     QNItemContentChangeMonitor::removeObserver(observer_);
-    queue_->async([self = shared_from_this()] { self->poll_.reset(); });
+    queue_->async([self = shared_from_this()] {
+        self->soon_.reset();
+        self->poll_.reset();
+    });
 }
 
 /// The file is watched before it is read, so that nothing is missed.
@@ -66,19 +70,33 @@ void LogReader::Worker::pollLater() {
 }
 
 void LogReader::Worker::begin() {
-    if (file_->size() >= worthTail)
-        readTailFirst();
-    readOn();
+    if (file_->size() >= worthTail && readTailFirst())
+        readOnSoon();
+    else
+        readOn();
 }
 
-void LogReader::Worker::readTailFirst() {
+/// Whether there is something that can be shown before the file has been read.
+bool LogReader::Worker::readTailFirst() {
     std::string buffer(blockSize, '\0');
     if (skipBeginning())
         readBlock(buffer);
     if (!parser_.hasRows() || parser_.hasStopped())
-        return;
-    if (auto tail = readTail(*file_, parser_.position(), file_->size()))
-        deliver({.kind = LogDelivery::Kind::tail, .piece = std::move(*tail), .state = state_});
+        return false;
+    auto tail = readTail(*file_, parser_.position(), file_->size());
+    if (!tail)
+        return false;
+    deliver({.kind = LogDelivery::Kind::tail, .piece = std::move(*tail), .state = state_});
+    return true;
+}
+
+/// The display and the window, which show the tail, need the processors first.
+void LogReader::Worker::readOnSoon() {
+    soon_.emplace(queue_, [weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->readOn();
+    });
+    soon_->start(platform::MonotonicClock::now() + headStart);
 }
 
 bool LogReader::Worker::isCut() const {

@@ -25,7 +25,8 @@ class LogReader::Worker : public std::enable_shared_from_this<Worker> {
     void begin();
     void watch();
     void pollLater();
-    void readTailFirst();
+    bool readTailFirst();
+    void readOnSoon();
     void readOn();
     void readBlock(std::string& buffer);
     bool skipBeginning();
@@ -50,6 +51,7 @@ class LogReader::Worker : public std::enable_shared_from_this<Worker> {
     bool hasBeenCut_ = false;
     std::string beginning_; // of the file, to tell when it is overwritten
     LogFileState state_ = LogFileState::present;
+    std::optional<platform::DispatchTimer> soon_; // after the tail
     std::optional<platform::DispatchTimer> poll_; // where nothing can be watched
 
     platform::Mutex mutex_;
