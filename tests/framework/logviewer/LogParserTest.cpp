@@ -127,17 +127,20 @@ TEST(LogParser, TellsTimeLevelAndTextOfEachLine) {
     };
     for (const auto& [line, milliseconds, level, text] : cases)
         EXPECT_EQ(parsed(date + line + '\n'),
-                  described(base + 5 * 60 + 7, milliseconds, level, text) + '0')
+                  described(base + 307, milliseconds, level, text) + '0')
             << line;
 }
 
 TEST(LogParser, StopsBeforeADateLineOrAMessageOnly) {
     const std::string message = ":05:07.312: a\n";
-    for (const std::string& text : {"**** banner ****\n" + date + message, message + date + message,
-                                    date + "more\n" + message, date + ":x\n"})
+    const std::string noLogs[] = {"**** banner ****\n" + date + message, message + date + message,
+                                  date + "more\n" + message, date + ":x\n"};
+    for (const std::string& text : noLogs)
         EXPECT_EQ(parsed(text), "0") << text;
-    EXPECT_TRUE(parsed(date + ":x\n" + message + "b\n\n:y\nc\n" + date + message + "unfinished")
-                    .ends_with("> a\nb\n\nc\n" + described(hour.base() + 307, 312, 3, "a") + '0'));
+    const std::string log =
+        date + ":x\n" + message + "b\n\n:y\nc\n" + date + message + "unfinished";
+    EXPECT_TRUE(
+        parsed(log).ends_with("> a\nb\n\nc\n" + described(hour.base() + 307, 312, 3, "a") + '0'));
 }
 
 /// However the text is cut, each state on the way is what the whole text so far gives.

@@ -221,8 +221,9 @@ TEST_F(LogViewer, GoesToMatchesWarningsErrorsAndTimes) {
     table().setCurrentRow(1000);
     for (const auto& [key, modifier, row] : {std::tuple(Qt::Key_W, Qt::NoModifier, 1004U),
                                              {Qt::Key_E, Qt::NoModifier, 1009U},
-                                             {Qt::Key_E, Qt::ShiftModifier, 999U},
-                                             {Qt::Key_W, Qt::ShiftModifier, 994U}}) {
+                                             {Qt::Key_E, Qt::NoModifier, 1019U},
+                                             {Qt::Key_E, Qt::ShiftModifier, 1009U},
+                                             {Qt::Key_W, Qt::ShiftModifier, 1004U}}) {
         press(key, modifier);
         EXPECT_TRUE(arrivesAt(row)) << row;
     }
