@@ -4,15 +4,12 @@
 #include "framework/application/QNApplication.h"
 #include "framework/installer/ManifestValues.h"
 
-#include "platform/base/FileDescriptor.h"
 #include "platform/defaults/PropertyList.h"
+#include "platform/files/RegularFile.h"
 #include "platform/plist/PropertyListNode.h"
 
 #include <QDir>
 #include <QFile>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -23,13 +20,9 @@ QUrl rootOf(const platform::Bundle& bundle) {
 
 /// The content of a regular file that is not a link, and no longer than any property list.
 std::optional<QByteArray> contentOf(const QByteArray& path) {
-    const platform::FileDescriptor file(
-        ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
+    const auto file = platform::openRegularFile(path.constData(), platform::LastLink::refuse);
     QFile content;
-    if (!content.open(file.get(), QIODevice::ReadOnly))
+    if (!file || !content.open(file.get(), QIODevice::ReadOnly))
         return std::nullopt;
     const QByteArray bytes = content.read(platform::propertyListBytes + 1);
     return content.error() == QFileDevice::NoError ? std::optional(bytes) : std::nullopt;

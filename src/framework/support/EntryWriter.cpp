@@ -1,13 +1,12 @@
 #include "framework/support/EntryWriter.h"
 
-#include "platform/base/FileDescriptor.h"
+#include "platform/files/RegularFile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
-#include <sys/stat.h>
+using platform::LastLink;
 
 namespace {
 
@@ -26,15 +25,10 @@ QString safePart(QString part) {
     return part;
 }
 
-std::optional<QByteArray> contentOf(const QString& path, bool follow) {
-    const int links = follow ? 0 : O_NOFOLLOW;
-    const platform::FileDescriptor file(::open(
-        QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | links));
-    struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
+std::optional<QByteArray> contentOf(const QString& path, LastLink link) {
+    const auto file = platform::openRegularFile(QFile::encodeName(path).constData(), link);
     QFile content;
-    if (!content.open(file.get(), QIODevice::ReadOnly))
+    if (!file || !content.open(file.get(), QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray bytes = content.readAll();
     return content.error() == QFileDevice::NoError ? std::optional(std::move(bytes)) : std::nullopt;
@@ -72,7 +66,7 @@ bool EntryWriter::addPathRecursively(const QString& path, const Filter& handler)
     const QString name = QFileInfo(QDir::cleanPath(path)).fileName();
     if (QFileInfo(path).isDir())
         return addFolder(path, name, handler);
-    auto content = contentOf(path, true);
+    auto content = contentOf(path, LastLink::follow);
     if (!content)
         return false;
     content = handler(path, std::move(*content));
@@ -94,7 +88,7 @@ bool EntryWriter::addFolder(const QString& path, const QString& name, const Filt
 }
 
 bool EntryWriter::addFile(const QString& path, const QString& name, const Filter& handler) {
-    auto content = contentOf(path, false);
+    auto content = contentOf(path, LastLink::refuse);
     if (!content)
         return false;
     content = handler(path, std::move(*content));
