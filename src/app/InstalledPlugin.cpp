@@ -35,6 +35,10 @@ void InstalledPlugin::runAsService(const UserService::State& state) {
         QNLog(qnlog_user, "The plug-in's service is masked");
         return;
     }
+    if (state.isOutdated) {
+        system_.reloadServices([this](const QString& error) { startAfter("reload", error); });
+        return;
+    }
     if (state.isInstalled || defaults_.boolean(PreferenceKeys::pluginIsSetUp)) {
         startUnlessItRuns();
         return;
@@ -43,11 +47,14 @@ void InstalledPlugin::runAsService(const UserService::State& state) {
                           [this](const QString& error) {
                               if (error.isEmpty())
                                   defaults_.set(PreferenceKeys::pluginIsSetUp, true);
-                              else
-                                  QNLog(qnlog_error, "Couldn't enable the plug-in's service: %@",
-                                        error);
-                              startUnlessItRuns();
+                              startAfter("enable", error);
                           });
+}
+
+void InstalledPlugin::startAfter(const char* attempt, const QString& error) {
+    if (!error.isEmpty())
+        QNLog(qnlog_error, "Couldn't %s the plug-in's service: %@", attempt, error);
+    startUnlessItRuns();
 }
 
 void InstalledPlugin::runAsLoginItem() {

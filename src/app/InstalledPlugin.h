@@ -13,7 +13,8 @@ class UserDefaults;
 /// Keeps the plug-in that is installed for all users running in this session and in later ones: as
 /// a service where this user has a systemd manager, else as a login item and a program of its own.
 /// Both are set up once only, so that they stay switched off if the user switches them off; a
-/// service that somebody else has set up is left as it is. Main thread only.
+/// service that somebody else has set up is left as it is. A service whose file was replaced is
+/// read again. Main thread only.
 class InstalledPlugin {
   public:
     using Answer = std::function<void(const QString& error)>;
@@ -24,6 +25,7 @@ class InstalledPlugin {
         std::function<void(std::function<void(const platform::UserService::State&)> answer)>
             askService;
         std::function<void(const QString& unitFile, Answer answer)> enableService;
+        std::function<void(Answer answer)> reloadServices;
         std::function<void(Answer answer)> removeService;
         std::function<bool(bool exists)> setLoginItem; ///< false if that failed
         std::function<bool()> isInstalled;
@@ -46,6 +48,7 @@ class InstalledPlugin {
     void runAsService(const platform::UserService::State& state);
     void runAsLoginItem();
     void startUnlessItRuns();
+    void startAfter(const char* attempt, const QString& error);
 
     const SystemCalls system_;
     const QString bundle_;

@@ -149,6 +149,7 @@ PluginProblems::PluginProblems(platform::RunLoop& loop, Dependencies dependencie
                   [this](const QString& unitFile, auto answer) {
                       service_.enable(unitFile, std::move(answer));
                   },
+                  [this](auto answer) { service_.reload(std::move(answer)); },
                   [this](auto answer) { service_.remove(std::move(answer)); }, &setLoginItem,
                   &isInstalled, &isRunning,
                   [] { MVInstallerController::killProcess(QLatin1String(programName)); },

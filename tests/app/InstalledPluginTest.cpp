@@ -18,6 +18,7 @@ const UserService::State noManager;
 const UserService::State notFound{false, "not-found", "inactive"};
 const UserService::State loaded{true, "loaded", "inactive"};
 const UserService::State masked{true, "masked", "inactive"};
+const UserService::State outdated{true, "loaded", "inactive", true};
 
 class InstalledPluginTest : public testing::Test {
   protected:
@@ -39,6 +40,10 @@ class InstalledPluginTest : public testing::Test {
     InstalledPlugin plugin_{{[this](auto answer) { answer(state_); },
                              [this](const QString& unit, auto answer) {
                                  calls_ += "enable " + unit;
+                                 answer(error_);
+                             },
+                             [this](auto answer) {
+                                 calls_ += "reload";
                                  answer(error_);
                              },
                              [this](auto answer) {
@@ -84,6 +89,7 @@ TEST_F(InstalledPluginTest, IsSetUpOnceAndStartedAtEachLaunch) {
 
 TEST_F(InstalledPluginTest, LeavesAServiceThatIsThereAsItIs) {
     EXPECT_EQ(run(loaded, false, false), QStringList("start"));
+    EXPECT_EQ(run(outdated, false, true), (QStringList{"end", "reload", "start"}));
 }
 
 TEST_F(InstalledPluginTest, StaysOffAsAMaskedService) {

@@ -15,10 +15,12 @@ class SystemdUnit : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.systemd1.Unit")
     Q_PROPERTY(QString LoadState MEMBER load)
     Q_PROPERTY(QString ActiveState MEMBER activity)
+    Q_PROPERTY(bool NeedDaemonReload MEMBER isOutdated)
 
   public:
     QString load = "not-found";
     QString activity = "inactive";
+    bool isOutdated = false;
 };
 
 /// Stands for systemd's manager of a session on a bus, under a connection of its own: takes

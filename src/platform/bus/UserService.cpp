@@ -20,6 +20,7 @@ UserService::State stateOf(const QDBusMessage& properties) {
     UserService::State state;
     state.load = reply.value().value(QStringLiteral("LoadState")).toString();
     state.activity = reply.value().value(QStringLiteral("ActiveState")).toString();
+    state.isOutdated = reply.value().value(QStringLiteral("NeedDaemonReload")).toBool();
     state.isInstalled = !state.load.isEmpty() && state.load != QLatin1String("not-found");
     return state;
 }
@@ -68,8 +69,12 @@ void UserService::changeLinks(const QString& method, const QVariantList& argumen
             answer(error);
             return;
         }
-        call(QStringLiteral("Reload"), {}, answer);
+        reload(answer);
     });
+}
+
+void UserService::reload(Answer answer) {
+    call(QStringLiteral("Reload"), {}, std::move(answer));
 }
 
 void UserService::enable(const QString& unitFile, Answer answer) {

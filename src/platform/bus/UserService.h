@@ -19,6 +19,7 @@ class UserService {
         bool isInstalled = false; ///< there is a unit file, which may be masked or damaged
         QString load;             ///< as systemd calls it: "loaded", "masked", "not-found"…
         QString activity;         ///< "active", "activating", "failed"…
+        bool isOutdated = false;  ///< its unit file has changed since systemd read it
 
         /// Whether this user has a systemd manager at all.
         [[nodiscard]] bool hasManager() const { return !load.isEmpty(); }
@@ -43,6 +44,9 @@ class UserService {
     /// Links the unit file, an absolute path, into the user's configuration and enables it, for
     /// this and all later sessions. Answers as start() does.
     void enable(const QString& unitFile, std::function<void(const QString& error)> answer);
+
+    /// Makes systemd read all unit files again. Answers as start() does.
+    void reload(std::function<void(const QString& error)> answer);
 
     /// Stops it, and removes all links to its unit file. Answers as start() does.
     void remove(std::function<void(const QString& error)> answer);

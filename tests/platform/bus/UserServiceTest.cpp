@@ -46,6 +46,9 @@ TEST(UserService, TellsWhatSystemdSaysOfItAndStartsIt) {
 
     manager.unit.load = "loaded";
     manager.unit.activity = "activating";
+    EXPECT_FALSE(ask(service).isOutdated);
+    manager.unit.isOutdated = true;
+    EXPECT_TRUE(ask(service).isOutdated);
     EXPECT_TRUE(ask(service).isInstalled);
     EXPECT_TRUE(ask(service).isStarting());
     EXPECT_EQ(start(service), QString());
