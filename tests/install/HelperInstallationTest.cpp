@@ -79,6 +79,8 @@ TEST_F(HelperInstallationTest, CopiesWhatIsMissingOrDifferentAndLaunchesInAnyCas
         const char* line;
     };
     const fs::path file = destination_ / "Contents/Info.plist";
+    const fs::path stage = destination_.string() + ".Abc123"; // of a program that was killed
+    fs::create_directories(stage / destination_.filename());
     for (const Case& each :
          {Case{"none", [] {}, "Helper not found. Installing."}, Case{"same", [] {}, nullptr},
           Case{"one byte", [&] { std::ofstream(file, std::ios::app) << ' '; },
