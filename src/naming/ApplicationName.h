@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/MarkedText.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,9 +15,9 @@ struct ProgramCommand;
 /// The maximum length of an application's name, in bytes.
 inline constexpr std::size_t longestApplicationName = 127;
 
-/// The displayed name of the speech service, which consists of many programs. Both sides use it,
-/// like the names of desktop entries, so translate it here.
-inline constexpr std::string_view speechName = "Speech";
+/// The displayed name of the speech service, which consists of many programs. Like the names of
+/// desktop entries, it is in the language of those.
+inline constexpr const char* speechName = MARKED_TEXT("PlainTexts", "Speech");
 
 /// A text from another program as a name in one line: truncated between two characters if it is too
 /// long, trimmed, and without characters that would disturb its line.

@@ -4,6 +4,7 @@
 #include "naming/DesktopEntries.h"
 #include "naming/DisambiguatedName.h"
 #include "naming/UnitMainProcess.h"
+#include "platform/language/PlainTexts.h"
 #include "platform/processes/SystemdUnit.h"
 
 #include <algorithm>
@@ -303,7 +304,7 @@ bool ApplicationSearch::answerBySpeech(ApplicationIdentity& identity) const {
     const Member& main = family_.back();
     if (main.kind != ProgramKind::speech || !main.process.sandbox.empty())
         return false;
-    identity.name = speechName;
+    identity.name = PlainTexts::tr(speechName, entries_.languages());
     identity.icon = "preferences-desktop-accessibility";
     identity.evidence = NameEvidence::speech;
     return true;

@@ -46,6 +46,7 @@ class DesktopEntries {
 
     /// Reads all of them again in another language. Does nothing if it is the same.
     void setLanguages(const std::string& languages);
+    [[nodiscard]] const std::string& languages() const noexcept { return environment_.languages; }
 
     /// Grows with each change: earlier results may then be outdated.
     [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }

@@ -45,8 +45,11 @@ std::string messageLanguage() {
 }
 
 std::vector<std::string> catalogueNames() {
+    return catalogueNames(messageLanguages());
+}
+
+std::vector<std::string> catalogueNames(const std::string& languages) {
     std::vector<std::string> names;
-    const std::string languages = messageLanguages();
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = languages.find(':', begin);
         const std::string locale =

@@ -18,4 +18,7 @@ std::string messageLanguage();
 /// thread, likewise.
 std::vector<std::string> catalogueNames();
 
+/// The same for other languages than those of the environment, as messageLanguages() has them.
+std::vector<std::string> catalogueNames(const std::string& languages);
+
 } // namespace platform

@@ -9,7 +9,11 @@
 #include <vector>
 
 std::string PlainTexts::tr(const char* english) {
-    const std::vector<std::string> names = platform::catalogueNames();
+    return tr(english, platform::messageLanguages());
+}
+
+std::string PlainTexts::tr(const char* english, const std::string& languages) {
+    const std::vector<std::string> names = platform::catalogueNames(languages);
     const auto table = platform::plainTextTable();
     for (const std::string& name : names) {
         const auto row = std::ranges::find_if(table, [&](const auto& each) {

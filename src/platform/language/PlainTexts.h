@@ -12,6 +12,9 @@ namespace PlainTexts {
 /// The English text itself where no table of the environment's languages has it.
 std::string tr(const char* english);
 
+/// In other languages than those of the environment, as platform::messageLanguages() has them.
+std::string tr(const char* english, const std::string& languages);
+
 /// `pattern` with "%1" and so on replaced by the values, which are made safe for a terminal.
 std::string filled(const std::string& pattern, std::initializer_list<std::string> values);
 

@@ -74,6 +74,8 @@ TEST(PlainTexts, AreThoseOfTheFirstTableThatHasThem) {
           Case{"en:en_XA", "Tonvale is not running."}, Case{"xx", "Tonvale is not running."}}) {
         const support::ScopedVariable language("LANGUAGE", languages);
         EXPECT_EQ(PlainTexts::tr("Tonvale is not running."), text) << languages;
+        const support::ScopedVariable english("LANGUAGE", "en");
+        EXPECT_EQ(PlainTexts::tr("Tonvale is not running.", languages), text) << languages;
     }
     EXPECT_EQ(PlainTexts::filled("%2, %1 and %3%", {"o\nne", "two"}), "two, o ne and %3%");
 }
