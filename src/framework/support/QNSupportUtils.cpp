@@ -8,6 +8,8 @@
 #include "platform/base/CallStack.h"
 #include "platform/base/Directories.h"
 #include "platform/base/ExceptionReport.h"
+#include "platform/bus/SessionBus.h"
+#include "platform/desktop/AccountEmail.h"
 #include "platform/processes/MachineFacts.h"
 #include "platform/processes/ToolRun.h"
 #include "platform/text/Format.h"
@@ -131,7 +133,8 @@ QStringList QNSupportUtils::allProcessNames() {
 }
 
 std::optional<QString> QNSupportUtils::userEmail() {
-    return std::nullopt;
+    const QString address = platform::accountEmail(platform::systemBus());
+    return address.isEmpty() ? std::nullopt : std::optional(address);
 }
 
 QString QNSupportUtils::bundleInfo(const platform::Bundle& bundle) {

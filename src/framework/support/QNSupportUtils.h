@@ -61,8 +61,8 @@ class QNSupportUtils {
     /// The names of all our programs.
     [[nodiscard]] static QStringList allProcessNames();
 
-    /// The address that the desktop knows of its user. No desktop tells that without asking them,
-    /// so there is none.
+    /// The address that the desktop's account service has of the user; nothing without such a
+    /// service. Waits for it for 2 s at most. Main thread only.
     [[nodiscard]] static std::optional<QString> userEmail();
 
     /// Name, version and build of the bundle.
