@@ -1,6 +1,7 @@
 #include "framework/support/SystemProfile.h"
 
 #include "framework/support/QNSystemInformation.h"
+#include "framework/support/SoundQuirks.h"
 
 #include "platform/bundle/Bundle.h"
 #include "platform/processes/MachineFacts.h"
@@ -109,7 +110,9 @@ QList<SystemProfile::Fact> SystemProfile::facts() const {
     QStringList cards;
     for (const std::string& card : platform::soundCards(tools_.root))
         cards.append(text(card));
-    return {
+    const QString pipewire = versionOf(tools_.pipewire);
+    const QString wireplumber = versionOf(tools_.wireplumber);
+    QList<Fact> facts{
         {"Tonvale", text(bundle.version() + " " + bundle.text("QNBuildIdentifier")).trimmed()},
         {"System", text(platform::distributionName(tools_.root))},
         {"Kernel", text(platform::productBuild())},
@@ -122,11 +125,14 @@ QList<SystemProfile::Fact> SystemProfile::facts() const {
          QNSystemInformation::graphicsDescriptions(tools_.root).join(QStringLiteral("; "))},
         {"Restart", QNSystemInformation::lastRestartDescription(tools_.root)},
         {"Qt", QString::fromLatin1(qVersion())},
-        {"PipeWire", versionOf(tools_.pipewire)},
-        {"WirePlumber", versionOf(tools_.wireplumber)},
+        {"PipeWire", pipewire},
+        {"WirePlumber", wireplumber},
         {"Sound cards", cards.join(QStringLiteral("; "))},
         {"Sound devices", soundDevices().join(QStringLiteral("; "))},
     };
+    for (const QString& quirk : soundQuirks(pipewire, wireplumber))
+        facts.append({"Known quirk", quirk});
+    return facts;
 }
 
 QString SystemProfile::brief() const {

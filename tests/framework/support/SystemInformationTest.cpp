@@ -1,5 +1,6 @@
 #include "framework/support/QNSupportUtils.h"
 #include "framework/support/QNSystemInformation.h"
+#include "framework/support/SoundQuirks.h"
 
 #include "platform/base/WallClock.h"
 #include "platform/processes/MachineFacts.h"
@@ -192,6 +193,20 @@ X)");
         EXPECT_TRUE(profile.contains(line)) << line << profile.toStdString();
     EXPECT_FALSE(profile.contains("WirePlumber"));
     EXPECT_LE(profile.count('\n'), 24);
+    EXPECT_EQ(profile.count("\nKnown quirk    A stream can lock its volume"), 1);
+}
+
+TEST(SoundQuirks, AreThoseOfTheVersions) {
+    const struct {
+        const char* pipewire;
+        const char* wireplumber;
+        int quirks;
+    } cases[] = {{"", "", 0},         {"0.3.67", "", 1}, {"0.3.68", "x", 0}, {"0.3.76", "", 1},
+                 {"1.4.2", "0.6", 1}, {"", "0.3.9", 2},  {"", "0.4.13", 3},  {"", "0.5.0", 1},
+                 {"", "0.5.14", 1},   {"", "0.5.15", 0}};
+    for (const auto& one : cases)
+        EXPECT_EQ(soundQuirks(one.pipewire, one.wireplumber).size(), one.quirks)
+            << one.pipewire << ' ' << one.wireplumber;
 }
 
 TEST_F(SystemInformation, TheFullProfileIsXmlWithoutWhatIsPlayed) {
