@@ -14,7 +14,7 @@ using namespace characters;
 namespace {
 
 /// Words that stand in our files with another meaning, so that replacing them everywhere would
-/// spoil them.
+/// spoil them: in names of devices ("Dummy-Driver" is PipeWire's), of programs, and in log lines.
 bool isOrdinary(const std::string& word) {
     static const std::set<std::string, std::less<>> words{
         "access",      "active",    "admin",      "administrator", "alpine",   "alsa",

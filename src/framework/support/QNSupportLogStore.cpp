@@ -15,6 +15,7 @@
 #include <archive.h>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <unistd.h>
 
 using platform::formatted;
@@ -34,10 +35,9 @@ QString archivePath(const QString& name, const QDateTime& date, bool isCrashRepo
     return QDir(QDir::tempPath()).filePath(file.replace(QLatin1Char('/'), QLatin1Char('-')));
 }
 
-/// Pictures and archives have NULs, texts have none.
-bool isText(const QByteArray& data) {
-    constexpr qsizetype looked = 8192;
-    return !data.left(looked).contains('\0');
+/// Everything else counts as text: a log that was cut off by a power failure has NULs in it.
+bool isPicture(const QByteArray& data) {
+    return data.startsWith("\x89PNG");
 }
 
 } // namespace
@@ -54,18 +54,25 @@ class QNSupportLogStore::Review final : public EntryWriter {
     }
 };
 
-/// Reads files on the caller's thread, while another one stores.
+/// Reads files on the caller's thread, while another one stores the file before.
 class QNSupportLogStore::PathReader final : public EntryWriter {
   public:
     explicit PathReader(QNSupportLogStore& store) : store_(store) {}
 
+    /// Waits for the last one. False if it could not be stored.
+    bool finish() { return !storing_.valid() || storing_.get(); }
+
   protected:
     bool writeEntry(const QByteArray& data, const QString& name) override {
-        return store_.store(data, name);
+        const bool isStored = finish();
+        storing_ =
+            std::async(std::launch::async, [this, data, name] { return store_.store(data, name); });
+        return isStored;
     }
 
   private:
     QNSupportLogStore& store_;
+    std::future<bool> storing_; // of the last one; waits for it at the end
 };
 
 QNSupportLogStore::QNSupportLogStore(const QString& name, const QDateTime& date, bool isCrashReport,
@@ -101,7 +108,7 @@ QNSupportLogStore::~QNSupportLogStore() {
 }
 
 QByteArray QNSupportLogStore::redacted(QByteArray data) const {
-    if (!isText(data))
+    if (isPicture(data))
         return data;
     const std::string text =
         redactor_.redacted({data.constData(), static_cast<std::size_t>(data.size())});
@@ -135,7 +142,9 @@ void QNSupportLogStore::addPath(const QString& path) {
     const auto redact = [this](const QString& /*path*/, QByteArray content) {
         return std::optional(redacted(std::move(content)));
     };
-    if (!PathReader(*this).addPathRecursively(path, redact))
+    PathReader reader(*this);
+    const bool isRead = reader.addPathRecursively(path, redact);
+    if (!reader.finish() || !isRead)
         QNLog(1, "Couldn't add all of %@ to the support archive", path);
 }
 

@@ -110,6 +110,9 @@ TEST_F(SupportLogTest, FoldersAreAddedWithoutWhatIsHidden) {
     write("reports/.hidden", "no");
     write("reports/.git/x", "no");
     write("secret", "no");
+    write("cut.log", std::string("\0"
+                                 "10.0.0.1\n",
+                                 10));
     std::filesystem::create_symlink(folder.path() / "secret", folder.path() / "reports/link");
     ::mkfifo((folder.path() / "reports/pipe").c_str(), 0600);
     const Redactor nobody;
@@ -118,9 +121,13 @@ TEST_F(SupportLogTest, FoldersAreAddedWithoutWhatIsHidden) {
     store.addPath(path("reports/"));
     store.addPath(path("reports/a.crash"));
     store.addPath(path("missing"));
+    store.addPath(path("cut.log"));
     ASSERT_TRUE(store.close());
     EXPECT_EQ(extract(QByteArray::fromStdString(support::contentOf(store.path().toStdString()))),
-              (Entries{{"reports/a.crash", "a"}, {"reports/deep/b.crash", "b"}, {"a.crash", "a"}}));
+              (Entries{{"reports/a.crash", "a"},
+                       {"reports/deep/b.crash", "b"},
+                       {"a.crash", "a"},
+                       {"cut.log", std::string("\0[ip]\n", 6)}}));
     EXPECT_TRUE(log.contains("missing"));
 }
 
