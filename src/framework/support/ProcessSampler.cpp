@@ -19,6 +19,7 @@ namespace {
 
 constexpr int rounds = 10;
 constexpr std::size_t mostProcesses = 4;
+constexpr int bySignal = 128; // statuses of what a signal has ended
 
 std::vector<pid_t> processesNamed(const std::string& name) {
     constexpr std::size_t longestCommand = 15;
@@ -82,7 +83,7 @@ void ProcessSampler::waitForNextRound() const {
     std::this_thread::sleep_for(tools_.sampleTime / rounds);
 }
 
-/// Whether the debugger has told anything.
+/// Whether the debugger has told anything. It fails too if it cannot follow a stack to its end.
 bool ProcessSampler::sampleOnce(const std::vector<std::string>& debugger, Output& output) const {
     const auto limit = std::chrono::duration_cast<std::chrono::seconds>(tools_.toolTime).count();
     platform::ToolCall call;
@@ -93,7 +94,7 @@ bool ProcessSampler::sampleOnce(const std::vector<std::string>& debugger, Output
     call.outputDescriptor = output.descriptor();
     const off_t before = output.size();
     const auto result = platform::runTool(call);
-    return result && result->status == 0 && output.size() > before;
+    return result && result->status < bySignal && output.size() > before;
 }
 
 bool ProcessSampler::sampleByStacks(pid_t process, Output& output) const {

@@ -100,6 +100,13 @@ TEST_F(SystemInformation, TellsTheTimeSinceTheRestart) {
 }
 
 TEST_F(SystemInformation, DescribesTheMachine) {
+    write("Info.plist", "<plist version=\"1.0\"><dict><key>CFBundleName</key><string>T</string>"
+                        "<key>CFBundleShortVersionString</key><string>1.2</string>"
+                        "<key>CFBundleVersion</key><string>34</string>"
+                        "<key>QNBuildIdentifier</key><string>abc</string></dict></plist>");
+    EXPECT_EQ(QNSupportUtils::bundleInfo(platform::Bundle(folder.path())),
+              "Name = T\nCFBundleVersion = 34\nCFBundleShortVersion = 1.2\n"
+              "QNBuildIdentifier = abc");
     EXPECT_EQ(QNSystemInformation::machineDescription(root()), "Macintosh");
     EXPECT_EQ(QNSystemInformation::cpuDescription(root()), "Intel 64-bit");
     EXPECT_TRUE(QNSystemInformation::graphicsDescriptions(root()).isEmpty());
@@ -285,7 +292,7 @@ TEST_F(SystemInformation, SamplesProcesses) {
     EXPECT_TRUE(states.startsWith(process));
     EXPECT_EQ(states.count("Sampled"), 10) << states.toStdString();
 
-    tools.euStack = tool("eu-stack", "echo stack $*");
+    tools.euStack = tool("eu-stack", "echo stack $*; exit 1");
     use(tools);
     const QString stacks = QNSupportUtils::sampleProcess("Sampled").value();
     EXPECT_EQ(stacks.count("stack -p " + QString::number(sampled.pid())), 10);
