@@ -10,8 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -120,6 +122,12 @@ TEST_F(HelperInstallationTest, CopiesWhatIsMissingOrDifferentAndLaunchesInAnyCas
     }
     EXPECT_EQ(std::distance(fs::directory_iterator(destination_.parent_path()), {}), 1)
         << "nothing else is left there";
+    fs::create_directory(stage);
+    const platform::FileDescriptor atWork(::open(stage.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(atWork.get(), LOCK_EX), 0);
+    fs::remove_all(destination_);
+    helper_.showHelperInMenuBar(true);
+    EXPECT_TRUE(isSame() && fs::exists(stage)) << "of a program that copies just now";
 }
 
 TEST_F(HelperInstallationTest, EndsAndRemovesWhatIsNotWanted) {
