@@ -237,7 +237,7 @@ TEST_F(SupportLogTest, NothingPersonalIsInTheArchive) {
     const support::ScopedVariable home("HOME", "/home/canaryhome");
     char host[256] = {};
     ::gethostname(host, sizeof(host) - 1);
-    const QString planted = platform::formatted(
+    QString planted = platform::formatted(
         QStringLiteral("/home/canaryhome/x file:///home/canaryhome/y \"\\/home\\/canaryhome\"\n"
                        "%@@%@ host=%@ 12:34:56:78:9a:bc bluez_card.12_34_56_78_9A_BC 10.9.8.7\n"
                        "fe80::1234:5678:9abc:def0 ssid=CanaryNet\npassword=canarypass\n"

@@ -20,10 +20,11 @@ namespace {
 
 /// A machine and its tools, all in a folder.
 class SystemInformation : public testing::Test {
-  protected:
+  public:
     SystemInformation() { use({}); }
     ~SystemInformation() override { QNSupportUtils::setTools({}); }
 
+  protected:
     /// No tool is there but those of `changes`.
     void use(const QNSupportUtils::Tools& changes) {
         const QNSupportUtils::Tools usual;
@@ -44,7 +45,7 @@ class SystemInformation : public testing::Test {
 
     /// A tool that is a script.
     std::string tool(const std::string& name, const std::string& script) const {
-        const std::string file = write(name, "#!/bin/sh\n" + script + "\n");
+        std::string file = write(name, "#!/bin/sh\n" + script + "\n");
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
         return file;
     }

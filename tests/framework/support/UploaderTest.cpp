@@ -34,7 +34,7 @@ const QByteArray separator = "\r\n--0xKhTmLbOuNdArY\r\n";
 QByteArray bodyOf(const QVariantMap& fields) {
     PostBody body(fields);
     EXPECT_TRUE(body.open(QIODevice::ReadOnly));
-    const QByteArray bytes = body.readAll();
+    QByteArray bytes = body.readAll();
     EXPECT_EQ(bytes.size(), body.size());
     return bytes;
 }
