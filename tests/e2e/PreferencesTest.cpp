@@ -24,7 +24,7 @@ class PreferencesTest : public DesktopFixture {
     std::optional<AccessibleObject> find(const QString& name) const {
         for (const char* const role :
              {"check box", "radio button", "button", "push button", "cell"}) {
-            if (const auto found = tool_.desktop().find(role, name))
+            if (auto found = tool_.desktop().find(role, name))
                 return found;
         }
         return std::nullopt;

@@ -17,7 +17,7 @@ namespace {
 std::string listOf(const std::vector<std::pair<std::string, std::string>>& entries) {
     std::string text = "<plist version=\"1.0\"><dict>";
     for (const auto& [key, value] : entries)
-        text += "<key>" + key + "</key><string>" + value + "</string>";
+        text.append("<key>").append(key).append("</key><string>").append(value).append("</string>");
     return text + "</dict></plist>";
 }
 

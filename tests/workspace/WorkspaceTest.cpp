@@ -29,7 +29,7 @@ class WorkspaceTest : public testing::Test {
 
     /// A program that only waits, with a desktop entry.
     std::string install(const std::string& name, const std::string& more = {}) const {
-        const std::string program = folder_.path() / name;
+        std::string program = folder_.path() / name;
         fs::copy_file("/bin/sleep", program);
         std::ofstream(entries_ / (name + ".desktop"))
             << "[Desktop Entry]\nType=Application\nName=The " << name << "\nName[de]=Der " << name
@@ -128,11 +128,11 @@ TEST_F(WorkspaceTest, FindsOutWhatIsKnownOfAProgramThatThePluginHasNamed) {
         {{pid, "What it says", path}, Qt::yellow, "The program uses this name for itself."},
         {{4711, "gone", "/usr/bin/gone"}, Qt::yellow, "The program uses this name for itself."},
     };
-    for (const auto& [asked, color, reason] : cases) {
-        EXPECT_FALSE(workspace_->iconForProgram(asked).isNull());
-        EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(asked).isEmpty(); }));
-        EXPECT_EQ(workspace_->whyNamed(asked), reason);
-        EXPECT_EQ(middleOf(workspace_->iconForProgram(asked)), color);
+    for (const auto& each : cases) {
+        EXPECT_FALSE(workspace_->iconForProgram(each.program).isNull());
+        EXPECT_TRUE(waitUntil([&] { return !workspace_->whyNamed(each.program).isEmpty(); }));
+        EXPECT_EQ(workspace_->whyNamed(each.program), each.reason);
+        EXPECT_EQ(middleOf(workspace_->iconForProgram(each.program)), each.color);
     }
     EXPECT_EQ(changes_, 4) << "the first look, and each name once";
     workspace_->setTileColors({Qt::green, Qt::black});

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-void postDesktopNotice(QDBusConnection bus, const QString& title, const QString& text) {
+void postDesktopNotice(const QDBusConnection& bus, const QString& title, const QString& text) {
     auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.Notifications"),
                                                QStringLiteral("/org/freedesktop/Notifications"),
                                                QStringLiteral("org.freedesktop.Notifications"),

@@ -28,12 +28,13 @@ using support::waitUntil;
 namespace {
 
 class SupportWindowTest : public testing::Test {
-  protected:
+  public:
     ~SupportWindowTest() override {
         delete window;
         support::serveEvents();
     }
 
+  protected:
     void open(const std::string& server = "support.invalid") {
         SupportWindow::Dependencies dependencies;
         dependencies.sources = {[] { return QStringList{"Tonvale"}; },
