@@ -6,6 +6,7 @@
 #include "framework/log/OpenLogs.h"
 #include "framework/log/qnlog_handle.h"
 
+#include "platform/base/LastLine.h"
 #include "platform/base/WallClock.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/processes/SystemFacts.h"
@@ -60,6 +61,7 @@ void append(qnlog_handle& log, std::uint32_t level, WallClock::time_point time,
             std::string_view text) {
     if (text.empty())
         return;
+    platform::keepLastLine(text);
     if (QN::log::prefixes::areThere(log.number()))
         log.append(level, time, QN::log::prefixes::prefixed(log.number(), text));
     else

@@ -1,6 +1,7 @@
 #include "platform/base/SystemLog.h"
 
 #include "platform/base/HarmlessText.h"
+#include "platform/base/LastLine.h"
 #include "platform/base/Mutex.h"
 
 #include <algorithm>
@@ -90,6 +91,7 @@ void systemLog(LogPriority priority, const char* format, ...) noexcept {
     const auto size = std::min(static_cast<std::size_t>(length), line.size() - 1);
     // The lines contain names from other programs: they must not begin new lines.
     makeHarmless(std::span(line).first(size), ControlsKept::none);
+    keepLastLine({line.data(), size});
     writeLine(priority, {line.data(), size});
 }
 
