@@ -5,5 +5,7 @@ QVariantMap PreferenceKeys::defaults() {
             {showInMenuBar, true},
             {useColorMenuBarIcon, false},
             {disableSoundEffects, false},
+            {writeCrashReports, true},
+            {offerCrashReports, true},
             {volume, 1.0}};
 }

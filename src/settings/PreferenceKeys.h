@@ -37,6 +37,16 @@ inline const QString newAppVolume = QStringLiteral("NewAppVolume");
 /// Text: the frame of the volume window, "x y width height".
 inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 
+/// Booleans: whether programs leave reports when they crash, and whether the application offers to
+/// send those.
+inline const QString writeCrashReports = QStringLiteral("WriteCrashReports");
+inline const QString offerCrashReports = QStringLiteral("OfferCrashReports");
+
+/// Array of dictionaries: the reports that have been offered, see QNCrashReporter. Text: the e-mail
+/// address that was given last.
+inline const QString crashReports = QStringLiteral("QNCrashReporter_Reports");
+inline const QString crashReportEmail = QStringLiteral("QNCrashReporter_Email");
+
 /// Text: the path of the bundle that was started last.
 inline const QString lastLaunchPath = QStringLiteral("LastLaunchPath");
 

@@ -208,7 +208,7 @@ class Report {
     void addModules() {
         text_ += "\nMemory:\n";
         for (const CrashMapping& each : details_.mappings) {
-            text_.append(inHex(each.begin)).append("-").append(inHex(each.end)).append(" ");
+            text_.append(inHex(each.begin)).append(" to ").append(inHex(each.end)).append(" ");
             text_.append(each.permissions).append(" ").append(clean(each.path));
             if (each.path.starts_with('/')) {
                 const std::string id = moduleOf(each, each.begin).buildId;

@@ -6,9 +6,9 @@
 #include "framework/support/SystemProfile.h"
 
 #include "platform/base/CallStack.h"
-#include "platform/base/Directories.h"
 #include "platform/base/ExceptionReport.h"
 #include "platform/bus/SessionBus.h"
+#include "platform/crash/CrashFolder.h"
 #include "platform/desktop/AccountEmail.h"
 #include "platform/processes/MachineFacts.h"
 #include "platform/processes/ToolRun.h"
@@ -120,9 +120,13 @@ std::optional<QString> QNSupportUtils::sampleProcess(const QString& name) {
     }
 }
 
-std::optional<QStringList> QNSupportUtils::crashReportsForProcesses(const QStringList& names) {
-    QStringList found = crashReportsIn(platform::logsDirectory() + "/DiagnosticReports", names);
-    found += crashReportsIn(platform::localLibraryDirectory() + "/Logs/DiagnosticReports", names);
+std::optional<QStringList>
+QNSupportUtils::crashReportsForProcesses(const QStringList& names,
+                                         const QStringList& otherFolders) {
+    QStringList found = crashReportsIn(platform::crashFolder(), names);
+    found += crashReportsIn(platform::sharedCrashFolder(), names);
+    for (const QString& folder : otherFolders)
+        found += crashReportsIn(folder.toStdString(), names);
     return found.isEmpty() ? std::nullopt : std::optional(found);
 }
 

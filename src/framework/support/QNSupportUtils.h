@@ -54,9 +54,10 @@ class QNSupportUtils {
     /// What the threads of the processes of that name do for 3 s.
     [[nodiscard]] static std::optional<QString> sampleProcess(const QString& name);
 
-    /// The paths of the crash reports of programs of these names; nothing if there is none.
+    /// The paths of the crash reports of programs of these names, in the folders of this user and
+    /// of all users, and in others; nothing if there is none.
     [[nodiscard]] static std::optional<QStringList>
-    crashReportsForProcesses(const QStringList& names);
+    crashReportsForProcesses(const QStringList& names, const QStringList& otherFolders = {});
 
     /// The names of all our programs.
     [[nodiscard]] static QStringList allProcessNames();

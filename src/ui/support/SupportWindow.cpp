@@ -1,5 +1,6 @@
 #include "ui/support/SupportWindow.h"
 
+#include "framework/support/SavedArchive.h"
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/ThemePalette.h"
 #include "platform/text/Format.h"
@@ -19,7 +20,6 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
@@ -198,17 +198,7 @@ void SupportWindow::save() {
 }
 
 void SupportWindow::saveArchive(const QString& file, const QVariantMap& form) {
-    const QByteArray archive = form[QStringLiteral("file")]
-                                   .toMap()[QStringLiteral("QNUploaderPostFileData")]
-                                   .toByteArray();
-    QSaveFile target(file);
-    const bool saved = !archive.isEmpty() && target.open(QIODevice::WriteOnly) &&
-                       target.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                       target.write(archive) == archive.size() && target.commit();
-    enter(State::reviewing, saved ? formatted(Texts::tr("Saved as %@"), file)
-                                  : formatted(Texts::tr("Couldn't save %@: %@"), file,
-                                              archive.isEmpty() ? Texts::tr("the disk may be full")
-                                                                : target.errorString()));
+    enter(State::reviewing, ::saveArchive(file, form).status);
 }
 
 void SupportWindow::send() {

@@ -300,10 +300,10 @@ TEST_F(SystemInformation, FindsCrashReports) {
     const support::ScopedVariable library("TONVALE_LOCAL_LIBRARY", root() + "/library");
     const QStringList names{"Tonvale"};
     EXPECT_EQ(QNSupportUtils::crashReportsForProcesses(names), std::nullopt);
-    const std::string one = write("state/DiagnosticReports/Tonvale_1.crash", "");
+    const std::string one = write("state/Tonvale/DiagnosticReports/Tonvale_1.crash", "");
     const std::string two = write("library/Logs/DiagnosticReports/TonvalePlugin_1.crash", "");
     for (const char* const other : {".Tonvale.crash", "Tonvale.txt", "Other.crash"})
-        write(std::string("state/DiagnosticReports/") + other, "");
+        write(std::string("state/Tonvale/DiagnosticReports/") + other, "");
     EXPECT_EQ(QNSupportUtils::crashReportsForProcesses(names),
               (QStringList{QString::fromStdString(one), QString::fromStdString(two)}));
     EXPECT_EQ(QNSupportUtils::crashReportsForProcesses({"Nobody"}), std::nullopt);
