@@ -67,6 +67,22 @@ class PluginBusClient::Receiver : public QObject {
         return true;
     }
 
+    void askCrashFolder(std::function<void(const QString& folder)> answered) {
+        if (!isThere())
+            return;
+        const auto call = QDBusMessage::createMethodCall(*plugin_.owner(), objectPath(), busName(),
+                                                         QStringLiteral("CrashFolder"));
+        auto* const answer = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+        connect(answer, &QDBusPendingCallWatcher::finished, this,
+                [answer, answered = std::move(answered)] {
+                    const QDBusPendingReply<QString> reply = *answer;
+                    answer->deleteLater();
+                    if (!reply.isError()) // an older one does not know the question
+                        platform::guarded(platform::kExceptionInNotification,
+                                          [&] { answered(reply.value()); });
+                });
+    }
+
   private Q_SLOTS:
     void changedElsewhere(uint pid, int percent, bool muted, const QDBusMessage& message) {
         take(message.service(), [=, this] { handlers_.changedElsewhere(pid, {percent, muted}); });
@@ -125,6 +141,11 @@ PluginBusClient::~PluginBusClient() = default;
 
 bool PluginBusClient::tell(const PreferencesMessage& word, Answered answered) {
     return receiver_ != nullptr && receiver_->tell(word, std::move(answered));
+}
+
+void PluginBusClient::askCrashFolder(std::function<void(const QString& folder)> answered) {
+    if (receiver_ != nullptr)
+        receiver_->askCrashFolder(std::move(answered));
 }
 
 #include "PluginBusClient.moc"

@@ -45,6 +45,10 @@ class PluginBusClient {
     /// destroyed. False, and no call, if there is no plug-in.
     [[nodiscard]] bool tell(const PreferencesMessage& word, Answered answered);
 
+    /// Asks the plug-in for the folder of its crash reports, and calls `answered` as above, but
+    /// only if it answers.
+    void askCrashFolder(std::function<void(const QString& folder)> answered);
+
   private:
     class Receiver;
     std::unique_ptr<Receiver> receiver_; // null without a bus

@@ -34,6 +34,7 @@ class Taker : public QObject, protected QDBusContext {
         setDelayedReply(!answers_);
         return {{"Player", {30, true}}};
     }
+    Q_SCRIPTABLE QString CrashFolder() const { return QStringLiteral("/crashes"); }
 };
 
 /// A program on the bus that may be the plug-in.
@@ -158,6 +159,20 @@ TEST_F(PluginBusClientTest, TellsThePluginThatIsThereAndHearsItsAnswer) {
     ASSERT_TRUE(support::waitUntil([&] { return answers.size() == 3; }));
     EXPECT_EQ(answers[2], Newer());
     EXPECT_TRUE(log.contains("The plug-in refused the settings: "));
+}
+
+TEST_F(PluginBusClientTest, AsksWhereThePluginLeavesItsCrashReports) {
+    PluginBusClient client(record());
+    QStringList folders;
+    const auto ask = [&] { client.askCrashFolder([&](const auto& one) { folders += one; }); };
+    ask(); // nobody is there
+    Peer plugin(*bus);
+    Taker taker;
+    plugin.serve(taker);
+    plugin.own();
+    ASSERT_TRUE(support::waitUntil([&] { return comings_ == 1; }));
+    ask();
+    EXPECT_TRUE(support::waitUntil([&] { return folders == QStringList{"/crashes"}; }));
 }
 
 #include "PluginBusClientTest.moc"

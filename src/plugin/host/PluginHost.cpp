@@ -1,5 +1,6 @@
 #include "plugin/host/PluginHost.h"
 
+#include "platform/crash/CrashFolder.h"
 #include "platform/processes/ProcessInfo.h"
 #include "plugin/programs/StreamRules.h"
 
@@ -50,7 +51,11 @@ PluginHost::~PluginHost() {
 }
 
 PluginStatus PluginHost::status() const {
-    PluginStatus status{server_.core() != nullptr, {}, memory_.fileThatCounts(), memory_.ownFile()};
+    PluginStatus status{server_.core() != nullptr,
+                        {},
+                        memory_.fileThatCounts(),
+                        memory_.ownFile(),
+                        platform::crashFolder()};
     for (const auto& program : programs_.programs()) {
         ProgramStatus& entry = status.programs.emplace_back(ProgramStatus{program->process(),
                                                                           program->wanted(),

@@ -108,6 +108,10 @@ std::string describe(const PluginStatus& status) {
         status.serverConnected ? "sound server: connected\n" : "sound server: not connected\n";
     text.append("application: ").append(applicationText(status.programs));
     text.append("preferences: ").append(preferencesText(status));
+    if (!status.crashFolder.empty())
+        text.append("crash reports: ")
+            .append(platform::printableText(status.crashFolder))
+            .append("\n");
     for (const ProgramStatus& program : status.programs) {
         text += programText(program);
         for (const StreamStatus& stream : program.streams)

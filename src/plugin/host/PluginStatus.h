@@ -33,9 +33,11 @@ struct PluginStatus {
     std::vector<ProgramStatus> programs;
     std::string preferences = {};    ///< the file that they come from, empty for none
     std::string ownPreferences = {}; ///< the file that is read
+    std::string crashFolder = {};    ///< where reports of crashes are left, empty for nowhere
 };
 
 /// The text of `TonvalePlugin --status`, lines that each end with a line feed: one for the sound
-/// server, one for the application, one for the preferences, then one for each program with its
-/// streams indented below. Not meant to be parsed. Names and paths cannot break out of their line.
+/// server, one for the application, one for the preferences, one for the crash reports, then one
+/// for each program with its streams indented below. Not meant to be parsed. Names and paths cannot
+/// break out of their line.
 std::string describe(const PluginStatus& status);

@@ -3,6 +3,7 @@
 #include "platform/base/ExceptionReport.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bus/SessionBus.h"
+#include "platform/crash/CrashFolder.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -60,6 +61,10 @@ QString PluginService::Status() const {
     platform::guarded(platform::kExceptionInNotification,
                       [&] { text = QString::fromStdString(handlers_.status()); });
     return text;
+}
+
+QString PluginService::CrashFolder() const {
+    return QString::fromStdString(platform::crashFolder());
 }
 
 QList<NamedSetting> PluginService::Remember(const QString&, const QByteArray&, const QStringList&) {

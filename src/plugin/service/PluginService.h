@@ -55,6 +55,9 @@ class PluginService : public QObject, protected QDBusContext {
   public Q_SLOTS:
     Q_SCRIPTABLE QString Status() const;
 
+    /// Where the plug-in leaves a report when it crashes; empty for nowhere.
+    Q_SCRIPTABLE QString CrashFolder() const;
+
     /// The application sends its stored settings: the file, the property list, and the names that
     /// are new in it. Returns settings that were made while an earlier application was running that
     /// could not save them.

@@ -36,10 +36,12 @@ TEST(PluginStatus, TellsOfEachProgramAndItsStreams) {
                                "It is \"odd\"."});
     status.preferences = "/home/a/\n.plist";
     status.ownPreferences = "/etc/own.plist";
+    status.crashFolder = "/home/a/crashes\n";
     EXPECT_EQ(describe(status),
               "sound server: connected\n"
               "application: connected\n"
               "preferences: /home/a/\\n.plist, not /etc/own.plist\n"
+              "crash reports: /home/a/crashes\\n\n"
               "Player (pid 321, /opt/player/player, confirmed by the kernel): "
               "wanted 50 % muted, remembered 30 %\n"
               "    This application starts the program. (/usr/share/applications/player.desktop)\n"
