@@ -7,6 +7,7 @@
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/SingleInstance.h"
+#include "platform/crash/CrashHandler.h"
 #include "platform/loop/SignalEvents.h"
 #include "platform/window/BundleImage.h"
 
@@ -27,6 +28,9 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
         QStringLiteral("com.quarnel.Tonvale"), QNApplication::options().value(CommandLine::action));
     if (!instance)
         return nullptr;
+    platform::handleCrashes({.name = "Tonvale",
+                             .version = platform::Bundle::main().version(),
+                             .build = platform::Bundle::main().text("QNBuildIdentifier")});
     MVAppController::initialize();
     QGuiApplication::setWindowIcon(platform::bundleIcon(QStringLiteral("tonvale")));
     AlertWindow::install();

@@ -1,9 +1,11 @@
+#include "framework/crash/CrashFinisher.h"
 #include "helper/Helper.h"
 #include "helper/InstalledApplication.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/SessionBus.h"
 #include "platform/bus/SingleInstance.h"
+#include "platform/crash/CrashHandler.h"
 #include "platform/language/MessageLanguages.h"
 #include "platform/language/PlainTexts.h"
 
@@ -37,6 +39,7 @@ int serve() {
         platform::SingleInstance::acquire(QStringLiteral("com.quarnel.TonvaleHelper"));
     if (!instance)
         return 0;
+    tendCrashRecords();
     takeLanguage();
     // The session has ended then.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -72,6 +75,9 @@ int run(int argc, char** argv) {
                 .c_str());
         return wrongUsage;
     }
+    platform::handleCrashes({.name = "TonvaleHelper",
+                             .version = platform::Bundle::main().version(),
+                             .build = platform::Bundle::main().text("QNBuildIdentifier")});
     const QCoreApplication application(argc, argv);
     return serve();
 }

@@ -1,8 +1,10 @@
+#include "framework/crash/CrashFinisher.h"
 #include "platform/base/DescriptorLimit.h"
 #include "platform/base/SystemLog.h"
 #include "platform/bundle/Bundle.h"
 #include "platform/bus/DistributedNotification.h"
 #include "platform/bus/SessionBus.h"
+#include "platform/crash/CrashHandler.h"
 #include "platform/files/SessionLock.h"
 #include "platform/language/PlainTexts.h"
 #include "platform/loop/MainQueue.h"
@@ -48,6 +50,7 @@ int serve(platform::RunLoop& loop) {
                             "The plug-in runs in this session already");
         return anotherRuns;
     }
+    tendCrashRecords();
     platform::raiseDescriptorLimit();
     raiseThreadPriority(platform::systemBus());
     const TerminationSignals signals(loop, [](int) { QCoreApplication::quit(); });
@@ -87,6 +90,21 @@ int failUsage(const std::string& pattern, const std::string& argument) {
     return wrongUsage;
 }
 
+void handleOwnCrashes() {
+    platform::handleCrashes({.name = "TonvalePlugin",
+                             .version = platform::Bundle::main().version(),
+                             .build = platform::Bundle::main().text("QNBuildIdentifier")});
+}
+
+#ifdef TONVALE_CRASH_COMMAND
+/// For tests, so that there is a report.
+[[gnu::noinline]] void crash() {
+    handleOwnCrashes();
+    static int* volatile nowhere = nullptr;
+    *nowhere = 1;
+}
+#endif
+
 int run(int argc, char** argv) {
     if (argc > 2)
         return failUsage(PlainTexts::tr("%1 is one option too many; see --help."), argv[2]);
@@ -97,8 +115,14 @@ int run(int argc, char** argv) {
         std::printf("Tonvale plug-in %s\n", platform::Bundle::main().version().c_str());
         return 0;
     }
+#ifdef TONVALE_CRASH_COMMAND
+    if (option == "--crash")
+        crash();
+#endif
     if (argc == 2 && option != "--status")
         return failUsage(PlainTexts::tr("There is no option %1; see --help."), option);
+    if (argc == 1)
+        handleOwnCrashes();
     platform::unblockSignals();
     const QCoreApplication application(argc, argv);
     platform::RunLoop loop;

@@ -1,3 +1,4 @@
+#include "platform/crash/CrashHandler.h"
 #include "platform/language/PlainTexts.h"
 #include "tonvalectl/Command.h"
 #include "tonvalectl/Failure.h"
@@ -13,6 +14,7 @@ namespace {
 
 void carryOut(const std::vector<std::string>& arguments) {
     const Command command = Command::parse(arguments);
+    platform::handleCrashes({.name = "tonvalectl", .version = TONVALE_VERSION, .build = ""});
     command.verb->run(command);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw Failure(ExitCode::failed, PlainTexts::tr("The output can't be written."));
