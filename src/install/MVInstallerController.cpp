@@ -207,7 +207,14 @@ MVInstallerController::Outcome MVInstallerController::runTool(const QStringList&
     if (isUninstall)
         showHelperInMenuBar(false);
     platform::waitServingEvents([&] { outcome.reply = tool.run(); });
+    tellIfDied(tool.status());
     return outcome;
+}
+
+void MVInstallerController::tellIfDied(int status) const {
+    constexpr int bySignal = 128;
+    if (status > bySignal)
+        toolDied_(QFileInfo(installerPath()).fileName(), status - bySignal);
 }
 
 bool MVInstallerController::runInstaller(const QString& mode, const QStringList& files) {

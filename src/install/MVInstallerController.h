@@ -52,6 +52,11 @@ class MVInstallerController {
     /// Sets what uninstall() calls when the files are gone, to remove what else has been set up.
     void onUninstalled(std::function<void()> handler) { uninstalled_ = std::move(handler); }
 
+    /// Sets what is called when the tool, a program of that name, has died of a signal.
+    void onToolDied(std::function<void(const QString& tool, int signal)> handler) {
+        toolDied_ = std::move(handler);
+    }
+
     /// Runs the tool in the mode "i" with sources, or "u" with paths to remove. True if it
     /// succeeds.
     bool runInstaller(const QString& mode, const QStringList& files);
@@ -95,6 +100,7 @@ class MVInstallerController {
 
     QStringList argumentsFor(const QString& mode, const QStringList& files) const;
     Outcome runTool(const QStringList& arguments);
+    void tellIfDied(int status) const;
     bool isRefused(const Outcome& outcome, bool isInstall);
     void explain(const QString& title, const QString& reason) const;
     bool judge(const std::string& reply, bool isInstall, const QStringList& items);
@@ -107,4 +113,5 @@ class MVInstallerController {
     const QStringList sourcePaths_; // each is installed at the same index of destPaths_
     const QStringList destPaths_;
     std::function<void()> uninstalled_ = [] {};
+    std::function<void(const QString& tool, int signal)> toolDied_ = [](const auto&, int) {};
 };

@@ -15,6 +15,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -282,4 +283,18 @@ TEST_F(MVInstallerControllerTest, RestartsOnlyWhenTheButtonIsPressed) {
     alerts_.button = Alert::alternate;
     controller_.runPostInstallAlert();
     EXPECT_EQ(restarts_, 1);
+}
+
+TEST_F(MVInstallerControllerTest, ADeathOfTheToolByASignalIsTold) {
+    write(tool_, "#!/bin/sh\nprintf '\\006' >&2\nhead -c 1 >/dev/null\nkill -BUS $$\n");
+    std::vector<int> signals;
+    controller_.onToolDied([&](const QString& tool, int signal) {
+        EXPECT_EQ(tool, "TNInstaller");
+        signals.push_back(signal);
+    });
+    EXPECT_FALSE(controller_.install());
+    EXPECT_EQ(signals, std::vector<int>{SIGBUS});
+    reply(replyOf(0, 0));
+    EXPECT_TRUE(controller_.install());
+    EXPECT_EQ(signals.size(), 1U);
 }

@@ -161,6 +161,7 @@ std::string PrivilegedTool::run() {
         return {};
     child_->send(toolMayGoOn);
     readUntil(child_->output(), reply_, child_->errors(), messages_, [] { return false; });
+    status_ = child_->status();
     forgetChild();
     return reply_.size() > longestText ? std::string() : std::exchange(reply_, {});
 }

@@ -47,7 +47,7 @@ class PrivilegedTool {
     void cancel();
 
     /// After authorize() has failed: the errno of starting, else the exit status, or 128 and the
-    /// signal that ended it.
+    /// signal that ended it. After run(), the same of the tool's end.
     [[nodiscard]] int status() const noexcept { return status_; }
 
     /// Everything that the tool prints after it has been granted; empty if it ends without a reply,
