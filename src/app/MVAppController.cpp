@@ -3,6 +3,7 @@
 #include "app/ApplicationWindows.h"
 #include "app/CommandLine.h"
 #include "app/ConflictCheck.h"
+#include "app/CrashReports.h"
 #include "app/DesktopActions.h"
 #include "app/FileAlerts.h"
 #include "app/FinalSave.h"
@@ -38,6 +39,7 @@
 #include "workspace/Workspace.h"
 
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPixmap>
 
@@ -48,6 +50,7 @@
 namespace {
 
 constexpr const char* processName = "Tonvale";
+constexpr const char* helperProcessName = "TonvaleHelper";
 
 MVAppController* shared = nullptr;
 
@@ -122,6 +125,7 @@ void MVAppController::applicationDidFinishLaunching() {
     launch_.run("signals", [this] { observeSignals(); });
     launch_.run("conflict check", [this] { refuseConflict(); });
     launch_.run("launch path", [] { LaunchRecord::store(); });
+    launch_.run("crash records", [this] { makeCrashReports(); });
     bool hasInstalled = false;
     launch_.run("installation", [&] { hasInstalled = installer_.install(); });
     launch_.run("communication", [this] { connectPlugins(); });
@@ -132,14 +136,40 @@ void MVAppController::applicationDidFinishLaunching() {
     });
     launch_.run("helper preference", [] { updateTNHelperPref(); });
     launch_.run("helper", [this] { installer_.adjustHelperIfNecessary(); });
-    if (hasInstalled)
-        launch_.run("restart alert", [this] { installer_.runPostInstallAlert(); });
+    launch_.run(hasInstalled ? "restart alert" : "crash reports", [&] {
+        if (hasInstalled)
+            installer_.runPostInstallAlert();
+        else
+            QMetaObject::invokeMethod(this, &MVAppController::checkCrashReports,
+                                      Qt::QueuedConnection);
+    });
     launch_.run("volume window", [this] {
         volumeController_->update();
         showMainWindow();
     });
     launch_.run("preferences", [this] { observeMenuBarPreferences(); });
-    launch_.run("desktop", [this] { serveDesktop(); });
+    launch_.run("desktop", [&] {
+        serveDesktop();
+        if (hasInstalled && crashReports_)
+            crashReports_->begin(false);
+    });
+}
+
+void MVAppController::makeCrashReports() {
+    crashReports_ = std::make_unique<CrashReports>(CrashReports::Dependencies{
+        platform::UserDefaults::standard(), logURL(),
+        QStringList{QFileInfo(MVInstallerController::installerPath()).fileName(),
+                    QString::fromLatin1(helperProcessName)}});
+    installer_.onToolDied([this](const QString& tool, int signal) {
+        if (crashReports_)
+            crashReports_->reportSignal(tool, signal);
+    });
+}
+
+void MVAppController::checkCrashReports() {
+    static bool isChecked = false;
+    if (crashReports_ && !std::exchange(isChecked, true))
+        crashReports_->begin(true);
 }
 
 /// What nobody waits for, once the window is on its way to the screen.
@@ -287,7 +317,18 @@ void MVAppController::hearPlugin() {
                                       volumeController_->notControllable(pid, reason);
                                   },
                                   [this] { volumeController_->pluginHasGone(); },
-                                  [this] { volumeController_->publisher().begin(); }});
+                                  [this] {
+                                      volumeController_->publisher().begin();
+                                      findCrashesOfPlugin();
+                                  }});
+}
+
+/// It may leave its records in other surroundings.
+void MVAppController::findCrashesOfPlugin() {
+    pluginBus_->askCrashFolder([this](const QString& folder) {
+        if (crashReports_)
+            crashReports_->addFolder(folder);
+    });
 }
 
 /// When the display goes, the toolkit ends the process from within its event loop.
@@ -311,6 +352,7 @@ void MVAppController::applicationWillTerminate() {
     if (window_ && options().contains(CommandLine::screenshot))
         saveScreenshot();
     saveAndDisconnect();
+    crashReports_.reset();
     pluginProblems_.reset();
     pluginBus_.reset();
     instance_->serve(nullptr);

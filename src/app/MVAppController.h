@@ -10,6 +10,7 @@
 class AppVolumeController;
 class ApplicationWindows;
 class ControlService;
+class CrashReports;
 class DesktopActions;
 class HelperPresence;
 class HelperState;
@@ -84,6 +85,10 @@ class MVAppController final : public QNGUIApplication {
     /// Asks the user, and removes what has been installed; see MVInstallerController.
     void uninstall();
 
+    /// Offers the crash reports that are new, and from now on those that come. Only the first call
+    /// in a process counts.
+    void checkCrashReports();
+
     /// The façade's callbacks, called at any time.
     void updateApps();
     void handleActivity(const MVCommActivityMessage* message);
@@ -96,6 +101,7 @@ class MVAppController final : public QNGUIApplication {
 
     void observeSignals();
     void refuseConflict();
+    void makeCrashReports();
     void connectPlugins();
     void makeVolumeController();
     void makeWindow();
@@ -105,6 +111,7 @@ class MVAppController final : public QNGUIApplication {
     void removeWhatIsSetUp();
     void serveBus();
     void hearPlugin();
+    void findCrashesOfPlugin();
     void showFileAlerts();
     static void endWithoutDisplay();
     void saveAndDisconnect();
@@ -118,6 +125,7 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<WindowToggle> toggle_;
     std::unique_ptr<ApplicationWindows> windows_; // all others
     std::unique_ptr<DesktopActions> actions_;
+    std::unique_ptr<CrashReports> crashReports_;
     std::unique_ptr<ControlService> control_;
     std::unique_ptr<PluginBusClient> pluginBus_;
     std::unique_ptr<PluginProblems> pluginProblems_;

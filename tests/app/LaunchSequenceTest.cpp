@@ -177,25 +177,33 @@ class LaunchSequenceTest : public testing::Test, private platform::AlertPresente
     std::set<std::string> seen_;
 };
 
+const std::string noConflict = "signals:\nconflict check:\n";
+const std::string firstSteps = noConflict + "launch path: path-stored\ncrash records:\n";
+const std::string laterSteps = noConflict + "launch path:\ncrash records:\n";
 const std::string rest = "preferences:\ndesktop:\n";
 const std::string restartAlert = "alert(The new software requires that you restart your computer.)";
 
 } // namespace
 
 TEST_F(LaunchSequenceTest, OfAFirstASecondAndAChangedPlugin) {
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path: path-stored\n"
-                        "installation: plug-in-installed\ncommunication: socket\n"
-                        "volume controller: controller\nplug-in:\nhelper preference: icon-file\n"
-                        "helper: ended-helper started-helper helper-installed\nrestart alert: " +
-                            restartAlert + "\nvolume window: window\n" + rest);
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path:\ninstallation:\n"
-                        "communication: socket\nvolume controller: controller\nplug-in:\n"
-                        "helper preference:\nhelper: started-helper\nvolume window: window\n" +
-                            rest);
+    EXPECT_EQ(launch(),
+              firstSteps +
+                  "installation: plug-in-installed\ncommunication: socket\n"
+                  "volume controller: controller\nplug-in:\nhelper preference: icon-file\n"
+                  "helper: ended-helper started-helper helper-installed\nrestart alert: " +
+                  restartAlert + "\nvolume window: window\n" + rest);
+    EXPECT_EQ(
+        launch(),
+        laterSteps +
+            "installation:\n"
+            "communication: socket\nvolume controller: controller\nplug-in:\n"
+            "helper preference:\nhelper: started-helper\ncrash reports:\nvolume window: window\n" +
+            rest);
     write(installed() / "Contents/Info.plist", "plug-iN");
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path:\ninstallation:\n"
-                        "communication: socket\nvolume controller: controller\nplug-in:\n"
-                        "helper preference:\nhelper: started-helper\nrestart alert: " +
+    EXPECT_EQ(launch(), laterSteps +
+                            "installation:\n"
+                            "communication: socket\nvolume controller: controller\nplug-in:\n"
+                            "helper preference:\nhelper: started-helper\nrestart alert: " +
                             restartAlert + "\nvolume window: window\n" + rest);
     EXPECT_EQ(support::contentOf(installed() / "Contents/Info.plist"), "plug-in");
 }
@@ -207,11 +215,9 @@ TEST_F(LaunchSequenceTest, OfAConflictAndOfAnInstallationThatEndsTheProgram) {
     fs::remove_all(library() / "Audio");
     mayReplace_ = false;
     write(folder_.path() / "pkexec", "#!/bin/sh\nexit 126\n");
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path: path-stored\ninstallation:\n")
-        << "the question has been cancelled";
+    EXPECT_EQ(launch(), firstSteps + "installation:\n") << "the question has been cancelled";
     fs::remove(bundle_ / "Contents/Helpers/TNInstaller");
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path:\n"
-                        "installation: alert(The installer is missing.)\n");
+    EXPECT_EQ(launch(), laterSteps + "installation: alert(The installer is missing.)\n");
 }
 
 TEST_F(LaunchSequenceTest, EndsWithoutWaitingForTheUserWhoIsAskedForAPassword) {
@@ -228,18 +234,18 @@ TEST_F(LaunchSequenceTest, EndsWithoutWaitingForTheUserWhoIsAskedForAPassword) {
     std::string lines;
     QTimer::singleShot(0, qApp, [&] { lines = launch(); });
     QApplication::exec();
-    EXPECT_EQ(lines, "signals:\nconflict check:\nlaunch path: path-stored\ninstallation:\n");
+    EXPECT_EQ(lines, firstSteps + "installation:\n");
 }
 
 TEST_F(LaunchSequenceTest, WithoutTheHelperAndWithoutPolkit) {
     platform::UserDefaults::standard().set(PreferenceKeys::showInMenuBar, false);
     mayReplace_ = false; // and there is no pkexec
-    EXPECT_EQ(launch(),
-              "signals:\nconflict check:\nlaunch path: path-stored\n"
-              "installation: alert(The audio plug-in can't be installed)\n"
-              "communication: socket\nvolume controller: controller\nplug-in:\n"
-              "helper preference: icon-file\nhelper: ended-helper\nvolume window: window\n" +
-                  rest);
+    EXPECT_EQ(launch(), firstSteps +
+                            "installation: alert(The audio plug-in can't be installed)\n"
+                            "communication: socket\nvolume controller: controller\nplug-in:\n"
+                            "helper preference: icon-file\nhelper: ended-helper\n"
+                            "crash reports:\nvolume window: window\n" +
+                            rest);
 }
 
 TEST_F(LaunchSequenceTest, InAHomeThatCannotBeWritten) {
@@ -249,13 +255,15 @@ TEST_F(LaunchSequenceTest, InAHomeThatCannotBeWritten) {
     fs::remove_all(support_);
     write(support_, "no folder");
     const support::ScopedVariable state("XDG_STATE_HOME", config / "state");
-    EXPECT_EQ(launch(), "signals:\nconflict check:\nlaunch path:\ninstallation: plug-in-installed\n"
-                        "communication: socket\nvolume controller: controller\nplug-in:\n"
-                        "helper preference:\nhelper: ended-helper started-helper\nrestart alert: " +
-                            restartAlert +
-                            "\nvolume window: window\npreferences:\n"
-                            "desktop: alert(Settings can't be saved) "
-                            "alert(The log can't be written)\n");
+    EXPECT_EQ(launch(),
+              laterSteps +
+                  "installation: plug-in-installed\n"
+                  "communication: socket\nvolume controller: controller\nplug-in:\n"
+                  "helper preference:\nhelper: ended-helper started-helper\nrestart alert: " +
+                  restartAlert +
+                  "\nvolume window: window\npreferences:\n"
+                  "desktop: alert(Settings can't be saved) "
+                  "alert(The log can't be written)\n");
     fs::remove(config);
     fs::remove(support_);
     fs::create_directories(config);

@@ -26,8 +26,10 @@ constexpr int leastWidth = 380;
 } // namespace
 
 MVPrefsGeneral::MVPrefsGeneral(const Dependencies& dependencies) : dependencies_(dependencies) {
-    for (const QString& key : {PreferenceKeys::showInMenuBar, PreferenceKeys::useColorMenuBarIcon,
-                               PreferenceKeys::disableSoundEffects})
+    for (const QString& key :
+         {PreferenceKeys::showInMenuBar, PreferenceKeys::useColorMenuBarIcon,
+          PreferenceKeys::disableSoundEffects, PreferenceKeys::writeCrashReports,
+          PreferenceKeys::offerCrashReports})
         observations_.push_back(dependencies_.defaults.observe(key, [this] { show(); }));
     if (dependencies_.helper != nullptr)
         connect(dependencies_.helper, &MenuBarHelper::changed, this, &MVPrefsGeneral::showHelper);
@@ -61,6 +63,7 @@ std::unique_ptr<QWidget> MVPrefsGeneral::loadView() {
     rows->addWidget(playSample_);
     newPrograms_ = new NewProgramsVolume(dependencies_.apps, dependencies_.defaults);
     rows->addWidget(newPrograms_);
+    rows->addWidget(makeCrashRows());
     rows->addStretch();
     view->setMinimumWidth(leastWidth);
     show();
@@ -113,6 +116,28 @@ QWidget* MVPrefsGeneral::makeIconChoice() {
     return part;
 }
 
+QWidget* MVPrefsGeneral::makeCrashRows() {
+    auto* const part = new QWidget;
+    auto* const rows = new QVBoxLayout(part);
+    rows->setContentsMargins({});
+    rows->setSpacing(gap / 2);
+    writeCrashReports_ =
+        new QCheckBox(Texts::tr("&Keep a report when a part of the program ends unexpectedly"));
+    offerCrashReports_ = new QCheckBox(Texts::tr("&Ask whether to send it"));
+    connect(writeCrashReports_, &QAbstractButton::toggled, this, [this](bool isWanted) {
+        store(PreferenceKeys::writeCrashReports, isWanted);
+        offerCrashReports_->setEnabled(isWanted);
+    });
+    connect(offerCrashReports_, &QAbstractButton::toggled, this,
+            [this](bool isWanted) { store(PreferenceKeys::offerCrashReports, isWanted); });
+    rows->addWidget(writeCrashReports_);
+    auto* const below = new QHBoxLayout;
+    below->addSpacing(indent);
+    below->addWidget(offerCrashReports_, 1);
+    rows->addLayout(below);
+    return part;
+}
+
 /// Also called when a control follows what is stored.
 bool MVPrefsGeneral::store(const QString& key, bool value) {
     if (dependencies_.defaults.boolean(key) == value)
@@ -129,6 +154,9 @@ void MVPrefsGeneral::show() {
     const bool isColor = defaults.boolean(PreferenceKeys::useColorMenuBarIcon);
     (isColor ? color_ : grayscale_)->setChecked(true);
     playSample_->setChecked(!defaults.boolean(PreferenceKeys::disableSoundEffects));
+    writeCrashReports_->setChecked(defaults.boolean(PreferenceKeys::writeCrashReports));
+    offerCrashReports_->setChecked(defaults.boolean(PreferenceKeys::offerCrashReports));
+    offerCrashReports_->setEnabled(writeCrashReports_->isChecked());
     showHelper();
 }
 

@@ -13,9 +13,9 @@ class QCheckBox;
 class QLabel;
 class RememberedApps;
 
-/// The General pane: the icon in the menu bar, the sample sound, and the volume of new programs.
-/// Every control shows what is stored and follows changes made elsewhere; what the user sets is
-/// stored at once. Main thread only.
+/// The General pane: the icon in the menu bar, the sample sound, the volume of new programs, and
+/// the reports of crashes. Every control shows what is stored and follows changes made elsewhere;
+/// what the user sets is stored at once. Main thread only.
 class MVPrefsGeneral final : public QNPreferencesItemViewController {
     Q_OBJECT
 
@@ -39,6 +39,7 @@ class MVPrefsGeneral final : public QNPreferencesItemViewController {
     std::unique_ptr<QWidget> loadView() override;
     QWidget* makeMenuBarRows();
     QWidget* makeIconChoice();
+    QWidget* makeCrashRows();
     void show();
     void showHelper();
     bool store(const QString& key, bool value);
@@ -53,5 +54,7 @@ class MVPrefsGeneral final : public QNPreferencesItemViewController {
     QPointer<IconView> grayImage_;
     QPointer<QCheckBox> playSample_;
     QPointer<NewProgramsVolume> newPrograms_;
+    QPointer<QCheckBox> writeCrashReports_;
+    QPointer<QCheckBox> offerCrashReports_;
     std::vector<platform::DefaultsObservation> observations_;
 };

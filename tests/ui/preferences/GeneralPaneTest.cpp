@@ -55,7 +55,10 @@ TEST_F(GeneralPaneTest, EachControlStoresAndFollowsChangesMadeElsewhere) {
         {find<QCheckBox>("Show in menu bar"), PreferenceKeys::showInMenuBar, false},
         {find<QRadioButton>("Color icon"), PreferenceKeys::useColorMenuBarIcon, false},
         {find<QCheckBox>("Play a sample sound when a volume was set"),
-         PreferenceKeys::disableSoundEffects, true}};
+         PreferenceKeys::disableSoundEffects, true},
+        {find<QCheckBox>("Keep a report when a part of the program ends unexpectedly"),
+         PreferenceKeys::writeCrashReports, false},
+        {find<QCheckBox>("Ask whether to send it"), PreferenceKeys::offerCrashReports, false}};
     for (const auto& [control, key, isInverted] : cases) {
         const auto agrees = [&, &control = control, &key = key, isInverted = isInverted] {
             return control->isChecked() == (stored(key) != isInverted);
