@@ -2,12 +2,12 @@
 
 #include "platform/base/MarkedText.h"
 #include "platform/language/PlainTexts.h"
+#include "settings/VolumeChange.h"
 #include "tonvalectl/Failure.h"
 #include "tonvalectl/Mixer.h"
 #include "tonvalectl/Monitor.h"
 #include "tonvalectl/Report.h"
 #include "tonvalectl/TextWidth.h"
-#include "tonvalectl/VolumeChange.h"
 
 #include <array>
 #include <cstdio>
@@ -61,8 +61,19 @@ void expectControllable(const CtlProgram& program) {
                                          {program.name, program.reason}));
 }
 
+VolumeChange changeIn(const std::string& text) {
+    const auto change = VolumeChange::parse(text);
+    if (!change)
+        throw Failure(
+            ExitCode::invalidVolume,
+            PlainTexts::filled(
+                PlainTexts::tr("“%1” is no volume: it is 0 to 100, or a step such as +5%."),
+                {text}));
+    return *change;
+}
+
 void set(const Command& command) {
-    const VolumeChange change = VolumeChange::parse(command.value.value_or(""));
+    const VolumeChange change = changeIn(command.value.value_or(""));
     Mixer mixer; // which a number that is none does not need
     const CtlProgram program = mixer.find(command.name);
     expectControllable(program);
@@ -112,7 +123,7 @@ void defaultVolume(const Command& command) {
     } else if (*command.value == off) {
         mixer.setDefaultVolume(noDefault);
     } else {
-        const VolumeChange change = VolumeChange::parse(*command.value);
+        const VolumeChange change = changeIn(*command.value);
         if (change.isStep)
             throw Failure(ExitCode::invalidVolume,
                           PlainTexts::filled(PlainTexts::tr("“%1” is no volume: it is 0 to 100."),

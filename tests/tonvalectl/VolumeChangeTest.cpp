@@ -1,6 +1,4 @@
-#include "tonvalectl/VolumeChange.h"
-
-#include "tonvalectl/Failure.h"
+#include "settings/VolumeChange.h"
 
 #include <gtest/gtest.h>
 
@@ -14,14 +12,8 @@ TEST(VolumeChangeTest, ReadsPercentsAndStepsAndNothingElse) {
     for (const auto& [text, change] : good)
         EXPECT_EQ(VolumeChange::parse(text), change) << text;
     for (const char* const text : {"", "%", "+", "101", "+101%", "--5", "4 0", " 40", "40%%", "4.5",
-                                   "0x10", "loud", "99999999999999999999"}) {
-        try {
-            VolumeChange::parse(text);
-            ADD_FAILURE() << text;
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.code(), ExitCode::invalidVolume) << text;
-        }
-    }
+                                   "0x10", "loud", "99999999999999999999"})
+        EXPECT_EQ(VolumeChange::parse(text), std::nullopt) << text;
 }
 
 TEST(VolumeChangeTest, AStepEndsAtTheEnds) {

@@ -1,12 +1,10 @@
-#include "tonvalectl/VolumeChange.h"
+#include "settings/VolumeChange.h"
 
-#include "platform/language/PlainTexts.h"
 #include "settings/ProgramSetting.h"
-#include "tonvalectl/Failure.h"
 
 #include <charconv>
 
-VolumeChange VolumeChange::parse(std::string_view text) {
+std::optional<VolumeChange> VolumeChange::parse(std::string_view text) {
     std::string_view digits = text;
     const char sign = digits.empty() ? '\0' : digits.front();
     const bool isStep = sign == '+' || sign == '-';
@@ -19,12 +17,8 @@ VolumeChange VolumeChange::parse(std::string_view text) {
     const bool isNumber = error == std::errc() && end == digits.data() + digits.size() &&
                           digits.front() != '-' && number <= ProgramSetting::fullVolume;
     if (!isNumber)
-        throw Failure(
-            ExitCode::invalidVolume,
-            PlainTexts::filled(
-                PlainTexts::tr("“%1” is no volume: it is 0 to 100, or a step such as +5%."),
-                {std::string(text)}));
-    return {sign == '-' ? -number : number, isStep};
+        return std::nullopt;
+    return VolumeChange{sign == '-' ? -number : number, isStep};
 }
 
 int VolumeChange::appliedTo(int before) const {
