@@ -39,11 +39,13 @@ _tonvalectl() {
     fi
     case $command:$position in
     :0)
-        COMPREPLY=($(compgen -W 'list get set mute unmute toggle ignore unignore forget default
-            show monitor' -- "$typed"))
+        COMPREPLY=($(compgen -W 'list get set reset mute unmute toggle ignore unignore forget
+            default show monitor' -- "$typed"))
         ;;
     unignore:1) _tonvalectl_names --ignored ;;
-    get:1 | set:1 | mute:1 | unmute:1 | toggle:1 | ignore:1 | forget:1) _tonvalectl_names --all ;;
+    get:1 | set:1 | reset:1 | mute:1 | unmute:1 | toggle:1 | ignore:1 | forget:1)
+        _tonvalectl_names --all
+        ;;
     set:2) COMPREPLY=($(compgen -W '0% 25% 50% 75% 100% +5% -5%' -- "$typed")) ;;
     default:1) COMPREPLY=($(compgen -W 'off 25% 50% 75% 100%' -- "$typed")) ;;
     esac

@@ -60,12 +60,15 @@ std::optional<BusError> ProgramInterface::set(const QString& property, const QVa
 }
 
 std::optional<QString> ProgramInterface::signature(const QString& method) const {
-    return method == QLatin1String("Ignore") ? std::optional(QString()) : std::nullopt;
+    const bool isKnown = method == QLatin1String("Ignore") || method == QLatin1String("Reset");
+    return isKnown ? std::optional(QString()) : std::nullopt;
 }
 
-/// The record goes with it.
-BusInterface::Outcome ProgramInterface::call(const QString& /*method*/,
+/// The record goes when it is ignored.
+BusInterface::Outcome ProgramInterface::call(const QString& method,
                                              const QVariantList& /*arguments*/) {
+    if (method == QLatin1String("Reset"))
+        return {{}, set(volume, ProgramSetting::fullVolume)};
     ignored_.ignore(QString(app_.processName()));
     return {};
 }

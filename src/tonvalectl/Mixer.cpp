@@ -130,6 +130,13 @@ void Mixer::setMuted(const CtlProgram& program, bool muted) {
         setRemembered(program.name, {program.setting.percent, muted});
 }
 
+void Mixer::reset(const CtlProgram& program) {
+    if (program.isRunning())
+        bus_.call(program.path, programInterface, "Reset");
+    else
+        setRemembered(program.name, {ProgramSetting::fullVolume, program.setting.muted});
+}
+
 void Mixer::forget(const CtlProgram& program) {
     callNamed("Forget", program.name);
 }

@@ -44,6 +44,9 @@ class Mixer {
 
     void setVolume(const CtlProgram& program, int percent);
     void setMuted(const CtlProgram& program, bool muted);
+
+    /// Sets the volume to 100 percent; the mute stays.
+    void reset(const CtlProgram& program);
     void forget(const CtlProgram& program);
 
     /// Ignores the program that a typed name refers to, or the name itself if it is unknown.

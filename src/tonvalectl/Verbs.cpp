@@ -80,6 +80,13 @@ void set(const Command& command) {
     mixer.setVolume(program, change.appliedTo(program.setting.percent));
 }
 
+void reset(const Command& command) {
+    Mixer mixer;
+    const CtlProgram program = mixer.find(command.name);
+    expectControllable(program);
+    mixer.reset(program);
+}
+
 /// `muted` is what becomes of what it is.
 void setMuted(const Command& command, bool (*muted)(bool before)) {
     Mixer mixer;
@@ -194,6 +201,7 @@ constexpr std::array all{
     Verb{"get", "NAME", MARKED_TEXT("PlainTexts", "one program's volume"), get},
     Verb{"set", "NAME PERCENT", MARKED_TEXT("PlainTexts", "set it: 40, 40%, or a step: +5%, -5%"),
          set},
+    Verb{"reset", "NAME", MARKED_TEXT("PlainTexts", "set it to 100%"), reset},
     Verb{"mute", "NAME", MARKED_TEXT("PlainTexts", "mute, unmute, or the one that it is not"),
          mute},
     Verb{"unmute", "NAME", "", unmute},
