@@ -21,6 +21,9 @@ class HelperPresence final : public QObject {
 
     [[nodiscard]] bool isShown() const noexcept { return isShown_; }
 
+    /// Whether `caller`, a unique name, is the helper.
+    [[nodiscard]] bool isHelper(const QString& caller) const { return owner_.owner() == caller; }
+
   private Q_SLOTS:
     void propertiesChanged(const QString& interface, const QVariantMap& changed,
                            const QStringList& invalidated, const QDBusMessage& message);

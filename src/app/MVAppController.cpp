@@ -270,7 +270,8 @@ void MVAppController::serveBus() {
              [this] {
                  QMetaObject::invokeMethod(
                      this, [this] { terminate(); }, Qt::QueuedConnection);
-             }}});
+             }},
+        [this](const QString& caller) { return helper_ && helper_->isHelper(caller); }});
     instance_->serve(control_.get());
 }
 

@@ -215,6 +215,7 @@ void AppVolumeController::welcome(MVCommAppValue& app) {
     if (beginning->muted)
         commands_.setMute(app.pid(), true);
     setFromElsewhere(app, *beginning);
+    changes_.forget(app.displayName()); // nobody has changed it
     tellItem(app);
 }
 
@@ -292,6 +293,10 @@ QString AppVolumeController::reasonNotControllable(const MVCommAppValue& app) co
     return news_.reason(app.pid());
 }
 
+std::optional<LastChange> AppVolumeController::lastChange(const MVCommAppValue& app) const {
+    return changes_.of(app.displayName());
+}
+
 QString AppVolumeController::whyNamed(const MVCommAppValue& app) const {
     return app.isBeeps() ? QString()
                          : workspace_.whyNamed({app.pid(), app.processName(), app.path()});
@@ -307,6 +312,8 @@ void AppVolumeController::changedElsewhere(std::uint32_t pid, const ProgramSetti
 }
 
 void AppVolumeController::setFromElsewhere(MVCommAppValue& app, const ProgramSetting& setting) {
+    if (setting.clamped() != appPrefs_.setting(app.displayName()))
+        changes_.note(app.displayName(), ChangeSource::Kind::elsewhere);
     rememberedApps_.keep(app.displayName(), setting);
     restore(app);
 }
@@ -342,6 +349,7 @@ void AppVolumeController::copyThenTellPlugins() {
 
 /// After what is remembered has become another by the user's doing.
 void AppVolumeController::keepGesture(const MVCommAppValue& app) {
+    changes_.note(app.displayName());
     publisher_.note(app.displayName());
     seen_.add({app.displayName()});
     settingsChanged();

@@ -2,6 +2,7 @@
 
 #include "model/AppList.h"
 #include "model/AppPreferences.h"
+#include "model/LastChanges.h"
 #include "model/NewApps.h"
 #include "model/NewlyIgnoredApps.h"
 #include "model/PendingPluginReports.h"
@@ -132,6 +133,9 @@ class AppVolumeController {
     /// Why the volume of `app` cannot be set, as text for the user; empty if it can.
     [[nodiscard]] QString reasonNotControllable(const MVCommAppValue& app) const;
 
+    /// When and from where its volume or mute was changed last; nothing if not since the start.
+    [[nodiscard]] std::optional<LastChange> lastChange(const MVCommAppValue& app) const;
+
     /// The settings of all programs, including those without a record.
     RememberedApps& rememberedApps() noexcept { return rememberedApps_; }
 
@@ -190,6 +194,7 @@ class AppVolumeController {
     PreferencePublisher publisher_;
     NewlyIgnoredApps newlyIgnored_;
     PreferenceCopies copies_;
+    LastChanges changes_;
     AppList list_;
     PendingPluginReports news_;
     platform::Timer merging_; // pending until the end of a turn in which connections have changed

@@ -83,6 +83,8 @@ QString ControlService::introspect(const QString& path) const {
 
 QDBusMessage ControlService::answer(const QDBusMessage& call) {
     dependencies_.controller.catchUp();
+    const bool isTray = dependencies_.isTray && dependencies_.isTray(call.service());
+    const ChangeSource source(isTray ? ChangeSource::Kind::tray : ChangeSource::Kind::bus);
     const QDBusMessage answer =
         call.path() == ProgramPath::root ? answerRoot(call) : answerProgram(call);
     if (publishing_.isActive())

@@ -8,6 +8,8 @@
 
 #include <QTimer>
 
+#include <functional>
+
 class AppVolumeController;
 class MVCommAppValue;
 class MVIgnoredApps;
@@ -25,6 +27,8 @@ class ControlService final : public platform::BusObjects {
         MVIgnoredApps& ignoredApps;
         platform::UserDefaults& defaults;
         ApplicationCommands commands;
+        /// Whether the caller of that unique name is the icon in the tray; may be null.
+        std::function<bool(const QString& caller)> isTray = {};
     };
 
     /// Registers as the controller's observer.
