@@ -6,8 +6,8 @@
 void colorLetterTiles(Workspace& workspace) {
     const auto color = [&workspace] {
         const MVBlackTheme& theme = CurrentTheme::theme();
-        workspace.setTileColors(
-            {theme.windowTitleBarGradientColor2(), theme.windowTitleBarTextColor()});
+        workspace.setTileColors({theme.windowTitleBarGradientColor2(),
+                                 theme.windowTitleBarTextColor(), theme.letterTileColors()});
     };
     QObject::connect(&CurrentTheme::shared(), &CurrentTheme::changed, &CurrentTheme::shared(),
                      color);

@@ -27,6 +27,15 @@ QString initialOf(const QString& name) {
     return first;
 }
 
+/// The same in every run: the hash of a QHash differs.
+TileColors colorsOf(const QString& name, TileColors colors) {
+    if (colors.byName.isEmpty())
+        return colors;
+    const QByteArray bytes = name.toUtf8();
+    colors.tile = colors.byName[qChecksum(bytes) % colors.byName.size()];
+    return colors;
+}
+
 class LetterTileEngine final : public QIconEngine {
   public:
     LetterTileEngine(QString letter, const TileColors& colors)
@@ -74,5 +83,5 @@ class LetterTileEngine final : public QIconEngine {
 } // namespace
 
 QIcon letterTile(const QString& name, const TileColors& colors) {
-    return QIcon(new LetterTileEngine(initialOf(name), colors)); // which owns it
+    return QIcon(new LetterTileEngine(initialOf(name), colorsOf(name, colors))); // which owns it
 }

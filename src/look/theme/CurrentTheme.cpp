@@ -7,6 +7,8 @@
 
 #include <QGuiApplication>
 
+#include <utility>
+
 using platform::DesktopSettings;
 
 CurrentTheme& CurrentTheme::shared() {
@@ -19,8 +21,14 @@ CurrentTheme::CurrentTheme() : theme_(&MVOrangeBrownTheme::sharedTheme()) {
     review();
 }
 
+void CurrentTheme::setMoreContrast(bool isWanted) {
+    if (std::exchange(isMoreContrastWanted_, isWanted) != isWanted)
+        review();
+}
+
 void CurrentTheme::review() {
-    const bool isHighContrast = platform::isHighContrastWanted(DesktopSettings::shared());
+    const bool isHighContrast =
+        isMoreContrastWanted_ || platform::isHighContrastWanted(DesktopSettings::shared());
     if (!isHighContrast && highContrast_ == nullptr)
         return;
     auto chosen = isHighContrast ? std::make_unique<HighContrastTheme>(QGuiApplication::palette())

@@ -111,6 +111,35 @@ QColor HighContrastTheme::sliderKnobGradientColor1() const {
     return text_;
 }
 
+QColor HighContrastTheme::detailColor() const {
+    return text_;
+}
+
+QColor HighContrastTheme::detailBrightColor() const {
+    return text_;
+}
+
+QColor HighContrastTheme::rowLightColor() const {
+    return Qt::transparent;
+}
+
+QColor HighContrastTheme::rowFrameColor() const {
+    return text_;
+}
+
+QColor HighContrastTheme::levelTipColor() const {
+    return text_;
+}
+
+QColor HighContrastTheme::scrollerKnobEdgeColor(bool /*isUnderMouse*/) const {
+    return text_;
+}
+
+/// The background's, which is also that of the tile's surroundings.
+QList<QColor> HighContrastTheme::letterTileColors() const {
+    return {};
+}
+
 QColor HighContrastTheme::aboutWindowBackgroundGradientStartColor() const {
     return background_;
 }

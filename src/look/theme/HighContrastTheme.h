@@ -31,6 +31,13 @@ class HighContrastTheme final : public MVBlackTheme {
     QColor sliderTrackBottomActivityBaseColor() const override;
     QColor sliderTrackBottomActivityMutedBaseColor() const override;
     QColor sliderKnobGradientColor1() const override;
+    QColor detailColor() const override;
+    QColor detailBrightColor() const override;
+    QColor rowLightColor() const override;
+    QColor rowFrameColor() const override;
+    QColor levelTipColor() const override;
+    QColor scrollerKnobEdgeColor(bool isUnderMouse) const override;
+    QList<QColor> letterTileColors() const override;
     QColor aboutWindowBackgroundGradientStartColor() const override;
     QColor aboutWindowBackgroundGradientEndColor() const override;
     QImage muteOffImage(bool hasActivity, qreal pixelRatio) const override;

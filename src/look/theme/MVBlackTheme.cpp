@@ -115,6 +115,41 @@ QColor MVBlackTheme::sliderKnobGradientColor2Highlighted() const {
     return whiteColor(0.55);
 }
 
+QColor MVBlackTheme::detailColor() const {
+    return whiteColor(1.0, 0.66);
+}
+
+QColor MVBlackTheme::detailBrightColor() const {
+    return whiteColor(1.0);
+}
+
+QColor MVBlackTheme::rowLightColor() const {
+    return whiteColor(1.0, 0.03);
+}
+
+QColor MVBlackTheme::rowFrameColor() const {
+    return whiteColor(1.0, 0.42);
+}
+
+QColor MVBlackTheme::levelTipColor() const {
+    return whiteColor(1.0, 0.85);
+}
+
+QColor MVBlackTheme::scrollerKnobEdgeColor(bool isUnderMouse) const {
+    return lighterBy(scrollerKnobGradientColor1(), isUnderMouse ? 0.55 : 0.35);
+}
+
+/// Of one lightness and little colour, so that none stands out.
+QList<QColor> MVBlackTheme::letterTileColors() const {
+    constexpr int hues[] = {4, 26, 48, 84, 135, 172, 200, 224, 258, 288, 330};
+    constexpr int saturation = 98;
+    constexpr int value = 124;
+    QList<QColor> colors;
+    for (const int hue : hues)
+        colors += QColor::fromHsv(hue, saturation, value);
+    return colors;
+}
+
 QColor MVBlackTheme::aboutWindowBackgroundGradientStartColor() const {
     return whiteColor(0.6);
 }

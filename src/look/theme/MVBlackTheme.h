@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QList>
 #include <QPixmap>
 
 #include <optional>
@@ -54,6 +55,21 @@ class MVBlackTheme {
     [[nodiscard]] virtual QColor sliderKnobGradientColor2() const;
     [[nodiscard]] virtual QColor sliderKnobGradientColor1Highlighted() const;
     [[nodiscard]] virtual QColor sliderKnobGradientColor2Highlighted() const;
+
+    /// Figures and words beside a name: at least 4.5 to 1 on a row, and brighter while they change
+    /// or their row has the mouse or the focus.
+    [[nodiscard]] virtual QColor detailColor() const;
+    [[nodiscard]] virtual QColor detailBrightColor() const;
+    /// Lies over a row that the mouse is on, and over the current one; with more strength, up
+    /// to 2.6 times, where several is true, or it is pressed. Invisible for none.
+    [[nodiscard]] virtual QColor rowLightColor() const;
+    /// The frame of such a row; that of the row with the focus has displayNameActivityColor(). This
+    /// and the following lines are at least 3 to 1 on what lies beside them.
+    [[nodiscard]] virtual QColor rowFrameColor() const;
+    [[nodiscard]] virtual QColor levelTipColor() const;
+    [[nodiscard]] virtual QColor scrollerKnobEdgeColor(bool isUnderMouse) const;
+    /// The colours of the tiles that stand for missing icons, under windowTitleBarTextColor().
+    [[nodiscard]] virtual QList<QColor> letterTileColors() const;
 
     [[nodiscard]] virtual QColor aboutWindowBackgroundGradientStartColor() const;
     [[nodiscard]] virtual QColor aboutWindowBackgroundGradientEndColor() const;

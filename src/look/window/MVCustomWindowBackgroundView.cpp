@@ -1,9 +1,25 @@
 #include "look/window/MVCustomWindowBackgroundView.h"
 
 #include "look/theme/CurrentTheme.h"
+#include "look/theme/LighterColor.h"
+#include "platform/window/WindowPositioning.h"
 
 #include <QLinearGradient>
 #include <QPainter>
+
+namespace {
+
+/// Where the window system draws no shadow around the window, its edge has to be lighter than what
+/// may lie below it.
+QColor edgeColor(const MVBlackTheme& theme) {
+    constexpr double lighter = 0.35;
+    if (theme.isHighContrast())
+        return theme.windowTitleBarTextColor();
+    const QColor line = theme.windowTitleBarGradientColor2();
+    return platform::canPositionWindows() ? line : lighterBy(line, lighter);
+}
+
+} // namespace
 
 MVCustomWindowBackgroundView::MVCustomWindowBackgroundView(int titleBar, QWidget* parent)
     : QWidget(parent), titleBar_(titleBar) {
@@ -16,8 +32,7 @@ void MVCustomWindowBackgroundView::paintEvent(QPaintEvent* /*event*/) {
     const MVBlackTheme& theme = CurrentTheme::theme();
     QPainter painter(this);
     const QRect inside = rect().adjusted(border, border, -border, -border);
-    const QColor line = theme.isHighContrast() ? theme.windowTitleBarTextColor()
-                                               : theme.windowTitleBarGradientColor2();
+    const QColor line = edgeColor(theme);
     painter.fillRect(rect(), line);
     painter.fillRect(inside, theme.windowTitleBarGradientColor1());
     if (isActiveWindow()) {

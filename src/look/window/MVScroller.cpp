@@ -1,7 +1,6 @@
 #include "look/window/MVScroller.h"
 
 #include "look/theme/CurrentTheme.h"
-#include "look/theme/LighterColor.h"
 
 #include <QLinearGradient>
 #include <QPainter>
@@ -70,10 +69,10 @@ void MVScroller::paintEvent(QPaintEvent* /*event*/) {
     const QRectF knob = QRectF(style()->subControlRect(QStyle::CC_ScrollBar, &option,
                                                        QStyle::SC_ScrollBarSlider, this))
                             .adjusted(margin, margin, -margin, -margin);
+    constexpr qreal inside = 0.5; // so that the edge lies on whole pixels
     const double radius = std::min(knob.width(), knob.height()) / 2;
-    painter.setPen(
-        QPen(lighterBy(theme.scrollerKnobGradientColor1(), underMouse() ? 0.3 : 0.15), 1));
+    painter.setPen(QPen(theme.scrollerKnobEdgeColor(underMouse() || isSliderDown()), 1));
     painter.setBrush(across(knob, orientation(), theme.scrollerKnobGradientColor1(),
                             theme.scrollerKnobGradientColor2()));
-    painter.drawRoundedRect(knob, radius, radius);
+    painter.drawRoundedRect(knob.adjusted(inside, inside, -inside, -inside), radius, radius);
 }
