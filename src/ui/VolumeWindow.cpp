@@ -9,12 +9,12 @@
 #include "model/VolumeConversion.h"
 #include "model/WindowSize.h"
 #include "platform/defaults/UserDefaults.h"
-#include "platform/processes/FreedMemory.h"
 #include "platform/text/Format.h"
 #include "platform/text/OneLineText.h"
 #include "platform/text/Texts.h"
 #include "platform/window/WindowPositioning.h"
 #include "settings/PreferenceKeys.h"
+#include "ui/KeptItems.h"
 #include "ui/KeysSheet.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
@@ -33,7 +33,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <unordered_map>
 #include <utility>
 
 using platform::formatted;
@@ -53,32 +52,6 @@ QWidget* makeContent() {
     layout->addWidget(new ProblemBar(ItemLayout::height));
     layout->addWidget(new VolumeScrollView(new MVCollectionView), 1);
     return content;
-}
-
-using ItemsOfRecords =
-    std::unordered_map<const MVCommAppValue*, std::unique_ptr<MVCollectionViewItem>>;
-
-/// Takes those whose record is still there out of `items`.
-ItemsOfRecords takeKept(MVCollectionView::Items& items) {
-    ItemsOfRecords kept;
-    for (auto& item : items) {
-        if (const MVCommAppValue* const record = item->representedObject())
-            kept.emplace(record, std::move(item));
-    }
-    return kept;
-}
-
-/// An item has some seventy small blocks, and all programs may leave at once.
-void destroyAll(MVCollectionView::Items items) {
-    constexpr std::size_t batch = 16;
-    std::size_t count = 0;
-    for (auto& item : items) {
-        if (item == nullptr)
-            continue;
-        item.reset();
-        if (++count % batch == 0)
-            platform::mergeFreedMemory();
-    }
 }
 
 } // namespace
@@ -239,7 +212,7 @@ VolumeWindow::~VolumeWindow() {
 void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
     const auto focused = scrollView_->keyboard().currentIndex();
     MVCollectionView::Items before = grid_->takeItems();
-    ItemsOfRecords kept = takeKept(before);
+    KeptItems::ItemsOfRecords kept = KeptItems::take(before);
     MVCollectionView::Items items;
     items.reserve(static_cast<std::size_t>(apps.size()));
     for (MVCommAppValue* const app : apps) {
@@ -251,7 +224,7 @@ void VolumeWindow::appsDidChange(const QList<MVCommAppValue*>& apps) {
         items.push_back(std::move(item));
     }
     grid_->setItems(std::move(items));
-    destroyAll(std::move(before));
+    KeptItems::destroy(std::move(before));
     scrollView_->keyboard().restoreFocus(focused);
     updateHint();
 }
