@@ -8,6 +8,7 @@
 #include "model/MVCommAppValue.h"
 #include "model/MVIgnoredApps.h"
 #include "model/VolumeConversion.h"
+#include "model/WindowMemory.h"
 #include "model/WindowSize.h"
 #include "platform/base/WallClock.h"
 #include "platform/defaults/UserDefaults.h"
@@ -106,16 +107,10 @@ void AppVolumeController::setView(AppVolumeView* view) {
         return;
     view->appsWillChange();
     view->appsDidChange(apps());
-    placeWindow();
+    const WindowSize::Limits limits = WindowSize::window(heightsOf(view));
+    view->setSizeLimits(limits.minimum, limits.maximum);
+    WindowMemory::restore(*view, defaults_);
     savePrefs();
-}
-
-void AppVolumeController::placeWindow() {
-    const WindowSize::Limits limits = WindowSize::window(heightsOf(view_));
-    view_->setSizeLimits(limits.minimum, limits.maximum);
-    if (const auto frame =
-            WindowSize::frameFromText(defaults_.text(PreferenceKeys::mainWindowFrame)))
-        view_->setFrame(*frame);
 }
 
 void AppVolumeController::updateConnections() {
@@ -379,7 +374,7 @@ QSizeF AppVolumeController::windowWillResize(const QSizeF& proposed) const {
 
 bool AppVolumeController::shutdown(std::chrono::milliseconds bound) {
     if (view_ != nullptr)
-        defaults_.set(PreferenceKeys::mainWindowFrame, WindowSize::frameText(view_->frame()));
+        WindowMemory::keep(*view_, defaults_);
     const bool isSaved = copies_.finish(bound);
     if (!isSaved)
         QNLog(qnlog_error, "Saving and copying the preferences takes too long");

@@ -178,7 +178,6 @@ class AppVolumeController {
     void settingsChanged();
     void storePrefs();
     void tellObserver() const;
-    void placeWindow();
     void tellItem(const MVCommAppValue& app);
 
     MVComm& comm_;

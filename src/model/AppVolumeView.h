@@ -39,4 +39,8 @@ class AppVolumeView {
     /// The window's frame on the desktop. setFrame() may move a window that would not be visible.
     [[nodiscard]] virtual QRect frame() const = 0;
     virtual void setFrame(const QRect& frame) = 0;
+
+    /// Whether the window is maximised; its frame is then the one that it has otherwise.
+    [[nodiscard]] virtual bool fillsScreen() const { return false; }
+    virtual void setFillsScreen() {}
 };

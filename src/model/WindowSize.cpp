@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -42,6 +43,14 @@ QSizeF WindowSize::snapped(const QSizeF& proposed, const Heights& heights) {
         wholePixels(proposed.height() - wholePixels(heights.titleBar)) % item;
     const double added = rest >= item / 2 ? item : 0;
     return {proposed.width(), proposed.height() - rest + added};
+}
+
+QSizeF WindowSize::showingItems(int rows, const QSizeF& room, const Heights& heights) {
+    const std::uint32_t item = wholePixels(heights.item);
+    if (item == 0)
+        return room;
+    const std::uint32_t most = wholePixels(room.height() - heights.titleBar) / item;
+    return {room.width(), heights.titleBar + std::min<double>(rows, most) * item};
 }
 
 QString WindowSize::frameText(const QRect& frame) {

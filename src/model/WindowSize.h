@@ -30,6 +30,10 @@ Limits item(const Heights& heights);
 /// are truncated to whole pixels. Unchanged if items have no height.
 QSizeF snapped(const QSizeF& proposed, const Heights& heights);
 
+/// The size that shows that many rows of items, or as many whole ones as the room is high; as wide
+/// as the room.
+QSizeF showingItems(int rows, const QSizeF& room, const Heights& heights);
+
 /// A window's frame in its form in the preferences: "x y width height". Nothing if the text is
 /// invalid, or the frame is empty.
 QString frameText(const QRect& frame);

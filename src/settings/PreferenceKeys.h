@@ -37,6 +37,9 @@ inline const QString newAppVolume = QStringLiteral("NewAppVolume");
 /// Text: the frame of the volume window, "x y width height".
 inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 
+/// Boolean: the volume window is maximised. Absent if it is not.
+inline const QString mainWindowMaximized = QStringLiteral("MainWindowMaximized");
+
 /// Booleans: whether programs leave reports when they crash, and whether the application offers to
 /// send those.
 inline const QString writeCrashReports = QStringLiteral("WriteCrashReports");

@@ -48,6 +48,7 @@ VolumeMenu::VolumeMenu(QWidget& window)
     addSeparator();
     quit_ = addEntry(Texts::tr("&Quit"), {Qt::CTRL | Qt::Key_Q}, &VolumeMenu::quitWanted);
     makeKey(Texts::tr("Minimize"), {Qt::CTRL | Qt::Key_M}, &VolumeMenu::minimizeWanted);
+    makeKey(Texts::tr("Zoom"), {Qt::CTRL | Qt::SHIFT | Qt::Key_M}, &VolumeMenu::zoomWanted);
     makeKey(Texts::tr("Open the menu"), {Qt::Key_F10}, &VolumeMenu::openWanted);
     setCanRecommend(false);
     showHistory(UndoHistory({}));

@@ -50,6 +50,7 @@ class VolumeMenu final : public QMenu {
     void closeWanted();
     void quitWanted();
     void minimizeWanted();
+    void zoomWanted();
 
     /// The user pressed the key that opens the menu.
     void openWanted();

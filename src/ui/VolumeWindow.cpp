@@ -158,6 +158,7 @@ void VolumeWindow::makeMenu() {
     connect(menu_, &VolumeMenu::undoWanted, this, [this] { history_.undo(); });
     connect(menu_, &VolumeMenu::redoWanted, this, [this] { history_.redo(); });
     connect(menu_, &VolumeMenu::minimizeWanted, this, &QWidget::showMinimized);
+    connect(menu_, &VolumeMenu::zoomWanted, this, &VolumeWindow::zoomToPrograms);
     connect(menu_, &VolumeMenu::keysWanted, this, &VolumeWindow::showKeys);
     connect(menu_, &VolumeMenu::openWanted, this, &MVCustomWindow::openMenu);
     updateMenu();
@@ -323,4 +324,37 @@ void VolumeWindow::setFrame(const QRect& frame) {
         WindowPlacement::movedOnScreen(frame, static_cast<int>(titleBarHeight()), places);
     if (place != geometry() && !isMaximized() && !isFullScreen())
         setGeometry(place);
+}
+
+bool VolumeWindow::fillsScreen() const {
+    return isMaximized();
+}
+
+void VolumeWindow::setFillsScreen() {
+    setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+/// The bar above the grid takes a row.
+QSize VolumeWindow::sizeForAll() const {
+    const int columns = MVCollectionView::columnsFor(contentView().width());
+    const auto programs = static_cast<int>(grid_->items().size());
+    const int rows = (programs + columns - 1) / columns + (problemBar_->isHidden() ? 0 : 1);
+    const QSizeF room(width(), screen()->availableGeometry().height());
+    const QSize size =
+        WindowSize::showingItems(rows, room, {itemHeight(), titleBarHeight()}).toSize();
+    return size.expandedTo(minimumSize()).boundedTo(maximumSize());
+}
+
+void VolumeWindow::zoomToPrograms() {
+    if (isMaximized() || isFullScreen()) {
+        showNormal();
+        return;
+    }
+    const QSize fitting = sizeForAll();
+    const QSize before = std::exchange(sizeBeforeZoom_, size());
+    if (size() != fitting)
+        resize(fitting);
+    else if (before.isValid())
+        resize(before);
+    setFrame(frame()); // on the screen
 }

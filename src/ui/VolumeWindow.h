@@ -40,6 +40,12 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void setSizeLimits(const QSizeF& minimum, const QSizeF& maximum) override;
     QRect frame() const override;
     void setFrame(const QRect& frame) override;
+    bool fillsScreen() const override;
+    void setFillsScreen() override;
+
+    /// Toggles between the height of all programs, as far as the screen has it, and the former
+    /// size; leaves the screen's size.
+    void zoomToPrograms();
 
     /// Replaces the problem that is shown; an empty text hides the bar.
     void showProblem(const ProblemBar::Content& content);
@@ -70,6 +76,7 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     void keepToWholeRows();
     void keepOnScreens();
     void snap();
+    QSize sizeForAll() const;
     void updateHint();
 
     UndoHistory history_;
@@ -83,5 +90,6 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     QTimer endOfResizing_;
     QSize insistedSize_;  // the last size that had to be corrected
     int corrections_ = 0; // of that size
-    QPoint keptPlace_;    // the stored position, if windows cannot be positioned
+    QSize sizeBeforeZoom_;
+    QPoint keptPlace_; // the stored position, if windows cannot be positioned
 };
