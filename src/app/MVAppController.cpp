@@ -224,6 +224,7 @@ void MVAppController::makeVolumeController() {
 void MVAppController::makeWindow() {
     colorLetterTiles(Workspace::shared());
     window_ = std::make_unique<VolumeWindow>(VolumeWindow::sharedDependencies(*volumeController_));
+    window_->followContrast(platform::UserDefaults::standard());
     window_->installEventFilter(this);
     toggle_ = std::make_unique<WindowToggle>(*window_);
     installer_.onUninstalled([this] { removeWhatIsSetUp(); });

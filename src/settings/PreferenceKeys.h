@@ -40,6 +40,9 @@ inline const QString mainWindowFrame = QStringLiteral("MainWindow");
 /// Boolean: the volume window is maximised. Absent if it is not.
 inline const QString mainWindowMaximized = QStringLiteral("MainWindowMaximized");
 
+/// Boolean: more contrast, whatever the desktop's setting is. Absent: false.
+inline const QString moreContrast = QStringLiteral("MoreContrast");
+
 /// Booleans: whether programs leave reports when they crash, and whether the application offers to
 /// send those.
 inline const QString writeCrashReports = QStringLiteral("WriteCrashReports");

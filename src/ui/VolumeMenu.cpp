@@ -36,6 +36,7 @@ VolumeMenu::VolumeMenu(QWidget& window)
     addEntry(Texts::tr("&Preferences…"), {Qt::CTRL | Qt::Key_Comma},
              &VolumeMenu::preferencesWanted);
     addEntry(Texts::tr("&Ignored Programs…"), {Qt::CTRL | Qt::Key_I}, &VolumeMenu::ignoredWanted);
+    addMoreContrast();
     addSeparator();
     addEntry(Texts::tr("&Log"), {Qt::CTRL | Qt::Key_L}, &VolumeMenu::logWanted);
     addEntry(Texts::tr("&Support Information…"), {Qt::CTRL | Qt::SHIFT | Qt::Key_I},
@@ -110,4 +111,16 @@ QList<VolumeMenu::Key> VolumeMenu::keys() const {
         all += {entry->shortcut().toString(QKeySequence::NativeText), title};
     }
     return all;
+}
+
+void VolumeMenu::addMoreContrast() {
+    moreContrast_ = addAction(Texts::tr("More Con&trast"));
+    moreContrast_->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
+    moreContrast_->setCheckable(true);
+    connect(moreContrast_, &QAction::triggered, this, &VolumeMenu::moreContrastWanted);
+    window_.addAction(moreContrast_);
+}
+
+void VolumeMenu::showMoreContrast(bool isWanted) {
+    moreContrast_->setChecked(isWanted);
 }

@@ -36,6 +36,9 @@ class VolumeMenu final : public QMenu {
     /// The keys of all entries that can be chosen, whether or not just now.
     [[nodiscard]] QList<Key> keys() const;
 
+    /// Checks or unchecks the entry for more contrast.
+    void showMoreContrast(bool isWanted);
+
   Q_SIGNALS:
     void undoWanted();
     void redoWanted();
@@ -51,6 +54,7 @@ class VolumeMenu final : public QMenu {
     void quitWanted();
     void minimizeWanted();
     void zoomWanted();
+    void moreContrastWanted(bool isWanted);
 
     /// The user pressed the key that opens the menu.
     void openWanted();
@@ -60,6 +64,7 @@ class VolumeMenu final : public QMenu {
                       void (VolumeMenu::*wanted)());
     QAction* makeKey(const QString& title, const QList<QKeySequence>& keys,
                      void (VolumeMenu::*wanted)());
+    void addMoreContrast();
     void setPresent(QAction& entry, QAction& before, bool isPresent);
 
     QWidget& window_;
@@ -68,6 +73,7 @@ class VolumeMenu final : public QMenu {
     QAction* const recommend_;
     QAction* const close_;
     QAction* line_ = nullptr; // below undo_ and redo_
+    QAction* moreContrast_ = nullptr;
     QAction* uninstall_ = nullptr;
     QAction* quit_ = nullptr;
 };

@@ -16,6 +16,7 @@
 #include "settings/PreferenceKeys.h"
 #include "ui/KeptItems.h"
 #include "ui/KeysSheet.h"
+#include "ui/MoreContrast.h"
 #include "ui/VolumeMenu.h"
 #include "ui/input/VolumeScrollView.h"
 #include "ui/items/ItemLayout.h"
@@ -357,4 +358,8 @@ void VolumeWindow::zoomToPrograms() {
     else if (before.isValid())
         resize(before);
     setFrame(frame()); // on the screen
+}
+
+void VolumeWindow::followContrast(platform::UserDefaults& defaults) {
+    contrast_ = std::make_unique<MoreContrast>(defaults, *menu_);
 }

@@ -11,11 +11,18 @@
 #include <QSize>
 #include <QTimer>
 
+#include <memory>
+
 class AppVolumeController;
 class MVCollectionView;
+class MoreContrast;
 class UndoNotice;
 class VolumeMenu;
 class VolumeScrollView;
+
+namespace platform {
+class UserDefaults;
+}
 
 /// The volume window: a scrolling grid with one item for each record of the controller, and a menu.
 /// Shows whole rows, and draws nothing while it is not visible. User actions can be undone. A bar
@@ -46,6 +53,10 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     /// Toggles between the height of all programs, as far as the screen has it, and the former
     /// size; leaves the screen's size.
     void zoomToPrograms();
+
+    /// Shows and sets, by way of the menu, whether more contrast is wanted. Must outlive the
+    /// window.
+    void followContrast(platform::UserDefaults& defaults);
 
     /// Replaces the problem that is shown; an empty text hides the bar.
     void showProblem(const ProblemBar::Content& content);
@@ -91,5 +102,6 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     QSize insistedSize_;  // the last size that had to be corrected
     int corrections_ = 0; // of that size
     QSize sizeBeforeZoom_;
-    QPoint keptPlace_; // the stored position, if windows cannot be positioned
+    std::unique_ptr<MoreContrast> contrast_; // null: nobody sets it
+    QPoint keptPlace_;                       // the stored position, if windows cannot be positioned
 };

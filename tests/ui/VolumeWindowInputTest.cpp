@@ -184,9 +184,9 @@ TEST_F(VolumeWindowInputTest, TheMenuIsFlatAndEveryEntryHasAKeyThatWorks) {
         for (QWidget* const sheet : window_.findChildren<KeysSheet*>())
             delete sheet;
     }
-    EXPECT_EQ(titles,
-              (QStringList{"Preferences…", "Ignored Programs…", "Log", "Support Information…",
-                           "Keys", "Recommend…", "Uninstall…", "About", "Close Window", "Quit"}));
+    EXPECT_EQ(titles, (QStringList{"Preferences…", "Ignored Programs…", "More Contrast", "Log",
+                                   "Support Information…", "Keys", "Recommend…", "Uninstall…",
+                                   "About", "Close Window", "Quit"}));
     menu.setCloses(false);
     press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(window_.isVisible()) << "also while it is not in the menu";

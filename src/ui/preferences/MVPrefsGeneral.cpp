@@ -28,8 +28,8 @@ constexpr int leastWidth = 380;
 MVPrefsGeneral::MVPrefsGeneral(const Dependencies& dependencies) : dependencies_(dependencies) {
     for (const QString& key :
          {PreferenceKeys::showInMenuBar, PreferenceKeys::useColorMenuBarIcon,
-          PreferenceKeys::disableSoundEffects, PreferenceKeys::writeCrashReports,
-          PreferenceKeys::offerCrashReports})
+          PreferenceKeys::disableSoundEffects, PreferenceKeys::moreContrast,
+          PreferenceKeys::writeCrashReports, PreferenceKeys::offerCrashReports})
         observations_.push_back(dependencies_.defaults.observe(key, [this] { show(); }));
     if (dependencies_.helper != nullptr)
         connect(dependencies_.helper, &MenuBarHelper::changed, this, &MVPrefsGeneral::showHelper);
@@ -61,6 +61,12 @@ std::unique_ptr<QWidget> MVPrefsGeneral::loadView() {
             QNLog(qnlog_user, "%@ \"Play a sample sound\"", isWanted ? "Checked" : "Unchecked");
     });
     rows->addWidget(playSample_);
+    moreContrast_ = new QCheckBox(Texts::tr("More con&trast"));
+    connect(moreContrast_, &QAbstractButton::toggled, this, [this](bool isWanted) {
+        if (store(PreferenceKeys::moreContrast, isWanted))
+            QNLog(qnlog_user, "%@ \"More contrast\"", isWanted ? "Checked" : "Unchecked");
+    });
+    rows->addWidget(moreContrast_);
     newPrograms_ = new NewProgramsVolume(dependencies_.apps, dependencies_.defaults);
     rows->addWidget(newPrograms_);
     rows->addWidget(makeCrashRows());
@@ -154,6 +160,7 @@ void MVPrefsGeneral::show() {
     const bool isColor = defaults.boolean(PreferenceKeys::useColorMenuBarIcon);
     (isColor ? color_ : grayscale_)->setChecked(true);
     playSample_->setChecked(!defaults.boolean(PreferenceKeys::disableSoundEffects));
+    moreContrast_->setChecked(defaults.boolean(PreferenceKeys::moreContrast));
     writeCrashReports_->setChecked(defaults.boolean(PreferenceKeys::writeCrashReports));
     offerCrashReports_->setChecked(defaults.boolean(PreferenceKeys::offerCrashReports));
     offerCrashReports_->setEnabled(writeCrashReports_->isChecked());

@@ -13,9 +13,9 @@ class QCheckBox;
 class QLabel;
 class RememberedApps;
 
-/// The General pane: the icon in the menu bar, the sample sound, the volume of new programs, and
-/// the reports of crashes. Every control shows what is stored and follows changes made elsewhere;
-/// what the user sets is stored at once. Main thread only.
+/// The General pane: the icon in the menu bar, the sample sound, contrast, the volume of new
+/// programs, and the reports of crashes. Every control shows what is stored and follows changes
+/// made elsewhere; what the user sets is stored at once. Main thread only.
 class MVPrefsGeneral final : public QNPreferencesItemViewController {
     Q_OBJECT
 
@@ -53,6 +53,7 @@ class MVPrefsGeneral final : public QNPreferencesItemViewController {
     QPointer<IconView> colorImage_;
     QPointer<IconView> grayImage_;
     QPointer<QCheckBox> playSample_;
+    QPointer<QCheckBox> moreContrast_;
     QPointer<NewProgramsVolume> newPrograms_;
     QPointer<QCheckBox> writeCrashReports_;
     QPointer<QCheckBox> offerCrashReports_;
