@@ -61,6 +61,7 @@ void VolumeScrollView::scroll(const QWheelEvent& event) {
         way = event.angleDelta().y() / notch * ItemLayout::height *
               QApplication::wheelScrollLines() / usualLines;
     verticalScrollBar()->setValue(verticalScrollBar()->value() - pixels_.add(way));
+    grid_.showUnderMouse(grid_.mapFrom(viewport(), event.position().toPoint()));
 }
 
 /// Upwards is louder, also with natural scrolling.

@@ -6,11 +6,15 @@
 
 #include <utility>
 
+/// With the window, or from a menu, the focus comes back as it was.
 void ItemControl::focusInEvent(QFocusEvent* event) {
-    showKeyFocus(event->reason() != Qt::MouseFocusReason);
+    const bool isBack =
+        event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
+    showKeyFocus(isBack ? hadKeyFocus_ : event->reason() != Qt::MouseFocusReason);
 }
 
 void ItemControl::focusOutEvent(QFocusEvent* /*event*/) {
+    hadKeyFocus_ = hasKeyFocus_;
     showKeyFocus(false);
 }
 

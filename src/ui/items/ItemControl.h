@@ -23,4 +23,5 @@ class ItemControl : public QWidget {
 
   private:
     bool hasKeyFocus_ = false;
+    bool hadKeyFocus_ = false; // when it last lost the focus
 };

@@ -10,6 +10,7 @@
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPaintEvent>
 #include <QPainter>
@@ -45,16 +46,20 @@ MVCollectionView::MVCollectionView(QWidget* parent, const MVBlackTheme* theme)
     hint_->setAlignment(Qt::AlignCenter);
     hint_->hide();
     setAttribute(Qt::WA_OpaquePaintEvent);
+    connect(qApp, &QApplication::focusChanged, this, &MVCollectionView::followFocus);
     updateCollectionViewColors();
 }
 
-MVCollectionView::~MVCollectionView() = default;
+MVCollectionView::~MVCollectionView() {
+    disconnect(qApp, nullptr, this, nullptr); // an item that goes loses the focus
+}
 
 const MVBlackTheme& MVCollectionView::theme() const {
     return theme_ != nullptr ? *theme_ : CurrentTheme::theme();
 }
 
 MVCollectionView::Items MVCollectionView::takeItems() noexcept {
+    showCurrent(nullptr);
     return std::exchange(items_, {});
 }
 
@@ -69,6 +74,7 @@ void MVCollectionView::setItems(Items items) {
     for (const auto& item : items_)
         item->show();
     setOrderOfFocus();
+    followFocus();
     updateGeometry();
     update();
 }
@@ -81,6 +87,32 @@ void MVCollectionView::setOrderOfFocus() {
             setTabOrder(&items_[index - 1]->slider(), &item.muteView());
         setTabOrder(&item.muteView(), &item.slider());
     }
+}
+
+/// That of the window, which stays while another window has the keys.
+void MVCollectionView::followFocus() {
+    const QWidget* part = window()->focusWidget();
+    while (part != nullptr && part->parentWidget() != this)
+        part = part->parentWidget();
+    // Not one that has been taken and not destroyed yet.
+    const auto found = std::ranges::find(
+        items_, part, [](const auto& item) -> const QWidget* { return item.get(); });
+    showCurrent(part != nullptr && found != items_.end() ? found->get() : nullptr);
+}
+
+void MVCollectionView::showCurrent(MVCollectionViewItem* item) {
+    if (item == current_)
+        return;
+    if (current_ != nullptr)
+        current_->setCurrent(false);
+    current_ = item;
+    if (current_ != nullptr)
+        current_->setCurrent(true);
+}
+
+void MVCollectionView::showUnderMouse(const QPoint& place) {
+    for (const auto& item : items_)
+        item->setUnderMouse(item->geometry().contains(place));
 }
 
 bool MVCollectionView::isInLiveResize() const {
@@ -129,8 +161,11 @@ void MVCollectionView::resizeEvent(QResizeEvent* event) {
 }
 
 bool MVCollectionView::event(QEvent* event) {
-    if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
+    if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate) {
         updateCollectionViewColors();
+        if (current_ != nullptr)
+            current_->update(); // its frame is another then
+    }
     return QWidget::event(event);
 }
 

@@ -15,7 +15,8 @@ class MVCollectionViewItem;
 class QLabel;
 
 /// The grid of items: rows of one height, with as many columns as fit. Paints the theme's
-/// background, which may be lighter while its window is inactive. Main thread only.
+/// background, which may be lighter while its window is inactive. The item with the focus of the
+/// window is the current one. Main thread only.
 class MVCollectionView final : public QWidget {
     Q_OBJECT
 
@@ -34,6 +35,9 @@ class MVCollectionView final : public QWidget {
     /// To change the items, take them, and set the new ones, which may include old ones.
     Items takeItems() noexcept;
     void setItems(Items items);
+
+    /// After a scroll below the mouse, which is at that place of the grid now.
+    void showUnderMouse(const QPoint& place);
 
     /// The text in the empty space below the items; may be empty.
     void setHint(const QString& text);
@@ -54,6 +58,8 @@ class MVCollectionView final : public QWidget {
   private:
     void layOut();
     void setOrderOfFocus();
+    void followFocus();
+    void showCurrent(MVCollectionViewItem* item);
     QRect placeOf(std::size_t index) const;
     void updateCollectionViewColors();
     QPixmap background() const;
@@ -63,6 +69,7 @@ class MVCollectionView final : public QWidget {
     const MVBlackTheme* const theme_;
     FramePacer pacer_;
     Items items_;
+    MVCollectionViewItem* current_ = nullptr; // of them, the one that shows it
     QLabel* const hint_;
     QColor colors_[2];   // alternating, of the rows
     QPixmap background_; // a tile below them; null for none

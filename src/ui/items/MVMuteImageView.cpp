@@ -54,6 +54,7 @@ const QPixmap& pictureOf(const Look& look) {
 
 MVMuteImageView::MVMuteImageView(QWidget* parent) : ItemControl(parent) {
     setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
 }
 
 void MVMuteImageView::setApp(MVCommAppValue* app) {
@@ -99,10 +100,18 @@ void MVMuteImageView::toggle() {
 }
 
 void MVMuteImageView::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
-        toggle();
-    else
+    if (event->button() != Qt::LeftButton) {
         event->ignore();
+        return;
+    }
+    isPressed_ = true;
+    update();
+    toggle(); // the record may go, and this with it
+}
+
+void MVMuteImageView::mouseReleaseEvent(QMouseEvent* /*event*/) {
+    isPressed_ = false;
+    update();
 }
 
 void MVMuteImageView::keyPressEvent(QKeyEvent* event) {
@@ -120,16 +129,25 @@ void MVMuteImageView::paintEvent(QPaintEvent* /*event*/) {
     if (app_ == nullptr)
         return;
     QPainter painter(this);
+    constexpr double radius = 4;
     QRectF place{QPointF(), QSizeF(usualSize)};
     place.moveCenter(QRectF(rect()).center());
+    if (isOperable() && (isPressed_ || underMouse())) {
+        QColor light = CurrentTheme::theme().windowTitleBarTextColor();
+        light.setAlphaF(isPressed_ ? 0.28F : 0.14F);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(light);
+        painter.drawRoundedRect(place, radius, radius);
+    }
     painter.setOpacity(isOperable() ? 1 : paleness);
     painter.drawPixmap(place.topLeft(),
                        pictureOf({app_->muted(), app_->hasActivity(), devicePixelRatioF()}));
     painter.setOpacity(1);
     if (!hasKeyFocus())
         return;
-    constexpr double radius = 4;
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
     painter.setPen(focusPen());
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
 }

@@ -36,6 +36,7 @@ class MVMuteImageView final : public ItemControl {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
@@ -43,4 +44,5 @@ class MVMuteImageView final : public ItemControl {
 
     QPointer<MVCommAppValue> app_;
     bool isControllable_ = true;
+    bool isPressed_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include "look/theme/CurrentTheme.h"
 #include "look/theme/LighterColor.h"
+#include "model/ChangeSource.h"
 #include "model/VolumeConversion.h"
 #include "platform/bus/NotificationCenter.h"
 #include "platform/loop/DispatchQueue.h"
@@ -49,6 +50,7 @@ std::optional<int> stepOf(int key, Qt::Key more, Qt::Key less) {
 
 MVVolumeSlider::MVVolumeSlider(QWidget* parent) : ItemControl(parent) {
     setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true); // for the knob
 }
 
 MVVolumeSlider::~MVVolumeSlider() {
@@ -151,7 +153,7 @@ QRect MVVolumeSlider::levelChange(float before, float after) const {
     const auto [least, most] =
         std::minmax({center * static_cast<double>(before), center * static_cast<double>(after)});
     const QRectF across = parts.trackRect(trackThickness + 4);
-    const double start = std::max(0.0, least - radius - 2);
+    const double start = std::max(0.0, least - radius - levelTip - 2);
     const QRect change = parts.piece(across, start, most + 1).toAlignedRect();
     return isMirrored() ? change.translated(width() - change.left() - change.right() - 1, 0)
                         : change;
@@ -168,7 +170,7 @@ void MVVolumeSlider::mousePressEvent(QMouseEvent* event) {
     }
     const SliderGeometry parts = geometryOfParts();
     const QPointF point = fromStart(event->position());
-    if (!parts.knobRect(static_cast<double>(value_)).contains(point))
+    if (!isOnKnob(point))
         setFloatValue(parts.valueAt(point));
     drag_ = Drag{static_cast<double>(value_), point};
     highlighted_ = true;
@@ -177,6 +179,7 @@ void MVVolumeSlider::mousePressEvent(QMouseEvent* event) {
 }
 
 void MVVolumeSlider::mouseMoveEvent(QMouseEvent* event) {
+    setKnobUnderMouse(isInDrag() || isOnKnob(fromStart(event->position())));
     if (!isInDrag()) {
         event->ignore();
         return;
@@ -219,6 +222,19 @@ void MVVolumeSlider::hideEvent(QHideEvent* /*event*/) {
     endDrag();
 }
 
+void MVVolumeSlider::leaveEvent(QEvent* /*event*/) {
+    setKnobUnderMouse(false);
+}
+
+bool MVVolumeSlider::isOnKnob(const QPointF& point) const {
+    return geometryOfParts().knobRect(static_cast<double>(value_)).contains(point);
+}
+
+void MVVolumeSlider::setKnobUnderMouse(bool isUnderMouse) {
+    if (std::exchange(isKnobUnderMouse_, isUnderMouse) != isUnderMouse)
+        update();
+}
+
 int MVVolumeSlider::percent() const {
     return VolumeConversion::percentOfFraction(static_cast<double>(value_));
 }
@@ -248,6 +264,7 @@ void MVVolumeSlider::keyPressEvent(QKeyEvent* event) {
         return;
     }
     showKeyFocus(true);
+    const ChangeSource source(ChangeSource::Kind::key);
     moveTo(percent() + *step);
 }
 
@@ -281,10 +298,14 @@ void MVVolumeSlider::paintEvent(QPaintEvent* /*event*/) {
 
 void MVVolumeSlider::drawFocus(QPainter& painter, const QRectF& knob) const {
     const QPen pen = focusPen();
-    const double inside = pen.widthF() / 2;
+    const auto ring = [&](const QPen& line, double inside) {
+        painter.setPen(line);
+        painter.drawEllipse(knob.adjusted(inside, inside, -inside, -inside));
+    };
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(pen);
-    painter.drawEllipse(knob.adjusted(inside, inside, -inside, -inside));
+    if (!theme().isHighContrast()) // where there is a gap
+        ring(QPen(theme().sliderKnobShadowColor(), 1.5), pen.widthF() + 0.75);
+    ring(pen, pen.widthF() / 2);
 }
 
 double MVVolumeSlider::levelEnd() const {
@@ -321,16 +342,21 @@ void MVVolumeSlider::drawTrack(QPainter& painter) {
         drawLevel(painter, track);
 }
 
-/// The bar may be seen from the start of the track to the knob's centre.
+/// The bar may be seen from the start of the track to the knob's centre. Its tip is what a shorter
+/// one leaves free.
 void MVVolumeSlider::drawLevel(QPainter& painter, const QRectF& track) const {
     const SliderGeometry parts = geometryOfParts();
     const double center = parts.knobCenter(static_cast<double>(value_));
     QPainterPath clip;
     clip.addRoundedRect(parts.piece(track, 0, center, 1), radius, radius);
+    QPainterPath tip;
+    tip.addRoundedRect(parts.piece(track, 0, levelEnd()), radius, radius);
     QPainterPath bar;
-    bar.addRoundedRect(parts.piece(track, 0, levelEnd()), radius, radius);
+    bar.addRoundedRect(parts.piece(track, 0, std::max(0.0, levelEnd() - levelTipLine)), radius,
+                       radius);
     painter.save();
     painter.setClipPath(clip);
+    painter.fillPath(tip, theme().levelTipColor());
     fillTrackPath(painter, bar, levelColor());
     painter.restore();
 }

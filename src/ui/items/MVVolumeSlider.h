@@ -76,8 +76,10 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     void focusOutEvent(QFocusEvent* event) override;
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
     [[nodiscard]] bool isHighlighted() const noexcept { return highlighted_; }
+    [[nodiscard]] bool isKnobUnderMouse() const noexcept { return isKnobUnderMouse_; }
     static const MVBlackTheme& theme();
 
     virtual void drawTrack(QPainter& painter);
@@ -86,6 +88,10 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     /// The length of the level's bar from the slider's start; 0 for no bar.
     [[nodiscard]] double levelEnd() const;
     [[nodiscard]] QColor levelColor() const;
+    /// The end of the bar, in pixels: a light line, with a gap before it for high contrast, where
+    /// line and bar may have one colour.
+    static constexpr double levelTip = 4;
+    static constexpr double levelTipLine = 3;
     void fillTrackPath(QPainter& painter, const QPainterPath& path, const QColor& base) const;
 
   private:
@@ -104,6 +110,8 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     QRect levelChange(float before, float after) const;
     void drawLevel(QPainter& painter, const QRectF& track) const;
     void drawFocus(QPainter& painter, const QRectF& knob) const;
+    void setKnobUnderMouse(bool isUnderMouse);
+    bool isOnKnob(const QPointF& point) const;
 
     float value_ = 0.0F;
     float activity_ = 0.0F;
@@ -112,6 +120,7 @@ class MVVolumeSlider : public ItemControl, private FramePacer::Client {
     bool isMoved_ = false; // by moveTo() since the last release
     bool muted_ = false;
     bool highlighted_ = false;
+    bool isKnobUnderMouse_ = false;
     std::optional<Drag> drag_;
     std::function<void()> handler_;
 };

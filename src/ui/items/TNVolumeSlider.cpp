@@ -51,10 +51,12 @@ struct Look {
     int width;
     int height;
     qreal ratio;
-    QRgb color; ///< of the level's bar; of a knob, whether it is pressed; else 0
+    QRgb color; ///< of the level's bar; of a knob, its KnobLook; else 0
     unsigned theme = CurrentTheme::generation();
     bool operator==(const Look&) const = default;
 };
+
+enum class KnobLook : QRgb { usual = 1, underMouse, pressed };
 
 /// The track and the bars at full length, shared by all sliders of a size, and the knobs.
 PixmapCache<Look>& kept() {
@@ -68,20 +70,24 @@ void drawPiece(QPainter& painter, const QPixmap& whole, const QRectF& place, con
 }
 
 /// Lit from above left.
-void drawBrightKnob(QPainter& painter, const QRectF& knob, bool isPressed) {
+void drawBrightKnob(QPainter& painter, const QRectF& knob, KnobLook look) {
     QLinearGradient gradient(knob.topLeft(), knob.bottomRight());
-    const double dim = isPressed ? 0.88 : 1.0;
+    const double dim = look == KnobLook::pressed ? 0.88 : 1.0;
     gradient.setColorAt(0, whiteColor(253 / 255.0 * dim));
     gradient.setColorAt(1, whiteColor(172 / 255.0 * dim));
     painter.setPen(Qt::NoPen);
     painter.setBrush(gradient);
     if (const MVBlackTheme& theme = CurrentTheme::theme(); theme.isHighContrast()) {
-        painter.setBrush(theme.sliderTrackTopBaseColor());
-        painter.drawEllipse(knob);
+        painter.fillRect(knob, theme.sliderTrackTopBaseColor()); // the end of the track too
+        const double gap = look == KnobLook::usual ? 4 : 3; // with room for the focus around it
         painter.setBrush(theme.sliderKnobGradientColor1());
-        painter.drawEllipse(knob.adjusted(4, 4, -4, -4)); // with room for the focus around it
+        painter.drawEllipse(knob.adjusted(gap, gap, -gap, -gap));
         return;
     }
+    painter.drawEllipse(knob);
+    if (look != KnobLook::underMouse)
+        return;
+    painter.setBrush(whiteColor(1.0, 0.45));
     painter.drawEllipse(knob);
 }
 
@@ -108,7 +114,7 @@ void TNVolumeSlider::drawLevel(QPainter& painter, const QRectF& track) const {
     const auto onPixel = [ratio](double place) { return std::round(place * ratio) / ratio; };
     const double length = parts.length();
     const double end = std::max(onPixel(levelEnd()), 1.0);
-    const double middle = onPixel(std::max(end - barRadius - 1, end / 2));
+    const double middle = onPixel(std::max(end - barRadius - levelTip - 1, end / 2));
     const QRectF all(rect());
     const QRectF start = parts.piece(all, 0, middle);
     const QRectF round = parts.piece(all, middle, end);
@@ -121,13 +127,20 @@ void TNVolumeSlider::drawFullLevel(QPainter& painter, const QRectF& track,
     QPainterPath clip;
     clip.addRoundedRect(track.adjusted(0.5, 0.5, -0.5, -0.5), thickness / 2, thickness / 2);
     painter.setClipPath(clip);
-    QPainterPath bar;
-    bar.addRoundedRect(geometryOfParts().piece(track, 0, geometryOfParts().length()), barRadius,
-                       barRadius);
+    const SliderGeometry parts = geometryOfParts();
+    const auto barOfLength = [&](double length) {
+        QPainterPath bar;
+        bar.addRoundedRect(parts.piece(track, 0, length), barRadius, barRadius);
+        return bar;
+    };
+    painter.fillPath(barOfLength(parts.length()), theme().levelTipColor());
     if (theme().isHighContrast()) {
-        painter.fillPath(bar, color);
+        painter.fillPath(barOfLength(parts.length() - levelTip / 2),
+                         theme().sliderTrackTopBaseColor());
+        painter.fillPath(barOfLength(parts.length() - levelTip), color);
         return;
     }
+    const QPainterPath bar = barOfLength(parts.length() - levelTipLine);
     fillTrackPath(painter, bar, color);
     painter.fillPath(bar, whiteColor(1.0, overlayWhite));
 }
@@ -135,13 +148,14 @@ void TNVolumeSlider::drawFullLevel(QPainter& painter, const QRectF& track,
 void TNVolumeSlider::drawKnob(QPainter& painter, const QRectF& rect) {
     constexpr int size = static_cast<int>(SliderGeometry::knobSize);
     const qreal ratio = devicePixelRatioF();
-    const bool isPressed = isHighlighted();
-    painter.drawPixmap(rect.topLeft(), kept().get({size, size, ratio, isPressed ? 2U : 1U},
-                                                  rect.size(), ratio, [&](QPainter& picture) {
-                                                      drawBrightKnob(picture,
-                                                                     QRectF(QPointF(), rect.size()),
-                                                                     isPressed);
-                                                  }));
+    const KnobLook look = isHighlighted()      ? KnobLook::pressed
+                          : isKnobUnderMouse() ? KnobLook::underMouse
+                                               : KnobLook::usual;
+    painter.drawPixmap(rect.topLeft(),
+                       kept().get({size, size, ratio, static_cast<QRgb>(look)}, rect.size(), ratio,
+                                  [&](QPainter& picture) {
+                                      drawBrightKnob(picture, {QPointF(), rect.size()}, look);
+                                  }));
 }
 
 void TNVolumeSlider::increment() {
