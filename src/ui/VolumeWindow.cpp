@@ -102,6 +102,7 @@ VolumeWindow::VolumeWindow(const MVCollectionViewItem::Dependencies& dependencie
              history_.muteChanged(app.displayName(), muted);
          }});
     dependencies_.controller.setView(this);
+    setFocus(); // no item is the current one before somebody chooses one
 }
 
 /// The window undoes ignoring, since the item no longer exists then.

@@ -1,5 +1,6 @@
 #include "ui/input/ItemKeyboard.h"
 
+#include "model/ChangeSource.h"
 #include "ui/items/ItemLayout.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewItem.h"
@@ -54,6 +55,7 @@ void ItemKeyboard::restoreFocus(std::optional<int> before) {
 }
 
 bool ItemKeyboard::press(const QKeyEvent& event) {
+    const ChangeSource source(ChangeSource::Kind::key);
     return act(event) || navigate(event) || find(event);
 }
 
@@ -68,8 +70,18 @@ bool ItemKeyboard::act(const QKeyEvent& event) {
         openContextMenu(*item);
         return true;
     }
+    if (event.key() == Qt::Key_0 && !hasOtherModifiersThan(event, Qt::ControlModifier) &&
+        event.modifiers().testFlag(Qt::ControlModifier)) {
+        item->reset();
+        return true;
+    }
     if (hasOtherModifiersThan(event, Qt::NoModifier))
         return false;
+    if (event.key() == Qt::Key_F2) {
+        area_.ensureWidgetVisible(item, 0, 0);
+        item->editPercent(Qt::TabFocusReason);
+        return true;
+    }
     if (event.isAutoRepeat())
         return event.key() == Qt::Key_Space; // when it is not part of a typed name
     if (event.key() == Qt::Key_Space && !typeAhead_.isUnderWay()) {

@@ -11,7 +11,8 @@ class QScrollArea;
 class QWidget;
 
 /// Handles the keys of the grid that the controls of an item do not handle: navigation, mute,
-/// ignore, the context menu, and finding a program by its name. Main thread only.
+/// ignore, typing or resetting a volume, the context menu, and finding a program by its name. Main
+/// thread only.
 class ItemKeyboard {
   public:
     /// `grid` is in the scroll area; both must outlive this.

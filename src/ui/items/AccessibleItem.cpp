@@ -4,6 +4,7 @@
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
+#include "ui/items/PercentField.h"
 
 AccessibleItem::AccessibleItem(MVCollectionViewItem& item)
     : QAccessibleWidget(&item, QAccessible::ListItem, item.label().text()), item_(item) {}
@@ -16,7 +17,10 @@ QString AccessibleItem::text(QAccessible::Text kind) const {
 }
 
 QList<QWidget*> AccessibleItem::parts() const {
-    return {&item_.label(), &item_.muteView(), &item_.slider()};
+    QList<QWidget*> parts{&item_.label(), &item_.muteView(), &item_.slider()};
+    if (item_.percentField() != nullptr)
+        parts.push_back(item_.percentField());
+    return parts;
 }
 
 int AccessibleItem::childCount() const {

@@ -4,6 +4,7 @@
 #include "ui/items/AccessibleItem.h"
 #include "ui/items/AccessibleMute.h"
 #include "ui/items/AccessibleSlider.h"
+#include "ui/items/ItemStatus.h"
 #include "ui/items/MVCollectionView.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewItem.h"
@@ -41,6 +42,8 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         return new QAccessibleWidget(label, QAccessible::StaticText, label->text());
     if (auto* const image = qobject_cast<MVCollectionViewImageView*>(object))
         return new Decoration(image);
+    if (auto* const status = qobject_cast<ItemStatus*>(object))
+        return new Decoration(status);
     return nullptr;
 }
 

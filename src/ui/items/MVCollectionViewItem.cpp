@@ -14,9 +14,12 @@
 #include "platform/text/Texts.h"
 #include "platform/window/BundleImage.h"
 #include "ui/items/ItemLayout.h"
+#include "ui/items/ItemStatus.h"
+#include "ui/items/LastChangeText.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
+#include "ui/items/PercentField.h"
 #include "ui/items/TNVolumeSlider.h"
 
 #include <QContextMenuEvent>
@@ -24,6 +27,11 @@
 #include <QCursor>
 #include <QHelpEvent>
 #include <QMenu>
+#include <QMouseEvent>
+#include <QStyle>
+
+#include <utility>
+#include <variant>
 
 using platform::formatted;
 
@@ -65,6 +73,7 @@ MVCollectionViewItem::MVCollectionViewItem(const Dependencies& dependencies, MVC
     , label_(new MVCollectionViewTextField(this))
     , muteView_(new MVMuteImageView(this))
     , slider_(new TNVolumeSlider(this))
+    , status_(new ItemStatus(this))
     , releaseObserver_(std::make_unique<platform::NotificationObserver>(
           MVVolumeSlider::didReleaseMouseNotification, [this](const QVariant& object) {
               if (object.value<QObject*>() == slider_)
@@ -74,6 +83,9 @@ MVCollectionViewItem::MVCollectionViewItem(const Dependencies& dependencies, MVC
     label_->setObjectName(QStringLiteral("name"));
     label_->setText(nameOf(app));
     muteView_->setApp(&app);
+    connect(status_, &ItemStatus::sizeChanged, this, &MVCollectionViewItem::layOut);
+    connect(status_, &ItemStatus::percentPressed, this,
+            [this] { editPercent(Qt::MouseFocusReason); });
     updateControls();
     slider_->setHandler([this] { sliderAction(); });
     connect(&app, &MVCommAppValue::iconChanged, this,
@@ -83,7 +95,10 @@ MVCollectionViewItem::MVCollectionViewItem(const Dependencies& dependencies, MVC
     connect(&app, &MVCommAppValue::mutedChanged, this, &MVCollectionViewItem::wasMuted);
 }
 
-MVCollectionViewItem::~MVCollectionViewItem() = default;
+MVCollectionViewItem::~MVCollectionViewItem() {
+    if (field_ != nullptr)
+        field_->disconnect(this); // it loses the focus meanwhile
+}
 
 QString MVCollectionViewItem::displayName() const {
     return app_ != nullptr ? app_->displayName() : QString();
@@ -116,6 +131,7 @@ void MVCollectionViewItem::activityCameOrWent(bool hasActivity) {
 }
 
 void MVCollectionViewItem::announceTextColor() {
+    showStatus();
     label_->setTextColor(displayNameTextColor());
     Q_EMIT displayNameTextColorChanged();
 }
@@ -138,6 +154,13 @@ void MVCollectionViewItem::sliderAction() {
     app_->setVolume(static_cast<double>(slider_->floatValue()));
     platform::NotificationCenter::standard().post(AppVolumeController::sliderChangedNotification,
                                                   QVariant::fromValue(app_.data()));
+    showStatus();
+}
+
+void MVCollectionViewItem::showStatus() {
+    if (app_ != nullptr)
+        status_->setState(
+            {slider_->percent(), app_->muted(), app_->hasActivity(), slider_->isEnabled()});
 }
 
 /// The slider's value counts, whatever the record's volume has become since.
@@ -172,6 +195,75 @@ void MVCollectionViewItem::ignore() {
     dependencies_.ignore(process);
 }
 
+void MVCollectionViewItem::reset() {
+    const bool isFull = slider_->percent() == VolumeConversion::full;
+    if (app_ == nullptr || isFull || !slider_->isEnabled())
+        return;
+    slider_->setSliderValue_(1.0F, false);
+    slider_->update();
+}
+
+void MVCollectionViewItem::editPercent(Qt::FocusReason reason) {
+    if (app_ == nullptr || !slider_->isEnabled() || field_ != nullptr)
+        return;
+    field_ = new PercentField(slider_->percent(), this);
+    connect(field_, &PercentField::entered, this, [this, reason](const TypedVolume& volume) {
+        closeField(reason);
+        setTyped(volume);
+    });
+    connect(field_, &PercentField::left, this, [this, reason] { closeField(reason); });
+    layOut();
+    field_->show();
+    field_->setFocus(reason);
+}
+
+/// The focus goes to the slider, unless somebody else has it already.
+void MVCollectionViewItem::closeField(Qt::FocusReason reason) {
+    PercentField* const field = std::exchange(field_, nullptr);
+    if (field == nullptr)
+        return;
+    if (window()->focusWidget() == field)
+        select(reason);
+    field->hide();
+    field->deleteLater();
+}
+
+void MVCollectionViewItem::setTyped(const TypedVolume& volume) {
+    if (app_ == nullptr || !slider_->isEnabled())
+        return;
+    if (const auto* const mute = std::get_if<TypedVolume::Mute>(&volume.wish)) {
+        if (app_->muted() != mute->isMuted)
+            muteView_->toggle();
+        return;
+    }
+    const int percent = std::get<VolumeChange>(volume.wish).appliedTo(slider_->percent());
+    slider_->setSliderValue_(VolumeConversion::fractionForPercent(percent), false);
+    slider_->update();
+}
+
+void MVCollectionViewItem::select(Qt::FocusReason reason) {
+    QWidget& part = slider_->isEnabled() ? static_cast<QWidget&>(*slider_) : *muteView_;
+    part.setFocus(reason);
+}
+
+/// On the icon, the name and between the parts.
+void MVCollectionViewItem::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    setPressed(true);
+    select(Qt::MouseFocusReason);
+}
+
+void MVCollectionViewItem::mouseReleaseEvent(QMouseEvent* /*event*/) {
+    setPressed(false);
+}
+
+void MVCollectionViewItem::lightChanged(bool isLit) {
+    status_->setLit(isLit);
+}
+
 QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     auto* const menu = new QMenu(parent);
     followTheme(*menu);
@@ -179,6 +271,10 @@ QMenu* MVCollectionViewItem::makeContextMenu(QWidget* parent) {
     // Not while the menu handles its event, for it goes with the item.
     menu->addAction(withoutMnemonic(title), this, &MVCollectionViewItem::ignore,
                     Qt::QueuedConnection);
+    QAction* const resetting =
+        menu->addAction(Texts::tr("Reset to 100 %"), this, &MVCollectionViewItem::reset);
+    resetting->setShortcut(Qt::CTRL | Qt::Key_0); // which the grid handles
+    resetting->setEnabled(slider_->isEnabled() && slider_->percent() != VolumeConversion::full);
     return menu;
 }
 
@@ -201,19 +297,25 @@ QString MVCollectionViewItem::tipAt(const QPoint& place) const {
     if (app_ == nullptr)
         return {};
     const bool isSlider = slider_->geometry().contains(place);
-    const QString reason = reasonNotControllable();
+    QString reason = reasonNotControllable();
     if (!reason.isEmpty() && (isSlider || muteView_->geometry().contains(place)))
         return reason;
     if (isSlider)
-        return formatted(QStringLiteral("%d %%"), dependencies_.controller.percentOf(*app_));
+        return lines({formatted(QStringLiteral("%d %%"), dependencies_.controller.percentOf(*app_)),
+                      lastChange()});
     const QString text = description();
     return text.isEmpty() ? label_->text() : label_->text() + QLatin1Char('\n') + text;
 }
 
 QString MVCollectionViewItem::description() const {
     return app_ != nullptr ? lines({app_->path(), dependencies_.controller.whyNamed(*app_),
-                                    reasonNotControllable()})
+                                    lastChange(), reasonNotControllable()})
                            : QString();
+}
+
+QString MVCollectionViewItem::lastChange() const {
+    const auto change = dependencies_.controller.lastChange(*app_);
+    return change ? lastChangeText(*change) : QString();
 }
 
 QString MVCollectionViewItem::state() const {
@@ -248,9 +350,18 @@ void MVCollectionViewItem::mouseExited() {
 }
 
 void MVCollectionViewItem::resizeEvent(QResizeEvent* /*event*/) {
-    const ItemLayout places(size(), layoutDirection());
+    layOut();
+}
+
+void MVCollectionViewItem::layOut() {
+    const ItemLayout places(size(), layoutDirection(), status_->sizeHint().width());
     iconView_->setGeometry(places.icon);
     label_->setGeometry(places.name);
+    status_->setGeometry(places.status);
     muteView_->setGeometry(places.mute);
     slider_->setGeometry(places.slider);
+    if (field_ != nullptr)
+        field_->setGeometry(QStyle::alignedRect(layoutDirection(),
+                                                Qt::AlignRight | Qt::AlignVCenter,
+                                                field_->sizeHint(), places.status));
 }

@@ -10,11 +10,14 @@
 #include <memory>
 
 class AppVolumeController;
+class ItemStatus;
 class MVCollectionViewImageView;
 class MVCollectionViewTextField;
 class MVMuteImageView;
 class MVVolumeSlider;
+class PercentField;
 class QMenu;
+struct TypedVolume;
 
 namespace platform {
 class NotificationObserver;
@@ -55,6 +58,13 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     MVMuteImageView& muteView() const noexcept { return *muteView_; }
     MVCollectionViewTextField& label() const noexcept { return *label_; }
     MVCollectionViewImageView& iconView() const noexcept { return *iconView_; }
+    ItemStatus& status() const noexcept { return *status_; }
+
+    /// The field in which the percent is typed; null while there is none.
+    PercentField* percentField() const noexcept { return field_; }
+
+    /// Makes it the current one: the slider gets the focus, or the mute button where it cannot.
+    void select(Qt::FocusReason reason);
 
     /// Shows the record's current state, without calling handlers.
     void updateControls();
@@ -65,15 +75,22 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     /// Puts the program on the ignore list.
     void ignore();
 
+    /// Sets the volume to 100 percent, as the mouse would.
+    void reset();
+
+    /// Opens the field in which the percent is typed, if the program can be controlled. With
+    /// `reason` the slider gets the focus afterwards.
+    void editPercent(Qt::FocusReason reason);
+
     /// The context menu; owned by the caller.
     QMenu* makeContextMenu(QWidget* parent);
 
     /// The tool tip for a position: for disabled controls the reason, for an enabled slider the
-    /// percent, elsewhere the program's name and its description.
+    /// percent and its last change, elsewhere the program's name and its description.
     QString tipAt(const QPoint& place) const;
 
-    /// The program's path, the reason for its name, and why its volume cannot be set, as far as
-    /// known, each on a line.
+    /// The program's path, the reason for its name, its last change, and why its volume cannot be
+    /// set, as far as known, each on a line.
     QString description() const;
 
     /// Percent, playing or not, muted or not, in one line.
@@ -94,8 +111,16 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     bool event(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void lightChanged(bool isLit) override;
 
   private:
+    void layOut();
+    void showStatus();
+    void setTyped(const TypedVolume& volume);
+    void closeField(Qt::FocusReason reason);
+    QString lastChange() const;
     void sliderAction();
     void volumeSliderDidReleaseMouse();
     void wasMuted();
@@ -108,5 +133,7 @@ class MVCollectionViewItem final : public MVCollectionItemBackgroundView {
     MVCollectionViewTextField* const label_;
     MVMuteImageView* const muteView_;
     MVVolumeSlider* const slider_;
+    ItemStatus* const status_;
+    PercentField* field_ = nullptr;
     const std::unique_ptr<platform::NotificationObserver> releaseObserver_;
 };
