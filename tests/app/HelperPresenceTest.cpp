@@ -17,6 +17,7 @@ TEST(HelperPresence, IsWhatTheHelperTellsAsLongAsItRuns) {
     for (const bool isShown : {true, false}) {
         std::optional<ScriptedHelper> helper(std::in_place, bus.address(), isShown);
         EXPECT_TRUE(waitUntil([&] { return presence.isShown() == isShown; }));
+        EXPECT_FALSE(presence.isHelper(ours->baseService()));
         helper->setShown(!isShown);
         EXPECT_TRUE(waitUntil([&] { return presence.isShown() == !isShown; }));
         helper->setShown(true);

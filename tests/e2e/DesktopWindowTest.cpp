@@ -200,6 +200,10 @@ TEST_F(DesktopWindowTest, ADoubleClickOnTheTitleZoomsAndTheUsualFrameIsRemembere
     EXPECT_TRUE(waitUntil([&] { return frame().width() == 1280; }));
     quitTonvale();
     EXPECT_EQ(rememberedFrame().substr(0, 12), "200 100 500 ");
+    openWindow(std::nullopt);
+    EXPECT_TRUE(waitUntil([&] { return frame().width() == 1280; })) << "it is still maximised";
+    hand(to({450, 15}) + "click --repeat 2 --delay 50 1");
+    EXPECT_TRUE(becomes(usual));
 }
 
 TEST_F(DesktopWindowTest, StrongContrastIsFollowedWhileItRuns) {

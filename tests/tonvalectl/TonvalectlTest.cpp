@@ -25,8 +25,9 @@ TEST_F(TonvalectlTest, HelpAndVersionNeedNoApplication) {
     EXPECT_EQ(version.output, "tonvalectl " TONVALE_VERSION "\n");
     const Result help = ctl({"set", "--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const word : {"list", "get", "set", "mute", "unmute", "toggle", "ignore",
-                                   "unignore", "forget", "default", "show", "monitor", "--json"})
+    for (const char* const word :
+         {"list", "get", "set", "reset", "mute", "unmute", "toggle", "ignore", "unignore", "forget",
+          "default", "show", "monitor", "--json"})
         EXPECT_NE(help.output.find(word), std::string::npos) << word;
 }
 
@@ -118,7 +119,7 @@ TEST_F(TonvalectlTest, EveryChangeActsLikeTheSlider) {
         {{"unmute", "mu"}, "10,0 ", setting(30), "' unmuted", "30%\n"},
         {{"toggle", "mu"}, "10,1 ", setting(30, true), "' muted", "30% muted\n"},
         {{"toggle", "mu"}, "10,0 ", setting(30), "' unmuted", "30%\n"},
-        {{"set", "mu", "100"}, "9,100 ", {}, "volume changed to 1.00", "100%\n"}};
+        {{"reset", "mu"}, "9,100 ", {}, "volume changed to 1.00", "100%\n"}};
     for (const auto& step : steps) {
         SCOPED_TRACE(step.arguments[0] + " " + step.arguments.back());
         EXPECT_TRUE(does(step.arguments));

@@ -2,6 +2,8 @@
 
 #include "IconTheme.h"
 
+#include <QSet>
+
 namespace {
 
 QImage pictureOf(const QIcon& icon, int size, qreal ratio = 1) {
@@ -55,4 +57,10 @@ TEST_F(ProgramIconsTest, WhatHasNoIconHasATileWithItsLetterAtEverySizeAndScale) 
     EXPECT_EQ(tile("player"), tile("Pulse")) << "the same letter";
     EXPECT_EQ(tile("-- player"), tile("Pulse")) << "the first letter";
     EXPECT_NE(tile("player"), tile("xylophone"));
+    icons_.setTileColors({Qt::yellow, Qt::black, {Qt::red, Qt::green, Qt::blue}});
+    QList<QRgb> colors;
+    for (const char* const name : {"player", "Pulse", "Palaver", "Pipes", "Pan", "player"})
+        colors += tile(name).pixel(32, 8);
+    EXPECT_EQ(colors.first(), colors.last()) << "by its name";
+    EXPECT_GT(QSet<QRgb>(colors.begin(), colors.end()).size(), 1);
 }

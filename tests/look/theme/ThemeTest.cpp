@@ -1,6 +1,7 @@
 #include "look/theme/HighContrastStyle.h"
 #include "look/theme/HighContrastTheme.h"
 #include "look/theme/LighterColor.h"
+#include "look/theme/MVOrangeBrownTheme.h"
 #include "platform/window/BundleImage.h"
 #include "ui/TNMenuBarIcon.h"
 
@@ -12,6 +13,65 @@
 #include <QSpinBox>
 #include <QStyleFactory>
 
+#include <algorithm>
+#include <initializer_list>
+#include <memory>
+#include <vector>
+
+namespace {
+
+/// What is seen where `color` lies over `background`.
+QColor over(const QColor& background, const QColor& color) {
+    const double share = static_cast<double>(color.alphaF());
+    const auto mixed = [share](float below, float above) {
+        return static_cast<double>(below) * (1 - share) + static_cast<double>(above) * share;
+    };
+    return rgbColor(mixed(background.redF(), color.redF()),
+                    mixed(background.greenF(), color.greenF()),
+                    mixed(background.blueF(), color.blueF()));
+}
+
+/// Of a colour on each of the backgrounds the least.
+double leastContrast(const QColor& color, const std::vector<QColor>& backgrounds) {
+    double least = 21;
+    for (const QColor& each : backgrounds)
+        least = std::min(least, HighContrastTheme::contrast(over(each, color), each));
+    return least;
+}
+
+/// All that a row may have behind its parts: with the mouse on it, pressed, and the current one.
+std::vector<QColor> rowBackgrounds(const MVBlackTheme& theme) {
+    std::vector<QColor> backgrounds;
+    const QColor base = theme.collectionViewBackgroundPatternColor().value_or(Qt::black);
+    for (const QColor& row :
+         {theme.collectionViewBackgroundColor1(), theme.collectionViewBackgroundColor2()}) {
+        QColor light = theme.rowLightColor();
+        backgrounds.push_back(over(base, row));
+        light.setAlphaF(light.alphaF() * 2.6F);
+        backgrounds.push_back(over(backgrounds.back(), light));
+    }
+    return backgrounds;
+}
+
+/// The black one, the one in use, and that of high contrast on desktops of several colours.
+std::vector<std::unique_ptr<MVBlackTheme>> allThemes() {
+    std::vector<std::unique_ptr<MVBlackTheme>> themes;
+    themes.push_back(std::make_unique<MVBlackTheme>());
+    themes.push_back(std::make_unique<MVOrangeBrownTheme>());
+    for (const auto& [base, text] : {std::pair(Qt::white, Qt::black),
+                                     {Qt::black, Qt::white},
+                                     {Qt::darkGray, Qt::lightGray},
+                                     {Qt::darkBlue, Qt::yellow}}) {
+        QPalette palette;
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::Text, text);
+        themes.push_back(std::make_unique<HighContrastTheme>(palette));
+    }
+    return themes;
+}
+
+} // namespace
+
 TEST(LighterColor, MixesWithWhiteAndKeepsTheAlpha) {
     const QColor color = lighterBy(rgbColor(0.5, 0.0, 1.0, 0.25), 0.5);
     EXPECT_NEAR(color.redF(), 0.75F, 1e-3);
@@ -20,6 +80,39 @@ TEST(LighterColor, MixesWithWhiteAndKeepsTheAlpha) {
     EXPECT_NEAR(color.alphaF(), 0.25F, 1e-3);
     EXPECT_EQ(lighterBy(whiteColor(0.2), -1), whiteColor(0.2));
     EXPECT_EQ(lighterBy(whiteColor(0.2), 2), whiteColor(1.0));
+}
+
+TEST(Themes, WhatIsAddedToTheirColoursCanBeRead) {
+    int number = 0;
+    for (const auto& theme : allThemes()) {
+        SCOPED_TRACE(number++);
+        const auto rows = rowBackgrounds(*theme);
+        EXPECT_GE(leastContrast(theme->detailColor(), rows), 4.5);
+        EXPECT_GE(leastContrast(theme->displayNameActivityColor(), rows), 4.5) << "of the sign";
+        EXPECT_GE(leastContrast(theme->detailBrightColor(), rows),
+                  leastContrast(theme->detailColor(), rows));
+        EXPECT_GE(leastContrast(theme->rowFrameColor(), rows), 3);
+        std::vector<QColor> besideTip{theme->sliderTrackTopBaseColor()}; // also in a gap
+        if (!theme->isHighContrast()) {
+            besideTip = {whiteColor(0.15)};
+            for (const QColor& bar : {theme->sliderTrackBottomActivityBaseColor(),
+                                      theme->sliderTrackBottomActivityMutedBaseColor()})
+                besideTip.insert(besideTip.end(), {bar, lighterBy(bar, 0.23)});
+        }
+        EXPECT_GE(leastContrast(theme->levelTipColor(), besideTip), 3);
+        const std::vector<QColor> scroller{theme->scrollerBackgroundGradientColor1(),
+                                           theme->scrollerBackgroundGradientColor2()};
+        for (const bool isUnderMouse : {true, false})
+            EXPECT_GE(leastContrast(theme->scrollerKnobEdgeColor(isUnderMouse), scroller), 3);
+        for (const QColor& tile : theme->letterTileColors())
+            EXPECT_GE(leastContrast(theme->windowTitleBarTextColor(), {tile}), 4.5) << tile.hue();
+        if (!theme->isHighContrast())
+            continue;
+        for (const QColor& name :
+             {theme->displayNameNoActivityColor(), theme->displayNameActivityMutedColor(),
+              theme->displayNameActivityColor(), theme->detailColor()})
+            EXPECT_GE(leastContrast(name, rows), 7);
+    }
 }
 
 TEST(BundleIcon, IsDrawnAnewForEverySize) {

@@ -8,21 +8,27 @@
 #include "support/WaitUntil.h"
 #include "ui/items/AccessibleItems.h"
 #include "ui/items/ItemLayout.h"
+#include "ui/items/ItemStatus.h"
 #include "ui/items/MVCollectionViewImageView.h"
 #include "ui/items/MVCollectionViewTextField.h"
 #include "ui/items/MVMuteImageView.h"
 #include "ui/items/MVVolumeSlider.h"
+#include "ui/items/TypedVolume.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QBitmap>
 #include <QContextMenuEvent>
+#include <QDateTime>
 #include <QMenu>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -172,6 +178,75 @@ TEST_F(ItemTest, AssistiveToolsGetTheTextOfTheToolTip) {
     EXPECT_EQ(told(item_->slider()), "It plays past the mixer");
 }
 
+TEST_F(ItemTest, TheTipSaysFromWhereTheVolumeWasChangedAndWhen) {
+    static platform::WallClock::time_point now;
+    const QDateTime noon(QDate(2030, 5, 6), QTime(14, 5));
+    now = platform::WallClock::time_point(std::chrono::milliseconds(noon.toMSecsSinceEpoch()));
+    platform::WallClock::replaceSource(+[]() noexcept { return now; });
+    const auto overSlider = [this] { return item_->tipAt(item_->slider().geometry().center()); };
+    EXPECT_EQ(overSlider(), "100 %");
+    clickSliderInTheMiddle();
+    EXPECT_EQ(overSlider(), "50 %\nLast changed by you here, 14:05");
+    EXPECT_EQ(item_->tipAt({}), "Safari\nLast changed by you here, 14:05");
+    QTest::keyClick(&item_->slider(), Qt::Key_Left);
+    EXPECT_EQ(overSlider(), "49 %\nLast changed by you with a key, 14:05");
+    for (const auto& [source, text] :
+         {std::pair(ChangeSource::Kind::bus, "50 %\nLast changed over the session bus, 14:05"),
+          std::pair(ChangeSource::Kind::tray, "50 %\nLast changed by you in the tray, 14:05")}) {
+        const ChangeSource there(source);
+        model_.controller.setPercent(*app_, 50);
+        EXPECT_EQ(overSlider(), text);
+    }
+    model_.controller.changedElsewhere(1, {50, false});
+    EXPECT_TRUE(overSlider().contains("in the tray")) << "nothing has changed";
+    model_.controller.changedElsewhere(1, {60, false});
+    now += std::chrono::hours(24);
+    EXPECT_EQ(overSlider(), "60 %\nLast changed elsewhere, 06/05/2030 14:05");
+    platform::WallClock::replaceSource(nullptr);
+}
+
+TEST_F(ItemTest, ANameKeepsItsPlaceWhateverThePercentIsAndGivesWayAt300Pixels) {
+    item_->resize(ItemLayout::leastWidth, ItemLayout::height);
+    const QRect name = item_->label().geometry();
+    const QRect percent = item_->status().percentPlace();
+    for (const int each : {0, 7, 88}) {
+        model_.controller.setPercent(*app_, each);
+        item_->updateControls();
+        EXPECT_EQ(item_->status().state().percent, each);
+        EXPECT_EQ(item_->label().geometry(), name);
+    }
+    app_->setActivity(10);
+    EXPECT_EQ(item_->label().geometry(), name) << "the sign has its place too";
+    app_->setMuted(true);
+    EXPECT_LT(item_->label().width(), name.width()) << "the word takes some";
+    EXPECT_GT(item_->label().width(), 60);
+    EXPECT_EQ(item_->status().percentPlace().size(), percent.size());
+    EXPECT_TRUE(item_->rect().contains(item_->status().geometry()));
+}
+
+TEST(TypedVolume, TakesPercentsStepsAndTheWordsForMute) {
+    const auto percentAt70 = [](const char* text) {
+        const auto typed = TypedVolume::parse(QString::fromUtf8(text));
+        const auto* const change = typed ? std::get_if<VolumeChange>(&typed->wish) : nullptr;
+        return change != nullptr ? change->appliedTo(70) : -1;
+    };
+    for (const auto& [text, percent] : {std::pair("40", 40),
+                                        {" 40 % ", 40},
+                                        {"+5", 75},
+                                        {"-10", 60},
+                                        {"\u221210%", 60},
+                                        {"+99", 100},
+                                        {"\u0664\u0660", 40},
+                                        {"101", -1},
+                                        {"", -1},
+                                        {"4 0", -1},
+                                        {"muted", -1}})
+        EXPECT_EQ(percentAt70(text), percent) << text;
+    for (const auto& [text, isMuted] :
+         {std::pair("mute", true), {" Mute", true}, {"UNMUTE", false}})
+        EXPECT_EQ(std::get<TypedVolume::Mute>(TypedVolume::parse(text)->wish).isMuted, isMuted);
+}
+
 TEST_F(ItemTest, ANameLooksTheSameWhicheverWayTheDesktopRuns) {
     const auto ink = [](const QString& name, Qt::LayoutDirection direction) {
         QGuiApplication::setLayoutDirection(direction);
@@ -239,8 +314,10 @@ TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
           static_cast<QWidget*>(&item_->muteView())}) {
         QMenu* const menu = menuAt(*part);
         ASSERT_NE(menu, nullptr);
-        ASSERT_EQ(menu->actions().size(), 1);
+        ASSERT_EQ(menu->actions().size(), 2);
         EXPECT_EQ(menu->actions()[0]->text(), "Ignore \"Safari\"");
+        EXPECT_EQ(menu->actions()[1]->text(), "Reset to 100 %");
+        EXPECT_FALSE(menu->actions()[1]->isEnabled()) << "there is nothing to reset";
         menu->close();
         ignored_.clear();
         menu->actions()[0]->trigger();
@@ -271,10 +348,10 @@ TEST_F(ItemTest, AnItemWithoutARecordDoesNothing) {
 TEST(ItemLayout, PartsDoNotOverlapAndAreMirrored) {
     for (const int width : {ItemLayout::leastWidth, 1200}) {
         const QRect all(0, 0, width, ItemLayout::height);
-        const ItemLayout left(all.size(), Qt::LeftToRight);
-        const ItemLayout right(all.size(), Qt::RightToLeft);
-        const QRect parts[] = {left.icon, left.name, left.mute, left.slider};
-        const QRect mirrored[] = {right.icon, right.name, right.mute, right.slider};
+        const ItemLayout left(all.size(), Qt::LeftToRight, 120);
+        const ItemLayout right(all.size(), Qt::RightToLeft, 120);
+        const QRect parts[] = {left.icon, left.name, left.status, left.mute, left.slider};
+        const QRect mirrored[] = {right.icon, right.name, right.status, right.mute, right.slider};
         for (std::size_t i = 0; i < std::size(parts); ++i) {
             EXPECT_TRUE(all.contains(parts[i])) << i;
             for (std::size_t j = i + 1; j < std::size(parts); ++j)

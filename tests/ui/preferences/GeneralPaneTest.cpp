@@ -56,6 +56,7 @@ TEST_F(GeneralPaneTest, EachControlStoresAndFollowsChangesMadeElsewhere) {
         {find<QRadioButton>("Color icon"), PreferenceKeys::useColorMenuBarIcon, false},
         {find<QCheckBox>("Play a sample sound when a volume was set"),
          PreferenceKeys::disableSoundEffects, true},
+        {find<QCheckBox>("More contrast"), PreferenceKeys::moreContrast, false},
         {find<QCheckBox>("Keep a report when a part of the program ends unexpectedly"),
          PreferenceKeys::writeCrashReports, false},
         {find<QCheckBox>("Ask whether to send it"), PreferenceKeys::offerCrashReports, false}};
