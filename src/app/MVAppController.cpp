@@ -351,8 +351,7 @@ void MVAppController::applicationShouldSave() {
 }
 
 void MVAppController::applicationWillTerminate() {
-    if (window_ && options().contains(CommandLine::screenshot))
-        saveScreenshot();
+    saveScreenshot();
     saveAndDisconnect();
     crashReports_.reset();
     pluginProblems_.reset();
@@ -367,7 +366,11 @@ void MVAppController::applicationWillTerminate() {
     volumeController_.reset();
 }
 
+/// Of the window as it was: when the toolkit quits, it closes visible windows first.
 void MVAppController::saveScreenshot() {
+    if (!window_ || std::exchange(isPictureTaken_, true) ||
+        !options().contains(CommandLine::screenshot))
+        return;
     const QString file = options().value(CommandLine::screenshot);
     window_->setUpdatesEnabled(true); // even if it is not visible
     if (!window_->grab().save(file, "PNG"))
@@ -431,7 +434,10 @@ void MVAppController::handleActivity(const MVCommActivityMessage* message) {
 /// A window that is closed comes back by the helper's icon; where that cannot be seen, the program
 /// ends.
 bool MVAppController::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != window_.get() || event->type() != QEvent::Close || shouldExit())
+    const bool isClosing = watched == window_.get() && event->type() == QEvent::Close;
+    if (isClosing && shouldExit())
+        saveScreenshot();
+    if (!isClosing || shouldExit())
         return QNGUIApplication::eventFilter(watched, event);
     if (!helper_ || !helper_->isShown()) {
         terminate();

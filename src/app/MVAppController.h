@@ -132,4 +132,5 @@ class MVAppController final : public QNGUIApplication {
     std::unique_ptr<HelperPresence> helper_;
     std::unique_ptr<HelperState> helperState_;
     std::unique_ptr<MenuBarPreferences> menuBarPreferences_;
+    bool isPictureTaken_ = false;
 };
