@@ -1,4 +1,4 @@
-# Sourced by ./run, ./test and ./bench, which set `root` to the top folder of the checkout.
+# Sourced by the root scripts and some beside it, which set `root` to the top folder of the checkout.
 
 note() {
     printf '%s: %s\n' "${0##*/}" "$*" >&2
