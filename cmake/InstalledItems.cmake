@@ -3,6 +3,8 @@
 
 set(TONVALE_LOCAL_LIBRARY "/Library" CACHE STRING
     "The folder for what all users share; the environment variable of that name moves it")
+set(TONVALE_LOCAL_APPLICATIONS "/opt" CACHE STRING
+    "The folder of all users' applications; the environment variable of that name moves it")
 set(TONVALE_PLUGIN_IN_BUNDLE "Contents/PlugIns/Tonvale.plugin")
 set(TONVALE_PLUGIN_IN_LIBRARY "Audio/Plug-Ins/HAL/Tonvale.plugin")
 set(TONVALE_INSTALLED_ITEMS

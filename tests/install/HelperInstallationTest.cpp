@@ -81,7 +81,8 @@ TEST_F(HelperInstallationTest, CopiesWhatIsMissingOrDifferentAndLaunchesInAnyCas
         const char* line;
     };
     const fs::path file = destination_ / "Contents/Info.plist";
-    const fs::path stage = destination_.string() + ".Abc123"; // of a program that was killed
+    const fs::path stage = // of a program that was killed
+        destination_.parent_path() / ("." + destination_.filename().string() + ".Abc123");
     fs::create_directories(stage / destination_.filename());
     for (const Case& each :
          {Case{"none", [] {}, "Helper not found. Installing."}, Case{"same", [] {}, nullptr},

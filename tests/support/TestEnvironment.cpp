@@ -12,10 +12,15 @@ struct FolderVariable {
 };
 
 constexpr FolderVariable folderVariables[] = {
-    {"XDG_CONFIG_HOME", "config"},     {"XDG_DATA_HOME", "data"},
-    {"XDG_STATE_HOME", "state"},       {"XDG_CACHE_HOME", "cache"},
-    {"XDG_RUNTIME_DIR", "run"},        {"TMPDIR", "tmp"},
-    {"TONVALE_SOCKET_DIR", "sockets"}, {"TONVALE_LOCAL_LIBRARY", "library"},
+    {"XDG_CONFIG_HOME", "config"},
+    {"XDG_DATA_HOME", "data"},
+    {"XDG_STATE_HOME", "state"},
+    {"XDG_CACHE_HOME", "cache"},
+    {"XDG_RUNTIME_DIR", "run"},
+    {"TMPDIR", "tmp"},
+    {"TONVALE_SOCKET_DIR", "sockets"},
+    {"TONVALE_LOCAL_LIBRARY", "library"},
+    {"TONVALE_LOCAL_APPLICATIONS", "applications"},
 };
 
 constexpr const char* unsetVariables[] = {

@@ -103,9 +103,25 @@ std::string builtInLocalLibraryDirectory() {
     return TONVALE_LOCAL_LIBRARY;
 }
 
+std::string applicationsDirectory(Domain domain) {
+    if (domain == Domain::user)
+        return folderInHome("/Applications");
+    const std::string moved = absoluteVariable("TONVALE_LOCAL_APPLICATIONS");
+    return !moved.empty() ? moved : builtInLocalApplicationsDirectory();
+}
+
+std::string builtInLocalApplicationsDirectory() {
+    return TONVALE_LOCAL_APPLICATIONS;
+}
+
 std::string runtimeDirectory() {
     const char* const folder = std::getenv("XDG_RUNTIME_DIR");
     return folder != nullptr ? folder : "";
+}
+
+std::string temporaryDirectory() {
+    const std::string folder = absoluteVariable("TMPDIR");
+    return !folder.empty() ? folder : "/tmp";
 }
 
 std::string sharedTemporaryDirectory() {

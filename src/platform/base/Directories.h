@@ -36,8 +36,19 @@ std::string localLibraryDirectory();
 /// its caller.
 std::string builtInLocalLibraryDirectory();
 
+/// The folder of copied applications: ~/Applications, or that of all users,
+/// $TONVALE_LOCAL_APPLICATIONS, else what the build has set, /opt if nothing else. Empty for a user
+/// without a home.
+std::string applicationsDirectory(Domain domain);
+
+/// What the build has set for all users, whatever the environment says.
+std::string builtInLocalApplicationsDirectory();
+
 /// $XDG_RUNTIME_DIR, this login session's private folder for sockets; empty if there is none.
 std::string runtimeDirectory();
+
+/// $TMPDIR, else /tmp.
+std::string temporaryDirectory();
 
 /// The folder for temporary files that survives a restart and that all users share.
 std::string sharedTemporaryDirectory();

@@ -17,10 +17,6 @@ namespace platform {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr MonotonicClock::duration patience = 2s;
-
 FileDescriptor openProcess(pid_t process) noexcept {
     return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
 }
@@ -51,7 +47,7 @@ void signalAll(const std::vector<FileDescriptor>& processes, int signal) noexcep
 
 /// Waits for the end of all, and drops those that have ended. Real time passes in short slices,
 /// since the program's clock may be a test's.
-void waitForEnd(std::vector<FileDescriptor>& processes) {
+void waitForEnd(std::vector<FileDescriptor>& processes, std::chrono::seconds patience) {
     constexpr int slice = 20; // ms
     const auto deadline = MonotonicClock::now() + patience;
     const auto hasEnded = [](const FileDescriptor& process) {
@@ -69,11 +65,11 @@ void waitForEnd(std::vector<FileDescriptor>& processes) {
 
 } // namespace
 
-bool endProcesses(const std::string& name) {
+bool endProcesses(const std::string& name, std::chrono::seconds patience) {
     std::vector<FileDescriptor> processes = openProcesses(name);
     for (const int signal : {SIGTERM, SIGKILL}) {
         signalAll(processes, signal);
-        waitForEnd(processes);
+        waitForEnd(processes, patience);
     }
     return processes.empty();
 }
