@@ -26,4 +26,5 @@ enum QNExceptionPlace : unsigned {
     kExceptionInSupportCallback = 120,
     kExceptionInMachineFacts = 121,
     kExceptionInRecommendation = 122,
+    kExceptionInVolumeQuery = 123,
 };
