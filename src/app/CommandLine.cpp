@@ -118,7 +118,7 @@ bool takesNext(const QNOption& option) {
 } // namespace
 
 QStringList CommandLine::options() {
-    return {action, debug, help, screenshot, version};
+    return {action, debug, help, installVolume, screenshot, version};
 }
 
 std::optional<int> CommandLine::answer(const QStringList& arguments) {

@@ -11,6 +11,7 @@ inline const QString action = QStringLiteral("action");
 inline const QString debug = QStringLiteral("debug");
 inline const QString help = QStringLiteral("help");
 inline const QString screenshot = QStringLiteral("screenshot");
+inline const QString installVolume = QStringLiteral("QNInstallVolume"); ///< of a copy, by itself
 inline const QString version = QStringLiteral("version");
 
 QStringList options();

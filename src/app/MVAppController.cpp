@@ -9,6 +9,7 @@
 #include "app/FinalSave.h"
 #include "app/HelperPresence.h"
 #include "app/HelperState.h"
+#include "app/InstallDisk.h"
 #include "app/LaunchRecord.h"
 #include "app/MenuBarPreferences.h"
 #include "app/PluginProblems.h"
@@ -123,8 +124,10 @@ void MVAppController::applicationDidFinishLaunching() {
     // Closing the window decides, not the last of all windows, which may be an alert's.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     launch_.run("signals", [this] { observeSignals(); });
+    launch_.run("relocation", [] { InstallDisk::relocate(); });
     launch_.run("conflict check", [this] { refuseConflict(); });
     launch_.run("launch path", [] { LaunchRecord::store(); });
+    launch_.run("install disk", [this] { notice_ = InstallDisk::finish(); });
     launch_.run("crash records", [this] { makeCrashReports(); });
     bool hasInstalled = false;
     launch_.run("installation", [&] { hasInstalled = installer_.install(); });
@@ -146,6 +149,8 @@ void MVAppController::applicationDidFinishLaunching() {
     launch_.run("volume window", [this] {
         volumeController_->update();
         showMainWindow();
+        if (!notice_.isEmpty())
+            window_->tell(notice_);
     });
     launch_.run("preferences", [this] { observeMenuBarPreferences(); });
     launch_.run("desktop", [&] {
@@ -256,7 +261,7 @@ void MVAppController::removeWhatIsSetUp() {
         return;
     if (pluginProblems_)
         pluginProblems_->removeInstalledPlugin();
-    removeMenuEntries();
+    removeMenuEntries(platform::Bundle::main().contents().parent_path());
     MenuBarPreferences::removeTNHelperPref(MenuBarPreferences::sharedDependencies());
 }
 

@@ -120,6 +120,7 @@ class MVAppController final : public QNGUIApplication {
     const std::unique_ptr<platform::SingleInstance> instance_;
     MVInstallerController& installer_;
     const LaunchSequence launch_{[this] { return shouldExit(); }};
+    QString notice_; // what the window says once it is shown
     std::unique_ptr<AppVolumeController> volumeController_;
     std::unique_ptr<VolumeWindow> window_; // its view
     std::unique_ptr<WindowToggle> toggle_;

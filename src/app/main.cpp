@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/InstallDisk.h"
 #include "app/MVAppController.h"
 #include "framework/application/OptionParser.h"
 #include "framework/application/QNApplicationMain.h"
@@ -24,6 +25,7 @@ std::unique_ptr<QNGUIApplication> makeInterface() {
     QCoreApplication::setApplicationName(QStringLiteral("Tonvale"));
     QCoreApplication::setApplicationVersion(
         QString::fromStdString(platform::Bundle::main().version()));
+    InstallDisk::endRunningCopies();
     auto instance = platform::SingleInstance::acquire(
         QStringLiteral("com.quarnel.Tonvale"), QNApplication::options().value(CommandLine::action));
     if (!instance)

@@ -122,6 +122,10 @@ void VolumeWindow::ignore(const QString& process) {
                   platform::oneLineText(MVCommAppValue::displayNameForProcessName(process))));
 }
 
+void VolumeWindow::tell(const QString& text) {
+    notice_->tell(text, UndoNotice::Undo::impossible);
+}
+
 /// The controls themselves are moved, so that everything happens as if by the mouse. What has no
 /// item at the moment, or cannot be controlled, stays as it is.
 UndoHistory::Actions VolumeWindow::undoActions() {

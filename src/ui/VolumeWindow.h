@@ -61,6 +61,9 @@ class VolumeWindow final : public MVCustomWindow, public AppVolumeView {
     /// Replaces the problem that is shown; an empty text hides the bar.
     void showProblem(const ProblemBar::Content& content);
 
+    /// Says something at the lower edge for a while.
+    void tell(const QString& text);
+
     /// Whoever acts on an entry that the window does not handle itself connects to it. The window
     /// handles undoing, closing, minimising and the list of keys.
     VolumeMenu& menu() const noexcept { return *menu_; }

@@ -177,9 +177,9 @@ class LaunchSequenceTest : public testing::Test, private platform::AlertPresente
     std::set<std::string> seen_;
 };
 
-const std::string noConflict = "signals:\nconflict check:\n";
-const std::string firstSteps = noConflict + "launch path: path-stored\ncrash records:\n";
-const std::string laterSteps = noConflict + "launch path:\ncrash records:\n";
+const std::string noConflict = "signals:\nrelocation:\nconflict check:\n";
+const std::string firstSteps = noConflict + "launch path: path-stored\ninstall disk:\ncrash records:\n";
+const std::string laterSteps = noConflict + "launch path:\ninstall disk:\ncrash records:\n";
 const std::string rest = "preferences:\ndesktop:\n";
 const std::string restartAlert = "alert(The new software requires that you restart your computer.)";
 
@@ -210,7 +210,7 @@ TEST_F(LaunchSequenceTest, OfAFirstASecondAndAChangedPlugin) {
 
 TEST_F(LaunchSequenceTest, OfAConflictAndOfAnInstallationThatEndsTheProgram) {
     fs::create_directories(library() / "Audio/Plug-Ins/HAL/Mivo.plugin");
-    EXPECT_EQ(launch(), "signals:\nconflict check: alert(Mivo is not compatible with " +
+    EXPECT_EQ(launch(), "signals:\nrelocation:\nconflict check: alert(Mivo is not compatible with " +
                             QCoreApplication::applicationName().toStdString() + ".)\n");
     fs::remove_all(library() / "Audio");
     mayReplace_ = false;

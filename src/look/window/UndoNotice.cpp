@@ -43,7 +43,8 @@ void UndoNotice::colorText() {
     label_->setPalette(palette);
 }
 
-void UndoNotice::tell(const QString& text) {
+void UndoNotice::tell(const QString& text, Undo undo) {
+    button_->setVisible(undo == Undo::possible);
     label_->setText(text);
     place();
     show();

@@ -14,7 +14,9 @@ class UndoNotice final : public QWidget {
   public:
     explicit UndoNotice(QWidget* parent);
 
-    void tell(const QString& text);
+    enum class Undo { possible, impossible };
+
+    void tell(const QString& text, Undo undo = Undo::possible);
 
     /// Moves it to the lower edge of the parent.
     void place();
