@@ -28,8 +28,8 @@ bool holds(const std::string& volume, const fs::path& bundle) {
 bool isBelow(const fs::path& file, const fs::path& folder) {
     std::error_code error;
     const fs::path real = fs::weakly_canonical(folder, error);
-    return !folder.empty() && !error && fs::path(real / "").has_parent_path() &&
-           file.native().starts_with((real / "").native()) && real != "/";
+    return !folder.empty() && !error && real != "/" &&
+           file.native().starts_with((real / "").native());
 }
 
 bool isWherePeoplePutFiles(const fs::path& file) {

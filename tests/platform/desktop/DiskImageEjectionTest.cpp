@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDBusArgument>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QStringList>
