@@ -4,22 +4,6 @@
 <context>
     <name>PlainTexts</name>
     <message>
-        <source>Usage: Tonvale [OPTIONS]
-
-Sets the volume of each program separately. A second start brings the window of the running one to
-the front.
-
-  --debug            write everything to the log; same as holding Control and Meta at the start
-  --screenshot FILE  save a picture of the window to FILE at the end
-  -h, --help         print this text and exit
-  --version          print the version and exit
-
-Options of Qt, such as --platform and --style, work too. The log is Tonvale/Tonvale.log in
-$XDG_STATE_HOME (~/.local/state). See also tonvale(1).
-</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>%1 needs a value; see --help.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -339,6 +323,31 @@ Runs until it is told to end; one is enough for a session.
         <source>Preferences…</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Usage: Tonvale [OPTIONS]
+
+Sets the volume of each program separately. A second start brings the window of the running one to
+the front.
+
+  --action NAME      open the preferences (&quot;preferences&quot;), or mute what plays (&quot;mute-all&quot;)
+  --debug            write everything to the log; same as holding Control and Meta at the start
+  --screenshot FILE  save a picture of the window to FILE at the end
+  -h, --help         print this text and exit
+  --version          print the version and exit
+
+Options of Qt, such as --platform and --style, work too. The log is Tonvale/Tonvale.log in
+$XDG_STATE_HOME (~/.local/state). See also tonvale(1).
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Speech</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>set it to 100%</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>Texts</name>
@@ -656,51 +665,11 @@ Sandboxed apps can be hidden via &quot;Hide sandboxed applications&quot; in the 
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>&amp;File</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Close Window</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Quit %@</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Edit</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Window</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Minimize</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Zoom</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Help</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;About %@</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>&amp;Undo</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <source>&amp;Redo</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>&amp;Ignore</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -1481,6 +1450,311 @@ and the logs in
     </message>
     <message>
         <source>&amp;Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The page can&apos;t be opened</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This desktop has no browser for it. The page is
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ is not compatible with %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ cannot function properly if %@ is installed. Please uninstall %@ before using %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ is now on your computer, in %@, and in the menu of programs.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show &amp;What Is Sent…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Don&apos;t ask again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Crash Report</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>APP, or a part of it, has ended unexpectedly.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A report of it helps to find out why. It tells where in the program it happened, and about this computer. Names, addresses and the like have been replaced.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What did you do when it happened?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save Crash Report</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ will be copied to the %@ folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ appears to be running from an install disk. It is highly recommended that you copy %@ to your computer and open it from there; if launched from an external disk, then that disk must always be available when using %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Computer?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update in the %@ Folder and Relaunch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to the %@ Folder and Relaunch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A newer %@ is on this computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It is version %@, in %@. The install disk holds the older version %@. Click &apos;Cancel&apos; to start the newer one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use the Older Version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ could not be copied. Please use the Finder to copy %@ from the install disk to your computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ can&apos;t be started again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please start it from %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No such message comes after this one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No such message comes before this one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Details</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Hide Details</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>64-bit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last changed by you here, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last changed by you with a key, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last changed over the session bus, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last changed by you in the tray, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last changed elsewhere, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reset to 100 %</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Type 0 to 100, a step such as +5, or “mute”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>mute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unmute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keys</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Up, Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous, next program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next control</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Left, Right</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volume by 1 percent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Page Up, Page Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volume by 10 percent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Home, End</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Silent, full volume</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Mute or unmute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Del</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore the program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Letters</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find a program by its name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shift+F10</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Menu of the program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>More con&amp;trast</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Keep a report when a part of the program ends unexpectedly</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Ask whether to send it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What Is Sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select an entry to read it, and uncheck what you want to leave out.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Re&amp;commend…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close &amp;Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Ignored Programs…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Keys</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;About</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zoom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open the menu</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>More Con&amp;trast</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
