@@ -2,10 +2,12 @@
 
 #include "app/MVAppController.h"
 #include "comm/MVCommSocketPath.h"
+#include "framework/crash/CrashReporterWindow.h"
 #include "install/HelperInstallation.h"
 #include "install/MVInstallerController.h"
 #include "model/AppVolumeController.h"
 #include "platform/bus/SingleInstance.h"
+#include "platform/crash/CrashFolder.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/loop/MainQueue.h"
 #include "platform/loop/RunLoop.h"
@@ -16,6 +18,7 @@
 #include "support/PrivateBus.h"
 #include "support/PrivateFolder.h"
 #include "support/ScopedVariable.h"
+#include "support/WaitUntil.h"
 #include "ui/VolumeWindow.h"
 
 #include <gtest/gtest.h>
@@ -96,6 +99,8 @@ class LaunchSequenceTest : public testing::Test, private platform::AlertPresente
         note(); // what has been there before
         events_.clear();
         controller.applicationDidFinishLaunching();
+        if (whileRunning_)
+            whileRunning_();
         std::string lines = lines_;
         controller.applicationWillTerminate();
         EXPECT_FALSE(fs::exists(MVCommMainSocketPath()));
@@ -130,6 +135,7 @@ class LaunchSequenceTest : public testing::Test, private platform::AlertPresente
     }
 
     bool mayReplace_ = true;
+    std::function<void()> whileRunning_;
     const fs::path support_ = // of a program in no bundle
         fs::path(std::getenv("XDG_DATA_HOME")) / program_invocation_short_name;
     const support::PrivateFolder folder_;
@@ -178,12 +184,34 @@ class LaunchSequenceTest : public testing::Test, private platform::AlertPresente
 };
 
 const std::string noConflict = "signals:\nrelocation:\nconflict check:\n";
-const std::string firstSteps = noConflict + "launch path: path-stored\ninstall disk:\ncrash records:\n";
+const std::string firstSteps =
+    noConflict + "launch path: path-stored\ninstall disk:\ncrash records:\n";
 const std::string laterSteps = noConflict + "launch path:\ninstall disk:\ncrash records:\n";
 const std::string rest = "preferences:\ndesktop:\n";
 const std::string restartAlert = "alert(The new software requires that you restart your computer.)";
 
 } // namespace
+
+TEST_F(LaunchSequenceTest, OffersAReportThatWaitsOnceTheWindowIsThere) {
+    EXPECT_NE(launch(), "") << "the plug-in is installed";
+    write(fs::path(platform::crashFolder()) / "TonvaleHelper_2026-01-02-030405.crash", "report");
+    const auto isOffered = [] {
+        return std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* each) {
+            return each->isVisible() && qobject_cast<const CrashReporterWindow*>(each) != nullptr;
+        });
+    };
+    bool isOfferedAtOnce = true;
+    bool isOfferedLater = false;
+    whileRunning_ = [&] {
+        isOfferedAtOnce = isOffered();
+        isOfferedLater = support::waitUntil(isOffered);
+    };
+    const std::string steps = launch();
+    EXPECT_NE(steps.find("crash reports:\nvolume window: window\n"), std::string::npos) << steps;
+    EXPECT_FALSE(isOfferedAtOnce);
+    EXPECT_TRUE(isOfferedLater);
+    EXPECT_FALSE(isOffered()) << "it goes with the application";
+}
 
 TEST_F(LaunchSequenceTest, OfAFirstASecondAndAChangedPlugin) {
     EXPECT_EQ(launch(),
@@ -210,8 +238,9 @@ TEST_F(LaunchSequenceTest, OfAFirstASecondAndAChangedPlugin) {
 
 TEST_F(LaunchSequenceTest, OfAConflictAndOfAnInstallationThatEndsTheProgram) {
     fs::create_directories(library() / "Audio/Plug-Ins/HAL/Mivo.plugin");
-    EXPECT_EQ(launch(), "signals:\nrelocation:\nconflict check: alert(Mivo is not compatible with " +
-                            QCoreApplication::applicationName().toStdString() + ".)\n");
+    EXPECT_EQ(launch(),
+              "signals:\nrelocation:\nconflict check: alert(Mivo is not compatible with " +
+                  QCoreApplication::applicationName().toStdString() + ".)\n");
     fs::remove_all(library() / "Audio");
     mayReplace_ = false;
     write(folder_.path() / "pkexec", "#!/bin/sh\nexit 126\n");
