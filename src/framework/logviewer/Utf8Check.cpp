@@ -9,23 +9,31 @@ namespace {
 constexpr std::uint8_t firstContinuation = 0x80;
 constexpr std::uint8_t lastContinuation = 0xBF;
 
-/// How many bytes from the beginning on are ASCII, rounded down to whole words.
-std::size_t asciiWords(std::string_view text) {
+bool isAsciiWord(const char* bytes) {
     constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return (word & highBits) == 0;
+}
+
+/// How many bytes from the beginning on are known to be ASCII, looking at whole words.
+std::size_t asciiBytes(std::string_view text) {
+    constexpr std::size_t word = sizeof(std::uint64_t);
     std::size_t size = 0;
-    for (std::uint64_t word = 0; size + sizeof word <= text.size(); size += sizeof word) {
-        std::memcpy(&word, text.data() + size, sizeof word);
-        if ((word & highBits) != 0)
-            break;
+    for (; size + word <= text.size(); size += word) {
+        if (!isAsciiWord(text.data() + size))
+            return size;
     }
-    return size;
+    // The last word overlaps the one before.
+    const bool isAll = size > 0 && isAsciiWord(text.data() + text.size() - word);
+    return isAll ? text.size() : size;
 }
 
 } // namespace
 
 void Utf8Check::take(std::string_view part) noexcept {
     while (isValid_ && !part.empty()) {
-        const std::size_t plain = missing_ == 0 ? asciiWords(part) : 0;
+        const std::size_t plain = missing_ == 0 ? asciiBytes(part) : 0;
         part.remove_prefix(plain);
         for (std::size_t left = sizeof(std::uint64_t); left > 0 && !part.empty(); --left) {
             takeByte(static_cast<std::uint8_t>(part.front()));
