@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QPainter>
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -24,8 +25,9 @@ UndoNotice::UndoNotice(QWidget* parent)
     button_->setText(Texts::tr("Undo"));
     label_->setTextFormat(Qt::PlainText);
     label_->setMinimumWidth(1);
+    label_->setWordWrap(true);
     auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(2 * margin, 0, margin, 0);
+    layout->setContentsMargins(2 * margin, margin / 2, margin, margin / 2);
     layout->addWidget(label_, 1);
     layout->addWidget(button_);
     connect(button_, &QPushButton::clicked, this, &UndoNotice::undoWanted);
@@ -58,8 +60,9 @@ void UndoNotice::tell(const QString& text, Undo undo) {
 
 void UndoNotice::place() {
     const QRect room = parentWidget()->rect();
-    setGeometry(margin, room.height() - usualHeight - margin, room.width() - 2 * margin,
-                usualHeight);
+    const int width = room.width() - 2 * margin;
+    const int height = std::max(usualHeight, layout()->heightForWidth(width));
+    setGeometry(margin, room.height() - height - margin, width, height);
 }
 
 void UndoNotice::goUnlessUsed() {
