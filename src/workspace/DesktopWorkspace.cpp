@@ -161,7 +161,7 @@ QIcon DesktopWorkspace::iconForApplication(const QString& name) const {
 
 QIcon DesktopWorkspace::genericApplicationIcon() const {
     const ImageWarningFilter foreign;
-    const QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    QIcon themed = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     // A theme may name a file that is damaged or of a format without a reader.
     if (!themed.pixmap(trialSize).isNull())
         return themed;

@@ -38,7 +38,7 @@ TEST(Relauncher, StartsTheCopyWithItsArgumentsOnceTheProcessIsGone) {
            "sed 's/.*) //' /proc/$$/stat | cut -d' ' -f4; printf '<%s>' \"$@\"; } >'"
         << report.string() << ".new'\nmv '" << report.string() << ".new' '" << report.string()
         << "'\n";
-    std::ofstream(folder.path() / "marker");
+    std::ofstream(folder.path() / "marker") << "";
     const int inherited =
         ::open((folder.path() / "marker").c_str(), O_RDONLY); // NOLINT: as others may
     fs::permissions(copy, fs::perms::owner_all);

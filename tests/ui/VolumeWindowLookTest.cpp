@@ -18,6 +18,9 @@
 namespace {
 
 class VolumeWindowLookTest : public VolumeWindowFixture, public testing::WithParamInterface<bool> {
+  public:
+    ~VolumeWindowLookTest() override { CurrentTheme::shared().setMoreContrast(false); }
+
   protected:
     VolumeWindowLookTest() {
         CurrentTheme::shared().setMoreContrast(GetParam());
@@ -37,7 +40,6 @@ class VolumeWindowLookTest : public VolumeWindowFixture, public testing::WithPar
             EXPECT_TRUE(support::waitUntil([&] { return startOfTrack(each) != startOfTrack('a'); }))
                 << "its level is drawn";
     }
-    ~VolumeWindowLookTest() override { CurrentTheme::shared().setMoreContrast(false); }
 
     RowProbe row(char letter) const {
         return {window_, QStringLiteral("%1 program").arg(QLatin1Char(letter))};
@@ -77,8 +79,7 @@ class VolumeWindowLookTest : public VolumeWindowFixture, public testing::WithPar
             for (int x = 0; x < picture.width(); ++x)
                 pixels.push_back(picture.pixel(x, y));
         std::ranges::sort(pixels);
-        const auto rest = std::ranges::unique(pixels);
-        pixels.erase(rest.begin(), rest.end());
+        pixels.erase(std::unique(pixels.begin(), pixels.end()), pixels.end());
         return {pixels.begin(), pixels.end()};
     }
 

@@ -47,7 +47,7 @@ bool isOurs(const QDBusMessage& reply) {
 } // namespace
 
 void ejectDiskImage(const QDBusConnection& systemBus, const DiskImage& image,
-                    std::function<void(bool isUnmounted)> over) {
+                    const std::function<void(bool isUnmounted)>& over) {
     if (!systemBus.isConnected()) {
         over(false);
         return;

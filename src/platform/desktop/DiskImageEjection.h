@@ -13,6 +13,6 @@ namespace platform {
 /// event loop or at once, with whether it is unmounted. What is not ours to do, or cannot be done,
 /// is left as it is. Main thread only.
 void ejectDiskImage(const QDBusConnection& systemBus, const DiskImage& image,
-                    std::function<void(bool isUnmounted)> over);
+                    const std::function<void(bool isUnmounted)>& over);
 
 } // namespace platform

@@ -48,6 +48,7 @@ void makeIndependent(SpawnPlan& plan) {
 int startIndependently(const std::vector<std::string>& arguments) {
     std::vector<std::string> words = arguments;
     std::vector<char*> vector;
+    vector.reserve(words.size() + 1);
     for (std::string& word : words)
         vector.push_back(word.data());
     vector.push_back(nullptr);

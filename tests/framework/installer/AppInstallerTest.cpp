@@ -38,7 +38,7 @@ class Answer final : public platform::AlertPresenter {
 fs::path makeBundle(const fs::path& path, const std::string& version,
                     const std::string& identifier = "org.example.App") {
     fs::create_directories(path / "Contents/Helpers");
-    std::ofstream(path / "Contents/Helpers/TonvaleRelauncher");
+    std::ofstream(path / "Contents/Helpers/TonvaleRelauncher") << "";
     std::ofstream(path / "Contents/Info.plist")
         << "<plist><dict><key>CFBundleIdentifier</key><string>" << identifier
         << "</string><key>CFBundleName</key><string>App</string><key>CFBundleExecutable</key>"

@@ -163,9 +163,10 @@ TEST(LogReader, ShowsTheTailOfALongFileFirst) {
 TEST(LogReader, FindsTheTailAndItsHourWhereverTheyAre) {
     const std::string head = date + ":00:01.1  : [I] first\n";
     const std::string many = LogFileFixture::messages(0, 20'000).substr(date.size());
-    for (const std::string& text : {head + many, head + many + std::string(300'000, 'y') + '\n',
-                                    head + std::string(900'000, 'x') + '\n' + ":00:02.1  : [E] b\n",
-                                    head + many + date + ":00:02.1  : [E] b\n"}) {
+    for (const std::string& text :
+         {head + many, head + many + std::string(300'000, 'y') + '\n',
+          std::string(head).append(900'000, 'x').append("\n:00:02.1  : [E] b\n"),
+          std::string(head).append(many).append(date).append(":00:02.1  : [E] b\n")}) {
         SCOPED_TRACE(text.substr(text.size() - 20));
         const LogFileFixture log(text);
         LogParser parser;

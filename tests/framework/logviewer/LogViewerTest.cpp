@@ -85,7 +85,7 @@ class LogViewer : public testing::Test {
     };
     platform::RunLoop loop;
     const platform::MainQueueService mainQueue{loop};
-    const LogFileFixture log;
+    const LogFileFixture log{};
     std::unique_ptr<qnlog_handle, Close> handle;
     std::unique_ptr<QNLogTableViewer> viewer;
 };

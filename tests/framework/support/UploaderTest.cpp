@@ -134,7 +134,7 @@ TEST_F(Uploader, BodyCanBeReadFromAnyPlace) {
     ASSERT_TRUE(body.open(QIODevice::ReadOnly));
     std::mt19937 random(1);
     for (int i = 0; i < 300; ++i) {
-        const auto from = static_cast<qint64>(random() % whole.size());
+        const auto from = static_cast<qint64>(random() % static_cast<std::size_t>(whole.size()));
         const auto count = static_cast<qint64>(random() % 4000);
         ASSERT_TRUE(body.seek(from));
         ASSERT_EQ(body.read(count), whole.mid(from, count)) << from << " " << count;

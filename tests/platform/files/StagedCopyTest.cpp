@@ -20,6 +20,12 @@ using platform::StagedCopy;
 namespace {
 
 class StagedCopyTest : public testing::Test {
+  public:
+    ~StagedCopyTest() override {
+        for (const fs::path& bundle : {source_, place_})
+            ::chmod((bundle / "Contents").c_str(), 0755);
+    }
+
   protected:
     StagedCopyTest() {
         fs::create_directories(source_ / "Contents/Linux");
@@ -28,10 +34,6 @@ class StagedCopyTest : public testing::Test {
         ::chmod((source_ / "Contents/Linux/program").c_str(), 04755);
         fs::create_symlink("Linux/../nowhere", source_ / "Contents/link");
         ::chmod((source_ / "Contents").c_str(), 0555);
-    }
-    ~StagedCopyTest() override {
-        for (const fs::path& bundle : {source_, place_})
-            ::chmod((bundle / "Contents").c_str(), 0755);
     }
 
     std::size_t entriesBeside() const {
@@ -78,7 +80,7 @@ TEST_F(StagedCopyTest, AFailureLeavesNothing) {
     ASSERT_EQ(::mkfifo((source_ / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(errorOfCopy(), EINVAL);
     fs::remove_all(source_ / "pipe");
-    std::ofstream(source_ / "huge");
+    std::ofstream(source_ / "huge") << "";
     if (::truncate((source_ / "huge").c_str(), off_t{1} << 42U) == 0) { // not every disk can
         EXPECT_EQ(errorOfCopy(), ENOSPC);
     }

@@ -301,7 +301,7 @@ TEST_F(ItemTest, TheSpeakerIsColouredWhileItPlaysAndStruckThroughWhileMuted) {
 }
 
 TEST_F(ItemTest, TheContextMenuIgnoresTheProgramWhereverItIsOpened) {
-    const auto menuAt = [this](QWidget& part) -> QMenu* {
+    const auto menuAt = [](QWidget& part) -> QMenu* {
         QContextMenuEvent event(QContextMenuEvent::Mouse, part.rect().center(),
                                 part.mapToGlobal(part.rect().center()));
         QApplication::sendEvent(&part, &event);

@@ -19,9 +19,10 @@
 namespace {
 
 class IgnoredPaneTest : public PaneFixture {
-  protected:
+  public:
     ~IgnoredPaneTest() override { MVIgnoredApps::setPluginNotifier(nullptr); }
 
+  protected:
     void SetUp() override {
         MVIgnoredApps::setPluginNotifier([this] { ++told_; });
     }
