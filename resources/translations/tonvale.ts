@@ -1757,5 +1757,17 @@ and the logs in
         <source>More Con&amp;trast</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>F2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Type the volume</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ctrl+0</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

@@ -60,6 +60,8 @@ QList<VolumeMenu::Key> KeysSheet::itemKeys() {
             {Texts::tr("Left, Right"), Texts::tr("Volume by 1 percent")},
             {Texts::tr("Page Up, Page Down"), Texts::tr("Volume by 10 percent")},
             {Texts::tr("Home, End"), Texts::tr("Silent, full volume")},
+            {Texts::tr("F2"), Texts::tr("Type the volume")},
+            {Texts::tr("Ctrl+0"), Texts::tr("Reset to 100 %")},
             {Texts::tr("Space"), Texts::tr("Mute or unmute")},
             {Texts::tr("Del"), Texts::tr("Ignore the program")},
             {Texts::tr("Letters"), Texts::tr("Find a program by its name")},
