@@ -1,6 +1,7 @@
 #include "VolumeWindowFixture.h"
 
 #include "look/window/QNToolTip.h"
+#include "platform/window/WindowFront.h"
 #include "ui/VolumeMenu.h"
 #include "ui/items/ItemStatus.h"
 #include "ui/items/MVCollectionViewImageView.h"
@@ -195,6 +196,9 @@ TEST_F(VolumeWindowPercentTest, AMaximisedWindowIsRememberedUnderAKeyOfItsOwn) {
     model_.controller.setView(&window_);
     EXPECT_TRUE(window_.isMaximized());
     EXPECT_EQ(window_.frame(), frame);
+    window_.setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
+    platform::bringToFront(window_);
+    EXPECT_TRUE(window_.isMaximized() && !window_.isMinimized());
     window_.showNormal();
     model_.controller.shutdown();
     EXPECT_FALSE(model_.defaults.value("MainWindowMaximized").isValid());

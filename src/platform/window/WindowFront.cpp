@@ -6,10 +6,8 @@
 namespace platform {
 
 void bringToFront(QWidget& window) {
-    if (window.isMinimized())
-        window.showNormal();
-    else
-        window.show();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized); // maximised it stays
+    window.show();
     window.raise();
     window.activateWindow();
 }
