@@ -70,7 +70,9 @@ bool ItemKeyboard::act(const QKeyEvent& event) {
         openContextMenu(*item);
         return true;
     }
-    if (event.key() == Qt::Key_0 && !hasOtherModifiersThan(event, Qt::ControlModifier) &&
+    // Some keyboards have the digits with Shift.
+    if (event.key() == Qt::Key_0 &&
+        !hasOtherModifiersThan(event, Qt::ControlModifier | Qt::ShiftModifier) &&
         event.modifiers().testFlag(Qt::ControlModifier)) {
         item->reset();
         return true;
