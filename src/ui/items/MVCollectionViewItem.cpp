@@ -207,6 +207,8 @@ void MVCollectionViewItem::editPercent(Qt::FocusReason reason) {
     if (app_ == nullptr || !slider_->isEnabled() || field_ != nullptr)
         return;
     field_ = new PercentField(slider_->percent(), this);
+    setTabOrder(muteView_, field_);
+    setTabOrder(field_, slider_);
     connect(field_, &PercentField::entered, this, [this, reason](const TypedVolume& volume) {
         closeField(reason);
         setTyped(volume);
