@@ -21,6 +21,7 @@
 #include "framework/log/qnlog.h"
 #include "install/MVInstallerController.h"
 #include "install/MenuEntries.h"
+#include "look/theme/CurrentTheme.h"
 #include "model/AppVolumeController.h"
 #include "model/MVIgnoredApps.h"
 #include "platform/base/Directories.h"
@@ -116,6 +117,9 @@ std::optional<QStringList> MVAppController::validOptions() const {
 
 void MVAppController::awakeFromNib() {
     shared = this;
+    // Alerts come before the window, which follows the preference from then on.
+    CurrentTheme::shared().setMoreContrast(
+        platform::UserDefaults::standard().boolean(PreferenceKeys::moreContrast));
     std::atexit(&endWithoutDisplay);
 }
 
